@@ -1,0 +1,74 @@
+# The project's own target functions: one place for language level, warnings and sanitizers.
+
+find_program(PARTKEEP_CCACHE ccache)
+if(PARTKEEP_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${PARTKEEP_CCACHE}")
+endif()
+
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+add_library(partkeep_settings_for_all INTERFACE)
+target_compile_features(partkeep_settings_for_all INTERFACE cxx_std_20)
+target_include_directories(partkeep_settings_for_all INTERFACE "${PROJECT_SOURCE_DIR}/src")
+target_compile_options(partkeep_settings_for_all INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+if(PARTKEEP_WERROR)
+  target_compile_options(partkeep_settings_for_all INTERFACE -Werror)
+endif()
+if(PARTKEEP_SANITIZE)
+  target_compile_options(partkeep_settings_for_all INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(partkeep_settings_for_all INTERFACE -fsanitize=address,undefined)
+endif()
+if(PARTKEEP_FUZZ)
+  target_compile_options(partkeep_settings_for_all INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+if(WIN32)
+  target_compile_definitions(partkeep_settings_for_all INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601)
+  target_link_options(partkeep_settings_for_all INTERFACE -static -static-libgcc -static-libstdc++)
+endif()
+
+# partkeep_library(<name> SOURCES <files> [LINK <targets>]): a static library of the component.
+function(partkeep_library name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LINK" ${ARGN})
+  add_library(${name} STATIC ${arg_SOURCES})
+  target_link_libraries(${name} PUBLIC partkeep_settings_for_all ${arg_LINK})
+endfunction()
+
+# partkeep_test(<name> SOURCES <files> [LINK <targets>] [LABELS <labels>]): one test program, one CTest entry.
+function(partkeep_test name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LINK;LABELS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
+  target_link_libraries(${name} PRIVATE partkeep_settings_for_all ${arg_LINK} ${PARTKEEP_GTEST})
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300 LABELS "${arg_LABELS}")
+endfunction()
+
+# partkeep_fuzz(<name> SOURCES <files> [LINK <targets>]): one libFuzzer program.
+function(partkeep_fuzz name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LINK" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE partkeep_settings_for_all ${arg_LINK})
+  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+endfunction()
+
+# partkeep_benchmark(<name> SOURCES <files> [LINK <targets>]): one Google Benchmark program.
+function(partkeep_benchmark name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LINK" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE partkeep_settings_for_all ${arg_LINK} benchmark::benchmark)
+endfunction()
+
+# partkeep_add_folders(<folders>): takes in each folder that exists and is wanted.
+function(partkeep_add_folders)
+  foreach(folder IN LISTS ARGN)
+    string(REGEX REPLACE "/.*" "" top "${folder}")
+    if(PARTKEEP_ONLY AND NOT top IN_LIST PARTKEEP_ONLY)
+      continue()
+    endif()
+    if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${folder}/CMakeLists.txt")
+      add_subdirectory(${folder})
+    endif()
+  endforeach()
+endfunction()
