@@ -1,0 +1,58 @@
+#include "controls/control_wrapper.h"
+
+namespace partkeep {
+
+namespace {
+
+template <typename T>
+T ValueOr(ControlResult&& result, T fallback)
+{
+    T* value = std::get_if<T>(&result);
+    return value != nullptr ? std::move(*value) : std::move(fallback);
+}
+
+} // namespace
+
+void CControlWrapper::SetEventSink(std::function<void(std::int32_t)> sink)
+{
+    if (control_ != nullptr) {
+        control_->SetEventSink(std::move(sink));
+    }
+}
+
+ControlResult CControlWrapper::InvokeHelper(std::int32_t dispatch_id, InvokeKind kind, ControlType result,
+                                            Arguments arguments)
+{
+    if (control_ == nullptr) {
+        return {};
+    }
+    return control_->Invoke(dispatch_id, kind, {arguments.begin(), arguments.size()}, result);
+}
+
+void CControlWrapper::InvokeNone(std::int32_t dispatch_id, Arguments arguments, InvokeKind kind)
+{
+    static_cast<void>(InvokeHelper(dispatch_id, kind, ControlType::None, arguments));
+}
+
+// A control's true is -1, the callers' is 1.
+bool CControlWrapper::InvokeBool(std::int32_t dispatch_id, Arguments arguments)
+{
+    return ValueOr<std::int16_t>(InvokeHelper(dispatch_id, InvokeKind::Method, ControlType::Bool, arguments), 0) != 0;
+}
+
+std::int16_t CControlWrapper::InvokeInt16(std::int32_t dispatch_id, Arguments arguments)
+{
+    return ValueOr<std::int16_t>(InvokeHelper(dispatch_id, InvokeKind::Method, ControlType::Int16, arguments), 0);
+}
+
+std::int32_t CControlWrapper::InvokeInt32(std::int32_t dispatch_id, Arguments arguments)
+{
+    return ValueOr<std::int32_t>(InvokeHelper(dispatch_id, InvokeKind::Method, ControlType::Int32, arguments), 0);
+}
+
+std::u16string CControlWrapper::InvokeText(std::int32_t dispatch_id, Arguments arguments, InvokeKind kind)
+{
+    return ValueOr<std::u16string>(InvokeHelper(dispatch_id, kind, ControlType::Text, arguments), {});
+}
+
+} // namespace partkeep

@@ -1,0 +1,164 @@
+// A dialog window made from a template and addressed by control id: one interface for all dialogs, so that each
+// front end is one generic renderer. A dialog's logic implements IDialogHandler, owns its IDialogWindow and
+// holds no other window. Everything happens on the thread that runs the dialog.
+#pragma once
+
+#include "platform/control.h"
+#include "platform/geometry.h"
+#include "platform/messages.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace partkeep {
+
+struct DialogTemplate;  // resources/dialog_templates.h
+struct ToolbarTemplate; // resources/dialog_templates.h
+class IDeviceContext;   // platform/graphics.h
+
+using IconHandle = void*; // null: none; owned by the window it came from
+
+inline constexpr int id_ok = 1;
+inline constexpr int id_cancel = 2;
+
+inline constexpr int key_tab = 9;
+inline constexpr int key_return = 13;
+inline constexpr int key_escape = 27;
+inline constexpr int key_a = 65;
+
+// A key going down, by virtual key code, with the modifiers as they are at that moment.
+struct KeyPress {
+    int key = 0;
+    bool control = false;
+    bool shift = false;
+};
+
+// What a dialog's logic answers to.
+class IDialogHandler {
+public:
+    virtual ~IDialogHandler() = default;
+
+    // The window and its controls exist and are not shown yet.
+    virtual void OnInitDialog() = 0;
+
+    // Each key on its way to any control of this window, hosted controls included, before the control sees it.
+    // True: the key is used up. False: the dialog's default handling.
+    virtual bool PreTranslateMessage(const KeyPress&) { return false; }
+
+    // A button, check box or tool by its id. Enter and Escape arrive as id_ok and id_cancel where they press
+    // no other button, the close box as id_cancel.
+    virtual void OnCommand(int id) = 0;
+
+    virtual void OnSelectionChange(int /*id*/) {} // drop-down list, by the user
+    virtual void OnTextChange(int /*id*/) {}      // edit, by the user or by program
+    virtual void OnPaint() {}                     // each repaint of the dialog itself
+    virtual void OnDestroy() {}                   // once, while the controls still exist
+
+    [[nodiscard]] virtual std::u16string ToolTipText(int /*command*/) { return {}; }
+};
+
+// A child window that the dialog's logic paints.
+class IPanelWindow {
+public:
+    virtual ~IPanelWindow() = default;
+
+    virtual void SetPainter(std::function<void(IDeviceContext&)> painter) = 0;
+    [[nodiscard]] virtual Rect ClientRect() const = 0;                // left and top 0
+    [[nodiscard]] virtual Rect MapToDialog(const Rect& area) const = 0; // from client to dialog coordinates
+    virtual void Move(const Rect& area) = 0;                          // client area, in dialog coordinates
+    virtual void Show(bool visible) = 0;
+    virtual void Invalidate(bool erase) = 0;
+};
+
+class IDialogWindow {
+public:
+    virtual ~IDialogWindow() = default;
+
+    // Life. Both create the window and call OnInitDialog before they show it.
+    // Runs until EndModal and gives its result; -1 when no window can be made. The owner is the window that is
+    // active on this thread, disabled meanwhile.
+    virtual int RunModal(IDialogHandler& handler) = 0;
+    // Creates a window that is not shown yet; it floats over `owner`. False when none can be made.
+    virtual bool CreateModeless(IDialogHandler& handler, IDialogWindow* owner) = 0;
+    virtual void EndModal(int result) = 0; // the loop ends when the current handler returns
+    virtual void Destroy() = 0;            // calls OnDestroy; does nothing without a window
+    [[nodiscard]] virtual bool Exists() const = 0;
+
+    // The window as a whole.
+    virtual void SetTitle(std::u16string_view title) = 0;
+    [[nodiscard]] virtual IconHandle ParentSmallIcon() const = 0; // null without a parent
+    virtual void SetSmallIcon(IconHandle icon) = 0;
+    virtual void Show(bool visible) = 0;
+    virtual void EnableOwner(bool enabled) = 0;
+    virtual void Invalidate() = 0; // without erasing
+    virtual void UpdateNow() = 0;  // paints at once what is invalid
+    virtual void BeginWait() = 0;  // wait cursor; calls nest
+    virtual void EndWait() = 0;
+    [[nodiscard]] virtual Rect ClientRect() const = 0;
+    [[nodiscard]] virtual IMessages& OwnerMessages() = 0; // messages owned by this window's owner
+
+    // Controls by id. A control that does not exist ignores what is set and answers empty, false or 0.
+    virtual void SetText(int id, std::u16string_view text) = 0;
+    [[nodiscard]] virtual std::u16string Text(int id) const = 0;
+    virtual void Enable(int id, bool enabled) = 0;
+    virtual void ShowControl(int id, bool visible) = 0;
+    virtual void SetReadOnly(int id) = 0;
+    virtual void LimitText(int id, int characters) = 0; // typed text only; program text passes
+    virtual void ClearSelectedText(int id) = 0;         // WM_CLEAR
+    virtual void SetCheck(int id, int state) = 0;
+    [[nodiscard]] virtual int Check(int id) const = 0;
+    [[nodiscard]] virtual Rect ControlClientRect(int id) const = 0;                  // left and top 0
+    [[nodiscard]] virtual Rect MapToDialog(int id, const Rect& client_area) const = 0; // to dialog coordinates
+    virtual void MoveControl(int id, const Rect& area) = 0;                          // dialog coordinates, repaints
+
+    // Keyboard focus.
+    virtual void Focus(int id) = 0;
+    [[nodiscard]] virtual int FocusedControl() const = 0;    // 0: none; the hosting id for a window inside one
+    virtual void MoveFocusByOrder(bool forward) = 0;         // the dialog's own tab order
+
+    // Drop-down list.
+    virtual void ResetEntries(int id) = 0;
+    virtual void InsertEntry(int id, int index, std::u16string_view text) = 0;
+    virtual void SelectEntry(int id, int index) = 0;
+    [[nodiscard]] virtual int SelectedEntry(int id) const = 0; // -1: none
+
+    // Report list.
+    virtual void InsertColumn(int id, int column, std::u16string_view header, int width) = 0; // left-aligned
+    virtual void SetFullRowSelect(int id) = 0;
+    virtual void InsertRow(int id, int row, std::u16string_view text) = 0;
+    virtual void SetCell(int id, int row, int column, std::u16string_view text) = 0;
+    [[nodiscard]] virtual std::u16string Cell(int id, int row, int column) const = 0;
+    virtual void DeleteRow(int id, int row) = 0;
+    [[nodiscard]] virtual int SelectedRowCount(int id) const = 0;
+    [[nodiscard]] virtual int NextSelectedRow(int id, int after) const = 0; // after -1: the first; -1: none
+
+    // Toolbar, at the top of the client area.
+    virtual bool CreateToolbar(const ToolbarTemplate& toolbar) = 0;
+    [[nodiscard]] virtual Rect ClientRectBesideToolbar() const = 0; // what the bar leaves of the client area
+    virtual void MoveAllControls(int dx, int dy) = 0;               // without repainting; panels move along
+    virtual void PlaceToolbar() = 0;
+    virtual void EnableToolTips() = 0; // of the bar and of the dialog
+    virtual void PressTool(int command, bool pressed) = 0;
+
+    // Children made at run time. The results live no longer than the window.
+    // Null when the control cannot be created. Afterwards the control answers to its id as any other.
+    [[nodiscard]] virtual std::unique_ptr<IHostedControl> CreateHostedControl(const ClassId& class_id, int id,
+                                                                              const Rect& area) = 0;
+    // The hosted control that stands in the template; null where there is none.
+    [[nodiscard]] virtual std::unique_ptr<IHostedControl> TemplateControl(int id) = 0;
+    // Visible, sunken.
+    [[nodiscard]] virtual std::unique_ptr<IPanelWindow> CreatePanel(int id, const Rect& area) = 0;
+};
+
+class IDialogWindows {
+public:
+    virtual ~IDialogWindows() = default;
+
+    // `dialog` must outlive the result.
+    [[nodiscard]] virtual std::unique_ptr<IDialogWindow> Make(const DialogTemplate& dialog) = 0;
+};
+
+} // namespace partkeep

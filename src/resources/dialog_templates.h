@@ -1,0 +1,57 @@
+// The dialog templates and the toolbar as data, from the same sources that the resource compiler reads.
+// Positions are in dialog units: a quarter of the average character width, an eighth of its height.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+namespace partkeep {
+
+enum class ControlKind {
+    PushButton,
+    DefaultPushButton,
+    CheckBox, // automatic
+    Label,
+    Edit,
+    ReadOnlyEdit,
+    DropDownList,
+    ReportList,    // several rows selectable, selection visible without focus
+    HostedControl, // the picture control
+};
+
+struct TemplateControl {
+    int id;
+    ControlKind kind;
+    int x;
+    int y;
+    int width;
+    int height;
+    const char16_t* caption;
+};
+
+struct DialogTemplate {
+    int number;
+    int width;
+    int height;
+    const char16_t* title;
+    const char16_t* font;
+    int font_points;
+    std::span<const TemplateControl> controls; // in tab order
+};
+
+struct ToolbarTemplate {
+    int number;
+    int button_width;
+    int button_height;
+    std::span<const int> commands;
+    int bitmap_width;
+    int bitmap_height;
+    std::span<const std::uint8_t> bitmap; // a complete BMP file, one strip
+};
+
+extern const DialogTemplate selection_dialog_template;      // 101
+extern const DialogTemplate quantity_keypad_template;       // 202
+extern const DialogTemplate selected_parts_dialog_template; // 250
+extern const ToolbarTemplate filter_toolbar_template;       // 212
+
+} // namespace partkeep

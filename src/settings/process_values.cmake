@@ -1,0 +1,1 @@
+partkeep_library(partkeep_process_values SOURCES process_values.cpp)

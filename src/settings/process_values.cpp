@@ -1,0 +1,11 @@
+#include "settings/process_values.h"
+
+namespace partkeep {
+
+ProcessValues& TheProcessValues()
+{
+    static ProcessValues values;
+    return values;
+}
+
+} // namespace partkeep
