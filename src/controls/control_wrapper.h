@@ -37,12 +37,14 @@ protected:
     bool InvokeBool(std::int32_t dispatch_id, Arguments arguments = {});
     std::int16_t InvokeInt16(std::int32_t dispatch_id, Arguments arguments = {});
     std::int32_t InvokeInt32(std::int32_t dispatch_id, Arguments arguments = {});
-    std::u16string InvokeText(std::int32_t dispatch_id, Arguments arguments = {},
-                              InvokeKind kind = InvokeKind::Method);
+    std::u16string InvokeText(std::int32_t dispatch_id, Arguments arguments = {}, InvokeKind kind = InvokeKind::Method);
 
     static ControlArgument Text(std::u16string_view text) { return {ControlType::Text, text}; }
     static ControlArgument Int16(std::int16_t value) { return {ControlType::Int16, value}; }
-    static ControlArgument Int16Ref(std::int16_t* values) { return {ControlType::Int16Ref, static_cast<void*>(values)}; }
+    static ControlArgument Int16Ref(std::int16_t* values)
+    {
+        return {ControlType::Int16Ref, static_cast<void*>(values)};
+    }
     static ControlArgument Int32Ref(std::int32_t* value) { return {ControlType::Int32Ref, static_cast<void*>(value)}; }
     static ControlArgument TextRef(void* text) { return {ControlType::TextRef, text}; }
     static ControlArgument UnknownRef(void* block) { return {ControlType::UnknownRef, block}; }

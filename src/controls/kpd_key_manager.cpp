@@ -138,13 +138,13 @@ bool CKPDKeyManager::CopyPartFiles(std::u16string_view server, std::u16string_vi
 bool CKPDKeyManager::ReadPartAttributes(std::u16string_view server, std::u16string_view part_path,
                                         PartAttributeBlocks& blocks)
 {
-    const bool answer = InvokeBool(
-        Id(BrowserOperation::ReadPartAttributes),
-        {Text(server), Text(part_path), TextRef(blocks.part_name.data()), Int32Ref(&blocks.thickness),
-         Int32Ref(&blocks.argument5), Int16Ref(&blocks.argument6), TextRef(blocks.material.data()),
-         TextRef(blocks.argument8.data()), TextRef(blocks.machine.data()), Int32Ref(&blocks.argument10),
-         Int32Ref(&blocks.argument11), TextRef(blocks.comment.data()), Int16Ref(&blocks.argument13),
-         Int16Ref(&blocks.argument14)});
+    const bool answer =
+        InvokeBool(Id(BrowserOperation::ReadPartAttributes),
+                   {Text(server), Text(part_path), TextRef(blocks.part_name.data()), Int32Ref(&blocks.thickness),
+                    Int32Ref(&blocks.argument5), Int16Ref(&blocks.argument6), TextRef(blocks.material.data()),
+                    TextRef(blocks.argument8.data()), TextRef(blocks.machine.data()), Int32Ref(&blocks.argument10),
+                    Int32Ref(&blocks.argument11), TextRef(blocks.comment.data()), Int16Ref(&blocks.argument13),
+                    Int16Ref(&blocks.argument14)});
     blocks.material.back() = '\0';
     blocks.machine.back() = '\0';
     blocks.comment.back() = '\0';

@@ -8,8 +8,8 @@
 namespace partkeep {
 
 struct PartRecord {
-    std::u16string FilePathName;  // main staged file: the .iga file, else the .bmf file
-    std::u16string PartName;      // without extension
+    std::u16string FilePathName; // main staged file: the .iga file, else the .bmf file
+    std::u16string PartName;     // without extension
     std::u16string PartComment;
     std::u16string MaterialType;
     std::u16string serverName;

@@ -66,9 +66,9 @@ public:
     virtual ~IPanelWindow() = default;
 
     virtual void SetPainter(std::function<void(IDeviceContext&)> painter) = 0;
-    [[nodiscard]] virtual Rect ClientRect() const = 0;                // left and top 0
+    [[nodiscard]] virtual Rect ClientRect() const = 0;                  // left and top 0
     [[nodiscard]] virtual Rect MapToDialog(const Rect& area) const = 0; // from client to dialog coordinates
-    virtual void Move(const Rect& area) = 0;                          // client area, in dialog coordinates
+    virtual void Move(const Rect& area) = 0;                            // client area, in dialog coordinates
     virtual void Show(bool visible) = 0;
     virtual void Invalidate(bool erase) = 0;
 };
@@ -110,14 +110,14 @@ public:
     virtual void ClearSelectedText(int id) = 0;         // WM_CLEAR
     virtual void SetCheck(int id, int state) = 0;
     [[nodiscard]] virtual int Check(int id) const = 0;
-    [[nodiscard]] virtual Rect ControlClientRect(int id) const = 0;                  // left and top 0
+    [[nodiscard]] virtual Rect ControlClientRect(int id) const = 0;                    // left and top 0
     [[nodiscard]] virtual Rect MapToDialog(int id, const Rect& client_area) const = 0; // to dialog coordinates
-    virtual void MoveControl(int id, const Rect& area) = 0;                          // dialog coordinates, repaints
+    virtual void MoveControl(int id, const Rect& area) = 0;                            // dialog coordinates, repaints
 
     // Keyboard focus.
     virtual void Focus(int id) = 0;
-    [[nodiscard]] virtual int FocusedControl() const = 0;    // 0: none; the hosting id for a window inside one
-    virtual void MoveFocusByOrder(bool forward) = 0;         // the dialog's own tab order
+    [[nodiscard]] virtual int FocusedControl() const = 0; // 0: none; the hosting id for a window inside one
+    virtual void MoveFocusByOrder(bool forward) = 0;      // the dialog's own tab order
 
     // Drop-down list.
     virtual void ResetEntries(int id) = 0;

@@ -10,7 +10,7 @@
 
 namespace partkeep {
 
-using PaletteHandle = void*; // null: none
+using PaletteHandle = void*;    // null: none
 using ColorRef = std::uint32_t; // 0x00BBGGRR
 
 inline constexpr int stretch_mode_color_on_color = 3; // COLORONCOLOR
