@@ -13,6 +13,11 @@ constexpr std::int32_t Id(BrowserOperation operation)
 
 } // namespace
 
+PartAttributeBlocks::PartAttributeBlocks(std::u16string_view name)
+{
+    name.copy(part_name.data(), part_name.size() - 1);
+}
+
 bool CKPDKeyManager::ConnectServer(std::u16string_view server)
 {
     return InvokeBool(Id(BrowserOperation::ConnectServer), {Text(server)});

@@ -11,6 +11,9 @@ namespace partkeep {
 // Where ReadPartAttributes puts what it knows of a part: blocks of the contract's sizes, zeroed to begin with.
 // Members are numbered by the argument they serve; only those with a name are ever read.
 struct PartAttributeBlocks {
+    // Puts the name in its block, cut to what fits with a terminator.
+    explicit PartAttributeBlocks(std::u16string_view name);
+
     std::array<char16_t, part_name_units> part_name{}; // 3, in
     std::int32_t thickness = 0;                        // 4, in 1/10000
     std::int32_t argument5 = 0;

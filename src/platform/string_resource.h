@@ -6,7 +6,7 @@
 
 namespace partkeep {
 
-// The block of strings (number - 1) * 16 to (number - 1) * 16 + 15 in a language (1033, 1041, 2052; 1024 is
+// The block of strings (block - 1) * 16 to (block - 1) * 16 + 15 in a language (1033, 1041, 2052; 1024 is
 // the neutral language, which follows the user's locale among the three and otherwise is English): 16 entries,
 // each a length in UTF-16 units and then that many units without terminator. Empty when there is none.
 // The bytes live as long as the component is loaded.

@@ -1,0 +1,1 @@
+partkeep_library(partkeep_string_table SOURCES string_table.cpp)
