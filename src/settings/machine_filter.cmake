@@ -1,0 +1,1 @@
+partkeep_library(partkeep_machine_filter SOURCES machine_filter.cpp)
