@@ -1,6 +1,7 @@
 #include "host/cad_data_reader.h"
 
 #include "controls/kpd_key_manager.h"
+#include "partdata/plain_message.h"
 #include "platform/files.h"
 #include "platform/text.h"
 #include "settings/local_strings.h"
@@ -32,7 +33,7 @@ bool CCADDataReader::ReadCADData(std::u16string_view server, std::u16string_view
         return false;
     }
     if (!browser.ConnectServer(server)) {
-        ShowText(LoadLocalString(LocalString::ServerNotConnected));
+        ShowPlainMessage(messages_, LocalString::ServerNotConnected);
         return false;
     }
     browser.SetDataKind(part_data_kind);
@@ -65,13 +66,8 @@ std::u16string CCADDataReader::FindCADFile(std::u16string_view part_name)
             return path;
         }
     }
-    ShowText(LoadLocalString(LocalString::NoFilesFound) + std::u16string(part_name));
+    ShowPlainMessage(messages_, LoadLocalString(LocalString::NoFilesFound) + std::u16string(part_name));
     return {};
-}
-
-void CCADDataReader::ShowText(std::u16string text)
-{
-    messages_.Show({std::move(text), LoadLocalString(LocalString::MessageTitle), MessageKind::Plain});
 }
 
 } // namespace partkeep

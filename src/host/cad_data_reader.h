@@ -25,8 +25,6 @@ public:
     std::u16string FindCADFile(std::u16string_view part_name);
 
 private:
-    void ShowText(std::u16string text);
-
     std::u16string workingFolder_;
     IHiddenControls& controls_;
     IMessages& messages_;

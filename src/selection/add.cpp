@@ -1,0 +1,77 @@
+// Adding to the selection: stages what is selected in the browser at once and lists it, so that parts can be
+// collected from several folders and servers before a Load.
+
+#include "selection/dialog_controls.h"
+#include "selection/partkeep_read_dlg.h"
+#include "selection/quantity_keypad_dlg.h"
+
+namespace partkeep {
+
+void CPartkeepReadDlg::OnAdd()
+{
+    window_->Enable(add_button, false);
+    const std::int32_t count = browser_.GetSelectedPartCount();
+    if (count == 0 || count > max_selected_parts) {
+        Tell(count == 0 ? LocalString::SelectParts : LocalString::TooManyParts);
+        window_->Enable(add_button, true);
+        return;
+    }
+    const std::u16string staging_path = StagingFolderOf(state_.currentServer, state_.lastFolder);
+    MakeFolder(staging_path);
+    window_->Enable(load_button, false);
+    std::u16string quantity;
+    if (AskQuantity(quantity)) {
+        OpenSelectedParts();
+        AddSelectedParts(count, staging_path, quantity);
+        browser_.SelectAllParts(0);
+    }
+    window_->Enable(add_button, true);
+    window_->Enable(load_button, true);
+}
+
+// Shown on every Add that gets this far, also when the user closed it in between, and before the first part is
+// staged, so that it fills while the run goes on.
+void CPartkeepReadDlg::OpenSelectedParts()
+{
+    if (!selectedPartsDlg_->WindowExists() && selectedPartsDlg_->Create(*window_)) {
+        selectedPartsDlg_->InitColumns();
+    }
+    selectedPartsDlg_->Show();
+}
+
+void CPartkeepReadDlg::AddSelectedParts(std::int32_t count, const std::u16string& staging_path,
+                                        const std::u16string& quantity)
+{
+    browser_.SetDataKind(part_data_kind);
+    browser_.SetTargetFolder(staging_path + u"\\");
+    for (std::int32_t entry = 0; entry < count; ++entry) {
+        const auto index = static_cast<std::int16_t>(entry);
+        if (lookup_->IsPartListed(index, selectedPartsDlg_->selectedParts, true)) {
+            continue;
+        }
+        PartRecord record;
+        if (!lookup_->StagePart(index, staging_path, quantity, record)) {
+            continue;
+        }
+        selectedPartsDlg_->selectedParts.push_back(record);
+        selectedPartsDlg_->AddLastPartRow();
+    }
+}
+
+// False when the user cancelled; the browser's selection is then cleared.
+bool CPartkeepReadDlg::AskQuantity(std::u16string& quantity)
+{
+    quantity = u"1";
+    if (window_->Check(quantity_check) == 0) {
+        return true;
+    }
+    CQuantityKeypadDlg keypad(windows_, dialogIcon_);
+    if (keypad.DoModal() == id_ok) {
+        quantity = keypad.Quantity();
+        return true;
+    }
+    browser_.SelectAllParts(0);
+    return false;
+}
+
+} // namespace partkeep

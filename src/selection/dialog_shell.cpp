@@ -1,0 +1,116 @@
+// Between the window's events and the dialog's operations: keys, unit box, filter tools, Cancel.
+
+#include "selection/dialog_controls.h"
+#include "selection/partkeep_read_dlg.h"
+
+namespace partkeep {
+
+// Enter and Ctrl+A are taken before any control sees them: Enter never presses the button that has the focus, it
+// means Load everywhere, whether the Load button is enabled or not.
+bool CPartkeepReadDlg::PreTranslateMessage(const KeyPress& press)
+{
+    switch (press.key) {
+    case key_return:
+        OnLoad();
+        return true;
+    case key_a:
+        if (!press.control || !multiSelection) {
+            return false;
+        }
+        browser_.SelectAllParts(1);
+        return true;
+    case key_tab:
+        OnTabKey(!press.shift);
+        return true;
+    default:
+        return false;
+    }
+}
+
+// The browser stands between Cancel and the unit box in the keyboard's order, in both directions, and has an order
+// of its own inside.
+void CPartkeepReadDlg::OnTabKey(bool forward)
+{
+    const int focused = window_->FocusedControl();
+    const std::int16_t code = forward ? focus_forward : focus_backward;
+    if (focused == browser_control) {
+        if (browser_.MoveFocus(code) == 0) {
+            window_->Focus(forward ? unit_box : id_cancel);
+        }
+        return;
+    }
+    window_->MoveFocusByOrder(forward);
+    if (focused == (forward ? id_cancel : unit_box)) {
+        browser_.MoveFocus(code);
+    }
+}
+
+void CPartkeepReadDlg::OnCommand(int id)
+{
+    switch (id) {
+    case load_button:
+        OnLoad();
+        return;
+    case add_button:
+        OnAdd();
+        return;
+    case id_cancel:
+        OnCancel();
+        return;
+    default:
+        break;
+    }
+    if (const MachineFilter* filter = FindFilterByCommand(id)) {
+        OnFilter(*filter);
+    }
+}
+
+void CPartkeepReadDlg::OnSelectionChange(int id)
+{
+    if (id == unit_box) {
+        OnUnitChange();
+    }
+}
+
+void CPartkeepReadDlg::OnUnitChange()
+{
+    state_.displayUnit = window_->SelectedEntry(unit_box) == 0 ? 0 : 1;
+    ApplyDisplayUnit(true);
+}
+
+void CPartkeepReadDlg::ApplyDisplayUnit(bool refresh)
+{
+    browser_.SetDisplayUnit(static_cast<std::int16_t>(state_.displayUnit));
+    if (refresh) {
+        browser_.RefreshPartList();
+    }
+}
+
+// The tools are plain buttons, so they are kept exclusive here.
+void CPartkeepReadDlg::OnFilter(const MachineFilter& filter)
+{
+    for (const MachineFilter& other : machine_filters) {
+        if (other.command != filter.command) {
+            window_->PressTool(other.command, false);
+        }
+    }
+    window_->PressTool(filter.command, true);
+    filter_.dataKind = filter.dataKind;
+    browser_.SetPartFilter(filter.dataKind);
+    filter_.FilterState = filter.FilterState;
+}
+
+void CPartkeepReadDlg::OnPaint()
+{
+    if (browser_.HasControl()) {
+        browser_.MoveFocus(focus_at_paint);
+    }
+}
+
+void CPartkeepReadDlg::OnCancel()
+{
+    selectedPartsDlg_->EmptyAndDestroy();
+    window_->EndModal(id_cancel);
+}
+
+} // namespace partkeep

@@ -1,0 +1,172 @@
+// Construction, start-up and close-down of the selection dialog.
+
+#include "selection/partkeep_read_dlg.h"
+
+#include "partdata/plain_message.h"
+#include "platform/files.h"
+#include "platform/text.h"
+#include "resources/dialog_templates.h"
+#include "selection/dialog_controls.h"
+#include "settings/options_file.h"
+#include "settings/process_values.h"
+
+namespace partkeep {
+
+namespace {
+
+// The bar's own height plays no part: the templates leave this much room for it.
+constexpr int toolbar_room = 20;
+
+constexpr std::int16_t metric = 0;
+
+} // namespace
+
+CPartkeepReadDlg::CPartkeepReadDlg(IDialogWindows& windows) : windows_(windows)
+{
+    folders_.unpackFolder = TheProcessValues().workingFolder + u"UnZipFolder";
+    MakeFolder(folders_.unpackFolder);
+    folders_.unpackFolder += u"\\";
+}
+
+int CPartkeepReadDlg::DoModal()
+{
+    window_ = windows_.Make(selection_dialog_template);
+    return window_->RunModal(*this);
+}
+
+void CPartkeepReadDlg::OnInitDialog()
+{
+    dialogIcon_ = window_->ParentSmallIcon();
+    window_->SetSmallIcon(dialogIcon_);
+    selectedPartsDlg_ = std::make_unique<CSelectedPartsDlg>(windows_, dialogIcon_);
+    lookup_ = std::make_unique<CPartLookup>(browser_, window_->OwnerMessages(),
+                                            LookupState{state_.currentServer, lookupFolder_, filter_});
+    CreateBrowser();
+    folders_.previewFolder = TheProcessValues().workingFolder + u"Lumora_ForPNG";
+    MakeDirectory(folders_.previewFolder);
+    preview_ = std::make_unique<CPreviewImages>(*window_, browser_);
+    preview_->Create();
+    window_->SetReadOnly(part_name_box);
+    window_->SetReadOnly(comment_box);
+    SetCaptions();
+    LoadServerList(state_, installFolder, browser_);
+    const std::u16string folder_to_restore = state_.lastFolder;
+    ApplyDisplayUnit(state_.displayUnit != metric);
+    ReadOptions();
+    BuildToolbar();
+    window_->SelectEntry(unit_box, state_.displayUnit);
+    ShowPartTexts();
+    HandStateToBrowser();
+    window_->UpdateNow();
+    browser_.MoveFocus(focus_at_start);
+    window_->Focus(browser_control);
+    ConnectToLastPlace(folder_to_restore);
+}
+
+// Without a browser the dialog opens all the same, and every call on it then does nothing.
+void CPartkeepReadDlg::CreateBrowser()
+{
+    const Rect client = window_->ClientRect();
+    browser_.Attach(
+        window_->CreateHostedControl(part_browser_class_id, browser_control,
+                                     {client.left + 5, client.top + 10, client.right - 5, client.bottom - 230}));
+    if (!browser_.HasControl()) {
+        window_->OwnerMessages().Show({cannot_be_started_text, cannot_be_started_title, MessageKind::Exclamation});
+        return;
+    }
+    browser_.SetEventSink([this](std::int32_t event) {
+        if (event == static_cast<std::int32_t>(BrowserEvent::Click)) {
+            OnBrowserClick();
+        }
+    });
+}
+
+void CPartkeepReadDlg::SetCaptions()
+{
+    window_->SetText(image3D_label, LoadLocalString(LocalString::Image3D));
+    window_->SetText(image2D_label, LoadLocalString(LocalString::Image2D));
+    window_->SetText(unit_label, LoadLocalString(LocalString::DisplayUnit));
+    window_->SetText(part_name_label, LoadLocalString(LocalString::PartsName) + u" (&P)");
+    window_->SetText(comment_label, LoadLocalString(LocalString::Comment));
+    window_->SetText(load_button, LoadLocalString(LocalString::Ok));
+    window_->SetText(id_cancel, LoadLocalString(LocalString::Cancel));
+    window_->SetText(add_button, LoadLocalString(LocalString::Add));
+    window_->SetText(quantity_check, LoadLocalString(LocalString::InputQuantity));
+    window_->ResetEntries(unit_box);
+    window_->InsertEntry(unit_box, 0, LoadLocalString(LocalString::Metric));
+    window_->InsertEntry(unit_box, 1, LoadLocalString(LocalString::Inch));
+}
+
+void CPartkeepReadDlg::ReadOptions()
+{
+    std::int16_t prompt = 0;
+    ReadOptionsFile(OptionsFilePath(installFolder), prompt, filter_.FilterState);
+    if (const MachineFilter* filter = FindFilterByState(filter_.FilterState)) {
+        filter_.dataKind = filter->dataKind;
+    }
+    window_->SetCheck(quantity_check, prompt);
+}
+
+void CPartkeepReadDlg::BuildToolbar()
+{
+    window_->CreateToolbar(filter_toolbar_template);
+    const int shift = window_->ClientRectBesideToolbar().left - window_->ClientRect().left;
+    window_->MoveAllControls(shift, toolbar_room);
+    window_->PlaceToolbar();
+    window_->EnableToolTips();
+    if (const MachineFilter* filter = FindFilterByState(filter_.FilterState)) {
+        window_->PressTool(filter->command, true);
+    }
+}
+
+void CPartkeepReadDlg::HandStateToBrowser()
+{
+    browser_.SetPartFilter(filter_.dataKind);
+    browser_.SetServerList(state_.serverTable);
+    if (!state_.viewState.empty()) {
+        browser_.SetViewState(PaddedViewState(state_.viewState).data());
+    }
+}
+
+// `folder` is the one that the settings file told: on a server that is gone, the browser may have moved on since.
+void CPartkeepReadDlg::ConnectToLastPlace(const std::u16string& folder)
+{
+    browser_.ConnectServer(state_.currentServer);
+    browser_.SetCurrentServer(state_.currentServer);
+    WalkToCurrentServer();
+    if (!folder.empty()) {
+        browser_.OpenFolderSelection();
+        browser_.SetCurrentFolder(folder);
+    }
+}
+
+// Leaves the browser's cursor on the current server, or at the end of the list where that is not in the table.
+void CPartkeepReadDlg::WalkToCurrentServer()
+{
+    for (const auto& slot : state_.serverTable.slots) {
+        if (slot.front() == '\0' || WidenText(slot.data()) == state_.currentServer) {
+            return;
+        }
+        browser_.SelectNextServer();
+    }
+}
+
+// On every way out, while the controls still stand.
+void CPartkeepReadDlg::OnDestroy()
+{
+    selectedPartsDlg_->EmptyAndDestroy();
+    if (browser_.HasControl()) {
+        SaveServerList(state_, installFolder, browser_);
+        preview_->FreeBlocks();
+        browser_.DisconnectServer();
+    }
+    preview_->Destroy();
+    browser_.Detach();
+}
+
+void CPartkeepReadDlg::Tell(LocalString text)
+{
+    ShowPlainMessage(window_->OwnerMessages(), text);
+}
+
+} // namespace partkeep
