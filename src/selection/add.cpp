@@ -1,7 +1,7 @@
 // Adding to the selection: stages what is selected in the browser at once and lists it, so that parts can be
 // collected from several folders and servers before a Load.
 
-#include "selection/dialog_controls.h"
+#include "resources/resource_ids.h"
 #include "selection/partkeep_read_dlg.h"
 #include "selection/quantity_keypad_dlg.h"
 
@@ -9,24 +9,24 @@ namespace partkeep {
 
 void CPartkeepReadDlg::OnAdd()
 {
-    window_->Enable(add_button, false);
+    window_->Enable(RES_ADD, false);
     const std::int32_t count = browser_.GetSelectedPartCount();
     if (count == 0 || count > max_selected_parts) {
         Tell(count == 0 ? LocalString::SelectParts : LocalString::TooManyParts);
-        window_->Enable(add_button, true);
+        window_->Enable(RES_ADD, true);
         return;
     }
     const std::u16string staging_path = StagingFolderOf(state_.currentServer, state_.lastFolder);
     MakeFolder(staging_path);
-    window_->Enable(load_button, false);
+    window_->Enable(RES_LOAD, false);
     std::u16string quantity;
     if (AskQuantity(quantity)) {
         OpenSelectedParts();
         AddSelectedParts(count, staging_path, quantity);
         browser_.SelectAllParts(0);
     }
-    window_->Enable(add_button, true);
-    window_->Enable(load_button, true);
+    window_->Enable(RES_ADD, true);
+    window_->Enable(RES_LOAD, true);
 }
 
 // Shown on every Add that gets this far, also when the user closed it in between, and before the first part is
@@ -62,7 +62,7 @@ void CPartkeepReadDlg::AddSelectedParts(std::int32_t count, const std::u16string
 bool CPartkeepReadDlg::AskQuantity(std::u16string& quantity)
 {
     quantity = u"1";
-    if (window_->Check(quantity_check) == 0) {
+    if (window_->Check(RES_ASK_QUANTITY) == 0) {
         return true;
     }
     CQuantityKeypadDlg keypad(windows_, dialogIcon_);

@@ -1,7 +1,7 @@
 // The browser's Click: shows the part under the cursor, and learns where the user is.
 
 #include "platform/text.h"
-#include "selection/dialog_controls.h"
+#include "resources/resource_ids.h"
 #include "selection/partkeep_read_dlg.h"
 #include "selection/wait_indication.h"
 
@@ -38,8 +38,8 @@ CPartkeepReadDlg::ClickOutcome CPartkeepReadDlg::FollowClick()
 {
     const CWaitIndication wait(*window_);
     preview_->Blank();
-    window_->SetText(part_name_box, u"");
-    window_->SetText(comment_box, u"");
+    window_->SetText(RES_PART_NAME, u"");
+    window_->SetText(RES_COMMENT, u"");
     if (browser_.GetSelectedPartCount() == 0) {
         state_.currentServer = browser_.GetCurrentServer();
         return ClickOutcome::NothingSelected;
@@ -62,8 +62,8 @@ CPartkeepReadDlg::ClickOutcome CPartkeepReadDlg::FollowClick()
 
 void CPartkeepReadDlg::ShowPartTexts()
 {
-    window_->SetText(part_name_box, partNameText_);
-    window_->SetText(comment_box, commentText_);
+    window_->SetText(RES_PART_NAME, partNameText_);
+    window_->SetText(RES_COMMENT, commentText_);
 }
 
 } // namespace partkeep

@@ -1,6 +1,6 @@
 // Between the window's events and the dialog's operations: keys, unit box, filter tools, Cancel.
 
-#include "selection/dialog_controls.h"
+#include "resources/resource_ids.h"
 #include "selection/partkeep_read_dlg.h"
 
 namespace partkeep {
@@ -33,14 +33,14 @@ void CPartkeepReadDlg::OnTabKey(bool forward)
 {
     const int focused = window_->FocusedControl();
     const std::int16_t code = forward ? focus_forward : focus_backward;
-    if (focused == browser_control) {
+    if (focused == RES_BROWSER) {
         if (browser_.MoveFocus(code) == 0) {
-            window_->Focus(forward ? unit_box : id_cancel);
+            window_->Focus(forward ? RES_UNIT : id_cancel);
         }
         return;
     }
     window_->MoveFocusByOrder(forward);
-    if (focused == (forward ? id_cancel : unit_box)) {
+    if (focused == (forward ? id_cancel : RES_UNIT)) {
         browser_.MoveFocus(code);
     }
 }
@@ -48,10 +48,10 @@ void CPartkeepReadDlg::OnTabKey(bool forward)
 void CPartkeepReadDlg::OnCommand(int id)
 {
     switch (id) {
-    case load_button:
+    case RES_LOAD:
         OnLoad();
         return;
-    case add_button:
+    case RES_ADD:
         OnAdd();
         return;
     case id_cancel:
@@ -67,14 +67,14 @@ void CPartkeepReadDlg::OnCommand(int id)
 
 void CPartkeepReadDlg::OnSelectionChange(int id)
 {
-    if (id == unit_box) {
+    if (id == RES_UNIT) {
         OnUnitChange();
     }
 }
 
 void CPartkeepReadDlg::OnUnitChange()
 {
-    state_.displayUnit = window_->SelectedEntry(unit_box) == 0 ? 0 : 1;
+    state_.displayUnit = window_->SelectedEntry(RES_UNIT) == 0 ? 0 : 1;
     ApplyDisplayUnit(true);
 }
 

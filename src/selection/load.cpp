@@ -1,7 +1,7 @@
 // Load: turns what is listed and what is selected at this moment into the dialog's result and closes it.
 
 #include "platform/files.h"
-#include "selection/dialog_controls.h"
+#include "resources/resource_ids.h"
 #include "selection/partkeep_read_dlg.h"
 #include "selection/wait_indication.h"
 #include "settings/options_file.h"
@@ -22,8 +22,8 @@ void CPartkeepReadDlg::OnLoad()
     FillResultParts(load_list);
     window_->EndModal(id_ok);
     // The window still stands until this handler returns, so the check box can be read behind the end of the run.
-    const auto prompt = static_cast<std::int16_t>(window_->Check(quantity_check) & 3);
-    WriteOptionsFile(OptionsFilePath(installFolder), prompt, filter_.FilterState);
+    const auto prompt = static_cast<std::int16_t>(window_->Check(RES_ASK_QUANTITY) & 3);
+    WriteOptionsFile(OptionsFilePath(), prompt, filter_.FilterState);
     RemoveTempFolders(folders_);
 }
 

@@ -6,7 +6,7 @@
 #include "platform/files.h"
 #include "platform/text.h"
 #include "resources/dialog_templates.h"
-#include "selection/dialog_controls.h"
+#include "resources/resource_ids.h"
 #include "settings/options_file.h"
 #include "settings/process_values.h"
 
@@ -46,20 +46,20 @@ void CPartkeepReadDlg::OnInitDialog()
     MakeDirectory(folders_.previewFolder);
     preview_ = std::make_unique<CPreviewImages>(*window_, browser_);
     preview_->Create();
-    window_->SetReadOnly(part_name_box);
-    window_->SetReadOnly(comment_box);
+    window_->SetReadOnly(RES_PART_NAME);
+    window_->SetReadOnly(RES_COMMENT);
     SetCaptions();
     LoadServerList(state_, installFolder, browser_);
     const std::u16string folder_to_restore = state_.lastFolder;
     ApplyDisplayUnit(state_.displayUnit != metric);
     ReadOptions();
     BuildToolbar();
-    window_->SelectEntry(unit_box, state_.displayUnit);
+    window_->SelectEntry(RES_UNIT, state_.displayUnit);
     ShowPartTexts();
     HandStateToBrowser();
     window_->UpdateNow();
     browser_.MoveFocus(focus_at_start);
-    window_->Focus(browser_control);
+    window_->Focus(RES_BROWSER);
     ConnectToLastPlace(folder_to_restore);
 }
 
@@ -67,9 +67,8 @@ void CPartkeepReadDlg::OnInitDialog()
 void CPartkeepReadDlg::CreateBrowser()
 {
     const Rect client = window_->ClientRect();
-    browser_.Attach(
-        window_->CreateHostedControl(part_browser_class_id, browser_control,
-                                     {client.left + 5, client.top + 10, client.right - 5, client.bottom - 230}));
+    browser_.Attach(window_->CreateHostedControl(
+        part_browser_class_id, RES_BROWSER, {client.left + 5, client.top + 10, client.right - 5, client.bottom - 230}));
     if (!browser_.HasControl()) {
         window_->OwnerMessages().Show({cannot_be_started_text, cannot_be_started_title, MessageKind::Exclamation});
         return;
@@ -83,28 +82,28 @@ void CPartkeepReadDlg::CreateBrowser()
 
 void CPartkeepReadDlg::SetCaptions()
 {
-    window_->SetText(image3D_label, LoadLocalString(LocalString::Image3D));
-    window_->SetText(image2D_label, LoadLocalString(LocalString::Image2D));
-    window_->SetText(unit_label, LoadLocalString(LocalString::DisplayUnit));
-    window_->SetText(part_name_label, LoadLocalString(LocalString::PartsName) + u" (&P)");
-    window_->SetText(comment_label, LoadLocalString(LocalString::Comment));
-    window_->SetText(load_button, LoadLocalString(LocalString::Ok));
+    window_->SetText(RES_CAPTION_3D, LoadLocalString(LocalString::Image3D));
+    window_->SetText(RES_CAPTION_2D, LoadLocalString(LocalString::Image2D));
+    window_->SetText(RES_UNIT_CAPTION, LoadLocalString(LocalString::DisplayUnit));
+    window_->SetText(RES_PART_NAME_CAPTION, LoadLocalString(LocalString::PartsName) + u" (&P)");
+    window_->SetText(RES_COMMENT_CAPTION, LoadLocalString(LocalString::Comment));
+    window_->SetText(RES_LOAD, LoadLocalString(LocalString::Ok));
     window_->SetText(id_cancel, LoadLocalString(LocalString::Cancel));
-    window_->SetText(add_button, LoadLocalString(LocalString::Add));
-    window_->SetText(quantity_check, LoadLocalString(LocalString::InputQuantity));
-    window_->ResetEntries(unit_box);
-    window_->InsertEntry(unit_box, 0, LoadLocalString(LocalString::Metric));
-    window_->InsertEntry(unit_box, 1, LoadLocalString(LocalString::Inch));
+    window_->SetText(RES_ADD, LoadLocalString(LocalString::Add));
+    window_->SetText(RES_ASK_QUANTITY, LoadLocalString(LocalString::InputQuantity));
+    window_->ResetEntries(RES_UNIT);
+    window_->InsertEntry(RES_UNIT, 0, LoadLocalString(LocalString::Metric));
+    window_->InsertEntry(RES_UNIT, 1, LoadLocalString(LocalString::Inch));
 }
 
 void CPartkeepReadDlg::ReadOptions()
 {
     std::int16_t prompt = 0;
-    ReadOptionsFile(OptionsFilePath(installFolder), prompt, filter_.FilterState);
+    ReadOptionsFile(OptionsFilePath(), prompt, filter_.FilterState);
     if (const MachineFilter* filter = FindFilterByState(filter_.FilterState)) {
         filter_.dataKind = filter->dataKind;
     }
-    window_->SetCheck(quantity_check, prompt);
+    window_->SetCheck(RES_ASK_QUANTITY, prompt);
 }
 
 void CPartkeepReadDlg::BuildToolbar()

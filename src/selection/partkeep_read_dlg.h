@@ -22,6 +22,9 @@
 
 namespace partkeep {
 
+// Parts selected in the browser, in one Add or one Load; what is listed already does not count.
+inline constexpr std::int32_t max_selected_parts = 256;
+
 class CPartkeepReadDlg : public IDialogHandler {
 public:
     // Makes sure of the unpack folder under the process's working folder.
@@ -80,6 +83,7 @@ private:
     void StageSelection(std::int32_t count, const std::u16string& quantity, std::list<PartRecord>& load_list);
     void FillResultParts(const std::list<PartRecord>& load_list);
     void Tell(LocalString text);
+    [[nodiscard]] std::u16string OptionsFilePath() const { return installFolder + u"\\ZanPartkeepConfig.xml"; }
 
     IDialogWindows& windows_;
     std::unique_ptr<IDialogWindow> window_;

@@ -2,7 +2,7 @@
 
 #include "partdata/staging.h"
 #include "platform/files.h"
-#include "selection/dialog_controls.h"
+#include "resources/resource_ids.h"
 #include "selection/wait_indication.h"
 
 #include <array>
@@ -12,6 +12,7 @@ namespace partkeep {
 
 namespace {
 
+constexpr int pane_extent = 149; // width and height of a pane's client area
 constexpr std::string_view tag2D = "2D";
 constexpr std::string_view tag3D = "3D";
 constexpr std::string_view tagPNG = "PNG";
@@ -48,13 +49,13 @@ std::u16string PreviewPathOf(std::u16string_view working_folder)
 void CPreviewImages::Create()
 {
     const Rect client = window_.ClientRect();
-    panel2D_.Attach(window_.CreatePanel(image_panel,
+    panel2D_.Attach(window_.CreatePanel(RES_IMAGE_PANEL,
                                         {client.left + 5, client.bottom - 190, client.left + 155, client.bottom - 40}));
     panel3D_.Attach(window_.CreatePanel(
-        image_panel, {client.left + 175, client.bottom - 190, client.left + 325, client.bottom - 40}));
+        RES_IMAGE_PANEL, {client.left + 175, client.bottom - 190, client.left + 325, client.bottom - 40}));
     panel3D_.SetClientExtent(pane_extent);
     panel2D_.SetClientExtent(pane_extent);
-    picture_.Attach(window_.TemplateControl(picture_control));
+    picture_.Attach(window_.TemplateControl(RES_PICTURE));
 }
 
 void CPreviewImages::Destroy()
@@ -68,7 +69,7 @@ void CPreviewImages::Blank()
 {
     panel3D_.SetImage(nullptr);
     panel2D_.SetImage(nullptr);
-    window_.ShowControl(picture_control, false);
+    window_.ShowControl(RES_PICTURE, false);
     panel2D_.Show(true);
     picture_.SetImagePath(u"");
 }
@@ -93,7 +94,7 @@ void CPreviewImages::RefreshPreviewImages(std::u16string_view working_folder)
     if (answers.png) {
         ShowPicture(preview_path);
     } else if (answers.image2D) {
-        window_.ShowControl(picture_control, false);
+        window_.ShowControl(RES_PICTURE, false);
         panel2D_.Show(true);
         panel2D_.SetImage(image2D_);
     }
@@ -150,11 +151,11 @@ void CPreviewImages::ShowPicture(const std::u16string& preview_path)
     browser_.SetDataKind(nct_data_kind);
     const std::u16string picture_path = preview_path + browser_.GetPreviewFileTitle() + u".PNG";
     panel2D_.Show(false);
-    Rect area = window_.ControlClientRect(picture_control);
+    Rect area = window_.ControlClientRect(RES_PICTURE);
     area.right = pane_extent;
     area.bottom = pane_extent;
-    window_.MoveControl(picture_control, window_.MapToDialog(picture_control, area));
-    window_.ShowControl(picture_control, true);
+    window_.MoveControl(RES_PICTURE, window_.MapToDialog(RES_PICTURE, area));
+    window_.ShowControl(RES_PICTURE, true);
     picture_.SetImagePath(picture_path);
 }
 
