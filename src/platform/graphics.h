@@ -32,11 +32,13 @@ public:
 
     virtual void SetStretchBltMode(int mode) = 0;
 
-    // Number of scan lines set, 0 on failure. Source y counts from the bottom row.
+    // Copies without scaling; what lies outside the source bitmap stays as it is. Number of scan lines set, 0 on
+    // failure. Source y and scan lines count from the bottom row, also where the top row is stored first.
     virtual int SetDIBitsToDevice(int target_x, int target_y, int width, int height, int source_x, int source_y,
                                   unsigned first_line, unsigned line_count, const DibView& bitmap) = 0;
 
-    // Number of scan lines copied, 0 on failure (SRCCOPY). Source y counts from the bottom row.
+    // Copies and scales (SRCCOPY). Number of the bitmap's scan lines, 0 on failure. Source y as above; a negative
+    // width or height of one of the rectangles mirrors.
     virtual int StretchDIBits(const Rect& target, const Rect& source, const DibView& bitmap) = 0;
 
     virtual void FillSolidRect(const Rect& area, ColorRef color) = 0;

@@ -1,0 +1,41 @@
+// The drawing calls on a GDI device context, and a palette of GDI. Neither owns the device context.
+#pragma once
+
+#include "platform/graphics.h"
+
+#include <windows.h>
+
+namespace partkeep {
+
+class GdiDeviceContext final : public IDeviceContext {
+public:
+    explicit GdiDeviceContext(HDC context) : context_(context) {}
+
+    PaletteHandle SelectPalette(PaletteHandle palette, bool background) override;
+    void SetStretchBltMode(int mode) override;
+    int SetDIBitsToDevice(int target_x, int target_y, int width, int height, int source_x, int source_y,
+                          unsigned first_line, unsigned line_count, const DibView& bitmap) override;
+    int StretchDIBits(const Rect& target, const Rect& source, const DibView& bitmap) override;
+    void FillSolidRect(const Rect& area, ColorRef color) override; // leaves the colour as background colour
+    [[nodiscard]] ColorRef GetSysColor(int index) const override;
+
+private:
+    HDC context_;
+};
+
+// Owns its palette. A second CreatePalette replaces the first one; no device context may have it selected.
+class GdiPalette final : public IPalette {
+public:
+    GdiPalette() = default;
+    ~GdiPalette() override;
+    GdiPalette(const GdiPalette&) = delete;
+    GdiPalette& operator=(const GdiPalette&) = delete;
+
+    bool CreatePalette(std::span<const PaletteEntry> entries) override;
+    [[nodiscard]] PaletteHandle Handle() const override { return palette_; }
+
+private:
+    HPALETTE palette_ = nullptr;
+};
+
+} // namespace partkeep
