@@ -22,6 +22,9 @@ void UnlockBlock(MemoryHandle block);
 // The size in bytes, at least what was asked for; 0 for a handle that is no block.
 [[nodiscard]] std::size_t BlockSize(MemoryHandle block);
 
+// How often the block is locked at the moment; 0 for a handle that is no block.
+[[nodiscard]] std::size_t BlockLockCount(MemoryHandle block);
+
 // Frees the block, locked or not. Null and unknown handles are ignored.
 void FreeBlock(MemoryHandle block);
 

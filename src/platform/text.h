@@ -26,11 +26,14 @@ void SetSystemCodePage(CodePage page);
 // character. An unknown code page gives empty text.
 [[nodiscard]] std::u16string WidenText(std::string_view narrow, CodePage page = system_code_page);
 
-// UTF-16 to bytes. A character with no form in the code page becomes "?"; an unpaired surrogate becomes
-// U+FFFD in a Unicode code page. An unknown code page gives empty text.
+// UTF-16 to bytes. A unit with no form in the code page becomes the nearest form that the page defines for it
+// (a Latin letter without its mark), otherwise "?". In UTF-8 an unpaired surrogate becomes U+FFFD. An unknown
+// code page gives empty text.
 [[nodiscard]] std::string NarrowText(std::u16string_view wide, CodePage page = system_code_page);
 
-// Upper case, one UTF-16 unit to one, by Unicode's simple mapping and without regard to locale.
+// Upper case, one UTF-16 unit to one, by Unicode's simple mapping and without regard to locale. Letters whose
+// upper case does not lead back to them (dotless i, long s, final sigma) stay, so that nothing outside ASCII
+// ever equals a name in ASCII.
 [[nodiscard]] char16_t UpperCase(char16_t unit);
 [[nodiscard]] std::u16string UpperCase(std::u16string_view text);
 

@@ -1,0 +1,138 @@
+#include "platform/files.h"
+
+#include "platform/posix/file_handle.h"
+#include "platform/posix/path_lookup.h"
+#include "platform/posix/utf8.h"
+#include "platform/posix/whole_file.h"
+#include "platform/text_mode.h"
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace partkeep {
+
+namespace {
+
+bool IsSeparator(char16_t unit)
+{
+    return unit == u'\\' || unit == u'/';
+}
+
+bool EndsInSeparator(std::u16string_view path)
+{
+    return !path.empty() && IsSeparator(path.back());
+}
+
+std::string WithoutFinalSeparator(std::string native)
+{
+    if (native.size() > 1 && native.ends_with('/')) {
+        native.pop_back();
+    }
+    return native;
+}
+
+bool ReadStatus(std::u16string_view path, struct stat& status)
+{
+    return stat(FindOnDisk(path).c_str(), &status) == 0;
+}
+
+// The folder as given where it is absolute; otherwise behind the current folder. Empty when that is gone.
+std::u16string MakeAbsolute(std::u16string_view folder)
+{
+    if (IsSeparator(folder.front())) {
+        return std::u16string(folder);
+    }
+    std::array<char, PATH_MAX> current{};
+    if (getcwd(current.data(), current.size()) == nullptr) {
+        return {};
+    }
+    while (folder.size() >= 2 && folder[0] == u'.' && IsSeparator(folder[1])) {
+        folder.remove_prefix(2);
+    }
+    std::u16string absolute = CorePath(current.data());
+    if (!EndsInSeparator(absolute)) {
+        absolute += path_separator;
+    }
+    return absolute.append(folder);
+}
+
+} // namespace
+
+bool PathExists(std::u16string_view path)
+{
+    struct stat status {};
+    return ReadStatus(path, status);
+}
+
+bool FileExists(std::u16string_view path)
+{
+    struct stat status {};
+    return ReadStatus(path, status) && !S_ISDIR(status.st_mode);
+}
+
+bool MakeDirectory(std::u16string_view path)
+{
+    return mkdir(FindOnDisk(path).c_str(), 0777) == 0;
+}
+
+bool RemoveEmptyDirectory(std::u16string_view path)
+{
+    return rmdir(WithoutFinalSeparator(FindOnDisk(path)).c_str()) == 0;
+}
+
+bool RemoveFile(std::u16string_view path)
+{
+    const std::string native = FindOnDisk(path);
+    struct stat status {};
+    return lstat(native.c_str(), &status) == 0 && !S_ISDIR(status.st_mode) && unlink(native.c_str()) == 0;
+}
+
+std::vector<std::u16string> ListFolder(std::u16string_view folder)
+{
+    std::vector<std::u16string> paths;
+    if (!EndsInSeparator(folder)) {
+        return paths;
+    }
+    const std::string native = FindOnDisk(folder);
+    const std::u16string prefix = MakeAbsolute(folder);
+    if (native.empty() || prefix.empty()) {
+        return paths;
+    }
+    paths = ReadFolder(native);
+    for (std::u16string& path : paths) {
+        path.insert(0, prefix);
+    }
+    return paths;
+}
+
+std::optional<std::string> ReadTextFile(std::u16string_view path)
+{
+    std::optional<std::string> bytes = ReadWholeFile(FindOnDisk(path));
+    if (bytes) {
+        FromTextMode(*bytes);
+    }
+    return bytes;
+}
+
+bool ReplaceTextFile(std::u16string_view path, std::string_view text)
+{
+    const std::string native = FindOnDisk(path);
+    return !native.empty() && ReplaceWholeFile(native, ToTextMode(text));
+}
+
+std::string NativePath(std::u16string_view path)
+{
+    return FindOnDisk(path);
+}
+
+std::u16string CorePath(std::string_view native)
+{
+    std::u16string path = WidenUtf8(native);
+    std::replace(path.begin(), path.end(), u'/', path_separator);
+    return path;
+}
+
+} // namespace partkeep

@@ -1,0 +1,163 @@
+#include "platform/windows/picture_panel.h"
+
+#include "platform/windows/com_ptr.h"
+#include "platform/windows/live_counts.h"
+#include "platform/windows/wide_text.h"
+
+#include <wincodec.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace partkeep {
+
+namespace {
+
+constexpr std::int32_t image_path_property = 1;
+constexpr UINT max_extent = 8192; // per direction: a file must not decide how much memory goes
+
+class PictureBitmap {
+public:
+    PictureBitmap() = default;
+    ~PictureBitmap() { Clear(); }
+    PictureBitmap(const PictureBitmap&) = delete;
+    PictureBitmap& operator=(const PictureBitmap&) = delete;
+
+    // The pixels, top row first, 32 bits each; null when there is no memory.
+    void* Allocate(LONG width, LONG height)
+    {
+        Clear();
+        BITMAPINFO format{};
+        format.bmiHeader = {sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+        void* pixels = nullptr;
+        bitmap_ = CreateDIBSection(nullptr, &format, DIB_RGB_COLORS, &pixels, nullptr, 0);
+        if (bitmap_ != nullptr) {
+            ++TheLiveCounts().gdi_objects;
+            size_ = {width, height};
+        }
+        return pixels;
+    }
+    void Clear()
+    {
+        if (bitmap_ != nullptr) {
+            DeleteObject(bitmap_);
+            bitmap_ = nullptr;
+            --TheLiveCounts().gdi_objects;
+        }
+    }
+    [[nodiscard]] HBITMAP Handle() const { return bitmap_; }
+    [[nodiscard]] SIZE Size() const { return size_; }
+
+private:
+    HBITMAP bitmap_ = nullptr;
+    SIZE size_{};
+};
+
+// The first picture of a file as premultiplied colours; null where the file is none or cannot be read.
+ComPtr<IWICBitmapSource> DecodeFile(const std::wstring& path)
+{
+    ComPtr<IWICImagingFactory> factory;
+    ComPtr<IWICBitmapDecoder> decoder;
+    ComPtr<IWICBitmapFrameDecode> frame;
+    ComPtr<IWICFormatConverter> converter;
+    const bool decoded =
+        SUCCEEDED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
+                                   factory.PutVoid())) &&
+        SUCCEEDED(factory->CreateDecoderFromFilename(path.c_str(), nullptr, GENERIC_READ, WICDecodeMetadataCacheOnLoad,
+                                                     decoder.Put())) &&
+        SUCCEEDED(decoder->GetFrame(0, frame.Put())) && SUCCEEDED(factory->CreateFormatConverter(converter.Put())) &&
+        SUCCEEDED(converter->Initialize(frame.Get(), GUID_WICPixelFormat32bppPBGRA, WICBitmapDitherTypeNone, nullptr,
+                                        0.0, WICBitmapPaletteTypeCustom));
+    return ComPtr<IWICBitmapSource>(decoded ? converter.Get() : nullptr);
+}
+
+bool ReadPicture(const std::wstring& path, PictureBitmap& bitmap)
+{
+    const ComPtr<IWICBitmapSource> source = DecodeFile(path);
+    UINT width = 0;
+    UINT height = 0;
+    if (!source || FAILED(source->GetSize(&width, &height)) || width == 0 || height == 0 || width > max_extent ||
+        height > max_extent) {
+        return false;
+    }
+    void* pixels = bitmap.Allocate(static_cast<LONG>(width), static_cast<LONG>(height));
+    return pixels != nullptr &&
+           SUCCEEDED(source->CopyPixels(nullptr, width * 4, width * height * 4, static_cast<BYTE*>(pixels)));
+}
+
+// The largest place in the middle of the client area that keeps the picture's shape.
+RECT FitInto(const RECT& client, SIZE picture)
+{
+    const bool wide = MulDiv(picture.cx, client.bottom, std::max(picture.cy, 1L)) > client.right;
+    const LONG width = wide ? client.right : MulDiv(picture.cx, client.bottom, picture.cy);
+    const LONG height = wide ? MulDiv(picture.cy, client.right, picture.cx) : client.bottom;
+    const LONG left = (client.right - width) / 2;
+    const LONG top = (client.bottom - height) / 2;
+    return {left, top, left + width, top + height};
+}
+
+class PicturePanel final : public SiteContent {
+public:
+    explicit PicturePanel(HWND site) : site_(site)
+    {
+        SetWindowLongPtrW(site, GWL_STYLE, GetWindowLongPtrW(site, GWL_STYLE) & ~WS_TABSTOP); // nothing to do in it
+    }
+
+    ControlResult Invoke(std::int32_t dispatch_id, InvokeKind kind, std::span<const ControlArgument> arguments,
+                         ControlType /*result*/) override
+    {
+        if (dispatch_id != image_path_property || kind == InvokeKind::Method) {
+            return {};
+        }
+        if (kind == InvokeKind::PropertyGet) {
+            return path_;
+        }
+        const auto* path = arguments.size() == 1 ? std::get_if<std::u16string_view>(&arguments[0].value) : nullptr;
+        if (path != nullptr) {
+            SetImagePath(*path);
+        }
+        return {};
+    }
+    void SetEventSink(std::function<void(std::int32_t)>) override {}
+
+    void OnPaint(HDC context, const RECT& client) override
+    {
+        FillRect(context, &client, GetSysColorBrush(COLOR_3DFACE));
+        HDC memory = picture_.Handle() != nullptr ? CreateCompatibleDC(context) : nullptr;
+        if (memory == nullptr) {
+            return;
+        }
+        HGDIOBJ previous = SelectObject(memory, picture_.Handle());
+        const RECT place = FitInto(client, picture_.Size());
+        const BLENDFUNCTION over{AC_SRC_OVER, 0, 255, AC_SRC_ALPHA};
+        AlphaBlend(context, place.left, place.top, place.right - place.left, place.bottom - place.top, memory, 0, 0,
+                   picture_.Size().cx, picture_.Size().cy, over);
+        SelectObject(memory, previous);
+        DeleteDC(memory);
+    }
+    void OnSize(const RECT&) override { InvalidateRect(site_, nullptr, FALSE); }
+    void OnDestroy() override { picture_.Clear(); }
+
+private:
+    void SetImagePath(std::u16string_view path)
+    {
+        path_ = path;
+        if (path_.empty() || !ReadPicture(WideText(path_), picture_)) {
+            picture_.Clear();
+        }
+        InvalidateRect(site_, nullptr, FALSE);
+    }
+
+    HWND site_;
+    std::u16string path_;
+    PictureBitmap picture_;
+};
+
+} // namespace
+
+std::shared_ptr<SiteContent> MakePicturePanel(HWND site)
+{
+    return std::make_shared<PicturePanel>(site);
+}
+
+} // namespace partkeep

@@ -1,0 +1,97 @@
+// The dialog's toolbar: a bar of the system's common controls at the top of the client area.
+
+#include "platform/windows/dialog_scale.h"
+#include "platform/windows/live_counts.h"
+#include "platform/windows/win_dialog_window.h"
+#include "resources/dialog_templates.h"
+
+#include <commctrl.h>
+
+#include <vector>
+
+namespace partkeep {
+
+namespace {
+
+constexpr int toolbar_id = 0xE800; // far from the ids of templates and commands
+
+} // namespace
+
+bool WinDialogWindow::CreateToolbar(const ToolbarTemplate& toolbar)
+{
+    toolbar_ = CreateWindowExW(0, TOOLBARCLASSNAMEW, L"", WS_CHILD | WS_VISIBLE | TBSTYLE_TOOLTIPS | CCS_TOP, 0, 0, 0, 0,
+                               window_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(toolbar_id)), module_, nullptr);
+    if (toolbar_ == nullptr) {
+        return false;
+    }
+    SendMessageW(toolbar_, TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON), 0);
+    SendMessageW(toolbar_, TB_SETBITMAPSIZE, 0, MAKELPARAM(toolbar.button_width, toolbar.button_height));
+    return AddToolbarButtons(toolbar) > 0;
+}
+
+// The bitmap's grey becomes the user's button colour.
+int WinDialogWindow::AddToolbarButtons(const ToolbarTemplate& toolbar)
+{
+    toolbar_bitmap_ = CreateMappedBitmap(module_, toolbar.number, 0, nullptr, 0);
+    if (toolbar_bitmap_ != nullptr) {
+        ++TheLiveCounts().gdi_objects;
+        TBADDBITMAP strip{nullptr, reinterpret_cast<UINT_PTR>(toolbar_bitmap_)};
+        SendMessageW(toolbar_, TB_ADDBITMAP, toolbar.commands.size(), reinterpret_cast<LPARAM>(&strip));
+    }
+    std::vector<TBBUTTON> buttons;
+    for (const int command : toolbar.commands) {
+        TBBUTTON button{};
+        button.iBitmap = static_cast<int>(buttons.size());
+        button.idCommand = command;
+        button.fsState = TBSTATE_ENABLED;
+        button.fsStyle = BTNS_BUTTON;
+        buttons.push_back(button);
+    }
+    SendMessageW(toolbar_, TB_ADDBUTTONSW, buttons.size(), reinterpret_cast<LPARAM>(buttons.data()));
+    return static_cast<int>(buttons.size());
+}
+
+Rect WinDialogWindow::ClientRectBesideToolbar() const
+{
+    RECT client = ClientOf(window_);
+    if (toolbar_ != nullptr) {
+        SendMessageW(toolbar_, TB_AUTOSIZE, 0, 0);
+        RECT bar;
+        GetWindowRect(toolbar_, &bar);
+        client.top += bar.bottom - bar.top;
+    }
+    return ToLogical(client);
+}
+
+void WinDialogWindow::MoveAllControls(int dx, int dy)
+{
+    for (HWND child = GetWindow(window_, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+        if (child == toolbar_) {
+            continue;
+        }
+        RECT place;
+        GetWindowRect(child, &place);
+        MapWindowPoints(nullptr, window_, reinterpret_cast<POINT*>(&place), 2);
+        SetWindowPos(child, nullptr, place.left + ToDevice(dx), place.top + ToDevice(dy), 0, 0,
+                     SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOREDRAW);
+    }
+}
+
+void WinDialogWindow::PlaceToolbar()
+{
+    SendMessageW(toolbar_, TB_AUTOSIZE, 0, 0);
+    ShowWindow(toolbar_, SW_SHOW);
+}
+
+void WinDialogWindow::EnableToolTips()
+{
+    HWND tips = reinterpret_cast<HWND>(SendMessageW(toolbar_, TB_GETTOOLTIPS, 0, 0));
+    SendMessageW(tips, TTM_ACTIVATE, TRUE, 0);
+}
+
+void WinDialogWindow::PressTool(int command, bool pressed)
+{
+    SendMessageW(toolbar_, TB_PRESSBUTTON, static_cast<WPARAM>(command), MAKELPARAM(pressed ? TRUE : FALSE, 0));
+}
+
+} // namespace partkeep

@@ -1,0 +1,355 @@
+#include "platform/windows/win_dialog_window.h"
+
+#include "platform/windows/dialog_scale.h"
+#include "platform/windows/live_counts.h"
+#include "platform/windows/site_window.h"
+#include "platform/windows/wide_text.h"
+#include "resources/dialog_templates.h"
+
+#include <commctrl.h>
+
+#include <vector>
+
+namespace partkeep {
+
+namespace {
+
+constexpr wchar_t dialog_property[] = L"PartkeepDialog";
+
+bool IsKeyDown(int key)
+{
+    return GetAsyncKeyState(key) < 0;
+}
+
+bool IsKeyMessage(const MSG& message)
+{
+    return message.message >= WM_KEYFIRST && message.message <= WM_KEYLAST;
+}
+
+// While a dialog runs modally, its owner and every other dialog of this component on the thread are disabled: a
+// list left enabled beside it could start a second run of what is going on.
+class OthersDisabled {
+public:
+    explicit OthersDisabled(HWND owner)
+    {
+        Disable(owner);
+        EnumThreadWindows(GetCurrentThreadId(), Visit, reinterpret_cast<LPARAM>(this));
+    }
+    ~OthersDisabled()
+    {
+        for (HWND window : disabled_) {
+            EnableWindow(window, TRUE);
+        }
+    }
+    OthersDisabled(const OthersDisabled&) = delete;
+    OthersDisabled& operator=(const OthersDisabled&) = delete;
+
+private:
+    static BOOL CALLBACK Visit(HWND window, LPARAM self)
+    {
+        if (GetPropW(window, dialog_property) != nullptr) {
+            reinterpret_cast<OthersDisabled*>(self)->Disable(window);
+        }
+        return TRUE;
+    }
+    void Disable(HWND window)
+    {
+        if (window != nullptr && IsWindowEnabled(window)) {
+            EnableWindow(window, FALSE);
+            disabled_.push_back(window);
+        }
+    }
+
+    std::vector<HWND> disabled_;
+};
+
+} // namespace
+
+std::unique_ptr<IDialogWindow> WinDialogs::Make(const DialogTemplate& dialog)
+{
+    return std::make_unique<WinDialogWindow>(module_, dialog.number);
+}
+
+WinDialogWindow* WinDialogWindow::Of(HWND window)
+{
+    for (; window != nullptr; window = GetAncestor(window, GA_PARENT)) {
+        if (HANDLE dialog = GetPropW(window, dialog_property); dialog != nullptr) {
+            return static_cast<WinDialogWindow*>(dialog);
+        }
+    }
+    return nullptr;
+}
+
+bool WinDialogWindow::Create(IDialogHandler& handler, HWND owner)
+{
+    if (window_ != nullptr) {
+        return false;
+    }
+    const INITCOMMONCONTROLSEX classes{sizeof classes, ICC_BAR_CLASSES | ICC_LISTVIEW_CLASSES};
+    InitCommonControlsEx(&classes);
+    handler_ = &handler;
+    owner_ = owner;
+    owner_messages_ = WinMessages(owner);
+    ended_ = false;
+    result_ = -1;
+    CreateDialogParamW(module_, MAKEINTRESOURCEW(template_number_), owner, Procedure, reinterpret_cast<LPARAM>(this));
+    return window_ != nullptr;
+}
+
+int WinDialogWindow::RunModal(IDialogHandler& handler)
+{
+    HWND owner = GetActiveWindow();
+    {
+        const OthersDisabled disabled(owner);
+        if (!Create(handler, owner)) {
+            return -1;
+        }
+        if (!ended_) {
+            Show(true);
+        }
+        result_ = RunLoop();
+    }
+    // The owner is enabled again by now: were it not, the system would give the focus to another program.
+    if (owner != nullptr && GetActiveWindow() == window_) {
+        SetActiveWindow(owner);
+    }
+    Destroy();
+    return result_;
+}
+
+bool WinDialogWindow::CreateModeless(IDialogHandler& handler, IDialogWindow* owner)
+{
+    const auto* window = static_cast<WinDialogWindow*>(owner); // windows of one front end know each other
+    return Create(handler, window != nullptr ? window->window_ : nullptr);
+}
+
+int WinDialogWindow::RunLoop()
+{
+    while (!ended_ && window_ != nullptr) {
+        MSG message;
+        const BOOL got = GetMessageW(&message, nullptr, 0, 0);
+        if (got == 0) {
+            PostQuitMessage(static_cast<int>(message.wParam)); // meant for the loop of the host
+            return -1;
+        }
+        if (got < 0) {
+            return -1;
+        }
+        WinDialogWindow* dialog = Of(message.hwnd);
+        if (dialog == nullptr || !dialog->PreTranslate(message)) {
+            TranslateMessage(&message);
+            DispatchMessageW(&message);
+        }
+    }
+    return ended_ ? result_ : -1;
+}
+
+void WinDialogWindow::EndModal(int result)
+{
+    result_ = result;
+    ended_ = true;
+    PostMessageW(window_, WM_NULL, 0, 0); // wakes the loop
+}
+
+void WinDialogWindow::Destroy()
+{
+    if (window_ != nullptr) {
+        DestroyWindow(window_);
+    }
+}
+
+bool WinDialogWindow::PreTranslate(MSG& message)
+{
+    if (!IsKeyMessage(message)) {
+        return false;
+    }
+    HWND window = window_;
+    try {
+        const KeyPress press{static_cast<int>(message.wParam), IsKeyDown(VK_CONTROL), IsKeyDown(VK_SHIFT)};
+        if (message.message == WM_KEYDOWN && handler_->PreTranslateMessage(press)) {
+            return true;
+        }
+    } catch (...) {
+        EndModal(-1);
+        return true;
+    }
+    return TranslateInHostedControl(message) || IsDialogMessageW(window, &message);
+}
+
+// Escape belongs to the dialog even where a hosted control would take every key.
+bool WinDialogWindow::TranslateInHostedControl(MSG& message)
+{
+    SiteContent* content = ContentOfSite(FocusedChild());
+    if (content == nullptr) {
+        return false;
+    }
+    if (message.message == WM_KEYDOWN && message.wParam == VK_ESCAPE) {
+        SendMessageW(window_, WM_COMMAND, IDCANCEL, 0);
+        return true;
+    }
+    return content->TranslateKey(message);
+}
+
+INT_PTR WinDialogWindow::Procedure(HWND window, UINT message, WPARAM word, LPARAM value) noexcept
+{
+    if (message == WM_INITDIALOG) {
+        auto* created = reinterpret_cast<WinDialogWindow*>(value);
+        created->window_ = window;
+        SetPropW(window, dialog_property, created);
+        ++TheLiveCounts().windows;
+    }
+    auto* dialog = static_cast<WinDialogWindow*>(GetPropW(window, dialog_property));
+    if (dialog == nullptr) {
+        return FALSE;
+    }
+    try {
+        return dialog->Handle(message, word, value);
+    } catch (...) {
+        dialog->EndModal(-1); // nothing may fly through the system's frames
+        return TRUE;
+    }
+}
+
+INT_PTR WinDialogWindow::Handle(UINT message, WPARAM word, LPARAM value)
+{
+    switch (message) {
+    case WM_INITDIALOG:
+        return HandleInit();
+    case WM_COMMAND:
+        return HandleCommand(word);
+    case WM_NOTIFY:
+        return HandleNotify(*reinterpret_cast<const NMHDR*>(value));
+    case WM_SETCURSOR:
+        return HandleSetCursor();
+    case WM_PAINT:
+        handler_->OnPaint();
+        return FALSE;
+    case WM_DESTROY:
+        handler_->OnDestroy();
+        return FALSE;
+    case WM_NCDESTROY:
+        HandleGone();
+        return FALSE;
+    default:
+        return FALSE;
+    }
+}
+
+// The system gives the focus to the first control unless the logic has given it to another.
+INT_PTR WinDialogWindow::HandleInit()
+{
+    HWND before = GetFocus();
+    handler_->OnInitDialog();
+    return GetFocus() == before ? TRUE : FALSE;
+}
+
+INT_PTR WinDialogWindow::HandleCommand(WPARAM word)
+{
+    const int id = LOWORD(word);
+    switch (HIWORD(word)) {
+    case BN_CLICKED: // of a tool, too
+        handler_->OnCommand(id);
+        return TRUE;
+    case CBN_SELCHANGE:
+        handler_->OnSelectionChange(id);
+        return TRUE;
+    case EN_CHANGE:
+        handler_->OnTextChange(id);
+        return TRUE;
+    default:
+        return FALSE;
+    }
+}
+
+INT_PTR WinDialogWindow::HandleNotify(const NMHDR& notice)
+{
+    if (notice.code != TTN_GETDISPINFOW || notice.idFrom == 0) {
+        return FALSE;
+    }
+    auto& request = const_cast<NMTTDISPINFOW&>(reinterpret_cast<const NMTTDISPINFOW&>(notice));
+    tip_text_ = WideText(handler_->ToolTipText(static_cast<int>(notice.idFrom)));
+    request.lpszText = tip_text_.data();
+    return TRUE;
+}
+
+INT_PTR WinDialogWindow::HandleSetCursor()
+{
+    if (wait_depth_ == 0) {
+        return FALSE;
+    }
+    SetCursor(LoadCursorW(nullptr, reinterpret_cast<LPCWSTR>(IDC_WAIT)));
+    SetWindowLongPtrW(window_, DWLP_MSGRESULT, TRUE);
+    return TRUE;
+}
+
+void WinDialogWindow::HandleGone()
+{
+    RemovePropW(window_, dialog_property);
+    --TheLiveCounts().windows;
+    window_ = nullptr;
+    toolbar_ = nullptr;
+    if (toolbar_bitmap_ != nullptr) {
+        DeleteObject(toolbar_bitmap_);
+        toolbar_bitmap_ = nullptr;
+        --TheLiveCounts().gdi_objects;
+    }
+}
+
+void WinDialogWindow::SetTitle(std::u16string_view title)
+{
+    SetWindowTextW(window_, WideText(title).c_str());
+}
+
+IconHandle WinDialogWindow::ParentSmallIcon() const
+{
+    return owner_ != nullptr ? reinterpret_cast<IconHandle>(SendMessageW(owner_, WM_GETICON, ICON_SMALL, 0)) : nullptr;
+}
+
+void WinDialogWindow::SetSmallIcon(IconHandle icon)
+{
+    SendMessageW(window_, WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(icon));
+}
+
+void WinDialogWindow::Show(bool visible)
+{
+    ShowWindow(window_, visible ? SW_SHOW : SW_HIDE);
+}
+
+void WinDialogWindow::EnableOwner(bool enabled)
+{
+    if (owner_ != nullptr) {
+        EnableWindow(owner_, enabled ? TRUE : FALSE);
+    }
+}
+
+void WinDialogWindow::Invalidate()
+{
+    InvalidateRect(window_, nullptr, FALSE);
+}
+
+void WinDialogWindow::UpdateNow()
+{
+    UpdateWindow(window_);
+}
+
+void WinDialogWindow::BeginWait()
+{
+    HCURSOR before = SetCursor(LoadCursorW(nullptr, reinterpret_cast<LPCWSTR>(IDC_WAIT)));
+    if (wait_depth_++ == 0) {
+        cursor_before_wait_ = before;
+    }
+}
+
+void WinDialogWindow::EndWait()
+{
+    if (wait_depth_ > 0 && --wait_depth_ == 0) {
+        SetCursor(cursor_before_wait_);
+    }
+}
+
+Rect WinDialogWindow::ClientRect() const
+{
+    return ToLogical(ClientOf(window_));
+}
+
+} // namespace partkeep

@@ -1,0 +1,42 @@
+#include "platform/windows/win_messages.h"
+
+#include "platform/windows/wide_text.h"
+
+namespace partkeep {
+
+namespace {
+
+BOOL CALLBACK TakeMainWindow(HWND window, LPARAM result)
+{
+    if (!IsWindowVisible(window) || GetWindow(window, GW_OWNER) != nullptr) {
+        return TRUE;
+    }
+    *reinterpret_cast<HWND*>(result) = window;
+    return FALSE;
+}
+
+// The active window where the user works in this program, else the first window of the thread that shows.
+HWND MainWindowOfThread()
+{
+    if (HWND active = GetActiveWindow(); active != nullptr) {
+        return active;
+    }
+    HWND found = nullptr;
+    EnumThreadWindows(GetCurrentThreadId(), TakeMainWindow, reinterpret_cast<LPARAM>(&found));
+    return found;
+}
+
+} // namespace
+
+void WinMessages::Show(const Message& message)
+{
+    const UINT kind = message.kind == MessageKind::Exclamation ? MB_ICONEXCLAMATION : MB_TASKMODAL;
+    MessageBoxW(owner_, WideText(message.text).c_str(), WideText(message.title).c_str(), MB_OK | kind);
+}
+
+void ThreadMessages::Show(const Message& message)
+{
+    WinMessages(MainWindowOfThread()).Show(message);
+}
+
+} // namespace partkeep

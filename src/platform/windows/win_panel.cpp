@@ -1,0 +1,131 @@
+#include "platform/windows/win_panel.h"
+
+#include "platform/windows/dialog_scale.h"
+#include "platform/windows/gdi_device_context.h"
+#include "platform/windows/live_counts.h"
+
+namespace partkeep {
+
+namespace {
+
+class WinPanel;
+
+constexpr wchar_t panel_property[] = L"PartkeepPanel";
+
+class WinPanel final : public IPanelWindow {
+public:
+    WinPanel(HINSTANCE module, HWND dialog, int id, const RECT& area)
+        : dialog_(dialog), window_(CreateWindowExW(0, L"STATIC", L"", WS_CHILD | WS_VISIBLE | SS_SUNKEN, area.left,
+                                                   area.top, area.right - area.left, area.bottom - area.top, dialog,
+                                                   reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), module, nullptr))
+    {
+        if (window_ == nullptr) {
+            return;
+        }
+        ++TheLiveCounts().windows;
+        SetPropW(window_, panel_property, this);
+        plain_ = reinterpret_cast<WNDPROC>(
+            SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Procedure)));
+    }
+    ~WinPanel() override
+    {
+        if (window_ != nullptr) {
+            DestroyWindow(window_);
+        }
+    }
+    WinPanel(const WinPanel&) = delete;
+    WinPanel& operator=(const WinPanel&) = delete;
+
+    [[nodiscard]] bool Exists() const { return window_ != nullptr; }
+
+    void SetPainter(std::function<void(IDeviceContext&)> painter) override { painter_ = std::move(painter); }
+    [[nodiscard]] Rect ClientRect() const override { return ToLogical(ClientOf(window_)); }
+    [[nodiscard]] Rect MapToDialog(const Rect& area) const override { return MapArea(window_, dialog_, area); }
+    void Move(const Rect& area) override { MoveClientArea(window_, area, true); }
+    void Show(bool visible) override { ShowWindow(window_, visible ? SW_SHOW : SW_HIDE); }
+    void Invalidate(bool erase) override { InvalidateRect(window_, nullptr, erase ? TRUE : FALSE); }
+
+private:
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM word, LPARAM value) noexcept;
+    void Paint() const;
+    void PaintOn(HDC context) const;
+    void PaintScaled(HDC context, const RECT& client) const;
+
+    HWND dialog_;
+    HWND window_;
+    WNDPROC plain_ = nullptr;
+    std::function<void(IDeviceContext&)> painter_;
+};
+
+LRESULT WinPanel::Procedure(HWND window, UINT message, WPARAM word, LPARAM value) noexcept
+{
+    auto* panel = static_cast<WinPanel*>(GetPropW(window, panel_property));
+    if (panel == nullptr) {
+        return DefWindowProcW(window, message, word, value);
+    }
+    if (message == WM_PAINT) {
+        panel->Paint();
+        return 0;
+    }
+    WNDPROC plain = panel->plain_;
+    if (message == WM_NCDESTROY) {
+        panel->window_ = nullptr;
+        RemovePropW(window, panel_property);
+        SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(plain));
+        --TheLiveCounts().windows;
+    }
+    return CallWindowProcW(plain, window, message, word, value);
+}
+
+void WinPanel::Paint() const
+{
+    PAINTSTRUCT paint;
+    HDC context = BeginPaint(window_, &paint);
+    const RECT client = ClientOf(window_);
+    if (ScreenDpi() == logical_dpi) {
+        PaintOn(context);
+    } else {
+        PaintScaled(context, client);
+    }
+    EndPaint(window_, &paint);
+}
+
+void WinPanel::PaintOn(HDC context) const
+{
+    try {
+        if (painter_) {
+            GdiDeviceContext device(context);
+            painter_(device);
+        }
+    } catch (...) {
+        return; // the picture is left out
+    }
+}
+
+// The logic paints in its own pixels, and the picture is enlarged to those of the screen.
+void WinPanel::PaintScaled(HDC context, const RECT& client) const
+{
+    const Rect logical = ToLogical(client);
+    HDC memory = CreateCompatibleDC(context);
+    HBITMAP bitmap = CreateCompatibleBitmap(context, logical.right, logical.bottom);
+    HGDIOBJ previous = SelectObject(memory, bitmap);
+    PaintOn(memory);
+    SetStretchBltMode(context, COLORONCOLOR);
+    StretchBlt(context, 0, 0, client.right, client.bottom, memory, 0, 0, logical.right, logical.bottom, SRCCOPY);
+    SelectObject(memory, previous);
+    DeleteObject(bitmap);
+    DeleteDC(memory);
+}
+
+} // namespace
+
+std::unique_ptr<IPanelWindow> MakePanel(HINSTANCE module, HWND dialog, int id, const RECT& area)
+{
+    auto panel = std::make_unique<WinPanel>(module, dialog, id, area);
+    if (!panel->Exists()) {
+        return nullptr;
+    }
+    return panel;
+}
+
+} // namespace partkeep

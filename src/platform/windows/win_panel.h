@@ -1,0 +1,13 @@
+// A sunken child window that the dialog's logic paints.
+#pragma once
+
+#include "platform/dialog_window.h"
+
+#include <windows.h>
+
+namespace partkeep {
+
+// Null when the window cannot be made. `area` in device pixels.
+[[nodiscard]] std::unique_ptr<IPanelWindow> MakePanel(HINSTANCE module, HWND dialog, int id, const RECT& area);
+
+} // namespace partkeep

@@ -1,0 +1,14 @@
+// The system's registry, read only.
+#pragma once
+
+#include "platform/registry.h"
+
+namespace partkeep {
+
+class WinRegistry final : public IRegistry {
+public:
+    [[nodiscard]] std::optional<std::u16string> ReadValue(RegistryRoot root, std::u16string_view key,
+                                                          std::u16string_view name) const override;
+};
+
+} // namespace partkeep
