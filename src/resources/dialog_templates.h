@@ -2,6 +2,8 @@
 // Positions are in dialog units: a quarter of the average character width, an eighth of its height.
 #pragma once
 
+#include "resources/resource_ids.h"
+
 #include <cstdint>
 #include <span>
 
@@ -14,9 +16,9 @@ enum class ControlKind {
     Label,
     Edit,
     ReadOnlyEdit,
-    DropDownList,
-    ReportList,    // several rows selectable, selection visible without focus
-    HostedControl, // the picture control
+    DropDownList,  // its height is that of the open list
+    ReportList,    // several rows selectable, selection visible without focus, never sorted
+    HostedControl, // its caption is its class id in braces
 };
 
 struct TemplateControl {
@@ -37,6 +39,7 @@ struct DialogTemplate {
     const char16_t* font;
     int font_points;
     std::span<const TemplateControl> controls; // in tab order
+    bool for_fingers = false;                  // worked by touch: a front end may enlarge it as a whole
 };
 
 struct ToolbarTemplate {

@@ -1,0 +1,150 @@
+#include "selection/selected_parts_dlg.h"
+
+#include "platform/files.h"
+#include "resources/dialog_templates.h"
+#include "selection/quantity_keypad_dlg.h"
+#include "settings/local_strings.h"
+
+#include <iterator>
+
+namespace partkeep {
+
+namespace {
+
+enum Column { name_column, path_column, quantity_column };
+
+struct ColumnLayout {
+    Column column;
+    LocalString header;
+    int width;
+};
+
+constexpr ColumnLayout columns[] = {
+    {name_column, LocalString::PartName, 130},
+    {path_column, LocalString::Path, 150},
+    {quantity_column, LocalString::Quantity, 55},
+};
+
+std::u16string PathOf(const PartRecord& part)
+{
+    return part.serverName + path_separator + part.folderName;
+}
+
+} // namespace
+
+bool CSelectedPartsDlg::Create(IDialogWindow& owner)
+{
+    window_ = windows_.Make(selected_parts_dialog_template);
+    return window_->CreateModeless(*this, &owner);
+}
+
+void CSelectedPartsDlg::OnInitDialog()
+{
+    window_->SetSmallIcon(dialogIcon_);
+    window_->SetTitle(LoadLocalString(LocalString::SelectedParts));
+    window_->SetText(RES_REMOVE, LoadLocalString(LocalString::Remove));
+    window_->SetText(RES_CHANGE_QUANTITY, LoadLocalString(LocalString::ChangeQuantity));
+}
+
+void CSelectedPartsDlg::InitColumns()
+{
+    for (const ColumnLayout& layout : columns) {
+        window_->InsertColumn(RES_PART_LIST, layout.column, LoadLocalString(layout.header), layout.width);
+    }
+    window_->SetFullRowSelect(RES_PART_LIST);
+}
+
+void CSelectedPartsDlg::AddLastPartRow()
+{
+    if (!WindowExists() || selectedParts.empty()) {
+        return;
+    }
+    const PartRecord& part = selectedParts.back();
+    const int row = static_cast<int>(selectedParts.size()) - 1;
+    window_->InsertRow(RES_PART_LIST, row, part.PartName);
+    window_->SetCell(RES_PART_LIST, row, path_column, PathOf(part));
+    window_->SetCell(RES_PART_LIST, row, quantity_column, part.Qty);
+}
+
+void CSelectedPartsDlg::Show()
+{
+    if (WindowExists()) {
+        window_->Show(true);
+    }
+}
+
+void CSelectedPartsDlg::EmptyAndDestroy()
+{
+    selectedParts.clear();
+    if (window_) {
+        window_->Destroy();
+    }
+}
+
+// Closing is only a hiding: the parts stay collected, and the next Add shows the window again.
+void CSelectedPartsDlg::OnCommand(int id)
+{
+    switch (id) {
+    case RES_REMOVE:
+        OnRemove();
+        break;
+    case RES_CHANGE_QUANTITY:
+        OnChangeQty();
+        break;
+    case id_ok:
+    case id_cancel:
+        window_->Show(false);
+        break;
+    default:
+        break;
+    }
+}
+
+// Each deletion shifts the rows below it, so each pass asks anew for the first selected row.
+void CSelectedPartsDlg::OnRemove()
+{
+    for (int left = window_->SelectedRowCount(RES_PART_LIST); left > 0; --left) {
+        const int row = window_->NextSelectedRow(RES_PART_LIST, -1);
+        if (row < 0 || row >= static_cast<int>(selectedParts.size())) {
+            return;
+        }
+        window_->DeleteRow(RES_PART_LIST, row);
+        selectedParts.erase(std::next(selectedParts.begin(), row));
+    }
+}
+
+void CSelectedPartsDlg::OnChangeQty()
+{
+    if (window_->SelectedRowCount(RES_PART_LIST) == 0) {
+        return;
+    }
+    CQuantityKeypadDlg keypad(windows_, dialogIcon_);
+    window_->EnableOwner(false);
+    const int answer = keypad.DoModal();
+    window_->EnableOwner(true);
+    if (answer == id_ok) {
+        SetSelectedQuantities(keypad.Quantity());
+    }
+}
+
+void CSelectedPartsDlg::SetSelectedQuantities(std::u16string_view quantity)
+{
+    int row = window_->NextSelectedRow(RES_PART_LIST, -1);
+    for (int left = window_->SelectedRowCount(RES_PART_LIST); left > 0 && row >= 0; --left) {
+        UpdatePartQty(window_->Cell(RES_PART_LIST, row, name_column), window_->Cell(RES_PART_LIST, row, path_column),
+                      quantity);
+        window_->SetCell(RES_PART_LIST, row, quantity_column, quantity);
+        row = window_->NextSelectedRow(RES_PART_LIST, row);
+    }
+}
+
+void CSelectedPartsDlg::UpdatePartQty(std::u16string_view name, std::u16string_view path, std::u16string_view quantity)
+{
+    for (PartRecord& part : selectedParts) {
+        if (part.PartName == name && PathOf(part) == path) {
+            part.Qty = quantity;
+        }
+    }
+}
+
+} // namespace partkeep
