@@ -93,10 +93,10 @@ public:
 
     [[nodiscard]] const CFileHandle& Handle() const { return handle_; }
 
-    bool Fill(std::string_view bytes)
+    bool FlushAndClose()
     {
-        const bool kept = handle_.WriteAll(bytes) && fsync(handle_.Descriptor()) == 0;
-        return handle_.Close() && kept;
+        const bool flushed = fsync(handle_.Descriptor()) == 0;
+        return handle_.Close() && flushed;
     }
 
     Outcome RenameTo(const std::string& target)
@@ -127,7 +127,7 @@ bool CopyAccessList(int from, int to)
            fsetxattr(to, access_list, list.data(), list.size(), 0) == 0;
 }
 
-// The owner goes first, as changing it clears mode bits.
+// Called when all is written, and the owner goes first: both clear mode bits.
 bool CopyRights(const CFileHandle& from, const CFileHandle& to)
 {
     struct stat old_status {};
@@ -165,10 +165,13 @@ Outcome ReplaceFromBeside(const std::string& target, const CFileHandle& old_file
     if (!beside.Handle().IsOpen()) {
         return WhyItFailed();
     }
+    if (!beside.Handle().WriteAll(bytes)) {
+        return Outcome::Failed;
+    }
     if (old_file.IsOpen() && !CopyRights(old_file, beside.Handle())) {
         return WhyItFailed();
     }
-    if (!beside.Fill(bytes)) {
+    if (!beside.FlushAndClose()) {
         return Outcome::Failed;
     }
     const Outcome outcome = beside.RenameTo(target);

@@ -17,6 +17,11 @@ bool IsConvertible(std::size_t length)
     return length > 0 && length <= max_length;
 }
 
+bool IsSurrogate(char16_t unit)
+{
+    return unit >= 0xD800 && unit < 0xE000;
+}
+
 void MapToUpper(const char16_t* from, int length, char16_t* to)
 {
     LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, AsWide(from), length, AsWide(to), length, nullptr, nullptr,
@@ -68,6 +73,11 @@ std::u16string UpperCase(std::u16string_view text)
     std::u16string upper(text);
     if (IsConvertible(text.size())) {
         MapToUpper(text.data(), static_cast<int>(text.size()), upper.data());
+    }
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (IsSurrogate(text[at])) {
+            upper[at] = text[at]; // newer systems map whole pairs
+        }
     }
     return upper;
 }

@@ -1,0 +1,53 @@
+// Real faults of a Linux file system: a disk that is full or read-only, and a user without rights. Needs root, or
+// else a user namespace, which is entered by itself; where neither can be had the test program ends with an error.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+namespace partkeep {
+
+// A small file system of its own on an existing folder, seen by this process alone and gone with the object.
+// Declare it behind the folder that it stands in.
+class CMountedDisk {
+public:
+    explicit CMountedDisk(std::filesystem::path folder, const std::string& size = "256k");
+    ~CMountedDisk();
+    CMountedDisk(const CMountedDisk&) = delete;
+    CMountedDisk& operator=(const CMountedDisk&) = delete;
+
+    // Leaves `spare` bytes free (whole pages of 4096), by a file ".filler"; MakeRoom takes it away again.
+    void Fill(std::size_t spare = 0);
+    void MakeRoom();
+    void SetReadOnly(bool read_only);
+
+private:
+    std::filesystem::path folder_;
+};
+
+// Makes a folder read-only with all below it except `writable_file`, which is still written through to the file
+// itself; for as long as the object lives.
+class CReadOnlyFolder {
+public:
+    explicit CReadOnlyFolder(std::filesystem::path folder, std::filesystem::path writable_file = {});
+    ~CReadOnlyFolder();
+    CReadOnlyFolder(const CReadOnlyFolder&) = delete;
+    CReadOnlyFolder& operator=(const CReadOnlyFolder&) = delete;
+
+private:
+    std::filesystem::path folder_;
+    std::filesystem::path writable_file_;
+};
+
+// Makes the user that RunWithoutPrivileges runs as the owner of a file or folder.
+void GiveToUnprivilegedUser(const std::filesystem::path& path);
+
+// Whether what was not given to that user belongs to someone else. In a user namespace, all is the user's own.
+[[nodiscard]] bool CanOwnForOthers();
+
+// Runs `action` in a child process that no permission is waived for, and gives its result.
+[[nodiscard]] bool RunWithoutPrivileges(const std::function<bool()>& action);
+
+} // namespace partkeep
