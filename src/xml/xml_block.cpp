@@ -1,0 +1,196 @@
+#include "xml/xml_block.h"
+
+#include "xml/xml_memory.h"
+
+namespace partkeep {
+
+namespace {
+
+// An even address can't end in the bytes of a skipped id, so that the link bytes at an iteration's end, which a
+// step reads as an id, never pass for one.
+constexpr std::size_t block_alignment = 4;
+constexpr std::size_t largest_block = 0xFFFFFFFFU - xml_pin_width;
+
+std::size_t SizeOfBlock(const std::byte* block)
+{
+    return static_cast<std::size_t>(LinkOf(NameArrayOf(block)) - block);
+}
+
+void FreeBlockMemory(std::byte* block)
+{
+    FreeXml(block - xml_pin_width, SizeOfBlock(block) + xml_pin_width);
+}
+
+void FreeExtensionCells(std::byte* array)
+{
+    const XmlKind item = ItemKind(NodeKind(array));
+    auto* cell = LoadField<std::byte*>(LastSlotOf(array));
+    while (cell != nullptr) {
+        const std::size_t width = item == XmlKind::text ? 4 + LoadField<std::uint32_t>(cell) : ValueWidth(item);
+        auto* next = LoadField<std::byte*>(cell + width);
+        FreeXml(cell, width + xml_address_width);
+        cell = next;
+    }
+}
+
+// Blocks that wait for their destruction, strung together by their owner fields, which they need no more. So a
+// tree of any depth goes without a stack and without memory.
+class CXmlDying {
+public:
+    void Add(std::byte* block)
+    {
+        PutField(block + XmlPlaces::owner, first_);
+        first_ = block;
+    }
+
+    // A chain loses its first block; the blocks behind follow when that one dies.
+    void AddChain(const std::byte* slot)
+    {
+        auto* block = LoadField<std::byte*>(slot);
+        if (block == nullptr) {
+            return;
+        }
+        const std::uint32_t left = References(block) - 1;
+        PutField(block + XmlPlaces::references, left);
+        PutField(block + XmlPlaces::owner, static_cast<std::byte*>(nullptr));
+        if (left == 0) {
+            Add(block);
+        }
+    }
+
+    void Finish()
+    {
+        while (first_ != nullptr) {
+            std::byte* block = first_;
+            first_ = OwnerOf(block);
+            PutField(block + XmlPlaces::owner, static_cast<std::byte*>(nullptr));
+            DestroyOne(block);
+        }
+    }
+
+private:
+    void DestroyOne(std::byte* block)
+    {
+        std::byte* root = RootOf(block);
+        AddChain(LinkOf(root));
+        if (NodeKind(root) != XmlKind::element) {
+            DropLeaf(root);
+        } else if (IsHolder(root)) {
+            DropAttributes(root);
+        } else {
+            DropContent(root);
+        }
+        FreeExtensionCells(NameArrayOf(block));
+        if (LoadField<std::uint32_t>(block - xml_pin_width) == 0) {
+            FreeBlockMemory(block);
+        }
+    }
+
+    static void DropLeaf(std::byte* leaf)
+    {
+        if (IsArray(NodeKind(leaf))) {
+            FreeExtensionCells(leaf);
+        }
+    }
+
+    void DropAttributes(std::byte* holder)
+    {
+        AddChain(holder + XmlPlaces::counted);
+        std::byte* end = LinkOf(holder);
+        for (std::byte* at = holder + XmlPlaces::holder; at != end; at = BehindNode(at)) {
+            DropLeaf(at);
+            AddChain(LinkOf(at));
+        }
+    }
+
+    // Walks the inline nodes under an element. The way back up from a nested element is kept where its attribute
+    // chain hung, which is empty by then.
+    void DropContent(std::byte* root)
+    {
+        std::byte* element = root;
+        std::byte* at = EnterElement(root);
+        for (;;) {
+            std::byte* end = LinkOf(element);
+            if (at != end && NodeKind(at) == XmlKind::element) {
+                std::byte* behind = EnterElement(at);
+                PutField(HolderOf(at) + XmlPlaces::counted, element);
+                element = at;
+                at = behind;
+            } else if (at != end) {
+                DropLeaf(at);
+                AddChain(LinkOf(at));
+                at = BehindNode(at);
+            } else if (element != root) {
+                AddChain(end);
+                at = end + xml_address_width;
+                element = LoadField<std::byte*>(HolderOf(element) + XmlPlaces::counted);
+            } else {
+                return;
+            }
+        }
+    }
+
+    // Drops the attributes and gives the first inline position behind the holder.
+    std::byte* EnterElement(std::byte* element)
+    {
+        std::byte* holder = HolderOf(element);
+        AddChain(LinkOf(holder));
+        DropAttributes(holder);
+        return BehindNode(holder);
+    }
+
+    std::byte* first_ = nullptr;
+};
+
+} // namespace
+
+std::byte* AllocateBlock(std::size_t size)
+{
+    if (size > largest_block) {
+        return nullptr;
+    }
+    auto* memory = static_cast<std::byte*>(AllocateXml(size + xml_pin_width, block_alignment));
+    return memory == nullptr ? nullptr : PutField(memory, std::uint32_t{0});
+}
+
+std::byte* MakeElementBlock(std::string_view name, std::uint32_t code_page)
+{
+    std::byte* block = AllocateBlock(XmlPlaces::ElementSize(name.size()));
+    if (block != nullptr) {
+        PackElement<xml_address_width>(block, name, code_page);
+    }
+    return block;
+}
+
+std::byte* MakeTextBlock(std::string_view name, std::string_view text, std::uint32_t code_page)
+{
+    std::byte* block = AllocateBlock(XmlPlaces::TextLeafSize(name.size(), text.size()));
+    if (block != nullptr) {
+        PackTextLeaf<xml_address_width>(block, name, text, code_page);
+    }
+    return block;
+}
+
+std::byte* MakeFixedBlock(std::string_view name, XmlKind kind, std::string_view value, std::uint32_t code_page)
+{
+    std::byte* block = AllocateBlock(XmlPlaces::FixedLeafSize(name.size(), value.size()));
+    if (block != nullptr) {
+        PackFixedLeaf<xml_address_width>(block, name, kind, value, code_page);
+    }
+    return block;
+}
+
+void DestroyBlock(std::byte* block)
+{
+    PutField(block + XmlPlaces::references, std::uint32_t{0});
+    CXmlDying dying;
+    dying.Add(block);
+    dying.Finish();
+}
+
+void FreeUnpinnedBlock(std::byte* block)
+{
+    FreeBlockMemory(block);
+}
+
+} // namespace partkeep

@@ -1,0 +1,243 @@
+#include "xml/xml_compactor.h"
+
+#include <utility>
+
+#include "xml/xml_array.h"
+
+namespace partkeep {
+
+namespace {
+
+constexpr std::size_t largest_size = 0xFFFFFFFFU;
+constexpr std::byte zero_slot[xml_address_width] = {};
+
+std::string_view CellText(const std::byte* cell)
+{
+    return {reinterpret_cast<const char*>(cell + 4), LoadField<std::uint32_t>(cell)};
+}
+
+} // namespace
+
+std::byte* CompactXml(std::byte* node, std::byte* block, std::uint32_t target_code_page)
+{
+    std::byte* result = nullptr;
+    CXmlCompactor(node, block, target_code_page, result);
+    return result;
+}
+
+CXmlCompactor::CXmlCompactor(std::byte* source, std::byte* source_block, std::uint32_t target_code_page,
+                             std::byte*& result)
+    : source_code_page_(CodePageOf(source_block)), target_code_page_(target_code_page)
+{
+    const bool convertible = source_code_page_ == target_code_page_ ||
+                             (IsConvertible(source_code_page_) && IsConvertible(target_code_page_));
+    if (convertible && Walk(source, source_block)) {
+        result = Build();
+    }
+}
+
+bool CXmlCompactor::Walk(std::byte* source, std::byte* source_block)
+{
+    CXmlWalk walk(source, source_block);
+    for (;;) {
+        bool taken = false;
+        switch (walk.Next()) {
+        case CXmlWalk::Step::enter:
+            taken = EnterElement(walk);
+            break;
+        case CXmlWalk::Step::leaf:
+            taken = AddLeaf(walk, walk.Node(), walk.Block());
+            break;
+        case CXmlWalk::Step::leave:
+            taken = LeaveElement(walk.Node());
+            break;
+        case CXmlWalk::Step::done:
+            return true;
+        default:
+            return false;
+        }
+        if (!taken) {
+            return false;
+        }
+    }
+}
+
+bool CXmlCompactor::EnterElement(CXmlWalk& walk)
+{
+    std::byte* element = walk.Node();
+    if (!AddId(walk, element, walk.Block()) || !open_.Add(static_cast<std::uint32_t>(size_ + XmlPlaces::head)) ||
+        !AddPiece(element, XmlPlaces::counted)) {
+        return false;
+    }
+    std::byte* holder = HolderOf(element);
+    const std::size_t holder_size = size_ + XmlPlaces::head;
+    if (!AddPiece(holder, XmlPlaces::counted) || !AddLink(holder + XmlPlaces::counted)) {
+        return false;
+    }
+    const std::byte* end = LinkOf(holder);
+    for (XmlPosition at = FirstPositionIn(holder); at.current != end; at.Step()) {
+        if (!AddLeaf(walk, at.current, at.InChain() ? BlockOfRoot(at.current) : walk.Block())) {
+            return false;
+        }
+    }
+    return EndRange(holder_size, NodeSize(holder)) && AddLink(end);
+}
+
+bool CXmlCompactor::LeaveElement(std::byte* element)
+{
+    const std::uint32_t place = open_.Last();
+    open_.RemoveLast();
+    return EndRange(place, NodeSize(element)) && AddLink(LinkOf(element));
+}
+
+bool CXmlCompactor::AddLeaf(CXmlWalk& walk, std::byte* leaf, std::byte* block)
+{
+    if (!AddId(walk, leaf, block)) {
+        return false;
+    }
+    const XmlKind kind = NodeKind(leaf);
+    const std::byte* link = LinkOf(leaf);
+    bool taken = false;
+    if (IsArray(kind)) {
+        taken = AddArray(leaf);
+    } else if (kind == XmlKind::text) {
+        taken = AddPiece(leaf, XmlPlaces::head) && AddText(leaf + XmlPlaces::head);
+    } else {
+        taken = AddPiece(leaf, static_cast<std::size_t>(link - leaf));
+    }
+    return taken && AddLink(link);
+}
+
+// All items come to stand in one run, with an extension head of 0.
+bool CXmlCompactor::AddArray(std::byte* array)
+{
+    const std::size_t place = size_ + XmlPlaces::head;
+    if (!AddPiece(array, XmlPlaces::counted)) {
+        return false;
+    }
+    for (XmlItems item(array); !item.AtEnd(); item.Next()) {
+        if (!AddItem(item.Item(), item.Width(), item.Kind())) {
+            return false;
+        }
+    }
+    return AddPiece(zero_slot, sizeof zero_slot) && EndRange(place, NodeSize(array));
+}
+
+bool CXmlCompactor::AddItem(const std::byte* item, std::size_t width, XmlKind kind)
+{
+    return kind == XmlKind::text ? AddText(item) : AddPiece(item, width);
+}
+
+bool CXmlCompactor::AddText(const std::byte* cell)
+{
+    if (source_code_page_ == target_code_page_) {
+        return AddPiece(cell, 4 + CellText(cell).size());
+    }
+    CXmlTextCell transcoded = TranscodeText(CellText(cell), source_code_page_, target_code_page_);
+    const std::byte* bytes = transcoded.Bytes();
+    const std::size_t length = transcoded.Size();
+    return bytes != nullptr && temporaries_.Add(std::move(transcoded)) && AddPiece(bytes, length);
+}
+
+// To be called in front of the node's first piece.
+bool CXmlCompactor::AddId(CXmlWalk& walk, const std::byte* node, const std::byte* block)
+{
+    const std::uint16_t old_id = NodeId(node);
+    if (old_id == 0) {
+        return true;
+    }
+    CXmlWalk::Name* entry = walk.EntryOf(node, block);
+    std::uint16_t id = entry == nullptr ? std::uint16_t{0} : entry->note;
+    if (id == 0) {
+        id = Intern(walk.NameOf(node, block));
+    }
+    if (id == 0) {
+        return false;
+    }
+    if (entry != nullptr) {
+        entry->note = id;
+    }
+    return id == old_id || ids_.Add({static_cast<std::uint32_t>(size_), id});
+}
+
+std::uint16_t CXmlCompactor::Intern(std::string_view name)
+{
+    if (source_code_page_ == target_code_page_) {
+        return names_.Intern(name);
+    }
+    const CXmlString transcoded = TranscodeName(CXmlString(name), source_code_page_, target_code_page_);
+    return transcoded.IsNull() ? std::uint16_t{0} : names_.Intern(transcoded.View());
+}
+
+// A link slot or chain head, which is 0 in the copy.
+bool CXmlCompactor::AddLink(const std::byte* slot)
+{
+    const bool hangs = LoadField<std::byte*>(slot) != nullptr;
+    return (!hangs || links_.Add(static_cast<std::uint32_t>(size_))) && AddPiece(slot, xml_address_width);
+}
+
+// What has come since the size field at `place` makes up its value.
+bool CXmlCompactor::EndRange(std::size_t place, std::uint32_t old_size)
+{
+    const auto size = static_cast<std::uint32_t>(size_ - place - 4);
+    return size == old_size || ranges_.Add({static_cast<std::uint32_t>(place), size});
+}
+
+// Runs that touch become one: a compact source goes over in a few of them.
+bool CXmlCompactor::AddPiece(const std::byte* address, std::size_t length)
+{
+    if (length > largest_size - size_) {
+        return false;
+    }
+    size_ += length;
+    if (!pieces_.IsEmpty() && pieces_.Last().address + pieces_.Last().length == address) {
+        pieces_.Last().length += length;
+        return true;
+    }
+    return pieces_.Add({address, length});
+}
+
+std::byte* CXmlCompactor::Build()
+{
+    std::size_t whole = size_ + XmlPlaces::counted + xml_address_width;
+    for (const CXmlString& name : names_.Names()) {
+        whole += 4 + std::size_t{name.Length()};
+    }
+    if (whole > largest_size) {
+        return nullptr;
+    }
+    std::byte* block = AllocateBlock(whole);
+    if (block == nullptr) {
+        return nullptr;
+    }
+    std::byte* at = xml_pack::Header<xml_address_width>(block, target_code_page_);
+    for (const Piece& piece : pieces_) {
+        std::memcpy(at, piece.address, piece.length);
+        at += piece.length;
+    }
+    PutNames(at);
+    for (const NewId& id : ids_) {
+        PutField(block + id.place, id.id);
+    }
+    for (const Range& range : ranges_) {
+        PutField(block + range.place, range.size);
+    }
+    for (const std::uint32_t place : links_) {
+        PutField(block + place, static_cast<std::byte*>(nullptr));
+    }
+    return block;
+}
+
+std::byte* CXmlCompactor::PutNames(std::byte* at) const
+{
+    std::byte* start = at = xml_pack::Head(at, 0, XmlKind::text_array);
+    at += 4;
+    for (const CXmlString& name : names_.Names()) {
+        at = PutBytes(PutField(at, name.Length()), name.View());
+    }
+    at = PutField(at, static_cast<std::byte*>(nullptr));
+    PutField(start, static_cast<std::uint32_t>(at - start - 4));
+    return at;
+}
+
+} // namespace partkeep

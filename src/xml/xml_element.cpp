@@ -1,0 +1,202 @@
+#include "xml/xml_element.h"
+
+#include "xml/xml_array.h"
+#include "xml/xml_compactor.h"
+#include "xml/xml_iterator.h"
+#include "xml/xml_walk.h"
+
+namespace partkeep {
+
+namespace {
+
+std::string_view NameView(const char* name)
+{
+    return name == nullptr ? std::string_view() : std::string_view(name);
+}
+
+template <class T>
+std::byte* MakeNumberBlock(const char* name, XmlKind kind, T value, std::uint32_t code_page)
+{
+    const std::string_view bytes(reinterpret_cast<const char*>(&value), sizeof value);
+    return MakeFixedBlock(NameView(name), kind, bytes, code_page);
+}
+
+bool IsFreeStanding(const CXmlElement& element)
+{
+    return element.Node() == RootOf(element.Block()) && OwnerOf(element.Block()) == nullptr;
+}
+
+// A free-standing child that can hang itself under the parent: alone, and not above the parent in its tree.
+enum class Linkable : std::uint8_t { yes, no, unknown };
+
+Linkable IsLinkable(const CXmlElement& child, const CXmlElement& parent)
+{
+    if (!IsFreeStanding(child) || LoadField<std::byte*>(LinkOf(child.Node())) != nullptr ||
+        child.Block() == parent.Block()) {
+        return Linkable::no;
+    }
+    if (OwnerOf(parent.Block()) == nullptr || NodeKind(child.Node()) != XmlKind::element) {
+        return Linkable::yes;
+    }
+    CXmlWalk walk(child.Node(), child.Block());
+    for (;;) {
+        switch (walk.Next()) {
+        case CXmlWalk::Step::enter:
+            if (walk.Block() == parent.Block()) {
+                return Linkable::no;
+            }
+            break;
+        case CXmlWalk::Step::done:
+            return Linkable::yes;
+        case CXmlWalk::Step::failed:
+            return Linkable::unknown;
+        default:
+            break;
+        }
+    }
+}
+
+} // namespace
+
+CXmlElement::CXmlElement(const char* name, std::uint32_t code_page)
+    : CXmlElement(MakeElementBlock(NameView(name), code_page))
+{
+}
+
+CXmlElement::CXmlElement(const char* name, const CXmlString& value, std::uint32_t code_page)
+    : CXmlElement(MakeTextBlock(NameView(name), value.View(), code_page))
+{
+}
+
+CXmlElement& CXmlElement::operator=(const CXmlElement& other)
+{
+    if (node_ != other.node_) {
+        *this = CXmlElement(other);
+    }
+    return *this;
+}
+
+CXmlElement& CXmlElement::operator=(CXmlElement&& other) noexcept
+{
+    if (node_ == other.node_) {
+        return *this;
+    }
+    std::swap(table_, other.table_);
+    std::swap(node_, other.node_);
+    std::swap(block_, other.block_);
+    std::swap(children_tail_, other.children_tail_);
+    std::swap(attributes_tail_, other.attributes_tail_);
+    CXmlElement dropped(std::move(other)); // what this handle was on goes now, not with `other`
+    return *this;
+}
+
+const char* CXmlElement::GetName() const
+{
+    if (node_ == nullptr || NodeId(node_) == 0) {
+        return nullptr;
+    }
+    const std::byte* names = NameArrayOf(block_);
+    if (table_) {
+        return table_->NameOf(NodeId(node_), names);
+    }
+    return NodeId(node_) == 1 ? reinterpret_cast<const char*>(names + XmlPlaces::counted + 4) : nullptr;
+}
+
+CXmlElement CXmlElement::AddChild(const char* name, bool value)
+{
+    if (!IsElement()) {
+        return {};
+    }
+    const auto byte = static_cast<std::uint8_t>(value ? 1 : 0);
+    return Link(node_, children_tail_, CXmlElement(MakeNumberBlock(name, XmlKind::boolean, byte, GetCodePage())));
+}
+
+CXmlElement CXmlElement::AddChild(const char* name, std::int16_t value)
+{
+    if (!IsElement()) {
+        return {};
+    }
+    return Link(node_, children_tail_, CXmlElement(MakeNumberBlock(name, XmlKind::signed_16, value, GetCodePage())));
+}
+
+// Hangs the child's block behind the node's last one; `tail` remembers where that was.
+CXmlElement CXmlElement::Link(std::byte* node, std::byte*& tail, CXmlElement child)
+{
+    if (child.IsEmpty()) {
+        return child;
+    }
+    std::byte* slot = EndOfChain(tail == nullptr ? LastSlotOf(node) : tail);
+    HangBlock(slot, child.block_);
+    AddReference(child.block_);
+    tail = slot;
+    return child;
+}
+
+CXmlElement CXmlElement::AppendChild(const CXmlElement& child)
+{
+    // Attributes are leaves, and a holder is no child.
+    if (!IsElement() || child.IsEmpty() || IsHolder(child.node_) || (IsHolder(node_) && child.IsElement())) {
+        return {};
+    }
+    switch (IsLinkable(child, *this)) {
+    case Linkable::yes:
+        return Link(node_, children_tail_, child);
+    case Linkable::no:
+        return Link(node_, children_tail_, CXmlElement(CompactXml(child.node_, child.block_, GetCodePage())));
+    default:
+        return {};
+    }
+}
+
+CXmlElement CXmlElement::GetAttributes() const
+{
+    if (!IsElement() || IsHolder(node_)) {
+        return {};
+    }
+    return {table_, HolderOf(node_), block_};
+}
+
+CXmlElement CXmlElement::AddAttribute(const char* name, const CXmlString& value)
+{
+    if (!IsElement() || IsHolder(node_)) {
+        return {};
+    }
+    return Link(HolderOf(node_), attributes_tail_, CXmlElement(name, value, GetCodePage()));
+}
+
+CXmlValue<bool> CXmlElement::AsBool() const
+{
+    return HasScalar() ? CXmlValue<bool>{ScalarAsBool(ScalarOf(node_)), 1} : CXmlValue<bool>{};
+}
+
+CXmlValue<std::int16_t> CXmlElement::AsShort() const
+{
+    return HasScalar() ? CXmlValue<std::int16_t>{ScalarAsShort(ScalarOf(node_)), 1} : CXmlValue<std::int16_t>{};
+}
+
+CXmlValue<CXmlString> CXmlElement::AsString() const
+{
+    if (!HasScalar()) {
+        return {};
+    }
+    CXmlString text(ScalarAsText(ScalarOf(node_)));
+    const auto has = static_cast<std::uint8_t>(text.IsNull() ? 0 : 1);
+    return {std::move(text), has};
+}
+
+CXmlValue<CXmlVector<CXmlString>> CXmlElement::AsStringList() const
+{
+    if (node_ == nullptr || !IsArray(NodeKind(node_))) {
+        return {};
+    }
+    CXmlVector<CXmlString> list;
+    for (XmlItems item(node_); !item.AtEnd(); item.Next()) {
+        CXmlString text(ScalarAsText(item.Scalar()));
+        if (text.IsNull() || !list.Add(std::move(text))) {
+            return {};
+        }
+    }
+    return {std::move(list), 1};
+}
+
+} // namespace partkeep

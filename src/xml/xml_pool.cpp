@@ -1,0 +1,159 @@
+#include "xml/xml_memory.h"
+
+#include <cstdint>
+#include <new>
+
+namespace partkeep {
+
+namespace {
+
+// Small pieces are cut one behind the other from aligned pages, in the order in which a document is built,
+// so that a walk reads memory forwards. A page goes back as a whole when its last piece has gone: nodes
+// die with their document, hence a list of free pieces would cost more than it would save.
+constexpr std::size_t page_alignment = std::size_t{64} * 1024;
+// A little short of the alignment, which leaves the heap's own header room between two pages.
+constexpr std::size_t page_size = page_alignment - 64;
+constexpr std::size_t largest_piece = page_size / 8;
+// Kept for the next document rather than returned: 1 MB at most.
+constexpr std::uint32_t most_spare_pages = 16;
+
+struct Page {
+    Page* next = nullptr;
+    std::size_t live = 0;
+};
+
+std::byte* StartOf(Page* page)
+{
+    return reinterpret_cast<std::byte*>(page) + sizeof(Page);
+}
+
+void ReturnPage(Page* page)
+{
+    ::operator delete (page, std::align_val_t{page_alignment});
+}
+
+class CXmlPool {
+public:
+    constexpr CXmlPool() = default;
+    CXmlPool(const CXmlPool&) = delete;
+    CXmlPool& operator=(const CXmlPool&) = delete;
+    // A module may be unloaded from a host that lives on.
+    ~CXmlPool();
+
+    void* Take(std::size_t size, std::size_t alignment);
+    void Give(void* memory, std::size_t size);
+
+private:
+    bool NextPage();
+    void Retire(Page* page);
+
+    Page* current_ = nullptr;
+    std::byte* at_ = nullptr;
+    std::byte* end_ = nullptr;
+    Page* spare_ = nullptr;
+    std::uint32_t spare_count_ = 0;
+    bool closed_ = false;
+};
+
+CXmlPool::~CXmlPool()
+{
+    closed_ = true;
+    if (current_ != nullptr && current_->live == 0) {
+        ReturnPage(current_);
+    }
+    // A page still in use is returned by whoever frees its last piece.
+    current_ = nullptr;
+    at_ = end_ = nullptr;
+    while (spare_ != nullptr) {
+        Page* page = spare_;
+        spare_ = page->next;
+        ReturnPage(page);
+    }
+}
+
+void* CXmlPool::Take(std::size_t size, std::size_t alignment)
+{
+    auto padding = (alignment - reinterpret_cast<std::uintptr_t>(at_) % alignment) % alignment;
+    if (static_cast<std::size_t>(end_ - at_) < size + padding) {
+        if (!NextPage()) {
+            return nullptr;
+        }
+        padding = 0; // a page starts well aligned
+    }
+    std::byte* piece = at_ + padding;
+    at_ = piece + size;
+    ++current_->live;
+    return piece;
+}
+
+bool CXmlPool::NextPage()
+{
+    Page* page = spare_;
+    if (page != nullptr) {
+        spare_ = page->next;
+        --spare_count_;
+    } else {
+        void* memory = ::operator new (page_size, std::align_val_t{page_alignment}, std::nothrow);
+        if (memory == nullptr) {
+            return false;
+        }
+        page = new (memory) Page;
+    }
+    current_ = page;
+    at_ = StartOf(page);
+    end_ = reinterpret_cast<std::byte*>(page) + page_size;
+    return true;
+}
+
+void CXmlPool::Give(void* memory, std::size_t size)
+{
+    auto* piece = static_cast<std::byte*>(memory);
+    auto* page = reinterpret_cast<Page*>(reinterpret_cast<std::uintptr_t>(memory) & ~(page_alignment - 1));
+    --page->live;
+    if (page->live == 0) {
+        Retire(page);
+    } else if (piece + size == at_) {
+        at_ = piece; // the newest piece: texts and tables that a caller asks for and drops use one place
+    }
+}
+
+void CXmlPool::Retire(Page* page)
+{
+    if (page == current_) {
+        at_ = StartOf(page);
+        return;
+    }
+    if (closed_ || spare_count_ == most_spare_pages) {
+        ReturnPage(page);
+        return;
+    }
+    page->next = spare_;
+    spare_ = page;
+    ++spare_count_;
+}
+
+constinit CXmlPool pool;
+
+} // namespace
+
+void* AllocateXml(std::size_t size, std::size_t alignment)
+{
+    if (size > largest_piece) {
+        return ::operator new(size, std::nothrow);
+    }
+    return pool.Take(size, alignment);
+}
+
+void FreeXml(void* memory, std::size_t size)
+{
+    if (memory == nullptr) {
+        return;
+    }
+    if (size > largest_piece) {
+        ::operator delete(memory);
+        return;
+    }
+    pool.Give(memory, size);
+}
+
+} // namespace partkeep

@@ -1,0 +1,303 @@
+#include "xml/xml_reader.h"
+
+#include <string_view>
+
+#include "platform/text.h"
+#include "xml/xml_code_page.h"
+#include "xml/xml_input.h"
+
+namespace partkeep {
+
+namespace {
+
+constexpr XmlByteSet XmlElementNameSet(">/ \n\t");
+constexpr XmlByteSet XmlAttributeNameSet("= \n\t");
+constexpr XmlByteSet XmlSpaceSet(" \n\t");
+constexpr XmlByteSet XmlDeclWordSet("?<=\" \n\t");
+constexpr XmlByteSet XmlDeclValueSet("<>=\" \n\t");
+constexpr XmlByteSet dash_set("-");
+
+constexpr std::string_view comment_start = "!--";
+constexpr std::string_view comment_end = "--";
+
+// Names are terminated texts: a NUL ends them.
+CXmlToken UpToNul(CXmlToken token)
+{
+    return token.substr(0, token.find('\0'));
+}
+
+// The name of a block that has only one.
+std::string_view SingleNameOf(const std::byte* block)
+{
+    const std::byte* length = NameArrayOf(block) + XmlPlaces::counted;
+    return {reinterpret_cast<const char*>(length + 4), LoadField<std::uint32_t>(length)};
+}
+
+void Append(std::byte*& tail, std::byte* block)
+{
+    HangBlock(tail, block);
+    AddReference(block);
+    tail = LinkOf(RootOf(block));
+}
+
+class CXmlReader {
+public:
+    explicit CXmlReader(std::istream& stream) : input_(stream) {}
+    CXmlReader(const CXmlReader&) = delete;
+    CXmlReader& operator=(const CXmlReader&) = delete;
+    ~CXmlReader();
+
+    // The root's block, without references; null when there is none.
+    std::byte* Run();
+
+private:
+    // What came out of a start tag: a finished element, nothing, or one that is open for its children.
+    struct Outcome {
+        std::byte* block = nullptr;
+        bool opened = false;
+    };
+    struct OpenElement {
+        std::byte* block;
+        std::byte* tail; // the slot for its next child
+    };
+
+    void ParseDeclaration();
+    std::byte* ParseElement();
+    Outcome StartElement();
+    Outcome OpenOrLeaf(std::byte* block, CXmlToken name);
+    Outcome FinishElement();
+    std::byte* FinishLeaf(CXmlToken name, CXmlToken text);
+    std::byte* ParseAttributes(CXmlToken name);
+    [[nodiscard]] bool AddAttribute(std::byte*& tail);
+    void SkipComment(CXmlToken first_word);
+    bool ParseEndTag(std::string_view name);
+    // Notes the failure when there is no block.
+    std::byte* Checked(std::byte* block);
+
+    CXmlInput input_;
+    std::uint32_t code_page_ = utf8_code_page;
+    CXmlVector<OpenElement> open_;
+    CXmlVector<char> name_;
+    CXmlVector<char> attribute_name_;
+    CXmlVector<char> text_;
+};
+
+CXmlReader::~CXmlReader()
+{
+    for (const OpenElement& element : open_) {
+        DestroyBlock(element.block);
+    }
+}
+
+std::byte* CXmlReader::Run()
+{
+    ParseDeclaration();
+    input_.SkipTo('<', true);
+    std::byte* root = nullptr;
+    while (root == nullptr && !input_.HasFailed() && !input_.AtEnd()) {
+        root = ParseElement();
+        input_.SkipTo('<', true);
+    }
+    return root;
+}
+
+void CXmlReader::ParseDeclaration()
+{
+    code_page_ = utf8_code_page;
+    input_.SkipTo('?', true);
+    input_.SkipTo(XmlSpaceSet, true);
+    input_.SkipSet(XmlDeclWordSet);
+    CXmlToken word = input_.ReadToken(XmlDeclWordSet);
+    while (!input_.AtEnd() && !input_.HasFailed() && UpToNul(word) != ">") {
+        if (UpToNul(word) == "encoding") {
+            input_.SkipTo('"', true);
+            SetCodePageFromName(CXmlString(input_.ReadToken(XmlDeclValueSet)), code_page_);
+        }
+        input_.SkipSet(XmlDeclWordSet);
+        word = input_.ReadToken(XmlDeclWordSet);
+    }
+}
+
+// An element with all it holds; null for a comment or a malformed one. Nesting is kept in open_, not on the stack.
+std::byte* CXmlReader::ParseElement()
+{
+    Outcome outcome = StartElement();
+    while (!open_.IsEmpty() && !input_.HasFailed()) {
+        if (!outcome.opened) {
+            if (outcome.block != nullptr) {
+                Append(open_.Last().tail, outcome.block);
+            }
+            input_.SkipTo('<', true);
+        }
+        outcome = input_.AtEnd() || input_.Peek() == '/' ? FinishElement() : StartElement();
+    }
+    return outcome.opened ? nullptr : outcome.block;
+}
+
+// The input stands behind a "<".
+CXmlReader::Outcome CXmlReader::StartElement()
+{
+    const CXmlToken word = input_.ReadToken(XmlElementNameSet);
+    if (word.substr(0, comment_start.size()) == comment_start) {
+        SkipComment(word);
+        return {};
+    }
+    const CXmlToken name = input_.Detach(UpToNul(word), name_);
+    if (name.empty()) {
+        return {};
+    }
+    if (open_.Size() == xml_nesting_limit) {
+        input_.Fail();
+        return {};
+    }
+    std::byte* block = ParseAttributes(name);
+    if (input_.HasFailed()) {
+        return {};
+    }
+    const bool closed = input_.Peek() == '/';
+    input_.SkipTo('>', true);
+    if (closed) {
+        return {block != nullptr ? block : Checked(MakeElementBlock(name, code_page_))};
+    }
+    return OpenOrLeaf(block, name);
+}
+
+// Behind a start tag. `block` is null for an element without attributes: only that can be a leaf.
+CXmlReader::Outcome CXmlReader::OpenOrLeaf(std::byte* block, CXmlToken name)
+{
+    CXmlToken text = input_.ReadToken('<');
+    input_.SkipTo('<', true);
+    if (block == nullptr && input_.IsWindowUsedUp()) {
+        text = input_.Detach(text, text_);
+    }
+    if (block == nullptr && input_.Peek() == '/') {
+        return {FinishLeaf(name, text)};
+    }
+    if (block == nullptr) {
+        block = Checked(MakeElementBlock(name, code_page_));
+    }
+    if (block == nullptr) {
+        return {};
+    }
+    if (!open_.Add({block, LastSlotOf(RootOf(block))})) {
+        DestroyBlock(block);
+        input_.Fail();
+        return {};
+    }
+    return {nullptr, true};
+}
+
+std::byte* CXmlReader::FinishLeaf(CXmlToken name, CXmlToken text)
+{
+    std::byte* leaf = Checked(MakeTextBlock(name, text, code_page_));
+    if (leaf != nullptr && !ParseEndTag(name)) {
+        DestroyBlock(leaf);
+        return nullptr;
+    }
+    return leaf;
+}
+
+CXmlReader::Outcome CXmlReader::FinishElement()
+{
+    std::byte* block = open_.Last().block;
+    const bool well_formed = ParseEndTag(SingleNameOf(block));
+    open_.RemoveLast();
+    if (!well_formed) {
+        DestroyBlock(block);
+        return {};
+    }
+    return {block};
+}
+
+// False for a foreign name; the input then stays in front of the rest of the tag.
+bool CXmlReader::ParseEndTag(std::string_view name)
+{
+    input_.SkipTo('/', true);
+    const CXmlToken word = input_.ReadToken(XmlElementNameSet);
+    if (UpToNul(word) != name) {
+        return false;
+    }
+    input_.SkipTo('>', true);
+    return !input_.HasFailed();
+}
+
+// A new element with its attributes; null when there are none.
+std::byte* CXmlReader::ParseAttributes(CXmlToken name)
+{
+    std::byte* block = nullptr;
+    std::byte* tail = nullptr;
+    input_.SkipSet(XmlSpaceSet);
+    while (!input_.AtEnd() && input_.Peek() != '/' && input_.Peek() != '>') {
+        if (block == nullptr) {
+            block = Checked(MakeElementBlock(name, code_page_));
+            if (block == nullptr) {
+                return nullptr;
+            }
+            tail = LastSlotOf(HolderOf(RootOf(block)));
+        }
+        if (!AddAttribute(tail)) {
+            DestroyBlock(block);
+            return nullptr;
+        }
+        input_.SkipSet(XmlSpaceSet);
+    }
+    return block;
+}
+
+bool CXmlReader::AddAttribute(std::byte*& tail)
+{
+    const CXmlToken name = input_.Detach(UpToNul(input_.ReadToken(XmlAttributeNameSet)), attribute_name_);
+    input_.SkipTo('"', true);
+    const CXmlToken value = input_.ReadToken('"');
+    if (input_.HasFailed()) {
+        return false;
+    }
+    std::byte* attribute = Checked(MakeTextBlock(name, value, code_page_));
+    if (attribute == nullptr) {
+        return false;
+    }
+    Append(tail, attribute);
+    input_.SkipTo('"', true);
+    return true;
+}
+
+// A comment of one word, such as <!--c-->, has its closing dashes in that word.
+void CXmlReader::SkipComment(CXmlToken first_word)
+{
+    const CXmlToken rest = first_word.substr(comment_start.size());
+    const bool dashes = rest.size() >= comment_end.size() && rest.substr(rest.size() - 2) == comment_end;
+    if (dashes && input_.Peek() == '>') {
+        return;
+    }
+    while (!input_.AtEnd()) {
+        input_.SkipTo('-', false);
+        if (input_.SkipSet(dash_set) >= comment_end.size() && input_.Peek() == '>') {
+            return;
+        }
+    }
+}
+
+std::byte* CXmlReader::Checked(std::byte* block)
+{
+    if (block == nullptr) {
+        input_.Fail();
+    }
+    return block;
+}
+
+} // namespace
+
+bool ReadXml(std::istream& stream, CXmlDocument& document)
+{
+    if (stream.fail()) {
+        return false;
+    }
+    CXmlElement root(CXmlReader(stream).Run());
+    if (root.IsEmpty()) {
+        return false;
+    }
+    document = root;
+    return true;
+}
+
+} // namespace partkeep

@@ -1,0 +1,114 @@
+#include "settings/options_file.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+using namespace partkeep;
+
+namespace {
+
+constexpr std::int16_t kept = -77; // what the caller has set before
+
+const std::string complete_file = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
+                                  "<ZanPartkeepReadConfig>\r\n"
+                                  "  <InputNoFlag>true</InputNoFlag>\r\n"
+                                  "  <FilterState>2</FilterState>\r\n"
+                                  "</ZanPartkeepReadConfig>";
+
+class OptionsFile : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        folder_ = std::filesystem::temp_directory_path() /
+                  ("partkeep-options-" + std::to_string(reinterpret_cast<std::uintptr_t>(this)));
+        std::filesystem::remove_all(folder_);
+        std::filesystem::create_directories(folder_);
+    }
+    void TearDown() override { std::filesystem::remove_all(folder_); }
+
+    [[nodiscard]] std::filesystem::path File() const { return folder_ / "ZanPartkeepConfig.xml"; }
+    [[nodiscard]] std::u16string Path() const { return File().u16string(); }
+
+    void Put(const std::string& bytes) const { std::ofstream(File(), std::ios::binary) << bytes; }
+    [[nodiscard]] std::string Bytes() const
+    {
+        std::ostringstream bytes;
+        bytes << std::ifstream(File(), std::ios::binary).rdbuf();
+        return bytes.str();
+    }
+
+    std::filesystem::path folder_;
+};
+
+TEST_F(OptionsFile, IsWrittenByteForByteWithCrLf)
+{
+    WriteOptionsFile(Path(), 1, 2);
+    EXPECT_EQ(Bytes(), complete_file);
+    Put(std::string(10'000, 'x'));
+    WriteOptionsFile(Path(), 0, -32768);
+    EXPECT_EQ(Bytes(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<ZanPartkeepReadConfig>\r\n"
+                       "  <InputNoFlag>false</InputNoFlag>\r\n  <FilterState>-32768</FilterState>\r\n"
+                       "</ZanPartkeepReadConfig>");
+    WriteOptionsFile(Path(), 2, 0);
+    EXPECT_NE(Bytes().find("<InputNoFlag>true<"), std::string::npos) << "any value but 0 is on";
+}
+
+TEST_F(OptionsFile, AFileThatCannotBeWrittenIsPassedOverInSilence)
+{
+    WriteOptionsFile((folder_ / "nowhere" / "file.xml").u16string(), 1, 2);
+    EXPECT_TRUE(std::filesystem::is_empty(folder_));
+}
+
+TEST_F(OptionsFile, OverwritesOnlyWhatTheFileHolds)
+{
+    const std::string declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
+    const struct {
+        const char* label;
+        std::string file;
+        std::int16_t prompt;
+        std::int16_t filter;
+    } rows[] = {
+        {"complete", complete_file, 1, 2},
+        {"line feeds alone", declaration.substr(0, 38) + "\n<r>\n<FilterState>1</FilterState></r>", kept, 1},
+        {"reverse order", declaration + "<r><FilterState>3</FilterState><InputNoFlag>false</InputNoFlag></r>", 0, 3},
+        {"another leaf and root", declaration + "<Other><x>1</x><FilterState>7</FilterState></Other>", kept, 7},
+        {"a name twice", declaration + "<r><FilterState>1</FilterState><FilterState>2</FilterState></r>", kept, 2},
+        {"another case of a name", declaration + "<r><filterstate>1</filterstate></r>", kept, kept},
+        {"no such words", declaration + "<r><InputNoFlag>True</InputNoFlag><FilterState>x</FilterState></r>", 0, 0},
+        {"leaves without value", declaration + "<r><InputNoFlag/><FilterState/></r>", kept, kept},
+        {"leaves with an empty text", declaration + "<r><InputNoFlag></InputNoFlag><FilterState></FilterState></r>", 0,
+         0},
+        {"a root of text", declaration + "<r>true</r>", kept, kept},
+        {"a root without children", declaration + "<r/>", kept, kept},
+        {"no root", declaration, kept, kept},
+        {"an empty file", "", kept, kept},
+        {"no XML", "InputNoFlag=true\r\n", kept, kept},
+        {"cut short", complete_file.substr(0, complete_file.size() - 1), 1, 2},
+        {"cut in the end tag", complete_file.substr(0, complete_file.size() - 2), kept, kept},
+        {"another code page", "<?xml encoding=\"UTF-7\"?>\r\n<r><+AEk-nputNoFlag>true</+AEk-nputNoFlag></r>", 1, kept},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        Put(row.file);
+        std::int16_t prompt = kept;
+        std::int16_t filter = kept;
+        ReadOptionsFile(Path(), prompt, filter);
+        EXPECT_EQ(prompt, row.prompt);
+        EXPECT_EQ(filter, row.filter);
+    }
+}
+
+TEST_F(OptionsFile, AMissingFileAndAFolderLeaveTheValues)
+{
+    std::int16_t prompt = kept;
+    std::int16_t filter = kept;
+    ReadOptionsFile(Path(), prompt, filter);
+    ReadOptionsFile(folder_.u16string(), prompt, filter);
+    EXPECT_EQ(prompt, kept);
+    EXPECT_EQ(filter, kept);
+}
+
+} // namespace

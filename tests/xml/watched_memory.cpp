@@ -1,0 +1,75 @@
+#include "watched_memory.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "xml/xml_memory.h"
+
+namespace {
+
+constexpr std::size_t size_room = alignof(std::max_align_t);
+
+std::size_t asked = 0;
+std::size_t fail_from = 0;
+bool fail_once = false;
+std::size_t live = 0;
+
+} // namespace
+
+namespace watched_memory {
+
+void FailFrom(std::size_t first, bool once)
+{
+    asked = 0;
+    fail_from = first;
+    fail_once = once;
+}
+
+std::size_t Asked()
+{
+    return asked;
+}
+
+std::size_t LivePieces()
+{
+    return live;
+}
+
+} // namespace watched_memory
+
+namespace partkeep {
+
+void* AllocateXml(std::size_t size, std::size_t)
+{
+    ++asked;
+    if (fail_from != 0 && (fail_once ? asked == fail_from : asked >= fail_from)) {
+        return nullptr;
+    }
+    auto* memory = static_cast<std::byte*>(std::malloc(size_room + size));
+    if (memory == nullptr) {
+        return nullptr;
+    }
+    std::memcpy(memory, &size, sizeof size);
+    std::memset(memory + size_room, 0xA5, size);
+    ++live;
+    return memory + size_room;
+}
+
+void FreeXml(void* memory, std::size_t size)
+{
+    if (memory == nullptr) {
+        return;
+    }
+    std::byte* start = static_cast<std::byte*>(memory) - size_room;
+    std::size_t taken = 0;
+    std::memcpy(&taken, start, sizeof taken);
+    if (taken != size) {
+        std::fprintf(stderr, "%zu bytes taken, %zu given back\n", taken, size);
+        std::abort();
+    }
+    --live;
+    std::free(start);
+}
+
+} // namespace partkeep

@@ -1,0 +1,17 @@
+// Memory of the XML store for tests: counts what is out, checks the sizes given back, and fails when told to.
+#pragma once
+
+#include <cstddef>
+
+namespace watched_memory {
+
+// Every allocation from the `first`-th on fails, counted from 1 from now; only that one when `once` is set.
+// 0 stops the failing.
+void FailFrom(std::size_t first, bool once);
+
+// Allocations asked for since FailFrom.
+std::size_t Asked();
+
+std::size_t LivePieces();
+
+} // namespace watched_memory

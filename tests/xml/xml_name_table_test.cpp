@@ -1,0 +1,56 @@
+#include <gtest/gtest.h>
+
+#include "xml/xml_name_table.h"
+#include "xml_test_support.h"
+
+using namespace partkeep;
+
+namespace {
+
+TEST(XmlNameTable, GrowsWithTheFifthName)
+{
+    CXmlNameTable table;
+    const std::uint32_t bucket_counts[] = {7, 7, 7, 7, 15, 15, 15, 15, 31};
+    const char* names[] = {"a", "ab", "abc", "abcd", "abcde", "abcdf", "b", "", "c"};
+    for (std::uint16_t at = 0; at < 9; ++at) {
+        EXPECT_EQ(table.Find(names[at]), 0);
+        EXPECT_EQ(table.Intern(names[at]), at + 1);
+        EXPECT_EQ(table.BucketCount(), bucket_counts[at]) << names[at];
+    }
+    for (std::uint16_t at = 0; at < 9; ++at) {
+        EXPECT_EQ(table.Intern(names[at]), at + 1) << "known by now";
+    }
+}
+
+TEST(XmlNameTable, HoldsEveryIdThereIsThoughAllNamesShareABucket)
+{
+    CXmlNameTable table;
+    for (std::uint32_t id = 1; id <= xml_most_names; ++id) {
+        ASSERT_EQ(table.Intern("same" + std::to_string(id)), id);
+    }
+    EXPECT_EQ(table.Intern("one more"), 0);
+    EXPECT_EQ(table.Find("same65534"), 65534);
+    EXPECT_EQ(table.Find("same77777"), 0);
+}
+
+TEST(XmlNameTable, DecodesTheArrayAndItsExtensionCells)
+{
+    // The name array of a block with the names x, y and x, the last in a cell.
+    std::string cell("\1\0\0\0x", 5);
+    cell.append(xml_address_width, '\0');
+    const char* cell_address = cell.data();
+    std::string array("\0\0\xFF", 3);
+    array += static_cast<char>(10 + xml_address_width);
+    array.append("\0\0\0\1\0\0\0x\1\0\0\0y", 13);
+    array.append(reinterpret_cast<const char*>(&cell_address), sizeof cell_address);
+    CXmlNameTable table;
+    const auto* bytes = reinterpret_cast<const std::byte*>(array.data());
+    EXPECT_STREQ(table.NameOf(3, bytes), "x");
+    EXPECT_STREQ(table.NameOf(2, bytes), "y");
+    EXPECT_EQ(table.NameOf(0, bytes), nullptr);
+    EXPECT_EQ(table.NameOf(4, bytes), nullptr);
+    EXPECT_EQ(table.Find("x"), 3) << "of equal names the later counts";
+    EXPECT_EQ(table.Find("y"), 2);
+}
+
+} // namespace
