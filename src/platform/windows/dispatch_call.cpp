@@ -1,5 +1,6 @@
 #include "platform/windows/dispatch_call.h"
 
+#include "platform/windows/wide.h"
 #include "platform/windows/wide_text.h"
 
 #include <oleauto.h>
@@ -71,7 +72,7 @@ ControlResult ResultOf(VARIANT& answer, ControlType type)
     case ControlType::Int32:
         return static_cast<std::int32_t>(answer.lVal);
     case ControlType::Text:
-        return CoreText({answer.bstrVal != nullptr ? answer.bstrVal : L"", SysStringLen(answer.bstrVal)});
+        return FromWide({answer.bstrVal != nullptr ? answer.bstrVal : L"", SysStringLen(answer.bstrVal)});
     default:
         return {};
     }
@@ -111,9 +112,8 @@ ControlResult CallDispatch(IDispatch& object, std::int32_t dispatch_id, InvokeKi
     VARIANT answer;
     VariantInit(&answer);
     EXCEPINFO trouble{};
-    const HRESULT status =
-        object.Invoke(dispatch_id, IID_NULL, 0, FlagsOf(kind), &parameters,
-                      result != ControlType::None ? &answer : nullptr, &trouble, nullptr);
+    const HRESULT status = object.Invoke(dispatch_id, IID_NULL, 0, FlagsOf(kind), &parameters,
+                                         result != ControlType::None ? &answer : nullptr, &trouble, nullptr);
     FreeTexts(trouble);
     ControlResult taken;
     if (SUCCEEDED(status) && result != ControlType::None) {

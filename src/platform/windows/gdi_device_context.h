@@ -5,6 +5,8 @@
 
 #include <windows.h>
 
+#include <utility>
+
 namespace partkeep {
 
 class GdiDeviceContext final : public IDeviceContext {
@@ -33,6 +35,7 @@ public:
 
     bool CreatePalette(std::span<const PaletteEntry> entries) override;
     [[nodiscard]] PaletteHandle Handle() const override { return palette_; }
+    [[nodiscard]] HPALETTE Detach() { return std::exchange(palette_, nullptr); } // the caller's from now on
 
 private:
     HPALETTE palette_ = nullptr;

@@ -178,8 +178,7 @@ bool HostedContent::Activate(const ControlOrder& order)
         object_->SetClientSite(site_.Get());
     }
     SetExtentOf(*object_.Get(), order.extent, client);
-    const HRESULT active =
-        object_->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, site_.Get(), 0, window_, &client);
+    const HRESULT active = object_->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, site_.Get(), 0, window_, &client);
     if (!order.visible) {
         object_->DoVerb(OLEIVERB_HIDE, nullptr, site_.Get(), 0, window_, &client);
         return true; // one that is never shown serves without a window as well

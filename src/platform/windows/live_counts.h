@@ -7,9 +7,9 @@
 namespace partkeep {
 
 struct LiveCounts {
-    std::atomic<int> windows{0};      // dialogs, panels and sites
-    std::atomic<int> gdi_objects{0};  // bitmaps
-    std::atomic<int> com_objects{0};  // sites and event sinks
+    std::atomic<int> windows{0};     // dialogs, panels and sites
+    std::atomic<int> gdi_objects{0}; // bitmaps
+    std::atomic<int> com_objects{0}; // sites and event sinks
 };
 
 [[nodiscard]] inline LiveCounts& TheLiveCounts()

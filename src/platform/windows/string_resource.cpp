@@ -20,7 +20,8 @@ const wchar_t* string_module_name = component_module_name;
 WORD LanguageOfUser()
 {
     const LANGID user = GetUserDefaultLangID();
-    const bool simplified = SUBLANGID(user) == SUBLANG_CHINESE_SIMPLIFIED || SUBLANGID(user) == SUBLANG_CHINESE_SINGAPORE;
+    const bool simplified =
+        SUBLANGID(user) == SUBLANG_CHINESE_SIMPLIFIED || SUBLANGID(user) == SUBLANG_CHINESE_SINGAPORE;
     if (PRIMARYLANGID(user) == LANG_JAPANESE) {
         return MAKELANGID(LANG_JAPANESE, SUBLANG_JAPANESE_JAPAN);
     }

@@ -1,4 +1,4 @@
-// Text between the core's UTF-16 and the wide strings of the Windows headers: the same units under two types.
+// A piece of core text as the system takes it: with a terminator behind it.
 #pragma once
 
 #include <string>
@@ -7,11 +7,6 @@
 namespace partkeep {
 
 [[nodiscard]] inline std::wstring WideText(std::u16string_view text)
-{
-    return {text.begin(), text.end()};
-}
-
-[[nodiscard]] inline std::u16string CoreText(std::wstring_view text)
 {
     return {text.begin(), text.end()};
 }

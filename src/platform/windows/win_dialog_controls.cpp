@@ -4,6 +4,7 @@
 #include "platform/windows/dialog_scale.h"
 #include "platform/windows/hosted_control.h"
 #include "platform/windows/picture_panel.h"
+#include "platform/windows/wide.h"
 #include "platform/windows/wide_text.h"
 #include "platform/windows/win_dialog_window.h"
 #include "platform/windows/win_panel.h"
@@ -34,7 +35,7 @@ std::u16string WinDialogWindow::Text(int id) const
     }
     std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(control)) + 1, L'\0');
     text.resize(static_cast<std::size_t>(GetWindowTextW(control, text.data(), static_cast<int>(text.size()))));
-    return CoreText(text);
+    return FromWide(text);
 }
 
 void WinDialogWindow::Enable(int id, bool enabled)
@@ -184,7 +185,7 @@ std::u16string WinDialogWindow::Cell(int id, int row, int column) const
         const auto copied = static_cast<std::size_t>(
             Send(id, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item)));
         if (copied + 1 < cell.size()) {
-            return CoreText({item.pszText, copied});
+            return FromWide({item.pszText, copied});
         }
     }
 }

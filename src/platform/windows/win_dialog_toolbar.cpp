@@ -19,8 +19,8 @@ constexpr int toolbar_id = 0xE800; // far from the ids of templates and commands
 
 bool WinDialogWindow::CreateToolbar(const ToolbarTemplate& toolbar)
 {
-    toolbar_ = CreateWindowExW(0, TOOLBARCLASSNAMEW, L"", WS_CHILD | WS_VISIBLE | TBSTYLE_TOOLTIPS | CCS_TOP, 0, 0, 0, 0,
-                               window_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(toolbar_id)), module_, nullptr);
+    toolbar_ = CreateWindowExW(0, TOOLBARCLASSNAMEW, L"", WS_CHILD | WS_VISIBLE | TBSTYLE_TOOLTIPS | CCS_TOP, 0, 0, 0,
+                               0, window_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(toolbar_id)), module_, nullptr);
     if (toolbar_ == nullptr) {
         return false;
     }

@@ -24,8 +24,8 @@ public:
         }
         ++TheLiveCounts().windows;
         SetPropW(window_, panel_property, this);
-        plain_ = reinterpret_cast<WNDPROC>(
-            SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Procedure)));
+        plain_ =
+            reinterpret_cast<WNDPROC>(SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Procedure)));
     }
     ~WinPanel() override
     {

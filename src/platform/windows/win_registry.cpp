@@ -1,5 +1,6 @@
 #include "platform/windows/win_registry.h"
 
+#include "platform/windows/wide.h"
 #include "platform/windows/wide_text.h"
 
 #include <windows.h>
@@ -24,7 +25,7 @@ std::u16string ReadText(HKEY key, const std::wstring& name)
         return {};
     }
     text.resize(bytes / sizeof(wchar_t));
-    return CoreText(text.substr(0, text.find(L'\0')));
+    return FromWide(text.substr(0, text.find(L'\0')));
 }
 
 } // namespace
