@@ -13,13 +13,13 @@
 namespace partkeep {
 
 struct ScriptedPart {
-    std::u16string name;
-    std::u16string server; // as the entry reports it
-    std::u16string folder;
+    std::u16string name{};
+    std::u16string server{}; // as the entry reports it
+    std::u16string folder{};
     std::int32_t thickness = 0;
-    std::u16string material;
-    std::u16string machine;
-    std::u16string comment;
+    std::u16string material{};
+    std::u16string machine{};
+    std::u16string comment{};
     bool readable = true; // false: ReadPartAttributes fails
 };
 

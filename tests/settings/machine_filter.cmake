@@ -1,0 +1,1 @@
+partkeep_test(machine_filter_test SOURCES machine_filter_test.cpp LINK partkeep_machine_filter)
