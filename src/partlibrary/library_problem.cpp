@@ -1,0 +1,70 @@
+#include "partlibrary/library_problem.h"
+
+namespace partkeep {
+
+namespace {
+
+const char* FaultText(LibraryFault fault)
+{
+    switch (fault) {
+    case LibraryFault::None:
+        return "no problem";
+    case LibraryFault::NotFound:
+        return "there is no such library";
+    case LibraryFault::CannotOpen:
+        return "the library cannot be opened";
+    case LibraryFault::NotALibrary:
+        return "the file is no part library";
+    case LibraryFault::OtherVersion:
+        return "the library has a version that is not known here";
+    case LibraryFault::Damaged:
+        return "the library is damaged";
+    case LibraryFault::Busy:
+        return "the library is in use by another program";
+    case LibraryFault::ReadOnly:
+        return "the library cannot be written";
+    case LibraryFault::DiskFull:
+        return "the disk is full";
+    case LibraryFault::ReadFailed:
+        return "reading failed";
+    case LibraryFault::WriteFailed:
+        return "writing failed";
+    case LibraryFault::NoMemory:
+        return "out of memory";
+    case LibraryFault::AlreadyThere:
+        return "the file exists already";
+    case LibraryFault::NoFolder:
+        return "there is no such folder";
+    case LibraryFault::NoPart:
+        return "there is no such part";
+    case LibraryFault::NameRefused:
+        return "the name is refused";
+    case LibraryFault::PathTooLong:
+        return "the path is too long";
+    case LibraryFault::BadInput:
+        return "the input cannot be used";
+    case LibraryFault::Failed:
+        break;
+    }
+    return "the library operation failed";
+}
+
+} // namespace
+
+std::string ProblemText(const LibraryProblem& problem)
+{
+    if (!problem) {
+        return {};
+    }
+    QString text = problem.subject;
+    if (!text.isEmpty()) {
+        text += QStringLiteral(": ");
+    }
+    text += QString::fromLatin1(FaultText(problem.fault));
+    if (!problem.detail.isEmpty()) {
+        text += QStringLiteral(" (") + problem.detail + QStringLiteral(")");
+    }
+    return text.toStdString();
+}
+
+} // namespace partkeep

@@ -1,0 +1,247 @@
+#include "partlibrary/tool/commands.h"
+
+#include "partlibrary/library_check.h"
+#include "partlibrary/library_folder.h"
+#include "partlibrary/library_import.h"
+#include "partlibrary/library_names.h"
+#include "partlibrary/library_schema.h"
+#include "partlibrary/library_writer.h"
+#include "partlibrary/part_library.h"
+#include "partlibrary/tool/sample_library.h"
+#include "platform/text.h"
+
+#include <CLI/CLI.hpp>
+
+#include <ostream>
+#include <string>
+
+namespace partkeep {
+
+namespace {
+
+constexpr int page_rows = 500;
+
+struct ToolOptions {
+    std::string library;
+    std::string source;
+    std::string folder;
+    std::string table;
+    unsigned code_page = utf8_code_page;
+    bool replace = false;
+};
+
+struct Streams {
+    std::ostream& out;
+    std::ostream& err;
+};
+
+int Fail(const Streams& streams, const LibraryProblem& problem)
+{
+    streams.err << "partkeep-library: " << ProblemText(problem) << '\n';
+    return 1;
+}
+
+QString Native(const std::string& path)
+{
+    return QString::fromStdString(path);
+}
+
+// A shell makes backslashes awkward, so folders may be given with either separator.
+QString FolderOption(const std::string& folder)
+{
+    return QString::fromStdString(folder).replace(u'/', u'\\');
+}
+
+int Create(const ToolOptions& options, const Streams& streams)
+{
+    const QString file = Native(options.library);
+    LibraryProblem problem;
+    if (!file.endsWith(QString::fromUtf16(library_extension))) {
+        return Fail(streams, {LibraryFault::NameRefused, file, QStringLiteral("a library's name ends in .kpl")});
+    }
+    if (const NameFault fault = CheckName(ServerOfFile(file)); fault != NameFault::None) {
+        return Fail(streams, {LibraryFault::NameRefused, file, NameFaultText(fault)});
+    }
+    if (!CLibraryWriter::Create(file, problem)) {
+        return Fail(streams, problem);
+    }
+    streams.out << "created " << options.library << '\n';
+    return 0;
+}
+
+int Import(const ToolOptions& options, const Streams& streams)
+{
+    LibraryProblem problem;
+    const auto writer = CLibraryWriter::Open(Native(options.library), problem);
+    if (writer == nullptr) {
+        return Fail(streams, problem);
+    }
+    ImportReport report;
+    const ImportOptions import{Native(options.source), FolderOption(options.folder), Native(options.table)};
+    if (!ImportFolder(*writer, import, report, problem)) {
+        return Fail(streams, problem);
+    }
+    for (const QString& skipped : report.skipped) {
+        streams.err << "partkeep-library: " << skipped.toStdString() << ": skipped (no kind has this ending)\n";
+    }
+    streams.out << "imported " << report.parts << " parts with " << report.files << " files\n";
+    return 0;
+}
+
+std::string SlotNames(SlotSet slots)
+{
+    std::string names;
+    for (const FileKind& row : file_kinds) {
+        if ((slots & SetOf(row.slot)) == 0) {
+            continue;
+        }
+        names += names.empty() ? "" : " ";
+        names += row.tag.empty() ? QString::fromUtf16(row.extension).toStdString() : std::string(row.tag);
+    }
+    return names;
+}
+
+// Names and attributes hold no control characters, so a tab keeps columns apart.
+void PrintPart(const QString& folder, const PartRow& part, std::ostream& out)
+{
+    const QString thickness = QString::number(part.thickness / 10000.0, 'f', 4);
+    for (const QString& text : {folder, part.name, thickness, part.material, part.machine}) {
+        out << text.toStdString() << '\t';
+    }
+    out << SlotNames(part.slots) << '\t' << part.comment.toStdString() << '\n';
+}
+
+bool PrintFolder(CPartLibrary& library, const FolderRow& folder, std::ostream& out)
+{
+    PartListView view;
+    view.folder = folder.id;
+    std::optional<PartPosition> after;
+    for (;;) {
+        const auto page = library.Parts().Page(view, after, page_rows);
+        if (!page) {
+            return false;
+        }
+        if (page->rows.empty()) {
+            return true;
+        }
+        for (const PartRow& part : page->rows) {
+            PrintPart(folder.path, part, out);
+        }
+        after = page->positions.back();
+    }
+}
+
+// The depth is bounded by the length of a folder's path.
+bool PrintTree(CPartLibrary& library, const FolderRow& folder, std::ostream& out) // NOLINT(misc-no-recursion)
+{
+    const auto folders = library.Folders(folder.id);
+    if (!folders || !PrintFolder(library, folder, out)) {
+        return false;
+    }
+    for (const FolderRow& inner : *folders) {
+        if (!PrintTree(library, inner, out)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+int List(const ToolOptions& options, const Streams& streams)
+{
+    LibraryProblem problem;
+    const auto library = CPartLibrary::Open(Native(options.library), problem);
+    if (library == nullptr) {
+        return Fail(streams, problem);
+    }
+    const auto id = library->FindFolder(FolderOption(options.folder));
+    const auto folder = id ? library->Folder(*id) : std::nullopt;
+    if (!folder || !PrintTree(*library, *folder, streams.out)) {
+        return Fail(streams, library->Problem());
+    }
+    return 0;
+}
+
+int Check(const ToolOptions& options, const Streams& streams)
+{
+    LibraryProblem problem;
+    const auto check = CheckLibrary(Native(options.library), problem);
+    if (!check) {
+        return Fail(streams, problem);
+    }
+    for (const QString& finding : check->findings) {
+        streams.err << "partkeep-library: " << options.library << ": " << finding.toStdString() << '\n';
+    }
+    if (!check->findings.isEmpty()) {
+        return 1;
+    }
+    streams.out << options.library << " is sound: " << check->folders << " folders, " << check->parts << " parts, "
+                << check->files << " files\n";
+    return 0;
+}
+
+int Sample(const ToolOptions& options, const Streams& streams)
+{
+    LibraryProblem problem;
+    QStringList made;
+    if (!MakeSampleLibraries(Native(options.source), options.replace, made, problem)) {
+        return Fail(streams, problem);
+    }
+    for (const QString& file : made) {
+        streams.out << "made " << file.toStdString() << '\n';
+    }
+    return 0;
+}
+
+CLI::App* AddCommand(CLI::App& app, const char* name, const char* description, ToolOptions& options)
+{
+    CLI::App* command = app.add_subcommand(name, description);
+    command->add_option("library", options.library, "The library file, <server>.kpl")->required();
+    return command;
+}
+
+} // namespace
+
+int RunLibraryTool(int argc, const char* const* argv, std::ostream& out, std::ostream& err)
+{
+    ToolOptions options;
+    const Streams streams{out, err};
+    CLI::App app("Makes, fills and looks over part libraries.", "partkeep-library");
+    app.require_subcommand(1);
+    app.add_option("--code-page", options.code_page, "System code page that names must fit")
+        ->check(CLI::IsMember({shift_jis_code_page, utf8_code_page}));
+
+    const CLI::App* create = AddCommand(app, "create", "Make an empty library", options);
+
+    CLI::App* import = AddCommand(app, "import", "Add a folder of files, whole or not at all", options);
+    import->add_option("folder", options.source, "The folder to read, with its subfolders")->required();
+    import->add_option("--into", options.folder, "Folder of the library to put everything into");
+    import->add_option("--csv", options.table, "Table of attributes: part, folder, thickness, material, ...");
+
+    CLI::App* list = AddCommand(app, "list", "List the parts, a line each", options);
+    list->add_option("--folder", options.folder, "Only this folder and those inside it");
+
+    const CLI::App* check = AddCommand(app, "check", "Look a library over", options);
+
+    CLI::App* sample = app.add_subcommand("sample", "Make the sample libraries");
+    sample->add_option("folder", options.source, "An existing folder to put them into")->required();
+    sample->add_flag("--replace", options.replace, "Replace sample libraries that are there already");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error, out, err);
+    }
+    SetSystemCodePage(options.code_page);
+    if (create->parsed()) {
+        return Create(options, streams);
+    }
+    if (import->parsed()) {
+        return Import(options, streams);
+    }
+    if (list->parsed()) {
+        return List(options, streams);
+    }
+    return check->parsed() ? Check(options, streams) : Sample(options, streams);
+}
+
+} // namespace partkeep
