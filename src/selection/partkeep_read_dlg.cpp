@@ -19,6 +19,18 @@ constexpr int toolbar_room = 20;
 
 constexpr std::int16_t metric = 0;
 
+// Takes the window down where a run ends by an exception, while the dialog that answers to it still stands.
+class CWindowEnd {
+public:
+    explicit CWindowEnd(IDialogWindow& window) : window_(window) {}
+    ~CWindowEnd() { window_.Destroy(); }
+    CWindowEnd(const CWindowEnd&) = delete;
+    CWindowEnd& operator=(const CWindowEnd&) = delete;
+
+private:
+    IDialogWindow& window_;
+};
+
 } // namespace
 
 CPartkeepReadDlg::CPartkeepReadDlg(IDialogWindows& windows) : windows_(windows)
@@ -31,6 +43,10 @@ CPartkeepReadDlg::CPartkeepReadDlg(IDialogWindows& windows) : windows_(windows)
 int CPartkeepReadDlg::DoModal()
 {
     window_ = windows_.Make(selection_dialog_template);
+    lookup_ = std::make_unique<CPartLookup>(browser_, window_->OwnerMessages(),
+                                            LookupState{state_.currentServer, lookupFolder_, filter_});
+    preview_ = std::make_unique<CPreviewImages>(*window_, browser_);
+    const CWindowEnd end(*window_);
     return window_->RunModal(*this);
 }
 
@@ -39,12 +55,9 @@ void CPartkeepReadDlg::OnInitDialog()
     dialogIcon_ = window_->ParentSmallIcon();
     window_->SetSmallIcon(dialogIcon_);
     selectedPartsDlg_ = std::make_unique<CSelectedPartsDlg>(windows_, dialogIcon_);
-    lookup_ = std::make_unique<CPartLookup>(browser_, window_->OwnerMessages(),
-                                            LookupState{state_.currentServer, lookupFolder_, filter_});
     CreateBrowser();
     folders_.previewFolder = TheProcessValues().workingFolder + u"Lumora_ForPNG";
     MakeDirectory(folders_.previewFolder);
-    preview_ = std::make_unique<CPreviewImages>(*window_, browser_);
     preview_->Create();
     window_->SetReadOnly(RES_PART_NAME);
     window_->SetReadOnly(RES_COMMENT);
@@ -153,7 +166,9 @@ void CPartkeepReadDlg::WalkToCurrentServer()
 // On every way out, while the controls still stand.
 void CPartkeepReadDlg::OnDestroy()
 {
-    selectedPartsDlg_->EmptyAndDestroy();
+    if (selectedPartsDlg_ != nullptr) {
+        selectedPartsDlg_->EmptyAndDestroy();
+    }
     if (browser_.HasControl()) {
         SaveServerList(state_, installFolder, browser_);
         preview_->FreeBlocks();

@@ -40,7 +40,7 @@ struct ReadCase {
     bool read = true;
     std::u16string found_extension = u".iga"; // of FilePathName; empty: none found
     std::size_t calls = 6;                    // of the full sequence
-    std::string message;
+    std::string message = {};
 };
 
 class CadDataReader : public testing::Test {
@@ -50,16 +50,16 @@ protected:
 
     bool Read(const ReadCase& row, PartRecord& record)
     {
-        TemporaryFolder folder;
-        working_folder_ = folder.CorePath() + u"\\";
+        CTemporaryFolder folder;
+        working_folder_ = folder.Core(u"");
         ControlScript script(recorder_);
         if (row.part_exists) {
             script.list.push_back({u"P1", u"SRV", u"A\\B", 15000, u"SPCC", u"M1", u"a comment", true});
         }
-        script.On(BrowserOperation::ConnectServer, static_cast<std::int16_t>(row.connects ? -1 : 0));
+        script.On(BrowserOperation::ConnectServer, ControlResult(static_cast<std::int16_t>(row.connects ? -1 : 0)));
         script.filesByKind[24] = row.files;
         if (!row.copies) {
-            script.On(BrowserOperation::CopyPartFiles, std::int16_t{0});
+            script.On(BrowserOperation::CopyPartFiles, ControlResult(std::int16_t{0}));
         }
         script.selection = script.list;
         CScriptedHiddenControls controls(script, row.available);

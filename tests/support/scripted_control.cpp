@@ -88,11 +88,12 @@ std::string ShownCall(const OperationSignature& signature, InvokeKind kind, Argu
     return std::string(signature.name) + "(" + shown + ")" + (as_agreed ? "" : " bad types");
 }
 
-// A control that is no part browser: by number, without arguments' meaning.
-std::string ShownForeignCall(std::int32_t dispatch_id, InvokeKind kind)
+// A control that is no part browser: by number, with the text that a property is given.
+std::string ShownForeignCall(std::int32_t dispatch_id, InvokeKind kind, Arguments arguments)
 {
     const char* what = kind == InvokeKind::Method ? "method " : kind == InvokeKind::PropertyGet ? "get " : "put ";
-    return what + std::to_string(dispatch_id);
+    const bool text = kind == InvokeKind::PropertyPut && arguments.front().type == ControlType::Text;
+    return what + std::to_string(dispatch_id) + (text ? " " + Quoted(TextAt(arguments, 0)) : "");
 }
 
 ControlResult NothingOf(ControlType type)
@@ -245,7 +246,8 @@ ControlResult CScriptedControl::Invoke(std::int32_t dispatch_id, InvokeKind kind
 {
     const OperationSignature* signature = FindBrowserSignature(dispatch_id);
     const bool known = signature != nullptr && kind == InvokeKind::Method;
-    script_.recorder.Note(known ? ShownCall(*signature, kind, arguments, result) : ShownForeignCall(dispatch_id, kind));
+    script_.recorder.Note(known ? ShownCall(*signature, kind, arguments, result)
+                                : ShownForeignCall(dispatch_id, kind, arguments));
     if (const auto answer = script_.answers.find(dispatch_id); answer != script_.answers.end()) {
         return answer->second(arguments);
     }

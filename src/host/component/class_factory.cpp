@@ -1,0 +1,41 @@
+#include "host/component/class_factory.h"
+
+#include "host/component/component_module.h"
+#include "host/component/host_object.h"
+
+namespace partkeep {
+
+HRESULT HostObjectFactory::QueryInterface(REFIID id, void** result)
+{
+    if (result == nullptr) {
+        return E_POINTER;
+    }
+    const bool known = id == IID_IUnknown || id == IID_IClassFactory;
+    *result = known ? static_cast<IClassFactory*>(this) : nullptr;
+    return known ? S_OK : E_NOINTERFACE;
+}
+
+HRESULT HostObjectFactory::CreateInstance(IUnknown* outer, REFIID id, void** result)
+{
+    if (result == nullptr) {
+        return E_POINTER;
+    }
+    *result = nullptr;
+    try {
+        return HostObject::Create(outer, id, result);
+    } catch (...) {
+        return E_OUTOFMEMORY;
+    }
+}
+
+HRESULT HostObjectFactory::LockServer(BOOL lock)
+{
+    if (lock != FALSE) {
+        TheModule().Lock();
+    } else {
+        TheModule().Unlock();
+    }
+    return S_OK;
+}
+
+} // namespace partkeep

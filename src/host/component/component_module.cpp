@@ -1,0 +1,73 @@
+#include "host/component/component_module.h"
+
+#include "host/component/identity.h"
+#include "platform/windows/hosted_control.h"
+#include "platform/windows/site_window.h"
+#include "platform/windows/win_dialog_window.h"
+#include "platform/windows/win_messages.h"
+#include "platform/windows/win_registry.h"
+
+namespace partkeep {
+
+ComponentModule& TheModule()
+{
+    static ComponentModule module;
+    return module;
+}
+
+void ComponentModule::Start(HINSTANCE instance)
+{
+    instance_ = instance;
+    RegisterSiteWindows(instance);
+}
+
+void ComponentModule::End(bool process_ends)
+{
+    if (process_ends) {
+        return;
+    }
+    if (ITypeInfo* description = description_.exchange(nullptr); description != nullptr) {
+        description->Release();
+    }
+    UnregisterSiteWindows(instance_);
+}
+
+std::wstring ComponentModule::FileName() const
+{
+    for (std::wstring path(MAX_PATH, L'\0');; path.assign(path.size() * 2, L'\0')) {
+        const DWORD length = GetModuleFileNameW(instance_, path.data(), static_cast<DWORD>(path.size()));
+        if (length < path.size()) {
+            path.resize(length);
+            return path;
+        }
+    }
+}
+
+// Two threads may load it at once; the second one's copy is dropped.
+ComPtr<ITypeInfo> ComponentModule::InterfaceDescription()
+{
+    if (description_ == nullptr) {
+        ComPtr<ITypeLib> library;
+        ITypeInfo* loaded = nullptr;
+        if (FAILED(LoadTypeLibEx(FileName().c_str(), REGKIND_NONE, library.Put())) ||
+            FAILED(library->GetTypeInfoOfGuid(host_interface_id, &loaded))) {
+            return {};
+        }
+        ITypeInfo* none = nullptr;
+        if (!description_.compare_exchange_strong(none, loaded)) {
+            loaded->Release();
+        }
+    }
+    return ComPtr<ITypeInfo>(description_);
+}
+
+HostServices ComponentModule::Services() const
+{
+    static const WinRegistry registry;
+    static ThreadMessages messages;
+    static HiddenControls controls(instance_);
+    static WinDialogs windows(instance_);
+    return {registry, messages, controls, windows};
+}
+
+} // namespace partkeep
