@@ -144,7 +144,7 @@ private:
 
 } // namespace
 
-std::byte* AllocateBlock(std::size_t size)
+std::byte* AllocateXmlBlock(std::size_t size)
 {
     if (size > largest_block) {
         return nullptr;
@@ -155,7 +155,7 @@ std::byte* AllocateBlock(std::size_t size)
 
 std::byte* MakeElementBlock(std::string_view name, std::uint32_t code_page)
 {
-    std::byte* block = AllocateBlock(XmlPlaces::ElementSize(name.size()));
+    std::byte* block = AllocateXmlBlock(XmlPlaces::ElementSize(name.size()));
     if (block != nullptr) {
         PackElement<xml_address_width>(block, name, code_page);
     }
@@ -164,7 +164,7 @@ std::byte* MakeElementBlock(std::string_view name, std::uint32_t code_page)
 
 std::byte* MakeTextBlock(std::string_view name, std::string_view text, std::uint32_t code_page)
 {
-    std::byte* block = AllocateBlock(XmlPlaces::TextLeafSize(name.size(), text.size()));
+    std::byte* block = AllocateXmlBlock(XmlPlaces::TextLeafSize(name.size(), text.size()));
     if (block != nullptr) {
         PackTextLeaf<xml_address_width>(block, name, text, code_page);
     }
@@ -173,7 +173,7 @@ std::byte* MakeTextBlock(std::string_view name, std::string_view text, std::uint
 
 std::byte* MakeFixedBlock(std::string_view name, XmlKind kind, std::string_view value, std::uint32_t code_page)
 {
-    std::byte* block = AllocateBlock(XmlPlaces::FixedLeafSize(name.size(), value.size()));
+    std::byte* block = AllocateXmlBlock(XmlPlaces::FixedLeafSize(name.size(), value.size()));
     if (block != nullptr) {
         PackFixedLeaf<xml_address_width>(block, name, kind, value, code_page);
     }

@@ -257,7 +257,7 @@ inline void HangBlock(std::byte* slot, std::byte* block)
 
 // Making blocks: null when there is no memory, and for a name or text that 32-bit sizes can't hold. The new
 // block has 0 references and no owner.
-[[nodiscard]] std::byte* AllocateBlock(std::size_t size);
+[[nodiscard]] std::byte* AllocateXmlBlock(std::size_t size);
 [[nodiscard]] std::byte* MakeElementBlock(std::string_view name, std::uint32_t code_page);
 [[nodiscard]] std::byte* MakeTextBlock(std::string_view name, std::string_view text, std::uint32_t code_page);
 [[nodiscard]] std::byte* MakeFixedBlock(std::string_view name, XmlKind kind, std::string_view value,

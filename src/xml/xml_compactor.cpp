@@ -21,7 +21,7 @@ std::string_view CellText(const std::byte* cell)
 std::byte* CompactXml(std::byte* node, std::byte* block, std::uint32_t target_code_page)
 {
     std::byte* result = nullptr;
-    CXmlCompactor(node, block, target_code_page, result);
+    const CXmlCompactor compactor(node, block, target_code_page, result);
     return result;
 }
 
@@ -206,7 +206,7 @@ std::byte* CXmlCompactor::Build()
     if (whole > largest_size) {
         return nullptr;
     }
-    std::byte* block = AllocateBlock(whole);
+    std::byte* block = AllocateXmlBlock(whole);
     if (block == nullptr) {
         return nullptr;
     }

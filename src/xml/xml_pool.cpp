@@ -108,7 +108,7 @@ bool CXmlPool::NextPage()
 void CXmlPool::Give(void* memory, std::size_t size)
 {
     auto* piece = static_cast<std::byte*>(memory);
-    auto* page = reinterpret_cast<Page*>(reinterpret_cast<std::uintptr_t>(memory) & ~(page_alignment - 1));
+    auto* page = reinterpret_cast<Page*>(piece - reinterpret_cast<std::uintptr_t>(piece) % page_alignment);
     --page->live;
     if (page->live == 0) {
         Retire(page);
