@@ -5,6 +5,11 @@
 
 namespace partkeep {
 
+QString FromWide(std::u16string_view text)
+{
+    return QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size()));
+}
+
 std::string NarrowOf(const QString& text)
 {
     return NarrowText(std::u16string_view(QStringView(text).utf16(), static_cast<std::size_t>(text.size())));

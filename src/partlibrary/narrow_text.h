@@ -1,4 +1,5 @@
-// Narrow text for buffers of a fixed size: the system code page, cut at a character, always terminated.
+// Text between the contract and the library: wide text, and narrow text in the system code page for buffers of a
+// fixed size, cut at a character and always terminated.
 #pragma once
 
 #include "platform/text.h"
@@ -7,8 +8,11 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace partkeep {
+
+[[nodiscard]] QString FromWide(std::u16string_view text);
 
 [[nodiscard]] std::string NarrowOf(const QString& text);
 
