@@ -90,7 +90,7 @@ TEST(ServerListFile, ReadsEachLineByItsPosition)
         {"name too long", no_places + longest + "L\nB\n-9999\n1\n5\n", "||0|B,|5,"},
         {"current too long", longest + "L\n-9999\nmetric\nB\n-9999\n0\n", longest + "L||0|B,|"},
         {"end-of-file byte", "S\x1A\nF\nmetric\nS\x1A\n-9999\n0\n", "S\x1A|F*|0|S\x1A,|"},
-        {"zero byte", std::string("S\0x\nF\nmetric\nS\0y\n-9999\n0\n", 26), "S|F*|0|S,|"},
+        {"zero byte", std::string("S\0x\nF\nmetric\nS\0y\n-9999\n0\n", 25), "S|F*|0|S,|"},
         {"count with text", no_places + "-9999\n 2 values\n+1\n-1x\n9\n", "||0||1,-1,"},
         {"count of no number", no_places + "-9999\nmany\n1\n", "||0||"},
         {"count below zero", no_places + "-9999\n-1\n1\n", "||0||"},

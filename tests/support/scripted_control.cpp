@@ -147,20 +147,20 @@ ControlResult ReadPartImage(const ControlScript& script, Arguments arguments)
     if (image == script.images.end()) {
         return std::int16_t{0};
     }
-    std::memcpy(block, image->second.data(), std::min(image->second.size(), image_block_bytes));
+    std::copy_n(image->second.begin(), std::min(image->second.size(), image_block_bytes), block);
     return control_true;
 }
 
 ControlResult CopyPartFiles(const ControlScript& script, Arguments arguments)
 {
     const std::u16string path = TextAt(arguments, 1);
-    const std::u16string name = path.substr(path.rfind(path_separator) + 1);
+    const std::u16string stem = script.targetFolder + path.substr(path.rfind(path_separator) + 1);
     const auto extensions = script.filesByKind.find(script.dataKind);
     if (extensions == script.filesByKind.end()) {
         return std::int16_t{0};
     }
     for (const std::u16string& extension : extensions->second) {
-        ReplaceTextFile(script.targetFolder + name + extension, std::to_string(script.dataKind));
+        ReplaceTextFile(stem + extension, std::to_string(script.dataKind));
     }
     return control_true;
 }
