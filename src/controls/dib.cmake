@@ -3,7 +3,3 @@ partkeep_library(partkeep_dib SOURCES dib_view.cpp dib_helpers.cpp LINK partkeep
 
 target_sources(partkeep_controls PRIVATE "${CMAKE_CURRENT_LIST_DIR}/image_panel.cpp")
 target_link_libraries(partkeep_controls PUBLIC partkeep_dib)
-
-if(WIN32)
-  include("${PROJECT_SOURCE_DIR}/src/platform/windows/gdi_device_context.cmake")
-endif()

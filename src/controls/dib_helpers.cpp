@@ -61,8 +61,9 @@ Rect UprightSource(const Rect& source, bool top_down)
 std::int32_t CopyUnscaled(IDeviceContext& context, const Rect& target, const Rect& source, int rows,
                           const DibView& view)
 {
+    const auto source_end = ToInt(std::int64_t{rows} - source.top);
     const auto source_y = ToInt(std::int64_t{rows} - source.top - source.Height());
-    if (!source_y) {
+    if (!source_end || !source_y) {
         return 0;
     }
     return context.SetDIBitsToDevice(target.left, target.top, target.Width(), target.Height(), source.left, *source_y,

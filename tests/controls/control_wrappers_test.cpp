@@ -1,0 +1,193 @@
+#include "controls/kpd_key_manager.h"
+#include "controls/zan_pic_ctrl.h"
+#include "tests/support/scripted_control.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+namespace partkeep {
+namespace {
+
+using Manager = CKPDKeyManager;
+using Result = std::variant<std::monostate, bool, std::int16_t, std::int32_t, std::u16string>;
+using enum BrowserOperation;
+
+struct Row {
+    BrowserOperation operation;
+    const char* noted; // the scripted control notes types that are not the contract's
+    std::function<Result(Manager&)> call;
+};
+
+std::array<char, 2600> block{"PNG"};
+std::array<std::int16_t, max_view_state_values> values;
+ServerTable table{{{{'S', '1'}, {'S', '2'}}}};
+PartAttributeBlocks attributes(u"P1");
+
+// For members without result.
+template <typename Call>
+std::function<Result(Manager&)> None(Call call)
+{
+    return [call](Manager& m) {
+        call(m);
+        return Result();
+    };
+}
+
+const std::vector<Row> rows{
+    {ConnectServer, "('S')", [](Manager& m) { return m.ConnectServer(u"S"); }},
+    {DisconnectServer, "()", None([](Manager& m) { m.DisconnectServer(); })},
+    {SetTargetFolder, "('F')", [](Manager& m) { return m.SetTargetFolder(u"F"); }},
+    {GetPreviewFileTitle, "()", [](Manager& m) { return m.GetPreviewFileTitle(); }},
+    {SetDataKind, "(24)", [](Manager& m) { return m.SetDataKind(24); }},
+    {GetLastStatus, "()", [](Manager& m) { return m.GetLastStatus(); }},
+    {GetCurrentServer, "()", [](Manager& m) { return m.GetCurrentServer(); }},
+    {SetCurrentServer, "('S')", None([](Manager& m) { m.SetCurrentServer(u"S"); })},
+    {SetDisplayUnit, "(1)", None([](Manager& m) { m.SetDisplayUnit(1); })},
+    {SelectNextServer, "()", None([](Manager& m) { m.SelectNextServer(); })},
+    {OpenFolderSelection, "()", None([](Manager& m) { m.OpenFolderSelection(); })},
+    {SetCurrentFolder, "('F')", [](Manager& m) { return m.SetCurrentFolder(u"F"); }},
+    {GetCurrentFolder, "()", [](Manager& m) { return m.GetCurrentFolder(); }},
+    {RefreshPartList, "()", [](Manager& m) { return m.RefreshPartList(); }},
+    {GetServerList, "()", [](Manager& m) { return m.GetServerList(table); }},
+    {SetServerList, "('S1', 'S2')", [](Manager& m) { return m.SetServerList(table); }},
+    {GetViewState, "()", [](Manager& m) { return m.GetViewState(values.data()); }},
+    {GetViewStateCount, "()", [](Manager& m) { return m.GetViewStateCount(); }},
+    {SetViewState, "()", None([](Manager& m) { m.SetViewState(values.data()); })},
+    {SetPartFilter, "(10)", [](Manager& m) { return m.SetPartFilter(10); }},
+    {ReadPartImage, "('W', 'PNG')", [](Manager& m) { return m.ReadPartImage(u"W", block.data(), values.data()); }},
+    {MoveFocus, "(15)", [](Manager& m) { return m.MoveFocus(15); }},
+    {CopyPartFiles, "('S', 'F\\P')", [](Manager& m) { return m.CopyPartFiles(u"S", u"F\\P"); }},
+    {ReadPartAttributes, "('S', 'P1', 'P1')", [](Manager& m) { return m.ReadPartAttributes(u"S", u"P1", attributes); }},
+    {GetSelectedPartCount, "()", [](Manager& m) { return m.GetSelectedPartCount(); }},
+    {GetSelectedPart, "(3)", [](Manager& m) { return m.GetSelectedPart(3, block.data(), &block[256], &block[512]); }},
+    {SelectAllParts, "(1)", [](Manager& m) { return m.SelectAllParts(1); }},
+};
+
+ControlResult Given(ControlType type, std::int32_t number)
+{
+    switch (type) {
+    case ControlType::Text:
+        return std::u16string(u"text");
+    case ControlType::Int32:
+        return number;
+    case ControlType::None:
+        return {};
+    default:
+        return static_cast<std::int16_t>(number);
+    }
+}
+
+// What a member makes of the number that a control gives; 0 stands for no control too.
+Result Expected(const OperationSignature& signature, std::int32_t number)
+{
+    const bool count = signature.operation == GetViewStateCount || signature.operation == GetSelectedPartCount;
+    number = count ? std::max(number, 0) : number;
+    switch (signature.result) {
+    case ControlType::Text:
+        return std::u16string(number != 0 ? u"text" : u"");
+    case ControlType::Int32:
+        return number;
+    case ControlType::None:
+        return {};
+    case ControlType::Bool:
+        return number != 0;
+    default:
+        return static_cast<std::int16_t>(number);
+    }
+}
+
+TEST(KpdKeyManager, EachMemberCallsAsTheContractTells)
+{
+    ASSERT_EQ(rows.size(), BrowserSignatures().size());
+    for (std::size_t index = 0; index < rows.size(); ++index) {
+        const auto& [operation, noted, call] = rows[index];
+        const OperationSignature& signature = BrowserSignatures()[index];
+        ASSERT_EQ(operation, signature.operation);
+        for (const std::int32_t number : {-1, 5}) {
+            Recorder recorder;
+            ControlScript script(recorder);
+            script.On(operation, Given(signature.result, number));
+            Manager manager;
+            manager.Attach(script.MakeControl());
+            EXPECT_EQ(call(manager), Expected(signature, number)) << signature.name;
+            EXPECT_EQ(recorder.Take(), std::vector{signature.name + std::string(noted)});
+        }
+        Manager empty;
+        EXPECT_EQ(call(empty), Expected(signature, 0)) << signature.name << " without control";
+    }
+}
+
+TEST(KpdKeyManager, EndsTextsThatAControlFillsToTheBrim)
+{
+    Recorder recorder;
+    ControlScript script(recorder);
+    const auto fill = [](std::size_t argument, std::size_t bytes) {
+        return [=](ControlScript::Arguments arguments) {
+            for (std::size_t at = argument; at < arguments.size(); at += 2) {
+                const bool text =
+                    arguments[at].type != ControlType::Int32Ref && arguments[at].type != ControlType::Int16Ref;
+                std::memset(std::get<void*>(arguments[at].value), 'x', text ? bytes : 1);
+            }
+            return ControlResult(std::int16_t{-1});
+        };
+    };
+    Manager manager;
+    manager.Attach(script.MakeControl());
+    script.On(GetServerList, fill(0, sizeof(ServerTable)));
+    ServerTable servers;
+    manager.GetServerList(servers);
+    for (const auto& slot : servers.slots) {
+        EXPECT_EQ(std::strlen(slot.data()), server_slot_bytes - 1);
+    }
+    PartAttributeBlocks filled(std::u16string(300, u'n'));
+    EXPECT_EQ(std::u16string(filled.part_name.data()), std::u16string(part_name_units - 1, u'n'));
+    script.On(ReadPartAttributes, fill(6, long_text_bytes)); // 7 and 9 of the contract
+    manager.ReadPartAttributes(u"S", u"P", filled);
+    EXPECT_EQ(std::strlen(filled.material.data()), long_text_bytes - 1);
+    EXPECT_EQ(std::strlen(filled.machine.data()), long_text_bytes - 1);
+    script.On(ReadPartAttributes, fill(11, long_text_bytes)); // 12
+    manager.ReadPartAttributes(u"S", u"P", filled);
+    EXPECT_EQ(std::strlen(filled.comment.data()), long_text_bytes - 1);
+}
+
+// A control that keeps one text and shows what it was asked with.
+struct PathControl : IHostedControl {
+    ControlResult Invoke(std::int32_t id, InvokeKind kind, std::span<const ControlArgument> arguments,
+                         ControlType result) override
+    {
+        const auto type = arguments.empty() ? ControlType::None : arguments[0].type;
+        if (id == 1 && kind == InvokeKind::PropertyPut && type == ControlType::Text && result == ControlType::None) {
+            path = std::get<std::u16string_view>(arguments[0].value);
+        } else if (id == 1 && kind == InvokeKind::PropertyGet && arguments.empty() && result == ControlType::Text) {
+            return path;
+        } else if (id == 2 && kind == InvokeKind::Method && type == ControlType::Unknown &&
+                   result == ControlType::Int16) {
+            return std::int16_t{std::get<void*>(arguments[0].value) == this};
+        } else if (id == -552 && kind == InvokeKind::Method && arguments.empty() && result == ControlType::None) {
+            path = u"about";
+        }
+        return {};
+    }
+    void SetEventSink(std::function<void(std::int32_t)>) override {}
+
+    std::u16string path;
+};
+
+TEST(ZanPicCtrl, EachMemberCallsAsTheContractTells)
+{
+    CzXZanPicCtrl picture;
+    picture.SetImagePath(u"");
+    EXPECT_EQ(picture.GetImagePath(), u"") << "no control";
+    auto control = std::make_unique<PathControl>();
+    void* object = control.get();
+    picture.Attach(std::move(control));
+    picture.SetImagePath(u"C:\\P1.PNG");
+    EXPECT_EQ(picture.GetImagePath(), u"C:\\P1.PNG");
+    EXPECT_EQ(picture.SecondOperation(object), 1);
+    picture.AboutBox();
+    EXPECT_EQ(picture.GetImagePath(), u"about");
+}
+
+} // namespace
+} // namespace partkeep

@@ -1,0 +1,257 @@
+#include "controls/dib_helpers.h"
+
+#include "tests/support/dib_sample.h"
+
+#include <gtest/gtest.h>
+
+namespace partkeep {
+namespace {
+
+constexpr Rect whole{0, 0, 11, 7};
+
+struct KeptPalette : IPalette {
+    bool CreatePalette(std::span<const PaletteEntry> made) override
+    {
+        entries.assign(made.begin(), made.end());
+        return answer;
+    }
+    PaletteHandle Handle() const override { return reinterpret_cast<PaletteHandle>(std::uintptr_t{7}); }
+
+    std::vector<PaletteEntry> entries;
+    bool answer = true;
+};
+
+TEST(DibHelpers, ReadBothKindsOfHeader)
+{
+    struct Row {
+        const char* label;
+        std::uint32_t header_bytes;
+        std::uint16_t bits;
+        std::uint32_t colors_used;
+        unsigned colors, palette_bytes;
+    };
+    for (const Row& row : std::initializer_list<Row>{
+             {"core, 1 bit", 12, 1, 0, 2, 6},
+             {"core, 24 bits", 12, 24, 0, 0, 0},
+             {"core by any other size", 124, 8, 99, 256, 768},
+             {"8 bits", 40, 8, 0, 256, 1024},
+             {"five of 4 bits", 40, 4, 5, 5, 20},
+             {"24 bits", 40, 24, 0, 0, 0},
+             {"16 bits with a table", 40, 16, 3, 3, 12},
+             {"count of more than 16 bits", 40, 8, 0x10002, 2, 8},
+             {"size of more than 16 bits", 40, 8, 0x4001, 0x4001, 4},
+         }) {
+        SCOPED_TRACE(row.label);
+        SampleFile file{std::vector<std::byte>(200), 0};
+        const bool info = row.header_bytes == 40;
+        file.Put(32, row.colors_used);
+        file.Put(4, std::uint32_t{0x87654321});
+        file.Put(8, std::uint32_t{0xFFFFFFFC});
+        file.Put(0, row.header_bytes);
+        file.Put(info ? 14 : 10, row.bits);
+        const std::byte* header = file.bytes.data() + dib_file_header_bytes;
+        EXPECT_EQ(DIBWidth(header), info ? 0x87654321 : 0x4321U);
+        EXPECT_EQ(DIBHeight(header), info ? 0xFFFFFFFC : 0x8765U);
+        EXPECT_EQ(DIBNumColors(header), row.colors);
+        EXPECT_EQ(PaletteSize(header), row.palette_bytes);
+        EXPECT_EQ(FindDIBBits(header), header + row.header_bytes + row.palette_bytes);
+    }
+}
+
+TEST(PlainDecoder, AgreesWithBitmapsDecodedByHand)
+{
+    using Bytes = std::vector<unsigned>;
+    struct Row {
+        DibSample sample;
+        Bytes pixels;
+        std::vector<std::uint32_t> colors; // of the bottom row; the table counts 0x010101, 0x020202, ...
+    };
+    constexpr auto gone = untouched;
+    for (const Row& row : std::initializer_list<Row>{
+             {{"bits from the top", 1}, {0xA0}, {0x020202, 0x010101, 0x020202, 0x010101}},
+             {{"upper half first", 4}, {0x3E}, {0x040404, 0x0F0F0F}},
+             {{"beyond the table", 4, 40, 7, DibCompression::None, {}, 3}, {0x23}, {0x030303, 0}},
+             {{"5 5 5", 16}, {0x34, 0x12}, {0x218CA5}},
+             {{"blue first", 24}, {1, 2, 3}, {0x030201}},
+             {{"fourth byte unused", 32}, {1, 2, 3, 0xFF}, {0x030201}},
+             {{"5 6 5", 16, 40, 7, DibCompression::BitFields, {0xF800, 0x7E0, 0x1F}}, {0x34, 0x12}, {0x1045A5}},
+             {{"run, skip, literal", 8, 40, 7, DibCompression::Rle8},
+              {2, 5, 0, 2, 1, 0, 0, 3, 7, 8, 9, 0, 1, 6},
+              {0x060606, 0x060606, gone, 0x080808, 0x090909, 0x0A0A0A, 0x070707}},
+             {{"run of two in turn", 4, 40, 7, DibCompression::Rle4},
+              {3, 0x12, 0, 3, 0x45, 0x60, 0, 1},
+              {0x020202, 0x030303, 0x020202, 0x050505, 0x060606, 0x070707, gone}},
+         }) {
+        SampleFile file = MakeSampleFile(row.sample);
+        for (std::size_t at = 0; row.sample.bits <= 8 && at < file.pixel_offset - 54; ++at) {
+            file.bytes[54 + at] = static_cast<std::byte>(at / 4 + 1);
+        }
+        for (std::size_t at = 0; at < row.pixels.size(); ++at) {
+            file.bytes[file.pixel_offset + at] = static_cast<std::byte>(row.pixels[at]);
+        }
+        Picture picture = DecodePlainly(file.View());
+        for (std::size_t x = 0; x < row.colors.size(); ++x) {
+            EXPECT_EQ(picture.At(static_cast<int>(x), 6), row.colors[x]) << row.sample.label << ' ' << x;
+        }
+    }
+}
+
+TEST(PaintDib, ShowsEverySamplePixelForPixel)
+{
+    for (const DibSample& sample : DibSamples()) {
+        const SampleFile file = MakeSampleFile(sample);
+        Picture expected = DecodePlainly(file.View());
+        const TestBlock block(file.bytes);
+        for (const int scale : {1, 3}) {
+            const Rect part{2, 1, 10, 5};
+            const Rect source = scale == 1 ? part : whole;
+            RasterContext raster(source.right * scale, source.bottom * scale);
+            const Rect target{source.left, source.top, source.right * scale, source.bottom * scale};
+            EXPECT_EQ(PaintDIB(raster, &target, block.handle, &source, nullptr), 7) << sample.label;
+            for (int y = target.top; y < target.bottom; ++y) {
+                for (int x = target.left; x < target.right; ++x) {
+                    ASSERT_EQ(raster.canvas.At(x, y), expected.At(x / scale, y / scale))
+                        << sample.label << x << ' ' << y;
+                }
+            }
+        }
+    }
+}
+
+TEST(PaintDib, CallsTheDeviceInOrder)
+{
+    const TestBlock block(MakeSampleFile(DibSamples()[2]).bytes);
+    const TestBlock upside(MakeSampleFile(DibSamples()[12]).bytes);
+    const TestBlock tall(MakeSampleFile({"count of lines cut to 16 bits", 1, 40, 65538}).bytes);
+    const KeptPalette palette;
+    const std::string mode = "SetStretchBltMode 3";
+    struct Row {
+        HDIB bitmap;
+        Rect target, source;
+        std::string copy;
+    };
+    for (const Row& row : std::initializer_list<Row>{
+             {block.handle, {5, 6, 16, 13}, whole, "SetDIBitsToDevice 5 6 11 7 0 0 0 7"},
+             {block.handle, {5, 6, 9, 8}, {2, 1, 6, 3}, "SetDIBitsToDevice 5 6 4 2 2 4 0 7"},
+             {block.handle, {5, 6, 17, 13}, whole, "StretchDIBits 5 6 17 13 0 0 11 7"},
+             {block.handle, {5, 6, 16, 14}, whole, "StretchDIBits 5 6 16 14 0 0 11 7"},
+             {upside.handle, {0, 0, 4, 2}, {2, 1, 6, 3}, "SetDIBitsToDevice 0 0 4 2 2 4 0 7"},
+             {upside.handle, whole, {0, 0, 11, -7}, "SetDIBitsToDevice 0 0 11 7 0 0 0 7"},
+             {tall.handle, {0, 0, 1, 65538}, {0, 0, 1, 65538}, "SetDIBitsToDevice 0 0 1 65538 0 0 0 2"},
+         }) {
+        RasterContext raster(1, 1);
+        raster.selected = reinterpret_cast<PaletteHandle>(std::uintptr_t{3});
+        PaintDIB(raster, &row.target, row.bitmap, &row.source, nullptr);
+        EXPECT_EQ(raster.calls, (std::vector{mode, row.copy}));
+        raster.calls.clear();
+        PaintDIB(raster, &row.target, row.bitmap, &row.source, &palette);
+        EXPECT_EQ(raster.calls, (std::vector<std::string>{"SelectPalette background 7", mode, row.copy,
+                                                          "SelectPalette background 3"}));
+    }
+}
+
+TEST(PaintDib, RefusesWhatDoesNotFitItsBlock)
+{
+    struct Row {
+        std::size_t sample, offset;
+        std::vector<std::uint32_t> values;
+    };
+    for (const Row& row : std::initializer_list<Row>{
+             {4, 0, {0, 11, 16, 124, 0x7FFFFFFF, 0xFFFFFFFF}},                // header
+             {4, 4, {0, 12 << 4, 0x7FFFFFFF, 0x80000000, 0xFFFFFFF5}},        // width
+             {5, 4, {0x40000000, 0x40000001}},                                // a row that wraps to little or nothing
+             {4, 8, {0, 8, 0x7FFFFFFF, 0x80000000, 0xFFFFFFF8}},              // height
+             {4, 12, {24 << 16, 24 << 16 | 2, 7 << 16 | 1, 64 << 16 | 1, 1}}, // planes and depth
+             {4, 16, {1, 2, 3, 4, 0xFFFFFFFF}},                               // compression
+             {4, 32, {0x100, 0xFFFF, 0xFFFFFFFF}},                            // colours
+             {0, 32, {0x100, 0xFFFF0000}},                                    // colours that wrap to none
+             {21, 8, {0xFFFFFFF9, 0x1000000}},                                // runs: top-down, more than all memory
+             {21, 20, {0, 0x10000, 0xFFFFFFFF}},                              // length of runs
+         }) {
+        for (const std::uint32_t value : row.values) {
+            SampleFile file = MakeSampleFile(DibSamples()[row.sample]);
+            file.Put(row.offset, value);
+            const TestBlock block(file.bytes);
+            RasterContext raster(1, 1);
+            EXPECT_EQ(PaintDIB(raster, &whole, block.handle, &whole, nullptr), 0) << row.offset << ' ' << value;
+            EXPECT_TRUE(raster.calls.empty());
+        }
+    }
+}
+
+TEST(PaintDib, RefusesBlocksCutAnywhereAndAbsurdArguments)
+{
+    RasterContext raster(16, 16);
+    KeptPalette palette;
+    for (const DibSample& sample : DibSamples()) {
+        const SampleFile file = MakeSampleFile(sample);
+        for (std::size_t size = 0; size < file.bytes.size(); ++size) {
+            const TestBlock cut(std::span(file.bytes).first(size));
+            ASSERT_EQ(PaintDIB(raster, &whole, cut.handle, &whole, nullptr), 0) << sample.label << ' ' << size;
+            ASSERT_EQ(CreateDIBPalette(cut.handle, &palette) != 0,
+                      size >= file.pixel_offset && DIBNumColors(file.View().header.data()) != 0)
+                << sample.label << ' ' << size;
+        }
+    }
+    const TestBlock block(MakeSampleFile(DibSamples()[4]).bytes);
+    constexpr int least = -0x7FFFFFFF;
+    const Rect widest{least, 0, 0x7FFFFFFF, 7};
+    const Rect lowest{0, least, 11, least + 7};
+    EXPECT_EQ(PaintDIB(raster, &whole, nullptr, &whole, nullptr), 0);
+    EXPECT_EQ(PaintDIB(raster, nullptr, block.handle, &whole, nullptr), 0);
+    EXPECT_EQ(PaintDIB(raster, &whole, block.handle, nullptr, nullptr), 0);
+    EXPECT_EQ(PaintDIB(raster, &widest, block.handle, &widest, nullptr), 0);
+    EXPECT_EQ(PaintDIB(raster, &whole, block.handle, &lowest, nullptr), 0);
+}
+
+TEST(CreateDibPalette, CopiesTheTableOfFileAndBareBitmap)
+{
+    struct Row {
+        std::size_t sample;
+        std::size_t colors;
+    };
+    for (const Row& row : std::initializer_list<Row>{{0, 2}, {2, 256}, {4, 0}, {7, 16}, {10, 0}, {14, 5}, {15, 9}}) {
+        const SampleFile file = MakeSampleFile(DibSamples()[row.sample]);
+        const DibView view = file.View();
+        for (const std::size_t skipped : {std::size_t{0}, dib_file_header_bytes}) {
+            const TestBlock block(std::span(file.bytes).subspan(skipped));
+            KeptPalette palette;
+            EXPECT_EQ(CreateDIBPalette(block.handle, &palette), row.colors != 0 ? 1 : 0);
+            ASSERT_EQ(palette.entries.size(), row.colors) << DibSamples()[row.sample].label;
+            palette.answer = false;
+            EXPECT_EQ(CreateDIBPalette(block.handle, &palette), 0);
+            const bool core = DibSamples()[row.sample].header_bytes == 12;
+            for (std::size_t index = 0; index < row.colors; ++index) {
+                const std::size_t at = core ? 12 + 3 * index : 40 + 4 * index;
+                const PaletteEntry& entry = palette.entries[index];
+                EXPECT_EQ(entry.blue, std::to_integer<unsigned>(view.header[at]));
+                EXPECT_EQ(entry.green, std::to_integer<unsigned>(view.header[at + 1]));
+                EXPECT_EQ(entry.red, std::to_integer<unsigned>(view.header[at + 2]));
+                EXPECT_EQ(entry.flags, 0);
+            }
+        }
+    }
+}
+
+TEST(CreateDibPalette, FailsWithoutMemoryAndWithoutArguments)
+{
+    const TestBlock block(MakeSampleFile(DibSamples()[2]).bytes);
+    KeptPalette palette;
+    EXPECT_EQ(CreateDIBPalette(nullptr, &palette), 0);
+    EXPECT_EQ(CreateDIBPalette(block.handle, nullptr), 0);
+    std::vector<MemoryHandle> held;
+    while (MemoryHandle handle = AllocateBlock(1)) {
+        held.push_back(handle);
+    }
+    EXPECT_EQ(CreateDIBPalette(block.handle, &palette), 0);
+    FreeBlock(held.back());
+    EXPECT_NE(CreateDIBPalette(block.handle, &palette), 0);
+    held.back() = AllocateBlock(1); // the palette's own block was freed
+    EXPECT_NE(held.back(), nullptr);
+    for (MemoryHandle handle : held) {
+        FreeBlock(handle);
+    }
+}
+
+} // namespace
+} // namespace partkeep

@@ -1,0 +1,60 @@
+#include "desktop/qt_device_context.h"
+
+#include "tests/support/dib_sample.h"
+
+#include <QImage>
+#include <gtest/gtest.h>
+
+namespace partkeep {
+namespace {
+
+TEST(QtDeviceContext, ShowsEverySamplePixelForPixel)
+{
+    ExpectShowsAsRaster([](int width, int height, const std::function<void(IDeviceContext&)>& paint) {
+        QImage image(width, height, QImage::Format_ARGB32_Premultiplied);
+        image.fill(0);
+        QPainter painter(&image);
+        QtDeviceContext context(painter);
+        paint(context);
+        painter.end();
+        Picture shown(width, height);
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                const QRgb pixel = image.pixel(x, y);
+                shown.At(x, y) = qAlpha(pixel) != 0 ? pixel & 0xFFFFFF : untouched;
+            }
+        }
+        return shown;
+    });
+}
+
+TEST(QtDeviceContext, ResultsAndEdges)
+{
+    QImage image(20, 20, QImage::Format_RGB32);
+    image.fill(0xEEEEEE);
+    QPainter painter(&image);
+    painter.translate(4, 4);
+    QtDeviceContext context(painter);
+    const SampleFile file = MakeSampleFile(DibSamples()[4]);
+    const DibView view = file.View();
+    Picture picture = DecodePlainly(view);
+    constexpr int far = 0x7FFFFFFF;
+    EXPECT_EQ(context.SetDIBitsToDevice(0, 0, 11, 7, 0, 0, 0, 3, view), 3);
+    EXPECT_EQ(image.pixel(4, 4), 0xFFEEEEEE) << "only the three rows from the bottom";
+    EXPECT_EQ(image.pixel(4, 10), 0xFF000000 | picture.At(0, 6));
+    EXPECT_EQ(context.SetDIBitsToDevice(0, 0, 11, 7, 0, 0, 0, 99, view), 7);
+    EXPECT_EQ(context.SetDIBitsToDevice(0, 0, 11, 7, 0, 7, 0, 7, view), 0) << "source outside";
+    EXPECT_EQ(context.SetDIBitsToDevice(0, 0, 0, 7, 0, 0, 0, 7, view), 0);
+    EXPECT_EQ(context.SetDIBitsToDevice(-far, -far, far, far, 0, 0, 0, 7, view), 0);
+    EXPECT_EQ(context.StretchDIBits({-far, 0, far, 7}, {0, 0, 11, 7}, view), 0);
+    EXPECT_EQ(context.StretchDIBits({0, 0, 0, 0}, {0, 0, 11, 7}, view), 0);
+    EXPECT_EQ(context.StretchDIBits({11, 7, 0, 0}, {0, 0, 11, 7}, view), 7) << "mirrored both ways";
+    EXPECT_EQ(image.pixel(4, 4), 0xFF000000 | picture.At(10, 6));
+    EXPECT_EQ(image.pixel(14, 10), 0xFF000000 | picture.At(0, 0));
+    context.FillSolidRect({1, 1, 3, 2}, 0x030201);
+    EXPECT_EQ(image.pixel(6, 5), 0xFF010203);
+    EXPECT_EQ(image.pixel(7, 5), 0xFF000000 | picture.At(7, 5));
+}
+
+} // namespace
+} // namespace partkeep

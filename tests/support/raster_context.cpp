@@ -1,0 +1,183 @@
+#include "tests/support/raster_context.h"
+
+#include <cmath>
+#include <utility>
+
+namespace partkeep {
+
+namespace {
+
+struct PlainDecoder {
+    explicit PlainDecoder(const DibView& view)
+        : bitmap(view), figures(*ReadDibFigures(view.header)), picture(figures.width, figures.height)
+    {
+    }
+
+    unsigned Byte(std::size_t at) const { return std::to_integer<unsigned>(bitmap.pixels[at]); }
+
+    // The first bit is the highest of its byte.
+    std::uint32_t Bits(std::size_t first) const
+    {
+        std::uint32_t value = 0;
+        for (std::size_t bit = first; bit < first + figures.bits; ++bit) {
+            value = value << 1 | (Byte(bit / 8) >> (7 - bit % 8) & 1);
+        }
+        return value;
+    }
+
+    std::uint32_t FromTable(std::uint32_t index) const
+    {
+        std::uint32_t color = 0;
+        for (std::size_t byte = 3; byte-- > 0 && index < figures.color_count;) {
+            const std::size_t at = figures.header_bytes + index * figures.color_bytes + byte;
+            color = color << 8 | std::to_integer<unsigned>(bitmap.header[at]);
+        }
+        return color;
+    }
+
+    std::uint32_t FromBytes(std::size_t at) const
+    {
+        std::uint32_t value = 0;
+        for (std::size_t byte = figures.bits / 8; byte-- > 0;) {
+            value = value << 8 | Byte(at + byte);
+        }
+        std::uint32_t color = 0;
+        for (std::size_t channel = 0; channel < 3; ++channel) {
+            const auto mask = figures.mask_bytes != 0 ? ReadField<std::uint32_t>(bitmap.header.data(), 40 + 4 * channel)
+                              : figures.bits == 16    ? 0x1FU << (10 - 5 * channel)
+                                                      : 0xFFU << (16 - 8 * channel);
+            color = color << 8 | Share(value, mask);
+        }
+        return color;
+    }
+
+    // The share's bits from its highest down, over and over until there are eight.
+    static std::uint32_t Share(std::uint32_t value, std::uint32_t mask)
+    {
+        std::vector<std::uint32_t> bits;
+        for (std::uint32_t rest = mask, bit = 0; rest != 0; rest >>= 1, ++bit) {
+            if ((rest & 1) != 0 || !bits.empty()) {
+                bits.insert(bits.begin(), value >> bit & mask >> bit & 1);
+            }
+        }
+        std::uint32_t eight = 0;
+        for (std::size_t place = 0; place < 8 && !bits.empty(); ++place) {
+            eight = eight << 1 | bits[place % bits.size()];
+        }
+        return eight;
+    }
+
+    void Rows()
+    {
+        const std::size_t row_bits = (static_cast<std::size_t>(figures.width) * figures.bits + 31) / 32 * 32;
+        for (int y = 0; y < figures.height; ++y) {
+            const auto stored = static_cast<std::size_t>(figures.top_down ? y : figures.height - 1 - y);
+            for (int x = 0; x < figures.width; ++x) {
+                const std::size_t first = stored * row_bits + static_cast<std::size_t>(x) * figures.bits;
+                picture.At(x, y) = figures.bits <= 8 ? FromTable(Bits(first)) : FromBytes(first / 8);
+            }
+        }
+    }
+
+    void Put(std::int64_t& x, std::int64_t y, std::size_t first_bit)
+    {
+        if (x < figures.width && y >= 0) {
+            picture.At(static_cast<int>(x++), static_cast<int>(y)) = FromTable(Bits(first_bit));
+        }
+    }
+
+    void Runs()
+    {
+        const std::size_t bits = figures.bits;
+        std::int64_t x = 0;
+        std::int64_t y = figures.height - 1;
+        for (std::size_t at = 2; at <= bitmap.pixels.size() && y >= 0; at += 2) {
+            const unsigned count = Byte(at - 2);
+            const unsigned code = Byte(at - 1);
+            const std::size_t follow = count != 0 || code < 2 ? 0 : code == 2 ? 2 : (code * bits + 7) / 8;
+            if ((count == 0 && code == 1) || at + follow > bitmap.pixels.size()) {
+                return;
+            }
+            for (std::size_t step = 0; step < (count != 0 || code < 3 ? count : code); ++step) {
+                Put(x, y, count != 0 ? at * 8 - 8 + step * bits % 8 : at * 8 + step * bits);
+            }
+            if (count == 0 && code == 0) {
+                x = 0;
+                --y;
+            } else if (count == 0 && code == 2) {
+                x += Byte(at);
+                y -= Byte(at + 1);
+            }
+            at += (follow + 1) / 2 * 2;
+        }
+    }
+
+    const DibView& bitmap;
+    DibFigures figures;
+    Picture picture;
+};
+
+} // namespace
+
+Picture DecodePlainly(const DibView& bitmap)
+{
+    PlainDecoder decoder(bitmap);
+    const bool runs = decoder.figures.bits <= 8 && decoder.figures.compression != DibCompression::None;
+    runs ? decoder.Runs() : decoder.Rows();
+    return decoder.picture;
+}
+
+PaletteHandle RasterContext::SelectPalette(PaletteHandle palette, bool background)
+{
+    Note(background ? "SelectPalette background" : "SelectPalette", {reinterpret_cast<long long>(palette)});
+    return std::exchange(selected, palette);
+}
+
+int RasterContext::SetDIBitsToDevice(int target_x, int target_y, int width, int height, int source_x, int source_y,
+                                     unsigned first_line, unsigned line_count, const DibView& bitmap)
+{
+    Note("SetDIBitsToDevice", {target_x, target_y, width, height, source_x, source_y, first_line, line_count});
+    Copy({target_x, target_y, target_x + width, target_y + height},
+         {source_x, source_y, source_x + width, source_y + height}, bitmap);
+    return static_cast<int>(line_count);
+}
+
+int RasterContext::StretchDIBits(const Rect& target, const Rect& source, const DibView& bitmap)
+{
+    Note("StretchDIBits",
+         {target.left, target.top, target.right, target.bottom, source.left, source.top, source.right, source.bottom});
+    Copy(target, source, bitmap);
+    return ReadDibFigures(bitmap.header)->height;
+}
+
+// Each target pixel takes the source pixel under its centre. Unmirrored.
+void RasterContext::Copy(const Rect& target, const Rect& source, const DibView& bitmap)
+{
+    Picture picture = DecodePlainly(bitmap);
+    const double across = double(source.right - double(source.left)) / (target.right - double(target.left));
+    const double up = double(source.bottom - double(source.top)) / (target.bottom - double(target.top));
+    for (int y = std::max(0, target.top); y < std::min(canvas.height, target.bottom); ++y) {
+        for (int x = std::max(0, target.left); x < std::min(canvas.width, target.right); ++x) {
+            const double column = std::floor(source.left + (x - double(target.left) + 0.5) * across);
+            const double row = picture.height - 1 - std::floor(source.top + (target.bottom - double(y) - 0.5) * up);
+            const bool inside = column >= 0 && column < picture.width && row >= 0 && row < picture.height;
+            const auto color = inside ? picture.At(static_cast<int>(column), static_cast<int>(row)) : untouched;
+            canvas.At(x, y) = color != untouched ? color : canvas.At(x, y);
+        }
+    }
+}
+
+void RasterContext::FillSolidRect(const Rect& area, ColorRef color)
+{
+    Note("FillSolidRect", {area.left, area.top, area.right, area.bottom, color});
+}
+
+void RasterContext::Note(std::string call, std::initializer_list<long long> numbers)
+{
+    for (const long long number : numbers) {
+        call += ' ' + std::to_string(number);
+    }
+    calls.push_back(std::move(call));
+}
+
+} // namespace partkeep

@@ -1,0 +1,61 @@
+#include "platform/windows/gdi_device_context.h"
+
+#include "controls/dib_helpers.h"
+#include "tests/support/dib_sample.h"
+
+#include <gtest/gtest.h>
+
+namespace partkeep {
+namespace {
+
+constexpr std::uint32_t background = 0xEEEEEE;
+
+// What a painter leaves on a bitmap of 32 bits.
+Picture PaintWithGdi(int width, int height, const std::function<void(IDeviceContext&)>& paint)
+{
+    BITMAPINFO info{{sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0}, {}};
+    void* bits = nullptr;
+    HDC device = CreateCompatibleDC(nullptr);
+    HBITMAP bitmap = CreateDIBSection(device, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    HGDIOBJ previous = SelectObject(device, bitmap);
+    Picture shown(width, height);
+    auto* pixels = static_cast<std::uint32_t*>(bits);
+    std::fill_n(pixels, shown.pixels.size(), background);
+    GdiDeviceContext context(device);
+    paint(context);
+    GdiFlush();
+    for (std::size_t at = 0; at < shown.pixels.size(); ++at) {
+        const std::uint32_t color = pixels[at] & 0xFFFFFF;
+        shown.pixels[at] = color == background ? untouched : color;
+    }
+    SelectObject(device, previous);
+    DeleteObject(bitmap);
+    DeleteDC(device);
+    return shown;
+}
+
+TEST(GdiDeviceContext, ShowsEverySamplePixelForPixel)
+{
+    ExpectShowsAsRaster(PaintWithGdi);
+}
+
+TEST(GdiDeviceContext, FillsAndSelects)
+{
+    const TestBlock block(MakeSampleFile(DibSamples()[14]).bytes); // five colours
+    GdiPalette palette;
+    ASSERT_NE(CreateDIBPalette(block.handle, &palette), 0);
+    EXPECT_EQ(GetPaletteEntries(static_cast<HPALETTE>(palette.Handle()), 0, 0, nullptr), 5U);
+    Picture shown = PaintWithGdi(4, 4, [&palette](IDeviceContext& context) {
+        PaletteHandle before = context.SelectPalette(palette.Handle(), true);
+        EXPECT_NE(before, nullptr);
+        EXPECT_EQ(context.SelectPalette(before, true), palette.Handle());
+        context.FillSolidRect({1, 1, 3, 2}, 0x030201);
+    });
+    EXPECT_EQ(shown.At(1, 1), 0x010203U);
+    EXPECT_EQ(shown.At(2, 1), 0x010203U);
+    EXPECT_EQ(shown.At(3, 1), untouched);
+    EXPECT_EQ(shown.At(1, 2), untouched);
+}
+
+} // namespace
+} // namespace partkeep
