@@ -36,25 +36,28 @@ protected:
 
 TEST_F(Folder, ExactSpellingWinsElseTheFirstInOrder)
 {
-    for (const char* name : {"p.sy5", "P.sy5", "É.x", "é.x"}) {
+    for (const char* folder : {"q", "Q"}) {
+        fs::create_directory(folder_.Path(folder));
+    }
+    for (const char* name : {"p.sy5", "P.sy5", "É.x", "é.x", "q/x", "Q/x"}) {
         WriteBytes(folder_.Path(name), name);
     }
     struct Row {
         const char16_t* asked;
         const char* found;
     };
-    const Row rows[] = {
-        {u"p.sy5", "p.sy5"}, {u"P.sy5", "P.sy5"}, {u"P.SY5", "P.sy5"}, {u"É.X", "É.x"}, {u"é.x", "é.x"}};
+    const Row rows[] = {{u"q\\X", "q/x"},    {u"p.sy5", "p.sy5"}, {u"P.sy5", "P.sy5"},
+                        {u"P.SY5", "P.sy5"}, {u"É.X", "É.x"},     {u"é.x", "é.x"}};
     for (const Row& row : rows) {
         EXPECT_EQ(ReadTextFile(Core(row.asked)), row.found) << row.found;
         EXPECT_EQ(NativePath(Core(row.asked)), folder_.Path(row.found).string());
     }
     EXPECT_TRUE(ReplaceTextFile(Core(u"P.Sy5"), "new"));
-    EXPECT_EQ(NamesIn(folder_.Path()).size(), 4U);
+    EXPECT_EQ(NamesIn(folder_.Path()).size(), 6U);
     EXPECT_EQ(ReadBytes(folder_.Path("P.sy5")), "new");
     EXPECT_TRUE(RemoveFile(Core(u"P.SY5")));
     EXPECT_TRUE(RemoveFile(Core(u"P.SY5"))) << "then the other one";
-    EXPECT_EQ(NamesIn(folder_.Path()), (Names{"É.x", "é.x"}));
+    EXPECT_EQ(NamesIn(folder_.Path()), (Names{"Q", "q", "É.x", "é.x"}));
 }
 
 TEST_F(Folder, NamesThatTextCannotTellAreLeftAlone)
@@ -151,6 +154,14 @@ TEST_F(Folder, AFullDiskLeavesTheOldOrTheNew)
     EXPECT_EQ(ReadBytes(file_), "new");
 }
 
+TEST_F(Folder, ADiskWithoutRoomForAnotherFileKeepsTheOld)
+{
+    const CMountedDisk disk(folder_.Path(), "256k,nr_inodes=2"); // the folder itself and one file
+    WriteBytes(file_, "old");
+    EXPECT_FALSE(ReplaceTextFile(Core(u"a.ini"), "new"));
+    EXPECT_EQ(ReadBytes(file_), "old");
+}
+
 TEST_F(Folder, AReadOnlyDiskChangesNothing)
 {
     WriteBytes(file_, "old");
@@ -229,16 +240,19 @@ TEST_F(Folder, RightsDecideBetweenBesideInPlaceAndNothing)
     }
 }
 
-TEST_F(Folder, AFolderWithoutRightsShowsNothing)
+// A folder that may be passed but not read answers only who asks for an exact name, without a look at its list.
+TEST_F(Folder, AnExactNameIsFoundWithoutTheList)
 {
-    fs::create_directory(folder_.Path("shut"));
-    WriteBytes(folder_.Path("shut/a.ini"), "x");
-    GiveToUnprivilegedUser(folder_.Path("shut"));
-    fs::permissions(folder_.Path("shut"), fs::perms(0));
-    EXPECT_TRUE(RunWithoutPrivileges([&] {
-        return ListFolder(Core(u"shut\\")).empty() && !FileExists(Core(u"shut\\a.ini")) &&
-               !ReadTextFile(Core(u"shut\\A.ini"));
-    }));
+    const fs::path folder = folder_.Path("shut");
+    fs::create_directory(folder);
+    WriteBytes(folder / "a.ini", "x");
+    GiveToUnprivilegedUser(folder);
+    for (const unsigned mode : {0111U, 0U}) {
+        fs::permissions(folder, fs::perms(mode));
+        EXPECT_EQ(RunWithoutPrivileges([&] { return FileExists(Core(u"shut\\a.ini")); }), mode != 0);
+        EXPECT_TRUE(RunWithoutPrivileges(
+            [&] { return ListFolder(Core(u"shut\\")).empty() && ReadTextFile(Core(u"shut\\A.ini")) == std::nullopt; }));
+    }
 }
 
 // The bound is far above what is needed, and far below what a look at each entry by the system would take.

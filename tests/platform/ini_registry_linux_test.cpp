@@ -22,8 +22,7 @@ protected:
 
 TEST_F(IniRegistry, AnswersAsARegistry)
 {
-    WriteBytes(folder_.Path("machine.ini"), "\xEF\xBB\xBF"
-                                            "stray=1\r\n"
+    WriteBytes(folder_.Path("machine.ini"), "stray=1\r\n"
                                             "[HKEY_LOCAL_MACHINE\\software\\Velmar\\ORVIC]\r\n"
                                             "; installpath=/comment\r\n"
                                             "#installpath=/comment\r\n"
@@ -36,7 +35,7 @@ TEST_F(IniRegistry, AnswersAsARegistry)
                                             "[broken\r\n"
                                             "late=2\r\n"
                                             "[HKEY_LOCAL_MACHINE\\both]\r\nown=m\r\nshared=m\r\n");
-    WriteBytes(folder_.Path("user.ini"), "[HKEY_CURRENT_USER\\Software\\Classes\\X\\CLSID]\n@={1}\n"
+    WriteBytes(folder_.Path("user.ini"), "\xEF\xBB\xBF[HKEY_CURRENT_USER\\Software\\Classes\\X\\CLSID]\n@={1}\n"
                                          "[HKEY_LOCAL_MACHINE\\both]\nshared=u");
     struct Row {
         const char* label;

@@ -25,7 +25,7 @@ public:
     CConverter(const CConverter&) = delete;
     CConverter& operator=(const CConverter&) = delete;
 
-    [[nodiscard]] bool IsOpen() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
+    [[nodiscard]] bool IsOpen() const { return reinterpret_cast<std::intptr_t>(handle_) != -1; }
 
     // Converts one character. Done only if it filled exactly one unit, or at most two bytes.
     Outcome Convert(std::string_view from, std::string& to)

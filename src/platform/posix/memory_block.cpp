@@ -35,7 +35,7 @@ public:
             next_ += handle_step;
         } while (next_ == 0 || blocks_.contains(next_));
         blocks_.emplace(next_, std::move(block));
-        return reinterpret_cast<MemoryHandle>(next_);
+        return reinterpret_cast<MemoryHandle>(next_); // NOLINT(performance-no-int-to-ptr): a number, never followed
     }
 
     // Calls `use` on the block while nobody else changes the table; `otherwise` for a handle that is no block.

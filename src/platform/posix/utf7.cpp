@@ -7,8 +7,10 @@ namespace partkeep {
 
 namespace {
 
+using namespace std::string_view_literals;
+
 constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-constexpr std::u16string_view direct_marks{u"\0\t\n\r '(),-./:?", 15};
+constexpr std::u16string_view direct_marks = u"\0\t\n\r '(),-./:?"sv;
 
 bool IsDirect(char16_t unit)
 {

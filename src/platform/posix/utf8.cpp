@@ -96,6 +96,16 @@ char32_t TakeUtf16(std::u16string_view& rest)
     return ((first - 0xD7C0) << 10U) + (second - 0xDC00);
 }
 
+// Enough bytes for the text: counted first, since three for each unit would be far too many for ASCII.
+std::size_t LongestUtf8(std::u16string_view wide)
+{
+    std::size_t bytes = wide.size();
+    for (const char16_t unit : wide) {
+        bytes += (unit >= 0x80 ? 1U : 0U) + (unit >= 0x800 ? 1U : 0U);
+    }
+    return bytes;
+}
+
 char* PutUtf8(char* out, char32_t character)
 {
     const auto put = [&out](char32_t byte) { *out++ = static_cast<char>(byte); };
@@ -145,7 +155,7 @@ std::u16string WidenUtf8(std::string_view narrow)
 
 std::string NarrowToUtf8(std::u16string_view wide)
 {
-    std::string narrow(wide.size() * 3, '\0'); // a pair of units takes four bytes, any other unit at most three
+    std::string narrow(LongestUtf8(wide), '\0');
     char* out = narrow.data();
     while (!wide.empty()) {
         if (wide.front() < 0x80) {
