@@ -1,0 +1,187 @@
+#include "desktop/control_widgets.h"
+
+#include <QCheckBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QWheelEvent>
+
+#include <algorithm>
+
+namespace partkeep {
+
+namespace {
+
+constexpr int no_limit = 32767;
+
+} // namespace
+
+CDialogEdit::CDialogEdit(QWidget* parent) : QLineEdit(parent), typed_limit_(no_limit)
+{
+    connect(this, &QLineEdit::textChanged, this, [this] { FollowLimit(); });
+}
+
+void CDialogEdit::SetTypedLimit(int characters)
+{
+    typed_limit_ = characters;
+    FollowLimit();
+}
+
+void CDialogEdit::SetProgramText(const QString& new_text)
+{
+    if (new_text.size() > maxLength()) {
+        const QSignalBlocker quiet(this);
+        setMaxLength(static_cast<int>(new_text.size()));
+    }
+    setText(new_text);
+}
+
+// The field's own limit cuts program text too, so it gives way to a longer one and comes back when that shrinks.
+// Setting it moves the caret, hence the care.
+void CDialogEdit::FollowLimit()
+{
+    const int limit = std::max(typed_limit_, static_cast<int>(text().size()));
+    if (limit == maxLength()) {
+        return;
+    }
+    const QSignalBlocker quiet(this);
+    const int caret = cursorPosition();
+    setMaxLength(limit);
+    setCursorPosition(caret);
+}
+
+void CDialogEdit::ClearSelection()
+{
+    if (hasSelectedText()) {
+        del();
+    }
+}
+
+void CDialogEdit::MakeReadOnly()
+{
+    setReadOnly(true);
+    QPalette greyed = palette();
+    greyed.setColor(QPalette::Base, palette().color(QPalette::Window));
+    setPalette(greyed);
+}
+
+void CDialogEdit::focusOutEvent(QFocusEvent* event)
+{
+    const int start = selectionStart();
+    const int length = selectionLength();
+    QLineEdit::focusOutEvent(event);
+    if (start >= 0 && !hasSelectedText()) {
+        setSelection(start, length);
+    }
+}
+
+void CDropDownList::AcceptOpenList()
+{
+    const int row = view()->currentIndex().row();
+    hidePopup();
+    if (row >= 0 && row != currentIndex()) {
+        setCurrentIndex(row);
+        Q_EMIT activated(row);
+    }
+}
+
+void CDropDownList::wheelEvent(QWheelEvent* event)
+{
+    if (hasFocus()) {
+        QComboBox::wheelEvent(event);
+    } else {
+        event->ignore();
+    }
+}
+
+CReportList::CReportList(QWidget* parent) : QTreeWidget(parent)
+{
+    setColumnCount(0);
+    setRootIsDecorated(false);
+    setUniformRowHeights(true);
+    setSelectionMode(ExtendedSelection);
+    setEditTriggers(NoEditTriggers);
+    header()->setSectionsMovable(false);
+    header()->setStretchLastSection(false);
+}
+
+void CReportList::AddColumn(int column, const QString& text, int width)
+{
+    setColumnCount(std::max(columnCount(), column + 1));
+    headerItem()->setText(column, text);
+    header()->resizeSection(column, width);
+}
+
+void CReportList::AddRow(int row, const QString& text)
+{
+    auto* item = new QTreeWidgetItem;
+    insertTopLevelItem(std::clamp(row, 0, topLevelItemCount()), item);
+    SetCell(indexOfTopLevelItem(item), 0, text);
+}
+
+void CReportList::SetCell(int row, int column, const QString& text)
+{
+    if (QTreeWidgetItem* item = topLevelItem(row)) {
+        item->setText(column, text);
+        item->setToolTip(column, text); // columns are narrow, paths are long
+    }
+}
+
+QString CReportList::Cell(int row, int column) const
+{
+    const QTreeWidgetItem* item = topLevelItem(row);
+    return item == nullptr ? QString() : item->text(column);
+}
+
+void CReportList::RemoveRow(int row)
+{
+    delete topLevelItem(row);
+}
+
+int CReportList::SelectedCount() const
+{
+    return static_cast<int>(selectionModel()->selectedRows().size());
+}
+
+int CReportList::NextSelected(int after) const
+{
+    for (int row = std::max(after + 1, 0); row < topLevelItemCount(); ++row) {
+        if (topLevelItem(row)->isSelected()) {
+            return row;
+        }
+    }
+    return -1;
+}
+
+QWidget* MakeControlWidget(const TemplateControl& control, QWidget* parent)
+{
+    switch (control.kind) {
+    case ControlKind::PushButton:
+    case ControlKind::DefaultPushButton: {
+        auto* button = new QPushButton(parent);
+        button->setAutoDefault(false); // the dialog decides what Enter presses
+        button->setDefault(control.kind == ControlKind::DefaultPushButton);
+        return button;
+    }
+    case ControlKind::CheckBox:
+        return new QCheckBox(parent);
+    case ControlKind::Edit:
+        return new CDialogEdit(parent);
+    case ControlKind::ReadOnlyEdit: {
+        auto* edit = new CDialogEdit(parent);
+        edit->MakeReadOnly();
+        return edit;
+    }
+    case ControlKind::DropDownList:
+        return new CDropDownList(parent);
+    case ControlKind::ReportList:
+        return new CReportList(parent);
+    case ControlKind::Label:
+    case ControlKind::HostedControl:
+        break;
+    }
+    return new QLabel(parent);
+}
+
+} // namespace partkeep

@@ -1,0 +1,130 @@
+#include "desktop/dialog_frame.h"
+
+#include "desktop/control_widgets.h"
+#include "desktop/qt_keys.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QKeyEvent>
+
+namespace partkeep {
+
+namespace {
+
+bool IsInput(QEvent::Type type)
+{
+    switch (type) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::Wheel:
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease:
+    case QEvent::Shortcut:
+    case QEvent::ShortcutOverride:
+    case QEvent::ContextMenu:
+    case QEvent::TouchBegin:
+    case QEvent::TouchUpdate:
+    case QEvent::TouchEnd:
+    case QEvent::InputMethod:
+    case QEvent::Drop:
+    case QEvent::Close:
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+CDialogFrame::CDialogFrame(IDialogFrameEvents& events, QWidget* owner)
+    : QDialog(owner, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                         Qt::WindowCloseButtonHint | Qt::MSWindowsFixedSizeDialogHint),
+      events_(events)
+{
+    // Of the application: a filter on the widgets themselves would miss those that hosted controls make later.
+    qApp->installEventFilter(this);
+}
+
+bool CDialogFrame::eventFilter(QObject* watched, QEvent* event)
+{
+    if (!IsInput(event->type()) || !watched->isWidgetType()) {
+        return false;
+    }
+    auto& widget = static_cast<QWidget&>(*watched);
+    CDropDownList* open_list = OpenListAround(widget);
+    if (widget.window() != this && open_list == nullptr) {
+        return false;
+    }
+    if (!input_enabled_) {
+        event->ignore();
+        return true;
+    }
+    if (event->type() == QEvent::ShortcutOverride) {
+        // Accepting it makes a key press of what would have become a shortcut.
+        const bool taken = open_list == nullptr && IsDialogKey(ToKeyPress(static_cast<QKeyEvent&>(*event)));
+        event->setAccepted(taken);
+        return taken;
+    }
+    return event->type() == QEvent::KeyPress && FilterKey(widget, static_cast<QKeyEvent&>(*event));
+}
+
+bool CDialogFrame::FilterKey(QWidget& widget, QKeyEvent& event)
+{
+    if (!IsFirstReceiver(widget, event)) {
+        return false;
+    }
+    if (CDropDownList* open_list = OpenListAround(widget)) {
+        // An open list keeps the arrow keys and Escape; Enter and Tab first take what it shows.
+        const int key = ToKeyPress(event).key;
+        if (key != key_return && key != key_tab) {
+            return false;
+        }
+        open_list->AcceptOpenList();
+    }
+    return events_.KeyDown(event);
+}
+
+// A key that a widget ignores goes to its parents, one after the other. They must not count as new keys.
+bool CDialogFrame::IsFirstReceiver(const QWidget& widget, const QKeyEvent& event)
+{
+    const bool passed_on = last_key_ == &event && last_receiver_ != nullptr && widget.isAncestorOf(last_receiver_) &&
+                           &widget != focusWidget();
+    last_key_ = &event;
+    last_receiver_ = &widget;
+    return !passed_on;
+}
+
+// The list of a drop-down control is a window of its own.
+CDropDownList* CDialogFrame::OpenListAround(const QWidget& widget) const
+{
+    QWidget* popup = widget.window();
+    if (popup == this || popup->windowType() != Qt::Popup || popup->parentWidget() == nullptr) {
+        return nullptr;
+    }
+    auto* list = dynamic_cast<CDropDownList*>(popup->parentWidget());
+    return list != nullptr && list->window() == this ? list : nullptr;
+}
+
+void CDialogFrame::closeEvent(QCloseEvent* event)
+{
+    event->ignore();
+    events_.CloseBox();
+}
+
+// The base class would press buttons and close the window.
+void CDialogFrame::keyPressEvent(QKeyEvent* event)
+{
+    event->ignore();
+}
+
+// A child that repaints makes the frame paint behind it; that is no repaint of the dialog itself.
+void CDialogFrame::paintEvent(QPaintEvent* event)
+{
+    QDialog::paintEvent(event);
+    if (!event->region().subtracted(childrenRegion()).isEmpty()) {
+        events_.Painted();
+    }
+}
+
+} // namespace partkeep

@@ -1,0 +1,50 @@
+// The top-level window of a dialog: fixed frame, no key handling of its own. It sees each key on its way to any
+// widget inside, hosted controls included, before that widget does.
+#pragma once
+
+#include <QDialog>
+#include <QPointer>
+
+class QKeyEvent;
+
+namespace partkeep {
+
+class CDropDownList;
+
+// What a frame tells its dialog.
+class IDialogFrameEvents {
+public:
+    virtual ~IDialogFrameEvents() = default;
+
+    virtual bool KeyDown(const QKeyEvent& event) = 0; // true: used up
+    virtual void CloseBox() = 0;
+    virtual void Painted() = 0;
+};
+
+class CDialogFrame : public QDialog {
+public:
+    // `events` must outlive the frame.
+    CDialogFrame(IDialogFrameEvents& events, QWidget* owner);
+
+    // Without input the window stays as it looks and ignores its user: another window goes first.
+    void SetInputEnabled(bool enabled) { input_enabled_ = enabled; }
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    [[nodiscard]] bool IsFirstReceiver(const QWidget& widget, const QKeyEvent& event);
+    bool FilterKey(QWidget& widget, QKeyEvent& event);
+    [[nodiscard]] CDropDownList* OpenListAround(const QWidget& widget) const;
+
+    IDialogFrameEvents& events_;
+    bool input_enabled_ = true;
+    const QKeyEvent* last_key_ = nullptr; // compared, never read through
+    QPointer<const QWidget> last_receiver_;
+};
+
+} // namespace partkeep

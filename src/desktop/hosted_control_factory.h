@@ -1,0 +1,22 @@
+// Makes the controls that dialogs host. Handed to the window renderer by whoever knows the controls.
+#pragma once
+
+#include "platform/control.h"
+
+#include <memory>
+
+class QWidget;
+
+namespace partkeep {
+
+class IQtControlFactory {
+public:
+    virtual ~IQtControlFactory() = default;
+
+    // Null when there is no such control. Otherwise `widget` is the control's window, a child of `parent`, which
+    // owns it: the control outlives its widget when the dialog's window goes first, and must bear that.
+    [[nodiscard]] virtual std::unique_ptr<IHostedControl> Create(const ClassId& class_id, QWidget* parent,
+                                                                 QWidget*& widget) = 0;
+};
+
+} // namespace partkeep

@@ -1,0 +1,85 @@
+#include "desktop/picture_control.h"
+
+#include "controls/zan_pic_ctrl.h"
+#include "platform/files.h"
+
+#include <QFile>
+#include <QPainter>
+#include <QStyleOptionFocusRect>
+
+namespace partkeep {
+
+namespace {
+
+constexpr qint64 max_file_bytes = 64 * 1024 * 1024; // a preview, not an archive
+constexpr int focus_margin = 1;
+
+QImage ReadPicture(std::u16string_view path)
+{
+    QFile file(QString::fromStdString(NativePath(path)));
+    if (path.empty() || !FileExists(path) || !file.open(QIODevice::ReadOnly) || file.size() > max_file_bytes) {
+        return {};
+    }
+    return QImage::fromData(file.read(max_file_bytes), "PNG");
+}
+
+} // namespace
+
+CPictureWidget::CPictureWidget(QWidget* parent) : QWidget(parent)
+{
+    setFocusPolicy(Qt::TabFocus);
+}
+
+void CPictureWidget::SetImage(const QImage& image)
+{
+    image_ = image;
+    update();
+}
+
+void CPictureWidget::paintEvent(QPaintEvent*)
+{
+    QPainter canvas(this);
+    if (!image_.isNull()) {
+        QRect area(QPoint(), image_.size().scaled(size(), Qt::KeepAspectRatio));
+        area.moveCenter(rect().center());
+        canvas.setRenderHint(QPainter::SmoothPixmapTransform);
+        canvas.drawImage(area, image_);
+    }
+    if (hasFocus()) {
+        QStyleOptionFocusRect option;
+        option.initFrom(this);
+        option.rect = rect().adjusted(focus_margin, focus_margin, -focus_margin, -focus_margin);
+        option.state |= QStyle::State_KeyboardFocusChange;
+        style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &canvas, this);
+    }
+}
+
+ControlResult CPictureControl::Invoke(std::int32_t dispatch_id, InvokeKind kind,
+                                      std::span<const ControlArgument> arguments, ControlType result)
+{
+    if (dispatch_id == static_cast<std::int32_t>(PictureOperation::Second)) {
+        return result == ControlType::Int16 ? ControlResult(std::int16_t{0}) : ControlResult();
+    }
+    if (dispatch_id != static_cast<std::int32_t>(PictureOperation::ImagePath)) {
+        return {};
+    }
+    if (kind == InvokeKind::PropertyGet) {
+        return path_;
+    }
+    if (kind == InvokeKind::PropertyPut && arguments.size() == 1) {
+        if (const auto* path = std::get_if<std::u16string_view>(&arguments[0].value)) {
+            SetImagePath(*path);
+        }
+    }
+    return {};
+}
+
+void CPictureControl::SetImagePath(std::u16string_view path)
+{
+    path_ = path;
+    if (widget_) {
+        widget_->SetImage(ReadPicture(path));
+    }
+}
+
+} // namespace partkeep

@@ -1,0 +1,42 @@
+// The picture control: shows a PNG file, fitted into its window with its proportions kept. The file is read as a
+// whole when its path is set and not kept open.
+#pragma once
+
+#include "platform/control.h"
+
+#include <QImage>
+#include <QPointer>
+#include <QWidget>
+
+namespace partkeep {
+
+class CPictureWidget : public QWidget {
+public:
+    explicit CPictureWidget(QWidget* parent);
+
+    void SetImage(const QImage& image); // null: nothing is shown
+    [[nodiscard]] const QImage& Image() const { return image_; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QImage image_;
+};
+
+class CPictureControl : public IHostedControl {
+public:
+    explicit CPictureControl(CPictureWidget* widget) : widget_(widget) {}
+
+    ControlResult Invoke(std::int32_t dispatch_id, InvokeKind kind, std::span<const ControlArgument> arguments,
+                         ControlType result) override;
+    void SetEventSink(std::function<void(std::int32_t)>) override {} // it has no events
+
+private:
+    void SetImagePath(std::u16string_view path);
+
+    QPointer<CPictureWidget> widget_;
+    std::u16string path_;
+};
+
+} // namespace partkeep

@@ -1,0 +1,413 @@
+// Life, events and the window as a whole; the controls are in qt_dialog_controls.cpp.
+
+#include "desktop/qt_dialog_window.h"
+
+#include "desktop/control_widgets.h"
+#include "desktop/picture_control.h"
+#include "desktop/qt_dialog_windows.h"
+#include "desktop/qt_keys.h"
+#include "desktop/qt_values.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QKeyEvent>
+#include <QPushButton>
+#include <QScreen>
+#include <QUuid>
+
+#include <algorithm>
+
+namespace partkeep {
+
+namespace {
+
+constexpr int gap_beside_owner = 8;
+
+// The window that is active here; where none is, the one that a modal run waits for.
+QWidget* ActiveWindow()
+{
+    QWidget* active = QApplication::activeWindow();
+    return active != nullptr ? active : QApplication::activeModalWidget();
+}
+
+ClassId ParseClassId(const char16_t* braced)
+{
+    const QUuid id = QUuid::fromString(QStringView(braced));
+    ClassId parsed{id.data1, id.data2, id.data3, {}};
+    std::copy(std::begin(id.data4), std::end(id.data4), parsed.data4.begin());
+    return parsed;
+}
+
+} // namespace
+
+std::unique_ptr<IDialogWindow> CQtDialogWindows::Make(const DialogTemplate& dialog)
+{
+    return std::make_unique<CQtDialogWindow>(dialog, controls_);
+}
+
+CQtDialogWindow::CQtDialogWindow(const DialogTemplate& dialog, IQtControlFactory* controls)
+    : template_(dialog), factory_(controls), controls_({}, {})
+{
+}
+
+CQtDialogWindow::~CQtDialogWindow()
+{
+    Destroy();
+}
+
+// ---- Life
+
+int CQtDialogWindow::RunModal(IDialogHandler& handler)
+{
+    if (!HasScreen() || Exists()) {
+        return -1;
+    }
+    const CArrowPointer arrow;
+    Open(handler, ActiveWindow());
+    if (!ended_ && frame_) {
+        QEventLoop loop;
+        loop_ = &loop;
+        QObject::connect(frame_, &QObject::destroyed, &loop, &QEventLoop::quit); // with its owner
+        frame_->setWindowModality(owner_ ? Qt::WindowModal : Qt::ApplicationModal);
+        BringUp();
+        loop.exec();
+        loop_ = nullptr;
+    }
+    Close();
+    return result_;
+}
+
+bool CQtDialogWindow::CreateModeless(IDialogHandler& handler, IDialogWindow* owner)
+{
+    if (!HasScreen() || Exists()) {
+        return false;
+    }
+    const auto* owner_window = dynamic_cast<CQtDialogWindow*>(owner);
+    modeless_ = true;
+    Open(handler, owner_window == nullptr ? nullptr : owner_window->frame_.data());
+    // The user goes on in the owner: a window that only shows what was added must not take the keys from it.
+    frame_->setAttribute(Qt::WA_ShowWithoutActivating);
+    return true;
+}
+
+void CQtDialogWindow::Open(IDialogHandler& handler, QWidget* owner)
+{
+    handler_ = &handler;
+    owner_ = owner;
+    messages_.SetOwner(owner);
+    ended_ = false;
+    placed_ = false;
+    result_ = id_cancel;
+    frame_ = new CDialogFrame(*this, owner);
+    MakeControls();
+    ++calls_;
+    handler.OnInitDialog();
+    --calls_;
+    if (frame_ && frame_->focusWidget() == nullptr) {
+        MoveFocusByOrder(true);
+    }
+}
+
+void CQtDialogWindow::MakeControls()
+{
+    const QFont font = DialogFont(template_);
+    const DialogUnits units = UnitsOf(template_, font);
+    frame_->setObjectName(QString::number(template_.number));
+    frame_->setFont(font);
+    frame_->setWindowTitle(ToQString(template_.title));
+    frame_->setFixedSize(units.ToPixels(0, 0, template_.width, template_.height).size());
+    controls_ = CControlSet(font, units);
+    for (const auto& control : template_.controls) {
+        QWidget* widget = nullptr;
+        if (control.kind == ControlKind::HostedControl) {
+            template_controls_[control.id] = MakeHosted(ParseClassId(control.caption), widget);
+        }
+        if (widget == nullptr) {
+            widget = MakeControlWidget(control, frame_);
+        }
+        controls_.Add(control, widget);
+        Connect(control.id, widget);
+    }
+    controls_.BindLabels();
+}
+
+void CQtDialogWindow::Connect(int id, QWidget* widget)
+{
+    if (auto* button = qobject_cast<QAbstractButton*>(widget)) {
+        QObject::connect(button, &QAbstractButton::clicked, frame_, [this, id] { Command(id); });
+    }
+    if (auto* edit = qobject_cast<QLineEdit*>(widget)) {
+        QObject::connect(edit, &QLineEdit::textChanged, frame_, [this, id] { TextChanged(id); });
+    }
+    if (auto* list = qobject_cast<QComboBox*>(widget)) {
+        QObject::connect(list, &QComboBox::activated, frame_, [this, id] { SelectionChanged(id); });
+    }
+    if (template_.for_fingers && qobject_cast<QPushButton*>(widget) != nullptr) {
+        // A finger's tap leaves the field its focus, so that Enter still means OK.
+        widget->setFocusPolicy(Qt::TabFocus);
+    }
+}
+
+void CQtDialogWindow::EndModal(int result)
+{
+    result_ = result;
+    ended_ = true;
+    if (loop_ != nullptr) {
+        loop_->quit();
+    }
+}
+
+void CQtDialogWindow::Destroy()
+{
+    if (Exists() && loop_ == nullptr) {
+        Close();
+    }
+}
+
+void CQtDialogWindow::Close()
+{
+    ++calls_;
+    handler_->OnDestroy();
+    --calls_;
+    while (waits_ > 0) {
+        EndWait();
+    }
+    template_controls_.clear();
+    panels_.clear();
+    handler_ = nullptr;
+    if (!frame_) {
+        return;
+    }
+    qApp->removeEventFilter(frame_);
+    frame_->disconnect();
+    frame_->hide();
+    if (calls_ > 0) { // from inside one of its own events
+        frame_->deleteLater();
+        frame_ = nullptr;
+    } else {
+        delete frame_;
+    }
+    ActivateOwner();
+}
+
+// Window managers do it too, most of them.
+void CQtDialogWindow::ActivateOwner()
+{
+    if (owner_ && owner_->isVisible()) {
+        owner_->activateWindow();
+    }
+}
+
+void CQtDialogWindow::BringUp()
+{
+    std::vector<QWidget*> panels;
+    for (const auto& panel : panels_) {
+        if (panel) {
+            panels.push_back(panel);
+        }
+    }
+    controls_.NameForAccessibility(panels);
+    if (modeless_ && !placed_) {
+        PlaceBesideOwner();
+    }
+    placed_ = true;
+    if (frame_->isVisible()) {
+        frame_->raise();
+    }
+    const QPointer<QWidget> active = QApplication::activeWindow();
+    frame_->show();
+    if (!modeless_) {
+        frame_->activateWindow();
+    } else if (active) {
+        active->activateWindow(); // not every platform heeds the attribute
+    }
+}
+
+// To its right where the screen has room, else over its right edge.
+void CQtDialogWindow::PlaceBesideOwner()
+{
+    if (!owner_) {
+        return;
+    }
+    const QRect screen = owner_->screen()->availableGeometry();
+    const QRect owner = owner_->frameGeometry();
+    const int beside = owner.right() + gap_beside_owner;
+    const int rightmost = screen.right() - frame_->width() - gap_beside_owner;
+    frame_->move(std::min(beside, std::max(rightmost, screen.left())), std::max(owner.top(), screen.top()));
+}
+
+// ---- Events
+
+bool CQtDialogWindow::KeyDown(const QKeyEvent& event)
+{
+    if (event.key() == Qt::Key_F6) {
+        GoToNextWindow();
+        return true;
+    }
+    const KeyPress press = ToKeyPress(event);
+    if (press.key == 0 || !Exists()) {
+        return false;
+    }
+    ++calls_;
+    const bool used = handler_->PreTranslateMessage(press);
+    --calls_;
+    return used || (Exists() && DefaultKey(press));
+}
+
+// What the window system does with the keys that the dialog's logic leaves to it.
+bool CQtDialogWindow::DefaultKey(const KeyPress& press)
+{
+    switch (press.key) {
+    case key_tab:
+        MoveFocusByOrder(!press.shift);
+        return true;
+    case key_return:
+        PressDefault();
+        return true;
+    case key_escape:
+        Command(id_cancel);
+        return true;
+    default:
+        return false;
+    }
+}
+
+// Enter presses the push button that has the focus, else the default button, else the command alone goes out.
+void CQtDialogWindow::PressDefault()
+{
+    auto* button = qobject_cast<QPushButton*>(frame_->focusWidget());
+    if (button == nullptr) {
+        button = controls_.As<QPushButton>(id_ok);
+    }
+    if (button == nullptr) {
+        Command(id_ok);
+    } else if (button->isEnabled()) {
+        button->click();
+    }
+}
+
+void CQtDialogWindow::Command(int id)
+{
+    if (!Exists()) {
+        return;
+    }
+    ++calls_;
+    handler_->OnCommand(id);
+    --calls_;
+}
+
+void CQtDialogWindow::TextChanged(int id)
+{
+    if (Exists()) {
+        ++calls_;
+        handler_->OnTextChange(id);
+        --calls_;
+    }
+}
+
+void CQtDialogWindow::SelectionChanged(int id)
+{
+    if (Exists()) {
+        ++calls_;
+        handler_->OnSelectionChange(id);
+        --calls_;
+    }
+}
+
+void CQtDialogWindow::Painted()
+{
+    if (Exists()) {
+        handler_->OnPaint();
+    }
+}
+
+// F6 goes round the dialogs that stand side by side.
+void CQtDialogWindow::GoToNextWindow()
+{
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        const bool related = window == owner_ || window->parentWidget() == frame_;
+        if (related && window->isVisible() && dynamic_cast<CDialogFrame*>(window) != nullptr) {
+            window->activateWindow();
+            return;
+        }
+    }
+}
+
+// ---- The window as a whole
+
+void CQtDialogWindow::SetTitle(std::u16string_view title)
+{
+    if (frame_) {
+        frame_->setWindowTitle(ToQString(title));
+    }
+}
+
+IconHandle CQtDialogWindow::ParentSmallIcon() const
+{
+    parent_icon_ = owner_ ? owner_->windowIcon() : QIcon();
+    return parent_icon_.isNull() ? nullptr : &parent_icon_;
+}
+
+void CQtDialogWindow::SetSmallIcon(IconHandle icon)
+{
+    if (frame_ && icon != nullptr) {
+        frame_->setWindowIcon(*static_cast<const QIcon*>(icon));
+    }
+}
+
+void CQtDialogWindow::Show(bool visible)
+{
+    if (!frame_) {
+        return;
+    }
+    if (visible) {
+        BringUp();
+    } else {
+        frame_->hide();
+        ActivateOwner();
+    }
+}
+
+void CQtDialogWindow::EnableOwner(bool enabled)
+{
+    if (auto* dialog = dynamic_cast<CDialogFrame*>(owner_.data())) {
+        dialog->SetInputEnabled(enabled);
+    } else if (owner_) {
+        owner_->setEnabled(enabled);
+    }
+}
+
+void CQtDialogWindow::Invalidate()
+{
+    if (frame_) {
+        frame_->update();
+    }
+}
+
+void CQtDialogWindow::UpdateNow()
+{
+    if (frame_) {
+        frame_->repaint();
+    }
+}
+
+void CQtDialogWindow::BeginWait()
+{
+    ++waits_;
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+}
+
+void CQtDialogWindow::EndWait()
+{
+    if (waits_ > 0) {
+        --waits_;
+        QGuiApplication::restoreOverrideCursor();
+    }
+}
+
+Rect CQtDialogWindow::ClientRect() const
+{
+    return frame_ ? ToRect(frame_->rect()) : Rect{};
+}
+
+} // namespace partkeep

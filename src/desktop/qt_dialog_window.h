@@ -1,0 +1,132 @@
+// One dialog window, made from a template. Owns its frame and all widgets in it, from the start of a run or of a
+// modeless life to its end; without a frame nothing exists and every call does nothing.
+#pragma once
+
+#include "desktop/control_set.h"
+#include "desktop/dialog_frame.h"
+#include "desktop/hosted_control_factory.h"
+#include "desktop/qt_messages.h"
+#include "platform/dialog_window.h"
+
+#include <QEventLoop>
+#include <QIcon>
+
+#include <map>
+
+namespace partkeep {
+
+class CQtToolbar;
+
+class CQtDialogWindow : public IDialogWindow, private IDialogFrameEvents {
+public:
+    // `controls` may be null.
+    CQtDialogWindow(const DialogTemplate& dialog, IQtControlFactory* controls);
+    ~CQtDialogWindow() override;
+    CQtDialogWindow(const CQtDialogWindow&) = delete;
+    CQtDialogWindow& operator=(const CQtDialogWindow&) = delete;
+
+    int RunModal(IDialogHandler& handler) override;
+    bool CreateModeless(IDialogHandler& handler, IDialogWindow* owner) override;
+    void EndModal(int result) override;
+    void Destroy() override;
+    [[nodiscard]] bool Exists() const override { return handler_ != nullptr; }
+
+    void SetTitle(std::u16string_view title) override;
+    [[nodiscard]] IconHandle ParentSmallIcon() const override;
+    void SetSmallIcon(IconHandle icon) override;
+    void Show(bool visible) override;
+    void EnableOwner(bool enabled) override;
+    void Invalidate() override;
+    void UpdateNow() override;
+    void BeginWait() override;
+    void EndWait() override;
+    [[nodiscard]] Rect ClientRect() const override;
+    [[nodiscard]] IMessages& OwnerMessages() override { return messages_; }
+
+    void SetText(int id, std::u16string_view text) override;
+    [[nodiscard]] std::u16string Text(int id) const override;
+    void Enable(int id, bool enabled) override;
+    void ShowControl(int id, bool visible) override;
+    void SetReadOnly(int id) override;
+    void LimitText(int id, int characters) override;
+    void ClearSelectedText(int id) override;
+    void SetCheck(int id, int state) override;
+    [[nodiscard]] int Check(int id) const override;
+    [[nodiscard]] Rect ControlClientRect(int id) const override;
+    [[nodiscard]] Rect MapToDialog(int id, const Rect& client_area) const override;
+    void MoveControl(int id, const Rect& area) override;
+
+    void Focus(int id) override;
+    [[nodiscard]] int FocusedControl() const override;
+    void MoveFocusByOrder(bool forward) override;
+
+    void ResetEntries(int id) override;
+    void InsertEntry(int id, int index, std::u16string_view text) override;
+    void SelectEntry(int id, int index) override;
+    [[nodiscard]] int SelectedEntry(int id) const override;
+
+    void InsertColumn(int id, int column, std::u16string_view header, int width) override;
+    void SetFullRowSelect(int id) override;
+    void InsertRow(int id, int row, std::u16string_view text) override;
+    void SetCell(int id, int row, int column, std::u16string_view text) override;
+    [[nodiscard]] std::u16string Cell(int id, int row, int column) const override;
+    void DeleteRow(int id, int row) override;
+    [[nodiscard]] int SelectedRowCount(int id) const override;
+    [[nodiscard]] int NextSelectedRow(int id, int after) const override;
+
+    bool CreateToolbar(const ToolbarTemplate& toolbar) override;
+    [[nodiscard]] Rect ClientRectBesideToolbar() const override;
+    void MoveAllControls(int dx, int dy) override;
+    void PlaceToolbar() override;
+    void EnableToolTips() override;
+    void PressTool(int command, bool pressed) override;
+
+    [[nodiscard]] std::unique_ptr<IHostedControl> CreateHostedControl(const ClassId& class_id, int id,
+                                                                      const Rect& area) override;
+    [[nodiscard]] std::unique_ptr<IHostedControl> TemplateControl(int id) override;
+    [[nodiscard]] std::unique_ptr<IPanelWindow> CreatePanel(int id, const Rect& area) override;
+
+private:
+    // Life
+    void Open(IDialogHandler& handler, QWidget* owner);
+    void MakeControls();
+    void Connect(int id, QWidget* widget);
+    void Close();
+    void BringUp();
+    void ActivateOwner();
+    void PlaceBesideOwner();
+
+    // Events
+    bool KeyDown(const QKeyEvent& event) override;
+    void CloseBox() override { Command(id_cancel); }
+    void Painted() override;
+    bool DefaultKey(const KeyPress& press);
+    void PressDefault();
+    void Command(int id);
+    void TextChanged(int id);
+    void SelectionChanged(int id);
+    void GoToNextWindow();
+
+    [[nodiscard]] std::unique_ptr<IHostedControl> MakeHosted(const ClassId& class_id, QWidget*& widget);
+
+    const DialogTemplate& template_;
+    IQtControlFactory* factory_;
+    IDialogHandler* handler_ = nullptr; // null: no window
+    QPointer<CDialogFrame> frame_;
+    QPointer<QWidget> owner_;
+    CControlSet controls_;
+    CQtMessages messages_;
+    mutable QIcon parent_icon_;                                        // what the handle of ParentSmallIcon points to
+    std::map<int, std::unique_ptr<IHostedControl>> template_controls_; // until they are asked for
+    std::vector<QPointer<QWidget>> panels_;
+    QPointer<CQtToolbar> toolbar_;
+    QEventLoop* loop_ = nullptr; // null: no modal run
+    bool ended_ = false;
+    bool modeless_ = false;
+    bool placed_ = false;
+    int result_ = id_cancel;
+    int waits_ = 0;
+    int calls_ = 0; // of the handler that have not returned
+};
+
+} // namespace partkeep

@@ -1,0 +1,59 @@
+#include "desktop/qt_messages.h"
+
+#include "desktop/qt_values.h"
+#include "platform/posix/stderr_messages.h"
+#include "settings/local_strings.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScreen>
+#include <QThread>
+
+namespace partkeep {
+
+void CQtMessages::Show(const Message& message)
+{
+    if (!HasScreen()) {
+        CStderrMessages().Show(message);
+        return;
+    }
+    const CArrowPointer arrow;
+    const QPointer<QWidget> active = QApplication::activeWindow();
+    // By pointer: an owner that goes while the box is open takes the box with it.
+    const QPointer<QMessageBox> box = new QMessageBox(owner_ ? owner_.data() : active.data());
+    box->setWindowModality(Qt::ApplicationModal); // all windows of the system wait for the answer
+    box->setWindowTitle(ToQString(message.title));
+    box->setTextFormat(Qt::PlainText); // names of parts may look like markup
+    box->setText(ToQString(message.text));
+    box->setIcon(message.kind == MessageKind::Exclamation ? QMessageBox::Warning : QMessageBox::NoIcon);
+    box->addButton(ToQString(LoadLocalString(LocalString::Ok)), QMessageBox::AcceptRole);
+    box->exec();
+    delete box;
+    if (active) {
+        active->activateWindow();
+    }
+}
+
+bool HasScreen()
+{
+    const auto* application = qobject_cast<QApplication*>(QCoreApplication::instance());
+    return application != nullptr && application->thread() == QThread::currentThread() &&
+           QGuiApplication::primaryScreen() != nullptr;
+}
+
+CArrowPointer::CArrowPointer() : replaced_(QGuiApplication::overrideCursor() != nullptr)
+{
+    if (replaced_) {
+        QGuiApplication::setOverrideCursor(Qt::ArrowCursor);
+    }
+}
+
+CArrowPointer::~CArrowPointer()
+{
+    if (replaced_) {
+        QGuiApplication::restoreOverrideCursor();
+    }
+}
+
+} // namespace partkeep

@@ -1,0 +1,45 @@
+// A user for real windows: plays steps from inside the event loop, also from inside the loops of windows that the
+// steps open. Linking it gives a test program its QApplication, on the platform without a screen.
+#pragma once
+
+#include <QWidget>
+
+#include <functional>
+#include <vector>
+
+namespace partkeep {
+
+using UserStep = std::function<void()>;
+
+// Runs `run` while the steps are played, one per turn of the loop. A run that has not ended some time after the
+// last step fails the test and is closed.
+void PlayWhile(std::vector<UserStep> steps, const std::function<void()>& run);
+
+// The visible window of a dialog by its template's number, and a control in it by id; null where there is none.
+[[nodiscard]] QWidget* WindowOf(int number);
+[[nodiscard]] QWidget* ControlOf(int number, int id);
+
+// Real events, by way of the window: what the window system would send.
+void Click(int number, int id);
+void PressKey(int number, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+void TypeKeys(int number, const QString& text);
+
+[[nodiscard]] inline UserStep Clicking(int number, int id)
+{
+    return [=] { Click(number, id); };
+}
+
+[[nodiscard]] inline UserStep Pressing(int number, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    return [=] { PressKey(number, key, modifiers); };
+}
+
+[[nodiscard]] inline UserStep Typing(int number, const QString& text)
+{
+    return [=] { TypeKeys(number, text); };
+}
+
+// Lets the loop handle what is posted.
+void Settle();
+
+} // namespace partkeep
