@@ -80,6 +80,18 @@ bool CheckFile(const QString& file, LibraryProblem& problem)
     return true;
 }
 
+// The driver stores text and bytes that were never assigned as null; a library has only empty ones.
+QVariant StoredValue(const QVariant& value)
+{
+    if (value.typeId() == QMetaType::QString && value.toString().isNull()) {
+        return QStringLiteral("");
+    }
+    if (value.typeId() == QMetaType::QByteArray && value.toByteArray().isNull()) {
+        return QByteArray("", 0);
+    }
+    return value;
+}
+
 } // namespace
 
 std::unique_ptr<CLibraryConnection> CLibraryConnection::Open(const QString& file, OpenMode mode,
@@ -158,8 +170,7 @@ bool CStatement::RunWith(const QVariantList& values)
     }
     int position = 0;
     for (const QVariant& value : values) {
-        const bool null_text = value.typeId() == QMetaType::QString && value.isNull();
-        query_.bindValue(position++, null_text ? QVariant(QStringLiteral("")) : value);
+        query_.bindValue(position++, StoredValue(value));
     }
     return query_.exec() || Fail();
 }

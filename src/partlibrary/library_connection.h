@@ -48,7 +48,7 @@ private:
     LibraryProblem problem_;
 };
 
-// One prepared statement. Text values are stored as text even when they are empty.
+// One prepared statement. Empty text and bytes are stored as such, never as null.
 class CStatement {
 public:
     CStatement(CLibraryConnection& connection, const QString& sql);

@@ -2,6 +2,8 @@
 
 #include "partlibrary/library_connection.h"
 
+#include <QFileInfo>
+
 #include <array>
 
 namespace partkeep {
@@ -57,6 +59,21 @@ bool CheckMarks(CLibraryConnection& connection)
     return true;
 }
 
+// The engine reads a last page that is cut short as if the rest were zeros.
+bool CheckLength(CLibraryConnection& connection)
+{
+    CStatement pages(connection,
+                     QStringLiteral("SELECT page_count * page_size FROM pragma_page_count, pragma_page_size"));
+    if (!pages.Run() || !pages.Next()) {
+        return false;
+    }
+    if (QFileInfo(connection.File()).size() < pages.Integer(0)) {
+        connection.SetProblem({LibraryFault::Damaged, connection.File(), QStringLiteral("the file is cut short")});
+        return false;
+    }
+    return true;
+}
+
 // The full-text index keeps tables of its own, named after it.
 const SchemaObject* FindObject(const QString& name)
 {
@@ -96,7 +113,7 @@ bool CreateSchema(CLibraryConnection& connection)
 
 bool CheckSchema(CLibraryConnection& connection)
 {
-    if (!CheckMarks(connection)) {
+    if (!CheckMarks(connection) || !CheckLength(connection)) {
         return false;
     }
     CStatement objects(connection, QStringLiteral("SELECT type, name, sql FROM sqlite_schema"));

@@ -25,12 +25,6 @@ QVariantList KeyValues(const QString& name, const PartAttributes& attributes)
             NaturalKey(FoldText(attributes.machine)), NaturalKey(FoldText(attributes.comment))};
 }
 
-// Empty values are stored, never nulls.
-QByteArray Stored(const QByteArray& content)
-{
-    return content.isNull() ? QByteArray("", 0) : content;
-}
-
 } // namespace
 
 // Prepared once: an import runs each of them thousands of times.
@@ -254,8 +248,8 @@ bool CLibraryWriter::PutFile(PartId part, FileSlot slot, const QByteArray& conte
     if (const char* reason = PictureFault(slot, content); reason != nullptr) {
         return Refuse(LibraryFault::BadInput, {}, QString::fromLatin1(reason));
     }
-    return statements_->put_file.Run({part * file_id_step + static_cast<qint64>(slot),
-                                      static_cast<qint64>(ContentHash(content)), Stored(content)}) &&
+    return statements_->put_file.Run(
+               {part * file_id_step + static_cast<qint64>(slot), static_cast<qint64>(ContentHash(content)), content}) &&
            statements_->add_slot.Run({SetOf(slot), part});
 }
 
