@@ -157,6 +157,7 @@ TEST(PaintDib, RefusesWhatDoesNotFitItsBlock)
         std::vector<std::uint32_t> values;
     };
     for (const Row& row : std::initializer_list<Row>{
+             {10, 0, {11, 16, 108, 124}},                                     // sizes of the 12-byte kind
              {4, 0, {0, 11, 16, 124, 0x7FFFFFFF, 0xFFFFFFFF}},                // header
              {4, 4, {0, 12 << 4, 0x7FFFFFFF, 0x80000000, 0xFFFFFFF5}},        // width
              {5, 4, {0x40000000, 0x40000001}},                                // a row that wraps to little or nothing

@@ -10,7 +10,7 @@ namespace {
 
 TEST(QtDeviceContext, ShowsEverySamplePixelForPixel)
 {
-    ExpectShowsAsRaster([](int width, int height, const std::function<void(IDeviceContext&)>& paint) {
+    ExpectShowsAsRaster(DibSamples(), [](int width, int height, const std::function<void(IDeviceContext&)>& paint) {
         QImage image(width, height, QImage::Format_ARGB32_Premultiplied);
         image.fill(0);
         QPainter painter(&image);
@@ -43,7 +43,10 @@ TEST(QtDeviceContext, ResultsAndEdges)
     EXPECT_EQ(image.pixel(4, 4), 0xFFEEEEEE) << "only the three rows from the bottom";
     EXPECT_EQ(image.pixel(4, 10), 0xFF000000 | picture.At(0, 6));
     EXPECT_EQ(context.SetDIBitsToDevice(0, 0, 11, 7, 0, 0, 0, 99, view), 7);
-    EXPECT_EQ(context.SetDIBitsToDevice(0, 0, 11, 7, 0, 7, 0, 7, view), 0) << "source outside";
+    EXPECT_EQ(context.SetDIBitsToDevice(0, 0, 11, 7, 0, 7, 0, 7, view), 0) << "source above";
+    EXPECT_EQ(context.SetDIBitsToDevice(0, 0, 11, 7, -11, 0, 0, 7, view), 0) << "source to the left";
+    EXPECT_EQ(context.SetDIBitsToDevice(-4, -4, 11, 7, 0, 0, 0, 7, view), 7);
+    EXPECT_EQ(image.pixel(0, 0), 0xFF000000 | picture.At(0, 0));
     EXPECT_EQ(context.SetDIBitsToDevice(0, 0, 0, 7, 0, 0, 0, 7, view), 0);
     EXPECT_EQ(context.SetDIBitsToDevice(-far, -far, far, far, 0, 0, 0, 7, view), 0);
     EXPECT_EQ(context.StretchDIBits({-far, 0, far, 7}, {0, 0, 11, 7}, view), 0);

@@ -50,7 +50,7 @@ struct TestBlock {
 using PaintOnCanvas =
     std::function<Picture(int width, int height, const std::function<void(IDeviceContext&)>& painter)>;
 
-// Paints every sample whole, in part, enlarged and reduced: the same pixels and a result above 0.
-void ExpectShowsAsRaster(const PaintOnCanvas& paint);
+// Paints each sample whole, in part, enlarged and reduced: the same pixels and a result above 0.
+void ExpectShowsAsRaster(std::span<const DibSample> shown_samples, const PaintOnCanvas& paint);
 
 } // namespace partkeep

@@ -36,7 +36,8 @@ Picture PaintWithGdi(int width, int height, const std::function<void(IDeviceCont
 
 TEST(GdiDeviceContext, ShowsEverySamplePixelForPixel)
 {
-    ExpectShowsAsRaster(PaintWithGdi);
+    // Not the last one: GDI under Wine leaves the low bits of masks below four bits empty.
+    ExpectShowsAsRaster(DibSamples().first(DibSamples().size() - 1), PaintWithGdi);
 }
 
 TEST(GdiDeviceContext, FillsAndSelects)
