@@ -2,6 +2,7 @@
 
 #include "platform/text.h"
 #include "settings/process_values.h"
+#include "tests/partdata/shown_message.h"
 #include "tests/support/scripted_control.h"
 #include "tests/support/temporary_folder.h"
 
@@ -13,8 +14,6 @@ namespace partkeep {
 namespace {
 
 using Lines = std::vector<std::string>;
-
-constexpr char title[] = " 'Kolvyn PartkeepRead'";
 
 class PartLookup : public testing::Test {
 protected:
@@ -115,12 +114,14 @@ TEST_F(PartLookup, NarrowTextIsInTheSystemsCodePage)
 {
     const CodePage page = SystemCodePage();
     SetSystemCodePage(shift_jis_code_page);
-    script_.selection[0].name = u"\u8868\u793A"; // the first character holds the byte of a backslash
-    script_.selection[0].comment = u"\u92FC";
+    // The first character holds the byte of a backslash. Where the page can't be chosen, what it holds has to do.
+    const std::u16string name = WidenText(NarrowText(u"\u8868\u793A"));
+    script_.selection[0].name = name;
+    script_.selection[0].comment = name + u"2";
     PartRecord record;
     EXPECT_TRUE(lookup_.StagePart(0, u"F", u"1", record));
-    EXPECT_EQ(record.PartName, u"\u8868\u793A");
-    EXPECT_EQ(record.PartComment, u"\u92FC");
+    EXPECT_EQ(record.PartName, name);
+    EXPECT_EQ(record.PartComment, name + u"2");
     SetSystemCodePage(page);
 }
 
@@ -129,14 +130,15 @@ TEST_F(PartLookup, EntryWithoutNameIsNotStaged)
     PartRecord record = Listed(u"old", u"old", u"old");
     EXPECT_FALSE(lookup_.StagePart(1, u"F", u"1", record));
     EXPECT_EQ(record, Listed(u"old", u"old", u"old"));
-    EXPECT_EQ(recorder_.Take(), Naming(1, {std::string("message 'Part does not exist.'") + title}));
+    EXPECT_EQ(recorder_.Take(), Naming(1, {Shown(LoadLocalString(LocalString::PartDoesNotExist))}));
     lookup_.DeleteSelectedPartFiles(1);
-    EXPECT_EQ(recorder_.Take(), Naming(1, {std::string("message 'Part does not exist.'") + title}));
+    EXPECT_EQ(recorder_.Take(), Naming(1, {Shown(LoadLocalString(LocalString::PartDoesNotExist))}));
 }
 
 TEST_F(PartLookup, OnlyNameServerAndFolderMakeAPartListed)
 {
-    const std::string told = std::string("message 'The selected part P1 is already added to the list.'") + title;
+    const std::string told =
+        Shown(LoadLocalString(LocalString::TheSelectedPart) + u" P1 " + LoadLocalString(LocalString::IsAlreadyAdded));
     const struct {
         const char* label;
         std::int16_t index;

@@ -58,6 +58,7 @@ const std::string no_places = "-9999\n-9999\nmetric\n";
 TEST(ServerListFile, ReadsEachLineByItsPosition)
 {
     const std::string longest(259, 'L');
+    const std::string wide_blank = NarrowText(WidenText(NarrowText(u"\u3000")) == u"\u3000" ? u"\u3000" : u"\u00A0");
     const struct {
         const char* label;
         std::string text;
@@ -77,7 +78,7 @@ TEST(ServerListFile, ReadsEachLineByItsPosition)
         {"inch in capitals", "S\nF\nINCH\nS\n-9999\n0\n", "S|F*|0|S,|"},
         {"inch with a capital", "S\nF\nInch\nS\n-9999\n0\n", "S|F*|0|S,|"},
         {"inch between blanks", "S\nF\n\t inch \r\nS\n-9999\n0\n", "S|F*|1|S,|"},
-        {"blanks around", " S\t\n\xE3\x80\x80 F\\G \xE3\x80\x80\nmetric\n S \n-9999\n0\n", "S|F\\G*|0|S,|"},
+        {"blanks around", " S\t\n" + wide_blank + " F\\G " + wide_blank + "\nmetric\n S \n-9999\n0\n", "S|F\\G*|0|S,|"},
         {"nine servers", no_places + Names(9) + "-9999\n1\n5\n", "||0|" + Names(9, ",") + "|5,"},
         {"ten servers", no_places + Names(10) + "-9999\n1\n5\n", "||0|" + Names(10, ",") + "|5,"},
         {"eleven servers", no_places + Names(11) + "-9999\n1\n5\n", "||0|" + Names(10, ",") + "|5,"},
