@@ -31,8 +31,8 @@ QString KeyColumn(PartColumn column)
 
 QString Keys(PartColumn column)
 {
-    const QString name = QStringLiteral("name_key, id");
-    return column == PartColumn::Name ? name : KeyColumn(column) + QStringLiteral(", ") + name;
+    const QString behind = QStringLiteral("name_key, part.id"); // a list of ids has an id of its own
+    return column == PartColumn::Name ? behind : KeyColumn(column) + QStringLiteral(", ") + behind;
 }
 
 QString IdList(const std::vector<PartId>& ids, std::size_t first, std::size_t limit)

@@ -1,0 +1,82 @@
+#include "desktop/pane/column_menu.h"
+
+#include <QHeaderView>
+
+#include <algorithm>
+
+namespace partkeep {
+
+namespace {
+
+constexpr int width_step = 24;
+constexpr int smallest_width = 40;
+
+void Resize(QHeaderView& header, int column, int by)
+{
+    header.resizeSection(column, std::max(smallest_width, header.sectionSize(column) + by));
+}
+
+// Hidden columns have places too; a move that passes only them would show nothing.
+int PlaceBeside(const QHeaderView& header, int column, int step)
+{
+    int place = header.visualIndex(column) + step;
+    while (place >= 0 && place < header.count() && header.isSectionHidden(header.logicalIndex(place))) {
+        place += step;
+    }
+    return place;
+}
+
+void AddMove(QMenu& menu, const ColumnMenuState& state, PaneText text, int step)
+{
+    QHeaderView& header = state.header;
+    const int from = header.visualIndex(state.column);
+    const int to = PlaceBeside(header, state.column, step);
+    QAction* action = menu.addAction(PaneString(text, state.language), &header,
+                                     [&header, from, to] { header.moveSection(from, to); });
+    action->setEnabled(to >= 0 && to < header.count());
+}
+
+void AddColumnEntries(QMenu& menu, const ColumnMenuState& state)
+{
+    QHeaderView& header = state.header;
+    const int column = state.column;
+    const auto text = [&state](PaneText which) { return PaneString(which, state.language); };
+    menu.addSection(header.model()->headerData(column, Qt::Horizontal).toString());
+    const auto sort = state.sort;
+    menu.addAction(text(PaneText::SortUp), [sort, column] { sort(column, Qt::AscendingOrder); });
+    menu.addAction(text(PaneText::SortDown), [sort, column] { sort(column, Qt::DescendingOrder); });
+    AddMove(menu, state, PaneText::MoveLeft, -1);
+    AddMove(menu, state, PaneText::MoveRight, 1);
+    menu.addAction(text(PaneText::Wider), &header, [&header, column] { Resize(header, column, width_step); });
+    menu.addAction(text(PaneText::Narrower), &header, [&header, column] { Resize(header, column, -width_step); });
+}
+
+void AddChoice(QMenu& menu, const ColumnMenuState& state, int column)
+{
+    QHeaderView& header = state.header;
+    QAction* action = menu.addAction(header.model()->headerData(column, Qt::Horizontal).toString());
+    action->setCheckable(true);
+    action->setChecked(!header.isSectionHidden(column));
+    action->setEnabled(header.isSectionHidden(column) || header.count() - header.hiddenSectionCount() > 1);
+    QObject::connect(action, &QAction::toggled, &header,
+                     [&header, column](bool shown) { header.setSectionHidden(column, !shown); });
+}
+
+} // namespace
+
+void FillColumnMenu(QMenu& menu, const ColumnMenuState& state)
+{
+    if (state.column >= 0) {
+        AddColumnEntries(menu, state);
+    }
+    menu.addSection(PaneString(PaneText::Columns, state.language));
+    for (int column = 0; column < state.header.count(); ++column) {
+        AddChoice(menu, state, column);
+    }
+    QAction* pictures = menu.addAction(PaneString(PaneText::Thumbnails, state.language));
+    pictures->setCheckable(true);
+    pictures->setChecked(state.pictures);
+    QObject::connect(pictures, &QAction::toggled, &menu, state.show_pictures);
+}
+
+} // namespace partkeep

@@ -1,0 +1,26 @@
+// The menu by which columns are sorted, moved, sized and chosen, for whoever has no mouse at hand.
+#pragma once
+
+#include "desktop/pane/pane_texts.h"
+
+#include <QMenu>
+
+#include <functional>
+
+class QHeaderView;
+
+namespace partkeep {
+
+struct ColumnMenuState {
+    QHeaderView& header;
+    int column; // logical; negative: only the choice of columns
+    PaneLanguage language;
+    bool pictures;
+    std::function<void(int column, Qt::SortOrder order)> sort;
+    std::function<void(bool shown)> show_pictures;
+};
+
+// Fills the menu; the last shown column cannot be hidden.
+void FillColumnMenu(QMenu& menu, const ColumnMenuState& state);
+
+} // namespace partkeep

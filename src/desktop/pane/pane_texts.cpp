@@ -1,0 +1,107 @@
+#include "desktop/pane/pane_texts.h"
+
+#include <QLocale>
+
+#include <array>
+
+namespace partkeep {
+
+namespace {
+
+// English, Japanese, simplified Chinese.
+using Row = std::array<const char16_t*, 3>;
+
+constexpr std::array<Row, static_cast<std::size_t>(PaneText::Count)> texts{{
+    {u"Part browser", u"部品ブラウザー", u"零件浏览器"},
+    {u"Servers and folders", u"サーバーとフォルダー", u"服务器和文件夹"},
+    {u"Parts", u"部品", u"零件"},
+    {u"Search", u"検索", u"搜索"},
+    {u"Search in this folder", u"このフォルダーを検索", u"在此文件夹中搜索"},
+    {u"Clear the search", u"検索をクリア", u"清除搜索"},
+    {u"Places", u"場所", u"位置"},
+    {u"Favourites", u"お気に入り", u"收藏夹"},
+    {u"Recent folders", u"最近使ったフォルダー", u"最近的文件夹"},
+    {u"Add this folder to the favourites", u"このフォルダーをお気に入りに追加", u"将此文件夹加入收藏夹"},
+    {u"Remove this folder from the favourites", u"このフォルダーをお気に入りから削除", u"从收藏夹移除此文件夹"},
+    {u"No favourites yet", u"お気に入りはまだありません", u"尚无收藏"},
+    {u"Columns", u"列", u"列"},
+    {u"Export", u"書き出し", u"导出"},
+    {u"Export the list", u"一覧の書き出し", u"导出列表"},
+    {u"CSV table (*.csv)", u"CSV 表 (*.csv)", u"CSV 表格 (*.csv)"},
+    {u"The list could not be written to %1.", u"一覧を %1 に書き込めませんでした。", u"无法将列表写入 %1。"},
+    {u"Try again", u"再試行", u"重试"},
+    {u"Name", u"部品名", u"零件名称"},
+    {u"Thickness (mm)", u"板厚 (mm)", u"板厚 (mm)"},
+    {u"Thickness (inch)", u"板厚 (inch)", u"板厚 (inch)"},
+    {u"Material", u"材質", u"材质"},
+    {u"Machine", u"機械", u"机床"},
+    {u"Comment", u"コメント", u"注释"},
+    {u"Pictures", u"画像", u"图片"},
+    {u"Sort ascending", u"昇順に並べ替え", u"升序排序"},
+    {u"Sort descending", u"降順に並べ替え", u"降序排序"},
+    {u"Move to the left", u"左へ移動", u"左移"},
+    {u"Move to the right", u"右へ移動", u"右移"},
+    {u"Wider", u"広くする", u"加宽"},
+    {u"Narrower", u"狭くする", u"变窄"},
+    {u"%1 parts", u"部品 %1 件", u"%1 个零件"},
+    {u"%1 parts so far …", u"部品 %1 件 (検索中 …)", u"已找到 %1 个零件 …"},
+    {u"%1 selected", u"%1 件を選択", u"已选择 %1 个"},
+    {u"Copying %1 …", u"%1 をコピー中 …", u"正在复制 %1 …"},
+    {u"(deleted)", u"(削除済み)", u"(已删除)"},
+    {u"No server found in %1.\nPut a part library there, then choose Try again.",
+     u"%1 にサーバーが見つかりません。\n部品ライブラリを置いてから「再試行」を選んでください。",
+     u"在 %1 中找不到服务器。\n请放入零件库，然后选择“重试”。"},
+    {u"No folder with part libraries is set up.\nAsk whoever looks after this installation.",
+     u"部品ライブラリのフォルダーが設定されていません。\n管理者に連絡してください。",
+     u"尚未设置零件库文件夹。\n请联系管理员。"},
+    {u"Choose a server on the left to see its parts.", u"左側でサーバーを選ぶと部品が表示されます。",
+     u"请在左侧选择服务器以查看零件。"},
+    {u"This folder has no parts.\nChoose another folder on the left.",
+     u"このフォルダーには部品がありません。\n左側で別のフォルダーを選んでください。",
+     u"此文件夹中没有零件。\n请在左侧选择其他文件夹。"},
+    {u"No part here has files for this machine.\nChoose another filter above.",
+     u"この機械用のファイルを持つ部品はありません。\n上で別のフィルターを選んでください。",
+     u"此处没有适用于该机床的零件。\n请在上方选择其他筛选。"},
+    {u"No part matches “%1”.\nClear the search to see all parts.",
+     u"「%1」に一致する部品はありません。\n検索をクリアするとすべて表示されます。",
+     u"没有与“%1”匹配的零件。\n清除搜索可查看全部零件。"},
+    {u"Server %1 cannot be reached: its library is not there.",
+     u"サーバー %1 に接続できません: ライブラリが見つかりません。", u"无法连接服务器 %1：找不到其零件库。"},
+    {u"Server %1 is in use by another program. Try again in a moment.",
+     u"サーバー %1 は別のプログラムが使用中です。しばらくしてから再試行してください。",
+     u"服务器 %1 正被其他程序使用。请稍后重试。"},
+    {u"The library of server %1 is damaged.", u"サーバー %1 のライブラリが破損しています。",
+     u"服务器 %1 的零件库已损坏。"},
+    {u"The library of server %1 cannot be read by this version.",
+     u"サーバー %1 のライブラリはこのバージョンでは読めません。", u"此版本无法读取服务器 %1 的零件库。"},
+    {u"The library of server %1 cannot be opened.", u"サーバー %1 のライブラリを開けません。",
+     u"无法打开服务器 %1 的零件库。"},
+    {u"That folder is no longer there.", u"そのフォルダーはもうありません。", u"该文件夹已不存在。"},
+    {u"A part is no longer there.", u"部品が見つかりません。", u"有零件已不存在。"},
+    {u"The files of %1 could not be copied.", u"%1 のファイルをコピーできませんでした。", u"无法复制 %1 的文件。"},
+    {u"Server %1 does not answer as it should.", u"サーバー %1 が正しく応答しません。", u"服务器 %1 响应异常。"},
+}};
+
+} // namespace
+
+PaneLanguage PaneLanguageOf(std::int32_t language_id)
+{
+    if (language_id >= 1 && language_id <= 3) {
+        return static_cast<PaneLanguage>(language_id - 1);
+    }
+    switch (QLocale::system().language()) {
+    case QLocale::Japanese:
+        return PaneLanguage::Japanese;
+    case QLocale::Chinese:
+        return PaneLanguage::Chinese;
+    default:
+        return PaneLanguage::English;
+    }
+}
+
+QString PaneString(PaneText text, PaneLanguage language)
+{
+    return QString::fromUtf16(texts[static_cast<std::size_t>(text)][static_cast<std::size_t>(language)]);
+}
+
+} // namespace partkeep

@@ -1,0 +1,73 @@
+// What the part browser's pane says, in the three languages of the component.
+#pragma once
+
+#include <QString>
+
+#include <cstdint>
+
+namespace partkeep {
+
+enum class PaneText {
+    Browser, // the pane as a whole, for a screen reader
+    Servers,
+    Parts,
+    Search,
+    SearchHint,
+    ClearSearch,
+    Places,
+    Favourites,
+    Recent,
+    AddFavourite,
+    RemoveFavourite,
+    NoPlaces,
+    Columns,
+    Export,
+    ExportTitle,
+    ExportFilter,
+    ExportFailed,
+    Retry,
+    Name,
+    ThicknessMetric,
+    ThicknessInch,
+    Material,
+    Machine,
+    Comment,
+    Thumbnails,
+    SortUp,
+    SortDown,
+    MoveLeft,
+    MoveRight,
+    Wider,
+    Narrower,
+    PartCount,      // %1 parts
+    PartCountSoFar, // %1 parts, and more being found
+    SelectedCount,  // %1
+    Copying,        // %1 part
+    PartGone,
+    EmptyNoServers, // %1 folder
+    EmptyNoFolder,  // no library folder is configured
+    EmptyChooseServer,
+    EmptyFolder,
+    EmptyFilter,
+    EmptySearch, // %1
+    ServerGone,  // %1 server
+    ServerBusy,
+    ServerDamaged,
+    ServerForeign,
+    ServerRefused,
+    FolderGone,
+    PartMissing,
+    CopyFailed, // %1 reason
+    OtherTrouble,
+    Count
+};
+
+enum class PaneLanguage { English, Japanese, Chinese };
+
+// By the component's language number: 1 English, 2 Japanese, 3 simplified Chinese. Any other follows the user's
+// locale among the three, else English.
+[[nodiscard]] PaneLanguage PaneLanguageOf(std::int32_t language_id);
+
+[[nodiscard]] QString PaneString(PaneText text, PaneLanguage language);
+
+} // namespace partkeep

@@ -1,0 +1,120 @@
+#include "desktop/pane/pane_widgets.h"
+
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QScroller>
+
+namespace partkeep {
+
+CServerTree::CServerTree(IPartListEvents& events, QWidget* parent) : QTreeView(parent), events_(events)
+{
+    setHeaderHidden(true);
+    setUniformRowHeights(true);
+    setEditTriggers(NoEditTriggers);
+    setSelectionMode(SingleSelection);
+    setTabKeyNavigation(false);
+    setVerticalScrollMode(ScrollPerPixel);
+    setTextElideMode(Qt::ElideNone);
+    header()->setStretchLastSection(false);
+    header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    QScroller::grabGesture(viewport(), QScroller::TouchGesture);
+}
+
+void CServerTree::mousePressEvent(QMouseEvent* event)
+{
+    events_.BeginAction();
+    QTreeView::mousePressEvent(event);
+    events_.EndAction(event->button() == Qt::LeftButton);
+}
+
+void CServerTree::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    events_.BeginAction();
+    QTreeView::mouseDoubleClickEvent(event);
+    events_.EndAction(event->button() == Qt::LeftButton);
+}
+
+void CServerTree::keyPressEvent(QKeyEvent* event)
+{
+    if (BelongsToDialog(*event)) {
+        event->ignore();
+        return;
+    }
+    const bool plain = (event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == Qt::NoModifier;
+    const QString text = event->text();
+    if (plain && !text.isEmpty() && text.front().isLetterOrNumber()) {
+        events_.TextTyped(text);
+        return;
+    }
+    events_.BeginAction();
+    QTreeView::keyPressEvent(event);
+    events_.EndAction(false);
+}
+
+void CServerTree::resizeEvent(QResizeEvent* event)
+{
+    QTreeView::resizeEvent(event);
+    header()->setMinimumSectionSize(viewport()->width()); // the whole row shows the current entry
+}
+
+void CServerTree::paintEvent(QPaintEvent* event)
+{
+    QTreeView::paintEvent(event);
+    PaintFocus(*this);
+}
+
+CSearchBox::CSearchBox(QWidget* parent) : QLineEdit(parent), clear_(new QToolButton(this))
+{
+    clear_->setAutoRaise(true);
+    clear_->setCursor(Qt::ArrowCursor);
+    clear_->setFocusPolicy(Qt::StrongFocus);
+    clear_->hide();
+    connect(this, &QLineEdit::textChanged, this, [this](const QString& text) {
+        if (text.isEmpty() && clear_->hasFocus()) {
+            setFocus();
+        }
+        clear_->setVisible(!text.isEmpty());
+    });
+    connect(clear_, &QToolButton::clicked, this, [this] {
+        clear();
+        setFocus();
+    });
+}
+
+// A line edit claims Ctrl+A before it could become anybody's shortcut.
+bool CSearchBox::event(QEvent* event)
+{
+    if (event->type() == QEvent::ShortcutOverride && BelongsToDialog(static_cast<QKeyEvent&>(*event))) {
+        event->ignore();
+        return false;
+    }
+    return QLineEdit::event(event);
+}
+
+void CSearchBox::keyPressEvent(QKeyEvent* event)
+{
+    if (BelongsToDialog(*event)) {
+        event->ignore();
+        return;
+    }
+    switch (event->key()) {
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+        list_keys_(event);
+        return;
+    default:
+        QLineEdit::keyPressEvent(event);
+    }
+}
+
+void CSearchBox::resizeEvent(QResizeEvent* event)
+{
+    QLineEdit::resizeEvent(event);
+    const int side = height() - 4;
+    clear_->setGeometry(width() - side - 2, 2, side, side);
+    setTextMargins(2, 0, side, 0);
+}
+
+} // namespace partkeep

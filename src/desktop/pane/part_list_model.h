@@ -1,0 +1,75 @@
+// The list of parts as a table: rows are read page by page as they are shown, and only the last few pages are kept.
+#pragma once
+
+#include "desktop/pane/pane_texts.h"
+#include "partlibrary/browser_session.h"
+#include "partlibrary/part_pages.h"
+
+#include <QAbstractTableModel>
+#include <QCache>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace partkeep {
+
+inline constexpr int part_columns = 5; // those of PartColumn, in its order
+
+// A thickness of 1/10000 mm as the list shows it.
+[[nodiscard]] QString ThicknessText(std::int32_t thickness, DisplayUnit unit);
+
+class CPartListModel : public QAbstractTableModel {
+public:
+    explicit CPartListModel(PaneLanguage language) : language_(language) {}
+
+    // Shows nothing.
+    void Clear();
+    // Begins anew; nothing is read yet. `library` must outlive the rows: Clear before it goes. `narrowed`: the user has
+    // typed on, and what the list holds now may be all there is to look at.
+    void Start(CPartLibrary& library, const PartListView& view, qint64 parts_in_folder, DisplayUnit unit,
+               bool narrowed);
+    // Scans one slice and shows what it found. False when there is nothing left to scan.
+    bool Step();
+    void Finish();
+
+    [[nodiscard]] bool Started() const { return pages_ != nullptr; }
+    [[nodiscard]] bool Complete() const { return pages_ == nullptr || pages_->Complete(); }
+    // Reading has failed: nothing more is read until the next start. The library holds the problem.
+    [[nodiscard]] bool Failed() const { return failed_; }
+    void SetFailureSink(std::function<void()> sink) { failure_ = std::move(sink); }
+
+    // Picture of a part for the first column; may be null.
+    void SetPictures(std::function<QPixmap(const PartRow&)> pictures) { pictures_ = std::move(pictures); }
+    void PictureArrived(PartId part);
+
+    // Null for a row that cannot be read.
+    [[nodiscard]] const PartRow* Row(int row) const;
+    [[nodiscard]] std::vector<PartId> Ids(qint64 first, qint64 count) const;
+    [[nodiscard]] std::optional<qint64> RowOf(PartId part) const;
+    [[nodiscard]] QString CellText(const PartRow& row, PartColumn column) const;
+    [[nodiscard]] QString HeaderText(PartColumn column) const;
+
+    [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+    [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;
+    [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+    [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+private:
+    using Page = std::vector<PartRow>;
+
+    void ShowFound();
+    void Fail() const;
+
+    PaneLanguage language_;
+    DisplayUnit unit_ = DisplayUnit::Metric;
+    CPartLibrary* library_ = nullptr;
+    std::unique_ptr<CPartPages> pages_;
+    int rows_ = 0; // told to the views
+    mutable QCache<int, Page> cache_;
+    mutable bool failed_ = false;
+    std::function<void()> failure_;
+    std::function<QPixmap(const PartRow&)> pictures_;
+};
+
+} // namespace partkeep

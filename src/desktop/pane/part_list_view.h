@@ -1,0 +1,92 @@
+// The view of the part list: rows of one height, so that it holds nothing per row and a million rows cost what ten do.
+// Columns are those of a header that the user arranges.
+#pragma once
+
+#include <QAbstractItemView>
+
+#include <functional>
+
+class QHeaderView;
+
+namespace partkeep {
+
+// What the view asks of the pane around it.
+class IPartListEvents {
+public:
+    virtual ~IPartListEvents() = default;
+
+    // Around each event by which the user may change the selection. `clicked`: a button went down in the view.
+    virtual void BeginAction() = 0;
+    virtual void EndAction(bool clicked) = 0;
+    virtual void TextTyped(const QString& text) = 0;              // belongs to the search
+    virtual void ColumnMenu(int column, const QPoint& place) = 0; // `place` in global coordinates
+    virtual void ListPainted() = 0;
+};
+
+// Enter, Escape and Ctrl+A are the dialog's wherever the focus is.
+[[nodiscard]] bool BelongsToDialog(const QKeyEvent& event);
+
+// A frame inside the viewport of a view that has the focus, so that it can be seen from afar.
+void PaintFocus(QAbstractScrollArea& view);
+
+class CPartListView : public QAbstractItemView {
+public:
+    CPartListView(IPartListEvents& events, QWidget* parent);
+
+    [[nodiscard]] QHeaderView& Header() const { return *header_; }
+    void SetRowHeight(int height);
+    [[nodiscard]] int RowHeight() const { return row_height_; }
+    // Shown in place of rows while there are none.
+    void SetEmptyText(const QString& text);
+    [[nodiscard]] const QString& EmptyText() const { return empty_text_; }
+    void TakeKey(QKeyEvent* event) { keyPressEvent(event); } // from the search box
+
+    void setModel(QAbstractItemModel* model) override;
+    [[nodiscard]] QRect visualRect(const QModelIndex& index) const override;
+    void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
+    [[nodiscard]] QModelIndex indexAt(const QPoint& point) const override;
+    void keyboardSearch(const QString& /*text*/) override {}
+    void selectAll() override {} // the dialog's
+
+protected:
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+    [[nodiscard]] int horizontalOffset() const override;
+    [[nodiscard]] int verticalOffset() const override;
+    [[nodiscard]] bool isIndexHidden(const QModelIndex& index) const override;
+    void setSelection(const QRect& area, QItemSelectionModel::SelectionFlags command) override;
+    [[nodiscard]] QRegion visualRegionForSelection(const QItemSelection& selection) const override;
+    void updateGeometries() override;
+    void rowsInserted(const QModelIndex& parent, int start, int end) override;
+    void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    bool viewportEvent(QEvent* event) override;
+
+private:
+    void PaintRow(QPainter& painter, int row);
+    void PaintEmpty(QPainter& painter) const;
+    [[nodiscard]] int RowAt(int y) const; // as if rows went on for ever
+    [[nodiscard]] int Rows() const;
+    [[nodiscard]] int RowsInView() const;
+    [[nodiscard]] int FirstColumn() const; // the leftmost that is shown
+    template <typename Base>
+    void Act(bool clicked, const Base& base);
+
+    IPartListEvents& events_;
+    QHeaderView* header_;
+    int row_height_ = 36;
+    int hovered_row_ = -1;
+    QString empty_text_;
+};
+
+} // namespace partkeep

@@ -1,0 +1,90 @@
+#include "desktop/pane/part_pictures.h"
+
+#include <QBuffer>
+#include <QImageReader>
+
+#include <algorithm>
+
+namespace partkeep {
+
+namespace {
+
+constexpr int kept_pictures = 400;
+constexpr std::size_t most_wanted = 64; // what scrolled by long ago is not read any more
+constexpr int largest_side = 8192;
+
+// The bent view tells parts apart best.
+constexpr FileSlot preferred_slots[] = {FileSlot::Bent, FileSlot::Png, FileSlot::Flat};
+
+} // namespace
+
+CPartPictures::CPartPictures() : pictures_(kept_pictures) {}
+
+void CPartPictures::Clear()
+{
+    pictures_.clear();
+    wanted_.clear();
+}
+
+void CPartPictures::SetScale(qreal device_pixel_ratio)
+{
+    if (scale_ != device_pixel_ratio) {
+        scale_ = device_pixel_ratio;
+        Clear();
+    }
+}
+
+QPixmap CPartPictures::Picture(const PartRow& row)
+{
+    if (const QPixmap* known = pictures_.object(row.id)) {
+        return *known;
+    }
+    const auto found = std::find_if(std::begin(preferred_slots), std::end(preferred_slots),
+                                    [&row](FileSlot slot) { return (row.slots & SetOf(slot)) != 0; });
+    const bool asked = std::any_of(wanted_.begin(), wanted_.end(), [&](const Wanted& it) { return it.part == row.id; });
+    if (found != std::end(preferred_slots) && !asked) {
+        wanted_.push_back({row.id, SetOf(*found)});
+        if (wanted_.size() > most_wanted) {
+            wanted_.erase(wanted_.begin());
+        }
+    }
+    return {};
+}
+
+PartId CPartPictures::ReadNext(CPartLibrary& library)
+{
+    if (wanted_.empty()) {
+        return 0;
+    }
+    const Wanted next = wanted_.back();
+    wanted_.pop_back();
+    QPixmap picture;
+    library.ReadFiles(next.part, next.slots, [&](FileSlot, const QByteArray& content) {
+        picture = Fit(content);
+        return true;
+    });
+    pictures_.insert(next.part, new QPixmap(picture)); // an empty one too, lest it be asked for again
+    return next.part;
+}
+
+QPixmap CPartPictures::Fit(const QByteArray& content) const
+{
+    QBuffer buffer;
+    buffer.setData(content);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer);
+    const QSize size = reader.size();
+    if (!size.isValid() || size.width() > largest_side || size.height() > largest_side) {
+        return {};
+    }
+    const int side = qRound(picture_size * scale_);
+    const QImage image = reader.read();
+    if (image.isNull()) {
+        return {};
+    }
+    QPixmap picture = QPixmap::fromImage(image.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    picture.setDevicePixelRatio(scale_);
+    return picture;
+}
+
+} // namespace partkeep
