@@ -11,16 +11,6 @@ namespace {
 constexpr std::size_t block_alignment = 4;
 constexpr std::size_t largest_block = 0xFFFFFFFFU - xml_pin_width;
 
-std::size_t SizeOfBlock(const std::byte* block)
-{
-    return static_cast<std::size_t>(LinkOf(NameArrayOf(block)) - block);
-}
-
-void FreeBlockMemory(std::byte* block)
-{
-    FreeXml(block - xml_pin_width, SizeOfBlock(block) + xml_pin_width);
-}
-
 void FreeExtensionCells(std::byte* array)
 {
     const XmlKind item = ItemKind(NodeKind(array));
@@ -33,35 +23,15 @@ void FreeExtensionCells(std::byte* array)
     }
 }
 
-// Blocks that wait for their destruction, strung together by their owner fields, which they need no more. So a
-// tree of any depth goes without a stack and without memory.
+// Leaves go at once. Elements wait for their turn, strung together by their owner fields, which they need no more:
+// so a tree of any depth goes without a stack and without memory.
 class CXmlDying {
 public:
-    void Add(std::byte* block)
+    void Destroy(std::byte* block)
     {
-        PutField(block + XmlPlaces::owner, first_);
-        first_ = block;
-    }
-
-    // A chain loses its first block; the blocks behind follow when that one dies.
-    void AddChain(const std::byte* slot)
-    {
-        auto* block = LoadField<std::byte*>(slot);
-        if (block == nullptr) {
-            return;
-        }
-        const std::uint32_t left = References(block) - 1;
-        PutField(block + XmlPlaces::references, left);
-        PutField(block + XmlPlaces::owner, static_cast<std::byte*>(nullptr));
-        if (left == 0) {
-            Add(block);
-        }
-    }
-
-    void Finish()
-    {
+        DestroyOne(block);
         while (first_ != nullptr) {
-            std::byte* block = first_;
+            block = first_;
             first_ = OwnerOf(block);
             PutField(block + XmlPlaces::owner, static_cast<std::byte*>(nullptr));
             DestroyOne(block);
@@ -69,10 +39,35 @@ public:
     }
 
 private:
+    // A chain loses its blocks up to one that a handle holds, which keeps the rest, or up to an element, from which
+    // it goes on when that has its turn.
+    void DropChain(const std::byte* slot)
+    {
+        auto* block = LoadField<std::byte*>(slot);
+        while (block != nullptr) {
+            const std::uint32_t left = References(block) - 1;
+            PutField(block + XmlPlaces::references, left);
+            PutField(block + XmlPlaces::owner, static_cast<std::byte*>(nullptr));
+            if (left != 0) {
+                return;
+            }
+            if (NodeKind(RootOf(block)) == XmlKind::element) {
+                PutField(block + XmlPlaces::owner, first_);
+                first_ = block;
+                return;
+            }
+            auto* next = LoadField<std::byte*>(LinkOf(RootOf(block)));
+            DropLeaf(RootOf(block));
+            FreeBlock(block);
+            block = next;
+        }
+    }
+
+    // What is behind the block waits longest: its own content stands nearer in memory.
     void DestroyOne(std::byte* block)
     {
         std::byte* root = RootOf(block);
-        AddChain(LinkOf(root));
+        DropChain(LinkOf(root));
         if (NodeKind(root) != XmlKind::element) {
             DropLeaf(root);
         } else if (IsHolder(root)) {
@@ -80,9 +75,14 @@ private:
         } else {
             DropContent(root);
         }
+        FreeBlock(block);
+    }
+
+    static void FreeBlock(std::byte* block)
+    {
         FreeExtensionCells(NameArrayOf(block));
         if (LoadField<std::uint32_t>(block - xml_pin_width) == 0) {
-            FreeBlockMemory(block);
+            FreeUnpinnedBlock(block);
         }
     }
 
@@ -95,11 +95,11 @@ private:
 
     void DropAttributes(std::byte* holder)
     {
-        AddChain(holder + XmlPlaces::counted);
+        DropChain(holder + XmlPlaces::counted);
         std::byte* end = LinkOf(holder);
         for (std::byte* at = holder + XmlPlaces::holder; at != end; at = BehindNode(at)) {
             DropLeaf(at);
-            AddChain(LinkOf(at));
+            DropChain(LinkOf(at));
         }
     }
 
@@ -118,10 +118,10 @@ private:
                 at = behind;
             } else if (at != end) {
                 DropLeaf(at);
-                AddChain(LinkOf(at));
+                DropChain(LinkOf(at));
                 at = BehindNode(at);
             } else if (element != root) {
-                AddChain(end);
+                DropChain(end);
                 at = end + xml_address_width;
                 element = LoadField<std::byte*>(HolderOf(element) + XmlPlaces::counted);
             } else {
@@ -134,7 +134,7 @@ private:
     std::byte* EnterElement(std::byte* element)
     {
         std::byte* holder = HolderOf(element);
-        AddChain(LinkOf(holder));
+        DropChain(LinkOf(holder));
         DropAttributes(holder);
         return BehindNode(holder);
     }
@@ -183,14 +183,13 @@ std::byte* MakeFixedBlock(std::string_view name, XmlKind kind, std::string_view 
 void DestroyBlock(std::byte* block)
 {
     PutField(block + XmlPlaces::references, std::uint32_t{0});
-    CXmlDying dying;
-    dying.Add(block);
-    dying.Finish();
+    CXmlDying().Destroy(block);
 }
 
 void FreeUnpinnedBlock(std::byte* block)
 {
-    FreeBlockMemory(block);
+    const auto size = static_cast<std::size_t>(LinkOf(NameArrayOf(block)) - block);
+    FreeXml(block - xml_pin_width, size + xml_pin_width);
 }
 
 } // namespace partkeep

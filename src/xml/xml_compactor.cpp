@@ -8,7 +8,6 @@ namespace partkeep {
 
 namespace {
 
-constexpr std::size_t largest_size = 0xFFFFFFFFU;
 constexpr std::byte zero_slot[xml_address_width] = {};
 
 std::string_view CellText(const std::byte* cell)
@@ -65,13 +64,11 @@ bool CXmlCompactor::Walk(std::byte* source, std::byte* source_block)
 bool CXmlCompactor::EnterElement(CXmlWalk& walk)
 {
     std::byte* element = walk.Node();
-    if (!AddId(walk, element, walk.Block()) || !open_.Add(static_cast<std::uint32_t>(size_ + XmlPlaces::head)) ||
-        !AddPiece(element, XmlPlaces::counted)) {
-        return false;
-    }
     std::byte* holder = HolderOf(element);
-    const std::size_t holder_size = size_ + XmlPlaces::head;
-    if (!AddPiece(holder, XmlPlaces::counted) || !AddLink(holder + XmlPlaces::counted)) {
+    const std::size_t holder_size = size_ + XmlPlaces::counted + XmlPlaces::head;
+    std::uint16_t id = 0;
+    if (!TakeId(walk, element, walk.Block(), id) || !open_.Add(static_cast<std::uint32_t>(size_ + XmlPlaces::head)) ||
+        !AddPiece(element, XmlPlaces::counted + XmlPlaces::holder, id, true)) {
         return false;
     }
     const std::byte* end = LinkOf(holder);
@@ -92,27 +89,25 @@ bool CXmlCompactor::LeaveElement(std::byte* element)
 
 bool CXmlCompactor::AddLeaf(CXmlWalk& walk, std::byte* leaf, std::byte* block)
 {
-    if (!AddId(walk, leaf, block)) {
+    std::uint16_t id = 0;
+    if (!TakeId(walk, leaf, block, id)) {
         return false;
     }
     const XmlKind kind = NodeKind(leaf);
-    const std::byte* link = LinkOf(leaf);
-    bool taken = false;
     if (IsArray(kind)) {
-        taken = AddArray(leaf);
-    } else if (kind == XmlKind::text) {
-        taken = AddPiece(leaf, XmlPlaces::head) && AddText(leaf + XmlPlaces::head);
-    } else {
-        taken = AddPiece(leaf, static_cast<std::size_t>(link - leaf));
+        return AddArray(leaf, id) && AddLink(LinkOf(leaf));
     }
-    return taken && AddLink(link);
+    if (kind == XmlKind::text && source_code_page_ != target_code_page_) {
+        return AddPiece(leaf, XmlPlaces::head, id, false) && AddText(leaf + XmlPlaces::head) && AddLink(LinkOf(leaf));
+    }
+    return AddPiece(leaf, static_cast<std::size_t>(BehindNode(leaf) - leaf), id, true);
 }
 
 // All items come to stand in one run, with an extension head of 0.
-bool CXmlCompactor::AddArray(std::byte* array)
+bool CXmlCompactor::AddArray(std::byte* array, std::uint16_t id)
 {
     const std::size_t place = size_ + XmlPlaces::head;
-    if (!AddPiece(array, XmlPlaces::counted)) {
+    if (!AddPiece(array, XmlPlaces::counted, id, false)) {
         return false;
     }
     for (XmlItems item(array); !item.AtEnd(); item.Next()) {
@@ -120,27 +115,27 @@ bool CXmlCompactor::AddArray(std::byte* array)
             return false;
         }
     }
-    return AddPiece(zero_slot, sizeof zero_slot) && EndRange(place, NodeSize(array));
+    return AddPiece(zero_slot, sizeof zero_slot, 0, false) && EndRange(place, NodeSize(array));
 }
 
 bool CXmlCompactor::AddItem(const std::byte* item, std::size_t width, XmlKind kind)
 {
-    return kind == XmlKind::text ? AddText(item) : AddPiece(item, width);
+    return kind == XmlKind::text ? AddText(item) : AddPiece(item, width, 0, false);
 }
 
 bool CXmlCompactor::AddText(const std::byte* cell)
 {
     if (source_code_page_ == target_code_page_) {
-        return AddPiece(cell, 4 + CellText(cell).size());
+        return AddPiece(cell, 4 + CellText(cell).size(), 0, false);
     }
     CXmlTextCell transcoded = TranscodeText(CellText(cell), source_code_page_, target_code_page_);
     const std::byte* bytes = transcoded.Bytes();
     const std::size_t length = transcoded.Size();
-    return bytes != nullptr && temporaries_.Add(std::move(transcoded)) && AddPiece(bytes, length);
+    return bytes != nullptr && temporaries_.Add(std::move(transcoded)) && AddPiece(bytes, length, 0, false);
 }
 
-// To be called in front of the node's first piece.
-bool CXmlCompactor::AddId(CXmlWalk& walk, const std::byte* node, const std::byte* block)
+// `new_id` stays 0 where the node keeps its id.
+bool CXmlCompactor::TakeId(CXmlWalk& walk, const std::byte* node, const std::byte* block, std::uint16_t& new_id)
 {
     const std::uint16_t old_id = NodeId(node);
     if (old_id == 0) {
@@ -149,7 +144,7 @@ bool CXmlCompactor::AddId(CXmlWalk& walk, const std::byte* node, const std::byte
     CXmlWalk::Name* entry = walk.EntryOf(node, block);
     std::uint16_t id = entry == nullptr ? std::uint16_t{0} : entry->note;
     if (id == 0) {
-        id = Intern(walk.NameOf(node, block));
+        id = InternRecent(walk.NameOf(node, block));
     }
     if (id == 0) {
         return false;
@@ -157,7 +152,21 @@ bool CXmlCompactor::AddId(CXmlWalk& walk, const std::byte* node, const std::byte
     if (entry != nullptr) {
         entry->note = id;
     }
-    return id == old_id || ids_.Add({static_cast<std::uint32_t>(size_), id});
+    new_id = id == old_id ? std::uint16_t{0} : id;
+    return true;
+}
+
+// Linked nodes bring the same few names in blocks of their own: those seen last are known without a search.
+std::uint16_t CXmlCompactor::InternRecent(std::string_view name)
+{
+    const std::size_t mixed = name.empty() ? 0
+                                           : std::size_t{5} * static_cast<std::uint8_t>(name.front()) +
+                                                 static_cast<std::uint8_t>(name.back());
+    Recent& recent = recent_[(mixed + name.size()) % recent_.size()];
+    if (recent.id == 0 || recent.name != name) {
+        recent = {name, Intern(name)};
+    }
+    return recent.id;
 }
 
 std::uint16_t CXmlCompactor::Intern(std::string_view name)
@@ -169,11 +178,13 @@ std::uint16_t CXmlCompactor::Intern(std::string_view name)
     return transcoded.IsNull() ? std::uint16_t{0} : names_.Intern(transcoded.View());
 }
 
-// A link slot or chain head, which is 0 in the copy.
-bool CXmlCompactor::AddLink(const std::byte* slot)
+bool CXmlCompactor::AddNewPiece(const Piece& piece)
 {
-    const bool hangs = LoadField<std::byte*>(slot) != nullptr;
-    return (!hangs || links_.Add(static_cast<std::uint32_t>(size_))) && AddPiece(slot, xml_address_width);
+    constexpr std::size_t part_size = 4096;
+    if ((pieces_.IsEmpty() || pieces_.Last().Size() == part_size) && !pieces_.Add({})) {
+        return false;
+    }
+    return pieces_.Last().Add(piece);
 }
 
 // What has come since the size field at `place` makes up its value.
@@ -181,20 +192,6 @@ bool CXmlCompactor::EndRange(std::size_t place, std::uint32_t old_size)
 {
     const auto size = static_cast<std::uint32_t>(size_ - place - 4);
     return size == old_size || ranges_.Add({static_cast<std::uint32_t>(place), size});
-}
-
-// Runs that touch become one: a compact source goes over in a few of them.
-bool CXmlCompactor::AddPiece(const std::byte* address, std::size_t length)
-{
-    if (length > largest_size - size_) {
-        return false;
-    }
-    size_ += length;
-    if (!pieces_.IsEmpty() && pieces_.Last().address + pieces_.Last().length == address) {
-        pieces_.Last().length += length;
-        return true;
-    }
-    return pieces_.Add({address, length});
 }
 
 std::byte* CXmlCompactor::Build()
@@ -211,21 +208,29 @@ std::byte* CXmlCompactor::Build()
         return nullptr;
     }
     std::byte* at = xml_pack::Header<xml_address_width>(block, target_code_page_);
-    for (const Piece& piece : pieces_) {
-        std::memcpy(at, piece.address, piece.length);
-        at += piece.length;
+    for (const CXmlVector<Piece>& part : pieces_) {
+        for (const Piece& piece : part) {
+            at = PutPiece(at, piece);
+        }
     }
     PutNames(at);
-    for (const NewId& id : ids_) {
-        PutField(block + id.place, id.id);
-    }
     for (const Range& range : ranges_) {
         PutField(block + range.place, range.size);
     }
-    for (const std::uint32_t place : links_) {
-        PutField(block + place, static_cast<std::byte*>(nullptr));
-    }
     return block;
+}
+
+std::byte* CXmlCompactor::PutPiece(std::byte* at, const Piece& piece)
+{
+    std::memcpy(at, piece.address, piece.length);
+    if (piece.id != 0) {
+        PutField(at, piece.id);
+    }
+    at += piece.length;
+    if (piece.clears_link) {
+        PutField(at - xml_address_width, static_cast<std::byte*>(nullptr));
+    }
+    return at;
 }
 
 std::byte* CXmlCompactor::PutNames(std::byte* at) const

@@ -2,8 +2,10 @@
 // inline under one merged name array, in one code page.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 #include "xml/xml_code_page.h"
 #include "xml/xml_name_table.h"
@@ -24,45 +26,71 @@ public:
     CXmlCompactor(std::byte* source, std::byte* source_block, std::uint32_t target_code_page, std::byte*& result);
 
 private:
+    // A run of the source, and what of it is other in the copy: the id it begins with, unless 0, and a link at its end
+    // that is cleared.
     struct Piece {
         const std::byte* address;
-        std::size_t length;
+        std::uint32_t length;
+        std::uint16_t id;
+        bool clears_link;
     };
-    // Places in the copy, where a field gets a value of its own.
+    // A size field of the copy that gets a value of its own.
     struct Range {
         std::uint32_t place;
         std::uint32_t size;
     };
-    struct NewId {
-        std::uint32_t place;
-        std::uint16_t id;
+    struct Recent {
+        std::string_view name;
+        std::uint16_t id = 0;
     };
+    static constexpr std::size_t largest_size = 0xFFFFFFFFU;
 
     [[nodiscard]] bool Walk(std::byte* source, std::byte* source_block);
     [[nodiscard]] bool EnterElement(CXmlWalk& walk);
     [[nodiscard]] bool LeaveElement(std::byte* element);
     [[nodiscard]] bool AddLeaf(CXmlWalk& walk, std::byte* leaf, std::byte* block);
-    [[nodiscard]] bool AddArray(std::byte* array);
+    [[nodiscard]] bool AddArray(std::byte* array, std::uint16_t id);
     [[nodiscard]] bool AddItem(const std::byte* item, std::size_t width, XmlKind kind);
     [[nodiscard]] bool AddText(const std::byte* cell);
-    [[nodiscard]] bool AddId(CXmlWalk& walk, const std::byte* node, const std::byte* block);
-    [[nodiscard]] bool AddLink(const std::byte* slot);
+    [[nodiscard]] bool TakeId(CXmlWalk& walk, const std::byte* node, const std::byte* block, std::uint16_t& new_id);
+    [[nodiscard]] bool AddLink(const std::byte* slot) { return AddPiece(slot, xml_address_width, 0, true); }
+    [[nodiscard]] bool AddPiece(const std::byte* address, std::size_t length, std::uint16_t id, bool ends_in_link);
+    [[nodiscard]] bool AddNewPiece(const Piece& piece);
     [[nodiscard]] bool EndRange(std::size_t place, std::uint32_t old_size);
-    [[nodiscard]] bool AddPiece(const std::byte* address, std::size_t length);
+    [[nodiscard]] std::uint16_t InternRecent(std::string_view name);
     [[nodiscard]] std::uint16_t Intern(std::string_view name);
     [[nodiscard]] std::byte* Build();
+    static std::byte* PutPiece(std::byte* at, const Piece& piece);
     std::byte* PutNames(std::byte* at) const;
 
     std::size_t size_ = XmlPlaces::root;
-    CXmlVector<Piece> pieces_;
+    CXmlVector<CXmlVector<Piece>> pieces_; // in parts, which are never copied to grow
     CXmlVector<Range> ranges_;
-    CXmlVector<std::uint32_t> links_; // slots in the copy to clear
-    CXmlVector<NewId> ids_;
     CXmlVector<std::uint32_t> open_; // size fields of the elements around the current node
     CXmlVector<CXmlTextCell> temporaries_;
     CXmlNameTable names_;
+    std::array<Recent, 64> recent_{};
     std::uint32_t source_code_page_;
     std::uint32_t target_code_page_;
 };
+
+// Runs that touch become one: a compact source goes over in a few of them.
+inline bool CXmlCompactor::AddPiece(const std::byte* address, std::size_t length, std::uint16_t id, bool ends_in_link)
+{
+    if (length > largest_size - size_) {
+        return false;
+    }
+    size_ += length;
+    const bool clears_link = ends_in_link && LoadField<std::byte*>(address + length - xml_address_width) != nullptr;
+    if (id == 0 && !pieces_.IsEmpty()) {
+        Piece& last = pieces_.Last().Last();
+        if (last.address + last.length == address && !last.clears_link) {
+            last.length += static_cast<std::uint32_t>(length);
+            last.clears_link = clears_link;
+            return true;
+        }
+    }
+    return AddNewPiece({address, static_cast<std::uint32_t>(length), id, clears_link});
+}
 
 } // namespace partkeep

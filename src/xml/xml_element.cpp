@@ -90,18 +90,6 @@ CXmlElement& CXmlElement::operator=(CXmlElement&& other) noexcept
     return *this;
 }
 
-const char* CXmlElement::GetName() const
-{
-    if (node_ == nullptr || NodeId(node_) == 0) {
-        return nullptr;
-    }
-    const std::byte* names = NameArrayOf(block_);
-    if (table_) {
-        return table_->NameOf(NodeId(node_), names);
-    }
-    return NodeId(node_) == 1 ? reinterpret_cast<const char*>(names + XmlPlaces::counted + 4) : nullptr;
-}
-
 CXmlElement CXmlElement::AddChild(const char* name, bool value)
 {
     if (!IsElement()) {
@@ -146,14 +134,6 @@ CXmlElement CXmlElement::AppendChild(const CXmlElement& child)
     default:
         return {};
     }
-}
-
-CXmlElement CXmlElement::GetAttributes() const
-{
-    if (!IsElement() || IsHolder(node_)) {
-        return {};
-    }
-    return {table_, HolderOf(node_), block_};
 }
 
 CXmlElement CXmlElement::AddAttribute(const char* name, const CXmlString& value)

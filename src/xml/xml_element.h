@@ -65,6 +65,13 @@ public:
     [[nodiscard]] CXmlValue<bool> AsBool() const;
     [[nodiscard]] CXmlValue<std::int16_t> AsShort() const;
     [[nodiscard]] CXmlValue<CXmlString> AsString() const;
+    // A text's own bytes, without a copy; valid while its block lives. Empty on every other kind.
+    [[nodiscard]] std::string_view TextView() const
+    {
+        return node_ != nullptr && NodeKind(node_) == XmlKind::text
+                   ? std::string_view(reinterpret_cast<const char*>(node_ + XmlPlaces::counted), NodeSize(node_))
+                   : std::string_view();
+    }
     // `has` is 0 on all but arrays.
     [[nodiscard]] CXmlValue<CXmlVector<CXmlString>> AsStringList() const;
 
@@ -140,6 +147,23 @@ inline CXmlElement::CXmlElement(CXmlElement&& other) noexcept
       block_(std::exchange(other.block_, nullptr)), children_tail_(std::exchange(other.children_tail_, nullptr)),
       attributes_tail_(std::exchange(other.attributes_tail_, nullptr))
 {
+}
+
+inline const char* CXmlElement::GetName() const
+{
+    if (node_ == nullptr || NodeId(node_) == 0) {
+        return nullptr;
+    }
+    const std::byte* names = NameArrayOf(block_);
+    if (table_) {
+        return table_->NameOf(NodeId(node_), names);
+    }
+    return NodeId(node_) == 1 ? reinterpret_cast<const char*>(names + XmlPlaces::counted + 4) : nullptr;
+}
+
+inline CXmlElement CXmlElement::GetAttributes() const
+{
+    return IsElement() && NodeId(node_) != 0 ? CXmlElement(table_, HolderOf(node_), block_) : CXmlElement();
 }
 
 inline CXmlElement::CXmlElement(std::byte* block)

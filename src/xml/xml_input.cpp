@@ -24,26 +24,17 @@ public:
     }
 };
 
-const char* FindByte(const char* at, const char* end, char byte)
-{
-    const void* found = std::memchr(at, byte, static_cast<std::size_t>(end - at));
-    return found == nullptr ? end : static_cast<const char*>(found);
-}
-
-const char* FindByte(const char* at, const char* end, const XmlByteSet& set)
-{
-    while (at != end && !set.Has(*at)) {
-        ++at;
-    }
-    return at;
-}
-
 } // namespace
 
 bool CXmlInput::Refill()
 {
     if (ended_) {
         return false;
+    }
+    for (HeldToken& held : held_) {
+        if (held.token.data() != held.copy.begin()) {
+            Detach(held); // it lies in the window that goes
+        }
     }
     GiveBack();
     std::streambuf* buffer = stream_.rdbuf();
@@ -88,12 +79,12 @@ void CXmlInput::GiveBack()
     begin_ = at_;
 }
 
-void CXmlInput::SkipTo(char byte, bool consume)
+void CXmlInput::Seek(char byte)
 {
     while (!AtEnd()) {
-        at_ = FindByte(at_, end_, byte);
-        if (at_ != end_) {
-            at_ += consume ? 1 : 0;
+        const void* found = std::memchr(at_, byte, static_cast<std::size_t>(end_ - at_));
+        at_ = found == nullptr ? end_ : static_cast<const char*>(found);
+        if (found != nullptr) {
             return;
         }
     }
@@ -101,64 +92,23 @@ void CXmlInput::SkipTo(char byte, bool consume)
 
 void CXmlInput::SkipTo(const XmlByteSet& set, bool consume)
 {
-    while (!AtEnd()) {
-        at_ = FindByte(at_, end_, set);
-        if (at_ != end_) {
-            at_ += consume ? 1 : 0;
-            return;
-        }
+    while (!AtEnd() && !set.Has(*at_)) {
+        ++at_;
     }
+    at_ += consume && at_ != end_ ? 1 : 0;
 }
 
-std::size_t CXmlInput::SkipSet(const XmlByteSet& set)
+bool CXmlInput::Gather(const char* start)
 {
-    std::size_t count = 0;
-    for (; !AtEnd() && set.Has(*at_); ++at_) {
-        ++count;
-    }
-    return count;
+    failed_ = failed_ || !gathered_.AddRun(start, static_cast<std::size_t>(at_ - start));
+    return !failed_ && at_ == end_ && !AtEnd();
 }
 
-template <class Find>
-CXmlToken CXmlInput::ReadUpTo(Find find)
+void CXmlInput::Detach(HeldToken& held)
 {
-    if (AtEnd()) {
-        return {};
-    }
-    const char* start = at_;
-    at_ = find(at_, end_);
-    if (at_ != end_) {
-        return {start, static_cast<std::size_t>(at_ - start)};
-    }
-    gathered_.Clear();
-    for (;;) {
-        failed_ = failed_ || !gathered_.AddRun(start, static_cast<std::size_t>(at_ - start));
-        if (at_ != end_ || AtEnd() || failed_) {
-            return {gathered_.begin(), gathered_.Size()};
-        }
-        start = at_;
-        at_ = find(at_, end_);
-    }
-}
-
-CXmlToken CXmlInput::ReadToken(char delimiter)
-{
-    return ReadUpTo([=](const char* at, const char* end) { return FindByte(at, end, delimiter); });
-}
-
-CXmlToken CXmlInput::ReadToken(const XmlByteSet& delimiters)
-{
-    return ReadUpTo([&](const char* at, const char* end) { return FindByte(at, end, delimiters); });
-}
-
-CXmlToken CXmlInput::Detach(CXmlToken token, CXmlVector<char>& place)
-{
-    place.Clear();
-    if (!place.AddRun(token.data(), token.size())) {
-        failed_ = true;
-        return {};
-    }
-    return {place.begin(), place.Size()};
+    held.copy.Clear();
+    failed_ = failed_ || !held.copy.AddRun(held.token.data(), held.token.size());
+    held.token = failed_ ? CXmlToken() : CXmlToken(held.copy.begin(), held.copy.Size());
 }
 
 } // namespace partkeep

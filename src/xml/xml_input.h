@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <istream>
 #include <string_view>
 
@@ -27,8 +28,8 @@ private:
     std::array<bool, 256> has_{};
 };
 
-// Bytes read from the stream. They lie in the stream's buffer or in the input's own and are gone with the next read,
-// unless they are detached into a place of their own.
+// Bytes read from the stream. They lie in the stream's buffer or in the input's own, and are gone with the next read
+// unless they are held.
 using CXmlToken = std::string_view;
 
 class CXmlInput {
@@ -42,28 +43,96 @@ public:
     [[nodiscard]] bool AtEnd() { return at_ == end_ && !Refill(); }
     // The next byte, left where it is; 0xFF at the end.
     [[nodiscard]] char Peek() { return AtEnd() ? '\xFF' : *at_; }
-    // Taking the next byte makes earlier tokens invalid when it is the last in the window.
-    [[nodiscard]] bool IsWindowUsedUp() const { return at_ == end_; }
 
     // Goes to the next such byte or the end.
-    void SkipTo(char byte, bool consume);
+    void SkipTo(char byte, bool consume)
+    {
+        // Most often it stands there already.
+        if (at_ == end_ || *at_ != byte) {
+            Seek(byte);
+        }
+        at_ += consume && at_ != end_ ? 1 : 0;
+    }
     void SkipTo(const XmlByteSet& set, bool consume);
     // Passes bytes of the set and gives their number.
-    std::size_t SkipSet(const XmlByteSet& set);
+    std::size_t SkipSet(const XmlByteSet& set)
+    {
+        std::size_t count = 0;
+        for (; !AtEnd() && set.Has(*at_); ++at_) {
+            ++count;
+        }
+        return count;
+    }
+    // Passes `bytes` where they come next as they are, followed by a byte of the set.
+    [[nodiscard]] bool SkipWord(std::string_view bytes, const XmlByteSet& set)
+    {
+        const bool next = static_cast<std::size_t>(end_ - at_) > bytes.size() &&
+                          std::string_view(at_, bytes.size()) == bytes && set.Has(at_[bytes.size()]);
+        at_ += next ? bytes.size() : 0;
+        return next;
+    }
 
     // The bytes up to the first one of the set, which stays; empty at the end.
-    [[nodiscard]] CXmlToken ReadToken(char delimiter);
-    [[nodiscard]] CXmlToken ReadToken(const XmlByteSet& delimiters);
+    [[nodiscard]] CXmlToken ReadToken(char delimiter)
+    {
+        return ReadUpTo([=](const char* at, const char* end) {
+            const void* found = std::memchr(at, delimiter, static_cast<std::size_t>(end - at));
+            return found == nullptr ? end : static_cast<const char*>(found);
+        });
+    }
+    [[nodiscard]] CXmlToken ReadToken(const XmlByteSet& delimiters)
+    {
+        return ReadUpTo([&](const char* at, const char* end) {
+            while (at != end && !delimiters.Has(*at)) {
+                ++at;
+            }
+            return at;
+        });
+    }
+
+    // A token that later reads leave readable, until another takes its place.
+    enum Place : std::uint8_t { element_name, attribute_name, text, places };
+    void Hold(Place place, CXmlToken token)
+    {
+        held_[place].token = token;
+        if (token.data() == gathered_.begin()) {
+            Detach(held_[place]);
+        }
+    }
+    [[nodiscard]] CXmlToken Held(Place place) const { return held_[place].token; }
 
     // True when a token found no memory.
     [[nodiscard]] bool HasFailed() const { return failed_; }
     void Fail() { failed_ = true; }
-    // Takes a copy that later reads leave alone.
-    [[nodiscard]] CXmlToken Detach(CXmlToken token, CXmlVector<char>& place);
 
 private:
+    struct HeldToken {
+        CXmlToken token;
+        CXmlVector<char> copy;
+    };
+
     template <class Find>
-    CXmlToken ReadUpTo(Find find);
+    CXmlToken ReadUpTo(Find find)
+    {
+        if (AtEnd()) {
+            return {};
+        }
+        const char* start = at_;
+        at_ = find(at_, end_);
+        if (at_ != end_) {
+            return {start, static_cast<std::size_t>(at_ - start)};
+        }
+        gathered_.Clear();
+        while (Gather(start)) {
+            start = at_;
+            at_ = find(at_, end_);
+        }
+        return {gathered_.begin(), gathered_.Size()};
+    }
+    // Takes the bytes from `start` on; true when the token may go on behind them.
+    [[nodiscard]] bool Gather(const char* start);
+    void Seek(char byte);
+    void Detach(HeldToken& held);
     [[nodiscard]] bool Refill();
     void GiveBack();
 
@@ -74,6 +143,7 @@ private:
     char single_ = 0; // the window of a stream that has no buffer
     bool ended_;
     bool failed_ = false;
+    std::array<HeldToken, places> held_;
     CXmlVector<char> gathered_; // a token that goes on behind a window
 };
 

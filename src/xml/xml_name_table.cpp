@@ -92,14 +92,6 @@ void CXmlNameBucket::Place(std::size_t position)
     places_[place] = static_cast<std::uint32_t>(position + 1);
 }
 
-const char* CXmlNameTable::NameOf(std::uint16_t id, const std::byte* name_array)
-{
-    if (!filled_ && !Fill(name_array)) {
-        return nullptr;
-    }
-    return id == 0 || id > names_.Size() ? nullptr : names_[id - 1U].Text();
-}
-
 bool CXmlNameTable::Fill(const std::byte* name_array)
 {
     names_.Clear();

@@ -97,7 +97,13 @@ class CXmlNameTable final : public CXmlBody {
 public:
     // The name of an id, NUL-terminated; null for an id that has none, or when there is no memory. The first call
     // decodes `name_array`, of the block that all callers of this table stand on.
-    [[nodiscard]] const char* NameOf(std::uint16_t id, const std::byte* name_array);
+    [[nodiscard]] const char* NameOf(std::uint16_t id, const std::byte* name_array)
+    {
+        if (!filled_ && !Fill(name_array)) {
+            return nullptr;
+        }
+        return id == 0 || id > names_.Size() ? nullptr : names_[id - 1U].Text();
+    }
 
     // 0 when the name is absent.
     [[nodiscard]] std::uint16_t Find(std::string_view name);

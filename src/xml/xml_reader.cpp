@@ -64,10 +64,11 @@ private:
     void ParseDeclaration();
     std::byte* ParseElement();
     Outcome StartElement();
-    Outcome OpenOrLeaf(std::byte* block, CXmlToken name);
+    Outcome OpenOrLeaf(std::byte* block);
     Outcome FinishElement();
-    std::byte* FinishLeaf(CXmlToken name, CXmlToken text);
-    std::byte* ParseAttributes(CXmlToken name);
+    std::byte* FinishLeaf();
+    std::byte* ParseAttributes();
+    std::byte* MakeElement();
     [[nodiscard]] bool AddAttribute(std::byte*& tail);
     void SkipComment(CXmlToken first_word);
     bool ParseEndTag(std::string_view name);
@@ -77,9 +78,6 @@ private:
     CXmlInput input_;
     std::uint32_t code_page_ = utf8_code_page;
     CXmlVector<OpenElement> open_;
-    CXmlVector<char> name_;
-    CXmlVector<char> attribute_name_;
-    CXmlVector<char> text_;
 };
 
 CXmlReader::~CXmlReader()
@@ -142,39 +140,36 @@ CXmlReader::Outcome CXmlReader::StartElement()
         SkipComment(word);
         return {};
     }
-    const CXmlToken name = input_.Detach(UpToNul(word), name_);
-    if (name.empty()) {
+    input_.Hold(CXmlInput::element_name, UpToNul(word));
+    if (input_.Held(CXmlInput::element_name).empty()) {
         return {};
     }
     if (open_.Size() == xml_nesting_limit) {
         input_.Fail();
         return {};
     }
-    std::byte* block = ParseAttributes(name);
+    std::byte* block = ParseAttributes();
     if (input_.HasFailed()) {
         return {};
     }
     const bool closed = input_.Peek() == '/';
     input_.SkipTo('>', true);
     if (closed) {
-        return {block != nullptr ? block : Checked(MakeElementBlock(name, code_page_))};
+        return {block != nullptr ? block : MakeElement()};
     }
-    return OpenOrLeaf(block, name);
+    return OpenOrLeaf(block);
 }
 
 // Behind a start tag. `block` is null for an element without attributes: only that can be a leaf.
-CXmlReader::Outcome CXmlReader::OpenOrLeaf(std::byte* block, CXmlToken name)
+CXmlReader::Outcome CXmlReader::OpenOrLeaf(std::byte* block)
 {
-    CXmlToken text = input_.ReadToken('<');
+    input_.Hold(CXmlInput::text, input_.ReadToken('<'));
     input_.SkipTo('<', true);
-    if (block == nullptr && input_.IsWindowUsedUp()) {
-        text = input_.Detach(text, text_);
-    }
     if (block == nullptr && input_.Peek() == '/') {
-        return {FinishLeaf(name, text)};
+        return {FinishLeaf()};
     }
     if (block == nullptr) {
-        block = Checked(MakeElementBlock(name, code_page_));
+        block = MakeElement();
     }
     if (block == nullptr) {
         return {};
@@ -187,10 +182,16 @@ CXmlReader::Outcome CXmlReader::OpenOrLeaf(std::byte* block, CXmlToken name)
     return {nullptr, true};
 }
 
-std::byte* CXmlReader::FinishLeaf(CXmlToken name, CXmlToken text)
+std::byte* CXmlReader::MakeElement()
 {
-    std::byte* leaf = Checked(MakeTextBlock(name, text, code_page_));
-    if (leaf != nullptr && !ParseEndTag(name)) {
+    return Checked(MakeElementBlock(input_.Held(CXmlInput::element_name), code_page_));
+}
+
+std::byte* CXmlReader::FinishLeaf()
+{
+    std::byte* leaf =
+        Checked(MakeTextBlock(input_.Held(CXmlInput::element_name), input_.Held(CXmlInput::text), code_page_));
+    if (leaf != nullptr && !ParseEndTag(SingleNameOf(leaf))) {
         DestroyBlock(leaf);
         return nullptr;
     }
@@ -213,8 +214,7 @@ CXmlReader::Outcome CXmlReader::FinishElement()
 bool CXmlReader::ParseEndTag(std::string_view name)
 {
     input_.SkipTo('/', true);
-    const CXmlToken word = input_.ReadToken(XmlElementNameSet);
-    if (UpToNul(word) != name) {
+    if (!input_.SkipWord(name, XmlElementNameSet) && UpToNul(input_.ReadToken(XmlElementNameSet)) != name) {
         return false;
     }
     input_.SkipTo('>', true);
@@ -222,14 +222,14 @@ bool CXmlReader::ParseEndTag(std::string_view name)
 }
 
 // A new element with its attributes; null when there are none.
-std::byte* CXmlReader::ParseAttributes(CXmlToken name)
+std::byte* CXmlReader::ParseAttributes()
 {
     std::byte* block = nullptr;
     std::byte* tail = nullptr;
     input_.SkipSet(XmlSpaceSet);
     while (!input_.AtEnd() && input_.Peek() != '/' && input_.Peek() != '>') {
         if (block == nullptr) {
-            block = Checked(MakeElementBlock(name, code_page_));
+            block = MakeElement();
             if (block == nullptr) {
                 return nullptr;
             }
@@ -246,13 +246,13 @@ std::byte* CXmlReader::ParseAttributes(CXmlToken name)
 
 bool CXmlReader::AddAttribute(std::byte*& tail)
 {
-    const CXmlToken name = input_.Detach(UpToNul(input_.ReadToken(XmlAttributeNameSet)), attribute_name_);
+    input_.Hold(CXmlInput::attribute_name, UpToNul(input_.ReadToken(XmlAttributeNameSet)));
     input_.SkipTo('"', true);
     const CXmlToken value = input_.ReadToken('"');
     if (input_.HasFailed()) {
         return false;
     }
-    std::byte* attribute = Checked(MakeTextBlock(name, value, code_page_));
+    std::byte* attribute = Checked(MakeTextBlock(input_.Held(CXmlInput::attribute_name), value, code_page_));
     if (attribute == nullptr) {
         return false;
     }

@@ -2,21 +2,14 @@
 
 #include <cstring>
 
-#include "xml/xml_field.h"
 #include "xml/xml_memory.h"
 
 namespace partkeep {
 
 namespace {
 
-constexpr std::size_t length_width = 4;
 constexpr std::size_t cell_overhead = 9; // length, terminator, references
 constexpr std::size_t longest_text = 0xFFFFFFFFU - cell_overhead;
-
-std::byte* ReferencesIn(std::byte* cell)
-{
-    return cell + length_width + LoadField<std::uint32_t>(cell) + 1;
-}
 
 std::byte* MakeCell(std::string_view text)
 {
@@ -28,8 +21,7 @@ std::byte* MakeCell(std::string_view text)
         return nullptr;
     }
     std::byte* at = PutField(cell, static_cast<std::uint32_t>(text.size()));
-    at = PutBytes(at, text);
-    at = PutField(at, std::uint8_t{0});
+    at = PutField(PutBytes(at, text), std::uint8_t{0});
     PutField(at, std::uint32_t{1});
     return cell;
 }
@@ -45,38 +37,8 @@ CXmlString::CXmlString(const char* text, std::ptrdiff_t length)
 
 CXmlString::CXmlString(std::string_view text) : cell_(MakeCell(text)) {}
 
-std::uint32_t CXmlString::Length() const
+void CXmlString::Free()
 {
-    return cell_ == nullptr ? 0 : LoadField<std::uint32_t>(cell_);
-}
-
-const char* CXmlString::Text() const
-{
-    return cell_ == nullptr ? nullptr : reinterpret_cast<const char*>(cell_ + length_width);
-}
-
-std::uint32_t CXmlString::References() const
-{
-    return cell_ == nullptr ? 0 : LoadField<std::uint32_t>(ReferencesIn(cell_));
-}
-
-void CXmlString::AddReference()
-{
-    if (cell_ != nullptr) {
-        PutField(ReferencesIn(cell_), References() + 1);
-    }
-}
-
-void CXmlString::DropReference()
-{
-    if (cell_ == nullptr) {
-        return;
-    }
-    const std::uint32_t left = References() - 1;
-    if (left != 0) {
-        PutField(ReferencesIn(cell_), left);
-        return;
-    }
     FreeXml(cell_, Length() + cell_overhead);
 }
 

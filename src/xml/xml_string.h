@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include "xml/xml_field.h"
+
 namespace partkeep {
 
 class CXmlString {
@@ -26,16 +28,41 @@ public:
 
     [[nodiscard]] bool IsNull() const { return cell_ == nullptr; }
     // Not counting the terminator; 0 for a null string.
-    [[nodiscard]] std::uint32_t Length() const;
+    [[nodiscard]] std::uint32_t Length() const { return cell_ == nullptr ? 0 : LoadField<std::uint32_t>(cell_); }
     // NUL-terminated; null for a null string. Valid while any copy lives.
-    [[nodiscard]] const char* Text() const;
+    [[nodiscard]] const char* Text() const
+    {
+        return cell_ == nullptr ? nullptr : reinterpret_cast<const char*>(cell_ + length_width);
+    }
     [[nodiscard]] std::string_view View() const { return {Text(), Length()}; }
     // 0 for a null string.
-    [[nodiscard]] std::uint32_t References() const;
+    [[nodiscard]] std::uint32_t References() const
+    {
+        return cell_ == nullptr ? 0 : LoadField<std::uint32_t>(ReferencesPlace());
+    }
 
 private:
-    void AddReference();
-    void DropReference();
+    static constexpr std::size_t length_width = 4;
+
+    [[nodiscard]] std::byte* ReferencesPlace() const { return cell_ + length_width + Length() + 1; }
+    void AddReference()
+    {
+        if (cell_ != nullptr) {
+            PutField(ReferencesPlace(), References() + 1);
+        }
+    }
+    void DropReference()
+    {
+        if (cell_ == nullptr) {
+            return;
+        }
+        if (const std::uint32_t left = References() - 1; left != 0) {
+            PutField(ReferencesPlace(), left);
+        } else {
+            Free();
+        }
+    }
+    void Free();
 
     std::byte* cell_ = nullptr;
 };

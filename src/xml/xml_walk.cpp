@@ -91,16 +91,6 @@ std::size_t CXmlWalk::Depth() const
     return frames_.Size() - (inside_itself ? 1 : 0);
 }
 
-CXmlWalk::Name* CXmlWalk::EntryOf(const std::byte* node, const std::byte* block)
-{
-    if (frames_.IsEmpty() || frames_.Last().names == none || frames_.Last().block != block) {
-        return nullptr;
-    }
-    CXmlVector<Name>& names = tables_[frames_.Last().names];
-    const std::uint16_t id = NodeId(node);
-    return id == 0 || id > names.Size() ? nullptr : &names[id - 1U];
-}
-
 std::string_view CXmlWalk::NameOf(const std::byte* node, const std::byte* block)
 {
     const Name* entry = EntryOf(node, block);

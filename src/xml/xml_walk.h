@@ -40,7 +40,15 @@ public:
     // Of the current node or one of its attributes, which stands in `block`. Empty for a node without a name.
     [[nodiscard]] std::string_view NameOf(const std::byte* node, const std::byte* block);
     // Null where the block has no entry of its own, since its only name is read where it stands.
-    [[nodiscard]] Name* EntryOf(const std::byte* node, const std::byte* block);
+    [[nodiscard]] Name* EntryOf(const std::byte* node, const std::byte* block)
+    {
+        if (frames_.IsEmpty() || frames_.Last().names == none || frames_.Last().block != block) {
+            return nullptr;
+        }
+        CXmlVector<Name>& names = tables_[frames_.Last().names];
+        const std::uint16_t id = NodeId(node);
+        return id == 0 || id > names.Size() ? nullptr : &names[id - 1U];
+    }
 
 private:
     struct Frame {
