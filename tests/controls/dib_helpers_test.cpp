@@ -15,7 +15,7 @@ struct KeptPalette : IPalette {
         entries.assign(made.begin(), made.end());
         return answer;
     }
-    PaletteHandle Handle() const override { return reinterpret_cast<PaletteHandle>(std::uintptr_t{7}); }
+    PaletteHandle Handle() const override { return RasterContext::Palette(7); }
 
     std::vector<PaletteEntry> entries;
     bool answer = true;
@@ -140,7 +140,6 @@ TEST(PaintDib, CallsTheDeviceInOrder)
              {tall.handle, {0, 0, 1, 65538}, {0, 0, 1, 65538}, "SetDIBitsToDevice 0 0 1 65538 0 0 0 2"},
          }) {
         RasterContext raster(1, 1);
-        raster.selected = reinterpret_cast<PaletteHandle>(std::uintptr_t{3});
         PaintDIB(raster, &row.target, row.bitmap, &row.source, nullptr);
         EXPECT_EQ(raster.calls, (std::vector{mode, row.copy}));
         raster.calls.clear();

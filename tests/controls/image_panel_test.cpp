@@ -23,7 +23,7 @@ struct ModelWindow : IPanelWindow {
     }
     void Move(const Rect& area) override { model.client = area; }
     void Show(bool) override {}
-    void Invalidate(bool erase) override { model.calls.push_back(erase ? "Invalidate erase" : "Invalidate"); }
+    void Invalidate(bool erase) override { model.calls.emplace_back(erase ? "Invalidate erase" : "Invalidate"); }
 
     PanelModel& model;
 };
@@ -32,6 +32,7 @@ TEST(ImagePanel, PaintsImageOrBackground)
 {
     PanelModel model;
     CImagePanel panel;
+    EXPECT_EQ(panel.SetImage(nullptr), 1) << "without window";
     panel.Attach(std::make_unique<ModelWindow>(model));
     const auto painted = [&model] {
         RasterContext raster(11, 7);
@@ -61,19 +62,6 @@ TEST(ImagePanel, PaintsImageOrBackground)
     EXPECT_EQ(model.calls.size(), 2U) << "taking the image away repaints nothing";
     panel.SetClientExtent(149);
     EXPECT_EQ(model.client, (Rect{5, 9, 154, 158}));
-}
-
-TEST(ImagePanel, WithoutWindowKeepsTheImageOnly)
-{
-    CImagePanel panel;
-    const TestBlock block(MakeSampleFile(DibSamples()[0]).bytes);
-    RasterContext raster(1, 1);
-    EXPECT_EQ(panel.SetImage(block.handle), 1);
-    panel.SetClientExtent(149);
-    panel.Show(true);
-    panel.OnPaint(raster);
-    EXPECT_EQ(panel.image, block.handle);
-    EXPECT_TRUE(raster.calls.empty());
 }
 
 } // namespace

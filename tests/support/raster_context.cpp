@@ -129,7 +129,7 @@ Picture DecodePlainly(const DibView& bitmap)
 
 PaletteHandle RasterContext::SelectPalette(PaletteHandle palette, bool background)
 {
-    Note(background ? "SelectPalette background" : "SelectPalette", {reinterpret_cast<long long>(palette)});
+    Note(background ? "SelectPalette background" : "SelectPalette", {static_cast<char*>(palette) - palettes.data()});
     return std::exchange(selected, palette);
 }
 

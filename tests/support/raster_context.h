@@ -4,6 +4,7 @@
 
 #include "controls/dib_view.h"
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -38,11 +39,16 @@ public:
     void FillSolidRect(const Rect& area, ColorRef color) override;
     [[nodiscard]] ColorRef GetSysColor(int index) const override { return 0x100U + static_cast<ColorRef>(index); }
 
+    // Stands for a palette; noted by its number.
+    [[nodiscard]] static PaletteHandle Palette(std::size_t number) { return &palettes.at(number); }
+
     Picture canvas;
     std::vector<std::string> calls;
-    PaletteHandle selected = nullptr;
+    PaletteHandle selected = Palette(3);
 
 private:
+    static inline std::array<char, 8> palettes;
+
     void Note(std::string call, std::initializer_list<long long> numbers);
     void Copy(const Rect& target, const Rect& source, const DibView& bitmap);
 };
