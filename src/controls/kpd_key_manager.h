@@ -55,7 +55,7 @@ public:
     bool ReadPartImage(std::u16string_view working_folder, void* image, void* scratch);
     std::int16_t MoveFocus(std::int16_t code);
     bool CopyPartFiles(std::u16string_view server, std::u16string_view part_path);
-    // All text blocks end in a NUL afterwards, whatever the control wrote.
+    // Material, machine name and comment end in a NUL afterwards, whatever the control wrote.
     bool ReadPartAttributes(std::u16string_view server, std::u16string_view part_path, PartAttributeBlocks& blocks);
     std::int32_t GetSelectedPartCount(); // never negative
     // Buffers of at least short_text_bytes, zeroed by the caller.
