@@ -14,6 +14,7 @@ namespace partkeep {
 namespace {
 
 constexpr int no_limit = 32767;
+constexpr int row_height = 20; // of lists, to be hit by a finger's tip
 
 } // namespace
 
@@ -116,6 +117,7 @@ void CReportList::AddColumn(int column, const QString& text, int width)
 void CReportList::AddRow(int row, const QString& text)
 {
     auto* item = new QTreeWidgetItem;
+    item->setSizeHint(0, {0, row_height});
     insertTopLevelItem(std::clamp(row, 0, topLevelItemCount()), item);
     SetCell(indexOfTopLevelItem(item), 0, text);
 }

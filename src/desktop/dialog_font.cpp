@@ -29,7 +29,7 @@ QStringList Families(const QString& wanted)
 {
     const QStringList japanese{"Noto Sans CJK JP", "Noto Sans JP", "IPAexGothic", "VL PGothic", "VL Gothic"};
     const QStringList simplified{"Noto Sans CJK SC", "Noto Sans SC", "WenQuanYi Micro Hei", "WenQuanYi Zen Hei"};
-    const QStringList latin{wanted, "Noto Sans", "DejaVu Sans", "Liberation Sans"};
+    const QStringList latin{wanted, "DejaVu Sans Condensed", "Noto Sans", "DejaVu Sans", "Liberation Sans"};
     // Many characters have one code and two shapes, so the language decides which font comes first.
     return TheProcessValues().languageId == chinese ? latin + simplified + japanese : latin + japanese + simplified;
 }

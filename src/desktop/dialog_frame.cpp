@@ -35,6 +35,12 @@ bool IsInput(QEvent::Type type)
     }
 }
 
+// An open list keeps the arrow keys and Escape. Enter and Tab take what it shows and then mean what they always do.
+bool EndsOpenList(const KeyPress& press)
+{
+    return press.key == key_return || press.key == key_tab;
+}
+
 } // namespace
 
 CDialogFrame::CDialogFrame(IDialogFrameEvents& events, QWidget* owner)
@@ -61,8 +67,9 @@ bool CDialogFrame::eventFilter(QObject* watched, QEvent* event)
         return true;
     }
     if (event->type() == QEvent::ShortcutOverride) {
-        // Accepting it makes a key press of what would have become a shortcut.
-        const bool taken = open_list == nullptr && IsDialogKey(ToKeyPress(static_cast<QKeyEvent&>(*event)));
+        // Accepting it makes a key press of what would have become a shortcut, or a choice in an open list.
+        const KeyPress press = ToKeyPress(static_cast<QKeyEvent&>(*event));
+        const bool taken = open_list == nullptr ? IsDialogKey(press) : EndsOpenList(press);
         event->setAccepted(taken);
         return taken;
     }
@@ -75,9 +82,7 @@ bool CDialogFrame::FilterKey(QWidget& widget, QKeyEvent& event)
         return false;
     }
     if (CDropDownList* open_list = OpenListAround(widget)) {
-        // An open list keeps the arrow keys and Escape; Enter and Tab first take what it shows.
-        const int key = ToKeyPress(event).key;
-        if (key != key_return && key != key_tab) {
+        if (!EndsOpenList(ToKeyPress(event))) {
             return false;
         }
         open_list->AcceptOpenList();
@@ -88,8 +93,8 @@ bool CDialogFrame::FilterKey(QWidget& widget, QKeyEvent& event)
 // A key that a widget ignores goes to its parents, one after the other. They must not count as new keys.
 bool CDialogFrame::IsFirstReceiver(const QWidget& widget, const QKeyEvent& event)
 {
-    const bool passed_on = last_key_ == &event && last_receiver_ != nullptr && widget.isAncestorOf(last_receiver_) &&
-                           &widget != focusWidget();
+    const bool passed_on = last_key_ == &event && last_receiver_ != nullptr && last_receiver_ != &widget &&
+                           widget.isAncestorOf(last_receiver_) && &widget != focusWidget();
     last_key_ = &event;
     last_receiver_ = &widget;
     return !passed_on;

@@ -1,0 +1,128 @@
+#include "controls/zan_pic_ctrl.h"
+#include "desktop/picture_control.h"
+#include "tests/desktop/played_user.h"
+#include "tests/support/temporary_folder.h"
+
+#include <QBuffer>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace partkeep {
+namespace {
+
+std::string Encoded(const QImage& image, const char* format)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    image.save(&buffer, format);
+    return bytes.toStdString();
+}
+
+QImage Red(int width, int height)
+{
+    QImage image(width, height, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    return image;
+}
+
+bool IsOpen(const std::filesystem::path& path)
+{
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code ignored;
+        if (std::filesystem::read_symlink(entry, ignored) == path) {
+            return true;
+        }
+    }
+    return false;
+}
+
+class Picture : public ::testing::Test {
+protected:
+    Picture()
+    {
+        widget_.resize(149, 149);
+        control_.Attach(std::make_unique<CPictureControl>(&widget_));
+    }
+
+    CTemporaryFolder folder_;
+    CPictureWidget widget_{nullptr};
+    CzXZanPicCtrl control_;
+};
+
+TEST_F(Picture, FitsThePictureAndKeepsItsProportions)
+{
+    const struct {
+        const char* label;
+        QSize size;
+        QRect shown;
+    } rows[] = {
+        {"wide", {400, 200}, {0, 37, 149, 74}},
+        {"tall", {10, 100}, {67, 0, 14, 149}},
+        {"small square grows", {5, 5}, {0, 0, 149, 149}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        WriteBytes(folder_.Path("p.png"), Encoded(Red(row.size.width(), row.size.height()), "PNG"));
+        control_.SetImagePath(folder_.Core(u"p.PNG"));
+        const QImage grabbed = widget_.grab().toImage();
+        QRect shown;
+        for (int y = 0; y < grabbed.height(); ++y) {
+            for (int x = 0; x < grabbed.width(); ++x) {
+                if (grabbed.pixel(x, y) == qRgb(255, 0, 0)) {
+                    shown |= QRect(x, y, 1, 1);
+                }
+            }
+        }
+        EXPECT_NEAR(shown.left(), row.shown.left(), 1);
+        EXPECT_NEAR(shown.top(), row.shown.top(), 1);
+        EXPECT_NEAR(shown.width(), row.shown.width(), 1);
+        EXPECT_NEAR(shown.height(), row.shown.height(), 1);
+    }
+}
+
+TEST_F(Picture, KeepsNoFileOpenAndShowsWhatItReadAfterItHasGone)
+{
+    const auto path = folder_.Path("p.PNG");
+    WriteBytes(path, Encoded(Red(20, 20), "PNG"));
+    control_.SetImagePath(folder_.Core(u"p.PNG"));
+    EXPECT_FALSE(IsOpen(path));
+    std::filesystem::remove(path);
+    EXPECT_EQ(widget_.Image().size(), QSize(20, 20));
+    EXPECT_EQ(control_.GetImagePath(), folder_.Core(u"p.PNG"));
+    control_.SetImagePath(u"");
+    EXPECT_TRUE(widget_.Image().isNull());
+    EXPECT_EQ(control_.GetImagePath(), u"");
+}
+
+TEST_F(Picture, StaysEmptyForWhatItCannotRead)
+{
+    const std::string png = Encoded(Red(20, 20), "PNG");
+    std::filesystem::create_directory(folder_.Path("folder.PNG"));
+    WriteBytes(folder_.Path("good.PNG"), png);
+    WriteBytes(folder_.Path("empty.PNG"), "");
+    WriteBytes(folder_.Path("header.PNG"), png.substr(0, 20));
+    WriteBytes(folder_.Path("other.PNG"), Encoded(Red(20, 20), "BMP"));
+    WriteBytes(folder_.Path("huge.PNG"), png.substr(0, 16) + "\x7f\xff\xff\xff\x7f\xff\xff\xff" + png.substr(24));
+    for (const char16_t* name :
+         {u"missing.PNG", u"folder.PNG", u"empty.PNG", u"header.PNG", u"other.PNG", u"huge.PNG"}) {
+        control_.SetImagePath(folder_.Core(u"good.PNG"));
+        ASSERT_FALSE(widget_.Image().isNull());
+        control_.SetImagePath(folder_.Core(name));
+        EXPECT_TRUE(widget_.Image().isNull()) << QString::fromUtf16(name).toStdString();
+    }
+}
+
+TEST_F(Picture, ControlOutlivesItsWindow)
+{
+    auto window = std::make_unique<CPictureWidget>(nullptr);
+    CPictureControl control(window.get());
+    window.reset();
+    const ControlArgument path{ControlType::Text, std::u16string_view(u"x")};
+    EXPECT_TRUE(std::holds_alternative<std::monostate>(
+        control.Invoke(1, InvokeKind::PropertyPut, {&path, 1}, ControlType::None)));
+}
+
+} // namespace
+} // namespace partkeep
