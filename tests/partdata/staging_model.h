@@ -1,7 +1,6 @@
 // The rules on staged names once more, unit by unit and with nothing of the system's own, for comparison.
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -22,59 +21,45 @@ inline std::u16string Upper(std::u16string text)
 struct Parts {
     bool skipped = false;
     std::u16string bare;
-    std::u16string extension;
-};
+    std::u16string extension; // in upper case
 
-inline Parts Split(const std::u16string& path)
-{
-    Parts parts;
-    bool behind_dot = false;
-    for (const char16_t unit : path) {
-        if (behind_dot) {
-            parts.extension += unit;
-        } else if (unit == u'.') {
-            behind_dot = true;
-        } else if (unit == u'\\') {
-            parts.bare.clear();
-        } else {
-            parts.bare += unit;
+    explicit Parts(const std::u16string& path)
+    {
+        bool behind_dot = false;
+        for (const char16_t unit : path) {
+            if (behind_dot) {
+                extension += unit;
+            } else if (unit == u'.') {
+                behind_dot = true;
+            } else {
+                unit == u'\\' ? bare.clear() : bare.push_back(unit);
+            }
         }
+        skipped = !behind_dot || path.back() == u'.';
+        extension = Upper(extension);
     }
-    parts.skipped = !behind_dot || path.back() == u'.';
-    return parts;
-}
+};
 
 inline bool Clears(const std::u16string& path, const std::u16string& name)
 {
-    Parts parts = Split(path);
-    std::u16string& bare = parts.bare;
-    if (bare.size() >= 3 && bare[0] == u'B' && (bare[1] == u'2' || bare[1] == u'3') &&
-        (bare[2] == u'D' || bare[2] == u'd')) {
-        bare.erase(0, 3);
+    Parts parts(path);
+    const std::u16string start = parts.bare.substr(0, 3);
+    if (start == u"B2D" || start == u"B3D" || start == u"B2d" || start == u"B3d") {
+        parts.bare.erase(0, 3);
     }
-    const std::u16string extension = Upper(parts.extension);
-    return !parts.skipped && Upper(bare) == Upper(name) && extension != u"XML" && extension.find(u"SY") != 0;
+    return !parts.skipped && Upper(parts.bare) == Upper(name) && parts.extension != u"XML" &&
+           parts.extension.find(u"SY") != 0;
 }
 
 inline bool Deletes(const std::u16string& path, const std::u16string& name)
 {
-    const Parts parts = Split(path);
-    const std::u16string bare = Upper(parts.bare);
-    const std::u16string wanted = Upper(name);
-    if (parts.skipped || bare.size() < wanted.size()) {
-        return false;
+    const Parts parts(path);
+    std::u16string tail = Upper(parts.bare);
+    while (tail.size() > name.size()) {
+        tail.erase(0, 1);
     }
-    for (std::size_t back = 1; back <= wanted.size(); ++back) {
-        if (bare[bare.size() - back] != wanted[wanted.size() - back]) {
-            return false;
-        }
-    }
-    for (const char16_t* kept : {u"XML", u"BMP", u"SY5"}) {
-        if (Upper(parts.extension) == kept) {
-            return false;
-        }
-    }
-    return true;
+    const bool kept = parts.extension == u"XML" || parts.extension == u"BMP" || parts.extension == u"SY5";
+    return !parts.skipped && tail == Upper(name) && !kept;
 }
 
 } // namespace partkeep::model

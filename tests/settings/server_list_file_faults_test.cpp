@@ -21,7 +21,7 @@ void Save(const CTemporaryFolder& folder)
     SaveServerList(state, folder.Core(), no_browser);
 }
 
-TEST(ServerListFileFaults, FullDiskKeepsTheOldFileUntilThereIsRoom)
+TEST(ServerListFileFaults, FullOrReadOnlyDiskKeepsTheOldFile)
 {
     const CTemporaryFolder folder;
     CMountedDisk disk(folder.Path());
@@ -32,18 +32,12 @@ TEST(ServerListFileFaults, FullDiskKeepsTheOldFileUntilThereIsRoom)
     EXPECT_EQ(ReadBytes(folder.Path("kpdservers.ini")), old_bytes);
     EXPECT_EQ(NamesIn(folder.Path()), names);
     disk.MakeRoom();
-    Save(folder);
-    EXPECT_EQ(ReadBytes(folder.Path("kpdservers.ini")), new_bytes);
-}
-
-TEST(ServerListFileFaults, ReadOnlyDiskKeepsTheOldFile)
-{
-    const CTemporaryFolder folder;
-    CMountedDisk disk(folder.Path());
-    WriteBytes(folder.Path("kpdservers.ini"), old_bytes);
     disk.SetReadOnly(true);
     Save(folder);
     EXPECT_EQ(ReadBytes(folder.Path("kpdservers.ini")), old_bytes);
+    disk.SetReadOnly(false);
+    Save(folder);
+    EXPECT_EQ(ReadBytes(folder.Path("kpdservers.ini")), new_bytes);
 }
 
 TEST(ServerListFileFaults, PermissionDecidesForAnOrdinaryUser)

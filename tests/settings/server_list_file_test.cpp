@@ -109,6 +109,14 @@ TEST(ServerListFile, ReadsEachLineByItsPosition)
     EXPECT_EQ(Rewritten(no_places + "-9999\n32767\n").size(), no_places.size() + 12 + 2 * max_view_state_values);
 }
 
+TEST(ServerListFile, ShorterNameLeavesNothingOfALongerOne)
+{
+    ServerListState state;
+    ParseServerList("LONG\n-9999\nmetric\nLONG\n-9999\n0\n", state);
+    ParseServerList("S\n", state);
+    EXPECT_EQ(state.serverTable.slots[0], (std::array<char, server_slot_bytes>{'S'}));
+}
+
 TEST(ServerListFile, WritesWhatItReads)
 {
     const std::string japanese_932 =

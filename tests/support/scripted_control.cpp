@@ -58,9 +58,6 @@ std::string ShownArgument(BrowserOperation operation, Arguments arguments, std::
     if (const auto* value = std::get_if<std::int16_t>(&argument.value)) {
         return std::to_string(*value);
     }
-    if (const auto* value = std::get_if<std::int32_t>(&argument.value)) {
-        return std::to_string(*value);
-    }
     if (operation == BrowserOperation::SetServerList) {
         return ShownTable(*PointerAt<ServerTable>(arguments, position));
     }
@@ -73,18 +70,17 @@ std::string ShownArgument(BrowserOperation operation, Arguments arguments, std::
     return {};
 }
 
-std::string ShownCall(const OperationSignature& signature, InvokeKind kind, Arguments arguments, ControlType result)
+std::string ShownCall(const OperationSignature& signature, Arguments arguments, ControlType result)
 {
-    std::vector<ControlType> types;
     std::string shown;
     for (std::size_t position = 0; position < arguments.size(); ++position) {
-        types.push_back(arguments[position].type);
         const std::string argument = ShownArgument(signature.operation, arguments, position);
         shown += (shown.empty() || argument.empty() ? "" : ", ") + argument;
     }
     const bool as_agreed =
-        kind == InvokeKind::Method && result == signature.result &&
-        std::equal(types.begin(), types.end(), signature.arguments.begin(), signature.arguments.end());
+        result == signature.result &&
+        std::equal(arguments.begin(), arguments.end(), signature.arguments.begin(), signature.arguments.end(),
+                   [](auto& given, auto type) { return given.type == type; });
     return std::string(signature.name) + "(" + shown + ")" + (as_agreed ? "" : " bad types");
 }
 
@@ -98,21 +94,15 @@ std::string ShownForeignCall(std::int32_t dispatch_id, InvokeKind kind, Argument
 
 ControlResult NothingOf(ControlType type)
 {
-    switch (type) {
-    case ControlType::Int16:
-        return std::int16_t{0};
-    case ControlType::Int32:
-        return std::int32_t{0};
-    case ControlType::Bool:
-        return control_true;
-    case ControlType::Text:
-        return std::u16string();
-    default:
-        return {};
-    }
+    static const std::map<ControlType, ControlResult> results{{ControlType::Int16, std::int16_t{0}},
+                                                              {ControlType::Int32, std::int32_t{0}},
+                                                              {ControlType::Bool, control_true},
+                                                              {ControlType::Text, std::u16string()}};
+    const auto result = results.find(type);
+    return result != results.end() ? result->second : ControlResult();
 }
 
-ControlResult GetSelectedPart(const ControlScript& script, Arguments arguments)
+ControlResult SelectedPart(const ControlScript& script, Arguments arguments)
 {
     const auto index = static_cast<std::size_t>(Int16At(arguments, 0));
     if (index >= script.selection.size()) {
@@ -125,7 +115,7 @@ ControlResult GetSelectedPart(const ControlScript& script, Arguments arguments)
     return std::int32_t{1};
 }
 
-ControlResult ReadPartAttributes(const ControlScript& script, Arguments arguments)
+ControlResult PartAttributes(const ControlScript& script, Arguments arguments)
 {
     const std::u16string name = PointerAt<char16_t>(arguments, 2);
     const auto part = std::find_if(script.selection.begin(), script.selection.end(),
@@ -140,7 +130,7 @@ ControlResult ReadPartAttributes(const ControlScript& script, Arguments argument
     return control_true;
 }
 
-ControlResult ReadPartImage(const ControlScript& script, Arguments arguments)
+ControlResult PartImage(const ControlScript& script, Arguments arguments)
 {
     char* block = PointerAt<char>(arguments, 1);
     const auto image = script.images.find(block);
@@ -151,7 +141,7 @@ ControlResult ReadPartImage(const ControlScript& script, Arguments arguments)
     return control_true;
 }
 
-ControlResult CopyPartFiles(const ControlScript& script, Arguments arguments)
+ControlResult PartFiles(const ControlScript& script, Arguments arguments)
 {
     const std::u16string path = TextAt(arguments, 1);
     const std::u16string stem = script.targetFolder + path.substr(path.rfind(path_separator) + 1);
@@ -165,67 +155,49 @@ ControlResult CopyPartFiles(const ControlScript& script, Arguments arguments)
     return control_true;
 }
 
-ControlResult Play(ControlScript& script, BrowserOperation operation, Arguments arguments, ControlType result)
+template <typename T, typename V>
+ControlResult Keep(T& place, V&& value)
 {
-    switch (operation) {
-    case BrowserOperation::SetTargetFolder:
-        script.targetFolder = TextAt(arguments, 0);
-        break;
-    case BrowserOperation::GetPreviewFileTitle:
-        return script.previewTitle;
-    case BrowserOperation::SetDataKind:
-        script.dataKind = Int16At(arguments, 0);
-        break;
-    case BrowserOperation::GetCurrentServer:
-        return script.currentServer;
-    case BrowserOperation::SetCurrentServer:
-        script.currentServer = TextAt(arguments, 0);
-        break;
-    case BrowserOperation::SetCurrentFolder:
-        script.currentFolder = TextAt(arguments, 0);
-        break;
-    case BrowserOperation::GetCurrentFolder:
-        return script.currentFolder;
-    case BrowserOperation::GetServerList:
-        *PointerAt<ServerTable>(arguments, 0) = script.servers;
-        break;
-    case BrowserOperation::SetServerList:
-        script.servers = *PointerAt<ServerTable>(arguments, 0);
-        break;
-    case BrowserOperation::GetViewState:
-        std::copy(script.viewState.begin(), script.viewState.end(), PointerAt<std::int16_t>(arguments, 0));
-        break;
-    case BrowserOperation::GetViewStateCount:
-        return static_cast<std::int16_t>(script.viewState.size());
-    case BrowserOperation::SetViewState: {
-        const auto* values = PointerAt<std::int16_t>(arguments, 0);
-        script.givenViewState.assign(values, values + max_view_state_values);
-        break;
-    }
-    case BrowserOperation::ReadPartImage:
-        return ReadPartImage(script, arguments);
-    case BrowserOperation::CopyPartFiles:
-        return CopyPartFiles(script, arguments);
-    case BrowserOperation::ReadPartAttributes:
-        return ReadPartAttributes(script, arguments);
-    case BrowserOperation::GetSelectedPartCount:
-        return static_cast<std::int32_t>(script.selection.size());
-    case BrowserOperation::GetSelectedPart:
-        return GetSelectedPart(script, arguments);
-    case BrowserOperation::SelectAllParts:
-        script.selection = Int16At(arguments, 0) != 0 ? script.list : std::vector<ScriptedPart>();
-        break;
-    default:
-        break;
-    }
-    return NothingOf(result);
+    place = std::forward<V>(value);
+    return control_true;
 }
 
 } // namespace
 
-std::unique_ptr<IHostedControl> ControlScript::MakeControl()
+ControlScript::ControlScript(Recorder& recorder_to_use) : recorder(recorder_to_use)
 {
-    return std::make_unique<CScriptedControl>(*this);
+    using enum BrowserOperation;
+    const auto play = [this](BrowserOperation operation, Answer answer) {
+        plays[static_cast<std::int32_t>(operation)] = std::move(answer);
+    };
+    play(SetTargetFolder, [this](Arguments in) { return Keep(targetFolder, TextAt(in, 0)); });
+    play(GetPreviewFileTitle, [this](Arguments) { return ControlResult(previewTitle); });
+    play(SetDataKind, [this](Arguments in) { return Keep(dataKind, Int16At(in, 0)); });
+    play(GetCurrentServer, [this](Arguments) { return ControlResult(currentServer); });
+    play(SetCurrentServer, [this](Arguments in) { return Keep(currentServer, TextAt(in, 0)); });
+    play(SetCurrentFolder, [this](Arguments in) { return Keep(currentFolder, TextAt(in, 0)); });
+    play(GetCurrentFolder, [this](Arguments) { return ControlResult(currentFolder); });
+    play(GetServerList, [this](Arguments in) { return Keep(*PointerAt<ServerTable>(in, 0), servers); });
+    play(SetServerList, [this](Arguments in) { return Keep(servers, *PointerAt<ServerTable>(in, 0)); });
+    play(GetViewStateCount, [this](Arguments) { return ControlResult(static_cast<std::int16_t>(viewState.size())); });
+    play(GetViewState, [this](Arguments in) {
+        std::copy(viewState.begin(), viewState.end(), PointerAt<std::int16_t>(in, 0));
+        return ControlResult(control_true);
+    });
+    play(SetViewState, [this](Arguments in) {
+        const auto* values = PointerAt<std::int16_t>(in, 0);
+        return Keep(givenViewState, std::vector(values, values + max_view_state_values));
+    });
+    play(ReadPartImage, [this](Arguments in) { return PartImage(*this, in); });
+    play(CopyPartFiles, [this](Arguments in) { return PartFiles(*this, in); });
+    play(ReadPartAttributes, [this](Arguments in) { return PartAttributes(*this, in); });
+    play(GetSelectedPartCount,
+         [this](Arguments) { return ControlResult(static_cast<std::int32_t>(selection.size())); });
+    play(GetSelectedPart, [this](Arguments in) { return SelectedPart(*this, in); });
+    play(SelectAllParts, [this](Arguments in) {
+        selection = Int16At(in, 0) != 0 ? list : std::vector<ScriptedPart>();
+        return ControlResult(std::int16_t{0});
+    });
 }
 
 void ControlScript::Fire(BrowserEvent event) const
@@ -246,12 +218,11 @@ ControlResult CScriptedControl::Invoke(std::int32_t dispatch_id, InvokeKind kind
 {
     const OperationSignature* signature = FindBrowserSignature(dispatch_id);
     const bool known = signature != nullptr && kind == InvokeKind::Method;
-    script_.recorder.Note(known ? ShownCall(*signature, kind, arguments, result)
+    script_.recorder.Note(known ? ShownCall(*signature, arguments, result)
                                 : ShownForeignCall(dispatch_id, kind, arguments));
-    if (const auto answer = script_.answers.find(dispatch_id); answer != script_.answers.end()) {
-        return answer->second(arguments);
-    }
-    return known ? Play(script_, signature->operation, arguments, result) : NothingOf(result);
+    const auto& scripted = script_.answers.contains(dispatch_id) ? script_.answers : script_.plays;
+    const auto answer = scripted.find(dispatch_id);
+    return known && answer != scripted.end() ? answer->second(arguments) : NothingOf(result);
 }
 
 } // namespace partkeep

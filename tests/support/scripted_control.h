@@ -27,7 +27,9 @@ struct ControlScript {
     using Arguments = std::span<const ControlArgument>;
     using Answer = std::function<ControlResult(Arguments)>;
 
-    explicit ControlScript(Recorder& recorder_to_use) : recorder(recorder_to_use) {}
+    explicit ControlScript(Recorder& recorder_to_use);
+    ControlScript(const ControlScript&) = delete;
+    ControlScript& operator=(const ControlScript&) = delete;
 
     [[nodiscard]] std::unique_ptr<IHostedControl> MakeControl();
     void FireClick() const { Fire(BrowserEvent::Click); }
@@ -37,11 +39,12 @@ struct ControlScript {
     void On(BrowserOperation operation, Answer answer) { answers[static_cast<std::int32_t>(operation)] = answer; }
     void On(BrowserOperation operation, ControlResult result)
     {
-        On(operation, [result](Arguments) { return result; });
+        On(operation, [result](auto) { return result; });
     }
 
     Recorder& recorder;
-    std::map<std::int32_t, Answer> answers; // by dispatch id
+    std::map<std::int32_t, Answer> answers; // scripted, by dispatch id; they go before
+    std::map<std::int32_t, Answer> plays;   // the browser's own
     std::function<void(std::int32_t)> sink;
     int controls = 0; // alive now
 
@@ -76,5 +79,10 @@ public:
 private:
     ControlScript& script_;
 };
+
+inline std::unique_ptr<IHostedControl> ControlScript::MakeControl()
+{
+    return std::make_unique<CScriptedControl>(*this);
+}
 
 } // namespace partkeep
