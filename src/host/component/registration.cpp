@@ -8,12 +8,9 @@
 
 namespace partkeep {
 
-namespace {
-
-constexpr CLSID registrar_class_id{0x44EC053A, 0x400F, 0x11D0, {0x9D, 0xCD, 0x00, 0xA0, 0xC9, 0x03, 0x91, 0xD3}};
-constexpr IID registrar_id{0x44EC053B, 0x400F, 0x11D0, {0x9D, 0xCD, 0x00, 0xA0, 0xC9, 0x03, 0x91, 0xD3}};
-
-// The system's interpreter of registration scripts, by the slots of its interface.
+// The system's interpreter of registration scripts, by the slots of its interface. It stands outside the
+// unnamed namespace on purpose: of a type that nobody else can derive from, the compiler concludes that the calls
+// can never arrive.
 struct IScriptRegistrar : public IUnknown {
     virtual HRESULT STDMETHODCALLTYPE AddReplacement(LPCOLESTR key, LPCOLESTR item) = 0;
     virtual HRESULT STDMETHODCALLTYPE ClearReplacements() = 0;
@@ -26,6 +23,11 @@ struct IScriptRegistrar : public IUnknown {
     virtual HRESULT STDMETHODCALLTYPE ResourceRegister(LPCOLESTR file, UINT id, LPCOLESTR type) = 0;
     virtual HRESULT STDMETHODCALLTYPE ResourceUnregister(LPCOLESTR file, UINT id, LPCOLESTR type) = 0;
 };
+
+namespace {
+
+constexpr CLSID registrar_class_id{0x44EC053A, 0x400F, 0x11D0, {0x9D, 0xCD, 0x00, 0xA0, 0xC9, 0x03, 0x91, 0xD3}};
+constexpr IID registrar_id{0x44EC053B, 0x400F, 0x11D0, {0x9D, 0xCD, 0x00, 0xA0, 0xC9, 0x03, 0x91, 0xD3}};
 
 ComPtr<IScriptRegistrar> MakeRegistrar(const std::wstring& module_path)
 {
