@@ -1,0 +1,7 @@
+#include <partkeep_read.hpp>
+
+int main()
+{
+    const partkeep_read_api::Reader reader;
+    return reader.NumberOfPartsSelected() == 0 && reader.PartInfo(0).part_name.empty() ? 0 : 1;
+}
