@@ -11,6 +11,15 @@
 
 namespace partkeep {
 
+namespace {
+
+bool IsPlainPress(const QMouseEvent& event)
+{
+    return event.button() == Qt::LeftButton && event.modifiers() == Qt::NoModifier;
+}
+
+} // namespace
+
 bool BelongsToDialog(const QKeyEvent& event)
 {
     const int key = event.key();
@@ -220,6 +229,20 @@ QModelIndex CPartListView::moveCursor(CursorAction action, Qt::KeyboardModifiers
     return current;
 }
 
+// A plain press selects at once, on a selected entry too. Nothing is dragged from here, so the base class need not
+// wait for the release, which would tell of one click twice.
+QItemSelectionModel::SelectionFlags CPartListView::selectionCommand(const QModelIndex& index, const QEvent* event) const
+{
+    if (event != nullptr && event->type() == QEvent::MouseButtonRelease) {
+        return QItemSelectionModel::NoUpdate;
+    }
+    if (event != nullptr && event->type() == QEvent::MouseButtonPress &&
+        IsPlainPress(static_cast<const QMouseEvent&>(*event))) {
+        return QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows;
+    }
+    return QAbstractItemView::selectionCommand(index, event);
+}
+
 void CPartListView::setSelection(const QRect& area, QItemSelectionModel::SelectionFlags command)
 {
     const QRect place = area.normalized();
@@ -319,7 +342,13 @@ void CPartListView::Act(bool clicked, const Base& base)
 
 void CPartListView::mousePressEvent(QMouseEvent* event)
 {
-    Act(event->button() == Qt::LeftButton, [&] { QAbstractItemView::mousePressEvent(event); });
+    const bool beside = IsPlainPress(*event) && !indexAt(event->position().toPoint()).isValid();
+    Act(event->button() == Qt::LeftButton, [&] {
+        QAbstractItemView::mousePressEvent(event);
+        if (beside) {
+            clearSelection();
+        }
+    });
 }
 
 void CPartListView::mouseMoveEvent(QMouseEvent* event)

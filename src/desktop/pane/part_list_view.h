@@ -53,6 +53,8 @@ protected:
     [[nodiscard]] int horizontalOffset() const override;
     [[nodiscard]] int verticalOffset() const override;
     [[nodiscard]] bool isIndexHidden(const QModelIndex& index) const override;
+    [[nodiscard]] QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
+                                                                       const QEvent* event) const override;
     void setSelection(const QRect& area, QItemSelectionModel::SelectionFlags command) override;
     [[nodiscard]] QRegion visualRegionForSelection(const QItemSelection& selection) const override;
     void updateGeometries() override;

@@ -1,0 +1,3 @@
+if(TARGET partkeep_pane)
+  partkeep_benchmark(pane_bench SOURCES pane_bench.cpp LINK partkeep_pane)
+endif()

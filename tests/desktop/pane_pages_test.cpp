@@ -1,0 +1,136 @@
+// Rows by number against the library's own plain listing, in a folder long enough for the positions kept on the way.
+#include "partlibrary/part_pages.h"
+#include "tests/partlibrary/library_fixture.h"
+
+#include <gtest/gtest.h>
+
+namespace partkeep {
+namespace {
+
+constexpr int parts = 30000;
+
+class PartPages : public testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        libraries_ = new CTestLibraries;
+        libraries_->Fill(QStringLiteral("Long"), [](CLibraryWriter& writer) {
+            const auto folder = writer.MakeFolder(QStringLiteral("F"));
+            for (int i = 0; i < parts; ++i) {
+                // In no order, and many alike in each column.
+                const int number = static_cast<int>(qint64{i} * 7919 % parts);
+                const auto part = writer.PutPart(
+                    *folder, QStringLiteral("BRK-%1").arg(number / 2 * 2 + i % 2 * parts),
+                    PartAttributes{number % 7, QStringLiteral("M%1").arg(number % 5), QStringLiteral("EM"),
+                                   number % 5000 == 0 ? QStringLiteral("龍 rare") : QString()});
+                if (i % 3 != 0) {
+                    writer.PutFile(*part, FileSlot::Iga, QByteArray("x"));
+                }
+            }
+        });
+        LibraryProblem problem;
+        library_ = CPartLibrary::Open(libraries_->FileOf(QStringLiteral("Long")), problem).release();
+    }
+    static void TearDownTestSuite()
+    {
+        delete library_;
+        delete libraries_;
+    }
+    static CTestLibraries* libraries_;
+    static CPartLibrary* library_;
+};
+
+CTestLibraries* PartPages::libraries_ = nullptr;
+CPartLibrary* PartPages::library_ = nullptr;
+
+void ExpectRowsAt(CPartPages& pages, const std::vector<PartId>& all, qint64 first)
+{
+    const std::vector<PartRow> rows = pages.Rows(first, 64);
+    const qint64 wanted = std::min<qint64>(64, static_cast<qint64>(all.size()) - first);
+    ASSERT_EQ(static_cast<qint64>(rows.size()), wanted) << first;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        EXPECT_EQ(rows[i].id, all[static_cast<std::size_t>(first) + i]) << first;
+    }
+}
+
+TEST_F(PartPages, GiveTheRowsOfThePlainListingAnywhere)
+{
+    const struct {
+        const char* label;
+        std::int16_t filter;
+        const char* search;
+        PartColumn sort;
+        bool descending;
+        qint64 count;
+    } rows[] = {
+        {"all", -1, "", PartColumn::Name, false, parts},
+        {"all, backwards", -1, "", PartColumn::Name, true, parts},
+        {"filter", 24, "", PartColumn::Name, false, 20000},
+        {"thickness", -1, "", PartColumn::Thickness, true, parts},
+        {"material", -1, "", PartColumn::Material, false, parts},
+        {"machine, all alike", -1, "", PartColumn::Machine, true, parts},
+        {"comment, mostly empty", -1, "", PartColumn::Comment, false, parts},
+        {"frequent search", -1, "brk", PartColumn::Material, true, parts},
+        {"single letter", -1, "M", PartColumn::Name, false, parts},
+        {"rare search", -1, "rare", PartColumn::Thickness, false, 6},
+        {"single rare character", -1, "龍", PartColumn::Name, true, 6},
+        {"rare search and filter", 24, "rare", PartColumn::Name, false, 4},
+        {"two words", -1, "brk-12 m2", PartColumn::Name, false, -1},
+        {"nothing", -1, "zzz", PartColumn::Name, false, 0},
+        {"pairs without the word", -1, "krb", PartColumn::Name, false, 0},
+    };
+    const qint64 folder = *library_->FindFolder(QStringLiteral("F"));
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        const PartListView view{folder, row.filter, QString::fromUtf8(row.search), row.sort, row.descending};
+        const std::vector<PartId> all = *library_->Parts().Ids(view);
+        CPartPages pages(library_->Connection(), view, parts);
+        pages.Finish();
+        ASSERT_TRUE(pages.Complete());
+        ASSERT_EQ(pages.Count(), static_cast<qint64>(all.size()));
+        EXPECT_TRUE(row.count < 0 || pages.Count() == row.count) << pages.Count();
+        EXPECT_EQ(pages.Ids(0, parts), all);
+        for (qint64 first = 0; first < pages.Count(); first += 1777) {
+            ExpectRowsAt(pages, all, first);
+            EXPECT_EQ(pages.RowOf(all[static_cast<std::size_t>(first)]), first);
+        }
+        EXPECT_EQ(pages.RowOf(parts + 1), std::nullopt);
+    }
+}
+
+TEST_F(PartPages, NarrowOnlyWhatTheyHoldWhole)
+{
+    const qint64 folder = *library_->FindFolder(QStringLiteral("F"));
+    const auto view = [folder](const char* search, PartColumn sort = PartColumn::Name) {
+        return PartListView{folder, -1, QString::fromUtf8(search), sort, false};
+    };
+    const struct {
+        const char* label;
+        PartListView wider;
+        PartListView narrower;
+        bool scanned;
+        bool narrows;
+    } rows[] = {
+        {"typed on", view("rare"), view("rare 龍"), true, true},
+        {"longer word", view("brk-123"), view("xbrk-1234"), true, true},
+        {"other word", view("rare"), view("em"), true, false},
+        {"taken back", view("rare"), view("rar"), true, false},
+        {"other order", view("rare"), view("rare", PartColumn::Comment), true, false},
+        {"too many to hold", view("brk"), view("brk-1"), true, false},
+        {"not at its end", view("rare"), view("rare 龍"), false, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        CPartPages wider(library_->Connection(), row.wider, parts);
+        if (row.scanned) {
+            wider.Finish();
+        }
+        CPartPages narrower(library_->Connection(), row.narrower, parts);
+        EXPECT_EQ(narrower.NarrowFrom(wider), row.narrows);
+        narrower.Finish();
+        EXPECT_EQ(narrower.Ids(0, parts), *library_->Parts().Ids(row.narrower));
+    }
+}
+
+} // namespace
+} // namespace partkeep
