@@ -8,6 +8,7 @@
 
 #include "controls/part_browser_contract.h"
 #include "partlibrary/browser_pane.h"
+#include "partlibrary/folder_names.h"
 #include "partlibrary/library_folder.h"
 #include "partlibrary/part_library.h"
 #include "partlibrary/view_state.h"
@@ -122,6 +123,7 @@ private:
     PartListView view_;
     std::vector<PartId> selection_;
     std::optional<std::u16string> target_folder_;
+    CFolderNames target_names_;
     std::int16_t data_kind_ = part_data_kind;
     DisplayUnit unit_ = DisplayUnit::Metric;
     DisplayUnit shown_unit_ = DisplayUnit::Metric;

@@ -66,11 +66,15 @@ bool CBrowserSession::StageFiles(CPartLibrary& library, const PartRow& part, Slo
     if (pane_ != nullptr) {
         pane_->CopyStarted(part.name);
     }
-    CStagedFiles files(*target_folder_);
+    CStagedFiles files(*target_folder_, target_names_);
     const std::u16string name = part.name.toStdU16String();
-    const bool read = library.ReadFiles(part.id, slots & part.slots, [&](FileSlot slot, const QByteArray& content) {
-        return files.Add(name + KindOf(slot).extension, content);
-    });
+    bool at_start = true;
+    const auto write = [&](FileSlot slot, const QByteArray& piece, bool last) {
+        const bool begun = !at_start || files.Begin(name + KindOf(slot).extension);
+        at_start = last;
+        return begun && files.Append(piece);
+    };
+    const bool read = library.ReadChunks(part.id, slots & part.slots, write);
     const bool staged = read && files.Commit();
     if (pane_ != nullptr) {
         pane_->CopyEnded();

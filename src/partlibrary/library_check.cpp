@@ -1,10 +1,9 @@
 #include "partlibrary/library_check.h"
 
 #include "partlibrary/bitmap_file.h"
-#include "partlibrary/content_hash.h"
+#include "partlibrary/file_chunks.h"
 #include "partlibrary/library_connection.h"
 #include "partlibrary/library_names.h"
-#include "partlibrary/library_schema.h"
 
 namespace partkeep {
 
@@ -47,11 +46,11 @@ bool CheckFolders(CLibraryConnection& connection, LibraryCheck& check)
 bool CheckParts(CLibraryConnection& connection, LibraryCheck& check)
 {
     CStatement statement(connection,
-                         QStringLiteral("SELECT name, slots, (SELECT coalesce(sum(1 << (f.id % %1)), 0) "
-                                        "FROM part_file f WHERE f.id BETWEEN part.id * %1 AND part.id * %1 + %2) "
-                                        "FROM part")
+                         QStringLiteral("SELECT name, slots, (SELECT coalesce(sum(1 << (f.id % %1 / %2)), 0) "
+                                        "FROM part_file f WHERE f.id BETWEEN part.id * %1 AND part.id * %1 + %1 - 1 "
+                                        "AND f.id % %2 = 0) FROM part")
                              .arg(file_id_step)
-                             .arg(file_id_step - 1));
+                             .arg(slot_id_step));
     for (statement.Run(); statement.Next(); ++check.parts) {
         const QString name = statement.Text(0);
         if (const NameFault fault = CheckName(name); fault != NameFault::None) {
@@ -64,34 +63,45 @@ bool CheckParts(CLibraryConnection& connection, LibraryCheck& check)
     return !statement.Failed();
 }
 
-const char* ContentFault(const CStatement& statement)
+// What is wrong with the file that ends with this piece, as far as its content tells.
+const char* KindFault(const ChunkRow& row, const QByteArray& content)
 {
-    const QByteArray content = statement.Bytes(2);
-    const qint64 slot = statement.Integer(0) % file_id_step;
-    if (slot < 0 || slot >= static_cast<qint64>(file_kinds.size())) {
+    const qint64 slot = row.id % file_id_step / slot_id_step;
+    if (slot >= static_cast<qint64>(file_kinds.size())) {
         return "a file of an unknown kind";
     }
-    if (ContentHash(content) != statement.Integer(1)) {
-        return "the content has changed";
-    }
-    return PictureFault(static_cast<FileSlot>(slot), content);
+    return row.rest == 0 ? PictureFault(static_cast<FileSlot>(slot), content) : nullptr;
 }
 
+// Only the beginning of a picture is looked at, so no more of a file is kept.
 bool CheckFiles(CLibraryConnection& connection, LibraryCheck& check)
 {
-    CStatement statement(connection, QStringLiteral("SELECT f.id, f.hash, f.content, part.name FROM part_file f "
-                                                    "LEFT JOIN part ON part.id = f.id / %1")
+    CStatement statement(connection, QStringLiteral("SELECT f.id, f.rest, f.hash, f.content, part.name "
+                                                    "FROM part_file f LEFT JOIN part ON part.id = f.id / %1 "
+                                                    "ORDER BY f.id")
                                          .arg(file_id_step));
-    for (statement.Run(); statement.Next(); ++check.files) {
-        if (statement.Value(3).isNull()) {
-            AddFinding(check, QStringLiteral("file %1: belongs to no part").arg(statement.Integer(0)));
+    CChunkOrder order;
+    QByteArray beginning;
+    for (statement.Run(); statement.Next();) {
+        const ChunkRow row{statement.Integer(0), statement.Integer(1), statement.Integer(2), statement.Bytes(3)};
+        const bool first = row.id % slot_id_step == 0;
+        check.files += first ? 1 : 0;
+        beginning = first ? row.content : beginning;
+        if (statement.Value(4).isNull()) {
+            AddFinding(check, QStringLiteral("file %1: belongs to no part").arg(row.id));
         }
-        if (const char* fault = ContentFault(statement); fault != nullptr) {
+        const char* fault = order.Take(row);
+        fault = fault != nullptr ? fault : KindFault(row, beginning);
+        if (fault != nullptr) {
             AddFinding(check, QStringLiteral("part %1, file %2: %3")
-                                  .arg(statement.Text(3))
-                                  .arg(statement.Integer(0) % file_id_step)
+                                  .arg(statement.Text(4))
+                                  .arg(row.id % file_id_step / slot_id_step)
                                   .arg(QLatin1String(fault)));
+            order = {};
         }
+    }
+    if (!order.Complete()) {
+        AddFinding(check, QStringLiteral("the last file lacks its end"));
     }
     return !statement.Failed();
 }

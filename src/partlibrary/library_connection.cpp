@@ -15,7 +15,7 @@ namespace {
 constexpr int busy_timeout_ms = 1000;
 
 // Pages of 64 KB; without room for a few hundred of them a large library is read from disk again and again.
-constexpr int read_cache_kb = 64 * 1024;
+constexpr int read_cache_kb = 4 * 1024;
 constexpr int write_cache_kb = 256 * 1024;
 
 // Result codes of the database engine (sqlite3.h), without their extension.

@@ -36,7 +36,8 @@ constexpr std::array schema{
     SchemaObject{"part_by_machine", "CREATE INDEX part_by_machine ON part(folder, machine_key, name_key)"},
     SchemaObject{"part_by_comment", "CREATE INDEX part_by_comment ON part(folder, comment_key, name_key)"},
     SchemaObject{"part_file", "CREATE TABLE part_file("
-                              "id INTEGER PRIMARY KEY, hash INTEGER NOT NULL, content BLOB NOT NULL) STRICT"},
+                              "id INTEGER PRIMARY KEY, rest INTEGER NOT NULL, hash INTEGER NOT NULL, "
+                              "content BLOB NOT NULL) STRICT"},
     SchemaObject{"part_search", "CREATE VIRTUAL TABLE part_search USING fts5("
                                 "pairs, content='', columnsize=0, detail=none, tokenize='ascii')"},
 };

@@ -5,7 +5,7 @@
 //   part         one row a part: attributes, the set of its file slots, and the stored keys by which a list is
 //                sorted and searched. Every order that a list can have is an index that begins with the folder
 //                and ends with name and id, so that a page of rows begins where the last one ended.
-//   part_file    the content of files and pictures; the id is part * file_id_step + slot
+//   part_file    the content of files and pictures in pieces (file_chunks.h)
 //   part_search  full-text index over pairs of characters (sort_text.h), without a copy of the text
 #pragma once
 
@@ -17,7 +17,6 @@ class CLibraryConnection;
 
 inline constexpr int library_version = 1;
 inline constexpr qint64 root_folder = 1;
-inline constexpr qint64 file_id_step = 16;
 
 // Lays the tables out in an empty file.
 bool CreateSchema(CLibraryConnection& connection);

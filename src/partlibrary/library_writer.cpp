@@ -2,8 +2,8 @@
 
 #include "partlibrary/bitmap_file.h"
 #include "partlibrary/content_hash.h"
+#include "partlibrary/file_chunks.h"
 #include "partlibrary/library_names.h"
-#include "partlibrary/library_schema.h"
 #include "partlibrary/sort_text.h"
 
 #include <QFile>
@@ -36,7 +36,8 @@ struct CLibraryWriter::Statements {
                                   "search_text, name_key, material_key, machine_key, comment_key) "
                                   "VALUES(?, 0, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)")),
           add_slot(connection, QStringLiteral("UPDATE part SET slots = slots | ? WHERE id = ?")),
-          put_file(connection, QStringLiteral("INSERT OR REPLACE INTO part_file(id, hash, content) VALUES(?, ?, ?)")),
+          remove_files(connection, QStringLiteral("DELETE FROM part_file WHERE id BETWEEN ? AND ?")),
+          put_chunk(connection, QStringLiteral("INSERT INTO part_file(id, rest, hash, content) VALUES(?, ?, ?, ?)")),
           add_search(connection, QStringLiteral("INSERT INTO part_search(rowid, pairs) VALUES(?, ?)"))
     {
     }
@@ -44,7 +45,8 @@ struct CLibraryWriter::Statements {
     CStatement find_part;
     CStatement add_part;
     CStatement add_slot;
-    CStatement put_file;
+    CStatement remove_files;
+    CStatement put_chunk;
     CStatement add_search;
 };
 
@@ -248,9 +250,26 @@ bool CLibraryWriter::PutFile(PartId part, FileSlot slot, const QByteArray& conte
     if (const char* reason = PictureFault(slot, content); reason != nullptr) {
         return Refuse(LibraryFault::BadInput, {}, QString::fromLatin1(reason));
     }
-    return statements_->put_file.Run(
-               {part * file_id_step + static_cast<qint64>(slot), static_cast<qint64>(ContentHash(content)), content}) &&
+    if (content.size() > max_file_bytes) {
+        return Refuse(LibraryFault::BadInput, {}, QStringLiteral("a file of more than 4 GB"));
+    }
+    const qint64 first = FirstChunk(part, slot);
+    return statements_->remove_files.Run({first, first + slot_id_step - 1}) && PutChunks(first, content) &&
            statements_->add_slot.Run({SetOf(slot), part});
+}
+
+bool CLibraryWriter::PutChunks(qint64 id, const QByteArray& content)
+{
+    qsizetype at = 0;
+    do {
+        const qsizetype size = std::min(chunk_bytes, content.size() - at);
+        const QByteArray piece = QByteArray::fromRawData(content.constData() + at, size);
+        at += size;
+        if (!statements_->put_chunk.Run({id++, content.size() - at, static_cast<qint64>(ContentHash(piece)), piece})) {
+            return false;
+        }
+    } while (at < content.size());
+    return true;
 }
 
 bool CLibraryWriter::RemovePart(qint64 folder, const QString& name)
@@ -264,8 +283,7 @@ bool CLibraryWriter::RemovePart(qint64 folder, const QString& name)
     find.Finish();
     --new_parts_[folder];
     return RemoveFromIndex(part, search_text) &&
-           connection_->Execute(QStringLiteral("DELETE FROM part_file WHERE id BETWEEN ? AND ?"),
-                                {part * file_id_step, part * file_id_step + file_id_step - 1}) &&
+           statements_->remove_files.Run({part * file_id_step, part * file_id_step + file_id_step - 1}) &&
            connection_->Execute(QStringLiteral("DELETE FROM part WHERE id = ?"), {part});
 }
 

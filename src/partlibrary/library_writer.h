@@ -65,6 +65,7 @@ private:
     std::optional<qint64> AddFolder(const QString& path);
     std::optional<PartId> AddPart(qint64 folder, const QString& name, const PartAttributes& attributes);
     bool UpdatePart(PartId part, const QString& name, const PartAttributes& attributes, const QString& old_search);
+    bool PutChunks(qint64 id, const QByteArray& content);
     bool AddToIndex(PartId part, const QString& search_text);
     bool RemoveFromIndex(PartId part, const QString& search_text);
 

@@ -1,9 +1,8 @@
 #include "partlibrary/part_library.h"
 
-#include "partlibrary/content_hash.h"
-#include "partlibrary/library_schema.h"
+#include "partlibrary/file_chunks.h"
 
-#include <QStringList>
+#include <utility>
 
 namespace partkeep {
 
@@ -22,18 +21,35 @@ FolderRow ReadFolder(const CStatement& statement)
             statement.Integer(4) != 0};
 }
 
-QString FileIds(PartId part, SlotSet slots)
-{
-    QStringList ids;
-    for (const FileKind& row : file_kinds) {
-        if ((slots & SetOf(row.slot)) != 0) {
-            ids += QString::number(part * file_id_step + static_cast<qint64>(row.slot));
-        }
+} // namespace
+
+struct CPartLibrary::Prepared {
+    explicit Prepared(CLibraryConnection& connection)
+        : find_part(connection, part_columns + QStringLiteral("WHERE folder = (SELECT id FROM folder WHERE path = ?) "
+                                                              "AND name = ?")),
+          read_run(connection, QStringLiteral("SELECT id, rest, hash, content FROM part_file "
+                                              "WHERE id BETWEEN ? AND ? ORDER BY id"))
+    {
     }
-    return ids.join(u',');
+
+    CStatement find_part;
+    CStatement read_run;
+};
+
+CPartLibrary::CPartLibrary(std::unique_ptr<CLibraryConnection> connection)
+    : connection_(std::move(connection)), parts_(*connection_)
+{
 }
 
-} // namespace
+CPartLibrary::~CPartLibrary() = default;
+
+CPartLibrary::Prepared& CPartLibrary::Statements()
+{
+    if (prepared_ == nullptr || prepared_->find_part.Failed() || prepared_->read_run.Failed()) {
+        prepared_ = std::make_unique<Prepared>(*connection_);
+    }
+    return *prepared_;
+}
 
 std::unique_ptr<CPartLibrary> CPartLibrary::Open(const QString& file, LibraryProblem& problem)
 {
@@ -58,11 +74,11 @@ std::optional<qint64> CPartLibrary::FindFolder(const QString& path)
 
 std::optional<PartRow> CPartLibrary::FindPart(const QString& folder, const QString& name)
 {
-    CStatement statement(*connection_,
-                         part_columns + QStringLiteral("WHERE folder = (SELECT id FROM folder WHERE path = ?) "
-                                                       "AND name = ?"));
+    CStatement& statement = Statements().find_part;
     statement.Run({folder, name});
-    return ReadPart(statement, folder + u'\\' + name);
+    auto part = ReadPart(statement, folder + u'\\' + name);
+    statement.Finish();
+    return part;
 }
 
 std::optional<PartRow> CPartLibrary::FindPart(PartId id)
@@ -115,24 +131,63 @@ std::optional<FolderRow> CPartLibrary::Folder(qint64 id)
     return std::nullopt;
 }
 
-bool CPartLibrary::ReadFiles(PartId part, SlotSet slots, const FileReader& reader)
+// Neighbouring slots are read in one go; what is not asked for is not read at all.
+bool CPartLibrary::ReadChunks(PartId part, SlotSet slots, const ChunkReader& reader)
 {
-    CStatement statement(*connection_, QStringLiteral("SELECT id, hash, content FROM part_file WHERE id IN (%1) "
-                                                      "ORDER BY id")
-                                           .arg(FileIds(part, slots)));
-    statement.Run();
-    while (statement.Next()) {
-        const QByteArray content = statement.Bytes(2);
-        if (ContentHash(content) != statement.Integer(1)) {
-            connection_->SetProblem(
-                {LibraryFault::Damaged, connection_->File(), QStringLiteral("the content of a file has changed")});
+    for (std::size_t first = 0; first < file_kinds.size(); ++first) {
+        if ((slots & SetOf(file_kinds[first].slot)) == 0) {
+            continue;
+        }
+        std::size_t last = first;
+        while (last + 1 < file_kinds.size() && (slots & SetOf(file_kinds[last + 1].slot)) != 0) {
+            ++last;
+        }
+        if (!ReadRun(part, file_kinds[first].slot, file_kinds[last].slot, reader)) {
             return false;
         }
-        if (!reader(static_cast<FileSlot>(statement.Integer(0) % file_id_step), content)) {
+        first = last;
+    }
+    return true;
+}
+
+bool CPartLibrary::ReadRun(PartId part, FileSlot first, FileSlot last, const ChunkReader& reader)
+{
+    CStatement& statement = Statements().read_run;
+    statement.Run({FirstChunk(part, first), FirstChunk(part, last) + slot_id_step - 1});
+    const bool read = ReadRows(statement, reader);
+    statement.Finish();
+    return read;
+}
+
+bool CPartLibrary::ReadRows(CStatement& statement, const ChunkReader& reader)
+{
+    CChunkOrder order;
+    while (statement.Next()) {
+        const ChunkRow row{statement.Integer(0), statement.Integer(1), statement.Integer(2), statement.Bytes(3)};
+        if (const char* fault = order.Take(row); fault != nullptr) {
+            return SetDamaged(fault);
+        }
+        const auto slot = static_cast<FileSlot>(row.id % file_id_step / slot_id_step);
+        if (!reader(slot, row.content, row.rest == 0)) {
             return false;
         }
     }
-    return !statement.Failed();
+    return !statement.Failed() && (order.Complete() || SetDamaged("a piece of a file is missing"));
+}
+
+bool CPartLibrary::SetDamaged(const char* detail)
+{
+    connection_->SetProblem({LibraryFault::Damaged, connection_->File(), QString::fromLatin1(detail)});
+    return false;
+}
+
+bool CPartLibrary::ReadFiles(PartId part, SlotSet slots, const FileReader& reader)
+{
+    QByteArray content;
+    return ReadChunks(part, slots, [&content, &reader](FileSlot slot, const QByteArray& piece, bool last) {
+        content += piece;
+        return !last || reader(slot, std::exchange(content, {}));
+    });
 }
 
 } // namespace partkeep

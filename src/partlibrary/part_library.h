@@ -25,6 +25,9 @@ class CPartLibrary {
 public:
     // Null on failure, with the reason. `file` is a native path.
     [[nodiscard]] static std::unique_ptr<CPartLibrary> Open(const QString& file, LibraryProblem& problem);
+    ~CPartLibrary();
+    CPartLibrary(const CPartLibrary&) = delete;
+    CPartLibrary& operator=(const CPartLibrary&) = delete;
 
     // What the last call that gave nothing met: NoFolder or NoPart for what is not there, else trouble.
     [[nodiscard]] const LibraryProblem& Problem() const { return connection_->Problem(); }
@@ -38,8 +41,13 @@ public:
     [[nodiscard]] std::optional<std::vector<FolderRow>> Folders(qint64 parent);
     [[nodiscard]] std::optional<FolderRow> Folder(qint64 id);
 
-    // Hands over the content of each of the part's files in `slots`, in the order of the slots. False on an
-    // error, on content that is not what was once stored, and when the reader says false.
+    // Hands over the content of each of the part's files in `slots`, in the order of the slots and piece by
+    // piece; `last` marks the last piece of a file. False on an error, on content that is not what was once
+    // stored, and when the reader says false: what was handed over of that file is then worth nothing.
+    using ChunkReader = std::function<bool(FileSlot, const QByteArray& piece, bool last)>;
+    bool ReadChunks(PartId part, SlotSet slots, const ChunkReader& reader);
+
+    // The same with each file as a whole.
     using FileReader = std::function<bool(FileSlot, const QByteArray&)>;
     bool ReadFiles(PartId part, SlotSet slots, const FileReader& reader);
 
@@ -47,13 +55,18 @@ public:
     [[nodiscard]] CLibraryConnection& Connection() { return *connection_; }
 
 private:
-    explicit CPartLibrary(std::unique_ptr<CLibraryConnection> connection)
-        : connection_(std::move(connection)), parts_(*connection_)
-    {
-    }
+    // The statements that run for every part of a copy: prepared once, and anew after a failure.
+    struct Prepared;
+
+    explicit CPartLibrary(std::unique_ptr<CLibraryConnection> connection);
+    [[nodiscard]] Prepared& Statements();
+    bool ReadRun(PartId part, FileSlot first, FileSlot last, const ChunkReader& reader);
+    bool ReadRows(CStatement& statement, const ChunkReader& reader);
+    bool SetDamaged(const char* detail);
     [[nodiscard]] std::optional<PartRow> ReadPart(CStatement& statement, const QString& subject);
 
     std::unique_ptr<CLibraryConnection> connection_;
+    std::unique_ptr<Prepared> prepared_; // null at first
     CPartList parts_;
 };
 

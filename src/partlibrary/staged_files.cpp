@@ -8,17 +8,18 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstdio>
-#include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
-#include <memory>
 #include <sys/stat.h>
+#include <sys/uio.h>
+#include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace partkeep {
 
 namespace {
+
+constexpr qsizetype write_bytes = 256 * 1024;
 
 constexpr mode_t new_file_mode = 0666; // less the process's mask, as for a file that is copied
 
@@ -41,46 +42,25 @@ std::string RandomPrefix()
     return "~partkeep" + number.toStdString() + "-";
 }
 
-struct DirectoryCloser {
-    void operator()(DIR* directory) const { closedir(directory); }
-};
-
-// The file names in a folder, whose descriptor stays open.
-std::vector<std::string> FileNames(int directory)
+// Behind what a write has taken; pieces that are used up are left out, empty ones too.
+std::vector<iovec>::iterator Advance(std::vector<iovec>::iterator first, std::vector<iovec>::iterator end,
+                                     std::size_t count)
 {
-    std::vector<std::string> names;
-    const int copy = openat(directory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    const std::unique_ptr<DIR, DirectoryCloser> stream(copy >= 0 ? fdopendir(copy) : nullptr);
-    if (stream == nullptr) {
-        if (copy >= 0) {
-            close(copy);
-        }
-        return names;
+    while (first != end && count >= first->iov_len) {
+        count -= first->iov_len;
+        ++first;
     }
-    while (const dirent* entry = readdir(stream.get())) {
-        names.emplace_back(entry->d_name);
+    if (first != end) {
+        first->iov_base = static_cast<char*>(first->iov_base) + count;
+        first->iov_len -= count;
     }
-    return names;
-}
-
-bool IsAscii(std::string_view text)
-{
-    return std::all_of(text.begin(), text.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
-}
-
-// Folding is slow beside reading a folder's names, so plain ASCII of another length is told apart at once.
-bool IsSpelling(const std::string& candidate, std::string_view narrow, std::u16string_view wide)
-{
-    if (candidate.size() != narrow.size() && IsAscii(candidate) && IsAscii(narrow)) {
-        return false;
-    }
-    return EqualNoCase(WidenText(candidate, utf8_code_page), wide);
+    return first;
 }
 
 } // namespace
 
-CStagedFiles::CStagedFiles(std::u16string_view folder)
-    : folder_(folder.empty() ? "." : NativePath(folder)), prefix_(RandomPrefix())
+CStagedFiles::CStagedFiles(std::u16string_view folder, CFolderNames& names)
+    : names_(names), folder_(folder.empty() ? "." : NativePath(folder)), prefix_(RandomPrefix())
 {
     directory_ = open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (directory_ < 0) {
@@ -90,6 +70,9 @@ CStagedFiles::CStagedFiles(std::u16string_view folder)
 
 CStagedFiles::~CStagedFiles()
 {
+    if (file_ >= 0) {
+        close(file_);
+    }
     for (const Entry& entry : entries_) {
         unlinkat(directory_, entry.temporary.c_str(), 0);
     }
@@ -105,74 +88,68 @@ bool CStagedFiles::Fail(int error)
     return false;
 }
 
-bool CStagedFiles::Add(std::u16string_view name, QByteArrayView content)
+bool CStagedFiles::Begin(std::u16string_view name)
 {
-    if (problem_) {
+    if (problem_ || !End()) {
         return false;
     }
     const std::string narrow = NarrowText(name, utf8_code_page);
     if (folder_.size() + 1 + narrow.size() >= PATH_MAX || narrow.size() > NAME_MAX) {
         return Fail(ENAMETOOLONG);
     }
-    std::string temporary = prefix_ + std::to_string(entries_.size());
-    entries_.push_back({std::u16string(name), temporary, {}});
-    return WriteTemporary(temporary, content);
+    entries_.push_back({std::u16string(name), prefix_ + std::to_string(entries_.size())});
+    file_ = openat(directory_, entries_.back().temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                   new_file_mode);
+    return file_ >= 0 || Fail(errno);
 }
 
-bool CStagedFiles::WriteTemporary(const std::string& temporary, QByteArrayView content)
+// Kept until there is enough for one large write, which the file system answers with large blocks.
+bool CStagedFiles::Append(const QByteArray& content)
 {
-    const int file =
-        openat(directory_, temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, new_file_mode);
-    if (file < 0) {
-        return Fail(errno);
+    pending_.push_back(content);
+    pending_bytes_ += content.size();
+    return pending_bytes_ < write_bytes || Flush();
+}
+
+bool CStagedFiles::Flush()
+{
+    std::vector<iovec> pieces;
+    for (const QByteArray& content : pending_) {
+        pieces.push_back({const_cast<char*>(content.constData()), static_cast<std::size_t>(content.size())});
     }
-    const bool written = WriteAll(file, content);
-    const bool closed = close(file) == 0;
-    return written && (closed || Fail(errno));
-}
-
-bool CStagedFiles::WriteAll(int file, QByteArrayView content)
-{
-    while (!content.isEmpty()) {
-        const ssize_t count = write(file, content.data(), static_cast<std::size_t>(content.size()));
+    for (auto first = pieces.begin(); first != pieces.end();) {
+        const ssize_t count = writev(file_, &*first, static_cast<int>(pieces.end() - first));
         if (count < 0 && errno != EINTR) {
             return Fail(errno);
         }
-        content = content.sliced(std::max<ssize_t>(count, 0));
+        first = Advance(first, pieces.end(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     }
+    pending_.clear();
+    pending_bytes_ = 0;
     return true;
 }
 
-// The exact spelling wins. Only where it is missing is the folder read, once for all files.
-void CStagedFiles::FindSpellings()
+// A file system may tell only here that there was no room.
+bool CStagedFiles::End()
 {
-    std::vector<std::string> names;
-    for (Entry& entry : entries_) {
-        entry.target = NarrowText(entry.name, utf8_code_page);
-        if (faccessat(directory_, entry.target.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0) {
-            continue;
-        }
-        if (names.empty()) {
-            names = FileNames(directory_);
-            std::sort(names.begin(), names.end());
-        }
-        const auto found = std::find_if(names.begin(), names.end(), [&entry](const std::string& candidate) {
-            return IsSpelling(candidate, entry.target, entry.name);
-        });
-        if (found != names.end()) {
-            entry.target = *found;
-        }
+    if (file_ < 0) {
+        return true;
     }
+    const bool flushed = Flush();
+    const bool closed = close(std::exchange(file_, -1)) == 0;
+    return flushed && (closed || Fail(errno));
 }
 
+// A file of another spelling keeps its name and takes the new content.
 bool CStagedFiles::Commit()
 {
-    if (problem_) {
+    if (problem_ || !End()) {
         return false;
     }
-    FindSpellings();
+    names_.Update(directory_);
     for (const Entry& entry : entries_) {
-        if (renameat(directory_, entry.temporary.c_str(), directory_, entry.target.c_str()) != 0) {
+        const std::string target = names_.SpellingOf(directory_, entry.name);
+        if (renameat(directory_, entry.temporary.c_str(), directory_, target.c_str()) != 0) {
             return Fail(errno);
         }
     }

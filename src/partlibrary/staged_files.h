@@ -3,9 +3,10 @@
 // Nothing is flushed to the disk on the way: a copy can be made again.
 #pragma once
 
+#include "partlibrary/folder_names.h"
 #include "partlibrary/library_problem.h"
 
-#include <QByteArrayView>
+#include <QByteArray>
 
 #include <string>
 #include <string_view>
@@ -15,16 +16,18 @@ namespace partkeep {
 
 class CStagedFiles {
 public:
-    // `folder` is a core path, with or without a separator at its end; empty is the current folder.
-    explicit CStagedFiles(std::u16string_view folder);
+    // `folder` is a core path, with or without a separator at its end; empty is the current folder. `names` may
+    // serve one run of copies after another and is borrowed.
+    CStagedFiles(std::u16string_view folder, CFolderNames& names);
     ~CStagedFiles(); // removes what was not committed
     CStagedFiles(const CStagedFiles&) = delete;
     CStagedFiles& operator=(const CStagedFiles&) = delete;
 
-    // Writes one file beside its place. `name` is a plain file name.
-    bool Add(std::u16string_view name, QByteArrayView content);
+    // Begins a file beside its place, `name` being a plain file name, and ends the one before.
+    bool Begin(std::u16string_view name);
+    bool Append(const QByteArray& content);
 
-    // Puts all files in place. A file that stands there in other letter case is replaced.
+    // Ends the last file and puts all in place. A file that stands there in other letter case is replaced.
     bool Commit();
 
     [[nodiscard]] const LibraryProblem& Problem() const { return problem_; }
@@ -33,16 +36,18 @@ private:
     struct Entry {
         std::u16string name;
         std::string temporary;
-        std::string target; // empty until the spelling on disk is known
     };
 
-    bool WriteTemporary(const std::string& temporary, QByteArrayView content);
-    bool WriteAll(int file, QByteArrayView content);
-    void FindSpellings();
+    bool Flush();
+    bool End();
     bool Fail(int error);
 
+    CFolderNames& names_;
     std::string folder_;
     int directory_ = -1;
+    int file_ = -1; // that is being written
+    std::vector<QByteArray> pending_;
+    qsizetype pending_bytes_ = 0;
     std::string prefix_; // of the temporary names
     std::vector<Entry> entries_;
     LibraryProblem problem_;

@@ -105,6 +105,29 @@ TEST_F(LibraryDamage, AChangedFileIsFoundByItsHash)
     EXPECT_TRUE(check->findings.front().contains(QStringLiteral("part P1")));
 }
 
+TEST_F(LibraryDamage, AMissingPieceIsFound)
+{
+    const QByteArray large(200000, 'x');
+    libraries_.Fill(QStringLiteral("SRV1"), [&large](CLibraryWriter& writer) {
+        const auto part = writer.PutPart(1, QStringLiteral("Large"), std::nullopt);
+        ASSERT_TRUE(writer.PutFile(*part, FileSlot::Iga, large));
+    });
+    const QString sound = QStringLiteral("DELETE FROM part_file WHERE id < 0");
+    const QString rows[] = {sound, QStringLiteral("DELETE FROM part_file WHERE rest = 69184"),
+                            QStringLiteral("DELETE FROM part_file WHERE id = (SELECT max(id) FROM part_file)")};
+    for (const QString& row : rows) {
+        LibraryProblem problem;
+        ASSERT_TRUE(CLibraryConnection::Open(QString::fromStdString(file_), OpenMode::Write, problem)->Execute(row));
+        CBrowserSession session{CLibraryFolder(libraries_.Folder())};
+        session.SetTargetFolder(target_.Core());
+        EXPECT_EQ(session.CopyPartFiles(u"SRV1", u"\\Large"), row == sound) << row.toStdString();
+        EXPECT_EQ(NamesIn(target_.Path()).size(), row == sound ? 1U : 0U) << row.toStdString();
+        std::filesystem::remove(target_.Path("Large.iga"));
+        const auto check = CheckLibrary(QString::fromStdString(file_), problem);
+        EXPECT_EQ(check && check->findings.isEmpty(), row == sound) << row.toStdString();
+    }
+}
+
 TEST_F(LibraryDamage, WhatIsNoLibraryIsTold)
 {
     const QString file = QString::fromStdString(file_);
@@ -200,7 +223,7 @@ TEST_F(LibraryDamage, AnInterruptedWriteIsTakenBack)
         ASSERT_TRUE(writer->Execute(QStringLiteral("BEGIN")));
         ASSERT_TRUE(writer->Execute(QStringLiteral("DELETE FROM part_file")));
         ASSERT_TRUE(writer->Execute(QStringLiteral("UPDATE part SET comment = 'half'")));
-        ASSERT_TRUE(writer->Execute(QStringLiteral("INSERT INTO part_file VALUES(9000, 0, zeroblob(4000000))")));
+        ASSERT_TRUE(writer->Execute(QStringLiteral("INSERT INTO part_file VALUES(9000, 0, 0, zeroblob(4000000))")));
         std::filesystem::copy(file_, copy);
         std::filesystem::copy(file_ + "-journal", copy + "-journal");
     }

@@ -104,6 +104,26 @@ TEST_F(SessionCopy, ReplacesAFileOfAnotherSpelling)
     EXPECT_EQ(ReadBytes(target_.Path("P1.IGA")), "old");
 }
 
+// The folder is watched between copies, so that it need not be read again for each.
+TEST_F(SessionCopy, HearsOfSpellingsThatCameAndWentBetweenCopies)
+{
+    EXPECT_TRUE(CopyP1());
+    for (const char* spelling : {"p1.IGA", "P1.Iga", "p1.iga"}) {
+        for (const std::string& name : NamesIn(target_.Path())) {
+            std::filesystem::remove(target_.Path(name));
+        }
+        WriteBytes(target_.Path(spelling), "old");
+        EXPECT_TRUE(CopyP1());
+        EXPECT_EQ(ReadBytes(target_.Path(spelling)), "P1.iga");
+        EXPECT_EQ(NamesIn(target_.Path()).size(), 4U) << spelling;
+    }
+    std::filesystem::remove_all(target_.Path());
+    std::filesystem::create_directory(target_.Path()); // another folder at the same place
+    WriteBytes(target_.Path("P1.bMF"), "old");
+    EXPECT_TRUE(CopyP1());
+    EXPECT_EQ(ReadBytes(target_.Path("P1.bMF")), "P1.bmf");
+}
+
 TEST_F(SessionCopy, AFolderOrALinkInTheWayDoesNoHarm)
 {
     std::filesystem::create_directory(target_.Path("P1.iga"));
