@@ -1,0 +1,390 @@
+// Whole runs on the open part browser, from SetWorkingFolder to GetPartInfo.
+
+#include "tests/desktop/operator_run.h"
+
+#include "partlibrary/tool/sample_library.h"
+#include "resources/resource_ids.h"
+
+#include <set>
+
+namespace partkeep {
+namespace {
+
+const Texts sample_servers = {"PLATES", "板金部品", "钣金件"};
+const std::string title = " 'Kolvyn PartkeepRead'";
+const std::string no_files = "'No IGA or BMF files found for the part.\n Part Name:";
+
+std::string Repeated(const std::string& text, std::size_t times)
+{
+    std::string repeated;
+    while (times-- > 0) {
+        repeated += text;
+    }
+    return repeated;
+}
+
+const std::string long_server = Repeated("s", 99);
+const std::string long_folder = Repeated("板", 33);
+const std::string long_part = Repeated("钣", 33);
+
+void FillEdges(CTestLibraries& libraries)
+{
+    using enum FileSlot;
+    libraries.Fill(QStringLiteral("EDGE"), [](CLibraryWriter& writer) {
+        for (int number = 1; number <= 257; ++number) {
+            PutTestPart(writer, QStringLiteral("Many"), u'P' + QString::number(number), SetOf(Iga));
+        }
+        for (const char* name : {"P", "P.1", "P.1.2", "Case", "CASE"}) {
+            PutTestPart(writer, QStringLiteral("Names"), QString::fromLatin1(name), SetOf(Iga) | SetOf(Ncd));
+        }
+        PutTestPart(writer, QStringLiteral("v1.2"), QStringLiteral("P"), SetOf(Iga));
+    });
+    libraries.Fill(QString::fromStdString(long_server), [](CLibraryWriter& writer) {
+        PutTestPart(writer, QString::fromStdString(long_folder), QString::fromStdString(long_part), SetOf(Bmf));
+    });
+}
+
+// Made once: nothing changes them.
+const std::filesystem::path& SampleLibraries()
+{
+    static const CTemporaryFolder* const folder = new CTemporaryFolder; // until the process ends
+    static const std::filesystem::path path = [] {
+        QStringList made;
+        LibraryProblem problem;
+        const QString where = QString::fromStdString(folder->Path().string());
+        EXPECT_TRUE(MakeSampleLibraries(where, false, made, problem)) << ProblemText(problem);
+        return folder->Path();
+    }();
+    return path;
+}
+
+struct Row {
+    const char* label;
+    Texts steps;
+    Texts records;
+    std::string files;
+    std::string servers;
+    std::string options;
+    Texts messages;
+    std::string calls;
+    bool multi = true;
+};
+
+void Check(COperatorRun& run, PartkeepReadImpl& host, const Row& row)
+{
+    EXPECT_EQ(run.Records(host), row.records);
+    EXPECT_EQ(Joined(run.Files()), row.files);
+    EXPECT_EQ(run.Servers(), row.servers);
+    EXPECT_EQ(run.Options(), row.options);
+    EXPECT_EQ(run.Messages(), row.messages);
+    EXPECT_EQ(run.Calls(), ExpandCalls(row.calls));
+}
+
+void PlayEach(const std::filesystem::path& libraries, const std::vector<Row>& rows)
+{
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.label);
+        COperatorRun run(libraries);
+        run.Play(run.object, row.multi, row.steps);
+        Check(run, run.object, row);
+    }
+}
+
+TEST(OperatorRuns, OnTheSampleLibrary)
+{
+    const std::string in_l = ServersFile("PLATES", "Brackets\\L", "metric", sample_servers);
+    const std::string plain = OptionsFile(false, 0);
+    PlayEach(
+        SampleLibraries(),
+        {
+            {"one part, the last selected counts",
+             {"go PLATES Brackets\\L", "select BRK-1 BRK-3", "load"},
+             {"BRK-3 x1 PLATES|Brackets\\L PLATESBracketsL .iga"},
+             "PLATESBracketsL/BRK-3.bmf PLATESBracketsL/BRK-3.iga",
+             in_l,
+             plain,
+             {},
+             "start go click count into staged named leave",
+             false},
+            {"several, one with a picture under the cursor, loaded by Enter",
+             {"go PLATES Brackets\\L", "select BRK-3", "select BRK-2 BRK-4", "enter"},
+             {"BRK-2 x1 PLATES|Brackets\\L PLATESBracketsL .bmf", "BRK-4 x1 PLATES|Brackets\\L PLATESBracketsL .iga"},
+             "PLATESBracketsL/BRK-2.bmf PLATESBracketsL/BRK-4.iga",
+             in_l,
+             plain,
+             {},
+             "start go click png click count into staged*2 leave"},
+            {"three folders on two servers, one removed, one changed, a duplicate",
+             {"ask", "go PLATES Brackets\\L", "select BRK-1 BRK-2", "add 5", "go PLATES Panels\\2008\\Steel",
+              "select PNL-4", "add 007", "hide", "go 板金部品 筐体\\カバー", "select カバー1 カバー2", "add 12",
+              "select カバー2 カバー8", "add 3", "remove 1", "change 0 99", "change 3 -", "none", "load"},
+             {"BRK-1 x99 PLATES|Brackets\\L PLATESBracketsL .iga",
+              "PNL-4 x007 PLATES|Panels\\2008\\Steel PLATESPanels2008Steel .iga",
+              "カバー1 x12 板金部品|筐体\\カバー 板金部品筐体カバー .iga",
+              "カバー2 x12 板金部品|筐体\\カバー 板金部品筐体カバー .bmf",
+              "カバー8 x3 板金部品|筐体\\カバー 板金部品筐体カバー .iga"},
+             "PLATESBracketsL/BRK-1.iga PLATESBracketsL/BRK-2.bmf PLATESPanels2008Steel/PNL-4.iga "
+             "板金部品筐体カバー/カバー1.iga 板金部品筐体カバー/カバー2.bmf 板金部品筐体カバー/カバー8.iga",
+             ServersFile("板金部品", "筐体\\カバー", "metric", sample_servers),
+             OptionsFile(true, 0),
+             {"'The selected part カバー2 is already added to the list.'" + title},
+             "start go click count into staged*2 clear go click png count into staged clear go click count into "
+             "staged*2 clear click count into named staged clear GetSelectedPartCount GetCurrentServer count into "
+             "leave"},
+            {"machine data, on top of what is listed",
+             {"filter NCT", "go 钣金件 支架", "select 支架-1", "add", "filter LASER", "select 支架-1 支架-7", "load"},
+             {"支架-1 x1 钣金件|支架 钣金件支架 .iga .SY5 type 1", "支架-7 x1 钣金件|支架 钣金件支架 .NCD type 2"},
+             "钣金件支架/支架-1.SY5 钣金件支架/支架-1.iga 钣金件支架/支架-7.NCD",
+             ServersFile("钣金件", "支架", "metric", sample_servers),
+             OptionsFile(false, 2),
+             {},
+             "start SetPartFilter go click count into staged2 clear SetPartFilter click count into named staged2 "
+             "leave"},
+            {"all of a folder, by Ctrl+A, without a click",
+             {"go PLATES Brackets\\L", "select BRK-1", "go PLATES Panels\\2008\\Aluminium", "all", "load"},
+             {"AL-1 x1 PLATES|Panels\\2008\\Aluminium PLATESBracketsL .iga",
+              "AL-2 x1 PLATES|Panels\\2008\\Aluminium PLATESBracketsL .bmf",
+              "AL-3 x1 PLATES|Panels\\2008\\Aluminium PLATESBracketsL .iga",
+              "AL-4 x1 PLATES|Panels\\2008\\Aluminium PLATESBracketsL .iga",
+              "AL-5 x1 PLATES|Panels\\2008\\Aluminium PLATESBracketsL .iga",
+              "AL-6 x1 PLATES|Panels\\2008\\Aluminium PLATESBracketsL .bmf"},
+             "PLATESBracketsL/AL-1.iga PLATESBracketsL/AL-2.bmf PLATESBracketsL/AL-3.bmf PLATESBracketsL/AL-3.iga "
+             "PLATESBracketsL/AL-4.iga PLATESBracketsL/AL-5.iga PLATESBracketsL/AL-6.bmf",
+             in_l,
+             plain,
+             {},
+             "start go click click GetSelectedPartCount GetCurrentServer SelectAllParts count into staged*6 leave"},
+            {"files missing",
+             {"go PLATES Brackets\\L", "select BRK-1 BRK-2 BRK-4", "add", "lose PLATESBracketsL/BRK-2.bmf", "load"},
+             {"BRK-1 x1 PLATES|Brackets\\L PLATESBracketsL .iga", "BRK-4 x1 PLATES|Brackets\\L PLATESBracketsL .iga"},
+             "PLATESBracketsL/BRK-1.iga PLATESBracketsL/BRK-4.iga",
+             in_l,
+             plain,
+             {no_files + "BRK-2'" + title},
+             "start go click count into staged*3 clear count into leave"},
+            {"a library that vanishes between Add and Load",
+             {"go PLATES Brackets\\L", "select BRK-1", "add", "vanish PLATES", "unit inch", "load"},
+             {"BRK-1 x1 PLATES|Brackets\\L PLATESBracketsL .iga"},
+             "PLATESBracketsL/BRK-1.iga",
+             ServersFile("PLATES", "Brackets\\L", "inch", sample_servers),
+             plain,
+             {},
+             "start go click count into staged clear SetDisplayUnit RefreshPartList count into leave"},
+            {"a disk that is full behind the first part",
+             {"go PLATES Brackets\\L", "select BRK-1 BRK-8", "disk 8192", "load"},
+             {"BRK-1 x1 PLATES|Brackets\\L PLATESBracketsL .iga"},
+             ".filler PLATESBracketsL/BRK-1.iga",
+             in_l,
+             plain,
+             {no_files + "BRK-8'" + title},
+             "start go click count into staged*2 leave"},
+            {"a read-only disk",
+             {"go PLATES Brackets\\L", "select BRK-1 BRK-2", "disk readonly", "add", "load"},
+             {},
+             "",
+             in_l,
+             plain,
+             {no_files + "BRK-1'" + title, no_files + "BRK-2'" + title},
+             "start go click count into staged*2 clear count into leave"},
+        });
+}
+
+TEST(OperatorRuns, AtTheLimits)
+{
+    CTestLibraries libraries;
+    FillEdges(libraries);
+    const Texts servers = {"EDGE", long_server};
+    const std::string in_names = ServersFile("EDGE", "Names", "metric", servers);
+    const std::string plain = OptionsFile(false, 0);
+    const std::string too_many = "'Total number of selected parts exceeds the maximum limit of 256. Please select "
+                                 "parts with total count less than or equal to 256.'" +
+                                 title;
+    Row row{"256 and 257",
+            {"go EDGE Many", "all", "add", "ask", "all", "load 7", "all", "load -", "first 256", "add 8", "select P257",
+             "load 9"},
+            {},
+            "",
+            ServersFile("EDGE", "Many", "metric", servers),
+            OptionsFile(true, 0),
+            {too_many, too_many},
+            "start go SelectAllParts count SelectAllParts count SelectAllParts count clear click count into "
+            "staged*256 clear click count into staged leave"};
+    for (int number = 1; number <= 257; ++number) {
+        const std::string name = "P" + std::to_string(number);
+        row.records.push_back(name + (number <= 256 ? " x8" : " x9") + " EDGE|Many EDGEMany .iga");
+    }
+    for (const std::string& record : std::set<std::string>(row.records.begin(), row.records.end())) {
+        row.files += (row.files.empty() ? "EDGEMany/" : " EDGEMany/") + record.substr(0, record.find(' ')) + ".iga";
+    }
+    PlayEach(libraries.Folder().toStdString(),
+             {row,
+              {"names as long as can be",
+               {"go " + long_server + " " + long_folder, "select " + long_part, "load"},
+               {long_part + " x1 " + long_server + "|" + long_folder + " " + long_server + long_folder + " .bmf"},
+               long_server + long_folder + "/" + long_part + ".bmf",
+               ServersFile(long_server, long_folder, "metric", servers),
+               plain,
+               {},
+               "start go click count into staged leave"},
+              {"names with dots: a part clears the files of those that begin with its name and a dot",
+               {"go EDGE Names", "select P.1 P.1.2", "add", "select P", "load"},
+               {"P x1 EDGE|Names EDGENames .iga"},
+               "EDGENames/P.iga",
+               in_names,
+               plain,
+               {no_files + "P.1'" + title, no_files + "P.1.2'" + title},
+               "start go click count into staged*2 clear click count into staged leave"},
+              {"a folder with a dot: nothing is cleared",
+               {"go EDGE v1.2", "select P", "add", "go EDGE Names", "select P", "load"},
+               {"P x1 EDGE|v1.2 EDGEv1.2 .iga", "P x1 EDGE|Names EDGENames .iga"},
+               "EDGENames/P.iga EDGEv1.2/P.iga",
+               in_names,
+               plain,
+               {},
+               "start go click count into staged clear go click count into staged leave"},
+              {"names that differ only in case: the files of the later, both records",
+               {"filter LASER", "go EDGE Names", "select Case", "add", "select CASE", "add", "none", "load"},
+               {"Case x1 EDGE|Names EDGENames .iga .NCD type 2", "CASE x1 EDGE|Names EDGENames .iga .NCD type 2"},
+               "EDGENames/CASE.NCD EDGENames/CASE.iga",
+               in_names,
+               OptionsFile(false, 2),
+               {},
+               "start SetPartFilter go click count into staged2 clear click count into staged2 clear "
+               "GetSelectedPartCount GetCurrentServer count into leave"}});
+}
+
+TEST(OperatorRuns, CancelledAtEachPoint)
+{
+    const Texts steps = {
+        "filter NCT", "ask",  "go PLATES Brackets\\L", "select BRK-3", "add -", "select BRK-1 BRK-2", "add 4",
+        "remove 0",   "hide", "select BRK-8",          "load -"};
+    for (std::size_t done = 0; done <= steps.size(); ++done) {
+        SCOPED_TRACE(done == 0 ? "at once" : steps[done - 1]);
+        COperatorRun run(SampleLibraries());
+        Texts played(steps.begin(), steps.begin() + static_cast<std::ptrdiff_t>(done));
+        played.emplace_back(done % 2 == 0 ? "cancel" : "escape");
+        EXPECT_EQ(run.Play(run.object, false, played), HostResult::False);
+        Row row;
+        row.servers = done < 3 ? ServersFile("-9999", "-9999", "metric", sample_servers)
+                               : ServersFile("PLATES", done < 4 ? "-9999" : "Brackets\\L", "metric", sample_servers);
+        row.options = "(none)";
+        row.files = done < 4 ? "Lumora_ForPNG/" : "Lumora_ForPNG/BRK-3.PNG";
+        row.files += done < 5   ? ""
+                     : done < 7 ? " PLATESBracketsL/"
+                                : " PLATESBracketsL/BRK-1.SY5 PLATESBracketsL/"
+                                  "BRK-1.iga PLATESBracketsL/BRK-2.SY5 PLATESBracketsL/BRK-2.bmf";
+        row.files += " UnZipFolder/";
+        const Texts calls = {"",
+                             "SetPartFilter",
+                             "",
+                             "go",
+                             "click png",
+                             "count clear",
+                             "click",
+                             "count into "
+                             "staged2*2 clear",
+                             "",
+                             "",
+                             "click",
+                             "count clear"};
+        row.calls =
+            "start " + Joined({calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(done) + 1}) + " leave";
+        Check(run, run.object, row);
+        EXPECT_EQ(run.windows.Find(RES_SELECTED_PARTS_DIALOG), nullptr);
+    }
+}
+
+TEST(OperatorRuns, ComeBackToWhereTheLastOneWas)
+{
+    COperatorRun run(SampleLibraries());
+    const std::string servers = ServersFile("钣金件", "机箱\\面板", "inch", sample_servers, "1 1");
+    Row row{"first",
+            {"place cursor 0 metric PART 24", "unit inch", "filter MARVEN", "ask", "sort", "go 钣金件 机箱\\面板",
+             "select 面板1", "load 2"},
+            {"面板1 x2 钣金件|机箱\\面板 钣金件机箱面板 .iga .SY5 .NCD type 3"},
+            "钣金件机箱面板/面板1.NCD 钣金件机箱面板/面板1.SY5 钣金件机箱面板/面板1.iga",
+            servers,
+            OptionsFile(true, 3),
+            {},
+            "start SetDisplayUnit RefreshPartList SetPartFilter go click count into staged2 leave"};
+    EXPECT_EQ(run.Play(run.object, true, row.steps), HostResult::Ok);
+    Check(run, run.object, row);
+
+    // Cancelled, so that nothing is written but the server list, which is as it was.
+    run.recorder.lines.clear();
+    run.Play(run.object, true, {"place 钣金件 机箱\\面板 cursor 2 inch by thickness MARVEN 15 ask", "cancel"});
+    row.files = "Lumora_ForPNG/ UnZipFolder/ " + row.files;
+    row.calls = "SetCurrentFolder SetDisplayUnit RefreshPartList SetPartFilter SetServerList SetViewState MoveFocus "
+                "ConnectServer SetCurrentServer SelectNextServer*2 folder leave";
+    Check(run, run.object, row);
+
+    // A server that has gone keeps its place.
+    run.recorder.lines.clear();
+    std::filesystem::remove(run.folder.Path("Libraries/钣金件.kpl"));
+    run.Play(run.object, true, {"place 钣金件 cursor 2 inch by thickness MARVEN 15 ask", "cancel"});
+    EXPECT_EQ(run.Servers(), servers);
+}
+
+TEST(OperatorRuns, TwoObjectsShareFoldersAndSettingsAndNoRecords)
+{
+    COperatorRun run(SampleLibraries());
+    PartkeepReadImpl second(run.services);
+    EXPECT_EQ(run.Play(run.object, true, {"go PLATES Brackets\\L", "select BRK-1", "ask", "add 2", "load"}),
+              HostResult::Ok);
+    EXPECT_EQ(
+        run.Play(second, false, {"place PLATES Brackets\\L cursor 0 metric PART 24 ask", "select BRK-1", "load 3"}),
+        HostResult::Ok);
+    EXPECT_EQ(run.Play(second, false, {"cancel"}), HostResult::False);
+    EXPECT_EQ(run.Play(run.object, false, {"ask", "select BRK-2", "load"}), HostResult::Ok);
+    const std::string staged = " PLATES|Brackets\\L PLATESBracketsL ";
+    EXPECT_EQ(run.Records(run.object), (Texts{"BRK-1 x2" + staged + ".iga", "BRK-2 x1" + staged + ".bmf"}));
+    EXPECT_EQ(run.Records(second), Texts{"BRK-1 x3" + staged + ".iga"});
+    EXPECT_EQ(run.Options(), OptionsFile(false, 0));
+    EXPECT_EQ(Joined(run.Files()), "PLATESBracketsL/BRK-1.iga PLATESBracketsL/BRK-2.bmf");
+}
+
+TEST(OperatorRuns, TellEachMessageInTheLanguageOfTheRun)
+{
+    struct Language {
+        std::int32_t id;
+        std::string title;
+        Texts texts;
+    };
+    const Language languages[] = {
+        {1,
+         "Kolvyn PartkeepRead",
+         {"Please select one or more part.",
+          "Total number of selected parts exceeds the maximum limit of 256. Please select parts with total count less "
+          "than or equal to 256.",
+          "The selected part P1 is already added to the list.", "Part does not exist.",
+          "No IGA or BMF files found for the part.\n Part "
+          "Name:P1"}},
+        {2,
+         "Kolvyn Partkeep読み込み",
+         {"１つ以上の部品を選択してください。",
+          "選択したパーツ総数は最大値範囲外になりました。パーツ256個以下を選択してください。",
+          "選択したパーツは P1 一覧表に追加されています。", "部品が存在しません。",
+          "IGA・BMFファイルが部品にありません。\n部品名称P1"}},
+        {3,
+         "读取Kolvyn Partkeep",
+         {"选择一个或多个零件", "选中的零件的总数超过了最大限制数量256。在选择零件时请将选择的数量控制在256个之内。",
+          "所选的零件 P1 已经添加到了列表中。", "零件不存在", "未发现零件的IGA或BMF文件\n零件名称:P1"}},
+    };
+    CTestLibraries libraries;
+    FillEdges(libraries);
+    for (const Language& language : languages) {
+        COperatorRun run(libraries.Folder().toStdString());
+        run.object.SetLanguageID(language.id);
+        run.Play(run.object, false,
+                 {"add", "go EDGE Many", "first 257", "add", "select P1", "add", "select P1", "add",
+                  "lose EDGEMany/P1.iga", "select P2 P3", "delete P2", "load"});
+        Texts expected;
+        for (const std::string& text : language.texts) {
+            expected.push_back("'" + text + "' '" + language.title + "'");
+        }
+        EXPECT_EQ(run.Messages(), expected);
+    }
+}
+
+} // namespace
+} // namespace partkeep
