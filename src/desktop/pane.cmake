@@ -13,6 +13,7 @@ partkeep_library(partkeep_pane
     pane/pane_texts.cpp
     pane/pane_widgets.cpp
     pane/part_browser_factory.cpp
+    pane/part_list_accessible.cpp
     pane/part_list_model.cpp
     pane/part_list_view.cpp
     pane/part_pictures.cpp

@@ -321,17 +321,18 @@ void CBrowserPane::GoUp()
     }
 }
 
+// A server that cannot be reached keeps its branches: reading them again would only wait for it once more.
 void CBrowserPane::Refresh()
 {
     const CBusyPointer busy;
     library_gone_ = false;
-    ++showing_;
-    servers_->Forget();
-    --showing_;
-    if (!session_->CurrentServer().isEmpty()) {
-        session_->RefreshPartList();
+    if (session_->CurrentServer().isEmpty() || session_->RefreshPartList()) {
+        ++showing_;
+        servers_->Forget();
+        --showing_;
+        ServersChanged();
     }
-    ServersChanged();
+    UpdateTexts();
 }
 
 void CBrowserPane::OnSearchTyped()

@@ -1,5 +1,7 @@
 #include "desktop/pane/part_list_view.h"
 
+#include "desktop/pane/part_list_accessible.h"
+
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -39,6 +41,7 @@ void PaintFocus(QAbstractScrollArea& view)
 CPartListView::CPartListView(IPartListEvents& events, QWidget* parent)
     : QAbstractItemView(parent), events_(events), header_(new QHeaderView(Qt::Horizontal, this))
 {
+    CPartListAccessible::AddList();
     setSelectionMode(ExtendedSelection);
     setSelectionBehavior(SelectRows);
     setEditTriggers(NoEditTriggers);
@@ -60,6 +63,11 @@ CPartListView::CPartListView(IPartListEvents& events, QWidget* parent)
     connect(header_, &QWidget::customContextMenuRequested, this, [this](const QPoint& place) {
         events_.ColumnMenu(header_->logicalIndexAt(place), header_->mapToGlobal(place));
     });
+}
+
+CPartListView::~CPartListView()
+{
+    CPartListAccessible::RemoveList();
 }
 
 void CPartListView::SetRowHeight(int height)

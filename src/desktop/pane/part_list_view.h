@@ -32,6 +32,9 @@ void PaintFocus(QAbstractScrollArea& view);
 class CPartListView : public QAbstractItemView {
 public:
     CPartListView(IPartListEvents& events, QWidget* parent);
+    ~CPartListView() override;
+    CPartListView(const CPartListView&) = delete;
+    CPartListView& operator=(const CPartListView&) = delete;
 
     [[nodiscard]] QHeaderView& Header() const { return *header_; }
     void SetRowHeight(int height);
