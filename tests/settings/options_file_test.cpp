@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
+#include <string>
+
+#include "tests/support/temporary_folder.h"
 
 using namespace partkeep;
 
@@ -20,27 +20,11 @@ const std::string complete_file = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\
 
 class OptionsFile : public testing::Test {
 protected:
-    void SetUp() override
-    {
-        folder_ = std::filesystem::temp_directory_path() /
-                  ("partkeep-options-" + std::to_string(reinterpret_cast<std::uintptr_t>(this)));
-        std::filesystem::remove_all(folder_);
-        std::filesystem::create_directories(folder_);
-    }
-    void TearDown() override { std::filesystem::remove_all(folder_); }
+    [[nodiscard]] std::u16string Path() const { return folder_.Core(u"ZanPartkeepConfig.xml"); }
+    [[nodiscard]] std::string Bytes() const { return ReadBytes(folder_.Path("ZanPartkeepConfig.xml")); }
+    void Put(const std::string& bytes) const { WriteBytes(folder_.Path("ZanPartkeepConfig.xml"), bytes); }
 
-    [[nodiscard]] std::filesystem::path File() const { return folder_ / "ZanPartkeepConfig.xml"; }
-    [[nodiscard]] std::u16string Path() const { return File().u16string(); }
-
-    void Put(const std::string& bytes) const { std::ofstream(File(), std::ios::binary) << bytes; }
-    [[nodiscard]] std::string Bytes() const
-    {
-        std::ostringstream bytes;
-        bytes << std::ifstream(File(), std::ios::binary).rdbuf();
-        return bytes.str();
-    }
-
-    std::filesystem::path folder_;
+    CTemporaryFolder folder_;
 };
 
 TEST_F(OptionsFile, IsWrittenByteForByteWithCrLf)
@@ -58,8 +42,8 @@ TEST_F(OptionsFile, IsWrittenByteForByteWithCrLf)
 
 TEST_F(OptionsFile, AFileThatCannotBeWrittenIsPassedOverInSilence)
 {
-    WriteOptionsFile((folder_ / "nowhere" / "file.xml").u16string(), 1, 2);
-    EXPECT_TRUE(std::filesystem::is_empty(folder_));
+    WriteOptionsFile(folder_.Core(u"nowhere\\file.xml"), 1, 2);
+    EXPECT_TRUE(NamesIn(folder_.Path()).empty());
 }
 
 TEST_F(OptionsFile, OverwritesOnlyWhatTheFileHolds)
@@ -106,7 +90,7 @@ TEST_F(OptionsFile, AMissingFileAndAFolderLeaveTheValues)
     std::int16_t prompt = kept;
     std::int16_t filter = kept;
     ReadOptionsFile(Path(), prompt, filter);
-    ReadOptionsFile(folder_.u16string(), prompt, filter);
+    ReadOptionsFile(folder_.Core(), prompt, filter);
     EXPECT_EQ(prompt, kept);
     EXPECT_EQ(filter, kept);
 }

@@ -24,18 +24,11 @@ TEST(XmlWriter, BreaksAndIndentsLinesByDepth)
     EXPECT_EQ(stream.str(), std::string(declaration) +
                                 "\n<r x=\"1\">\n  <c>\n    <leaf>true</leaf>\n    <text></text>\n"
                                 "  </c>\n  <e y=\"a<b\"/>\n</r>");
+    EXPECT_EQ(Write(CXmlElement("a", 65001), 1), std::string(declaration) + "\n<a/>");
     document.indent = 100;
     stream.str("");
     ASSERT_TRUE(WriteXml(stream, document));
     EXPECT_NE(stream.str().find("\n" + std::string(200, ' ') + "<leaf>"), std::string::npos);
-}
-
-TEST(XmlWriter, WritesTheRootAlone)
-{
-    const CXmlElement root("a", 65001);
-    EXPECT_EQ(Write(root, 1), std::string(declaration) + "\n<a/>");
-    EXPECT_EQ(Write(root, 0), std::string(declaration) + "<a/>");
-    EXPECT_EQ(Write(TextLeaf("a", "x"), 1), std::string(declaration) + "\n<a>x</a>");
 }
 
 TEST(XmlWriter, NamesTheCodePageAndWritesBytesAsTheyAre)
