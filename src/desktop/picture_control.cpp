@@ -11,7 +11,7 @@ namespace partkeep {
 
 namespace {
 
-constexpr qint64 max_file_bytes = 64 * 1024 * 1024; // a preview, not an archive
+constexpr qint64 max_file_bytes = 64LL * 1024 * 1024; // a preview, not an archive
 constexpr int focus_margin = 1;
 
 QImage ReadPicture(std::u16string_view path)
