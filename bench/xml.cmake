@@ -3,6 +3,6 @@ find_package(pugixml REQUIRED)
 find_package(EXPAT REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(TINYXML2 REQUIRED IMPORTED_TARGET tinyxml2)
-partkeep_benchmark(bench_xml
+partkeep_benchmark(xml_bench
   SOURCES xml_libraries.cpp xml_bench.cpp
   LINK partkeep_xml pugixml::pugixml PkgConfig::TINYXML2 EXPAT::EXPAT)
