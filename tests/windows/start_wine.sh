@@ -43,6 +43,9 @@ if [ ! -f "$WINEPREFIX/system.reg" ]; then
     wine reg add "$link" /v Tahoma /t REG_MULTI_SZ /d 'VL-Gothic-Regular.ttf,VL Gothic\0wqy-microhei.ttc,WenQuanYi Micro Hei' /f >/dev/null 2>&1 9>&-
     wine reg add "$replaced" /v 'MS Shell Dlg' /d Tahoma /f >/dev/null 2>&1 9>&-
     wine reg add "$replaced" /v 'MS UI Gothic' /d 'VL Gothic' /f >/dev/null 2>&1 9>&-
+    # A crash ends the program at once; the debugger would keep it waiting.
+    wine reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' /v Debugger /d 'cmd /c exit' /f >/dev/null 2>&1 9>&-
+    wine reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' /v Auto /d 1 /f >/dev/null 2>&1 9>&-
     wineserver -w 9>&-
 fi
 # A program that waits for input that never comes.

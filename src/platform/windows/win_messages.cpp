@@ -28,10 +28,20 @@ HWND MainWindowOfThread()
 
 } // namespace
 
+// A message of a dialog is owned by that dialog's owner, which the dialog has disabled. Not every version of the
+// system leaves it so when the message is answered, and the active window would be the owner instead of the dialog.
 void WinMessages::Show(const Message& message)
 {
     const UINT kind = message.kind == MessageKind::Exclamation ? MB_ICONEXCLAMATION : MB_TASKMODAL;
+    HWND active = GetActiveWindow();
+    const bool owner_disabled = owner_ != nullptr && !IsWindowEnabled(owner_);
     MessageBoxW(owner_, WideText(message.text).c_str(), WideText(message.title).c_str(), MB_OK | kind);
+    if (owner_disabled) {
+        EnableWindow(owner_, FALSE);
+    }
+    if (active != nullptr && IsWindowEnabled(active)) {
+        SetActiveWindow(active);
+    }
 }
 
 void ThreadMessages::Show(const Message& message)
