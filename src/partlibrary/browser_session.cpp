@@ -18,6 +18,10 @@ std::unique_ptr<CPartLibrary> CBrowserSession::OpenLibrary(const QString& server
 {
     LibraryProblem problem;
     const QString file = folder_.FileOf(server);
+    if (server.isEmpty() && !folder_.Path().isEmpty()) {
+        SetProblem(problem); // no server is chosen yet, which is no fault to tell of
+        return nullptr;
+    }
     if (file.isEmpty()) {
         SetProblem({LibraryFault::NotFound, server,
                     folder_.Path().isEmpty() ? QStringLiteral("no library folder is configured") : QString()});

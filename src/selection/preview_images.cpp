@@ -56,6 +56,7 @@ void CPreviewImages::Create()
     panel3D_.SetClientExtent(pane_extent);
     panel2D_.SetClientExtent(pane_extent);
     picture_.Attach(window_.TemplateControl(RES_PICTURE));
+    window_.ShowControl(RES_PICTURE, false); // it stands in the template, on the panel's spot
 }
 
 void CPreviewImages::Destroy()
