@@ -64,11 +64,11 @@ void FillFolder(CLibraryWriter& writer, int parts)
 void MakeLibrary()
 {
     const QString file = LibraryFolder() + QStringLiteral("/BENCH.kpl");
-    if (fs::exists(file.toStdString())) {
+    LibraryProblem problem;
+    if (CPartLibrary::Open(file, problem) != nullptr) {
         return;
     }
     fs::create_directories(LibraryFolder().toStdString());
-    LibraryProblem problem;
     const QString unfinished = LibraryFolder() + QStringLiteral("/unfinished");
     fs::remove(unfinished.toStdString());
     Require(CLibraryWriter::Create(unfinished, problem), problem);

@@ -43,6 +43,16 @@ struct CPartList::Query {
         sql += text;
         values += value;
     }
+
+    void AddShown(const PartListView& view, const QStringList& words)
+    {
+        if (view.filter != all_data_kinds) {
+            Add(QStringLiteral(" AND (slots & ?) <> 0"), SlotsOfMask(view.filter));
+        }
+        for (const QString& word : words) {
+            Add(QStringLiteral(" AND instr(search_text, ?) > 0"), word);
+        }
+    }
 };
 
 CPartList::Query CPartList::Begin(const PartListView& view, const char* columns)
@@ -58,12 +68,7 @@ CPartList::Query CPartList::Begin(const PartListView& view, const char* columns)
     } else {
         query.Add(QStringLiteral(" FROM part WHERE folder = ?"), view.folder);
     }
-    if (view.filter != all_data_kinds) {
-        query.Add(QStringLiteral(" AND (slots & ?) <> 0"), SlotsOfMask(view.filter));
-    }
-    for (const QString& word : words) {
-        query.Add(QStringLiteral(" AND instr(search_text, ?) > 0"), word);
-    }
+    query.AddShown(view, words);
     return query;
 }
 
@@ -131,6 +136,7 @@ std::optional<std::vector<PartId>> CPartList::Ids(const PartListView& view)
     return ReadIds(query);
 }
 
+// The ids lead to the rows: neither the search index nor the folder's, which may hold a million, is asked.
 std::optional<std::vector<PartId>> CPartList::Visible(const PartListView& view, const std::vector<PartId>& ids)
 {
     if (ids.empty()) {
@@ -141,8 +147,10 @@ std::optional<std::vector<PartId>> CPartList::Visible(const PartListView& view, 
         list += list.isEmpty() ? QStringLiteral("[") : QStringLiteral(",");
         list += QString::number(id);
     }
-    Query query = Begin(view, "id");
-    query.Add(QStringLiteral(" AND id IN (SELECT value FROM json_each(?))"), list + QStringLiteral("]"));
+    Query query{QStringLiteral("SELECT id FROM part"), {}};
+    query.Add(QStringLiteral(" WHERE id IN (SELECT value FROM json_each(?))"), list + QStringLiteral("]"));
+    query.Add(QStringLiteral(" AND +folder = ?"), view.folder);
+    query.AddShown(view, SearchWords(view.search));
     query.sql += OrderText(view);
     return ReadIds(query);
 }

@@ -13,10 +13,12 @@ namespace partkeep {
 
 namespace {
 
-constexpr qint64 held_ids = 20000;          // of the first rows
-constexpr qint64 small_folder = 20000;      // is walked at once, faster than the index answers
-constexpr std::size_t index_limit = 8192;   // more matches than this fill a page soon enough in a walk
-constexpr qint64 candidate_window = 100000; // ids in one slice
+constexpr qint64 held_ids = 20000;         // of the first rows
+constexpr qint64 small_folder = 20000;     // is walked at once, faster than the index answers
+constexpr std::size_t index_limit = 8192;  // more matches than this fill a page soon enough in a walk
+constexpr qint64 candidate_window = 50000; // ids in one slice
+constexpr int sample_parts = 32;           // tell frequent terms from rare ones
+constexpr qsizetype index_terms = 4;       // the rest of a long text is compared, not looked up
 constexpr qint64 anchor_distance = 4096;
 constexpr qint64 smallest_window = 256;
 constexpr qint64 largest_window = 16384;
@@ -54,6 +56,24 @@ PartRow ReadRow(const CStatement& statement)
             statement.Text(5),
             statement.Text(6),
             statement.Text(7)};
+}
+
+// What the index can be asked for: pairs of neighbouring characters, and words of one character.
+QStringList IndexTerms(const QStringList& words)
+{
+    QStringList terms;
+    for (const QString& word : words) {
+        const bool plain = std::none_of(word.begin(), word.end(), [](QChar unit) { return unit.isSurrogate(); });
+        if (!plain || word.size() == 1) {
+            terms += word;
+            continue;
+        }
+        for (qsizetype at = 0; at + 1 < word.size(); ++at) {
+            terms += word.mid(at, 2);
+        }
+    }
+    terms.removeDuplicates();
+    return terms;
 }
 
 const QString row_columns = QStringLiteral("part.id, folder, slots, thickness, name, material, machine, comment");
@@ -143,7 +163,7 @@ private:
 
 CPartPages::CPartPages(CLibraryConnection& connection, PartListView view, qint64 parts_in_folder)
     : connection_(connection), view_(std::move(view)), words_(SearchWords(view_.search)),
-      phase_(parts_in_folder > small_folder && IndexHelps() ? Phase::Candidates : Phase::Walk),
+      phase_(parts_in_folder > small_folder && !words_.isEmpty() ? Phase::Sample : Phase::Walk),
       window_(smallest_window * 4), anchors_(1)
 {
 }
@@ -151,13 +171,6 @@ CPartPages::CPartPages(CLibraryConnection& connection, PartListView view, qint64
 bool CPartPages::HasCondition() const
 {
     return view_.filter != all_data_kinds || !words_.isEmpty();
-}
-
-// A single letter or digit stands in most parts, and the index would collect them all before it gives the first.
-bool CPartPages::IndexHelps() const
-{
-    return std::any_of(words_.begin(), words_.end(),
-                       [](const QString& word) { return word.size() > 1 || word.front().unicode() > 0x7F; });
 }
 
 bool CPartPages::NarrowFrom(const CPartPages& wider)
@@ -180,6 +193,9 @@ bool CPartPages::Step()
     switch (phase_) {
     case Phase::Among:
         StepAmong();
+        break;
+    case Phase::Sample:
+        StepSample();
         break;
     case Phase::Candidates:
         StepCandidates();
@@ -220,21 +236,50 @@ void CPartPages::StepAmong()
     phase_ = Phase::Complete;
 }
 
+// The index goes through every part that has a term, so it is asked for the rarest ones, and not at all when even
+// those are frequent: then a walk fills the page sooner.
+void CPartPages::StepSample()
+{
+    CStatement last(connection_, QStringLiteral("SELECT coalesce(max(id), 0) FROM part"));
+    if (!last.Run() || !last.Next()) {
+        Fail();
+        return;
+    }
+    last_id_ = last.Integer(0);
+    last.Finish();
+    std::vector<std::pair<int, QString>> terms;
+    for (const QString& term : IndexTerms(words_)) {
+        terms.emplace_back(0, term);
+    }
+    CStatement part(connection_, QStringLiteral("SELECT search_text FROM part WHERE id >= ? LIMIT 1"));
+    for (int sample = 0; sample < sample_parts && part.Run({1 + last_id_ / sample_parts * sample}); ++sample) {
+        const QString text = part.Next() ? part.Text(0) : QString();
+        for (auto& [count, term] : terms) {
+            count += text.contains(term) ? 1 : 0;
+        }
+    }
+    if (part.Failed()) {
+        Fail();
+        return;
+    }
+    std::stable_sort(terms.begin(), terms.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    const bool frequent = terms.front().first > sample_parts / 4;
+    for (const auto& [count, term] : terms) {
+        // A frequent word of one character would be put together from all the pairs that begin with it.
+        if (index_words_.size() < index_terms && (term.size() > 1 || count == 0)) {
+            index_words_ += term;
+        }
+    }
+    phase_ = frequent || index_words_.isEmpty() ? Phase::Walk : Phase::Candidates;
+}
+
 void CPartPages::StepCandidates()
 {
-    if (last_id_ < 0) {
-        CStatement last(connection_, QStringLiteral("SELECT coalesce(max(id), 0) FROM part"));
-        if (!last.Run() || !last.Next()) {
-            Fail();
-            return;
-        }
-        last_id_ = last.Integer(0);
-    }
     CStatement statement(connection_, QStringLiteral("SELECT rowid FROM part_search WHERE part_search MATCH ? "
                                                      "AND rowid > ? AND rowid <= ? LIMIT ?"));
     const qint64 to = candidates_to_ + candidate_window;
     const qint64 limit = static_cast<qint64>(index_limit + 1 - candidates_.size());
-    for (statement.Run({PairQuery(words_), candidates_to_, to, limit}); statement.Next();) {
+    for (statement.Run({PairQuery(index_words_), candidates_to_, to, limit}); statement.Next();) {
         candidates_.push_back(statement.Integer(0));
     }
     candidates_to_ = to;

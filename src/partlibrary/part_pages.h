@@ -44,7 +44,7 @@ public:
     [[nodiscard]] std::optional<qint64> RowOf(PartId part);
 
 private:
-    enum class Phase { Among, Candidates, Walk, Complete, Failed };
+    enum class Phase { Among, Sample, Candidates, Walk, Complete, Failed };
     struct Query;
     struct Anchor {
         std::optional<PartPosition> position; // the last row before; nothing: the start
@@ -52,6 +52,7 @@ private:
     };
 
     void StepAmong();
+    void StepSample();
     void StepCandidates();
     void StepWalk();
     [[nodiscard]] std::optional<PartPosition> WindowEnd();
@@ -59,7 +60,6 @@ private:
     void AdaptWindow(qint64 nanoseconds);
     void Fail() { phase_ = Phase::Failed; }
     [[nodiscard]] bool HasCondition() const;
-    [[nodiscard]] bool IndexHelps() const;
     [[nodiscard]] const Anchor& AnchorBefore(qint64 row) const;
     [[nodiscard]] std::vector<PartRow> RowsByIds(qint64 first, qint64 limit);
     [[nodiscard]] std::optional<PartPosition> PositionOf(PartId part);
@@ -68,6 +68,7 @@ private:
     CLibraryConnection& connection_;
     PartListView view_;
     QStringList words_;
+    QStringList index_words_; // those of their pairs that the index is asked for
     Phase phase_;
     qint64 count_ = 0;
     qint64 window_;
@@ -76,7 +77,7 @@ private:
     std::optional<PartPosition> at_; // where the walk stands
     std::vector<PartId> candidates_;
     qint64 candidates_to_ = 0; // ids up to here have been looked up in the index
-    qint64 last_id_ = -1;      // of the table; -1: not asked yet
+    qint64 last_id_ = 0;       // of the table
 };
 
 } // namespace partkeep
