@@ -51,6 +51,10 @@ function(partkeep_test name)
   endif()
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT 300 LABELS "${arg_LABELS}")
+  if(PARTKEEP_SANITIZE)
+    set_tests_properties(${name} PROPERTIES ENVIRONMENT
+      "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0")
+  endif()
 endfunction()
 
 # partkeep_fuzz(<name> SOURCES <files> [LINK <targets>]): one libFuzzer program.

@@ -76,7 +76,9 @@ TEST_F(CInterface, ReadsAPartIntoNativePaths)
     EXPECT_EQ(out.Text(3), "SPCC");
     EXPECT_EQ(out.Text(4), "1");
     EXPECT_EQ(out.thickness, 15000.0);
-    EXPECT_EQ(Read("板金部品", "取付金具", "金具-3", out), PARTKEEP_READ_OK); // outputs replaced, not appended
+    out.Release();
+    EXPECT_EQ(Read("板金部品", "取付金具", "金具-3", out), PARTKEEP_READ_OK); // over its own older copy
+    EXPECT_EQ(out.Text(0), folder.Path("Work/金具-3.IGA").string());
 }
 
 TEST_F(CInterface, AnswersAsToldWhereThereIsNothing)
