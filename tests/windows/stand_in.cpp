@@ -24,6 +24,8 @@ StandIn::StandIn()
         script.list.push_back({name, u"SERVER1", u"FOLDER1", 15000, u"SPCC", u"M1", u"made of steel"});
     }
     script.selection = script.list;
+    script.On(BrowserOperation::GetCurrentServer, ControlResult(std::u16string(u"SERVER1")));
+    script.On(BrowserOperation::GetCurrentFolder, ControlResult(std::u16string(u"FOLDER1")));
     script.filesByKind = {{part_data_kind, {u".iga"}}, {nct_data_kind, {u".NCD"}}};
     script.On(BrowserOperation::ConnectServer, [](ControlScript::Arguments arguments) -> ControlResult {
         return static_cast<std::int16_t>(std::get<std::u16string_view>(arguments[0].value) == u"SERVER1" ? -1 : 0);

@@ -4,8 +4,7 @@
 # that stands already.
 set -eu
 here=$(dirname "$(readlink -f "$0")")
-: "${WINE_HOME:=${TMPDIR:-/tmp}/partkeep-wine-$(id -u)}"
-export WINE_HOME
+. "$here/wine_env.sh"
 mkdir -p "$WINE_HOME"
 exec 9>"$WINE_HOME/lock"
 flock 9

@@ -1,7 +1,6 @@
 #!/bin/sh
 # Ends what start_wine.sh has started, and only that. The prefix stays unless "--remove" is given.
 here=$(dirname "$(readlink -f "$0")")
-: "${WINE_HOME:=${TMPDIR:-/tmp}/partkeep-wine-$(id -u)}"
 . "$here/wine_env.sh"
 if [ -d "$WINEPREFIX" ]; then
     wineserver -k

@@ -393,11 +393,13 @@ TEST_F(WindowsDialogs, EveryOperationArrivesWithTheContractsTypes)
     EXPECT_TRUE(browser.ConnectServer(u"SERVER1"));
     EXPECT_FALSE(browser.ConnectServer(u"nowhere"));
     browser.SetTargetFolder(folder.Core(u""));
-    static_cast<void>(browser.GetPreviewFileTitle());
+    stand_in->script.previewTitle = u"部品";
+    EXPECT_EQ(browser.GetPreviewFileTitle(), u"部品");
     browser.SetDataKind(24);
     browser.GetLastStatus();
     browser.SetCurrentServer(u"部品");
-    EXPECT_EQ(browser.GetCurrentServer(), u"部品");
+    EXPECT_TRUE(Called("SetCurrentServer('部品')"));
+    EXPECT_EQ(browser.GetCurrentServer(), u"SERVER1");
     browser.SetDisplayUnit(1);
     browser.SelectNextServer();
     browser.OpenFolderSelection();
@@ -474,7 +476,7 @@ TEST_F(WindowsDialogs, NothingLeaksOverFiftyRuns)
             const int row = PlaceOf(dialog, RES_PICTURE).top + 40;
             driver.Until("2D", [&] { return ColorAt(dialog, 30, row) == RGB(255, 0, 0); });
             HWND panel = GetDlgItem(dialog, RES_IMAGE_PANEL);
-            for (int paint = 0; run == 0 && paint < 20000; ++paint) {
+            for (int paint = 0; run == 0 && paint < 17000; ++paint) {
                 RedrawWindow(panel, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
             }
             EXPECT_EQ(ColorAt(dialog, 30, row), RGB(255, 0, 0));
