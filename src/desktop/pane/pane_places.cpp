@@ -24,7 +24,7 @@ constexpr auto folder_key = "folder";
 QList<PanePlace> ReadPlaces(const QJsonValue& value, qsizetype most)
 {
     QList<PanePlace> places;
-    for (const QJsonValue& entry : value.toArray()) {
+    for (const auto& entry : value.toArray()) {
         const PanePlace place{entry[QLatin1String(server_key)].toString(), entry[QLatin1String(folder_key)].toString()};
         if (!place.server.isEmpty() && !places.contains(place) && places.size() < most) {
             places += place;
