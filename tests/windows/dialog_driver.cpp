@@ -5,8 +5,6 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
-#include <fstream>
-#include <vector>
 
 namespace partkeep {
 
@@ -163,26 +161,10 @@ void DialogDriver::SavePicture(HWND window, const std::string& name)
     std::this_thread::sleep_for(std::chrono::milliseconds(300)); // what is to be painted is painted
     RECT place;
     GetWindowRect(window, &place);
-    const LONG width = place.right - place.left;
-    const LONG height = place.bottom - place.top;
-    BITMAPINFO format{};
-    format.bmiHeader = {sizeof(BITMAPINFOHEADER), width, height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    void* pixels = nullptr;
-    HDC screen = GetDC(nullptr);
-    HDC memory = CreateCompatibleDC(screen);
-    HBITMAP bitmap = CreateDIBSection(screen, &format, DIB_RGB_COLORS, &pixels, nullptr, 0);
-    HGDIOBJ before = SelectObject(memory, bitmap);
-    BitBlt(memory, 0, 0, width, height, screen, place.left, place.top, SRCCOPY);
-    const auto bytes = static_cast<DWORD>(width * height * 4);
-    BITMAPFILEHEADER header{0x4D42, 54 + bytes, 0, 0, 54};
-    std::ofstream file(std::string(folder) + "/" + name + ".bmp", std::ios::binary);
-    file.write(reinterpret_cast<const char*>(&header), sizeof header);
-    file.write(reinterpret_cast<const char*>(&format.bmiHeader), sizeof format.bmiHeader);
-    file.write(static_cast<const char*>(pixels), static_cast<std::streamsize>(bytes));
-    SelectObject(memory, before);
-    DeleteObject(bitmap);
-    DeleteDC(memory);
-    ReleaseDC(nullptr, screen);
+    const std::string area = std::to_string(place.right - place.left) + "x" + std::to_string(place.bottom - place.top) +
+                             "+" + std::to_string(place.left) + "+" + std::to_string(place.top);
+    std::system(
+        ("start /wait /unix /usr/bin/import -window root -crop " + area + " " + folder + "/" + name + ".png").c_str());
 }
 
 std::wstring TextOf(HWND window, int control)

@@ -54,5 +54,7 @@ setsid sleep 1000000 >"$WINE_HOME/input" 2>/dev/null </dev/null 9>&- &
 echo $! >"$WINE_HOME/input.pid"
 setsid wine cmd <"$WINE_HOME/input" >/dev/null 2>&1 9>&- &
 echo $! >"$WINE_HOME/warm.pid"
-wine cmd /c ver >/dev/null 2>&1 9>&-
+# The first program with a window brings the desktop, another daemon that stays.
+echo 'CreateObject "Scripting.FileSystemObject"' >"$WINE_HOME/first.vbs"
+wine cscript //nologo "$(echo "Z:$WINE_HOME/first.vbs" | tr / '\\')" >/dev/null 2>&1 9>&-
 : >"$WINE_HOME/ready"

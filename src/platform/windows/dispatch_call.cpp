@@ -5,6 +5,7 @@
 
 #include <oleauto.h>
 
+#include <ranges>
 #include <vector>
 
 namespace partkeep {
@@ -17,8 +18,8 @@ public:
     explicit CallArguments(std::span<const ControlArgument> arguments)
     {
         variants_.reserve(arguments.size());
-        for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument) {
-            variants_.push_back(VariantOf(*argument));
+        for (const ControlArgument& argument : arguments | std::views::reverse) {
+            variants_.push_back(VariantOf(argument));
         }
     }
     // Only texts belong to this call; everything else is borrowed.

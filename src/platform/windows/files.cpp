@@ -108,6 +108,27 @@ std::vector<std::u16string> ListFolder(std::u16string_view folder)
     return paths;
 }
 
+std::vector<std::u16string> ListFolder(std::u16string_view folder, const PathFilter& wanted)
+{
+    std::vector<std::u16string> paths = ListFolder(folder);
+    std::erase_if(paths, [&wanted](const std::u16string& path) { return !wanted(path); });
+    return paths;
+}
+
+// The system finds any name at once.
+struct CFileSearch::Listings {};
+
+CFileSearch::CFileSearch() = default;
+
+CFileSearch::~CFileSearch() = default;
+
+bool CFileSearch::FileExists(std::u16string_view path)
+{
+    return partkeep::FileExists(path);
+}
+
+void CFileSearch::Forget() {}
+
 std::optional<std::string> ReadTextFile(std::u16string_view path)
 {
     std::optional<std::string> bytes = ReadWholeFile(SystemPath(path));

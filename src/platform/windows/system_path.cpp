@@ -16,7 +16,7 @@ constexpr std::u16string_view share_prefix = u"\\\\";
 
 std::u16string FullPath(std::u16string_view path)
 {
-    const std::u16string given(path);
+    std::u16string given(path);
     if (given.empty() || given.find(u'\0') != std::u16string::npos) {
         return {};
     }
@@ -32,7 +32,7 @@ std::u16string FullPath(std::u16string_view path)
 
 std::u16string SystemPath(std::u16string_view path)
 {
-    const std::u16string full = FullPath(path);
+    std::u16string full = FullPath(path);
     if (full.empty() || full.starts_with(long_prefix) || full.starts_with(device_prefix)) {
         return full;
     }
