@@ -16,17 +16,17 @@ namespace {
 
 // A text of separators alone comes from joining onto a folder that was never set. It would mean the root of the
 // file system, where nothing is ours to delete.
-std::vector<std::u16string> ListForDeletion(std::u16string_view folder)
+std::vector<std::u16string> ListForDeletion(std::u16string_view folder, const PathFilter& wanted)
 {
     if (folder.find_first_not_of(path_separator) == std::u16string_view::npos) {
         return {};
     }
-    return ListFolder(folder);
+    return ListFolder(folder, wanted);
 }
 
-std::optional<std::u16string> ExistingFile(std::u16string path)
+std::optional<std::u16string> ExistingFile(CFileSearch& search, std::u16string path)
 {
-    return FileExists(path) ? std::optional(std::move(path)) : std::nullopt;
+    return search.FileExists(path) ? std::optional(std::move(path)) : std::nullopt;
 }
 
 } // namespace
@@ -48,7 +48,7 @@ void MakeFolder(std::u16string_view path)
 
 void DeleteFolderFiles(std::u16string_view folder)
 {
-    for (const std::u16string& path : ListForDeletion(folder)) {
+    for (const std::u16string& path : ListForDeletion(folder, [](std::u16string_view) { return true; })) {
         RemoveFile(path);
     }
 }
@@ -65,10 +65,9 @@ void RemoveTempFolders(StagingFolders& folders)
 
 void ClearStagedPart(std::u16string_view folder, std::u16string_view name)
 {
-    for (const std::u16string& path : ListForDeletion(folder)) {
-        if (IsClearedBeforeStaging(path, name)) {
-            RemoveFile(path);
-        }
+    const auto wanted = [name](std::u16string_view path) { return IsClearedBeforeStaging(path, name); };
+    for (const std::u16string& path : ListForDeletion(folder, wanted)) {
+        RemoveFile(path);
     }
 }
 
@@ -77,24 +76,25 @@ void DeletePartFiles(std::u16string_view name)
     if (name.empty()) {
         return;
     }
-    for (const std::u16string& path : ListForDeletion(TheProcessValues().workingFolder + path_separator)) {
-        if (IsDeletedWithPart(path, name)) {
-            RemoveFile(path);
-        }
+    const auto wanted = [name](std::u16string_view path) { return IsDeletedWithPart(path, name); };
+    for (const std::u16string& path : ListForDeletion(TheProcessValues().workingFolder + path_separator, wanted)) {
+        RemoveFile(path);
     }
 }
 
-bool FindStagedFiles(std::u16string_view folder, PartRecord& record, StagingFolders& folders, IMessages& messages)
+bool FindStagedFiles(std::u16string_view folder, PartRecord& record, StagingFolders& folders, IMessages& messages,
+                     CFileSearch& search)
 {
     const std::u16string stem = std::u16string(folder) + record.PartName;
-    const auto iga = ExistingFile(stem + u".iga");
-    const auto bmf = ExistingFile(stem + u".bmf");
-    const auto sy5 = ExistingFile(stem + u".SY5");
-    const auto ncd = ExistingFile(stem + u".NCD");
+    const auto iga = ExistingFile(search, stem + u".iga");
+    const auto bmf = ExistingFile(search, stem + u".bmf");
+    const auto sy5 = ExistingFile(search, stem + u".SY5");
+    const auto ncd = ExistingFile(search, stem + u".NCD");
     if (!iga && !bmf && !sy5 && !ncd) {
         ShowPlainMessage(messages, LoadLocalString(LocalString::NoFilesFound) + record.PartName);
         DeletePartFiles(record.PartName);
         RemoveTempFolders(folders);
+        search.Forget();
         return false;
     }
     record.FilePathName = iga ? *iga : bmf.value_or(record.FilePathName);

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "partdata/part_record.h"
+#include "platform/files.h"
 #include "platform/messages.h"
 
 #include <string>
@@ -39,6 +40,8 @@ void DeletePartFiles(std::u16string_view name);
 // Puts the paths of the files that exist for record.PartName into the record; a field whose file is missing keeps
 // what it held. False when there is none at all: the user has then been told and the part's leftovers and both
 // temporary folders are gone. `folder` ends in its separator.
-bool FindStagedFiles(std::u16string_view folder, PartRecord& record, StagingFolders& folders, IMessages& messages);
+// The search serves for all parts of a Load; it forgets what it read when something was deleted here.
+bool FindStagedFiles(std::u16string_view folder, PartRecord& record, StagingFolders& folders, IMessages& messages,
+                     CFileSearch& search);
 
 } // namespace partkeep

@@ -69,11 +69,12 @@ void CPartkeepReadDlg::StageSelection(std::int32_t count, const std::u16string& 
 // File paths come from the disk, the rest from the record; a part without files is dropped.
 void CPartkeepReadDlg::FillResultParts(const std::list<PartRecord>& load_list)
 {
+    CFileSearch search; // nothing is copied any more
     for (const PartRecord& source : load_list) {
         PartRecord part;
         part.PartName = source.PartName;
         part.MaterialType = source.MaterialType;
-        if (!FindStagedFiles(source.stagingFolder + u"\\", part, folders_, window_->OwnerMessages())) {
+        if (!FindStagedFiles(source.stagingFolder + u"\\", part, folders_, window_->OwnerMessages(), search)) {
             continue;
         }
         part.PartComment = source.PartComment;

@@ -129,7 +129,7 @@ protected:
                    : u"";
     }
 
-    void CheckFinding(const std::u16string& name)
+    void CheckFinding(const std::u16string& name, CFileSearch& search)
     {
         PartRecord record;
         record.PartName = name;
@@ -146,7 +146,7 @@ protected:
             DropTemporary(folders_.previewFolder + u"\\");
             DropTemporary(folders_.unpackFolder);
         }
-        ASSERT_EQ(FindStagedFiles(stage_, record, folders_, messages_), found);
+        ASSERT_EQ(FindStagedFiles(stage_, record, folders_, messages_, search), found);
         ASSERT_EQ(record, expected);
         ASSERT_EQ(Everything(), tree_);
         ASSERT_EQ(recorder_.Take().size(), found ? 0U : 1U);
@@ -166,7 +166,10 @@ TEST_F(StagingByModel, RandomNamesGoAndStay)
         SCOPED_TRACE(round);
         Fill(round);
         const std::u16string name = round % 2 == 0 ? u"P" : Stem();
-        ASSERT_NO_FATAL_FAILURE(CheckFinding(name));
+        CFileSearch search; // for several names, as in a Load
+        for (const std::u16string& wanted : {name, Stem()}) {
+            ASSERT_NO_FATAL_FAILURE(CheckFinding(wanted, search));
+        }
         Drop(stage_, [&name](const std::u16string& path) { return model::Clears(path, name); });
         ClearStagedPart(stage_, name);
         ASSERT_EQ(Everything(), tree_);
@@ -214,12 +217,13 @@ TEST_F(Staging, MissingFileLeavesItsFieldAndAFolderIsNoFile)
     PartRecord record;
     record.PartName = u"P";
     record.FilePathName = u"kept";
-    ASSERT_TRUE(FindStagedFiles(stage_, record, folders_, messages_));
+    CFileSearch search;
+    ASSERT_TRUE(FindStagedFiles(stage_, record, folders_, messages_, search));
     EXPECT_EQ(record.FilePathName, u"kept");
     EXPECT_EQ(record.NCFileName, stage_ + u"P.NCD");
 
     record.PartName = u"Q";
-    EXPECT_FALSE(FindStagedFiles(stage_, record, folders_, messages_));
+    EXPECT_FALSE(FindStagedFiles(stage_, record, folders_, messages_, search));
     EXPECT_EQ(recorder_.Take(), std::vector{Shown(LoadLocalString(LocalString::NoFilesFound) + u"Q")});
 }
 

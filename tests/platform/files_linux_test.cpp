@@ -86,7 +86,12 @@ TEST_F(Folder, RandomNamesAreFoundInAnyCase)
         std::u16string other = name;
         other[0] = u'N';
         ASSERT_TRUE(FileExists(Core(other)));
+        CFileSearch search;
+        ASSERT_TRUE(search.FileExists(Core(other)));
+        ASSERT_FALSE(search.FileExists(Core(other + u"x")));
         ASSERT_TRUE(RemoveFile(Core(other)));
+        search.Forget();
+        ASSERT_FALSE(search.FileExists(Core(other)));
         ASSERT_FALSE(FileExists(Core(name)));
     }
 }

@@ -92,20 +92,49 @@ bool RemoveFile(std::u16string_view path)
 
 std::vector<std::u16string> ListFolder(std::u16string_view folder)
 {
+    return ListFolder(folder, [](std::u16string_view) { return true; });
+}
+
+// Sorted at the end and joined in one place: most names of a large folder are looked at and left.
+std::vector<std::u16string> ListFolder(std::u16string_view folder, const PathFilter& wanted)
+{
     std::vector<std::u16string> paths;
     if (!EndsInSeparator(folder)) {
         return paths;
     }
     const std::string native = FindOnDisk(folder);
-    const std::u16string prefix = MakeAbsolute(folder);
-    if (native.empty() || prefix.empty()) {
+    std::u16string path = MakeAbsolute(folder);
+    if (native.empty() || path.empty()) {
         return paths;
     }
-    paths = ReadFolder(native);
-    for (std::u16string& path : paths) {
-        path.insert(0, prefix);
-    }
+    const std::size_t name_start = path.size();
+    ReadFolder(native, [&](const std::u16string& name) {
+        path.replace(name_start, std::u16string::npos, name);
+        if (wanted(path)) {
+            paths.push_back(path);
+        }
+    });
+    std::sort(paths.begin(), paths.end());
     return paths;
+}
+
+struct CFileSearch::Listings {
+    CSpellings spellings;
+};
+
+CFileSearch::CFileSearch() : listings_(std::make_unique<Listings>()) {}
+
+CFileSearch::~CFileSearch() = default;
+
+bool CFileSearch::FileExists(std::u16string_view path)
+{
+    struct stat status {};
+    return stat(listings_->spellings.FindOnDisk(path).c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
+}
+
+void CFileSearch::Forget()
+{
+    *listings_ = {};
 }
 
 std::optional<std::string> ReadTextFile(std::u16string_view path)

@@ -95,14 +95,15 @@ std::string Respell(std::u16string_view path)
 
 // Walks the path from its start and corrects the spelling of each name that is missing as it stands. Behind the
 // first name that has no spelling at all nothing exists, and the rest is taken as it is.
-std::string CorrectSpelling(std::string_view native)
+template <typename Find>
+std::string CorrectSpelling(std::string_view native, Find find_other_spelling)
 {
     std::string found;
     while (!native.empty()) {
         const std::size_t end = native.find('/');
         const std::string name(native.substr(0, end));
         if (!name.empty() && !Exists(found + name)) {
-            const std::string other = FindOtherSpelling(found.empty() ? "." : found, name);
+            const std::string other = find_other_spelling(found.empty() ? "." : found, name);
             if (other.empty()) {
                 return found.append(native);
             }
@@ -119,9 +120,8 @@ std::string CorrectSpelling(std::string_view native)
     return found;
 }
 
-} // namespace
-
-std::string FindOnDisk(std::u16string_view path)
+template <typename Find>
+std::string FindBy(std::u16string_view path, Find find_other_spelling)
 {
     if (path.find(u'\0') != std::u16string_view::npos) {
         return {};
@@ -130,19 +130,46 @@ std::string FindOnDisk(std::u16string_view path)
     if (native.empty() || Exists(native)) {
         return native;
     }
-    return CorrectSpelling(native);
+    return CorrectSpelling(native, find_other_spelling);
 }
 
-std::vector<std::u16string> ReadFolder(const std::string& native_folder)
+} // namespace
+
+std::string FindOnDisk(std::u16string_view path)
 {
-    std::vector<std::u16string> names;
-    ForEachName(native_folder, [&names](std::string_view name) {
-        if (std::optional<std::u16string> wide = CoreName(name)) {
-            names.push_back(*std::move(wide));
+    return FindBy(path, FindOtherSpelling);
+}
+
+std::string CSpellings::FindOnDisk(std::u16string_view path)
+{
+    return FindBy(path, [this](const std::string& native_folder, const std::string& wanted) {
+        return FindOtherSpelling(native_folder, wanted);
+    });
+}
+
+std::string CSpellings::FindOtherSpelling(const std::string& native_folder, const std::string& wanted)
+{
+    const auto [folder, fresh] = folders_.try_emplace(native_folder);
+    Names& names = folder->second;
+    if (fresh) {
+        ReadFolder(native_folder, [&names](const std::u16string& name) {
+            const auto [place, first] = names.try_emplace(UpperCase(name), name);
+            if (!first && name < place->second) {
+                place->second = name;
+            }
+        });
+    }
+    const auto found = names.find(UpperCase(WidenUtf8(wanted)));
+    return found != names.end() ? NarrowToUtf8(found->second) : std::string();
+}
+
+void ReadFolder(const std::string& native_folder, const std::function<void(const std::u16string&)>& use)
+{
+    ForEachName(native_folder, [&use](std::string_view name) {
+        if (const std::optional<std::u16string> wide = CoreName(name)) {
+            use(*wide);
         }
     });
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 } // namespace partkeep

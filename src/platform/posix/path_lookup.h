@@ -2,9 +2,10 @@
 // has it.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <unordered_map>
 
 namespace partkeep {
 
@@ -13,8 +14,21 @@ namespace partkeep {
 // exists costs one call of the system; otherwise each folder with a missing name is read once.
 [[nodiscard]] std::string FindOnDisk(std::u16string_view path);
 
-// The names in a native folder in sorted order, without "." and "..". A name that core text can't tell apart
-// (not UTF-8, or with a backslash in it) is left out, so that no other file is ever hit in its place.
-[[nodiscard]] std::vector<std::u16string> ReadFolder(const std::string& native_folder);
+// The same for many paths while nothing changes: no folder is read twice.
+class CSpellings {
+public:
+    [[nodiscard]] std::string FindOnDisk(std::u16string_view path);
+
+private:
+    using Names = std::unordered_map<std::u16string, std::u16string>; // by upper case, the first in sorted order
+
+    [[nodiscard]] std::string FindOtherSpelling(const std::string& native_folder, const std::string& wanted);
+
+    std::unordered_map<std::string, Names> folders_; // by native path
+};
+
+// Hands over the names in a native folder in no order, without "." and "..". A name that core text can't tell
+// apart (not UTF-8, or with a backslash in it) is left out, so that no other file is ever hit in its place.
+void ReadFolder(const std::string& native_folder, const std::function<void(const std::u16string&)>& use);
 
 } // namespace partkeep
