@@ -38,7 +38,7 @@ TEST_F(DialogShell, TabGoesThroughTheBrowserInBothDirections)
         {"from Cancel into it", id_cancel, false, 1, {"MoveFocus(1)"}, RES_PART_NAME},
         {"from the unit box into it", RES_UNIT, true, 1, {"MoveFocus(0)"}, RES_ADD},
         {"Cancel, back", id_cancel, true, 1, {}, RES_LOAD},
-        {"unit box, on", RES_UNIT, false, 1, {}, RES_PICTURE},
+        {"unit box, on, past the picture that is not shown", RES_UNIT, false, 1, {}, RES_LOAD},
         {"elsewhere", RES_PART_NAME, false, 1, {}, RES_COMMENT},
     };
     for (const Row& row : rows) {
