@@ -36,6 +36,14 @@ public:
 
     std::u16string* Receiver() { return target_ != nullptr ? &text_ : nullptr; }
 
+    // For outputs that are written whatever comes: nothing unset goes back to the host.
+    void Clear()
+    {
+        if (target_ != nullptr) {
+            *target_ = nullptr;
+        }
+    }
+
     // False when memory has run out.
     bool Prepare()
     {
@@ -70,6 +78,12 @@ private:
     std::u16string text_;
     std::unique_ptr<char, Free> copy_;
 };
+
+template <typename... Outputs>
+void ClearAll(Outputs&... outputs)
+{
+    (outputs.Clear(), ...);
+}
 
 // All outputs or none: what can fail comes before the first is handed over.
 template <typename... Outputs>
@@ -195,6 +209,7 @@ int32_t partkeep_read_get_part_info(partkeep_read* object, int32_t index, char**
         Output material(material_type);
         Output machine(machine_name);
         Output qty(quantity);
+        ClearAll(server, folder, file, sy, nc, name, comment, material, machine, qty);
         impl.GetPartInfo(index, server.Receiver(), folder.Receiver(), file.Receiver(), sy.Receiver(), nc.Receiver(),
                          name.Receiver(), comment.Receiver(), material.Receiver(), machine.Receiver(), machine_type,
                          thickness, qty.Receiver());
@@ -214,10 +229,10 @@ int32_t partkeep_read_read_cad_data(partkeep_read* object, const char* server_na
         Output comment(part_comment);
         Output material(material_type);
         Output qty(quantity);
+        ClearAll(file, name, comment, material, qty);
         const HostResult result = impl.ReadCADDataForTessara(
             WideInput(server_name), WideInput(folder_name), WideInput(part_name), WideInput(data_type), file.Receiver(),
             name.Receiver(), comment.Receiver(), material.Receiver(), thickness, qty.Receiver());
-        HandOverAll(file, name, comment, material, qty);
-        return Number(result);
+        return HandOverAll(file, name, comment, material, qty) ? Number(result) : PARTKEEP_READ_FALSE;
     });
 }

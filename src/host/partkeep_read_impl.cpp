@@ -6,15 +6,19 @@
 #include "selection/partkeep_read_dlg.h"
 #include "settings/process_values.h"
 
+#include <utility>
+
 namespace partkeep {
 
 namespace {
 
-template <typename T, typename V>
-void Put(T* output, const V& value)
+// Values are moved, which cannot fail: a record is copied as a whole before the first output is written, so that
+// outputs are written all or not at all.
+template <typename T>
+void Put(T* output, T& value)
 {
     if (output != nullptr) {
-        *output = value;
+        *output = std::move(value);
     }
 }
 
@@ -78,7 +82,7 @@ HostResult PartkeepReadImpl::GetSelectedPartInfo(std::u16string* o_PartFileName,
         return HostResult::False;
     }
     return Guarded(HostResult::False, [&] {
-        const PartRecord& part = parts_.front();
+        PartRecord part = parts_.front();
         Put(o_PartFileName, part.FilePathName);
         Put(o_PartName, part.PartName);
         Put(o_PartComment, part.PartComment);
@@ -91,7 +95,8 @@ HostResult PartkeepReadImpl::GetSelectedPartInfo(std::u16string* o_PartFileName,
 
 HostResult PartkeepReadImpl::NumberOfPartsSelected(std::int32_t* o_NoOfParts)
 {
-    Put(o_NoOfParts, static_cast<std::int32_t>(parts_.size()));
+    auto number = static_cast<std::int32_t>(parts_.size());
+    Put(o_NoOfParts, number);
     return HostResult::Ok;
 }
 
@@ -103,10 +108,9 @@ HostResult PartkeepReadImpl::GetPartInfo(std::int32_t i_index, std::u16string* o
                                          std::int32_t* o_MachineType, double* o_Thickness, std::u16string* o_Qty)
 {
     return Guarded(HostResult::Ok, [&] {
-        static const PartRecord no_part;
         // Compared as unsigned numbers, so that a negative index is out of range too.
         const auto index = static_cast<std::uint32_t>(i_index);
-        const PartRecord& part = index < parts_.size() ? parts_[index] : no_part;
+        PartRecord part = index < parts_.size() ? parts_[index] : PartRecord();
         Put(o_serverName, part.serverName);
         Put(o_folderName, part.folderName);
         Put(o_FilePathName, part.FilePathName);
@@ -143,7 +147,7 @@ HostResult PartkeepReadImpl::ReadCADDataForTessara(std::u16string_view i_serverN
                                                    std::u16string* o_PartComment, std::u16string* o_MaterialType,
                                                    double* o_Thickness, std::u16string* o_Qty)
 {
-    const auto put_record = [&](const PartRecord& part) {
+    const auto put_record = [&](PartRecord part) {
         Put(o_FilePathName, part.FilePathName);
         Put(o_PartName, part.PartName);
         Put(o_PartComment, part.PartComment);
@@ -158,7 +162,7 @@ HostResult PartkeepReadImpl::ReadCADDataForTessara(std::u16string_view i_serverN
         if (!reader.ReadCADData(i_serverName, i_folderName, i_partName, i_dataType, part)) {
             return HostResult::False;
         }
-        put_record(part);
+        put_record(std::move(part));
         return HostResult::Ok;
     });
 }

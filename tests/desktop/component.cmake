@@ -1,4 +1,5 @@
 partkeep_test(c_interface_test SOURCES c_interface_test.cpp LINK ORVICPartkeepRead partkeep_test_support)
+add_dependencies(c_interface_test partkeep-library)
 target_compile_definitions(c_interface_test PRIVATE "PARTKEEP_LIBRARY_TOOL=\"$<TARGET_FILE:partkeep-library>\"")
 
 set(sanitizer_flags "")

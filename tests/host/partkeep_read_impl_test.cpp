@@ -116,6 +116,10 @@ TEST_F(HostObject, RunsTheDialogAndKeepsWhatItBrings)
     double thickness = 0.0;
     EXPECT_EQ(object.GetSelectedPartInfo(&file, &name, &comment, &material, &thickness, &quantity), HostResult::Ok);
     EXPECT_EQ(name + comment + material + quantity, u"A2cSUS1"); // the first record ever, not the latest
+    EXPECT_TRUE(file.ends_with(u"\\A2.iga"));
+    std::u16string first_file;
+    EXPECT_EQ(object.GetFilePath(&first_file), HostResult::Ok);
+    EXPECT_EQ(first_file, file);
     EXPECT_EQ(thickness, 3.2);
 
     std::u16string server, database_folder, sy, nc, machine;

@@ -21,7 +21,7 @@ std::vector<std::string> operator+(std::vector<std::string> left, const std::vec
 TEST_F(BrowserClick, FetchesAndShowsInItsOrder)
 {
     const std::string work = Quoted(TheProcessValues().workingFolder);
-    const std::string preview = folder.Core(u"Work") == u"" ? "" : Quoted(folder.Core(u"Work") + u"\\Lumora_ForPNG\\");
+    const std::string preview = Quoted(folder.Core(u"Work") + u"\\Lumora_ForPNG\\");
     const std::string picture_path = Quoted(folder.Core(u"Work") + u"\\Lumora_ForPNG\\P1_view.PNG");
     const Lines part = {
         "GetSelectedPart(0)",
@@ -159,18 +159,20 @@ TEST_F(BrowserClick, WithoutMemoryShowsTextAlone)
     EXPECT_EQ(Only(lines, "101: EndWait").size(), 2U);
 }
 
-TEST_F(BrowserClick, PanelsNeverKeepABlockThatIsFreed)
+TEST_F(BrowserClick, HoldsThreeBlocksAtMostHoweverOftenOneClicks)
 {
     Select({u"P1"});
-    browser.images = {{"2D", "BM"}, {"3D", "BM"}};
-    Run({[this](CScriptedWindow& window) {
+    browser.images = {{"2D", "BM"}, {"3D", "BM"}, {"PNG", "x"}};
+    const std::size_t room = RoomForBlocks();
+    Run({[&](CScriptedWindow&) {
              for (int click = 0; click < 10000; ++click) {
                  browser.FireClick();
                  recorder.lines.clear();
              }
-             ASSERT_EQ(window.panels.size(), 2U);
+             EXPECT_EQ(RoomForBlocks(), room - 3);
          },
          user::Press(id_cancel)});
+    EXPECT_EQ(RoomForBlocks(), room);
 }
 
 TEST(PreviewPath, HasOneSeparatorEverywhere)

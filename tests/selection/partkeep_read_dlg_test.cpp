@@ -263,19 +263,6 @@ TEST_F(StartUp, CancelSavesTheServerListAndNothingElse)
     EXPECT_EQ(NamesIn(folder.Path("Work")), (Lines{"Lumora_ForPNG", "UnZipFolder"}));
 }
 
-// How many more blocks there is room for. The limit itself is the platform's.
-std::size_t RoomForBlocks()
-{
-    std::vector<MemoryHandle> blocks;
-    while (MemoryHandle block = AllocateBlock(1)) {
-        blocks.push_back(block);
-    }
-    for (MemoryHandle block : blocks) {
-        FreeBlock(block);
-    }
-    return blocks.size();
-}
-
 TEST_F(StartUp, AThousandRunsLeaveNoBlockAndNoControl)
 {
     const std::size_t room = RoomForBlocks();

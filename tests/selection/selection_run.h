@@ -20,20 +20,35 @@
 
 namespace partkeep {
 
+// Each run flushes files to the disk, and waiting for a real one is nearly all that these tests would do. In memory
+// the same calls are made.
+inline void KeepFoldersInMemory()
+{
+#ifndef _WIN32
+    if (std::filesystem::is_directory("/dev/shm")) {
+        setenv("TMPDIR", "/dev/shm", 0);
+    }
+#endif
+}
+
+// How many more blocks there is room for. The limit itself is the platform's.
+inline std::size_t RoomForBlocks()
+{
+    std::vector<MemoryHandle> blocks;
+    while (MemoryHandle block = AllocateBlock(1)) {
+        blocks.push_back(block);
+    }
+    for (MemoryHandle block : blocks) {
+        FreeBlock(block);
+    }
+    return blocks.size();
+}
+
 class SelectionRun : public testing::Test {
 protected:
     using Lines = std::vector<std::string>;
 
-    // Each run flushes files to the disk, and waiting for a real one is nearly all that these tests would do. In
-    // memory the same calls are made.
-    static void SetUpTestSuite()
-    {
-#ifndef _WIN32
-        if (std::filesystem::is_directory("/dev/shm")) {
-            setenv("TMPDIR", "/dev/shm", 0);
-        }
-#endif
-    }
+    static void SetUpTestSuite() { KeepFoldersInMemory(); }
 
     SelectionRun()
     {
@@ -50,10 +65,7 @@ protected:
         }
         browser.filesByKind = {{24, {u".iga"}}, {20, {u".NCD"}}};
     }
-    ~SelectionRun() override
-    {
-        TheProcessValues() = {};
-    }
+    ~SelectionRun() override { TheProcessValues() = {}; }
 
     // Runs a dialog through the user's actions and gives its modal result. The recorder then holds what came.
     int Run(std::vector<UserAction> actions)
