@@ -17,6 +17,8 @@ namespace partkeep {
 
 namespace {
 
+constexpr std::size_t event_bytes = 65536;
+
 struct DirectoryCloser {
     void operator()(DIR* directory) const { closedir(directory); }
 };
@@ -112,7 +114,7 @@ void CFolderNames::Add(std::string_view name)
 // False when events were lost or the folder is no longer watched.
 bool CFolderNames::TakeEvents()
 {
-    alignas(inotify_event) std::array<char, 64 * 1024> buffer;
+    alignas(inotify_event) std::array<char, event_bytes> buffer;
     for (;;) {
         const ssize_t size = read(watch_, buffer.data(), buffer.size());
         if (size <= 0) {

@@ -19,7 +19,7 @@ namespace partkeep {
 
 namespace {
 
-constexpr qsizetype write_bytes = 256 * 1024;
+constexpr qsizetype write_bytes = 262144;
 
 constexpr mode_t new_file_mode = 0666; // less the process's mask, as for a file that is copied
 

@@ -402,9 +402,9 @@ void CPartListView::contextMenuEvent(QContextMenuEvent* event)
     }
 }
 
-void CPartListView::focusInEvent(QFocusEvent* event)
+// The base class would make the first row current, and the first Down would then take the second.
+void CPartListView::focusInEvent(QFocusEvent* /*event*/)
 {
-    QAbstractScrollArea::focusInEvent(event); // the base class would make the first row current, and Down the second
     viewport()->update();
 }
 
