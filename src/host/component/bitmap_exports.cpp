@@ -6,7 +6,6 @@
 #include <windows.h>
 
 #include <cstddef>
-#include <exception>
 
 namespace partkeep {
 
@@ -72,7 +71,7 @@ INT WINAPI ExportedPaintDIB(HDC context, const RECT* target, HANDLE block, const
         }
         const HostPaletteAccess host_palette(*static_cast<HostPalette*>(palette));
         return PaintDIB(device, &to, block, &from, &host_palette);
-    } catch (const std::exception&) {
+    } catch (...) {
         return 0;
     }
 }
@@ -85,7 +84,7 @@ INT WINAPI ExportedCreateDIBPalette(HANDLE block, void* palette)
     try {
         HostPaletteAccess host_palette(*static_cast<HostPalette*>(palette));
         return CreateDIBPalette(block, &host_palette);
-    } catch (const std::exception&) {
+    } catch (...) {
         return 0;
     }
 }

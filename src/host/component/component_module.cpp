@@ -43,20 +43,29 @@ std::wstring ComponentModule::FileName() const
     }
 }
 
-// Two threads may load it at once; the second one's copy is dropped.
-ComPtr<ITypeInfo> ComponentModule::InterfaceDescription()
+ITypeInfo* ComponentModule::LoadInterfaceDescription() const
 {
-    if (description_ == nullptr) {
-        ComPtr<ITypeLib> library;
-        ITypeInfo* loaded = nullptr;
-        if (FAILED(LoadTypeLibEx(FileName().c_str(), REGKIND_NONE, library.Put())) ||
-            FAILED(library->GetTypeInfoOfGuid(host_interface_id, &loaded))) {
-            return {};
+    ComPtr<ITypeLib> library;
+    ITypeInfo* description = nullptr;
+    if (SUCCEEDED(LoadTypeLibEx(FileName().c_str(), REGKIND_NONE, library.Put()))) {
+        library->GetTypeInfoOfGuid(host_interface_id, &description);
+    }
+    return description;
+}
+
+// Two threads may load it at once; the second one's copy is dropped.
+ComPtr<ITypeInfo> ComponentModule::InterfaceDescription() noexcept
+{
+    try {
+        if (description_ == nullptr) {
+            ITypeInfo* loaded = LoadInterfaceDescription();
+            ITypeInfo* none = nullptr;
+            if (loaded != nullptr && !description_.compare_exchange_strong(none, loaded)) {
+                loaded->Release();
+            }
         }
-        ITypeInfo* none = nullptr;
-        if (!description_.compare_exchange_strong(none, loaded)) {
-            loaded->Release();
-        }
+    } catch (...) {
+        return {};
     }
     return ComPtr<ITypeInfo>(description_);
 }

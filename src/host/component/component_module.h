@@ -30,12 +30,14 @@ public:
 
     // The description of the host interface, out of this library's own resources: it works unregistered too.
     // Loaded at the first request. Null when it cannot be loaded.
-    [[nodiscard]] ComPtr<ITypeInfo> InterfaceDescription();
+    [[nodiscard]] ComPtr<ITypeInfo> InterfaceDescription() noexcept;
 
     // The platform's services that every object uses.
     [[nodiscard]] HostServices Services() const;
 
 private:
+    [[nodiscard]] ITypeInfo* LoadInterfaceDescription() const; // brings its own reference
+
     HINSTANCE instance_ = nullptr;
     std::atomic<long> locks_{0};
     std::atomic<ITypeInfo*> description_{nullptr};

@@ -5,14 +5,12 @@
 #include "host/component/identity.h"
 #include "host/component/registration.h"
 
-#include <new>
-
 using namespace partkeep;
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID process_ends)
 {
+    // The ends of threads are left on: the run-time that is linked in frees there what it keeps for each.
     if (reason == DLL_PROCESS_ATTACH) {
-        DisableThreadLibraryCalls(instance);
         TheModule().Start(instance);
     } else if (reason == DLL_PROCESS_DETACH) {
         TheModule().End(process_ends != nullptr);
@@ -51,7 +49,7 @@ STDAPI DllUnregisterServer()
 {
     try {
         UnregisterComponent(TheModule());
-    } catch (const std::bad_alloc&) {
+    } catch (...) {
         return S_OK; // what could be taken away is gone
     }
     return S_OK;

@@ -1,9 +1,9 @@
 #include "host/component/host_object.h"
 
 #include "host/component/component_module.h"
+#include "host/component/host_outputs.h"
 #include "host/component/identity.h"
 #include "host/component/lent_arguments.h"
-#include "host/component/text_output.h"
 
 #include <new>
 
@@ -22,6 +22,12 @@ HRESULT Run(IUnknown& object, HRESULT trouble, Operation operation) noexcept
     } catch (...) {
         return trouble;
     }
+}
+
+// A success whose outputs do not arrive is none.
+HRESULT Deliver(HostOutputs& outputs, HostResult result)
+{
+    return result == HostResult::Ok && outputs.HandOver() ? S_OK : S_FALSE;
 }
 
 } // namespace
@@ -146,16 +152,19 @@ HRESULT HostObject::InvokePartkeep()
 
 HRESULT HostObject::GetFilePath(BSTR* o_PartFileName)
 {
-    return Run(*outer_, S_FALSE, [&] { return implementation_.GetFilePath(TextOutput(o_PartFileName)); });
+    HostOutputs outputs(HostOutputs::Start::Untouched);
+    return Run(*outer_, S_FALSE,
+               [&] { return Deliver(outputs, implementation_.GetFilePath(outputs.Lend(o_PartFileName))); });
 }
 
 HRESULT HostObject::GetSelectedPartInfo(BSTR* o_PartFileName, BSTR* o_PartName, BSTR* o_PartComment,
                                         BSTR* o_MaterialType, double* o_Thickness, BSTR* o_Qty)
 {
+    HostOutputs outputs(HostOutputs::Start::Untouched);
     return Run(*outer_, S_FALSE, [&] {
-        return implementation_.GetSelectedPartInfo(TextOutput(o_PartFileName), TextOutput(o_PartName),
-                                                   TextOutput(o_PartComment), TextOutput(o_MaterialType), o_Thickness,
-                                                   TextOutput(o_Qty));
+        return Deliver(outputs, implementation_.GetSelectedPartInfo(
+                                    outputs.Lend(o_PartFileName), outputs.Lend(o_PartName), outputs.Lend(o_PartComment),
+                                    outputs.Lend(o_MaterialType), outputs.Lend(o_Thickness), outputs.Lend(o_Qty)));
     });
 }
 
@@ -166,7 +175,9 @@ HRESULT HostObject::InvokePartkeepMultiSelection(LONG i_MultipleSelectionAllowed
 
 HRESULT HostObject::NumberOfPartsSelected(LONG* o_NoOfParts)
 {
-    return Run(*outer_, S_OK, [&] { return implementation_.NumberOfPartsSelected(NumberOutput(o_NoOfParts)); });
+    HostOutputs outputs(HostOutputs::Start::Untouched);
+    return Run(*outer_, S_OK,
+               [&] { return Deliver(outputs, implementation_.NumberOfPartsSelected(outputs.Lend(o_NoOfParts))); });
 }
 
 HRESULT HostObject::GetPartInfo(LONG i_index, BSTR* o_serverName, BSTR* o_folderName, BSTR* o_FilePathName,
@@ -174,12 +185,15 @@ HRESULT HostObject::GetPartInfo(LONG i_index, BSTR* o_serverName, BSTR* o_folder
                                 BSTR* o_MaterialType, BSTR* o_MachineName, LONG* o_MachineType, double* o_Thickness,
                                 BSTR* o_Qty)
 {
+    HostOutputs outputs(HostOutputs::Start::Empty);
     return Run(*outer_, S_OK, [&] {
-        return implementation_.GetPartInfo(i_index, TextOutput(o_serverName), TextOutput(o_folderName),
-                                           TextOutput(o_FilePathName), TextOutput(o_SYFileName),
-                                           TextOutput(o_NCFileName), TextOutput(o_PartName), TextOutput(o_PartComment),
-                                           TextOutput(o_MaterialType), TextOutput(o_MachineName),
-                                           NumberOutput(o_MachineType), o_Thickness, TextOutput(o_Qty));
+        implementation_.GetPartInfo(i_index, outputs.Lend(o_serverName), outputs.Lend(o_folderName),
+                                    outputs.Lend(o_FilePathName), outputs.Lend(o_SYFileName),
+                                    outputs.Lend(o_NCFileName), outputs.Lend(o_PartName), outputs.Lend(o_PartComment),
+                                    outputs.Lend(o_MaterialType), outputs.Lend(o_MachineName),
+                                    outputs.Lend(o_MachineType), outputs.Lend(o_Thickness), outputs.Lend(o_Qty));
+        outputs.HandOver();
+        return S_OK;
     });
 }
 
@@ -192,11 +206,17 @@ HRESULT HostObject::ReadCADDataForTessara(BSTR i_serverName, BSTR i_folderName, 
                                           BSTR* o_FilePathName, BSTR* o_PartName, BSTR* o_PartComment,
                                           BSTR* o_MaterialType, double* o_Thickness, BSTR* o_Qty)
 {
+    HostOutputs outputs(HostOutputs::Start::Empty);
+    auto* path = outputs.Lend(o_FilePathName);
+    auto* name = outputs.Lend(o_PartName);
+    auto* comment = outputs.Lend(o_PartComment);
+    auto* material = outputs.Lend(o_MaterialType);
+    auto* thickness = outputs.Lend(o_Thickness);
+    auto* quantity = outputs.Lend(o_Qty);
     return Run(*outer_, S_FALSE, [&] {
-        return implementation_.ReadCADDataForTessara(
-            InputText(i_serverName), InputText(i_folderName), InputText(i_partName), InputText(i_dataType),
-            TextOutput(o_FilePathName), TextOutput(o_PartName), TextOutput(o_PartComment), TextOutput(o_MaterialType),
-            o_Thickness, TextOutput(o_Qty));
+        return Deliver(outputs, implementation_.ReadCADDataForTessara(
+                                    InputText(i_serverName), InputText(i_folderName), InputText(i_partName),
+                                    InputText(i_dataType), path, name, comment, material, thickness, quantity));
     });
 }
 

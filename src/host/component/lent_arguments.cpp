@@ -12,6 +12,7 @@ namespace {
 constexpr int max_reference_depth = 8; // a variant may refer to a variant, and a hostile one to itself
 constexpr std::uint64_t untouched_double = 0x7FF8'5041'5254'4B50; // a NaN that nothing computes
 constexpr LONG untouched_long = static_cast<LONG>(0x8000'0001);
+OLECHAR untouched_text[1] = {}; // by its address: null and empty are texts that an operation may give
 
 // The description of one function of a dispatch interface; released with it.
 class FunctionDescription {
@@ -65,7 +66,7 @@ bool IsUntouched(const VARIANT& value)
 {
     switch (value.vt) {
     case VT_BSTR:
-        return value.bstrVal == nullptr;
+        return value.bstrVal == untouched_text;
     case VT_R8:
         return std::bit_cast<std::uint64_t>(value.dblVal) == untouched_double;
     default:
@@ -78,13 +79,16 @@ bool IsUntouched(const VARIANT& value)
 LentArguments::~LentArguments()
 {
     for (Loan& loan : loans_) {
-        VariantClear(&loan.value);
+        if (!IsUntouched(loan.value)) {
+            VariantClear(&loan.value);
+        }
     }
 }
 
 HRESULT LentArguments::Take(ITypeInfo& description, DISPID id, DISPPARAMS* arguments)
 {
     if (arguments == nullptr || (arguments->cArgs > 0 && arguments->rgvarg == nullptr) ||
+        arguments->cNamedArgs > arguments->cArgs ||
         (arguments->cNamedArgs > 0 && arguments->rgdispidNamedArgs == nullptr)) {
         return E_INVALIDARG;
     }
@@ -147,6 +151,8 @@ void LentArguments::Lend(VARIANT& argument, VARIANT* target, VARTYPE type)
         loan.value.dblVal = std::bit_cast<double>(untouched_double);
     } else if (type == VT_I4) {
         loan.value.lVal = untouched_long;
+    } else {
+        loan.value.bstrVal = untouched_text;
     }
     argument.vt = static_cast<VARTYPE>(VT_BYREF | type);
     argument.byref = &loan.value.llVal;

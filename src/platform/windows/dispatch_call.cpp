@@ -1,11 +1,11 @@
 #include "platform/windows/dispatch_call.h"
 
 #include "platform/windows/wide.h"
-#include "platform/windows/wide_text.h"
 
 #include <oleauto.h>
 
-#include <ranges>
+#include <algorithm>
+#include <iterator>
 #include <vector>
 
 namespace partkeep {
@@ -18,9 +18,7 @@ public:
     explicit CallArguments(std::span<const ControlArgument> arguments)
     {
         variants_.reserve(arguments.size());
-        for (const ControlArgument& argument : arguments | std::views::reverse) {
-            variants_.push_back(VariantOf(argument));
-        }
+        std::transform(arguments.rbegin(), arguments.rend(), std::back_inserter(variants_), VariantOf);
     }
     // Only texts belong to this call; everything else is borrowed.
     ~CallArguments()
@@ -44,8 +42,7 @@ private:
         VariantInit(&variant);
         variant.vt = static_cast<VARTYPE>(argument.type);
         if (const auto* text = std::get_if<std::u16string_view>(&argument.value)) {
-            const std::wstring wide = WideText(*text);
-            variant.bstrVal = SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()));
+            variant.bstrVal = SysAllocStringLen(AsWide(text->data()), static_cast<UINT>(text->size()));
         } else if (const auto* small = std::get_if<std::int16_t>(&argument.value)) {
             variant.iVal = *small;
         } else if (const auto* number = std::get_if<std::int32_t>(&argument.value)) {

@@ -62,6 +62,18 @@ private:
     IID source_;
 };
 
+// One more call runs for as long as this lives.
+class RunningCall {
+public:
+    explicit RunningCall(int& count) : count_(count) { ++count_; }
+    ~RunningCall() { --count_; }
+    RunningCall(const RunningCall&) = delete;
+    RunningCall& operator=(const RunningCall&) = delete;
+
+private:
+    int& count_;
+};
+
 class HostedContent final : public SiteContent {
 public:
     explicit HostedContent(HWND window) : window_(window), site_(new ControlSite(window)) {}
@@ -236,10 +248,8 @@ ControlResult HostedContent::Invoke(std::int32_t dispatch_id, InvokeKind kind,
     if (!control) {
         return {};
     }
-    ++calls_running_;
-    ControlResult answer = CallDispatch(*control.Get(), dispatch_id, kind, arguments, result);
-    --calls_running_;
-    return answer;
+    const RunningCall running(calls_running_);
+    return CallDispatch(*control.Get(), dispatch_id, kind, arguments, result);
 }
 
 // The caller of an operation is never called back from within it, so what a control fires there comes later.
