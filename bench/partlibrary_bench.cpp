@@ -17,6 +17,7 @@
 #include <map>
 #include <random>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace partkeep {
@@ -56,6 +57,16 @@ public:
         fs::create_directories(path_ / name);
         return path_ / name;
     }
+    // New every time. What was written before is on the disk then, and nothing was deleted just now: a file system
+    // may pass over what has just been freed, and the next run would pay for the last.
+    [[nodiscard]] fs::path Next(const std::string& name) const
+    {
+        static int count = 0;
+        const fs::path made = Fresh("targets/" + name + std::to_string(++count));
+        sync();
+        return made;
+    }
+    void RemoveTargets() const { fs::remove_all(path_ / "targets"); }
     [[nodiscard]] fs::path Path(const std::string& name) const { return path_ / name; }
 
 private:
@@ -104,10 +115,9 @@ fs::path MakeSource(int parts, int least_kb, int most_kb)
     return source;
 }
 
-QString MakeEmptyLibrary(const std::string& name)
+QString MakeEmptyLibrary(const fs::path& path)
 {
-    const QString file = Native(Folder().Path(name + ".kpl"));
-    fs::remove(file.toStdString());
+    const QString file = Native(path) + QStringLiteral(".kpl");
     LibraryProblem problem;
     Require(CLibraryWriter::Create(file, problem), problem);
     return file;
@@ -168,20 +178,21 @@ void BM_CopyFilesBesideCp(benchmark::State& state)
 {
     const int parts = static_cast<int>(state.range(0));
     const fs::path source = MakeSource(parts, 10, 500);
-    Import(MakeEmptyLibrary("copy"), source);
+    Import(MakeEmptyLibrary(Folder().Path("copy")), source);
     CBrowserSession session{CLibraryFolder(Native(Folder().Path("")))};
     Require(session.ConnectServer(u"copy"), session.Problem());
     Compare(
         state,
         [&] {
-            const fs::path target = Folder().Fresh("by-library");
+            const fs::path target = Folder().Next("by-library");
             return Milliseconds([&] { CopyParts(session, parts, target); });
         },
         [&] {
-            const fs::path target = Folder().Fresh("by-cp");
+            const fs::path target = Folder().Next("by-cp");
             return Milliseconds([&] { RunCp(source, target); });
         });
     fs::remove_all(source);
+    Folder().RemoveTargets();
 }
 BENCHMARK(BM_CopyFilesBesideCp)->Arg(256)->Iterations(15)->UseManualTime()->Unit(benchmark::kMillisecond);
 
@@ -192,15 +203,15 @@ void BM_ImportBesideCp(benchmark::State& state)
     Compare(
         state,
         [&] {
-            const QString file = MakeEmptyLibrary("import");
+            const QString file = MakeEmptyLibrary(Folder().Next("import"));
             return Milliseconds([&] { Import(file, source); });
         },
         [&] {
-            const fs::path target = Folder().Fresh("by-cp");
+            const fs::path target = Folder().Next("by-cp");
             return Milliseconds([&] { RunCp(source, target); });
         });
     fs::remove_all(source);
-    fs::remove_all(Folder().Path("by-cp"));
+    Folder().RemoveTargets();
 }
 BENCHMARK(BM_ImportBesideCp)
     ->ArgNames({"parts", "least_kb", "most_kb"})
@@ -230,7 +241,7 @@ const QString& LibraryOfSize(int parts)
     }
     server = QStringLiteral("parts%1").arg(parts);
     LibraryProblem problem;
-    const auto writer = CLibraryWriter::Open(MakeEmptyLibrary(server.toStdString()), problem);
+    const auto writer = CLibraryWriter::Open(MakeEmptyLibrary(Folder().Path(server.toStdString())), problem);
     Require(writer != nullptr && writer->Begin(), problem);
     for (int part = 0; part < parts; ++part) {
         const auto folder = writer->MakeFolder(FolderName(part / parts_per_folder));

@@ -14,9 +14,28 @@ namespace {
 
 constexpr int busy_timeout_ms = 1000;
 
-// Pages of 64 KB; without room for a few hundred of them a large library is read from disk again and again.
-constexpr int read_cache_kb = 4 * 1024;
+// Look-ups in a large library want as many pages at hand as can be. Content that streams through wants few, so
+// that each page lands in memory that the processor still has in its cache.
+constexpr int read_cache_kb = 64 * 1024;
+constexpr int content_cache_kb = 4 * 1024;
 constexpr int write_cache_kb = 256 * 1024;
+
+int CacheSize(OpenMode mode)
+{
+    switch (mode) {
+    case OpenMode::Read:
+        return read_cache_kb;
+    case OpenMode::ReadContent:
+        return content_cache_kb;
+    default:
+        return write_cache_kb;
+    }
+}
+
+bool IsReading(OpenMode mode)
+{
+    return mode == OpenMode::Read || mode == OpenMode::ReadContent;
+}
 
 // Result codes of the database engine (sqlite3.h), without their extension.
 LibraryFault FaultOfCode(int code)
@@ -58,7 +77,7 @@ QString NewConnectionName()
 QString ConnectOptions(OpenMode mode)
 {
     const QString timeout = QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(busy_timeout_ms);
-    return mode == OpenMode::Read ? timeout + QStringLiteral(";QSQLITE_OPEN_READONLY") : timeout;
+    return IsReading(mode) ? timeout + QStringLiteral(";QSQLITE_OPEN_READONLY") : timeout;
 }
 
 // Opening a pipe or a device in place of a file could wait for ever.
@@ -107,7 +126,7 @@ std::unique_ptr<CLibraryConnection> CLibraryConnection::Open(const QString& file
     problem = connection->Problem();
     // A journal beside the library belongs to a writer that was cut off. Only a connection that may write
     // can take its changes back.
-    if (mode == OpenMode::Read && QFile::exists(file + QStringLiteral("-journal"))) {
+    if (IsReading(mode) && QFile::exists(file + QStringLiteral("-journal"))) {
         connection.reset(new CLibraryConnection(file, NewConnectionName()));
         if (connection->OpenDatabase(OpenMode::Write) && connection->Execute(QStringLiteral("PRAGMA query_only=1"))) {
             return connection;
@@ -130,10 +149,9 @@ bool CLibraryConnection::OpenDatabase(OpenMode mode)
         return false;
     }
     // No memory mapping: a mapped library that somebody cuts short would end the host process.
-    const int cache_kb = mode == OpenMode::Read ? read_cache_kb : write_cache_kb;
     const bool ready = Execute(QStringLiteral("PRAGMA trusted_schema=0")) &&
                        Execute(QStringLiteral("PRAGMA cell_size_check=1")) &&
-                       Execute(QStringLiteral("PRAGMA cache_size=-%1").arg(cache_kb));
+                       Execute(QStringLiteral("PRAGMA cache_size=-%1").arg(CacheSize(mode)));
     return ready && (mode == OpenMode::Create ? CreateSchema(*this) : CheckSchema(*this));
 }
 

@@ -14,7 +14,7 @@
 
 namespace partkeep {
 
-enum class OpenMode { Read, Write, Create };
+enum class OpenMode { Read, ReadContent, Write, Create };
 
 class CLibraryConnection {
 public:

@@ -23,41 +23,21 @@ FolderRow ReadFolder(const CStatement& statement)
 
 } // namespace
 
-struct CPartLibrary::Prepared {
-    explicit Prepared(CLibraryConnection& connection)
-        : find_part(connection, part_columns + QStringLiteral("WHERE folder = (SELECT id FROM folder WHERE path = ?) "
-                                                              "AND name = ?")),
-          read_run(connection, QStringLiteral("SELECT id, rest, hash, content FROM part_file "
-                                              "WHERE id BETWEEN ? AND ? ORDER BY id"))
-    {
-    }
-
-    CStatement find_part;
-    CStatement read_run;
-};
-
-CPartLibrary::CPartLibrary(std::unique_ptr<CLibraryConnection> connection)
-    : connection_(std::move(connection)), parts_(*connection_)
+CPartLibrary::CPartLibrary(std::unique_ptr<CLibraryConnection> connection, std::unique_ptr<CLibraryConnection> contents)
+    : connection_(std::move(connection)), contents_(std::move(contents)), parts_(*connection_)
 {
 }
 
 CPartLibrary::~CPartLibrary() = default;
 
-CPartLibrary::Prepared& CPartLibrary::Statements()
-{
-    if (prepared_ == nullptr || prepared_->find_part.Failed() || prepared_->read_run.Failed()) {
-        prepared_ = std::make_unique<Prepared>(*connection_);
-    }
-    return *prepared_;
-}
-
 std::unique_ptr<CPartLibrary> CPartLibrary::Open(const QString& file, LibraryProblem& problem)
 {
     auto connection = CLibraryConnection::Open(file, OpenMode::Read, problem);
-    if (connection == nullptr) {
+    auto contents = connection != nullptr ? CLibraryConnection::Open(file, OpenMode::ReadContent, problem) : nullptr;
+    if (contents == nullptr) {
         return nullptr;
     }
-    return std::unique_ptr<CPartLibrary>(new CPartLibrary(std::move(connection)));
+    return std::unique_ptr<CPartLibrary>(new CPartLibrary(std::move(connection), std::move(contents)));
 }
 
 std::optional<qint64> CPartLibrary::FindFolder(const QString& path)
@@ -74,11 +54,11 @@ std::optional<qint64> CPartLibrary::FindFolder(const QString& path)
 
 std::optional<PartRow> CPartLibrary::FindPart(const QString& folder, const QString& name)
 {
-    CStatement& statement = Statements().find_part;
+    CStatement statement(*connection_,
+                         part_columns + QStringLiteral("WHERE folder = (SELECT id FROM folder WHERE path = ?) "
+                                                       "AND name = ?"));
     statement.Run({folder, name});
-    auto part = ReadPart(statement, folder + u'\\' + name);
-    statement.Finish();
-    return part;
+    return ReadPart(statement, folder + u'\\' + name);
 }
 
 std::optional<PartRow> CPartLibrary::FindPart(PartId id)
@@ -152,10 +132,17 @@ bool CPartLibrary::ReadChunks(PartId part, SlotSet slots, const ChunkReader& rea
 
 bool CPartLibrary::ReadRun(PartId part, FileSlot first, FileSlot last, const ChunkReader& reader)
 {
-    CStatement& statement = Statements().read_run;
-    statement.Run({FirstChunk(part, first), FirstChunk(part, last) + slot_id_step - 1});
-    const bool read = ReadRows(statement, reader);
-    statement.Finish();
+    if (read_run_ == nullptr || read_run_->Failed()) {
+        read_run_ =
+            std::make_unique<CStatement>(*contents_, QStringLiteral("SELECT id, rest, hash, content FROM part_file "
+                                                                    "WHERE id BETWEEN ? AND ? ORDER BY id"));
+    }
+    read_run_->Run({FirstChunk(part, first), FirstChunk(part, last) + slot_id_step - 1});
+    const bool read = ReadRows(*read_run_, reader);
+    if (read_run_->Failed()) {
+        connection_->SetProblem(contents_->Problem());
+    }
+    read_run_->Finish();
     return read;
 }
 

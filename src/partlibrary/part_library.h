@@ -55,18 +55,15 @@ public:
     [[nodiscard]] CLibraryConnection& Connection() { return *connection_; }
 
 private:
-    // The statements that run for every part of a copy: prepared once, and anew after a failure.
-    struct Prepared;
-
-    explicit CPartLibrary(std::unique_ptr<CLibraryConnection> connection);
-    [[nodiscard]] Prepared& Statements();
+    CPartLibrary(std::unique_ptr<CLibraryConnection> connection, std::unique_ptr<CLibraryConnection> contents);
     bool ReadRun(PartId part, FileSlot first, FileSlot last, const ChunkReader& reader);
     bool ReadRows(CStatement& statement, const ChunkReader& reader);
     bool SetDamaged(const char* detail);
     [[nodiscard]] std::optional<PartRow> ReadPart(CStatement& statement, const QString& subject);
 
     std::unique_ptr<CLibraryConnection> connection_;
-    std::unique_ptr<Prepared> prepared_; // null at first
+    std::unique_ptr<CLibraryConnection> contents_; // opened at once: the file may be gone when it is needed
+    std::unique_ptr<CStatement> read_run_;         // prepared once for all parts of a copy; null at first
     CPartList parts_;
 };
 
