@@ -3,7 +3,6 @@ partkeep_test(operator_runs_test
   SOURCES operator_run.cpp operator_runs_test.cpp
   LINK
     partkeep_host
-    partkeep_scripted_window
     partkeep_library_fixture
     partkeep_library_commands
     partkeep_test_support)

@@ -49,7 +49,7 @@ TEST(InstallLocation, IsLookedUpTheTwoWaysInTheirOrder)
         SCOPED_TRACE(row.label);
         CMemoryRegistry registry;
         if (row.install_key) {
-            registry.SetKey(orvic_key);
+            registry.keys[orvic_key];
         }
         if (row.install_path) {
             registry.Set(orvic_key, u"installpath", *row.install_path);
@@ -74,7 +74,7 @@ TEST(InstallLocation, LeavesTheTextAloneWhereAKeyDoesNotOpen)
     EXPECT_EQ(ReadCodeBaseFolder(registry, text), 0);
     EXPECT_EQ(text, u"before");
 
-    registry.SetKey(orvic_key);
+    registry.keys[orvic_key];
     EXPECT_EQ(ReadInstallPath(registry, text, u"software\\Velmar\\ORVIC", u"installpath"), 1);
     EXPECT_EQ(text, u"");
 }

@@ -3,33 +3,19 @@
 #pragma once
 
 #include "platform/memory_block.h"
-#include "platform/text.h"
 #include "resources/resource_ids.h"
 #include "selection/partkeep_read_dlg.h"
 #include "settings/process_values.h"
-#include "tests/support/recorder.h"
 #include "tests/support/scripted_control.h"
 #include "tests/support/scripted_window.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
-#include <memory>
+#include <sstream>
 
 namespace partkeep {
-
-// Each run flushes files to the disk, and waiting for a real one is nearly all that these tests would do. In memory
-// the same calls are made.
-inline void KeepFoldersInMemory()
-{
-#ifndef _WIN32
-    if (std::filesystem::is_directory("/dev/shm")) {
-        setenv("TMPDIR", "/dev/shm", 0);
-    }
-#endif
-}
 
 // How many more blocks there is room for. The limit itself is the platform's.
 inline std::size_t RoomForBlocks()
@@ -38,17 +24,25 @@ inline std::size_t RoomForBlocks()
     while (MemoryHandle block = AllocateBlock(1)) {
         blocks.push_back(block);
     }
-    for (MemoryHandle block : blocks) {
-        FreeBlock(block);
-    }
+    std::for_each(blocks.begin(), blocks.end(), FreeBlock);
     return blocks.size();
 }
 
+inline const std::string title = " 'Kolvyn PartkeepRead'";
+inline const std::string select_parts = "'Please select one or more part.'" + title;
+
 class SelectionRun : public testing::Test {
 protected:
-    using Lines = std::vector<std::string>;
-
-    static void SetUpTestSuite() { KeepFoldersInMemory(); }
+    // Each run flushes files to the disk, and waiting for a real one is nearly all that these tests would do. In
+    // memory the same calls are made.
+    static void SetUpTestSuite()
+    {
+#ifndef _WIN32
+        if (std::filesystem::is_directory("/dev/shm")) {
+            setenv("TMPDIR", "/dev/shm", 0);
+        }
+#endif
+    }
 
     SelectionRun()
     {
@@ -65,7 +59,10 @@ protected:
         }
         browser.filesByKind = {{24, {u".iga"}}, {20, {u".NCD"}}};
     }
-    ~SelectionRun() override { TheProcessValues() = {}; }
+    ~SelectionRun() override
+    {
+        TheProcessValues() = {};
+    }
 
     // Runs a dialog through the user's actions and gives its modal result. The recorder then holds what came.
     int Run(std::vector<UserAction> actions)
@@ -78,48 +75,81 @@ protected:
         return dialog->DoModal();
     }
 
-    // What one action in a run that is then cancelled brought.
+    // What one action brought, in a run that is then cancelled.
     Lines LinesOf(const UserAction& action)
     {
         Lines lines;
-        Run({[&](CScriptedWindow& window) {
-                 recorder.lines.clear();
-                 action(window);
-                 lines = recorder.Take();
-             },
-             user::Press(id_cancel)});
+        Run({[&](CScriptedWindow& window) { lines = LinesIn(window, action); }, user::Press(id_cancel)});
         return lines;
     }
+    Lines LinesIn(CScriptedWindow& window, const UserAction& action)
+    {
+        recorder.lines.clear();
+        action(window);
+        return recorder.Take();
+    }
 
-    void Select(std::initializer_list<const char16_t*> names)
+    // The settings files; empty text takes one away.
+    void WriteServers(const std::string& text)
+    {
+        WriteSettings("Install/kpdservers.ini", text);
+    }
+    void WriteOptions(const std::string& leaves)
+    {
+        WriteSettings("Install/ZanPartkeepConfig.xml",
+                      leaves.empty() ? "" : "<?xml version=\"1.0\"?><R>" + leaves + "</R>");
+    }
+    // The run begins in a folder of SRV1; "-9999" for none.
+    void StartIn(const std::string& place)
+    {
+        WriteServers("SRV1\r\n" + place + "\r\nmetric\r\nSRV1\r\n-9999\r\n0\r\n");
+    }
+
+    void Select(const std::string& names)
     {
         browser.list.clear();
-        for (const char16_t* name : names) {
-            browser.list.push_back({name, u"SRV1", u"A\\B", 15000, u"SPCC", u"M1", u"comment", true});
+        std::istringstream words(names);
+        for (std::string name; words >> name;) {
+            browser.list.push_back({WidenText(name), u"SRV1", u"A\\B", 15000, u"SPCC", u"M1", u"comment", true});
         }
         browser.selection = browser.list;
     }
 
-    void SelectMany(int count)
+    // In the next keypad; empty text cancels it.
+    void Type(const std::u16string& quantity)
     {
-        browser.list.clear();
-        for (int number = 0; number < count; ++number) {
-            browser.list.push_back(
-                {u"P" + WidenText(std::to_string(number)), u"SRV1", u"A\\B", 0, u"", u"", u"", true});
+        windows.Play(RES_QUANTITY_KEYPAD,
+                     {user::Type(RES_QUANTITY, quantity), user::Press(quantity.empty() ? id_cancel : id_ok)});
+    }
+
+    // "name path quantity; " of each row in the list's window, and nothing without that window.
+    [[nodiscard]] std::string Listed() const
+    {
+        std::u16string rows;
+        if (const CScriptedWindow* list = windows.Find(RES_SELECTED_PARTS_DIALOG)) {
+            for (const ScriptedRow& row : list->controls.at(RES_PART_LIST).rows) {
+                rows += row.cells.at(0) + u" " + row.cells.at(1) + u" " + row.cells.at(2) + u"; ";
+            }
         }
-        browser.selection = browser.list;
+        return NarrowText(rows);
+    }
+    // "name quantity; " of each record that the host gets.
+    [[nodiscard]] std::string Results() const
+    {
+        std::u16string names;
+        for (const PartRecord& part : dialog->resultParts) {
+            names += part.PartName + u" " + part.Qty + u"; ";
+        }
+        return NarrowText(names);
     }
 
     // Those of the lines that begin with the text.
-    static Lines Only(const Lines& lines, const std::string& beginning)
+    static Lines Only(Lines lines, const std::string& beginning)
     {
-        Lines kept;
-        std::copy_if(lines.begin(), lines.end(), std::back_inserter(kept),
-                     [&](const std::string& line) { return line.starts_with(beginning); });
-        return kept;
+        std::erase_if(lines, [&](const std::string& line) { return !line.starts_with(beginning); });
+        return lines;
     }
-
-    [[nodiscard]] static std::string Messages(const Lines& lines)
+    static std::string Messages(const Lines& lines)
     {
         std::string texts;
         for (const std::string& line : Only(lines, "message ")) {
@@ -135,6 +165,13 @@ protected:
     CScriptedWindows windows{recorder};
     bool multiSelection = true;
     std::unique_ptr<CPartkeepReadDlg> dialog;
+
+private:
+    void WriteSettings(const char* name, const std::string& text)
+    {
+        text.empty() ? static_cast<void>(std::filesystem::remove(folder.Path(name)))
+                     : WriteBytes(folder.Path(name), text);
+    }
 };
 
 } // namespace partkeep

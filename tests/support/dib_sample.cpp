@@ -39,31 +39,27 @@ constexpr std::array samples{
     DibSample{"masks 3 2 1", 16, 40, 7, BitFields, {0xE00, 0x30, 0x1}},
 };
 
-// Each row: three pixels one by one, then a run to the row's end.
-std::vector<std::byte> RandomRuns(const DibSample& sample, std::mt19937& random)
+void AppendRandom(std::vector<std::byte>& bytes, std::size_t count, std::mt19937& random)
 {
-    const std::size_t literal = sample.bits == 4 ? 2 : 4;
-    std::vector<std::byte> codes;
-    for (int row = 0; row < sample.height; ++row) {
-        codes.insert(codes.end(), {std::byte{0}, std::byte{3}});
-        std::generate_n(std::back_inserter(codes), literal, [&random] { return static_cast<std::byte>(random()); });
-        codes.insert(codes.end(), {std::byte{DibSample::width - 3}, std::byte{9}, std::byte{0}, std::byte{0}});
-    }
-    return codes;
+    std::generate_n(std::back_inserter(bytes), count, [&random] { return static_cast<std::byte>(random()); });
 }
 
-std::vector<std::byte> RandomPixels(const DibSample& sample, std::mt19937& random)
+void AppendPixels(std::vector<std::byte>& bytes, const DibSample& sample, std::mt19937& random)
 {
-    if (sample.compression == Rle4 || sample.compression == Rle8) {
-        return RandomRuns(sample, random);
+    const auto rows = static_cast<std::size_t>(std::abs(sample.height));
+    if (sample.compression != Rle4 && sample.compression != Rle8) {
+        AppendRandom(bytes, (DibSample::width * sample.bits + 31U) / 32 * 4 * rows, random);
+        return;
     }
-    const int row_bytes = (DibSample::width * sample.bits + 31) / 32 * 4;
-    std::vector<std::byte> pixels(static_cast<std::size_t>(row_bytes * std::abs(sample.height)));
-    std::generate(pixels.begin(), pixels.end(), [&random] { return static_cast<std::byte>(random()); });
-    return pixels;
+    // Each row: three pixels one by one, then a run to the row's end.
+    for (std::size_t row = 0; row < rows; ++row) {
+        bytes.insert(bytes.end(), {std::byte{0}, std::byte{3}});
+        AppendRandom(bytes, sample.bits == 4 ? 2 : 4, random);
+        bytes.insert(bytes.end(), {std::byte{DibSample::width - 3}, std::byte{9}, std::byte{0}, std::byte{0}});
+    }
 }
 
-void PutHeader(SampleFile& file, const DibSample& sample, std::size_t pixel_bytes)
+void PutHeader(SampleFile& file, const DibSample& sample)
 {
     const bool core = sample.header_bytes == dib_core_header_bytes;
     file.Put(0, sample.header_bytes);
@@ -73,7 +69,7 @@ void PutHeader(SampleFile& file, const DibSample& sample, std::size_t pixel_byte
     file.Put(core ? 10 : 14, sample.bits);
     if (!core) {
         file.Put(16, sample.compression);
-        file.Put(20, static_cast<std::uint32_t>(pixel_bytes));
+        file.Put(20, static_cast<std::uint32_t>(file.bytes.size() - file.pixel_offset));
         file.Put(32, sample.colors_used);
     }
     if (sample.compression == BitFields) {
@@ -102,12 +98,10 @@ SampleFile MakeSampleFile(const DibSample& sample)
     const std::size_t between =
         sample.compression == BitFields ? 12 : colors * (sample.header_bytes == dib_core_header_bytes ? 3 : 4);
     SampleFile file{{}, dib_file_header_bytes + sample.header_bytes + between};
-    file.bytes.resize(file.pixel_offset);
-    std::generate(file.bytes.end() - static_cast<std::ptrdiff_t>(between), file.bytes.end(),
-                  [&random] { return static_cast<std::byte>(random()); });
-    const auto pixels = RandomPixels(sample, random);
-    PutHeader(file, sample, pixels.size());
-    file.bytes.insert(file.bytes.end(), pixels.begin(), pixels.end());
+    file.bytes.resize(file.pixel_offset - between);
+    AppendRandom(file.bytes, between, random);
+    AppendPixels(file.bytes, sample, random);
+    PutHeader(file, sample);
     return file;
 }
 

@@ -3,8 +3,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
+#include <fstream>
 #include <grp.h>
 #include <linux/capability.h>
 #include <sched.h>
@@ -24,17 +24,14 @@ constexpr uid_t nobody = 65534;
 void Require(bool done, const char* what)
 {
     if (!done) {
-        std::fprintf(stderr, "%s: %s\n", what, std::strerror(errno));
+        std::perror(what);
         std::abort();
     }
 }
 
 void WriteTo(const char* path, const std::string& text)
 {
-    const int file = open(path, O_WRONLY | O_CLOEXEC);
-    const bool written = file >= 0 && write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-    Require(written, path);
-    close(file);
+    Require((std::ofstream(path) << text).flush().good(), path);
 }
 
 // Whether this process was root before it entered a namespace.
@@ -60,9 +57,7 @@ bool IsRealRoot()
 
 void Unmount(const std::filesystem::path& where)
 {
-    if (!where.empty()) {
-        Require(umount2(where.c_str(), MNT_DETACH) == 0, "umount");
-    }
+    Require(umount2(where.c_str(), MNT_DETACH) == 0, "umount");
 }
 
 // Flags of the mount below that a namespace may not take off again are handed on.
@@ -83,13 +78,11 @@ void BindOnItself(const std::filesystem::path& what)
 // In a namespace of a single user there is nobody else to become; giving up the capabilities does the same.
 void DropPrivileges()
 {
-    if (IsRealRoot()) {
-        Require(setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0, "setuid");
-        return;
-    }
     __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
     __user_cap_data_struct none[2]{};
-    Require(syscall(SYS_capset, &header, none) == 0, "capset");
+    const bool dropped = IsRealRoot() ? setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0
+                                      : syscall(SYS_capset, &header, none) == 0;
+    Require(dropped, "privileges");
 }
 
 } // namespace
@@ -97,8 +90,7 @@ void DropPrivileges()
 CMountedDisk::CMountedDisk(std::filesystem::path folder, const std::string& size) : folder_(std::move(folder))
 {
     IsRealRoot();
-    const std::string options = "mode=0777,size=" + size;
-    Require(mount("partkeep-test", folder_.c_str(), "tmpfs", 0, options.c_str()) == 0, "mount");
+    Require(mount("partkeep-test", folder_.c_str(), "tmpfs", 0, ("mode=0777,size=" + size).c_str()) == 0, "mount");
 }
 
 CMountedDisk::~CMountedDisk()
@@ -109,19 +101,12 @@ CMountedDisk::~CMountedDisk()
 void CMountedDisk::Fill(std::size_t spare)
 {
     const int file = open((folder_ / ".filler").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
-    Require(file >= 0, "filler");
     const std::string block(4096, 'x');
-    off_t size = lseek(file, 0, SEEK_END);
-    for (ssize_t written = 0; (written = write(file, block.data(), block.size())) > 0;) {
-        size += written;
+    while (write(file, block.data(), block.size()) > 0) {
     }
-    Require(errno == ENOSPC && ftruncate(file, size - static_cast<off_t>(spare)) == 0, "filler");
+    const bool full = errno == ENOSPC;
+    Require(full && ftruncate(file, lseek(file, 0, SEEK_END) - static_cast<off_t>(spare)) == 0, "filler");
     close(file);
-}
-
-void CMountedDisk::MakeRoom()
-{
-    std::filesystem::remove(folder_ / ".filler");
 }
 
 void CMountedDisk::SetReadOnly(bool read_only)
@@ -142,15 +127,15 @@ CReadOnlyFolder::CReadOnlyFolder(std::filesystem::path folder, std::filesystem::
 
 CReadOnlyFolder::~CReadOnlyFolder()
 {
-    Unmount(writable_file_);
+    if (!writable_file_.empty()) {
+        Unmount(writable_file_);
+    }
     Unmount(folder_);
 }
 
 void GiveToUnprivilegedUser(const std::filesystem::path& path)
 {
-    if (IsRealRoot()) {
-        Require(lchown(path.c_str(), nobody, nobody) == 0, "chown");
-    }
+    Require(!IsRealRoot() || lchown(path.c_str(), nobody, nobody) == 0, "chown");
 }
 
 bool CanOwnForOthers()
@@ -163,13 +148,12 @@ bool RunWithoutPrivileges(const std::function<bool()>& action)
     IsRealRoot();
     std::fflush(nullptr);
     const pid_t child = fork();
-    Require(child >= 0, "fork");
     if (child == 0) {
         DropPrivileges();
         _exit(action() ? 0 : 1);
     }
     int status = 0;
-    Require(waitpid(child, &status, 0) == child && WIFEXITED(status), "child");
+    Require(child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status), "child");
     return WEXITSTATUS(status) == 0;
 }
 

@@ -20,7 +20,7 @@ public:
 
     // Leaves `spare` bytes free (whole pages of 4096), by a file ".filler"; MakeRoom takes it away again.
     void Fill(std::size_t spare = 0);
-    void MakeRoom();
+    void MakeRoom() { std::filesystem::remove(folder_ / ".filler"); }
     void SetReadOnly(bool read_only);
 
 private:

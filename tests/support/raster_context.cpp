@@ -1,5 +1,6 @@
 #include "tests/support/raster_context.h"
 
+#include <bit>
 #include <cmath>
 #include <utility>
 
@@ -15,16 +16,6 @@ struct PlainDecoder {
 
     unsigned Byte(std::size_t at) const { return std::to_integer<unsigned>(bitmap.pixels[at]); }
 
-    // The first bit is the highest of its byte.
-    std::uint32_t Bits(std::size_t first) const
-    {
-        std::uint32_t value = 0;
-        for (std::size_t bit = first; bit < first + figures.bits; ++bit) {
-            value = value << 1 | (Byte(bit / 8) >> (7 - bit % 8) & 1);
-        }
-        return value;
-    }
-
     std::uint32_t FromTable(std::uint32_t index) const
     {
         std::uint32_t color = 0;
@@ -33,6 +24,18 @@ struct PlainDecoder {
             color = color << 8 | std::to_integer<unsigned>(bitmap.header[at]);
         }
         return color;
+    }
+
+    // The share's bits from its highest down, over and over until there are eight.
+    static std::uint32_t Share(std::uint32_t value, std::uint32_t mask)
+    {
+        const int low = std::countr_zero(mask);
+        const int width = 32 - std::countl_zero(mask) - low;
+        std::uint32_t eight = 0;
+        for (int place = 0; mask != 0 && place < 8; ++place) {
+            eight = eight << 1 | ((value & mask) >> (low + width - 1 - place % width) & 1);
+        }
+        return eight;
     }
 
     std::uint32_t FromBytes(std::size_t at) const
@@ -51,38 +54,27 @@ struct PlainDecoder {
         return color;
     }
 
-    // The share's bits from its highest down, over and over until there are eight.
-    static std::uint32_t Share(std::uint32_t value, std::uint32_t mask)
+    // The first bit is the highest of its byte.
+    void Put(std::int64_t x, std::int64_t y, std::size_t first_bit)
     {
-        std::vector<std::uint32_t> bits;
-        for (std::uint32_t rest = mask, bit = 0; rest != 0; rest >>= 1, ++bit) {
-            if ((rest & 1) != 0 || !bits.empty()) {
-                bits.insert(bits.begin(), value >> bit & mask >> bit & 1);
-            }
+        std::uint32_t index = 0;
+        for (std::size_t bit = first_bit; figures.bits <= 8 && bit < first_bit + figures.bits; ++bit) {
+            index = index << 1 | (Byte(bit / 8) >> (7 - bit % 8) & 1);
         }
-        std::uint32_t eight = 0;
-        for (std::size_t place = 0; place < 8 && !bits.empty(); ++place) {
-            eight = eight << 1 | bits[place % bits.size()];
+        if (x < figures.width && y >= 0) {
+            picture.At(static_cast<int>(x), static_cast<int>(y)) =
+                figures.bits <= 8 ? FromTable(index) : FromBytes(first_bit / 8);
         }
-        return eight;
     }
 
     void Rows()
     {
         const std::size_t row_bits = (static_cast<std::size_t>(figures.width) * figures.bits + 31) / 32 * 32;
-        for (int y = 0; y < figures.height; ++y) {
-            const auto stored = static_cast<std::size_t>(figures.top_down ? y : figures.height - 1 - y);
+        for (int stored = 0; stored < figures.height; ++stored) {
             for (int x = 0; x < figures.width; ++x) {
-                const std::size_t first = stored * row_bits + static_cast<std::size_t>(x) * figures.bits;
-                picture.At(x, y) = figures.bits <= 8 ? FromTable(Bits(first)) : FromBytes(first / 8);
+                Put(x, figures.top_down ? stored : figures.height - 1 - stored,
+                    static_cast<std::size_t>(stored) * row_bits + static_cast<std::size_t>(x) * figures.bits);
             }
-        }
-    }
-
-    void Put(std::int64_t& x, std::int64_t y, std::size_t first_bit)
-    {
-        if (x < figures.width && y >= 0) {
-            picture.At(static_cast<int>(x++), static_cast<int>(y)) = FromTable(Bits(first_bit));
         }
     }
 
@@ -100,6 +92,7 @@ struct PlainDecoder {
             }
             for (std::size_t step = 0; step < (count != 0 || code < 3 ? count : code); ++step) {
                 Put(x, y, count != 0 ? at * 8 - 8 + step * bits % 8 : at * 8 + step * bits);
+                x = std::min<std::int64_t>(x + 1, figures.width);
             }
             if (count == 0 && code == 0) {
                 x = 0;
@@ -165,11 +158,6 @@ void RasterContext::Copy(const Rect& target, const Rect& source, const DibView& 
             canvas.At(x, y) = color != untouched ? color : canvas.At(x, y);
         }
     }
-}
-
-void RasterContext::FillSolidRect(const Rect& area, ColorRef color)
-{
-    Note("FillSolidRect", {area.left, area.top, area.right, area.bottom, color});
 }
 
 void RasterContext::Note(std::string call, std::initializer_list<long long> numbers)

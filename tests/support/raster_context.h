@@ -36,7 +36,10 @@ public:
     int SetDIBitsToDevice(int target_x, int target_y, int width, int height, int source_x, int source_y,
                           unsigned first_line, unsigned line_count, const DibView& bitmap) override;
     int StretchDIBits(const Rect& target, const Rect& source, const DibView& bitmap) override;
-    void FillSolidRect(const Rect& area, ColorRef color) override;
+    void FillSolidRect(const Rect& area, ColorRef color) override
+    {
+        Note("FillSolidRect", {area.left, area.top, area.right, area.bottom, color});
+    }
     [[nodiscard]] ColorRef GetSysColor(int index) const override { return 0x100U + static_cast<ColorRef>(index); }
 
     // Stands for a palette; noted by its number.

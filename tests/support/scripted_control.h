@@ -8,7 +8,6 @@
 #include "tests/support/recorder.h"
 
 #include <map>
-#include <memory>
 
 namespace partkeep {
 
@@ -33,18 +32,17 @@ struct ControlScript {
 
     [[nodiscard]] std::unique_ptr<IHostedControl> MakeControl();
     void FireClick() const { Fire(BrowserEvent::Click); }
-    void Fire(BrowserEvent event) const;
+    void Fire(BrowserEvent event) const { sink ? sink(static_cast<std::int32_t>(event)) : void(); }
 
     // Replaces what an operation does and answers; the call is noted all the same. A bool is true as int16_t -1.
-    void On(BrowserOperation operation, Answer answer) { answers[static_cast<std::int32_t>(operation)] = answer; }
+    void On(BrowserOperation operation, Answer answer) { answers[operation] = std::move(answer); }
     void On(BrowserOperation operation, ControlResult result)
     {
         On(operation, [result](auto) { return result; });
     }
 
     Recorder& recorder;
-    std::map<std::int32_t, Answer> answers; // scripted, by dispatch id; they go before
-    std::map<std::int32_t, Answer> plays;   // the browser's own
+    std::map<BrowserOperation, Answer> answers; // to begin with, the browser's own
     std::function<void(std::int32_t)> sink;
     int controls = 0; // alive now
 
@@ -64,25 +62,5 @@ struct ControlScript {
     // Extensions with their dot by kind: CopyPartFiles puts such files, holding the kind, into the target folder.
     std::map<std::int16_t, std::vector<std::u16string>> filesByKind;
 };
-
-class CScriptedControl : public IHostedControl {
-public:
-    explicit CScriptedControl(ControlScript& script) : script_(script) { ++script_.controls; }
-    ~CScriptedControl() override;
-    CScriptedControl(const CScriptedControl&) = delete;
-    CScriptedControl& operator=(const CScriptedControl&) = delete;
-
-    ControlResult Invoke(std::int32_t dispatch_id, InvokeKind kind, std::span<const ControlArgument> arguments,
-                         ControlType result) override;
-    void SetEventSink(std::function<void(std::int32_t)> sink) override { script_.sink = std::move(sink); }
-
-private:
-    ControlScript& script_;
-};
-
-inline std::unique_ptr<IHostedControl> ControlScript::MakeControl()
-{
-    return std::make_unique<CScriptedControl>(*this);
-}
 
 } // namespace partkeep

@@ -3,14 +3,18 @@
 // count as with the templates' font at 96 dpi (4 by 8 units are 6 by 13 pixels).
 #pragma once
 
+#include "controls/part_browser_contract.h"
 #include "platform/dialog_window.h"
 #include "resources/dialog_templates.h"
 #include "tests/support/recorder.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <map>
+#include <optional>
 #include <queue>
 #include <set>
-#include <vector>
 
 namespace partkeep {
 
@@ -25,7 +29,7 @@ public:
     [[nodiscard]] std::unique_ptr<IDialogWindow> Make(const DialogTemplate& dialog) override;
 
     // What the user does in the next modal run of a template; further calls are for further runs. The run must
-    // end with the last action; one that does not, or ends before, fails the test and is closed by its box.
+    // end with the last action; one that does not, or ends before, fails the test.
     void Play(int number, std::vector<UserAction> actions) { scripts[number].push(std::move(actions)); }
 
     // The window of a template that exists now, or null.
@@ -34,21 +38,18 @@ public:
     Recorder& recorder;
     CRecordingMessages messages;
     std::map<int, std::queue<std::vector<UserAction>>> scripts;
+    std::vector<CScriptedWindow*> existing;                             // the active one last
     std::function<std::unique_ptr<IHostedControl>(int id)> makeControl; // none: no control can be created
     bool canMakeWindows = true;
     IconHandle parentIcon = nullptr;
-
-private:
-    friend class CScriptedWindow;
-    std::vector<CScriptedWindow*> windows_; // those that exist, the active one last
 };
 
 struct ScriptedRow {
-    std::vector<std::u16string> cells;
+    std::map<int, std::u16string> cells; // by column
     bool selected = false;
 };
 
-// What one control shows.
+// What one control shows; a panel is one too.
 struct ControlModel {
     ControlKind kind = ControlKind::Label;
     Rect area; // in dialog coordinates
@@ -57,39 +58,23 @@ struct ControlModel {
     bool visible = true;
     bool readOnly = false;
     int check = 0;
-    std::size_t limit = std::u16string::npos;
+    int limit = 32767;
     std::size_t selectionStart = 0;
     std::size_t selectionEnd = 0;
-    std::vector<std::u16string> entries; // or column headers
+    std::vector<std::u16string> entries{}; // or column headers
     int selectedEntry = -1;
-    std::vector<ScriptedRow> rows;
-};
-
-struct PanelModel {
-    Rect area; // client area, in dialog coordinates
-    bool visible = true;
-    std::function<void(IDeviceContext&)> painter;
+    std::vector<ScriptedRow> rows{};
+    std::function<void(IDeviceContext&)> painter{};
 };
 
 class CScriptedWindow : public IDialogWindow {
 public:
-    CScriptedWindow(CScriptedWindows& windows, const DialogTemplate& dialog);
-    ~CScriptedWindow() override;
+    CScriptedWindow(CScriptedWindows& windows, const DialogTemplate& dialog) : windows_(windows), template_(dialog) {}
+    ~CScriptedWindow() override { Close(); }
     CScriptedWindow(const CScriptedWindow&) = delete;
     CScriptedWindow& operator=(const CScriptedWindow&) = delete;
 
-    // The user. A window or control that is disabled or hidden ignores its user.
-    void PressButton(int id); // tools too
-    void PressKey(const KeyPress& press);
-    void TypeText(int id, std::u16string_view text); // over what is selected, else at the end
-    void SelectText(int id, std::size_t start, std::size_t end);
-    void ChooseEntry(int id, int index);
-    void SelectRows(int id, const std::set<int>& rows); // these and no others
-    void PressCloseBox();
-    void Paint() { handler_->OnPaint(); }
-
-    std::map<int, ControlModel> controls;
-    std::vector<std::shared_ptr<PanelModel>> panels; // in order of creation
+    std::map<int, ControlModel> controls; // panels by -1, -2, ... in order of creation
     std::set<int> pressedTools;
     std::u16string title;
     int focused = 0;
@@ -98,81 +83,379 @@ public:
     bool inputEnabled = true; // false while a window over this one has disabled it
     CScriptedWindow* owner = nullptr;
 
-    int RunModal(IDialogHandler& handler) override;
-    bool CreateModeless(IDialogHandler& handler, IDialogWindow* owner_window) override;
-    void EndModal(int result) override;
-    void Destroy() override;
+    // ---- The user. A window or control that is disabled or hidden ignores its user.
+
+    void PressButton(int id) // tools too
+    {
+        if (!TakesInput(id)) {
+            return;
+        }
+        if (At(id).kind == ControlKind::CheckBox) {
+            controls[id].check = 1 - controls[id].check;
+        }
+        focused = controls.contains(id) ? id : focused; // a tool leaves it
+        handler_->OnCommand(id);
+    }
+
+    // Enter as in a control that is no button.
+    void PressKey(const KeyPress& press)
+    {
+        if (!inputEnabled || handler_->PreTranslateMessage(press)) {
+            return;
+        }
+        if (press.key == key_escape || press.key == key_return) {
+            handler_->OnCommand(press.key == key_escape ? id_cancel : id_ok);
+        } else {
+            Note("key", press.key, "to", focused);
+        }
+    }
+
+    // Over what is selected, else at the end.
+    void TypeText(int id, std::u16string_view text)
+    {
+        ControlModel& edit = controls.at(id);
+        for (auto unit = text.begin(); unit != text.end() && TakesInput(focused = id) && !edit.readOnly; ++unit) {
+            EraseSelection(edit);
+            if (static_cast<int>(edit.text.size()) < edit.limit) {
+                edit.text += *unit;
+                handler_->OnTextChange(id);
+            }
+        }
+    }
+
+    void ChooseEntry(int id, int index)
+    {
+        if (TakesInput(id)) {
+            controls[id].selectedEntry = index;
+            handler_->OnSelectionChange(id);
+        }
+    }
+
+    // These and no others.
+    void SelectRows(int id, const std::set<int>& rows)
+    {
+        int number = 0;
+        for (ScriptedRow& row : controls.at(id).rows) {
+            row.selected = rows.contains(number++);
+        }
+    }
+
+    void PressCloseBox()
+    {
+        if (inputEnabled) {
+            handler_->OnCommand(id_cancel);
+        }
+    }
+
+    void Paint() { handler_->OnPaint(); }
+
+    // ---- Life
+
+    int RunModal(IDialogHandler& handler) override
+    {
+        if (!windows_.canMakeWindows) {
+            return -1;
+        }
+        Note("RunModal");
+        Open(handler, windows_.existing.empty() ? nullptr : windows_.existing.back());
+        visible = true;
+        PlayRun();
+        Close();
+        Note("result", *result_);
+        return *result_;
+    }
+    bool CreateModeless(IDialogHandler& handler, IDialogWindow* owner_window) override
+    {
+        if (windows_.canMakeWindows) {
+            Note("CreateModeless");
+            Open(handler, static_cast<CScriptedWindow*>(owner_window));
+        }
+        return windows_.canMakeWindows;
+    }
+    void EndModal(int result) override { Note("EndModal", *(result_ = result)); }
+    void Destroy() override
+    {
+        if (Exists()) {
+            Note("Destroy");
+            Close();
+        }
+    }
     [[nodiscard]] bool Exists() const override { return handler_ != nullptr; }
-    void SetTitle(std::u16string_view text) override;
+
+    // ---- The window as a whole
+
+    void SetTitle(std::u16string_view text) override { Note("SetTitle", title = text); }
     [[nodiscard]] IconHandle ParentSmallIcon() const override { return windows_.parentIcon; }
-    void SetSmallIcon(IconHandle icon) override;
-    void Show(bool now_visible) override;
-    void EnableOwner(bool enabled) override;
+    void SetSmallIcon(IconHandle icon) override
+    {
+        Note("SetSmallIcon", icon == nullptr ? "none" : icon == windows_.parentIcon ? "parent's" : "other");
+    }
+    void Show(bool now_visible) override { Note("Show", visible = now_visible); }
+    void EnableOwner(bool enabled) override { Note("EnableOwner", owner->inputEnabled = enabled); }
     void Invalidate() override { Note("Invalidate"); }
     void UpdateNow() override { Note("UpdateNow"); }
-    void BeginWait() override;
-    void EndWait() override;
-    [[nodiscard]] Rect ClientRect() const override;
+    void BeginWait() override { Note(++waits > 0 ? "BeginWait" : "BeginWait too late"); }
+    void EndWait() override { Note(--waits < 0 ? "EndWait too often" : "EndWait"); }
+    [[nodiscard]] Rect ClientRect() const override { return InPixels(0, 0, template_.width, template_.height); }
     [[nodiscard]] IMessages& OwnerMessages() override { return windows_.messages; }
-    void SetText(int id, std::u16string_view text) override;
+
+    // ---- Controls
+
+    void SetText(int id, std::u16string_view text) override
+    {
+        ControlModel& control = NoteOn("SetText", id, text);
+        control.text = text;
+        control.selectionStart = control.selectionEnd = 0;
+        handler_->OnTextChange(id);
+    }
     [[nodiscard]] std::u16string Text(int id) const override { return At(id).text; }
-    void Enable(int id, bool enabled) override;
-    void ShowControl(int id, bool now_visible) override;
-    void SetReadOnly(int id) override;
-    void LimitText(int id, int characters) override;
-    void ClearSelectedText(int id) override;
-    void SetCheck(int id, int state) override;
+    void Enable(int id, bool enabled) override { NoteOn("Enable", id, enabled).enabled = enabled; }
+    void ShowControl(int id, bool shown) override { NoteOn("ShowControl", id, shown).visible = shown; }
+    void SetReadOnly(int id) override { NoteOn("SetReadOnly", id).readOnly = true; }
+    void LimitText(int id, int units) override { NoteOn("LimitText", id, units).limit = units; }
+    void ClearSelectedText(int id) override
+    {
+        EraseSelection(NoteOn("ClearSelectedText", id));
+        handler_->OnTextChange(id);
+    }
+    void SetCheck(int id, int state) override { NoteOn("SetCheck", id, state).check = state == 0 ? 0 : 1; }
     [[nodiscard]] int Check(int id) const override { return At(id).check; }
-    [[nodiscard]] Rect ControlClientRect(int id) const override;
-    [[nodiscard]] Rect MapToDialog(int id, const Rect& client_area) const override;
-    void MoveControl(int id, const Rect& area) override;
-    void Focus(int id) override;
+    [[nodiscard]] Rect ControlClientRect(int id) const override { return ClientOf(At(id)); }
+    [[nodiscard]] Rect MapToDialog(int id, const Rect& area) const override { return Moved(area, At(id).area); }
+    void MoveControl(int id, const Rect& area) override { NoteOn("MoveControl", id, area).area = area; }
+
+    void Focus(int id) override
+    {
+        NoteOn("Focus", id);
+        focused = controls.contains(id) ? id : focused;
+    }
     [[nodiscard]] int FocusedControl() const override { return focused; }
-    void MoveFocusByOrder(bool forward) override;
-    void ResetEntries(int id) override;
-    void InsertEntry(int id, int index, std::u16string_view text) override;
-    void SelectEntry(int id, int index) override;
+    // A control made at run time has no place of its own here: the dialog's logic gives it one.
+    void MoveFocusByOrder(bool forward) override
+    {
+        std::vector<int> stops;
+        for (const auto& source : template_.controls) {
+            if (source.kind != ControlKind::Label && TakesInput(source.id)) {
+                stops.insert(forward ? stops.end() : stops.begin(), source.id);
+            }
+        }
+        const auto here = std::find(stops.begin(), stops.end(), focused);
+        focused = here == stops.end() || here + 1 == stops.end() ? stops.front() : *(here + 1);
+    }
+
+    void ResetEntries(int id) override { NoteOn("ResetEntries", id).entries.clear(); }
+    void InsertEntry(int id, int index, std::u16string_view text) override
+    {
+        auto& entries = NoteOn("InsertEntry", id, index, text).entries;
+        entries.emplace(entries.begin() + index, text);
+    }
+    void SelectEntry(int id, int index) override { NoteOn("SelectEntry", id, index).selectedEntry = index; }
     [[nodiscard]] int SelectedEntry(int id) const override { return At(id).selectedEntry; }
-    void InsertColumn(int id, int column, std::u16string_view header, int width) override;
-    void SetFullRowSelect(int id) override { Note("SetFullRowSelect " + std::to_string(id)); }
-    void InsertRow(int id, int row, std::u16string_view text) override;
-    void SetCell(int id, int row, int column, std::u16string_view text) override;
-    [[nodiscard]] std::u16string Cell(int id, int row, int column) const override;
-    void DeleteRow(int id, int row) override;
-    [[nodiscard]] int SelectedRowCount(int id) const override;
-    [[nodiscard]] int NextSelectedRow(int id, int after) const override;
-    bool CreateToolbar(const ToolbarTemplate& toolbar) override;
-    [[nodiscard]] Rect ClientRectBesideToolbar() const override;
-    void MoveAllControls(int dx, int dy) override;
+
+    void InsertColumn(int id, int column, std::u16string_view header, int width) override
+    {
+        auto& headers = NoteOn("InsertColumn", id, column, header, width).entries;
+        headers.emplace(headers.begin() + column, header);
+    }
+    void SetFullRowSelect(int id) override { NoteOn("SetFullRowSelect", id); }
+    void InsertRow(int id, int row, std::u16string_view text) override
+    {
+        auto& rows = NoteOn("InsertRow", id, row, text).rows;
+        rows.insert(rows.begin() + row, {{{0, std::u16string(text)}}, false});
+    }
+    void SetCell(int id, int row, int column, std::u16string_view text) override
+    {
+        (NoteOn("SetCell", id, row, column, text).rows.begin() + row)->cells[column] = text;
+    }
+    [[nodiscard]] std::u16string Cell(int id, int row, int column) const override
+    {
+        return (At(id).rows.begin() + row)->cells.at(column);
+    }
+    void DeleteRow(int id, int row) override
+    {
+        auto& rows = NoteOn("DeleteRow", id, row).rows;
+        rows.erase(rows.begin() + row);
+    }
+    [[nodiscard]] int SelectedRowCount(int id) const override
+    {
+        return static_cast<int>(std::ranges::count(At(id).rows, true, &ScriptedRow::selected));
+    }
+    [[nodiscard]] int NextSelectedRow(int id, int after) const override
+    {
+        const auto& rows = At(id).rows;
+        const auto next = std::ranges::find(rows.begin() + after + 1, rows.end(), true, &ScriptedRow::selected);
+        return next == rows.end() ? -1 : static_cast<int>(next - rows.begin());
+    }
+
+    // ---- Toolbar and children made at run time
+
+    bool CreateToolbar(const ToolbarTemplate& toolbar) override
+    {
+        Note("CreateToolbar", toolbar.number);
+        return true;
+    }
+    [[nodiscard]] Rect ClientRectBesideToolbar() const override { return Moved(ClientRect(), {3, 26, 0, 0}); }
+    void MoveAllControls(int dx, int dy) override
+    {
+        Note("MoveAllControls", dx, dy);
+        for (auto& [id, control] : controls) {
+            control.area = Moved(control.area, {dx, dy, 0, 0});
+        }
+    }
     void PlaceToolbar() override { Note("PlaceToolbar"); }
     void EnableToolTips() override { Note("EnableToolTips"); }
-    void PressTool(int command, bool pressed) override;
+    void PressTool(int command, bool pressed) override
+    {
+        Note("PressTool", command, pressed);
+        pressedTools.erase(command);
+        if (pressed) {
+            pressedTools.insert(command);
+        }
+    }
+
     [[nodiscard]] std::unique_ptr<IHostedControl> CreateHostedControl(const ClassId& class_id, int id,
-                                                                      const Rect& area) override;
-    [[nodiscard]] std::unique_ptr<IHostedControl> TemplateControl(int id) override;
+                                                                      const Rect& area) override
+    {
+        Note("CreateHostedControl", id, class_id == part_browser_class_id ? "browser" : "other", area);
+        auto control = windows_.makeControl ? windows_.makeControl(id) : nullptr;
+        if (control != nullptr) {
+            controls[id].area = area;
+        }
+        return control;
+    }
+    [[nodiscard]] std::unique_ptr<IHostedControl> TemplateControl(int id) override
+    {
+        const bool hosted = At(id).kind == ControlKind::HostedControl;
+        return hosted && windows_.makeControl ? windows_.makeControl(id) : nullptr;
+    }
     [[nodiscard]] std::unique_ptr<IPanelWindow> CreatePanel(int id, const Rect& area) override;
 
     [[nodiscard]] int Number() const { return template_.number; }
 
 private:
     friend class CScriptedPanel;
-    void Note(const std::string& what) { windows_.recorder.Note(std::to_string(Number()) + ": " + what); }
-    template <typename... Arguments>
-    ControlModel& NoteOn(int id, std::string what, const Arguments&... arguments);
-    [[nodiscard]] const ControlModel& At(int id) const;
-    [[nodiscard]] bool TakesInput(int id) const;
-    void Open(IDialogHandler& handler);
-    void Close();
-    void PlayRun();
-    void EraseSelection(ControlModel& edit) const;
+
+    static std::string Shown(const char* text) { return text; }
+    static std::string Shown(bool on) { return on ? "on" : "off"; }
+    static std::string Shown(int number) { return std::to_string(number); }
+    static std::string Shown(std::u16string_view text) { return Quoted(text); }
+    static std::string Shown(const Rect& area)
+    {
+        return Shown(area.left) + "," + Shown(area.top) + "," + Shown(area.right) + "," + Shown(area.bottom);
+    }
+
+    template <typename... Texts>
+    void Note(const Texts&... texts)
+    {
+        std::string line = std::to_string(Number()) + ":";
+        ((line += " " + Shown(texts)), ...);
+        windows_.recorder.Note(line);
+    }
+    template <typename... Texts>
+    ControlModel& NoteOn(const char* call, int id, const Texts&... texts)
+    {
+        Note(call, id, texts...);
+        return controls.contains(id) ? controls[id] : missing_ = {};
+    }
+    [[nodiscard]] const ControlModel& At(int id) const { return controls.contains(id) ? controls.at(id) : missing_; }
+
+    static void EraseSelection(ControlModel& edit)
+    {
+        edit.text.erase(edit.selectionStart, edit.selectionEnd - edit.selectionStart);
+        edit.selectionStart = edit.selectionEnd = 0;
+    }
+    static Rect InPixels(int x, int y, int width, int height)
+    {
+        return {x * 6 / 4, y * 13 / 8, (x + width) * 6 / 4, (y + height) * 13 / 8};
+    }
+    static Rect ClientOf(const ControlModel& control) { return {0, 0, control.area.Width(), control.area.Height()}; }
+    static Rect Moved(const Rect& area, const Rect& by) // its left and top
+    {
+        return {area.left + by.left, area.top + by.top, area.right + by.left, area.bottom + by.top};
+    }
+
+    [[nodiscard]] bool TakesInput(int id) const { return Exists() && inputEnabled && At(id).enabled && At(id).visible; }
+    void Open(IDialogHandler& handler, CScriptedWindow* owner_window)
+    {
+        handler_ = &handler;
+        owner = owner_window;
+        for (const auto& [id, kind, x, y, width, height, caption] : template_.controls) {
+            controls[id] = {kind, InPixels(x, y, width, height), caption};
+        }
+        windows_.existing.push_back(this);
+        handler.OnInitDialog();
+        if (focused == 0) {
+            MoveFocusByOrder(true);
+        }
+    }
+    void PlayRun()
+    {
+        auto& scripts = windows_.scripts[Number()];
+        if (!scripts.empty()) {
+            const auto actions = std::move(scripts.front());
+            scripts.pop();
+            for (const UserAction& action : actions) {
+                ASSERT_FALSE(result_) << "window " << Number() << " ended before its user was done";
+                action(*this);
+            }
+        }
+        if (!result_) {
+            ADD_FAILURE() << "window " << Number() << " is open and its user has nothing more to do";
+            result_ = id_cancel;
+        }
+    }
+    void Close()
+    {
+        if (Exists()) {
+            handler_->OnDestroy();
+            handler_ = nullptr;
+            std::erase(windows_.existing, this);
+        }
+    }
 
     CScriptedWindows& windows_;
     const DialogTemplate& template_;
     IDialogHandler* handler_ = nullptr; // null: no window
-    bool modalEnded_ = false;
-    int modalResult_ = id_cancel;
-    ControlModel missing_;
+    std::optional<int> result_;         // of a modal run that has ended
+    ControlModel missing_;              // stands for every control that does not exist; nobody looks at it
 };
+
+class CScriptedPanel : public IPanelWindow {
+public:
+    CScriptedPanel(CScriptedWindow& window, int number) : window_(window), number_(number) {}
+
+    void SetPainter(std::function<void(IDeviceContext&)> painter) override { Model().painter = std::move(painter); }
+    [[nodiscard]] Rect ClientRect() const override { return window_.ClientOf(Model()); }
+    [[nodiscard]] Rect MapToDialog(const Rect& area) const override { return window_.Moved(area, Model().area); }
+    void Move(const Rect& area) override { window_.Note("panel", number_, "Move", Model().area = area); }
+    void Show(bool visible) override { window_.Note("panel", number_, "Show", Model().visible = visible); }
+    void Invalidate(bool erase) override { window_.Note("panel", number_, "Invalidate", erase); }
+
+private:
+    [[nodiscard]] ControlModel& Model() const { return window_.controls[-number_]; }
+
+    CScriptedWindow& window_;
+    int number_;
+};
+
+inline std::unique_ptr<IPanelWindow> CScriptedWindow::CreatePanel(int id, const Rect& area)
+{
+    Note("CreatePanel", id, area);
+    const int number = controls.contains(-1) ? 2 : 1;
+    controls[-number].area = area;
+    return std::make_unique<CScriptedPanel>(*this, number);
+}
+
+inline std::unique_ptr<IDialogWindow> CScriptedWindows::Make(const DialogTemplate& dialog)
+{
+    return std::make_unique<CScriptedWindow>(*this, dialog);
+}
+
+inline CScriptedWindow* CScriptedWindows::Find(int number) const
+{
+    const auto window = std::ranges::find(existing, number, &CScriptedWindow::Number);
+    return window == existing.end() ? nullptr : *window;
+}
 
 // Actions for CScriptedWindows::Play.
 namespace user {

@@ -1,9 +1,9 @@
 #include "tests/support/temporary_folder.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <random>
 
@@ -18,25 +18,15 @@ fs::path FromUtf8(std::string_view text)
     return {std::u8string(text.begin(), text.end())};
 }
 
-std::string ToUtf8(const fs::path& path)
-{
-    const std::u8string text = path.u8string();
-    return {text.begin(), text.end()};
-}
-
-fs::path BaseFolder()
-{
-    const fs::path base = fs::temp_directory_path();
-    return base.u8string().find(u8'.') == std::u8string::npos ? base : fs::path("/tmp");
-}
-
 } // namespace
 
 CTemporaryFolder::CTemporaryFolder(std::string_view suffix)
 {
+    const fs::path temporary = fs::temp_directory_path();
+    const fs::path base = temporary.u8string().find(u8'.') == std::u8string::npos ? temporary : fs::path("/tmp");
     std::random_device random;
     do {
-        path_ = BaseFolder() / FromUtf8("partkeep-" + std::to_string(random()) + std::string(suffix));
+        path_ = base / FromUtf8("partkeep-" + std::to_string(random()) + std::string(suffix));
     } while (!fs::create_directory(path_));
     path_ = fs::canonical(path_);
 }
@@ -46,7 +36,7 @@ CTemporaryFolder::~CTemporaryFolder()
     std::error_code error;
     fs::remove_all(path_, error);
     if (error) {
-        std::fprintf(stderr, "left behind: %s (%s)\n", ToUtf8(path_).c_str(), error.message().c_str());
+        std::cerr << "left behind: " << path_ << error.message() << '\n';
     }
 }
 
@@ -62,18 +52,10 @@ std::u16string CTemporaryFolder::Core() const
     return core;
 }
 
-std::u16string CTemporaryFolder::Core(std::u16string_view name) const
-{
-    return (Core() + u'\\').append(name);
-}
-
 void WriteBytes(const fs::path& path, std::string_view bytes)
 {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    if (!file) {
-        std::fprintf(stderr, "can't write %s\n", ToUtf8(path).c_str());
+    if (!(std::ofstream(path, std::ios::binary) << bytes).flush()) {
+        std::cerr << "can't write " << path << '\n';
         std::abort();
     }
 }
@@ -81,17 +63,15 @@ void WriteBytes(const fs::path& path, std::string_view bytes)
 std::string ReadBytes(const fs::path& path)
 {
     std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        return "(none)";
-    }
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "(none)";
 }
 
 std::vector<std::string> NamesIn(const fs::path& folder)
 {
     std::vector<std::string> names;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-        names.push_back(ToUtf8(entry.path().filename()));
+        const std::u8string name = entry.path().filename().u8string();
+        names.emplace_back(name.begin(), name.end());
     }
     std::sort(names.begin(), names.end());
     return names;

@@ -21,7 +21,7 @@ public:
 
     // As the core spells it: joined by backslashes. Core() ends in no separator, Core("") in one.
     [[nodiscard]] std::u16string Core() const;
-    [[nodiscard]] std::u16string Core(std::u16string_view name) const;
+    [[nodiscard]] std::u16string Core(std::u16string_view name) const { return (Core() + u'\\').append(name); }
 
 private:
     std::filesystem::path path_;

@@ -1,6 +1,0 @@
-partkeep_test(quantity_keypad_dlg_test
-  SOURCES quantity_keypad_dlg_test.cpp
-  LINK partkeep_companion_dialogs partkeep_scripted_window)
-partkeep_test(selected_parts_dlg_test
-  SOURCES selected_parts_dlg_test.cpp
-  LINK partkeep_companion_dialogs partkeep_scripted_window)

@@ -1,3 +1,0 @@
-partkeep_test(selection_test
-  SOURCES add_test.cpp browser_click_test.cpp dialog_shell_test.cpp load_test.cpp partkeep_read_dlg_test.cpp
-  LINK partkeep_selection partkeep_scripted_control partkeep_scripted_window partkeep_test_support)

@@ -1,3 +1,0 @@
-partkeep_library(partkeep_scripted_control
-  SOURCES scripted_control.cpp
-  LINK partkeep_recorder partkeep_browser_contract partkeep_platform)
