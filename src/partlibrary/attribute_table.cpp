@@ -156,6 +156,10 @@ std::optional<std::vector<AttributeRow>> ParseAttributeTable(const QByteArray& t
         }
         if (columns.isEmpty()) {
             columns = record.fields.join(u'\n').toLower().split(u'\n');
+            if (columns.removeDuplicates() > 0) {
+                Refuse(problem, record.line, QStringLiteral("a column comes twice"));
+                return std::nullopt;
+            }
             continue;
         }
         AttributeRow row;

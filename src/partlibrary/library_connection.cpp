@@ -170,6 +170,9 @@ bool CLibraryConnection::Execute(const QString& sql, std::initializer_list<QVari
 CStatement::CStatement(CLibraryConnection& connection, const QString& sql)
     : connection_(connection), query_(connection.Database())
 {
+    if (connection_.watcher_) {
+        connection_.watcher_(sql);
+    }
     query_.setForwardOnly(true);
     if (!query_.prepare(sql)) {
         Fail();

@@ -9,6 +9,7 @@
 #include <QString>
 #include <QVariant>
 
+#include <functional>
 #include <initializer_list>
 #include <memory>
 
@@ -36,6 +37,9 @@ public:
 
     [[nodiscard]] const QString& File() const { return file_; }
 
+    // Is told each statement from now on, for whoever asks the engine how it goes about them.
+    void WatchStatements(std::function<void(const QString& sql)> watcher) { watcher_ = std::move(watcher); }
+
 private:
     friend class CStatement;
 
@@ -46,6 +50,7 @@ private:
     QString file_;
     QString name_;
     LibraryProblem problem_;
+    std::function<void(const QString& sql)> watcher_;
 };
 
 // One prepared statement. Empty text and bytes are stored as such, never as null.

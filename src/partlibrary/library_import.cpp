@@ -5,16 +5,18 @@
 #include "partlibrary/library_writer.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 
-#include <algorithm>
+#include <filesystem>
 #include <map>
+#include <system_error>
 #include <utility>
 
 namespace partkeep {
 
 namespace {
+
+namespace fs = std::filesystem;
 
 using PartKey = std::pair<QString, QString>; // folder, name
 
@@ -64,18 +66,25 @@ bool AddSourceFile(const QString& path, const ImportOptions& options, SourcePart
     return true;
 }
 
+// Nothing is passed over in silence: a folder that cannot be read is an error here, a link that leads nowhere when
+// its file is read. Links to folders are not followed.
 bool CollectFiles(const ImportOptions& options, SourceParts& parts, ImportReport& report, LibraryProblem& problem)
 {
-    const QFileInfo source(options.source);
-    if (!source.isDir() || !source.isReadable()) {
-        problem = {LibraryFault::BadInput, options.source, QStringLiteral("no folder that can be read")};
-        return false;
-    }
-    QDirIterator files(options.source, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-    while (files.hasNext()) {
-        if (!AddSourceFile(files.next(), options, parts, report, problem)) {
+    std::error_code error;
+    fs::recursive_directory_iterator entry(options.source.toStdString(), error);
+    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
+        const QString path = QString::fromStdString(entry->path().string());
+        const fs::file_status status = entry->status(error);
+        if (fs::is_other(status)) {
+            report.skipped += path; // a pipe or a device
+        } else if (!fs::is_directory(status) && !AddSourceFile(path, options, parts, report, problem)) {
             return false;
         }
+    }
+    if (error) {
+        problem = {LibraryFault::BadInput, options.source,
+                   QStringLiteral("a folder cannot be read: ") + QString::fromStdString(error.message())};
+        return false;
     }
     report.skipped.sort();
     return true;
@@ -98,6 +107,11 @@ bool AddAttributes(const ImportOptions& options, SourceParts& parts, LibraryProb
         if (part == parts.end()) {
             problem = {LibraryFault::BadInput, options.attribute_table + QStringLiteral(", line %1").arg(row.line),
                        QStringLiteral("no file of a part ") + row.part};
+            return false;
+        }
+        if (part->second.attributes) {
+            problem = {LibraryFault::BadInput, options.attribute_table + QStringLiteral(", line %1").arg(row.line),
+                       QStringLiteral("a second line for the part ") + row.part};
             return false;
         }
         part->second.attributes = row.attributes;

@@ -20,7 +20,7 @@ struct ImportOptions {
 struct ImportReport {
     int parts = 0;
     int files = 0;
-    QStringList skipped; // native paths whose ending belongs to no kind
+    QStringList skipped; // native paths of what has another ending or is no file
 };
 
 // Runs in a transaction of its own. False on failure, with the reason; the library is then as it was.

@@ -1,6 +1,7 @@
 #include "partlibrary/part_library.h"
 
 #include "partlibrary/file_chunks.h"
+#include "partlibrary/part_query.h"
 
 #include <utility>
 
@@ -8,8 +9,7 @@ namespace partkeep {
 
 namespace {
 
-const QString part_columns =
-    QStringLiteral("SELECT id, folder, slots, thickness, name, material, machine, comment FROM part ");
+const QString part_columns = QStringLiteral("SELECT ") + part_row_columns + QStringLiteral(" FROM part ");
 
 const QString folder_columns =
     QStringLiteral("SELECT id, name, path, parts, EXISTS(SELECT 1 FROM folder child WHERE child.parent = folder.id) "
@@ -76,14 +76,7 @@ std::optional<PartRow> CPartLibrary::ReadPart(CStatement& statement, const QStri
         }
         return std::nullopt;
     }
-    return PartRow{statement.Integer(0),
-                   statement.Integer(1),
-                   static_cast<SlotSet>(statement.Integer(2)),
-                   static_cast<std::int32_t>(statement.Integer(3)),
-                   statement.Text(4),
-                   statement.Text(5),
-                   statement.Text(6),
-                   statement.Text(7)};
+    return ReadPartRow(statement);
 }
 
 std::optional<std::vector<FolderRow>> CPartLibrary::Folders(qint64 parent)

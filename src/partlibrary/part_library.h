@@ -52,7 +52,8 @@ public:
     bool ReadFiles(PartId part, SlotSet slots, const FileReader& reader);
 
     [[nodiscard]] CPartList& Parts() { return parts_; }
-    [[nodiscard]] CLibraryConnection& Connection() { return *connection_; }
+    [[nodiscard]] CLibraryConnection& Connection() { return *connection_; } // for look-ups
+    [[nodiscard]] CLibraryConnection& Contents() { return *contents_; }     // for the content of files
 
 private:
     CPartLibrary(std::unique_ptr<CLibraryConnection> connection, std::unique_ptr<CLibraryConnection> contents);

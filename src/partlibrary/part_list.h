@@ -15,6 +15,7 @@
 namespace partkeep {
 
 class CLibraryConnection;
+class CPartQuery;
 
 using PartId = qint64;
 
@@ -61,9 +62,6 @@ public:
     [[nodiscard]] std::optional<PartPage> Page(const PartListView& view, const std::optional<PartPosition>& after,
                                                int limit);
 
-    // How many rows the view has. Nothing on an error.
-    [[nodiscard]] std::optional<qint64> Count(const PartListView& view);
-
     // All ids in the order of the view. Nothing on an error.
     [[nodiscard]] std::optional<std::vector<PartId>> Ids(const PartListView& view);
 
@@ -71,11 +69,8 @@ public:
     [[nodiscard]] std::optional<std::vector<PartId>> Visible(const PartListView& view, const std::vector<PartId>& ids);
 
 private:
-    struct Query;
-
-    [[nodiscard]] Query Begin(const PartListView& view, const char* columns);
+    [[nodiscard]] CPartQuery Begin(const PartListView& view, const QString& columns);
     [[nodiscard]] bool UseSearchIndex(const PartListView& view, const QStringList& words);
-    [[nodiscard]] std::optional<std::vector<PartId>> ReadIds(const Query& query);
 
     CLibraryConnection& connection_;
 };

@@ -2,12 +2,12 @@
 
 #include "controls/part_browser_contract.h"
 #include "partlibrary/library_connection.h"
+#include "partlibrary/part_query.h"
 #include "partlibrary/sort_text.h"
 
 #include <QElapsedTimer>
 
 #include <algorithm>
-#include <array>
 
 namespace partkeep {
 
@@ -23,40 +23,6 @@ constexpr qint64 anchor_distance = 4096;
 constexpr qint64 smallest_window = 256;
 constexpr qint64 largest_window = 16384;
 constexpr qint64 slice_nanoseconds = 5'000'000;
-
-constexpr std::array<const char*, 5> key_columns{"name_key", "thickness", "material_key", "machine_key", "comment_key"};
-
-QString KeyColumn(PartColumn column)
-{
-    return QLatin1String(key_columns[static_cast<std::size_t>(column)]);
-}
-
-QString Keys(PartColumn column)
-{
-    const QString behind = QStringLiteral("name_key, part.id"); // a list of ids has an id of its own
-    return column == PartColumn::Name ? behind : KeyColumn(column) + QStringLiteral(", ") + behind;
-}
-
-QString IdList(const std::vector<PartId>& ids, std::size_t first, std::size_t limit)
-{
-    QString list = QStringLiteral("[");
-    for (std::size_t i = first; i < first + limit; ++i) {
-        list += (i > first ? QStringLiteral(",") : QString()) + QString::number(ids[i]);
-    }
-    return list + u']';
-}
-
-PartRow ReadRow(const CStatement& statement)
-{
-    return {statement.Integer(0),
-            statement.Integer(1),
-            static_cast<SlotSet>(statement.Integer(2)),
-            static_cast<std::int32_t>(statement.Integer(3)),
-            statement.Text(4),
-            statement.Text(5),
-            statement.Text(6),
-            statement.Text(7)};
-}
 
 // What the index can be asked for: pairs of neighbouring characters, and words of one character.
 QStringList IndexTerms(const QStringList& words)
@@ -76,90 +42,7 @@ QStringList IndexTerms(const QStringList& words)
     return terms;
 }
 
-const QString row_columns = QStringLiteral("part.id, folder, slots, thickness, name, material, machine, comment");
-
 } // namespace
-
-// A statement about the view's rows, built piece by piece.
-struct CPartPages::Query {
-    const PartListView& view;
-    QString sql;
-    QVariantList values;
-
-    Query(const PartListView& of, const QString& columns) : view(of), sql(QStringLiteral("SELECT ") + columns) {}
-
-    Query& Folder()
-    {
-        sql += QStringLiteral(" FROM part WHERE folder = ?");
-        values += view.folder;
-        return *this;
-    }
-    // The lookup by id drives the next two; the index on the folder must not.
-    Query& Among(const QString& id_list)
-    {
-        sql += QStringLiteral(" FROM json_each(?) AS wanted CROSS JOIN part ON part.id = wanted.value"
-                              " WHERE +folder = ?");
-        values << id_list << view.folder;
-        return *this;
-    }
-    Query& One(PartId part)
-    {
-        sql += QStringLiteral(" FROM part WHERE id = ? AND +folder = ?");
-        values << part << view.folder;
-        return *this;
-    }
-    Query& Shown(const QStringList& words)
-    {
-        if (view.filter != all_data_kinds) {
-            sql += QStringLiteral(" AND (slots & ?) <> 0");
-            values += SlotsOfMask(view.filter);
-        }
-        for (const QString& word : words) {
-            sql += QStringLiteral(" AND instr(search_text, ?) > 0");
-            values += word;
-        }
-        return *this;
-    }
-    Query& Beyond(const std::optional<PartPosition>& position)
-    {
-        return Compare(position, view.descending ? "<" : ">");
-    }
-    Query& UpTo(const std::optional<PartPosition>& position)
-    {
-        return Compare(position, view.descending ? ">=" : "<=");
-    }
-    Query& Ordered()
-    {
-        const QString end = view.descending ? QStringLiteral(" DESC") : QString();
-        sql += QStringLiteral(" ORDER BY ") + Keys(view.sort).replace(u',', end + u',') + end;
-        return *this;
-    }
-    Query& Part(qint64 offset, qint64 limit)
-    {
-        sql += QStringLiteral(" LIMIT ? OFFSET ?");
-        values += limit;
-        values += offset;
-        return *this;
-    }
-
-private:
-    Query& Compare(const std::optional<PartPosition>& position, const char* sign)
-    {
-        if (!position) {
-            return *this;
-        }
-        const bool by_name = view.sort == PartColumn::Name;
-        sql += QStringLiteral(" AND (%1) %2 (%3)")
-                   .arg(Keys(view.sort), QLatin1String(sign),
-                        by_name ? QStringLiteral("?, ?") : QStringLiteral("?, ?, ?"));
-        if (!by_name) {
-            values += position->column_key;
-        }
-        values += position->name_key;
-        values += position->id;
-        return *this;
-    }
-};
 
 CPartPages::CPartPages(CLibraryConnection& connection, PartListView view, qint64 parts_in_folder)
     : connection_(connection), view_(std::move(view)), words_(SearchWords(view_.search)),
@@ -218,12 +101,9 @@ void CPartPages::Finish()
 // Those of the candidates that the list shows, in its order.
 void CPartPages::StepAmong()
 {
-    const Query query = Query(view_, QStringLiteral("part.id"))
-                            .Among(IdList(candidates_, 0, candidates_.size()))
-                            .Shown(words_)
-                            .Ordered();
-    CStatement statement(connection_, query.sql);
-    for (statement.RunWith(query.values); statement.Next();) {
+    CStatement statement =
+        CPartQuery(view_, QStringLiteral("part.id")).Among(candidates_).Shown(words_).Ordered().Run(connection_);
+    while (statement.Next()) {
         ids_.push_back(statement.Integer(0));
     }
     if (statement.Failed()) {
@@ -318,15 +198,14 @@ void CPartPages::StepWalk()
 // Where the next window of rows ends, shown or not; nothing when it is the last one.
 std::optional<PartPosition> CPartPages::WindowEnd()
 {
-    const Query query = Query(view_, KeyColumn(view_.sort) + QStringLiteral(", name_key, id"))
-                            .Folder()
-                            .Beyond(at_)
-                            .Ordered()
-                            .Part(window_ - 1, 1);
-    CStatement statement(connection_, query.sql);
-    statement.RunWith(query.values);
+    CStatement statement = CPartQuery(view_, PositionColumns(view_.sort))
+                               .Folder()
+                               .Beyond(at_)
+                               .Ordered()
+                               .Part(window_ - 1, 1)
+                               .Run(connection_);
     if (statement.Next()) {
-        return PartPosition{statement.Value(0), statement.Bytes(1), statement.Integer(2)};
+        return ReadPosition(statement, 0);
     }
     if (statement.Failed()) {
         Fail();
@@ -341,13 +220,13 @@ void CPartPages::TakeWindow(const std::optional<PartPosition>& end)
         count_ += window_;
         return;
     }
-    Query query = Query(view_, listed ? QStringLiteral("id") : QStringLiteral("count(*)"));
+    CPartQuery query(view_, listed ? QStringLiteral("id") : QStringLiteral("count(*)"));
     query.Folder().Beyond(at_).UpTo(end).Shown(words_);
     if (listed) {
         query.Ordered();
     }
-    CStatement statement(connection_, query.sql);
-    for (statement.RunWith(query.values); statement.Next();) {
+    CStatement statement = query.Run(connection_);
+    while (statement.Next()) {
         if (listed) {
             ids_.push_back(statement.Integer(0));
         } else {
@@ -378,38 +257,44 @@ const CPartPages::Anchor& CPartPages::AnchorBefore(qint64 row) const
     return *std::prev(behind);
 }
 
+// Rows by number, from the nearest position on.
+CStatement CPartPages::ReadFrom(qint64 first, qint64 limit, const QString& columns)
+{
+    const Anchor& anchor = AnchorBefore(first);
+    return CPartQuery(view_, columns)
+        .Folder()
+        .Beyond(anchor.position)
+        .Shown(words_)
+        .Ordered()
+        .Part(first - anchor.rows, limit)
+        .Run(connection_);
+}
+
 std::vector<PartRow> CPartPages::Rows(qint64 first, int limit)
 {
     const qint64 known = std::clamp<qint64>(count_ - first, 0, limit);
     if (first + known <= static_cast<qint64>(ids_.size())) {
         return RowsByIds(first, known);
     }
-    const Anchor& anchor = AnchorBefore(first);
-    const Query query = Query(view_, row_columns)
-                            .Folder()
-                            .Beyond(anchor.position)
-                            .Shown(words_)
-                            .Ordered()
-                            .Part(first - anchor.rows, known);
-    CStatement statement(connection_, query.sql);
     std::vector<PartRow> rows;
-    for (statement.RunWith(query.values); statement.Next();) {
-        rows.push_back(ReadRow(statement));
+    for (CStatement statement = ReadFrom(first, known, part_row_columns); statement.Next();) {
+        rows.push_back(ReadPartRow(statement));
     }
     return rows;
 }
 
 std::vector<PartRow> CPartPages::RowsByIds(qint64 first, qint64 limit)
 {
-    std::vector<PartRow> rows(static_cast<std::size_t>(limit));
+    const auto begin = ids_.begin() + first;
+    const std::vector<PartId> ids(begin, begin + limit);
+    std::vector<PartRow> rows(ids.size());
     for (std::size_t i = 0; i < rows.size(); ++i) {
-        rows[i].id = ids_[static_cast<std::size_t>(first) + i];
+        rows[i].id = ids[i];
     }
-    const Query query = Query(view_, row_columns + QStringLiteral(", wanted.key"))
-                            .Among(IdList(ids_, static_cast<std::size_t>(first), rows.size()));
-    CStatement statement(connection_, query.sql);
-    for (statement.RunWith(query.values); statement.Next();) {
-        rows[static_cast<std::size_t>(statement.Integer(8))] = ReadRow(statement);
+    CStatement statement =
+        CPartQuery(view_, part_row_columns + QStringLiteral(", wanted.key")).Among(ids).Run(connection_);
+    while (statement.Next()) {
+        rows[static_cast<std::size_t>(statement.Integer(part_row_column_count))] = ReadPartRow(statement);
     }
     if (statement.Failed()) {
         rows.clear();
@@ -424,16 +309,8 @@ std::vector<PartId> CPartPages::Ids(qint64 first, qint64 limit)
         const auto begin = ids_.begin() + first;
         return {begin, begin + known};
     }
-    const Anchor& anchor = AnchorBefore(first);
-    const Query query = Query(view_, QStringLiteral("id"))
-                            .Folder()
-                            .Beyond(anchor.position)
-                            .Shown(words_)
-                            .Ordered()
-                            .Part(first - anchor.rows, known);
-    CStatement statement(connection_, query.sql);
     std::vector<PartId> ids;
-    for (statement.RunWith(query.values); statement.Next();) {
+    for (CStatement statement = ReadFrom(first, known, QStringLiteral("id")); statement.Next();) {
         ids.push_back(statement.Integer(0));
     }
     return ids;
@@ -441,25 +318,8 @@ std::vector<PartId> CPartPages::Ids(qint64 first, qint64 limit)
 
 std::optional<PartPosition> CPartPages::PositionOf(PartId part)
 {
-    const Query query = Query(view_, KeyColumn(view_.sort) + QStringLiteral(", name_key")).One(part).Shown(words_);
-    CStatement statement(connection_, query.sql);
-    if (!statement.RunWith(query.values) || !statement.Next()) {
-        return std::nullopt;
-    }
-    return PartPosition{statement.Value(0), statement.Bytes(1), part};
-}
-
-bool CPartPages::Precedes(const PartPosition& left, const PartPosition& right) const
-{
-    const PartPosition& low = view_.descending ? right : left;
-    const PartPosition& high = view_.descending ? left : right;
-    if (view_.sort == PartColumn::Thickness && low.column_key != high.column_key) {
-        return low.column_key.toLongLong() < high.column_key.toLongLong();
-    }
-    if (view_.sort != PartColumn::Name && low.column_key != high.column_key) {
-        return low.column_key.toByteArray() < high.column_key.toByteArray();
-    }
-    return low.name_key != high.name_key ? low.name_key < high.name_key : low.id < high.id;
+    CStatement statement = CPartQuery(view_, PositionColumns(view_.sort)).One(part).Shown(words_).Run(connection_);
+    return statement.Next() ? std::optional(ReadPosition(statement, 0)) : std::nullopt;
 }
 
 std::optional<qint64> CPartPages::RowOf(PartId part)
@@ -473,13 +333,16 @@ std::optional<qint64> CPartPages::RowOf(PartId part)
         return std::nullopt;
     }
     const auto behind = std::partition_point(anchors_.begin(), anchors_.end(), [&](const Anchor& anchor) {
-        return !anchor.position || Precedes(*anchor.position, *position);
+        return !anchor.position || Precedes(view_, *anchor.position, *position);
     });
     const Anchor& anchor = *std::prev(behind);
-    const Query query =
-        Query(view_, QStringLiteral("count(*)")).Folder().Beyond(anchor.position).UpTo(position).Shown(words_);
-    CStatement statement(connection_, query.sql);
-    if (!statement.RunWith(query.values) || !statement.Next()) {
+    CStatement statement = CPartQuery(view_, QStringLiteral("count(*)"))
+                               .Folder()
+                               .Beyond(anchor.position)
+                               .UpTo(position)
+                               .Shown(words_)
+                               .Run(connection_);
+    if (!statement.Next()) {
         return std::nullopt;
     }
     const qint64 row = anchor.rows + statement.Integer(0) - 1;

@@ -17,6 +17,7 @@
 namespace partkeep {
 
 class CLibraryConnection;
+class CStatement;
 
 class CPartPages {
 public:
@@ -45,7 +46,6 @@ public:
 
 private:
     enum class Phase { Among, Sample, Candidates, Walk, Complete, Failed };
-    struct Query;
     struct Anchor {
         std::optional<PartPosition> position; // the last row before; nothing: the start
         qint64 rows = 0;                      // shown rows up to there
@@ -61,9 +61,9 @@ private:
     void Fail() { phase_ = Phase::Failed; }
     [[nodiscard]] bool HasCondition() const;
     [[nodiscard]] const Anchor& AnchorBefore(qint64 row) const;
+    [[nodiscard]] CStatement ReadFrom(qint64 first, qint64 limit, const QString& columns);
     [[nodiscard]] std::vector<PartRow> RowsByIds(qint64 first, qint64 limit);
     [[nodiscard]] std::optional<PartPosition> PositionOf(PartId part);
-    [[nodiscard]] bool Precedes(const PartPosition& left, const PartPosition& right) const;
 
     CLibraryConnection& connection_;
     PartListView view_;

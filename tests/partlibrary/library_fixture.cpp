@@ -1,8 +1,11 @@
 #include "tests/partlibrary/library_fixture.h"
 
+#include "partlibrary/library_check.h"
+
 #include <QFile>
 
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 
 namespace partkeep {
@@ -42,14 +45,11 @@ void PutTestPart(CLibraryWriter& writer, const QString& folder, const QString& n
     const auto part = folder_id ? writer.PutPart(*folder_id, name, attributes) : std::nullopt;
     Require(part.has_value(), writer.Problem());
     for (const FileKind& kind : file_kinds) {
-        if ((slots & SetOf(kind.slot)) == 0) {
-            continue;
-        }
         QByteArray content = (name + QString::fromUtf16(kind.extension)).toUtf8();
         if (!kind.tag.empty()) {
             content = kind.slot == FileSlot::Png ? SmallPng() : SmallBitmap();
         }
-        Require(writer.PutFile(*part, kind.slot, content), writer.Problem());
+        Require((slots & SetOf(kind.slot)) == 0 || writer.PutFile(*part, kind.slot, content), writer.Problem());
     }
 }
 
@@ -68,29 +68,50 @@ void CTestLibraries::Fill(const QString& server, const std::function<void(CLibra
 void CTestLibraries::MakeShop()
 {
     using enum FileSlot;
-    Fill(QStringLiteral("SRV1"), [](CLibraryWriter& writer) {
-        const QString folder = QStringLiteral("Plates\\2008");
+    Fill(u"SRV1"_s, [](CLibraryWriter& writer) {
+        const QString folder = u"Plates\\2008"_s;
         const SlotSet everything = SlotsOfMask(-1) | SetOf(Flat) | SetOf(Bent) | SetOf(Png);
-        PutTestPart(writer, QStringLiteral("Plates"), QStringLiteral("Top"), SetOf(Iga));
-        PutTestPart(writer, folder, QStringLiteral("P10"), SetOf(Iga) | SetOf(Ncd), {-1, {}, {}, {}});
-        PutTestPart(writer, folder, QStringLiteral("P2"), SetOf(Bmf));
-        PutTestPart(writer, folder, QStringLiteral("P1"), everything,
-                    {15000, QStringLiteral("SPCC"), QStringLiteral("タレット"), QStringLiteral("取付板")});
-        PutTestPart(writer, folder, QStringLiteral("p1"), SetOf(Sy5));
-        PutTestPart(writer, folder, QStringLiteral("Bare"), 0);
+        PutTestPart(writer, u"Plates"_s, u"Top"_s, SetOf(Iga));
+        PutTestPart(writer, folder, u"P10"_s, SetOf(Iga) | SetOf(Ncd), {-1, {}, {}, {}});
+        PutTestPart(writer, folder, u"P2"_s, SetOf(Bmf));
+        PutTestPart(writer, folder, u"P1"_s, everything, {15000, u"SPCC"_s, u"タレット"_s, u"取付板"_s});
+        PutTestPart(writer, folder, u"p1"_s, SetOf(Sy5));
+        PutTestPart(writer, folder, u"Bare"_s, 0);
     });
-    Fill(QStringLiteral("板金"), [](CLibraryWriter& writer) {
-        PutTestPart(writer, QStringLiteral("筐体"), QStringLiteral("カバー1"), SetOf(Iga));
-    });
+    Fill(u"板金"_s, [](CLibraryWriter& writer) { PutTestPart(writer, u"筐体"_s, u"カバー1"_s, SetOf(Iga)); });
 }
 
-std::vector<std::string> NamesOf(const std::vector<PartRow>& rows)
+LibraryShop::LibraryShop()
 {
-    std::vector<std::string> names;
-    for (const PartRow& row : rows) {
-        names.push_back(row.name.toStdString());
+    libraries_.MakeShop();
+    session_.SetTargetFolder(target_.Core());
+    session_.SetDataKind(-1);
+}
+
+std::vector<std::string> LibraryShop::Take()
+{
+    std::vector<std::string> names = NamesIn(target_.Path());
+    for (std::string& name : names) {
+        const std::filesystem::path file = target_.Path(name);
+        name = ReadBytes(file) == name ? name : '!' + name;
+        std::filesystem::remove_all(file);
     }
     return names;
+}
+
+void LibraryShop::Forge(const QString& sql)
+{
+    LibraryProblem problem;
+    const auto connection = CLibraryConnection::Open(library_file_, OpenMode::Write, problem);
+    Require(connection != nullptr, problem);
+    Require(connection->Execute(sql), connection->Problem());
+}
+
+std::string LibraryShop::Check() const
+{
+    LibraryProblem problem;
+    const auto check = CheckLibrary(library_file_, problem);
+    return check ? check->findings.join(u'\n').toStdString() : ProblemText(problem);
 }
 
 } // namespace partkeep

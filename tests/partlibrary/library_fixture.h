@@ -1,9 +1,12 @@
-// Small libraries in a temporary folder.
+// Small libraries in a temporary folder, and a browser session on them.
 #pragma once
 
+#include "partlibrary/browser_session.h"
 #include "partlibrary/library_writer.h"
 #include "partlibrary/part_library.h"
 #include "tests/support/temporary_folder.h"
+
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <string>
@@ -11,6 +14,8 @@
 #include <vector>
 
 namespace partkeep {
+
+using namespace Qt::StringLiterals;
 
 // A bitmap file of `size` bytes as far as a library looks.
 [[nodiscard]] QByteArray SmallBitmap(qsizetype size = 400);
@@ -23,12 +28,9 @@ void PutTestPart(CLibraryWriter& writer, const QString& folder, const QString& n
 class CTestLibraries {
 public:
     [[nodiscard]] QString Folder() const { return QString::fromStdString(folder_.Path().string()); }
-    [[nodiscard]] QString FileOf(const QString& server) const
-    {
-        return Folder() + u'/' + server + QStringLiteral(".kpl");
-    }
+    [[nodiscard]] QString FileOf(const QString& server) const { return Folder() + u'/' + server + u".kpl"_s; }
 
-    // Makes the library if need be and runs `fill` in one transaction; fails the test when anything fails.
+    // Makes the library if need be and runs `fill` in one transaction; ends the test when anything fails.
     void Fill(const QString& server, const std::function<void(CLibraryWriter&)>& fill);
 
     // "SRV1" with the folders Plates and Plates\2008, the latter with the parts P1 (everything), P2 (.bmf),
@@ -39,6 +41,27 @@ private:
     CTemporaryFolder folder_;
 };
 
-[[nodiscard]] std::vector<std::string> NamesOf(const std::vector<PartRow>& rows);
+// A test on the shop. What is copied arrives in a folder of its own.
+class LibraryShop : public testing::Test {
+protected:
+    LibraryShop();
+
+    [[nodiscard]] bool Copy(std::u16string_view part) { return session_.CopyPartFiles(u"SRV1", part); }
+    [[nodiscard]] bool CopyP1() { return Copy(u"Plates\\2008\\P1"); }
+
+    // Takes what has arrived out of the folder. A file that is not a test part's as stored is marked by "!".
+    std::vector<std::string> Take();
+
+    // Changes SRV1 behind the back of whoever reads it.
+    void Forge(const QString& sql);
+
+    // What the tool's check has to say of SRV1, in lines; nothing for a sound library.
+    [[nodiscard]] std::string Check() const;
+
+    CTestLibraries libraries_;
+    CTemporaryFolder target_;
+    QString library_file_ = libraries_.FileOf(u"SRV1"_s);
+    CBrowserSession session_{CLibraryFolder(libraries_.Folder())};
+};
 
 } // namespace partkeep

@@ -5,8 +5,6 @@
 #include "platform/text.h"
 #include "tests/partlibrary/library_fixture.h"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <set>
 #include <sstream>
@@ -75,7 +73,7 @@ TEST_F(LibraryTool, SaysInOneLineWhatIsWrong)
         {"missing", {"list", At("no.kpl")}, "no such library"},
         {"not a library", {"check", At("text.kpl")}, "no part library"},
         {"folder not there", {"list", At("S.kpl"), "--folder", "x"}, "no such folder"},
-        {"nothing to import", {"import", At("S.kpl"), At("no")}, "no folder"},
+        {"nothing to import", {"import", At("S.kpl"), At("no")}, "cannot be read"},
         {"code page", {"--code-page", "932", "create", At("钣金.kpl")}, "code page"},
         {"sample folder not there", {"sample", At("no")}, "cannot be opened"},
     };

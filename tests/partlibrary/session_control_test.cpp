@@ -4,57 +4,56 @@
 #include "platform/text.h"
 #include "tests/partlibrary/library_fixture.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
 #include <cstring>
 
 namespace partkeep {
 namespace {
 
-class SessionControl : public testing::Test {
+using Names = std::vector<std::string>;
+
+class SessionControl : public LibraryShop {
 protected:
-    void SetUp() override
+    SessionControl()
     {
-        libraries_.MakeShop();
-        CPartBrowserControls controls{CLibraryFolder(libraries_.Folder())};
-        auto control = controls.CreateHidden(part_browser_class_id, 215, 100, 100);
-        ASSERT_NE(control, nullptr);
-        session_ = &dynamic_cast<CSessionControl&>(*control).Session();
+        auto control =
+            CPartBrowserControls(CLibraryFolder(libraries_.Folder())).CreateHidden(part_browser_class_id, 1, 1, 1);
+        inner_ = &dynamic_cast<CSessionControl&>(*control).Session();
         control_ = control.get();
         browser_.Attach(std::move(control));
     }
 
-    void Enter()
+    void Enter(std::u16string_view folder)
     {
         ASSERT_TRUE(browser_.ConnectServer(u"SRV1"));
-        ASSERT_TRUE(browser_.SetCurrentFolder(u"Plates\\2008"));
+        ASSERT_TRUE(browser_.SetCurrentFolder(folder));
+    }
+
+    // The name of a selected part; "#" where the answer is 0.
+    std::string SelectedName(std::int16_t index)
+    {
+        std::array<char, short_text_bytes> server{};
+        std::array<char, short_text_bytes> folder{};
+        std::array<char, long_text_bytes> name{'x'};
+        const bool told = browser_.GetSelectedPart(index, server.data(), folder.data(), name.data()) == 1;
+        EXPECT_EQ(WidenText(server.data()), told ? browser_.GetCurrentServer() : u"");
+        EXPECT_EQ(WidenText(folder.data()), told ? browser_.GetCurrentFolder() : u"");
+        return told ? name.data() : "#";
     }
 
     // What ReadPartImage leaves in a block that asks for `tag`; empty for the answer 0.
     QByteArray ReadImage(const char* tag)
     {
-        std::vector<char> block(image_block_bytes);
-        std::vector<char> scratch(scratch_block_bytes);
-        std::memcpy(block.data(), tag, std::strlen(tag));
-        const bool answer = browser_.ReadPartImage(u"", block.data(), scratch.data());
-        return answer ? QByteArray(block.data(), static_cast<qsizetype>(block.size())) : QByteArray();
+        QByteArray block(image_block_bytes, '\0');
+        QByteArray scratch(scratch_block_bytes, '\0');
+        block.replace(0, static_cast<qsizetype>(std::strlen(tag)), tag);
+        return browser_.ReadPartImage(u"", block.data(), scratch.data()) ? block : QByteArray();
     }
 
-    CTestLibraries libraries_;
-    CTemporaryFolder target_;
     CKPDKeyManager browser_;
     IHostedControl* control_ = nullptr;
-    CBrowserSession* session_ = nullptr;
+    CBrowserSession* inner_ = nullptr; // behind the control
 };
-
-using Names = std::vector<std::string>;
-
-TEST_F(SessionControl, OnlyThePartBrowserIsMade)
-{
-    CPartBrowserControls controls{CLibraryFolder(libraries_.Folder())};
-    EXPECT_EQ(controls.CreateHidden({}, 1, 1, 1), nullptr);
-}
 
 TEST_F(SessionControl, RefusesCallsThatAreNotInTheTable)
 {
@@ -82,28 +81,24 @@ TEST_F(SessionControl, RefusesCallsThatAreNotInTheTable)
     const ControlArgument no_table{ControlType::UnknownRef, static_cast<void*>(nullptr)};
     EXPECT_EQ(control_->Invoke(38, InvokeKind::Method, {&no_table, 1}, ControlType::Bool),
               ControlResult(std::int16_t{0}));
+    EXPECT_EQ(CPartBrowserControls(CLibraryFolder({})).CreateHidden({}, 1, 1, 1), nullptr);
 }
 
 TEST_F(SessionControl, EveryOperationAnswersBeforeAServerIsThere)
 {
-    std::array<char, short_text_bytes> server{};
-    std::array<char, short_text_bytes> folder{};
-    std::array<char, short_text_bytes> name{};
     PartAttributeBlocks blocks(u"P1");
-    EXPECT_FALSE(browser_.ConnectServer(u""));
-    EXPECT_FALSE(browser_.ConnectServer(u"none"));
-    EXPECT_FALSE(browser_.ConnectServer(u"..\\SRV1"));
+    for (const char16_t* server : {u"", u"none", u"..\\SRV1"}) {
+        EXPECT_FALSE(browser_.ConnectServer(server)) << NarrowText(server);
+        EXPECT_FALSE(browser_.ReadPartAttributes(server, u"Plates\\2008\\P1", blocks)) << NarrowText(server);
+    }
     EXPECT_FALSE(browser_.SetCurrentFolder(u"Plates"));
     EXPECT_FALSE(browser_.RefreshPartList());
     EXPECT_FALSE(browser_.SetPartFilter(24));
-    EXPECT_FALSE(browser_.ReadPartAttributes(u"none", u"Plates\\P1", blocks));
-    EXPECT_FALSE(browser_.CopyPartFiles(u"SRV1", u"Plates\\2008\\P1")); // no target folder
-    EXPECT_EQ(browser_.GetPreviewFileTitle(), u"");
+    EXPECT_FALSE(browser_.CopyPartFiles(u"SRV1", u"Plates\\2008\\P1")) << "no target folder";
+    EXPECT_EQ(browser_.GetPreviewFileTitle() + browser_.GetCurrentServer() + browser_.GetCurrentFolder(), u"");
     EXPECT_EQ(browser_.GetSelectedPartCount(), 0);
-    EXPECT_EQ(browser_.GetSelectedPart(0, server.data(), folder.data(), name.data()), 0);
+    EXPECT_EQ(SelectedName(0), "#");
     EXPECT_EQ(browser_.SelectAllParts(1), 0);
-    EXPECT_EQ(browser_.GetCurrentServer(), u"");
-    EXPECT_EQ(browser_.GetCurrentFolder(), u"");
     EXPECT_EQ(browser_.GetLastStatus(), 0);
     EXPECT_EQ(browser_.MoveFocus(1), 0);
     EXPECT_TRUE(ReadImage("2D").isEmpty());
@@ -125,27 +120,17 @@ TEST_F(SessionControl, AStartUpComesBackToServerAndFolder)
     browser_.MoveFocus(-1);
     EXPECT_TRUE(browser_.ConnectServer(u"SRV1"));
     browser_.SetCurrentServer(u"SRV1");
+    EXPECT_EQ(browser_.GetCurrentFolder(), u"Plates\\2008") << "kept until the server was there";
     browser_.SelectNextServer();
     browser_.OpenFolderSelection();
-    EXPECT_TRUE(browser_.SetCurrentFolder(u"Plates\\2008"));
-    EXPECT_EQ(session_->ServerCursor(), 1);
+    EXPECT_TRUE(browser_.SetCurrentFolder(u"\\Plates\\2008\\"));
+    EXPECT_EQ(inner_->ServerCursor(), 1);
     EXPECT_EQ(browser_.GetCurrentServer(), u"SRV1");
-    EXPECT_EQ(browser_.GetCurrentFolder(), u"Plates\\2008");
     EXPECT_FALSE(browser_.SetCurrentFolder(u"Plates\\1999"));
     EXPECT_EQ(browser_.GetCurrentFolder(), u"Plates\\2008");
     ServerTable back;
     EXPECT_TRUE(browser_.GetServerList(back));
     EXPECT_EQ(back, table);
-}
-
-TEST_F(SessionControl, AnEmptyTableIsFilledFromTheFolder)
-{
-    EXPECT_TRUE(browser_.SetServerList(ServerTable{}));
-    ServerTable back;
-    EXPECT_TRUE(browser_.GetServerList(back));
-    EXPECT_STREQ(back.slots[0].data(), "SRV1");
-    EXPECT_STREQ(back.slots[1].data(), "板金");
-    EXPECT_EQ(back.slots[2][0], '\0');
 }
 
 TEST_F(SessionControl, AttributesComeAsStored)
@@ -168,24 +153,21 @@ TEST_F(SessionControl, AttributesComeAsStored)
 TEST_F(SessionControl, TextsAreCutToTheirBuffers)
 {
     const QString name = QString(33, u'板'); // 99 bytes
-    const QString comment = QString(85, u'長');
-    libraries_.Fill(QStringLiteral("SRV1"), [&](CLibraryWriter& writer) {
-        PutTestPart(writer, QStringLiteral("Long"), name, 1, {0, {}, {}, comment});
+    libraries_.Fill(u"SRV1"_s, [&](CLibraryWriter& writer) {
+        PutTestPart(writer, u"Long"_s, name, 1, {0, {}, {}, QString(85, u'長')});
     });
+    Enter(u"Long");
+    browser_.SelectAllParts(1);
     SetSystemCodePage(utf7_code_page); // the same texts are longer here
     std::array<char, 2 * short_text_bytes> buffer{};
     buffer.fill('#');
     std::array<char, short_text_bytes> rest{};
     PartAttributeBlocks blocks(u"");
-    browser_.ConnectServer(u"SRV1");
-    browser_.SetCurrentFolder(u"Long");
-    browser_.SelectAllParts(1);
     const std::int32_t selected = browser_.GetSelectedPart(0, rest.data(), rest.data(), buffer.data());
     const bool read = browser_.ReadPartAttributes(u"SRV1", u"Long\\" + name.toStdU16String(), blocks);
     const std::u16string cut = WidenText(buffer.data());
     SetSystemCodePage(utf8_code_page);
-    EXPECT_EQ(selected, 1);
-    EXPECT_TRUE(read);
+    EXPECT_TRUE(selected == 1 && read);
     EXPECT_EQ(buffer[short_text_bytes - 1], '\0');
     EXPECT_EQ(buffer[short_text_bytes], '#');
     EXPECT_TRUE(!cut.empty() && name.toStdU16String().starts_with(cut));
@@ -194,7 +176,6 @@ TEST_F(SessionControl, TextsAreCutToTheirBuffers)
 
 TEST_F(SessionControl, KindsArriveByMask)
 {
-    Enter();
     const struct {
         std::int16_t mask;
         const char16_t* part;
@@ -205,7 +186,6 @@ TEST_F(SessionControl, KindsArriveByMask)
         {10, u"P1", {"P1.NCD"}},
         {15, u"P1", {"P1.NCD", "P1.SY5"}},
         {-1, u"P1", {"P1.NCD", "P1.SY5", "P1.bmf", "P1.iga"}},
-        {24, u"P2", {"P2.bmf"}},
         {20, u"P2", {}},
         {24, u"Bare", {}},
     };
@@ -213,88 +193,118 @@ TEST_F(SessionControl, KindsArriveByMask)
     for (const auto& row : rows) {
         EXPECT_TRUE(browser_.SetDataKind(row.mask));
         EXPECT_TRUE(browser_.CopyPartFiles(u"SRV1", std::u16string(u"Plates\\2008\\") + row.part)) << row.mask;
-        EXPECT_EQ(NamesIn(target_.Path()), row.files) << row.mask << NarrowText(row.part);
-        for (const std::string& name : row.files) {
-            EXPECT_EQ(ReadBytes(target_.Path(name)), name);
-            std::filesystem::remove(target_.Path(name));
-        }
+        EXPECT_EQ(Take(), row.files) << row.mask << NarrowText(row.part);
     }
     EXPECT_FALSE(browser_.CopyPartFiles(u"SRV1", u"Plates\\2008\\none"));
     EXPECT_FALSE(browser_.CopyPartFiles(u"none", u"Plates\\2008\\P1"));
-    EXPECT_TRUE(browser_.CopyPartFiles(u"板金", u"筐体\\カバー1")); // another server than the current one
+    EXPECT_TRUE(browser_.CopyPartFiles(u"板金", u"筐体\\カバー1")) << "another server than the current one";
+}
+
+TEST_F(SessionControl, OnlyWhatIsShownStaysSelectedInTheOrderShown)
+{
+    Enter(u"Plates\\2008");
+    std::string clicks;
+    browser_.SetEventSink([&clicks](std::int32_t id) { clicks += std::to_string(id); });
+    const struct {
+        const char* label;
+        std::function<void()> act;
+        Names names;
+        bool clicks;
+    } rows[] = {
+        {"select",
+         [&] {
+             inner_->SelectParts({u"P10"_s, u"P2"_s, u"P1"_s});
+         },
+         {"P1", "P2", "P10"},
+         true},
+        {"order", [&] { inner_->SortBy(PartColumn::Name, true); }, {"P10", "P2", "P1"}, false},
+        {"filter", [&] { browser_.SetPartFilter(10); }, {"P10", "P1"}, false},
+        {"refresh", [&] { browser_.RefreshPartList(); }, {"P10", "P1"}, false},
+        {"search", [&] { inner_->SearchFor(u"p1 タレット"_s); }, {"P1"}, true},
+        {"search cleared", [&] { inner_->SearchFor({}); }, {"P1"}, false},
+        {"no filter", [&] { browser_.SetPartFilter(-1); }, {"P1"}, false},
+        {"all", [&] { browser_.SelectAllParts(1); }, {"P10", "P2", "p1", "P1", "Bare"}, false},
+        {"not here", [&] { inner_->SelectParts({u"Top"_s}); }, {"P10", "P2", "p1", "P1", "Bare"}, false},
+        {"none", [&] { browser_.SelectAllParts(0); }, {}, false},
+        {"by the user", [&] { inner_->Select({1}); }, {""}, true}, // a part of another folder
+        {"folder", [&] { browser_.SetCurrentFolder(u"Plates"); }, {}, false},
+        {"user's folder", [&] { inner_->OpenFolder(u"Plates\\2008"_s); }, {}, true},
+        {"user's server", [&] { inner_->OpenServer(u"板金"_s); }, {}, true},
+    };
+    for (const auto& row : rows) {
+        clicks.clear();
+        row.act();
+        Names names;
+        for (std::int16_t i = 0; i < browser_.GetSelectedPartCount(); ++i) {
+            names.push_back(SelectedName(i));
+        }
+        EXPECT_EQ(names, row.names) << row.label;
+        EXPECT_EQ(clicks, row.clicks ? "-600" : "") << row.label;
+    }
+}
+
+TEST_F(SessionControl, AServersNameOutlivesTheServer)
+{
+    inner_->SetCurrentServer(u"gone");
+    EXPECT_EQ(inner_->GetCurrentServer(), u"gone");
+    EXPECT_EQ(inner_->Library(), nullptr);
+    EXPECT_EQ(inner_->Problem().fault, LibraryFault::NotFound);
+    EXPECT_FALSE(inner_->SetCurrentFolder(u"New"));
+    libraries_.Fill(u"gone"_s, [](CLibraryWriter& writer) { PutTestPart(writer, u"New"_s, u"N"_s, 1); });
+    EXPECT_TRUE(inner_->RefreshPartList());
+    EXPECT_EQ(inner_->GetCurrentFolder(), u"New");
+}
+
+TEST_F(SessionControl, OtherServersJoinTheTableWhileThereIsRoom)
+{
+    ServerTable table;
+    inner_->SetServerList(table);
+    EXPECT_EQ(inner_->Servers(), (QStringList{u"SRV1"_s, u"板金"_s})) << "found in the folder";
+    table.slots[0] = {"SRV1"};
+    inner_->SetServerList(table);
+    EXPECT_EQ(inner_->OtherServers(), QStringList(u"板金"_s));
+    EXPECT_TRUE(inner_->OpenServer(u"板金"_s));
+    EXPECT_EQ(inner_->Servers().size(), 2);
+    EXPECT_EQ(inner_->ServerCursor(), 1);
+    table.slots.fill({"full"});
+    inner_->SetServerList(table);
+    EXPECT_TRUE(inner_->OpenServer(u"板金"_s));
+    EXPECT_EQ(inner_->Servers().size(), 10);
+    EXPECT_EQ(inner_->GetCurrentServer(), u"板金");
 }
 
 TEST_F(SessionControl, PicturesComeByTag)
 {
-    Enter();
-    ASSERT_TRUE(session_->SelectParts({QStringLiteral("P1")}));
+    Enter(u"Plates\\2008");
+    ASSERT_TRUE(inner_->SelectParts({u"P1"_s, u"P2"_s})); // the first one is meant
     EXPECT_TRUE(ReadImage("2D").startsWith(SmallBitmap()));
     EXPECT_TRUE(ReadImage("3D").endsWith(QByteArray(image_block_bytes - 400, '\0')));
     EXPECT_FALSE(ReadImage("PNG").isEmpty());
-    EXPECT_TRUE(ReadImage("4D").isEmpty());
-    EXPECT_TRUE(ReadImage("").isEmpty());
+    EXPECT_TRUE(ReadImage("2DX").isEmpty() && ReadImage("").isEmpty() && ReadImage("png").isEmpty());
     EXPECT_EQ(browser_.GetLastStatus(), 0);
     browser_.SetTargetFolder(target_.Core());
     browser_.SetDataKind(20);
     EXPECT_EQ(browser_.GetPreviewFileTitle(), u"P1");
     EXPECT_EQ(ReadBytes(target_.Path("P1.PNG")), SmallPng().toStdString());
-    ASSERT_TRUE(session_->SelectParts({QStringLiteral("P2")}));
-    EXPECT_TRUE(ReadImage("2D").isEmpty());
-    EXPECT_TRUE(ReadImage("PNG").isEmpty());
+    ASSERT_TRUE(inner_->SelectParts({u"P2"_s}));
+    EXPECT_TRUE(ReadImage("2D").isEmpty() && ReadImage("PNG").isEmpty());
     EXPECT_EQ(browser_.GetPreviewFileTitle(), u"");
 }
 
 TEST_F(SessionControl, ADeletedPartHasNoNameAndOutdatesTheList)
 {
-    Enter();
-    ASSERT_TRUE(session_->SelectParts({QStringLiteral("P1"), QStringLiteral("P2")}));
-    libraries_.Fill(QStringLiteral("SRV1"), [](CLibraryWriter& writer) {
-        ASSERT_TRUE(writer.RemovePart(*writer.MakeFolder(QStringLiteral("Plates\\2008")), QStringLiteral("P1")));
+    Enter(u"Plates\\2008");
+    ASSERT_TRUE(inner_->SelectParts({u"P1"_s, u"P2"_s}));
+    libraries_.Fill(u"SRV1"_s, [](CLibraryWriter& writer) {
+        ASSERT_TRUE(writer.RemovePart(*writer.MakeFolder(u"Plates\\2008"_s), u"P1"_s));
     });
-    std::array<char, short_text_bytes> text{};
-    std::array<char, short_text_bytes> name{};
-    name.fill('#');
-    EXPECT_EQ(browser_.GetSelectedPart(0, text.data(), text.data(), name.data()), 1);
-    EXPECT_STREQ(name.data(), "");
-    EXPECT_EQ(browser_.GetSelectedPart(1, text.data(), text.data(), name.data()), 1);
-    EXPECT_STREQ(name.data(), "P2");
+    EXPECT_EQ(SelectedName(0), "");
+    EXPECT_EQ(SelectedName(1), "P2");
     EXPECT_TRUE(ReadImage("2D").isEmpty());
     EXPECT_EQ(browser_.GetLastStatus(), status_list_outdated);
     EXPECT_TRUE(browser_.RefreshPartList());
     EXPECT_EQ(browser_.GetSelectedPartCount(), 1);
-    EXPECT_EQ(browser_.GetSelectedPart(-1, text.data(), text.data(), name.data()), 0);
-    EXPECT_EQ(browser_.GetSelectedPart(1, text.data(), text.data(), name.data()), 0);
-}
-
-TEST_F(SessionControl, LargeSelectionsKeepTheirOrder)
-{
-    libraries_.Fill(QStringLiteral("SRV1"), [](CLibraryWriter& writer) {
-        for (int i = 300; i > 0; --i) {
-            PutTestPart(writer, QStringLiteral("Many"), QStringLiteral("N%1").arg(i), 0);
-        }
-    });
-    browser_.ConnectServer(u"SRV1");
-    browser_.SetCurrentFolder(u"Many");
-    EXPECT_EQ(browser_.SelectAllParts(1), 1);
-    EXPECT_EQ(browser_.GetSelectedPartCount(), 300);
-    std::array<char, short_text_bytes> text{};
-    std::array<char, long_text_bytes> name{};
-    EXPECT_EQ(browser_.GetSelectedPart(256, text.data(), text.data(), name.data()), 1);
-    EXPECT_STREQ(name.data(), "N257");
-    browser_.SelectAllParts(0);
-    EXPECT_EQ(browser_.GetSelectedPartCount(), 0);
-}
-
-TEST_F(SessionControl, ClicksReachTheSink)
-{
-    Enter();
-    std::vector<std::int32_t> events;
-    browser_.SetEventSink([&events](std::int32_t id) { events.push_back(id); });
-    session_->Select({});
-    browser_.SelectAllParts(1);
-    browser_.SetEventSink({});
-    session_->Select({});
-    EXPECT_EQ(events, std::vector<std::int32_t>{-600});
+    EXPECT_EQ(SelectedName(-1) + SelectedName(1), "##");
 }
 
 } // namespace

@@ -82,7 +82,7 @@ int Import(const ToolOptions& options, const Streams& streams)
         return Fail(streams, problem);
     }
     for (const QString& skipped : report.skipped) {
-        streams.err << "partkeep-library: " << skipped.toStdString() << ": skipped (no kind has this ending)\n";
+        streams.err << "partkeep-library: " << skipped.toStdString() << ": skipped (no file of a part)\n";
     }
     streams.out << "imported " << report.parts << " parts with " << report.files << " files\n";
     return 0;
