@@ -82,7 +82,7 @@ Rect CQtDialogWindow::ControlClientRect(int id) const
 Rect CQtDialogWindow::MapToDialog(int id, const Rect& client_area) const
 {
     const QWidget* widget = controls_.Widget(id);
-    return widget == nullptr ? client_area : ToRect(ToQRect(client_area).translated(widget->pos()));
+    return widget == nullptr ? Rect{} : ToRect(ToQRect(client_area).translated(widget->pos()));
 }
 
 void CQtDialogWindow::MoveControl(int id, const Rect& area)

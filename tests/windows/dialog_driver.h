@@ -3,51 +3,185 @@
 // the test and closes what is open.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <windows.h>
 
+#include <array>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <thread>
 
 namespace partkeep {
 
+[[nodiscard]] inline std::wstring TextOf(HWND window)
+{
+    std::array<wchar_t, 512> text{};
+    SendMessageW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
+    return text.data();
+}
+
+[[nodiscard]] inline std::wstring TextOf(HWND dialog, int control)
+{
+    return TextOf(GetDlgItem(dialog, control));
+}
+
+[[nodiscard]] inline COLORREF ColorAt(HWND window, int x, int y)
+{
+    HDC context = GetDC(window);
+    const COLORREF color = GetPixel(context, x, y);
+    ReleaseDC(window, context);
+    return color;
+}
+
 class DialogDriver {
 public:
     // Plays `user` while the test's thread is inside a modal run. The run must end with it.
-    explicit DialogDriver(std::function<void(DialogDriver&)> user);
-    ~DialogDriver();
+    explicit DialogDriver(std::function<void(DialogDriver&)> user)
+    {
+        user_ = std::thread([this, play = std::move(user)] {
+            play(*this);
+            for (int round = 0; failed_ && round < 5; ++round) {
+                ForEachVisible([](HWND window) { PostMessageW(window, WM_COMMAND, IDCANCEL, 0); });
+                std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            }
+        });
+    }
+    ~DialogDriver() { user_.join(); }
     DialogDriver(const DialogDriver&) = delete;
     DialogDriver& operator=(const DialogDriver&) = delete;
 
-    // The visible top-level window of the test's thread with this title.
-    HWND Window(const std::wstring& title);
-    void WaitGone(HWND window);
-    bool Until(const char* what, const std::function<bool()>& condition);
+    void Until(const char* what, const std::function<bool()>& condition)
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(failed_ ? 0 : 20);
+        while (!condition()) {
+            if (std::chrono::steady_clock::now() > end) {
+                failed_ = true;
+                ADD_FAILURE() << "never came: " << what;
+                return;
+            }
+            std::this_thread::sleep_for(pause);
+        }
+    }
 
-    void Press(HWND dialog, int button);
-    void Focus(HWND dialog, int control);
-    [[nodiscard]] HWND Focused() const; // on the test's thread
-    [[nodiscard]] int FocusedControl(HWND dialog) const;
-    void Key(WORD key); // a message to the window with the focus
-    // Through the keyboard, so that the modifier is really down until the condition holds.
-    void KeyWith(WORD modifier, WORD key, const char* what, const std::function<bool()>& condition);
+    // The visible top-level window of the test's thread with this title.
+    HWND Window(const std::wstring& title)
+    {
+        HWND found = nullptr;
+        Until("a window", [&] {
+            ForEachVisible([&](HWND window) { found = TextOf(window) == title ? window : found; });
+            return found != nullptr;
+        });
+        return found;
+    }
+
+    static void Press(HWND dialog, int button) { PostMessageW(GetDlgItem(dialog, button), BM_CLICK, 0, 0); }
+    static void Click(HWND window, int x, int y)
+    {
+        PostMessageW(window, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x, y));
+        PostMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(x, y));
+    }
+    void Focus(HWND dialog, int control)
+    {
+        PostMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(dialog, control)), TRUE);
+        WaitForFocus(dialog, control);
+    }
+    void WaitForFocus(HWND dialog, int control)
+    {
+        HWND wanted = GetDlgItem(dialog, control);
+        Until("the focus", [&] { return Focused() == wanted || IsChild(wanted, Focused()); });
+    }
+    void Key(WORD key) { PostMessageW(Focused(), WM_KEYDOWN, key, 1); } // to the window with the focus
+    void Leave(HWND dialog, WORD key)
+    {
+        Key(key);
+        WaitForEnd(dialog);
+    }
+    void WaitForEnd(HWND window)
+    {
+        Until("the end of a window", [=] { return !IsWindow(window); });
+    }
+
+    // The modifier is really down until the condition holds. A window that has just come gets the keyboard's real
+    // state late, which lets it up again.
+    void KeyWith(WORD modifier, WORD key, const std::function<bool()>& condition)
+    {
+        const auto send = [modifier](DWORD flags) {
+            INPUT input{};
+            input.type = INPUT_KEYBOARD;
+            input.ki.wVk = modifier;
+            input.ki.dwFlags = flags;
+            SendInput(1, &input, sizeof input);
+        };
+        Until("the effect of two keys", [&] {
+            send(0);
+            Key(key);
+            std::this_thread::sleep_for(pause);
+            return condition();
+        });
+        send(KEYEVENTF_KEYUP);
+    }
 
     // Answers the message box with this title and gives its text.
-    std::wstring AnswerMessage(const std::wstring& title);
+    std::wstring AnswerMessage(const std::wstring& title)
+    {
+        constexpr int text_control = 0xFFFF;
+        HWND box = Window(title);
+        Until("the message's text", [&] { return GetDlgItem(box, text_control) != nullptr; });
+        const std::wstring text = TextOf(box, text_control);
+        SavePicture(box, "message");
+        PostMessageW(box, WM_COMMAND, IDOK, 0);
+        WaitForEnd(box);
+        return text;
+    }
 
     // A picture of the screen under a window, into the folder PARTKEEP_PICTURES if that is set.
-    static void SavePicture(HWND window, const std::string& name);
+    void SavePicture(HWND window, const std::string& name)
+    {
+        const char* folder = std::getenv("PARTKEEP_PICTURES");
+        if (folder == nullptr) {
+            return;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(300)); // what is to be painted is painted
+        RECT at;
+        GetWindowRect(window, &at);
+        std::array<char, 80> area{};
+        std::snprintf(area.data(), area.size(), "%ldx%ld+%ld+%ld ", at.right - at.left, at.bottom - at.top, at.left,
+                      at.top);
+        const std::string file = std::string(folder) + "/" + name + ".png";
+        std::filesystem::remove(file);
+        std::system(("start /unix /usr/bin/import -window root -crop " + (area.data() + file)).c_str());
+        Until("a picture", [&] { return std::filesystem::exists(file); });
+    }
 
 private:
-    void CloseEverything() const;
+    using Visitor = std::function<void(HWND)>;
+    static constexpr auto pause = std::chrono::milliseconds(10);
 
-    DWORD thread_;
+    static BOOL CALLBACK VisitVisible(HWND window, LPARAM visitor)
+    {
+        if (IsWindowVisible(window)) {
+            (*reinterpret_cast<const Visitor*>(visitor))(window);
+        }
+        return TRUE;
+    }
+    void ForEachVisible(const Visitor& visitor) const
+    {
+        EnumThreadWindows(thread_, VisitVisible, reinterpret_cast<LPARAM>(&visitor));
+    }
+    [[nodiscard]] HWND Focused() const // on the test's thread
+    {
+        GUITHREADINFO information{};
+        information.cbSize = sizeof information;
+        return GetGUIThreadInfo(thread_, &information) ? information.hwndFocus : nullptr;
+    }
+
+    DWORD thread_ = GetCurrentThreadId();
     bool failed_ = false;
     std::thread user_;
 };
-
-[[nodiscard]] std::wstring TextOf(HWND window, int control = 0); // 0: the window itself
-[[nodiscard]] RECT PlaceOf(HWND window, int control);            // in the window's client coordinates
-[[nodiscard]] COLORREF ColorAt(HWND window, int x, int y);
 
 } // namespace partkeep

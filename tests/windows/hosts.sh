@@ -53,7 +53,52 @@ one="ALPHA${tab}1${tab}SPCC${tab}15000${tab}$folder\\ALPHA.iga"
 mkdir "$work/install"
 printf 'SERVER1\r\nFOLDER1\r\nmetric\r\nSERVER1\r\n-9999\r\n0\r\n' >"$work/install/kpdservers.ini"
 run reg add 'HKLM\software\Velmar\ORVIC' /v installpath /d "$(windows_path "$work/install")" /f >/dev/null
-run regsvr32 /s "$stand_in" || fail "the stand-ins do not register"
+controls='{4C1CDCBC-4146-4EFC-9693-AE6800752C57} {DBE2F81A-E533-4E67-A6CD-A05F41A9627E}'
+for control in $controls; do
+    run reg add "HKCR\\CLSID\\$control\\InprocServer32" /ve /d "$(windows_path "$stand_in")" /f >/dev/null
+done
+
+# What registration leaves: with a quote in the path, twice, and with something stale under the class.
+id='{E4962F8D-71BB-4071-B375-4F2631DF3DDB}'
+name=ORVICPartkeepRead.PartkeepReadImpl
+library='TypeLib\{74326502-FEC5-428A-B215-C365ABB0259E}'
+keys() {
+    for key in "CLSID\\$id" $name $name.1 "$library" 'Interface\{F5777EAD-E617-4689-A20B-C008B5944572}'; do
+        run reg query "HKCR\\$key" /s || true
+    done | sed -n 's/^HKEY_CLASSES_ROOT\\//p; s/^ *\((Default)\|[A-Z].*\)    REG_SZ    /  \1=/p'
+}
+mkdir "$work/it's here"
+quoted="$work/it's here/ORVICPartkeepRead.DLL"
+cp "$component" "$quoted"
+run regsvr32 /s /u "$quoted" || fail "unregistering fails where nothing is registered"
+expect "keys before" "" "$(keys)"
+run regsvr32 /s "$quoted" || fail "the component does not register"
+expect "keys of the class" "CLSID\\$id
+  (Default)=PartkeepReadImpl Class
+CLSID\\$id\\InprocServer32
+  (Default)=$(windows_path "$quoted")
+  ThreadingModel=both
+CLSID\\$id\\ProgID
+  (Default)=$name.1
+CLSID\\$id\\VersionIndependentProgID
+  (Default)=$name
+$name
+  (Default)=PartkeepReadImpl Class
+$name\\CLSID
+  (Default)=$id
+$name.1
+  (Default)=PartkeepReadImpl Class
+$name.1\\CLSID
+  (Default)=$id
+$library\\1.0
+  (Default)=ORVICPartkeepRead 1.0 Type Library" "$(keys | head -19)"
+keys >"$work/once"
+run reg add "HKCR\\CLSID\\$id\\Stale" /ve /d x /f >/dev/null
+run regsvr32 /s "$quoted" || fail "the component does not register twice"
+expect "keys after registering twice" "$(cat "$work/once")" "$(keys)"
+run regsvr32 /s /u "$quoted" || fail "the component does not unregister"
+expect "keys behind" "" "$(keys)"
+run reg query 'HKCR\CLSID' | grep CLSID >/dev/null || fail "the list of classes went too"
 
 run regsvr32 /s "$component" || fail "the component does not register"
 expect "picked by a script" "$three" "$(picked cscript //nologo "$script" pick "$folder" 1)"
@@ -69,6 +114,8 @@ mkdir "$work/beside"
 cp "$component" "$build/examples/windows/pick_parts.exe" "$examples"/*.manifest "$work/beside"
 expect "picked by manifest" "$three" "$(picked "$work/beside/pick_parts.exe" "$folder")"
 
-run regsvr32 /s /u "$stand_in"
+for control in $controls; do
+    run reg delete "HKCR\\CLSID\\$control" /f >/dev/null
+done
 run reg delete 'HKLM\software\Velmar\ORVIC' /f >/dev/null
 echo "hosts: all as expected"

@@ -1,57 +1,39 @@
-// Two in-process servers under the class ids of the closed controls: windows and interfaces of the component model
-// round the scripted part browser.
-
 #include "tests/windows/stand_in.h"
 
 #include "controls/zan_pic_ctrl.h"
+#include "platform/windows/com_ptr.h"
+#include "platform/windows/hosted_control.h"
 #include "platform/windows/wide.h"
 
 #include <ocidl.h>
+#include <ole2.h>
 #include <oleauto.h>
 #include <olectl.h>
 
-#include <array>
-#include <cstring>
-#include <string>
-
-using namespace partkeep;
-
 namespace partkeep {
-
-StandIn::StandIn()
-{
-    for (const char16_t* name : {u"ALPHA", u"BETA", u"GAMMA"}) {
-        script.list.push_back({name, u"SERVER1", u"FOLDER1", 15000, u"SPCC", u"M1", u"made of steel"});
-    }
-    script.selection = script.list;
-    script.On(BrowserOperation::GetCurrentServer, ControlResult(std::u16string(u"SERVER1")));
-    script.On(BrowserOperation::GetCurrentFolder, ControlResult(std::u16string(u"FOLDER1")));
-    script.filesByKind = {{part_data_kind, {u".iga"}}, {nct_data_kind, {u".NCD"}}};
-    script.On(BrowserOperation::ConnectServer, [](ControlScript::Arguments arguments) -> ControlResult {
-        return static_cast<std::int16_t>(std::get<std::u16string_view>(arguments[0].value) == u"SERVER1" ? -1 : 0);
-    });
-}
-
 namespace {
 
 constexpr IID event_interface{0x7E570001, 0x57A9, 0x4D11, {0x8F, 1, 2, 3, 4, 5, 6, 7}};
-HINSTANCE module_instance;
-StandIn state;
+constexpr wchar_t window_class[] = L"PartkeepStandIn";
+
+class Control;
+StandIn* stand_in = nullptr;
+Control* live_browser = nullptr;
 
 ControlArgument ArgumentOf(const VARIANT& variant)
 {
-    ControlArgument argument{static_cast<ControlType>(variant.vt), {}};
-    if (variant.vt == VT_BSTR) {
-        argument.value =
-            std::u16string_view(reinterpret_cast<const char16_t*>(variant.bstrVal), SysStringLen(variant.bstrVal));
-    } else if (variant.vt == VT_I2) {
-        argument.value = static_cast<std::int16_t>(variant.iVal);
-    } else if (variant.vt == VT_I4) {
-        argument.value = static_cast<std::int32_t>(variant.lVal);
-    } else {
-        argument.value = variant.byref;
+    const auto type = static_cast<ControlType>(variant.vt);
+    switch (variant.vt) {
+    case VT_BSTR:
+        return {type,
+                std::u16string_view(reinterpret_cast<const char16_t*>(variant.bstrVal), SysStringLen(variant.bstrVal))};
+    case VT_I2:
+        return {type, static_cast<std::int16_t>(variant.iVal)};
+    case VT_I4:
+        return {type, static_cast<std::int32_t>(variant.lVal)};
+    default:
+        return {type, variant.byref};
     }
-    return argument;
 }
 
 void PutResult(VARIANT& variant, ControlType type, const ControlResult& result)
@@ -68,9 +50,6 @@ void PutResult(VARIANT& variant, ControlType type, const ControlResult& result)
     }
 }
 
-class Control;
-Control* live_browser = nullptr;
-
 // All that a container asks of a control, and one sink.
 class Control final : public IOleObject,
                       public IOleInPlaceObject,
@@ -79,28 +58,25 @@ class Control final : public IOleObject,
                       public IConnectionPoint,
                       public IProvideClassInfo2 {
 public:
-    explicit Control(bool browser) : browser_(browser), scripted_(state.script.MakeControl()) { ++state.controls; }
+    explicit Control(bool browser) : browser_(browser) { ++stand_in->controls; }
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** result) override
     {
-        *result = id == IID_IUnknown || id == IID_IOleObject            ? static_cast<IOleObject*>(this)
-                  : id == IID_IOleInPlaceObject || id == IID_IOleWindow ? static_cast<IOleInPlaceObject*>(this)
-                  : id == IID_IDispatch                                 ? static_cast<IDispatch*>(this)
-                  : id == IID_IConnectionPointContainer                 ? static_cast<IConnectionPointContainer*>(this)
-                  : id == IID_IProvideClassInfo2                        ? static_cast<IProvideClassInfo2*>(this)
-                                                                        : static_cast<void*>(nullptr);
-        if (*result == nullptr) {
-            return E_NOINTERFACE;
-        }
-        AddRef();
-        return S_OK;
+        *result = id == IID_IUnknown || id == IID_IOleObject ? static_cast<IOleObject*>(this)
+                  : id == IID_IOleInPlaceObject              ? static_cast<IOleInPlaceObject*>(this)
+                  : id == IID_IDispatch                      ? static_cast<IDispatch*>(this)
+                  : id == IID_IConnectionPointContainer      ? static_cast<IConnectionPointContainer*>(this)
+                  : id == IID_IProvideClassInfo2             ? static_cast<IProvideClassInfo2*>(this)
+                                                             : static_cast<void*>(nullptr);
+        references_ += *result != nullptr ? 1 : 0;
+        return *result != nullptr ? S_OK : E_NOINTERFACE;
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
     ULONG STDMETHODCALLTYPE Release() override
     {
         const ULONG left = --references_;
         if (left == 0) {
-            --state.controls;
+            --stand_in->controls;
             delete this;
         }
         return left;
@@ -109,7 +85,7 @@ public:
     void Fire(long event)
     {
         DISPPARAMS none{};
-        if (sink_ != nullptr) {
+        if (sink_) {
             sink_->Invoke(event, IID_NULL, 0, DISPATCH_METHOD, &none, nullptr, nullptr, nullptr);
         }
     }
@@ -117,7 +93,7 @@ public:
     HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                                      EXCEPINFO*, UINT*) override
     {
-        if (state.fireInsideCalls) {
+        if (stand_in->fireInsideCalls) {
             Fire(DISPID_CLICK);
         }
         std::vector<ControlArgument> arguments;
@@ -141,7 +117,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE SetClientSite(IOleClientSite* site) override
     {
-        Replace(site_, site);
+        site_ = ComPtr<IOleClientSite>(site);
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE DoVerb(LONG verb, LPMSG, IOleClientSite*, LONG, HWND parent, LPCRECT area) override
@@ -149,45 +125,39 @@ public:
         if (verb != OLEIVERB_INPLACEACTIVATE) {
             return S_OK;
         }
-        window_ = CreateWindowExW(0, L"PartkeepStandIn", L"", WS_CHILD | WS_VISIBLE, area->left, area->top,
-                                  area->right - area->left, area->bottom - area->top, parent, nullptr, module_instance,
-                                  nullptr);
-        SetWindowLongPtrW(window_, GWLP_USERDATA, browser_);
+        window_ =
+            CreateWindowExW(0, window_class, L"", WS_CHILD | WS_VISIBLE, area->left, area->top,
+                            area->right - area->left, area->bottom - area->top, parent, nullptr, nullptr, nullptr);
         if (browser_) {
-            state.browserWindow = window_;
+            stand_in->browserWindow = window_;
             live_browser = this;
-            state.fire = [](long event) { live_browser->Fire(event); };
         }
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE Close(DWORD) override
-    {
-        DestroyWindow(window_);
-        return S_OK;
-    }
+    HRESULT STDMETHODCALLTYPE Close(DWORD) override { return DestroyWindow(window_) ? S_OK : E_FAIL; }
     HRESULT STDMETHODCALLTYPE GetMiscStatus(DWORD, DWORD* status) override
     {
         *status = OLEMISC_SETCLIENTSITEFIRST;
         return S_OK;
     }
+    HRESULT STDMETHODCALLTYPE SetExtent(DWORD, SIZEL* size) override
+    {
+        if (!browser_) {
+            stand_in->recorder.Note("extent " + std::to_string(size->cx) + " " + std::to_string(size->cy));
+        }
+        return S_OK;
+    }
     HRESULT STDMETHODCALLTYPE GetClientSite(IOleClientSite**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE SetHostNames(LPCOLESTR, LPCOLESTR) override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE SetHostNames(LPCOLESTR, LPCOLESTR) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE SetMoniker(DWORD, IMoniker*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetMoniker(DWORD, DWORD, IMoniker**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE InitFromData(IDataObject*, BOOL, DWORD) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetClipboardData(DWORD, IDataObject**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE EnumVerbs(IEnumOLEVERB**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE Update() override { return S_OK; }
-    HRESULT STDMETHODCALLTYPE IsUpToDate() override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE Update() override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE IsUpToDate() override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetUserClassID(CLSID*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetUserType(DWORD, LPOLESTR*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE SetExtent(DWORD, SIZEL* size) override
-    {
-        if (!browser_) {
-            state.recorder.Note("extent " + std::to_string(size->cx) + " " + std::to_string(size->cy));
-        }
-        return S_OK;
-    }
     HRESULT STDMETHODCALLTYPE GetExtent(DWORD, SIZEL*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE Advise(IAdviseSink*, DWORD*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE EnumAdvise(IEnumSTATDATA**) override { return E_NOTIMPL; }
@@ -198,79 +168,66 @@ public:
         *window = window_;
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE ContextSensitiveHelp(BOOL) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE InPlaceDeactivate() override { return S_OK; }
-    HRESULT STDMETHODCALLTYPE UIDeactivate() override { return S_OK; }
     HRESULT STDMETHODCALLTYPE SetObjectRects(LPCRECT place, LPCRECT) override
     {
-        MoveWindow(window_, place->left, place->top, place->right, place->bottom, TRUE);
-        return S_OK;
+        return MoveWindow(window_, place->left, place->top, place->right, place->bottom, TRUE) ? S_OK : E_FAIL;
     }
+    HRESULT STDMETHODCALLTYPE ContextSensitiveHelp(BOOL) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE InPlaceDeactivate() override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE UIDeactivate() override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE ReactivateAndUndo() override { return E_NOTIMPL; }
 
-    HRESULT STDMETHODCALLTYPE EnumConnectionPoints(IEnumConnectionPoints**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE FindConnectionPoint(REFIID, IConnectionPoint** point) override
+    HRESULT STDMETHODCALLTYPE FindConnectionPoint(REFIID id, IConnectionPoint** point) override
     {
-        *point = this;
-        AddRef();
-        return S_OK;
+        *point = id == event_interface ? this : nullptr;
+        references_ += *point != nullptr ? 1 : 0;
+        return *point != nullptr ? S_OK : CONNECT_E_NOCONNECTION;
     }
-    HRESULT STDMETHODCALLTYPE GetConnectionInterface(IID*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetConnectionPointContainer(IConnectionPointContainer**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE Advise(IUnknown* sink, DWORD*) override
     {
-        return sink->QueryInterface(event_interface, reinterpret_cast<void**>(&sink_));
+        return sink->QueryInterface(event_interface, sink_.PutVoid());
     }
     HRESULT STDMETHODCALLTYPE Unadvise(DWORD) override
     {
-        Replace(sink_, static_cast<IDispatch*>(nullptr));
+        sink_.Reset();
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE EnumConnections(IEnumConnections**) override { return E_NOTIMPL; }
-
-    HRESULT STDMETHODCALLTYPE GetClassInfo(ITypeInfo**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetGUID(DWORD, GUID* id) override
     {
         *id = event_interface;
         return S_OK;
     }
+    HRESULT STDMETHODCALLTYPE EnumConnectionPoints(IEnumConnectionPoints**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetConnectionInterface(IID*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetConnectionPointContainer(IConnectionPointContainer**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE EnumConnections(IEnumConnections**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetClassInfo(ITypeInfo**) override { return E_NOTIMPL; }
 
 private:
-    template <class T>
-    static void Replace(T*& held, T* next)
-    {
-        if (next != nullptr) {
-            next->AddRef();
-        }
-        if (held != nullptr) {
-            held->Release();
-        }
-        held = next;
-    }
-
     bool browser_;
-    std::unique_ptr<IHostedControl> scripted_;
+    std::unique_ptr<IHostedControl> scripted_ = stand_in->script.MakeControl();
     ULONG references_ = 1;
     HWND window_ = nullptr;
-    IOleClientSite* site_ = nullptr;
-    IDispatch* sink_ = nullptr;
+    ComPtr<IOleClientSite> site_;
+    ComPtr<IDispatch> sink_;
 };
 
 // Beside the entries nothing is selected.
 LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM word, LPARAM value)
 {
-    if (message == WM_LBUTTONDOWN && GetWindowLongPtrW(window, GWLP_USERDATA) != 0) {
-        const auto row = static_cast<std::size_t>(HIWORD(value) / stand_in_row_height);
+    ControlScript& script = stand_in->script;
+    if (message == WM_LBUTTONDOWN && window == stand_in->browserWindow) {
+        const auto row = static_cast<std::size_t>(HIWORD(value) / StandIn::row_height);
         SetFocus(window);
-        state.script.selection.clear();
-        if (row < state.script.list.size()) {
-            state.script.selection.push_back(state.script.list[row]);
+        script.selection.clear();
+        if (row < script.list.size()) {
+            script.selection.push_back(script.list[row]);
         }
         live_browser->Fire(DISPID_CLICK);
         return 0;
     }
     if (message == WM_KEYDOWN) {
-        state.recorder.Note("key " + std::to_string(word));
+        script.recorder.Note("key " + std::to_string(word));
     }
     return DefWindowProcW(window, message, word, value);
 }
@@ -298,74 +255,64 @@ private:
     bool browser_;
 };
 
-// For the machine: not every system version looks among the classes of the user.
-void WriteRegistration(const ClassId& id, bool present)
-{
-    std::array<wchar_t, 40> text{};
-    StringFromGUID2(reinterpret_cast<const GUID&>(id), text.data(), static_cast<int>(text.size()));
-    const std::wstring key = std::wstring(L"CLSID\\") + text.data();
-    if (!present) {
-        RegDeleteTreeW(HKEY_CLASSES_ROOT, key.c_str());
-        return;
-    }
-    std::array<wchar_t, MAX_PATH> path{};
-    const DWORD length = GetModuleFileNameW(module_instance, path.data(), MAX_PATH);
-    RegSetKeyValueW(HKEY_CLASSES_ROOT, (key + L"\\InprocServer32").c_str(), nullptr, REG_SZ, path.data(),
-                    static_cast<DWORD>((length + 1) * sizeof(wchar_t)));
-    RegSetKeyValueW(HKEY_CLASSES_ROOT, (key + L"\\InprocServer32").c_str(), L"ThreadingModel", REG_SZ, L"Apartment",
-                    20);
-}
-
-void WriteBoth(bool present)
-{
-    WriteRegistration(part_browser_class_id, present);
-    WriteRegistration(picture_control_class_id, present);
-}
+Factory factories[2]{Factory(true), Factory(false)};
 
 } // namespace
+
+StandIn::StandIn()
+{
+    stand_in = this;
+    for (const char16_t* name : {u"ALPHA", u"BETA", u"GAMMA"}) {
+        script.list.push_back({name, u"SERVER1", u"FOLDER1", 15000, u"SPCC", u"M1", u"made of steel"});
+    }
+    script.selection = script.list;
+    script.On(BrowserOperation::GetCurrentServer, ControlResult(std::u16string(u"SERVER1")));
+    script.On(BrowserOperation::GetCurrentFolder, ControlResult(std::u16string(u"FOLDER1")));
+    script.filesByKind = {{part_data_kind, {u".iga"}}, {nct_data_kind, {u".NCD"}}};
+    script.On(BrowserOperation::ConnectServer, [](ControlScript::Arguments arguments) -> ControlResult {
+        return static_cast<std::int16_t>(std::get<std::u16string_view>(arguments[0].value) == u"SERVER1" ? -1 : 0);
+    });
+    OleInitialize(nullptr);
+    WNDCLASSW description{};
+    description.lpfnWndProc = WindowProcedure;
+    description.hbrBackground = GetSysColorBrush(COLOR_WINDOW);
+    description.lpszClassName = window_class;
+    RegisterClassW(&description);
+    Offer(true, true);
+}
+
+StandIn::~StandIn()
+{
+    Offer(false, false);
+    UnregisterClassW(window_class, nullptr);
+    OleUninitialize();
+}
+
+void StandIn::Offer(bool browser, bool picture)
+{
+    const ClassId ids[2]{part_browser_class_id, picture_control_class_id};
+    const bool wanted[2]{browser, picture};
+    for (std::size_t kind = 0; kind < 2; ++kind) {
+        if (wanted[kind] && offered[kind] == 0) {
+            CoRegisterClassObject(SystemClassId(ids[kind]), &factories[kind], CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE,
+                                  &offered[kind]);
+        } else if (!wanted[kind] && offered[kind] != 0) {
+            CoRevokeClassObject(std::exchange(offered[kind], 0));
+        }
+    }
+}
+
+void StandIn::Fire(long dispatch_id) const
+{
+    live_browser->Fire(dispatch_id);
+}
+
 } // namespace partkeep
 
-extern "C" StandIn* FreshStandIn()
-{
-    std::destroy_at(&state);
-    return std::construct_at(&state);
-}
-
+// The library that serves them to any host; it stays loaded.
 STDAPI DllGetClassObject(REFCLSID class_id, REFIID id, LPVOID* result)
 {
-    static Factory browser(true);
-    static Factory picture(false);
-    const bool is_browser = std::memcmp(&class_id, &part_browser_class_id, sizeof class_id) == 0;
-    return (is_browser ? browser : picture).QueryInterface(id, result);
-}
-
-STDAPI DllCanUnloadNow()
-{
-    return S_FALSE;
-}
-
-STDAPI DllRegisterServer()
-{
-    WriteBoth(true);
-    return S_OK;
-}
-
-STDAPI DllUnregisterServer()
-{
-    WriteBoth(false);
-    return S_OK;
-}
-
-extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID)
-{
-    if (reason == DLL_PROCESS_ATTACH) {
-        module_instance = instance;
-        WNDCLASSW description{};
-        description.lpfnWndProc = WindowProcedure;
-        description.hInstance = instance;
-        description.hbrBackground = GetSysColorBrush(COLOR_WINDOW);
-        description.lpszClassName = L"PartkeepStandIn";
-        RegisterClassW(&description);
-    }
-    return TRUE;
+    [[maybe_unused]] static const auto* served = new partkeep::StandIn;
+    const bool browser = class_id == partkeep::SystemClassId(partkeep::part_browser_class_id);
+    return partkeep::factories[browser ? 0 : 1].QueryInterface(id, result);
 }

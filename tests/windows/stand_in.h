@@ -1,4 +1,5 @@
-// What the stand-in controls play from, shared with a test in the same process: one script for both class ids.
+// Stands in for the two closed controls: in-process class objects under their class ids, whose controls have real
+// windows and play from one script. Linked into a test, or served by a library of its own.
 #pragma once
 
 #include "tests/support/scripted_control.h"
@@ -8,19 +9,22 @@
 namespace partkeep {
 
 struct StandIn {
-    StandIn();
+    StandIn(); // starts OLE on this thread; one at a time
+    ~StandIn();
+    StandIn(const StandIn&) = delete;
+    StandIn& operator=(const StandIn&) = delete;
+
+    void Offer(bool browser, bool picture); // both at the beginning
+    void Fire(long dispatch_id) const;      // from the browser that lives
 
     Recorder recorder; // each call that reached a control, with a note where its types were not the contract's
     ControlScript script{recorder};
     bool fireInsideCalls = false;
     int controls = 0; // of the component model, alive
     HWND browserWindow = nullptr;
-    void (*fire)(long dispatch_id) = nullptr; // an event of the browser that lives
+    DWORD offered[2]{}; // cookies of the class objects, 0 for none
+
+    static constexpr int row_height = 20; // a click on row i selects entry i of the list
 };
-
-inline constexpr int stand_in_row_height = 20; // a click on row i selects entry i of the list
-
-// Exported as "FreshStandIn": what it gives has its first state again. No control may live.
-using StandInFunction = StandIn* (*)();
 
 } // namespace partkeep
