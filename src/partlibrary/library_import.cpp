@@ -4,7 +4,6 @@
 #include "partlibrary/file_kinds.h"
 #include "partlibrary/library_writer.h"
 
-#include <QDir>
 #include <QFile>
 
 #include <filesystem>
@@ -46,20 +45,20 @@ std::optional<QByteArray> ReadWholeFile(const QString& path, LibraryProblem& pro
     return content;
 }
 
-bool AddSourceFile(const QString& path, const ImportOptions& options, SourceParts& parts, ImportReport& report,
+bool AddSourceFile(const fs::path& file, const ImportOptions& options, SourceParts& parts, ImportReport& report,
                    LibraryProblem& problem)
 {
-    const QFileInfo info(path);
-    const QString name = info.fileName();
+    const QString path = QString::fromStdString(file.string());
+    const QString name = QString::fromStdString(file.filename().string());
     const auto import_name = ParseImportName(name);
     if (!import_name) {
         report.skipped += path;
         return true;
     }
-    QString folder = QDir(options.source).relativeFilePath(info.path());
-    folder = folder == QLatin1String(".") ? QString() : folder.replace(u'/', u'\\');
-    SourcePart& part = parts[{JoinFolders(options.target, folder), import_name->part.toString()}];
-    if (!part.files.emplace(import_name->slot, path).second) {
+    // By text alone, as the path was put together: the source may be given relative to anything.
+    const fs::path inner = file.lexically_relative(options.source.toStdString()).parent_path();
+    const QString folder = JoinFolders(options.target, QString::fromStdString(inner.string()).replace(u'/', u'\\'));
+    if (!parts[{folder, import_name->part.toString()}].files.emplace(import_name->slot, path).second) {
         problem = {LibraryFault::BadInput, path, QStringLiteral("a second file of the same kind, beside letter case")};
         return false;
     }
@@ -73,11 +72,10 @@ bool CollectFiles(const ImportOptions& options, SourceParts& parts, ImportReport
     std::error_code error;
     fs::recursive_directory_iterator entry(options.source.toStdString(), error);
     for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-        const QString path = QString::fromStdString(entry->path().string());
         const fs::file_status status = entry->status(error);
         if (fs::is_other(status)) {
-            report.skipped += path; // a pipe or a device
-        } else if (!fs::is_directory(status) && !AddSourceFile(path, options, parts, report, problem)) {
+            report.skipped += QString::fromStdString(entry->path().string()); // a pipe or a device
+        } else if (!fs::is_directory(status) && !AddSourceFile(entry->path(), options, parts, report, problem)) {
             return false;
         }
     }

@@ -36,7 +36,9 @@ protected:
 
 TEST_F(LibraryTool, MakesFillsListsAndChecks)
 {
-    const std::string library = At("板金.kpl");
+    const std::string library = "板金.kpl";
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder_.Path()); // paths as an operator types them
     std::filesystem::create_directories(folder_.Path("in/sub"));
     WriteBytes(folder_.Path("in/P10.iga"), "a");
     WriteBytes(folder_.Path("in/P2.SY5"), "b");
@@ -44,7 +46,7 @@ TEST_F(LibraryTool, MakesFillsListsAndChecks)
     WriteBytes(folder_.Path("in/readme"), "d");
     WriteBytes(folder_.Path("t.csv"), "part,thickness,comment\nP2,1.5,first\n");
     EXPECT_EQ(Run({"create", library}), 0) << err_.str();
-    EXPECT_EQ(Run({"import", library, At("in"), "--into", "Top/2008", "--csv", At("t.csv")}), 0) << err_.str();
+    EXPECT_EQ(Run({"import", library, "in/", "--into", "Top/2008", "--csv", "t.csv"}), 0) << err_.str();
     EXPECT_EQ(out_.str(), "imported 3 parts with 3 files\n");
     EXPECT_NE(err_.str().find("readme: skipped"), std::string::npos);
     EXPECT_EQ(Run({"list", library}), 0);
@@ -55,6 +57,7 @@ TEST_F(LibraryTool, MakesFillsListsAndChecks)
     EXPECT_EQ(out_.str(), "Top\\2008\\sub\tカバー\t0.0000\t\t\t.iga\t\n");
     EXPECT_EQ(Run({"check", library}), 0);
     EXPECT_NE(out_.str().find("4 folders, 3 parts, 3 files"), std::string::npos) << out_.str();
+    std::filesystem::current_path(before);
 }
 
 TEST_F(LibraryTool, SaysInOneLineWhatIsWrong)
