@@ -109,7 +109,7 @@ private:
     {
         Pin();
     }
-    // Without a table the block itself keeps the name, see xml_block.h. An end is a position alone, and keeps nothing.
+    // Without a table the block itself keeps the name, see xml_block.h.
     void Pin()
     {
         if (block_ != nullptr && !table_) {
@@ -129,7 +129,7 @@ inline CXmlIterator CXmlElement::Begin() const
 
 inline CXmlIterator CXmlElement::End() const
 {
-    return CXmlIterator(node_ == nullptr ? XmlPosition() : XmlPosition{nullptr, LinkOf(node_)}, {}, nullptr);
+    return node_ == nullptr ? CXmlIterator() : CXmlIterator({nullptr, LinkOf(node_)}, table_, block_);
 }
 
 } // namespace partkeep

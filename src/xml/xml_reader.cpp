@@ -51,7 +51,7 @@ public:
     std::byte* Run();
 
 private:
-    // What came out of a start tag: a finished element, nothing, or one that is open for its children.
+    // What came out of a tag: a finished element, nothing, or, without a block here, one that is open for its children.
     struct Outcome {
         std::byte* block = nullptr;
         bool opened = false;
@@ -62,6 +62,7 @@ private:
     };
 
     void ParseDeclaration();
+    void TakeEncoding();
     std::byte* ParseElement();
     Outcome StartElement();
     Outcome OpenOrLeaf(std::byte* block);
@@ -108,12 +109,22 @@ void CXmlReader::ParseDeclaration()
     CXmlToken word = input_.ReadToken(XmlDeclWordSet);
     while (!input_.AtEnd() && !input_.HasFailed() && UpToNul(word) != ">") {
         if (UpToNul(word) == "encoding") {
-            input_.SkipTo('"', true);
-            SetCodePageFromName(CXmlString(input_.ReadToken(XmlDeclValueSet)), code_page_);
+            TakeEncoding();
         }
         input_.SkipSet(XmlDeclWordSet);
         word = input_.ReadToken(XmlDeclWordSet);
     }
+}
+
+// A name that found no memory must not pass for an unknown one: the document would be read in another code page.
+void CXmlReader::TakeEncoding()
+{
+    input_.SkipTo('"', true);
+    const CXmlString name(input_.ReadToken(XmlDeclValueSet));
+    if (name.IsNull()) {
+        input_.Fail();
+    }
+    SetCodePageFromName(name, code_page_);
 }
 
 // An element with all it holds; null for a comment or a malformed one. Nesting is kept in open_, not on the stack.
@@ -129,7 +140,12 @@ std::byte* CXmlReader::ParseElement()
         }
         outcome = input_.AtEnd() || input_.Peek() == '/' ? FinishElement() : StartElement();
     }
-    return outcome.opened ? nullptr : outcome.block;
+    // Nothing that came out when memory failed is sure to be whole: its name may be lost.
+    if (input_.HasFailed() && outcome.block != nullptr) {
+        DestroyBlock(outcome.block);
+        return nullptr;
+    }
+    return outcome.block;
 }
 
 // The input stands behind a "<".
@@ -150,7 +166,7 @@ CXmlReader::Outcome CXmlReader::StartElement()
     }
     std::byte* block = ParseAttributes();
     if (input_.HasFailed()) {
-        return {};
+        return {block};
     }
     const bool closed = input_.Peek() == '/';
     input_.SkipTo('>', true);
@@ -292,12 +308,15 @@ bool ReadXml(std::istream& stream, CXmlDocument& document)
     if (stream.fail()) {
         return false;
     }
-    CXmlElement root(CXmlReader(stream).Run());
-    if (root.IsEmpty()) {
-        return false;
+    // A stream that throws at its caller's wish does so when all is done: nothing may fly through half a document.
+    const std::ios_base::iostate thrown = stream.exceptions();
+    stream.exceptions(std::ios_base::goodbit);
+    const CXmlElement root(CXmlReader(stream).Run());
+    if (!root.IsEmpty()) {
+        document = root;
     }
-    document = root;
-    return true;
+    stream.exceptions(thrown);
+    return !root.IsEmpty();
 }
 
 } // namespace partkeep

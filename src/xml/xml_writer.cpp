@@ -185,7 +185,7 @@ void CXmlWriter::Flush()
 
 bool WriteXml(std::ostream& stream, const CXmlDocument& document)
 {
-    if (stream.fail() || document.IsEmpty()) {
+    if (stream.fail() || document.IsEmpty() || IsHolder(document.Node())) {
         return false;
     }
     return CXmlWriter(stream, document.pretty, document.indent).Write(document);

@@ -7,9 +7,9 @@
 
 namespace partkeep {
 
-// False when the stream had failed on entry or the document is empty, and nothing was written then; false also
-// when there is no memory, with only a part written. Whether the stream took it all is not looked at.
-// A text is written up to its first NUL.
+// False when the stream had failed on entry or the document is empty or stands on an attribute holder, and nothing
+// was written then; false also when there is no memory, with only a part written. Whether the stream took it all is
+// not looked at. A text is written up to its first NUL.
 bool WriteXml(std::ostream& stream, const CXmlDocument& document);
 
 } // namespace partkeep

@@ -5,9 +5,9 @@
 
 namespace watched_memory {
 
-// Every allocation from the `first`-th on fails, counted from 1 from now; only that one when `once` is set.
-// 0 stops the failing.
+// Every allocation from the `first`-th on fails, counted from 1 from now; only that one when `once` is set; none for 0.
 void FailFrom(std::size_t first, bool once);
+void StopFailing();
 
 // Allocations asked for since FailFrom.
 std::size_t Asked();

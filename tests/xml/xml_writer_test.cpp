@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "xml_test_support.h"
 
 using namespace partkeep;
@@ -11,20 +9,11 @@ namespace {
 
 TEST(XmlWriter, BreaksAndIndentsLinesByDepth)
 {
-    CXmlElement root("r", 65001);
-    root.AddAttribute("x", CXmlString("1"));
-    CXmlElement child = root.AppendChild(CXmlElement("c", 65001));
-    child.AddChild("leaf", true);
-    child.AppendChild(TextLeaf("text", ""));
-    root.AppendChild(CXmlElement("e", 65001)).AddAttribute("y", CXmlString("a<b"));
-    CXmlDocument document;
-    document = root;
+    CXmlDocument document = Read(Declared("<r x=\"1\"><c><leaf>t</leaf><text></text></c><e y=\"a<b\"/></r>"));
     std::ostringstream stream;
     ASSERT_TRUE(WriteXml(stream, document));
-    EXPECT_EQ(stream.str(), std::string(declaration) +
-                                "\n<r x=\"1\">\n  <c>\n    <leaf>true</leaf>\n    <text></text>\n"
-                                "  </c>\n  <e y=\"a<b\"/>\n</r>");
-    EXPECT_EQ(Write(CXmlElement("a", 65001), 1), std::string(declaration) + "\n<a/>");
+    EXPECT_EQ(stream.str(), Declared("\n<r x=\"1\">\n  <c>\n    <leaf>t</leaf>\n    <text></text>\n"
+                                     "  </c>\n  <e y=\"a<b\"/>\n</r>"));
     document.indent = 100;
     stream.str("");
     ASSERT_TRUE(WriteXml(stream, document));
@@ -33,23 +22,25 @@ TEST(XmlWriter, BreaksAndIndentsLinesByDepth)
 
 TEST(XmlWriter, NamesTheCodePageAndWritesBytesAsTheyAre)
 {
-    const std::string bytes = "\x95\x94<&\"]";
-    EXPECT_EQ(Write(TextLeaf("a", bytes, 932)), "<?xml version=\"1.0\" encoding=\"Shift-JIS\"?><a>" + bytes + "</a>");
+    EXPECT_EQ(Write(TextLeaf("a", "\x95\x94<&\"]", 932)),
+              "<?xml version=\"1.0\" encoding=\"Shift-JIS\"?><a>\x95\x94<&\"]</a>");
     EXPECT_EQ(Write(CXmlElement("a", 1252)), "<?xml version=\"1.0\" encoding=\"\"?><a/>");
-    EXPECT_EQ(Show(TextLeaf("a", {"b\0c", 3})), "<a>b</a>") << "up to the NUL";
     const std::string longer(100'000, 'x');
-    EXPECT_EQ(Show(TextLeaf("a", longer)), "<a>" + longer + "</a>");
+    EXPECT_TRUE(Show(TextLeaf("a", longer)) == "<a>" + longer + "</a>");
 }
 
-TEST(XmlWriter, RefusesAFailedStreamAndAnEmptyDocument)
+TEST(XmlWriter, WritesNothingOfWhatIsNoDocument)
 {
+    CXmlElement root("a", 65001);
+    root.AddAttribute("x", CXmlString("1"));
     CXmlDocument document;
     std::ostringstream stream;
     EXPECT_FALSE(WriteXml(stream, document));
-    document = CXmlElement("a", 65001);
+    document = root.GetAttributes();
+    EXPECT_FALSE(WriteXml(stream, document));
+    document = root;
     stream.setstate(std::ios_base::failbit);
     EXPECT_FALSE(WriteXml(stream, document));
-    stream.clear();
     EXPECT_EQ(stream.str(), "");
 }
 
