@@ -109,12 +109,14 @@ TEST_F(Component, HoldsItsResourcesByNumberAndLanguage)
             EXPECT_EQ(found, row.languages) << number;
         }
     }
-    HGLOBAL version = LoadResource(library, FindResourceW(library, MAKEINTRESOURCEW(1), RT_VERSION));
-    const auto* fixed = static_cast<const VS_FIXEDFILEINFO*>(
-        static_cast<const void*>(static_cast<const char*>(LockResource(version)) + 40)); // behind length and key
-    EXPECT_EQ(fixed->dwSignature, 0xFEEF04BDU);
-    EXPECT_EQ((std::vector{fixed->dwFileVersionMS, fixed->dwFileVersionLS}), (std::vector<DWORD>{0x10000, 0x2000A}));
-    EXPECT_EQ((std::vector{fixed->dwProductVersionMS, fixed->dwProductVersionLS}), (std::vector<DWORD>{0x10000, 1}));
+    const auto words = [this](const wchar_t* type, WORD number, std::size_t from, std::size_t count) {
+        HRSRC found = FindResourceW(library, MAKEINTRESOURCEW(number), type);
+        const auto* first = static_cast<const WORD*>(LockResource(LoadResource(library, found))) + from;
+        return std::vector<WORD>(first, first + std::min<std::size_t>(count, SizeofResource(library, found) / 2));
+    };
+    EXPECT_EQ(words(MAKEINTRESOURCEW(241), 212, 0, 99), (std::vector<WORD>{1, 16, 15, 4, 32773, 32774, 32775, 32776}));
+    // Behind length, key and signature: version of the structure, of the file, of the product.
+    EXPECT_EQ(words(RT_VERSION, 1, 22, 10), (std::vector<WORD>{0, 1, 0, 1, 10, 2, 0, 1, 1, 0}));
 }
 
 TEST_F(Component, FactoryIsKeptAndHoldsNothing)

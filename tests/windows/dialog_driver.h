@@ -17,16 +17,13 @@
 
 namespace partkeep {
 
-[[nodiscard]] inline std::wstring TextOf(HWND window)
+// Of the window itself, or of a control in it.
+[[nodiscard]] inline std::wstring TextOf(HWND window, int control = 0)
 {
     std::array<wchar_t, 512> text{};
-    SendMessageW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
+    HWND holder = control != 0 ? GetDlgItem(window, control) : window;
+    SendMessageW(holder, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
     return text.data();
-}
-
-[[nodiscard]] inline std::wstring TextOf(HWND dialog, int control)
-{
-    return TextOf(GetDlgItem(dialog, control));
 }
 
 [[nodiscard]] inline COLORREF ColorAt(HWND window, int x, int y)
@@ -68,11 +65,11 @@ public:
     }
 
     // The visible top-level window of the test's thread with this title.
-    HWND Window(const std::wstring& title)
+    HWND Window(const std::wstring& caption)
     {
         HWND found = nullptr;
         Until("a window", [&] {
-            ForEachVisible([&](HWND window) { found = TextOf(window) == title ? window : found; });
+            ForEachVisible([&](HWND window) { found = TextOf(window) == caption ? window : found; });
             return found != nullptr;
         });
         return found;
@@ -92,49 +89,38 @@ public:
     void WaitForFocus(HWND dialog, int control)
     {
         HWND wanted = GetDlgItem(dialog, control);
-        Until("the focus", [&] { return Focused() == wanted || IsChild(wanted, Focused()); });
+        Until("the focus", [=, this] { return Focused() == wanted || IsChild(wanted, Focused()); });
     }
     void Key(WORD key) { PostMessageW(Focused(), WM_KEYDOWN, key, 1); } // to the window with the focus
     void Leave(HWND dialog, WORD key)
     {
         Key(key);
-        WaitForEnd(dialog);
-    }
-    void WaitForEnd(HWND window)
-    {
-        Until("the end of a window", [=] { return !IsWindow(window); });
+        Until("the end of a window", [=] { return !IsWindow(dialog); });
     }
 
-    // The modifier is really down until the condition holds. A window that has just come gets the keyboard's real
-    // state late, which lets it up again.
-    void KeyWith(WORD modifier, WORD key, const std::function<bool()>& condition)
+    // Control is really down until the condition holds. A window that has just come gets the keyboard's real state
+    // late, which lets it up again.
+    void KeyWithControl(WORD key, const std::function<bool()>& condition)
     {
-        const auto send = [modifier](DWORD flags) {
-            INPUT input{};
-            input.type = INPUT_KEYBOARD;
-            input.ki.wVk = modifier;
-            input.ki.dwFlags = flags;
-            SendInput(1, &input, sizeof input);
-        };
         Until("the effect of two keys", [&] {
-            send(0);
+            keybd_event(VK_CONTROL, 0, 0, 0);
             Key(key);
             std::this_thread::sleep_for(pause);
             return condition();
         });
-        send(KEYEVENTF_KEYUP);
+        keybd_event(VK_CONTROL, 0, KEYEVENTF_KEYUP, 0);
     }
 
     // Answers the message box with this title and gives its text.
-    std::wstring AnswerMessage(const std::wstring& title)
+    std::wstring AnswerMessage(const std::wstring& caption)
     {
         constexpr int text_control = 0xFFFF;
-        HWND box = Window(title);
+        HWND box = Window(caption);
         Until("the message's text", [&] { return GetDlgItem(box, text_control) != nullptr; });
         const std::wstring text = TextOf(box, text_control);
         SavePicture(box, "message");
         PostMessageW(box, WM_COMMAND, IDOK, 0);
-        WaitForEnd(box);
+        Until("the end of a message", [=] { return !IsWindow(box); });
         return text;
     }
 
@@ -158,19 +144,15 @@ public:
     }
 
 private:
-    using Visitor = std::function<void(HWND)>;
     static constexpr auto pause = std::chrono::milliseconds(10);
 
-    static BOOL CALLBACK VisitVisible(HWND window, LPARAM visitor)
+    void ForEachVisible(const std::function<void(HWND)>& visit) const
     {
-        if (IsWindowVisible(window)) {
-            (*reinterpret_cast<const Visitor*>(visitor))(window);
+        for (HWND window = GetTopWindow(nullptr); window != nullptr; window = GetWindow(window, GW_HWNDNEXT)) {
+            if (GetWindowThreadProcessId(window, nullptr) == thread_ && IsWindowVisible(window)) {
+                visit(window);
+            }
         }
-        return TRUE;
-    }
-    void ForEachVisible(const Visitor& visitor) const
-    {
-        EnumThreadWindows(thread_, VisitVisible, reinterpret_cast<LPARAM>(&visitor));
     }
     [[nodiscard]] HWND Focused() const // on the test's thread
     {

@@ -40,23 +40,5 @@ TEST(GdiDeviceContext, ShowsEverySamplePixelForPixel)
     ExpectShowsAsRaster(DibSamples().first(DibSamples().size() - 1), PaintWithGdi);
 }
 
-TEST(GdiDeviceContext, FillsAndSelects)
-{
-    const TestBlock block(MakeSampleFile(DibSamples()[14]).bytes); // five colours
-    GdiPalette palette;
-    ASSERT_NE(CreateDIBPalette(block.handle, &palette), 0);
-    EXPECT_EQ(GetPaletteEntries(static_cast<HPALETTE>(palette.Handle()), 0, 0, nullptr), 5U);
-    Picture shown = PaintWithGdi(4, 4, [&palette](IDeviceContext& context) {
-        PaletteHandle before = context.SelectPalette(palette.Handle(), true);
-        EXPECT_NE(before, nullptr);
-        EXPECT_EQ(context.SelectPalette(before, true), palette.Handle());
-        context.FillSolidRect({1, 1, 3, 2}, 0x030201);
-    });
-    EXPECT_EQ(shown.At(1, 1), 0x010203U);
-    EXPECT_EQ(shown.At(2, 1), 0x010203U);
-    EXPECT_EQ(shown.At(3, 1), untouched);
-    EXPECT_EQ(shown.At(1, 2), untouched);
-}
-
 } // namespace
 } // namespace partkeep

@@ -7,13 +7,20 @@ build=$(readlink -f "$1")
 examples=$(readlink -f "$here/../../examples/windows")
 . "$here/wine_env.sh"
 work=$(mktemp -d "${TMPDIR:-/tmp}/partkeephosts-XXXXXX") # its path must hold no dot
-trap 'rm -rf "$work"' EXIT
+trap 'clean_up; rm -rf "$work"' EXIT
 
 component="$build/src/host/component/ORVICPartkeepRead.DLL"
 stand_in="$build/tests/windows/PartkeepStandIn.dll"
 windows_path() { echo "Z:${1//\//\\}"; } # a script host takes a path that begins with a slash for a switch
 script=$(windows_path "$examples/partkeep.vbs")
+controls='{4C1CDCBC-4146-4EFC-9693-AE6800752C57} {DBE2F81A-E533-4E67-A6CD-A05F41A9627E}'
 run() { timeout -k 2 60 wine "$@" </dev/null 2>/dev/null | tr -d '\r'; }
+clean_up() {
+    for control in $controls; do
+        run reg delete "HKCR\\CLSID\\$control" /f >/dev/null || true
+    done
+    run reg delete 'HKLM\software\Velmar\ORVIC' /f >/dev/null || true
+}
 fail() {
     echo "hosts: $*" >&2
     exit 1
@@ -53,7 +60,6 @@ one="ALPHA${tab}1${tab}SPCC${tab}15000${tab}$folder\\ALPHA.iga"
 mkdir "$work/install"
 printf 'SERVER1\r\nFOLDER1\r\nmetric\r\nSERVER1\r\n-9999\r\n0\r\n' >"$work/install/kpdservers.ini"
 run reg add 'HKLM\software\Velmar\ORVIC' /v installpath /d "$(windows_path "$work/install")" /f >/dev/null
-controls='{4C1CDCBC-4146-4EFC-9693-AE6800752C57} {DBE2F81A-E533-4E67-A6CD-A05F41A9627E}'
 for control in $controls; do
     run reg add "HKCR\\CLSID\\$control\\InprocServer32" /ve /d "$(windows_path "$stand_in")" /f >/dev/null
 done
@@ -114,8 +120,4 @@ mkdir "$work/beside"
 cp "$component" "$build/examples/windows/pick_parts.exe" "$examples"/*.manifest "$work/beside"
 expect "picked by manifest" "$three" "$(picked "$work/beside/pick_parts.exe" "$folder")"
 
-for control in $controls; do
-    run reg delete "HKCR\\CLSID\\$control" /f >/dev/null
-done
-run reg delete 'HKLM\software\Velmar\ORVIC' /f >/dev/null
 echo "hosts: all as expected"

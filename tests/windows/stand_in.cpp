@@ -278,28 +278,27 @@ StandIn::StandIn()
     description.hbrBackground = GetSysColorBrush(COLOR_WINDOW);
     description.lpszClassName = window_class;
     RegisterClassW(&description);
-    Offer(true, true);
+    Offer(Browser);
+    Offer(Picture);
 }
 
 StandIn::~StandIn()
 {
-    Offer(false, false);
+    Withdraw(Browser);
+    Withdraw(Picture);
     UnregisterClassW(window_class, nullptr);
     OleUninitialize();
 }
 
-void StandIn::Offer(bool browser, bool picture)
+void StandIn::Offer(Kind kind)
 {
-    const ClassId ids[2]{part_browser_class_id, picture_control_class_id};
-    const bool wanted[2]{browser, picture};
-    for (std::size_t kind = 0; kind < 2; ++kind) {
-        if (wanted[kind] && offered[kind] == 0) {
-            CoRegisterClassObject(SystemClassId(ids[kind]), &factories[kind], CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE,
-                                  &offered[kind]);
-        } else if (!wanted[kind] && offered[kind] != 0) {
-            CoRevokeClassObject(std::exchange(offered[kind], 0));
-        }
-    }
+    const CLSID id = SystemClassId(kind == Browser ? part_browser_class_id : picture_control_class_id);
+    CoRegisterClassObject(id, &factories[kind], CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &offered[kind]);
+}
+
+void StandIn::Withdraw(Kind kind)
+{
+    CoRevokeClassObject(std::exchange(offered[kind], 0));
 }
 
 void StandIn::Fire(long dispatch_id) const

@@ -14,8 +14,10 @@ struct StandIn {
     StandIn(const StandIn&) = delete;
     StandIn& operator=(const StandIn&) = delete;
 
-    void Offer(bool browser, bool picture); // both at the beginning
-    void Fire(long dispatch_id) const;      // from the browser that lives
+    enum Kind { Browser, Picture };
+    void Offer(Kind kind); // both are at the beginning
+    void Withdraw(Kind kind);
+    void Fire(long dispatch_id) const; // from the browser that lives
 
     Recorder recorder; // each call that reached a control, with a note where its types were not the contract's
     ControlScript script{recorder};

@@ -1,7 +1,6 @@
 // The three dialogs with real windows and real input, over the stand-in controls, and the container by itself.
 
 #include "host/partkeep_read_impl.h"
-#include "platform/memory_block.h"
 #include "platform/windows/hosted_control.h"
 #include "platform/windows/live_counts.h"
 #include "platform/windows/site_window.h"
@@ -9,6 +8,7 @@
 #include "platform/windows/win_messages.h"
 #include "resources/resource_ids.h"
 #include "settings/process_values.h"
+#include "tests/selection/selection_run.h"
 #include "tests/support/dialog_window_suite.h"
 #include "tests/support/memory_registry.h"
 #include "tests/support/temporary_folder.h"
@@ -32,10 +32,12 @@ constexpr wchar_t message_title[] = L"Kolvyn PartkeepRead";
 // The host: a window that is active on the thread, the controls installed, a folder for everything.
 class WindowsDialogs : public testing::Test {
 protected:
+    using Action = std::function<void()>;
     using User = std::function<void(DialogDriver&, HWND)>;
 
     WindowsDialogs()
     {
+        SetWindowLongPtrW(host, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(HostProcedure));
         RegisterSiteWindows(module);
         std::filesystem::create_directories(folder.Path("Work"));
         registry.Set(u"HKLM\\software\\Velmar\\ORVIC", u"installpath", folder.Core());
@@ -48,16 +50,29 @@ protected:
         DestroyWindow(host);
         UnregisterSiteWindows(module);
         TheProcessValues() = {};
-        EXPECT_EQ(TheLiveCounts().windows, 0);
-        EXPECT_EQ(TheLiveCounts().com_objects, 0);
-        EXPECT_EQ(TheLiveCounts().gdi_objects, 0);
-        EXPECT_EQ(stand_in.controls, 0);
+        const auto& [windows_left, gdi_objects_left, com_objects_left] = TheLiveCounts();
+        EXPECT_EQ((std::array<int, 4>{windows_left, gdi_objects_left, com_objects_left, stand_in.controls}),
+                  (std::array<int, 4>{}));
     }
 
     void ClickRow(int row) const { DialogDriver::Click(stand_in.browserWindow, 5, row * StandIn::row_height + 2); }
+    static LRESULT CALLBACK HostProcedure(HWND window, UINT message, WPARAM word, LPARAM value)
+    {
+        if (message == WM_APP) {
+            (*reinterpret_cast<const Action*>(value))();
+        }
+        return message == WM_APP ? 0 : DefWindowProcW(window, message, word, value);
+    }
+    // On the thread of the dialogs, between two of their messages: what the user and they have in common.
+    void Between(const Action& action) const
+    {
+        SendMessageTimeoutW(host, WM_APP, 0, reinterpret_cast<LPARAM>(&action), SMTO_NORMAL, 5000, nullptr);
+    }
     [[nodiscard]] bool Called(const std::string& line) const
     {
-        return std::ranges::find(stand_in.recorder.lines, line) != stand_in.recorder.lines.end();
+        bool called = false;
+        Between([&] { called = std::ranges::count(stand_in.recorder.lines, line) != 0; });
+        return called;
     }
     HostResult Run(bool multi, const User& user)
     {
@@ -178,7 +193,7 @@ TEST_F(WindowsDialogs, CtrlASelectsAllInMultiSelectionOnly)
         stand_in.recorder.lines.clear();
         Run(multi, [&](DialogDriver& driver, HWND dialog) {
             driver.WaitForFocus(dialog, RES_BROWSER);
-            driver.KeyWith(VK_CONTROL, 'A', [&] { return Called(multi ? "SelectAllParts(1)" : "key 65"); });
+            driver.KeyWithControl('A', [&] { return Called(multi ? "SelectAllParts(1)" : "key 65"); });
             driver.Leave(dialog, VK_ESCAPE);
         });
         EXPECT_EQ(Called("SelectAllParts(1)"), multi);
@@ -188,11 +203,14 @@ TEST_F(WindowsDialogs, CtrlASelectsAllInMultiSelectionOnly)
 TEST_F(WindowsDialogs, TabWalksThroughTheBrowserAndBack)
 {
     Run(false, [&](DialogDriver& driver, HWND dialog) {
-        stand_in.script.On(BrowserOperation::MoveFocus, ControlResult(std::int16_t{1}));
+        const auto answer = [this](std::int16_t number) {
+            Between([=, this] { stand_in.script.On(BrowserOperation::MoveFocus, ControlResult(number)); });
+        };
+        answer(1);
         driver.Key(VK_TAB); // the browser keeps it
         driver.Until("the first answer", [&] { return Called("MoveFocus(1)"); });
         driver.WaitForFocus(dialog, RES_BROWSER);
-        stand_in.script.On(BrowserOperation::MoveFocus, ControlResult(std::int16_t{0}));
+        answer(0);
         driver.Key(VK_TAB);
         driver.WaitForFocus(dialog, RES_UNIT);
         driver.Focus(dialog, RES_LOAD);
@@ -297,7 +315,9 @@ TEST_F(WindowsDialogs, ClicksShowPicturesAndTheOwnPanelDecodesPng)
     stand_in.script.previewTitle = u"preview";
     for (const bool own_panel : {false, true}) {
         stand_in.script.images = {{"2D", PlainBitmap(-1, 0)}, {"3D", PlainBitmap(0, -1)}};
-        stand_in.Offer(true, !own_panel);
+        if (own_panel) {
+            stand_in.Withdraw(StandIn::Picture);
+        }
         Run(false, [&](DialogDriver& driver, HWND dialog) {
             const int row = PlaceOf(GetDlgItem(dialog, RES_PICTURE)).top + 40;
             const auto shows = [&](int x, COLORREF color) {
@@ -309,7 +329,7 @@ TEST_F(WindowsDialogs, ClicksShowPicturesAndTheOwnPanelDecodesPng)
             EXPECT_EQ(TextOf(dialog, RES_PART_NAME), L"ALPHA");
             driver.SavePicture(dialog, "pictures");
             WriteBytes(picture, png);
-            stand_in.script.images["PNG"] = "PNG";
+            Between([this] { stand_in.script.images["PNG"] = "PNG"; });
             ClickRow(1);
             driver.Until("the picture's place", [&] { return IsWindowVisible(GetDlgItem(dialog, RES_PICTURE)) != 0; });
             const RECT place = PlaceOf(GetDlgItem(dialog, RES_PICTURE), true);
@@ -322,7 +342,7 @@ TEST_F(WindowsDialogs, ClicksShowPicturesAndTheOwnPanelDecodesPng)
                 const std::string path = Quoted(folder.Core(u"Work") + u"\\Lumora_ForPNG\\preview.PNG");
                 driver.Until("the path", [&] { return Called("put 1 " + path); });
             }
-            stand_in.script.images.erase("PNG");
+            Between([this] { stand_in.script.images.erase("PNG"); });
             ClickRow(9);
             shows(30, GetSysColor(COLOR_3DFACE));
             driver.Leave(dialog, VK_ESCAPE);
@@ -332,7 +352,7 @@ TEST_F(WindowsDialogs, ClicksShowPicturesAndTheOwnPanelDecodesPng)
 
 TEST_F(WindowsDialogs, NoBrowserGivesAMessageAndADialogThatCloses)
 {
-    stand_in.Offer(false, false);
+    stand_in.Withdraw(StandIn::Browser);
     const DialogDriver driver([&](DialogDriver& played) {
         EXPECT_EQ(played.AnswerMessage(L"Kolvyn"), L"Partkeep cannot be started");
         HWND dialog = played.Window(selection_title);
@@ -397,17 +417,6 @@ TEST_F(WindowsDialogs, NoControlIsMadeWhereItsPointersWouldBeMarshalled)
         EXPECT_EQ(controls.CreateHidden(part_browser_class_id, 1, 10, 10), nullptr);
         CoUninitialize();
     }).join();
-}
-
-// How many more blocks there is room for.
-std::size_t RoomForBlocks()
-{
-    std::vector<MemoryHandle> blocks;
-    while (MemoryHandle block = AllocateBlock(1)) {
-        blocks.push_back(block);
-    }
-    std::ranges::for_each(blocks, FreeBlock);
-    return blocks.size();
 }
 
 // More often than the table of drawing objects has room for a leak of one each time.

@@ -10,6 +10,8 @@ namespace {
 
 constexpr WORD palette_version = 0x300;
 
+static_assert(sizeof(PaletteEntry) == sizeof(PALETTEENTRY)); // four bytes in the same order
+
 const BITMAPINFO* HeaderOf(const DibView& bitmap)
 {
     return reinterpret_cast<const BITMAPINFO*>(bitmap.header.data());
