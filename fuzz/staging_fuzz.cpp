@@ -1,7 +1,7 @@
 // Names of staged files against the plain model. The input is a path and a part name, parted by the first zero
 // byte, each byte standing for a unit of the model's alphabet.
 #include "partdata/staged_names.h"
-#include "tests/partdata/staging_model.h"
+#include "staging_model.h"
 
 #include <algorithm>
 #include <cstdint>

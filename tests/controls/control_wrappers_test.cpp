@@ -64,8 +64,8 @@ const std::vector<Row> rows{
     {SelectAllParts, "(1)", [](Manager& m) { return m.SelectAllParts(1); }},
 };
 
-// What a member makes of the number that a control gives; 0 stands for no control too.
-Result Expected(ControlType type, std::int32_t number)
+// What a control gives for a number, and with true as 1 what a member makes of it; 0 stands for no control too.
+ControlResult Given(ControlType type, std::int32_t number)
 {
     switch (type) {
     case ControlType::Text:
@@ -74,19 +74,15 @@ Result Expected(ControlType type, std::int32_t number)
         return number;
     case ControlType::None:
         return {};
-    case ControlType::Bool:
-        return number != 0;
     default:
         return static_cast<std::int16_t>(number);
     }
 }
 
-ControlResult Given(ControlType type, std::int32_t number)
+Result Expected(ControlType type, std::int32_t number)
 {
-    if (type == ControlType::Text) {
-        return std::u16string(u"text");
-    }
-    return type == ControlType::Int32 ? ControlResult(number) : ControlResult(static_cast<std::int16_t>(number));
+    return type == ControlType::Bool ? Result(number != 0)
+                                     : std::visit([](const auto& value) { return Result(value); }, Given(type, number));
 }
 
 TEST(KpdKeyManager, EachMemberCallsAsTheContractTells)
@@ -144,27 +140,26 @@ TEST(KpdKeyManager, EndsTextsThatAControlFillsToTheBrim)
     EXPECT_EQ(std::strlen(filled.comment.data()), long_text_bytes - 1);
 }
 
-// A control that keeps one text and shows what it was asked with.
-struct PathControl : IHostedControl {
+// Notes each call by dispatch id and kind, with the types of its arguments and its result.
+struct NotingControl : IHostedControl {
+    explicit NotingControl(std::string& noted) : calls(noted) {}
     ControlResult Invoke(std::int32_t id, InvokeKind kind, std::span<const ControlArgument> arguments,
                          ControlType result) override
     {
-        const auto type = arguments.empty() ? ControlType::None : arguments[0].type;
-        if (id == 1 && kind == InvokeKind::PropertyPut && type == ControlType::Text && result == ControlType::None) {
-            path = std::get<std::u16string_view>(arguments[0].value);
-        } else if (id == 1 && kind == InvokeKind::PropertyGet && arguments.empty() && result == ControlType::Text) {
-            return path;
-        } else if (id == 2 && kind == InvokeKind::Method && type == ControlType::Unknown &&
-                   result == ControlType::Int16) {
-            return std::int16_t{std::get<void*>(arguments[0].value) == this};
-        } else if (id == -552 && kind == InvokeKind::Method && arguments.empty() && result == ControlType::None) {
-            path = u"about";
+        calls += (kind == InvokeKind::Method        ? "method "
+                  : kind == InvokeKind::PropertyGet ? "get "
+                                                    : "put ") +
+                 std::to_string(id) + " (";
+        for (const ControlArgument& argument : arguments) {
+            calls += std::to_string(static_cast<int>(argument.type));
         }
-        return {};
+        calls += ") " + std::to_string(static_cast<int>(result)) + "; ";
+        const bool object = id == 2 && std::get<void*>(arguments[0].value) == this;
+        return result == ControlType::Text ? ControlResult(u"path") : std::int16_t{object};
     }
     void SetEventSink(std::function<void(std::int32_t)>) override {}
 
-    std::u16string path;
+    std::string& calls;
 };
 
 TEST(ZanPicCtrl, EachMemberCallsAsTheContractTells)
@@ -172,14 +167,15 @@ TEST(ZanPicCtrl, EachMemberCallsAsTheContractTells)
     CzXZanPicCtrl picture;
     picture.SetImagePath(u"");
     EXPECT_EQ(picture.GetImagePath(), u"") << "no control";
-    auto control = std::make_unique<PathControl>();
+    std::string calls;
+    auto control = std::make_unique<NotingControl>(calls);
     void* object = control.get();
     picture.Attach(std::move(control));
     picture.SetImagePath(u"C:\\P1.PNG");
-    EXPECT_EQ(picture.GetImagePath(), u"C:\\P1.PNG");
+    EXPECT_EQ(picture.GetImagePath(), u"path");
     EXPECT_EQ(picture.SecondOperation(object), 1);
     picture.AboutBox();
-    EXPECT_EQ(picture.GetImagePath(), u"about");
+    EXPECT_EQ(calls, "put 1 (8) 0; get 1 () 8; method 2 (13) 2; method -552 () 0; ");
 }
 
 } // namespace

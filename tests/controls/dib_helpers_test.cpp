@@ -58,44 +58,6 @@ TEST(DibHelpers, ReadBothKindsOfHeader)
     }
 }
 
-TEST(PlainDecoder, AgreesWithBitmapsDecodedByHand)
-{
-    using Bytes = std::vector<unsigned>;
-    struct Row {
-        DibSample sample;
-        Bytes pixels;
-        std::vector<std::uint32_t> colors; // of the bottom row; the table counts 0x010101, 0x020202, ...
-    };
-    constexpr auto gone = untouched;
-    for (const Row& row : std::initializer_list<Row>{
-             {{"bits from the top", 1}, {0xA0}, {0x020202, 0x010101, 0x020202, 0x010101}},
-             {{"upper half first", 4}, {0x3E}, {0x040404, 0x0F0F0F}},
-             {{"beyond the table", 4, 40, 7, DibCompression::None, {}, 3}, {0x23}, {0x030303, 0}},
-             {{"5 5 5", 16}, {0x34, 0x12}, {0x218CA5}},
-             {{"blue first", 24}, {1, 2, 3}, {0x030201}},
-             {{"fourth byte unused", 32}, {1, 2, 3, 0xFF}, {0x030201}},
-             {{"5 6 5", 16, 40, 7, DibCompression::BitFields, {0xF800, 0x7E0, 0x1F}}, {0x34, 0x12}, {0x1045A5}},
-             {{"run, skip, literal", 8, 40, 7, DibCompression::Rle8},
-              {2, 5, 0, 2, 1, 0, 0, 3, 7, 8, 9, 0, 1, 6},
-              {0x060606, 0x060606, gone, 0x080808, 0x090909, 0x0A0A0A, 0x070707}},
-             {{"run of two in turn", 4, 40, 7, DibCompression::Rle4},
-              {3, 0x12, 0, 3, 0x45, 0x60, 0, 1},
-              {0x020202, 0x030303, 0x020202, 0x050505, 0x060606, 0x070707, gone}},
-         }) {
-        SampleFile file = MakeSampleFile(row.sample);
-        for (std::size_t at = 0; row.sample.bits <= 8 && at < file.pixel_offset - 54; ++at) {
-            file.bytes[54 + at] = static_cast<std::byte>(at / 4 + 1);
-        }
-        for (std::size_t at = 0; at < row.pixels.size(); ++at) {
-            file.bytes[file.pixel_offset + at] = static_cast<std::byte>(row.pixels[at]);
-        }
-        Picture picture = DecodePlainly(file.View());
-        for (std::size_t x = 0; x < row.colors.size(); ++x) {
-            EXPECT_EQ(picture.At(static_cast<int>(x), 6), row.colors[x]) << row.sample.label << ' ' << x;
-        }
-    }
-}
-
 TEST(PaintDib, ShowsEverySamplePixelForPixel)
 {
     for (const DibSample& sample : DibSamples()) {

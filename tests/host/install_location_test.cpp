@@ -10,56 +10,48 @@ namespace {
 const std::u16string orvic_key = u"HKLM\\software\\Velmar\\ORVIC";
 const std::u16string sibling_key = u"HKCU\\Software\\Classes\\Ferrin.FerrinDataSelectionDialog\\CLSID\\";
 
-std::u16string ServerKey(const std::u16string& class_id)
-{
-    return u"HKCU\\Software\\Classes\\CLSID\\" + class_id + u"\\InprocServer32\\";
-}
-
-struct LookupCase {
-    const char* label;
-    std::optional<std::u16string> install_path; // nothing: the key has no such value
-    bool install_key;
-    std::optional<std::u16string> class_id; // nothing: the key is absent
-    std::optional<std::u16string> code_base;
-    std::u16string found;
-};
-
 TEST(InstallLocation, IsLookedUpTheTwoWaysInTheirOrder)
 {
     const std::u16string id = u"{11111111-2222-3333-4444-555555555555}";
     const std::u16string module = u"C:\\Ferrin\\Sel.dll";
     const std::u16string longest(255, u'x');
     const std::u16string too_long(256, u'x');
-    const LookupCase cases[] = {
-        {"install path wins", u"C:\\ORVIC", true, id, module, u"C:\\ORVIC"},
-        {"taken unchanged", u"C:\\ORVIC\\", true, {}, {}, u"C:\\ORVIC\\"},
-        {"key absent", {}, false, id, module, u"C:\\Ferrin"},
-        {"value absent", {}, true, id, module, u"C:\\Ferrin"},
-        {"value empty", u"", true, id, module, u"C:\\Ferrin"},
-        {"255 characters pass", longest, true, id, module, longest},
-        {"256 do not", too_long, true, id, module, u"C:\\Ferrin"},
-        {"nothing anywhere", {}, false, {}, {}, u""},
-        {"no sibling path", {}, true, id, {}, u""},
-        {"no backslash", {}, true, id, u"Sel.dll", u""},
-        {"long class id is not usable", {}, true, too_long, module, u""},
-        {"long code base is not usable", {}, true, id, u"C:\\" + too_long, u""},
-        {"scheme is no path", {}, true, id, u"file:///C:/Ferrin/Sel.dll", u""},
+    const std::u16string no_key = u"no key";
+    const std::u16string no_value = u"no value";
+    const struct {
+        const char* label;
+        std::u16string install_path;
+        std::u16string class_id;
+        std::u16string code_base;
+        std::u16string found;
+    } cases[] = {
+        {"install path wins", u"C:\\ORVIC", id, module, u"C:\\ORVIC"},
+        {"taken unchanged", u"C:\\ORVIC\\", no_key, no_value, u"C:\\ORVIC\\"},
+        {"key absent", no_key, id, module, u"C:\\Ferrin"},
+        {"value absent", no_value, id, module, u"C:\\Ferrin"},
+        {"value empty", u"", id, module, u"C:\\Ferrin"},
+        {"255 characters pass", longest, id, module, longest},
+        {"256 do not", too_long, id, module, u"C:\\Ferrin"},
+        {"nothing anywhere", no_key, no_key, no_value, u""},
+        {"no sibling path", no_value, id, no_value, u""},
+        {"no backslash", no_value, id, u"Sel.dll", u""},
+        {"long class id is not usable", no_value, too_long, module, u""},
+        {"long code base is not usable", no_value, id, u"C:\\" + too_long, u""},
+        {"scheme is no path", no_value, id, u"file:///C:/Ferrin/Sel.dll", u""},
     };
-    for (const LookupCase& row : cases) {
+    for (const auto& row : cases) {
         SCOPED_TRACE(row.label);
         CMemoryRegistry registry;
-        if (row.install_key) {
-            registry.keys[orvic_key];
-        }
-        if (row.install_path) {
-            registry.Set(orvic_key, u"installpath", *row.install_path);
-        }
-        if (row.class_id) {
-            registry.Set(sibling_key, u"", *row.class_id);
-        }
-        if (row.class_id && row.code_base) {
-            registry.Set(ServerKey(*row.class_id), u"CodeBase", *row.code_base);
-        }
+        const auto set = [&](const std::u16string& key, const std::u16string& name, const std::u16string& value) {
+            if (value == no_value) {
+                registry.keys[key];
+            } else if (value != no_key) {
+                registry.Set(key, name, value);
+            }
+        };
+        set(orvic_key, u"installpath", row.install_path);
+        set(sibling_key, u"", row.class_id);
+        set(u"HKCU\\Software\\Classes\\CLSID\\" + row.class_id + u"\\InprocServer32\\", u"CodeBase", row.code_base);
         EXPECT_EQ(FindInstallFolder(registry), row.found);
     }
 }

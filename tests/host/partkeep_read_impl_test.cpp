@@ -8,17 +8,10 @@
 #include "tests/support/scripted_window.h"
 #include "tests/support/temporary_folder.h"
 
-#include <gtest/gtest.h>
-
 namespace partkeep {
 namespace {
 
-class NoControls : public IHiddenControls {
-public:
-    std::unique_ptr<IHostedControl> CreateHidden(const ClassId&, std::int32_t, int, int) override { return nullptr; }
-};
-
-class HostObject : public testing::Test {
+class HostObject : public testing::Test, public IHiddenControls {
 protected:
     HostObject()
     {
@@ -26,22 +19,33 @@ protected:
         std::filesystem::create_directories(folder.Path("Install"));
         registry.Set(u"HKLM\\software\\Velmar\\ORVIC", u"installpath", folder.Core(u"Install"));
         windows.makeControl = [this](int id) { return id == RES_PICTURE ? nullptr : browser.MakeControl(); };
-        browser.filesByKind = {{24, {u".iga"}}};
+        browser.filesByKind = {{24, {u".iga", u".SY5", u".NCD"}}};
         object.SetWorkingFolder(folder.Core(u"Work") + u"\\");
         object.SetLanguageID(1);
     }
     ~HostObject() override { TheProcessValues() = {}; }
 
-    // The next dialog is confirmed with these parts selected, or cancelled without any.
-    void Play(std::vector<std::u16string> names)
+    std::unique_ptr<IHostedControl> CreateHidden(const ClassId& class_id, std::int32_t control_id, int width,
+                                                 int height) override
     {
-        windows.Play(RES_SELECTION_DIALOG, {[this, names](CScriptedWindow& window) {
-                         browser.selection.clear();
-                         for (const std::u16string& name : names) {
-                             browser.selection.push_back({name, u"S", u"F", 32000, u"SUS", u"M", u"c", true});
-                         }
-                         window.PressButton(names.empty() ? id_cancel : RES_LOAD);
-                     }});
+        EXPECT_EQ(class_id, part_browser_class_id);
+        EXPECT_EQ(control_id, 0xB79D3E);
+        EXPECT_EQ(width, 100);
+        EXPECT_EQ(height, 100);
+        return has_control ? browser.MakeControl() : nullptr;
+    }
+
+    // The next dialog is confirmed with these parts selected, or cancelled without any.
+    void Play(const std::vector<std::u16string>& names)
+    {
+        const auto work = [this, names](CScriptedWindow& window) {
+            browser.selection.clear();
+            for (const std::u16string& name : names) {
+                browser.selection.push_back({name, u"S", u"F", 32000, u"SUS", u"M", u"c", true});
+            }
+            window.PressButton(names.empty() ? id_cancel : RES_LOAD);
+        };
+        windows.Play(RES_SELECTION_DIALOG, {work});
     }
 
     std::u16string NameAt(std::int32_t index)
@@ -53,7 +57,7 @@ protected:
         return name;
     }
 
-    std::int32_t Count(IPartkeepReadImpl& host)
+    static std::int32_t Count(IPartkeepReadImpl& host)
     {
         std::int32_t count = -1;
         EXPECT_EQ(host.NumberOfPartsSelected(&count), HostResult::Ok);
@@ -65,8 +69,8 @@ protected:
     ControlScript browser{recorder};
     CScriptedWindows windows{recorder};
     CMemoryRegistry registry;
-    NoControls controls;
-    HostServices services{registry, windows.messages, controls, windows};
+    bool has_control = true;
+    HostServices services{registry, windows.messages, *this, windows};
     PartkeepReadImpl object{services};
 };
 
@@ -85,29 +89,26 @@ TEST_F(HostObject, AnswersForAnEmptyList)
 
 TEST_F(HostObject, RunsTheDialogAndKeepsWhatItBrings)
 {
-    struct Row {
+    const struct {
         const char* label;
         std::optional<std::int32_t> allowed; // nothing: InvokePartkeep
         std::vector<std::u16string> selected;
         HostResult result;
         std::int32_t added;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"cancelled", {}, {}, HostResult::False, 0},          {"cancelled, several", 1, {}, HostResult::Ok, 0},
         {"confirmed", {}, {u"A1", u"A2"}, HostResult::Ok, 1}, {"several", 1, {u"B1", u"B2", u"B3"}, HostResult::Ok, 3},
         {"-1 is one", -1, {u"C1", u"C2"}, HostResult::Ok, 1}, {"2 is one", 2, {u"D1", u"D2"}, HostResult::Ok, 1},
     };
     std::int32_t count = 0;
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.label);
         Play(row.selected);
         EXPECT_EQ(row.allowed ? object.InvokePartkeepMultiSelection(*row.allowed) : object.InvokePartkeep(),
                   row.result);
         EXPECT_EQ(Count(object), count += row.added);
     }
-    EXPECT_EQ(NameAt(0), u"A2");
-    EXPECT_EQ(NameAt(3), u"B3");
-    EXPECT_EQ(NameAt(count - 1), u"D2");
+    EXPECT_EQ(NameAt(0) + NameAt(3) + NameAt(count - 1), u"A2B3D2");
     for (const std::int32_t outside : {count, -1, INT32_MIN, INT32_MAX}) {
         EXPECT_EQ(NameAt(outside), u"");
     }
@@ -116,35 +117,26 @@ TEST_F(HostObject, RunsTheDialogAndKeepsWhatItBrings)
     double thickness = 0.0;
     EXPECT_EQ(object.GetSelectedPartInfo(&file, &name, &comment, &material, &thickness, &quantity), HostResult::Ok);
     EXPECT_EQ(name + comment + material + quantity, u"A2cSUS1"); // the first record ever, not the latest
-    EXPECT_TRUE(file.ends_with(u"\\A2.iga"));
+    EXPECT_EQ(thickness, 3.2);
     std::u16string first_file;
     EXPECT_EQ(object.GetFilePath(&first_file), HostResult::Ok);
     EXPECT_EQ(first_file, file);
-    EXPECT_EQ(thickness, 3.2);
+    EXPECT_EQ(first_file, folder.Core(u"Work\\\\A2.iga"));
 
     std::u16string server, database_folder, sy, nc, machine;
     std::int32_t machine_type = -1;
     object.GetPartInfo(1, &server, &database_folder, &file, &sy, &nc, &name, &comment, &material, &machine,
                        &machine_type, &thickness, &quantity);
-    EXPECT_EQ(name + server + machine + sy + nc, u"B1M");
+    const std::u16string work = folder.Core(u"Work\\\\");
+    EXPECT_EQ(name + server + machine + sy + nc, u"B1M" + work + u"B1.SY5" + work + u"B1.NCD");
     EXPECT_EQ(machine_type, 0);
 
     PartkeepReadImpl second(services);
-    EXPECT_EQ(Count(second), 0);
     Play({u"E1"});
+    EXPECT_EQ(Count(second), 0);
     EXPECT_EQ(second.InvokePartkeep(), HostResult::Ok);
     EXPECT_EQ(Count(second), 1);
     EXPECT_EQ(Count(object), count);
-}
-
-TEST_F(HostObject, WithoutAnInstallLocationOpensNothing)
-{
-    const CMemoryRegistry empty;
-    PartkeepReadImpl nowhere({empty, windows.messages, controls, windows});
-    EXPECT_EQ(nowhere.InvokePartkeep(), HostResult::False);
-    EXPECT_EQ(nowhere.InvokePartkeepMultiSelection(1), HostResult::False);
-    EXPECT_TRUE(recorder.lines.empty());
-    EXPECT_TRUE(std::filesystem::is_directory(folder.Path("Work/UnZipFolder"))); // made all the same
 }
 
 TEST_F(HostObject, TroubleBecomesTheOperationsOwnResult)
@@ -157,17 +149,79 @@ TEST_F(HostObject, TroubleBecomesTheOperationsOwnResult)
     windows.makeControl = [](int) -> std::unique_ptr<IHostedControl> { throw std::bad_alloc(); };
     EXPECT_EQ(object.InvokePartkeep(), HostResult::False);
     EXPECT_EQ(object.InvokePartkeepMultiSelection(1), HostResult::Ok);
+
+    registry.keys.clear(); // not installed: nothing opens
+    recorder.lines.clear();
+    std::filesystem::remove(folder.Path("Work/UnZipFolder"));
+    EXPECT_EQ(object.InvokePartkeep(), HostResult::False);
+    EXPECT_EQ(object.InvokePartkeepMultiSelection(1), HostResult::False);
+    EXPECT_EQ(recorder.lines, Lines{});
     EXPECT_EQ(Count(object), 0);
+    EXPECT_TRUE(std::filesystem::is_directory(folder.Path("Work/UnZipFolder"))); // made all the same
 }
 
-TEST_F(HostObject, AReadThatFailsEmptiesItsOutputs)
+TEST_F(HostObject, ReadsAPartWithoutADialog)
 {
-    std::u16string text = u"before";
-    double thickness = 7.0;
-    EXPECT_EQ(object.ReadCADDataForTessara(u"S", u"F", u"P", u"", &text, &text, &text, &text, &thickness, &text),
-              HostResult::False);
-    EXPECT_EQ(text, u"");
-    EXPECT_EQ(thickness, 0.0);
+    const std::string title = " 'Kolvyn PartkeepRead'";
+    const std::u16string work = folder.Core(u"Work\\");
+    const std::string sequence = "ConnectServer('SRV'); SetDataKind(24); SetCurrentFolder('A\\B'); SetTargetFolder(" +
+                                 Quoted(work) + "); ReadPartAttributes('SRV', 'A\\B\\P1', 'P1'); " +
+                                 "CopyPartFiles('SRV', 'A\\B\\P1')";
+    const struct {
+        const char* label;
+        BrowserOperation refused; // SelectAllParts, which no read calls: none
+        const char* files;
+        const char16_t* found; // extension of the file path
+        std::size_t calls;     // of the sequence
+        bool read;
+        std::string message;
+    } rows[] = {
+        {"read", BrowserOperation::SelectAllParts, ".iga", u".iga", 6, true, ""},
+        {"iga wins", BrowserOperation::SelectAllParts, ".bmf; .iga", u".iga", 6, true, ""},
+        {"bmf alone", BrowserOperation::SelectAllParts, ".bmf", u".bmf", 6, true, ""},
+        {"no main file", BrowserOperation::SelectAllParts, ".SY5; .NCD", nullptr, 6, true,
+         "message 'No IGA or BMF files found for the part.\n Part Name:P1'" + title},
+        {"no server", BrowserOperation::ConnectServer, "", u"", 1, false,
+         "message 'Server could not be connected.'" + title},
+        {"no such part", BrowserOperation::ReadPartAttributes, "", u"", 5, false, ""},
+        {"copy refused", BrowserOperation::CopyPartFiles, "", u"", 6, false, ""},
+        {"no control", BrowserOperation::SelectAllParts, "", u"", 0, false,
+         "message 'Partkeep cannot be started' 'Kolvyn' exclamation"},
+    };
+    Play({u"A1"});
+    EXPECT_EQ(object.InvokePartkeep(), HostResult::Ok);
+    const auto answers = browser.answers;
+    browser.selection = {{u"P1", u"", u"", 15000, u"SPCC", u"M1", u"a comment"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        std::filesystem::remove_all(folder.Path("Work"));
+        std::filesystem::create_directory(folder.Path("Work"));
+        browser.answers = answers;
+        browser.On(row.refused, ControlResult(std::int16_t{0}));
+        browser.filesByKind[24].clear();
+        for (const std::string& extension : Steps(row.files)) {
+            browser.filesByKind[24].push_back(WidenText(extension));
+        }
+        has_control = row.calls != 0;
+        recorder.lines.clear();
+        std::u16string file = u"before", name = file, comment = file, material = file, quantity = file;
+        double thickness = 7.0;
+        EXPECT_EQ(object.ReadCADDataForTessara(u"SRV", u"A\\B", u"P1", u"anything", &file, &name, &comment, &material,
+                                               &thickness, &quantity),
+                  row.read ? HostResult::Ok : HostResult::False);
+        Lines expected = Steps(sequence);
+        expected.resize(row.calls);
+        if (!row.message.empty()) {
+            expected.push_back(row.message);
+        }
+        EXPECT_EQ(recorder.Take(), expected);
+        EXPECT_EQ(file, row.read && row.found != nullptr ? work + u"P1" + row.found : u"");
+        EXPECT_EQ(name + u"|" + comment + u"|" + material + u"|" + quantity,
+                  row.read ? u"P1|a comment|SPCC|1" : u"|||");
+        EXPECT_EQ(thickness, row.read ? 15000.0 : 0.0); // undivided
+        EXPECT_EQ(Count(object), 1);
+        EXPECT_EQ(browser.controls, 0) << "the browser outlived the read";
+    }
     EXPECT_EQ(object.ReadCADDataForTessara(u"", u"", u"", u"", nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
               HostResult::False);
 }

@@ -1,204 +1,184 @@
 #include "partdata/staging.h"
 
 #include "partdata/staged_names.h"
+#include "platform/text.h"
 #include "settings/process_values.h"
-#include "tests/partdata/shown_message.h"
-#include "tests/partdata/staging_model.h"
+#include "tests/support/recorder.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <random>
-#include <set>
+#ifndef _WIN32
+#include "tests/support/linux_faults.h"
+
+#include <unistd.h>
+#endif
 
 namespace partkeep {
 namespace {
 
 namespace fs = std::filesystem;
 
-// Everything below a folder, by path with backslashes; folders end in one.
-using Tree = std::set<std::u16string>;
-
-// By the file system itself, so that names may differ in case alone.
-fs::path Native(std::u16string path)
-{
-    std::replace(path.begin(), path.end(), u'\\', u'/');
-    return path;
-}
-
-void Touch(const std::u16string& path)
-{
-    WriteBytes(Native(path), "x");
-}
-
+// A working folder W with a staging folder and both temporary folders.
 class Staging : public testing::Test {
 protected:
-    Staging() { MakeFolders(u"root\\"); }
+    Staging() { MakeFolders("W"); }
 
-    void MakeFolders(const std::u16string& root)
+    void MakeFolders(const std::string& name)
     {
-        work_ = temporary_.Core(root) + u"W\\";
-        stage_ = work_ + u"SF\\";
-        TheProcessValues() = {work_, 1};
-        folders_ = {work_ + u"Lumora_ForPNG", work_ + u"UnZipFolder\\"};
-        for (const std::u16string& folder : {stage_, folders_.previewFolder, folders_.unpackFolder}) {
-            fs::create_directories(Native(folder));
+        work_ = folder_.Path(name);
+        TheProcessValues() = {folder_.Core(work_.filename().u16string()) + u"\\", 1};
+        stage_ = TheProcessValues().workingFolder + u"SF\\";
+        folders_ = {TheProcessValues().workingFolder + u"Lumora_ForPNG",
+                    TheProcessValues().workingFolder + u"UnZipFolder\\"};
+        for (const char* below : {"SF", "Lumora_ForPNG", "UnZipFolder"}) {
+            fs::create_directories(work_ / below);
         }
     }
 
-    [[nodiscard]] Tree Everything() const
+    // Paths below the working folder in sorted order.
+    [[nodiscard]] Lines Everything() const
     {
-        Tree tree;
-        for (const auto& entry : fs::recursive_directory_iterator(temporary_.Path())) {
-            std::u16string path = entry.path().generic_u16string() + (entry.is_directory() ? u"/" : u"");
-            std::replace(path.begin(), path.end(), u'/', u'\\');
-            tree.insert(path);
+        Lines paths;
+        for (const auto& entry : fs::recursive_directory_iterator(work_)) {
+            paths.push_back(entry.path().lexically_relative(work_).generic_string());
         }
-        return tree;
+        std::sort(paths.begin(), paths.end());
+        return paths;
     }
 
-    CTemporaryFolder temporary_;
-    std::u16string work_;
+    bool Find(const std::u16string& folder, const char16_t* name)
+    {
+        PartRecord record;
+        record.PartName = name;
+        return FindStagedFiles(folder, record, folders_, messages_, search_);
+    }
+
+    CTemporaryFolder folder_;
+    fs::path work_;
     std::u16string stage_;
     StagingFolders folders_;
     Recorder recorder_;
     CRecordingMessages messages_{recorder_};
+    CFileSearch search_;
 };
-
-class StagingByModel : public Staging {
-protected:
-    std::u16string Any(const std::vector<std::u16string>& texts) { return texts[random_() % texts.size()]; }
-
-    std::u16string Stem()
-    {
-        return Any({u"", u"", u"", u"", u"B2D", u"B3d", u"b2D", u"B2", u"X"}) +
-               Any({u"P", u"p", u"PP", u"P ", u" P", u"\u92FC", u"\uFF41", u"\uFF21", u"\u00E4", u"\u00C4", u"B2D"});
-    }
-
-    std::u16string File()
-    {
-        return Stem() + Any({u".iga", u".IGA", u".bmf", u".SY5", u".sy5", u".NCD", u".ncd", u".xml", u".XMLx",
-                             u".SY5.iga", u".BMP", u".bmp", u".sy9", u"", u".1.iga", u".x ", u".", u".."});
-    }
-
-    // Adds to what the rounds before have left: making all anew costs a disk more than the test is worth.
-    void Fill(int round)
-    {
-        if (round % 5 == 0) {
-            fs::remove_all(Native(root_));
-            root_ = temporary_.Core(Any({u"root", u"root", u"root", u"root", u"W.1", u"P.1"}));
-        }
-        MakeFolders(root_.substr(temporary_.Core(u"").size()) + u"\\");
-        const std::u16string other = root_ + u"\\other\\";
-        fs::create_directories(Native(other));
-        for (const std::u16string& folder : {work_, stage_, work_, stage_, other, folders_.previewFolder + u"\\"}) {
-            Touch(folder + File());
-            Touch(folder + File());
-            if (random_() % 20 == 0) {
-                fs::create_directory(Native(folder + Stem() + u".dat"));
-            }
-        }
-        tree_ = Everything();
-    }
-
-    template <typename Gone>
-    void Drop(const std::u16string& folder, Gone gone)
-    {
-        std::erase_if(tree_, [&](const std::u16string& path) {
-            const bool inside = path.starts_with(folder) && path.size() > folder.size();
-            return inside && path.find(u'\\', folder.size()) == path.npos && gone(path);
-        });
-    }
-
-    void DropTemporary(const std::u16string& folder)
-    {
-        Drop(folder, [](const std::u16string&) { return true; });
-        const auto next = tree_.upper_bound(folder);
-        if (next == tree_.end() || !next->starts_with(folder)) {
-            tree_.erase(folder);
-        }
-    }
-
-    // The path if the file was staged, else empty.
-    std::u16string Staged(const std::u16string& path)
-    {
-        return std::any_of(tree_.begin(), tree_.end(),
-                           [&path](const auto& candidate) { return model::Upper(candidate) == model::Upper(path); })
-                   ? path
-                   : u"";
-    }
-
-    void CheckFinding(const std::u16string& name, CFileSearch& search)
-    {
-        PartRecord record;
-        record.PartName = name;
-        PartRecord expected = record;
-        expected.FilePathName = Staged(stage_ + name + u".iga");
-        if (expected.FilePathName.empty()) {
-            expected.FilePathName = Staged(stage_ + name + u".bmf");
-        }
-        expected.SYFileName = Staged(stage_ + name + u".SY5");
-        expected.NCFileName = Staged(stage_ + name + u".NCD");
-        const bool found = expected != record;
-        if (!found) {
-            Drop(work_, [&name](const std::u16string& path) { return model::Deletes(path, name); });
-            DropTemporary(folders_.previewFolder + u"\\");
-            DropTemporary(folders_.unpackFolder);
-        }
-        ASSERT_EQ(FindStagedFiles(stage_, record, folders_, messages_, search), found);
-        ASSERT_EQ(record, expected);
-        ASSERT_EQ(Everything(), tree_);
-        ASSERT_EQ(recorder_.Take().size(), found ? 0U : 1U);
-        ++(found ? found_ : missed_);
-    }
-
-    std::mt19937 random_{20080};
-    std::u16string root_ = temporary_.Core(u"root");
-    Tree tree_; // as it should be now
-    int found_ = 0;
-    int missed_ = 0;
-};
-
-TEST_F(StagingByModel, RandomNamesGoAndStay)
-{
-    for (int round = 0; round < 1000; ++round) {
-        SCOPED_TRACE(round);
-        Fill(round);
-        const std::u16string name = round % 2 == 0 ? u"P" : Stem();
-        CFileSearch search; // for several names, as in a Load
-        for (const std::u16string& wanted : {name, Stem()}) {
-            ASSERT_NO_FATAL_FAILURE(CheckFinding(wanted, search));
-        }
-        Drop(stage_, [&name](const std::u16string& path) { return model::Clears(path, name); });
-        ClearStagedPart(stage_, name);
-        ASSERT_EQ(Everything(), tree_);
-        Drop(work_, [&name](const std::u16string& path) { return model::Deletes(path, name); });
-        DeletePartFiles(name);
-        ASSERT_EQ(Everything(), tree_);
-    }
-    EXPECT_GT(found_, 100);
-    EXPECT_GT(missed_, 100);
-    DeletePartFiles(u"");
-    EXPECT_EQ(Everything(), tree_);
-}
 
 TEST_F(Staging, RulesOnNamesAreOdd)
 {
     const struct {
         const char16_t* path;
-        bool cleared; // for "p"
-        bool deleted; // with "P"
+        const char16_t* name;
+        bool cleared;
+        bool deleted;
     } rows[] = {
-        {u"\\W\\P.iga", true, true},     {u"\\W\\B2DP.dat", true, true},   {u"\\W\\b2dp.dat", false, true},
-        {u"\\W\\P.xml", false, false},   {u"\\W\\P.SY5", false, false},    {u"\\W\\P.SY9", false, true},
-        {u"\\W\\P.BMP", true, false},    {u"\\W\\PP.iga", false, true},    {u"\\W\\PX.iga", false, false},
-        {u"\\W\\P.1.iga", true, true},   {u"\\W\\P", false, false},        {u"\\W\\P.", false, false},
-        {u"\\W.1\\P.iga", false, false}, {u"\\P.1\\W\\Q.xml", true, true},
+        {u"\\W\\P.iga", u"p", true, true},
+        {u"\\W\\p.iga", u"P", true, true},
+        {u"P.iga", u"P", true, true},
+        {u"\\W\\P.x ", u"P", true, true},
+        {u"\\W\\B2DP.dat", u"p", true, true},
+        {u"\\W\\B3dp.bmp", u"P", true, false},
+        {u"\\W\\b2dp.dat", u"P", false, true},
+        {u"\\W\\B2P.iga", u"P", false, true},
+        {u"\\W\\B2D.iga", u"B2D", false, true},
+        {u"\\W\\B2dB3D.iga", u"b3d", true, true},
+        {u"\\W\\B3DP.iga", u"P", true, true},
+        {u"\\W\\.iga", u"P", false, false},
+        {u"\\W\\PP.iga", u"P", false, true},
+        {u"\\W\\PX.iga", u"P", false, false},
+        {u"\\W\\P .iga", u"P", false, false},
+        {u"\\W\\P.iga", u"PP", false, false},
+        {u"\\W\\P.1.iga", u"P", true, true},
+        {u"\\W\\P.SY5.iga", u"P", false, true},
+        {u"\\W\\P", u"P", false, false},
+        {u"\\W\\P.", u"P", false, false},
+        {u"\\W\\P.xMl", u"P", false, false},
+        {u"\\W\\P.XMLx", u"P", true, true},
+        {u"\\W\\P.sy5", u"P", false, false},
+        {u"\\W\\P.SY9", u"P", false, true},
+        {u"\\W\\\u00E4.iga", u"\u00C4", true, true},
+        {u"\\W\\\uFF21.ncd", u"\uFF41", true, true},
+        {u"\\W.1\\P.iga", u"P", false, false},
+        {u"\\P.1\\W\\Q.xml", u"P", true, true},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(IsClearedBeforeStaging(row.path, u"p"), row.cleared) << Quoted(row.path);
-        EXPECT_EQ(IsDeletedWithPart(row.path, u"P"), row.deleted) << Quoted(row.path);
+        EXPECT_EQ(IsClearedBeforeStaging(row.path, row.name), row.cleared) << Quoted(row.path);
+        EXPECT_EQ(IsDeletedWithPart(row.path, row.name), row.deleted) << Quoted(row.path);
+    }
+}
+
+TEST_F(Staging, EachOperationTouchesItsOwnFolders)
+{
+    const std::string temporary = "Lumora_ForPNG/B2DP.x; Lumora_ForPNG/P.SY5; Lumora_ForPNG/P.iga; Lumora_ForPNG/XP.x; "
+                                  "UnZipFolder/B2DP.x; UnZipFolder/P.SY5; UnZipFolder/P.iga; UnZipFolder/XP.x";
+    const struct {
+        const char* label;
+        const char* work;
+        std::function<void()> operation;
+        std::string gone; // of the same four files and a folder in each of the four
+    } rows[] = {
+        {"clear a staged part", "W", [this] { ClearStagedPart(stage_, u"p"); }, "SF/B2DP.x; SF/P.iga"},
+        {"below a dot", "W.1", [this] { ClearStagedPart(stage_, u"p"); }, ""},
+        {"no separator", "W", [this] { ClearStagedPart(folders_.previewFolder, u"P"); }, ""},
+        {"delete a part", "W", [] { DeletePartFiles(u"p"); }, "B2DP.x; P.iga; XP.x"},
+        {"delete no part", "W", [] { DeletePartFiles(u""); }, ""},
+        {"temporary folders", "W", [this] { RemoveTempFolders(folders_); }, temporary},
+        {"a part that is there", "W", [this] { Find(stage_, u"P"); }, ""},
+        {"a part that is not", "W", [this] { Find(stage_, u"DP"); }, "B2DP.x; " + temporary},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        MakeFolders(row.work);
+        for (const char* place : {"", "SF/", "Lumora_ForPNG/", "UnZipFolder/"}) {
+            for (const char* name : {"P.iga", "P.SY5", "B2DP.x", "XP.x"}) {
+                WriteBytes(work_ / (std::string(place) + name), "x");
+            }
+            fs::create_directory(work_ / (std::string(place) + "P.dat"));
+        }
+        Lines expected = Everything();
+        for (const std::string& path : Steps(row.gone)) {
+            EXPECT_EQ(std::erase(expected, path), 1U) << path;
+        }
+        row.operation();
+        EXPECT_EQ(Everything(), expected);
+    }
+}
+
+TEST_F(Staging, FindsTheFourFilesInAnyCase)
+{
+    const char* no_files = "message 'No IGA or BMF files found for the part.\n Part Name:P' 'Kolvyn PartkeepRead'";
+    const struct {
+        const char* label;
+        const char* files;
+        const char* main; // "kept": the field's file is missing, and what it held stays
+        const char* sy;
+        const char* nc;
+        bool found = true;
+    } rows[] = {
+        {"all", "P.iga; P.bmf; P.SY5; P.NCD", "P.iga", "P.SY5", "P.NCD"},
+        {"second choice", "p.BMF; P.sy5", "P.bmf", "P.SY5", "kept"},
+        {"no main file", "p.ncd", "kept", "kept", "P.NCD"},
+        {"other parts, and a folder", "PP.iga; P.SY9; B2DP.iga", "kept", "kept", "kept", false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        fs::remove_all(work_);
+        MakeFolders("W");
+        fs::create_directory(work_ / (row.found ? "SF/P" : "SF/P.iga"));
+        for (const std::string& name : Steps(row.files)) {
+            WriteBytes(work_ / "SF" / name, "x");
+        }
+        const auto path = [this](const std::string& name) {
+            return name == "kept" ? u"kept" : stage_ + WidenText(name);
+        };
+        PartRecord record;
+        record.PartName = u"P";
+        record.FilePathName = record.SYFileName = record.NCFileName = u"kept";
+        search_.Forget();
+        EXPECT_EQ(FindStagedFiles(stage_, record, folders_, messages_, search_), row.found);
+        EXPECT_EQ(record.FilePathName, path(row.main));
+        EXPECT_EQ(record.SYFileName, path(row.sy));
+        EXPECT_EQ(record.NCFileName, path(row.nc));
+        EXPECT_EQ(recorder_.Take(), row.found ? Lines{} : Lines{no_files});
     }
 }
 
@@ -210,34 +190,34 @@ TEST_F(Staging, FolderNameHasTheBackslashesOfTheFolderCut)
     EXPECT_EQ(StagingFolderOf(u"S1", u""), u"C:\\W\\S1");
 }
 
-TEST_F(Staging, MissingFileLeavesItsFieldAndAFolderIsNoFile)
-{
-    fs::create_directory(Native(stage_ + u"P.iga"));
-    Touch(stage_ + u"p.ncd");
-    PartRecord record;
-    record.PartName = u"P";
-    record.FilePathName = u"kept";
-    CFileSearch search;
-    ASSERT_TRUE(FindStagedFiles(stage_, record, folders_, messages_, search));
-    EXPECT_EQ(record.FilePathName, u"kept");
-    EXPECT_EQ(record.NCFileName, stage_ + u"P.NCD");
-
-    record.PartName = u"Q";
-    EXPECT_FALSE(FindStagedFiles(stage_, record, folders_, messages_, search));
-    EXPECT_EQ(recorder_.Take(), std::vector{Shown(LoadLocalString(LocalString::NoFilesFound) + u"Q")});
-}
-
 TEST_F(Staging, SecondRemovalHitsNoNeighbour)
 {
     RemoveTempFolders(folders_);
+    EXPECT_EQ(Everything(), Lines{"SF"});
     MakeFolder(folders_.unpackFolder);
-    Touch(work_ + u"UnZipFolder\\a");
-    Touch(work_ + u"UnZipFolder2.txt");
-    const Tree before = Everything();
+    WriteBytes(work_ / "UnZipFolder/a", "x");
+    WriteBytes(work_ / "UnZipFolder2.txt", "x");
     MakeFolder(folders_.unpackFolder);
     RemoveTempFolders(folders_);
-    EXPECT_EQ(Everything(), before);
+    EXPECT_EQ(Everything(), (Lines{"SF", "UnZipFolder", "UnZipFolder/a", "UnZipFolder2.txt"}));
 }
+
+#ifndef _WIN32
+TEST_F(Staging, WithoutAWorkingFolderNothingInTheRootIsDeleted)
+{
+    const CMountedDisk disk(work_); // who may mount may also change the root
+    WriteBytes(work_ / "P.iga", "x");
+    for (const char16_t* nothing : {u"", u"\\"}) {
+        TheProcessValues().workingFolder = nothing;
+        const auto delete_in_root = [this] {
+            const bool inside = chroot(work_.c_str()) == 0;
+            DeletePartFiles(u"P");
+            _exit(inside && access("/P.iga", F_OK) == 0 ? 0 : 1);
+        };
+        EXPECT_EXIT(delete_in_root(), testing::ExitedWithCode(0), "");
+    }
+}
+#endif
 
 } // namespace
 } // namespace partkeep
