@@ -1,19 +1,23 @@
-// The tool's command lines.
-#include "partlibrary/library_folder.h"
-#include "partlibrary/part_library.h"
+// The tool's command lines: filling a library whole or not at all, and what is said where that fails.
 #include "partlibrary/tool/commands.h"
 #include "platform/text.h"
 #include "tests/partlibrary/library_fixture.h"
+#include "tests/support/linux_faults.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <sstream>
 
 namespace partkeep {
 namespace {
 
-class LibraryTool : public testing::Test {
+namespace fs = std::filesystem;
+
+// Works in a folder of its own, with paths as an operator types them.
+class LibraryTool : public LibraryShop {
 protected:
-    void TearDown() override { SetSystemCodePage(utf8_code_page); }
+    LibraryTool() { fs::current_path(work_.Path()); }
+    ~LibraryTool() override { fs::current_path(before_); }
 
     int Run(std::vector<std::string> arguments)
     {
@@ -23,65 +27,138 @@ protected:
         }
         out_.str({});
         err_.str({});
-        return RunLibraryTool(static_cast<int>(argv.size()), argv.data(), out_, err_);
+        const int result = RunLibraryTool(static_cast<int>(argv.size()), argv.data(), out_, err_);
+        SetSystemCodePage(utf8_code_page);
+        return result;
     }
 
-    std::string At(std::string_view name) { return folder_.Path(name).string(); }
-
-    CTemporaryFolder folder_;
-    std::ostringstream out_;
-    std::ostringstream err_;
-};
-
-TEST_F(LibraryTool, MakesFillsListsAndChecks)
-{
-    const std::string library = "板金.kpl";
-    const std::filesystem::path before = std::filesystem::current_path();
-    std::filesystem::current_path(folder_.Path()); // paths as an operator types them
-    std::filesystem::create_directories(folder_.Path("in/sub"));
-    WriteBytes(folder_.Path("in/P10.iga"), "a");
-    WriteBytes(folder_.Path("in/P2.SY5"), "b");
-    WriteBytes(folder_.Path("in/sub/カバー.iga"), "c");
-    WriteBytes(folder_.Path("in/readme"), "d");
-    WriteBytes(folder_.Path("t.csv"), "part,thickness,comment\nP2,1.5,first\n");
-    EXPECT_EQ(Run({"create", library}), 0) << err_.str();
-    EXPECT_EQ(Run({"import", library, "in/", "--into", "Top/2008", "--csv", "t.csv"}), 0) << err_.str();
-    EXPECT_EQ(out_.str(), "imported 3 parts with 3 files\n");
-    EXPECT_NE(err_.str().find("readme: skipped"), std::string::npos);
-    EXPECT_EQ(Run({"list", library}), 0);
-    EXPECT_EQ(out_.str(), "Top\\2008\tP2\t1.5000\t\t\t.SY5\tfirst\n"
-                          "Top\\2008\tP10\t0.0000\t\t\t.iga\t\n"
-                          "Top\\2008\\sub\tカバー\t0.0000\t\t\t.iga\t\n");
-    EXPECT_EQ(Run({"list", library, "--folder", "Top/2008/sub"}), 0);
-    EXPECT_EQ(out_.str(), "Top\\2008\\sub\tカバー\t0.0000\t\t\t.iga\t\n");
-    EXPECT_EQ(Run({"check", library}), 0);
-    EXPECT_NE(out_.str().find("4 folders, 3 parts, 3 files"), std::string::npos) << out_.str();
-    std::filesystem::current_path(before);
-}
-
-TEST_F(LibraryTool, SaysInOneLineWhatIsWrong)
-{
-    ASSERT_EQ(Run({"create", At("S.kpl")}), 0);
-    WriteBytes(At("text.kpl"), "no library");
-    const std::pair<std::vector<std::string>, const char*> rows[] = {
-        {{"create", At("S.kpl")}, "exists already"},
-        {{"create", At("S.db")}, ".kpl"},
-        {{"create", At("nul.kpl")}, "device"},
-        {{"create", At("no/S.kpl")}, "cannot be opened"},
-        {{"list", At("no.kpl")}, "no such library"},
-        {{"check", At("text.kpl")}, "no part library"},
-        {{"list", At("S.kpl"), "--folder", "x"}, "no such folder"},
-        {{"import", At("S.kpl"), At("no")}, "cannot be read"},
-        {{"--code-page", "932", "create", At("钣金.kpl")}, "code page"},
-        {{"sample", At("no")}, "cannot be opened"},
-    };
-    for (const auto& [arguments, reason] : rows) {
+    void ExpectTrouble(const std::vector<std::string>& arguments, const std::string& reason)
+    {
         EXPECT_EQ(Run(arguments), 1) << reason;
         const std::string line = err_.str();
         EXPECT_NE(line.find(reason), std::string::npos) << line;
         EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1) << line;
         EXPECT_EQ(out_.str(), "") << reason;
-        SetSystemCodePage(utf8_code_page);
+    }
+
+    static void Write(const fs::path& path, std::string_view bytes)
+    {
+        fs::create_directories(path.parent_path());
+        WriteBytes(path, bytes);
+    }
+
+    const fs::path before_ = fs::current_path();
+    CTemporaryFolder work_;
+    std::string library_ = library_file_.toStdString();
+    std::ostringstream out_;
+    std::ostringstream err_;
+};
+
+TEST_F(LibraryTool, ImportsByNameAndEndingAndKeepsTheRest)
+{
+    for (const char* name : {"A.iga", "a.SY5", "sub/鋼/板.1.ncd", "sub/notes.txt"}) {
+        Write(fs::path("in") / name, fs::path(name).filename().string());
+    }
+    Write("in/sub/E.iga", "");
+    Write("in/sub/pic.2d.bmp", SmallBitmap().toStdString());
+    WriteBytes("t.csv", "folder,part,thickness,comment\nsub\\鋼,板.1,2.3,厚い\n,A,1,first\n");
+    EXPECT_EQ(Run({"import", library_, "in/", "--into", "New/In", "--csv", "t.csv"}), 0);
+    EXPECT_EQ(out_.str(), "imported 5 parts with 5 files\n");
+    EXPECT_EQ(err_.str(), "partkeep-library: in/sub/notes.txt: skipped (no file of a part)\n");
+    Write("more/A.Ncd", "A.NCD");
+    Write("more/P9.iga", "P9.iga");
+    EXPECT_EQ(Run({"import", library_, "more", "--into", "New/In"}), 0);
+    EXPECT_EQ(Run({"list", library_, "--folder", "New"}), 0);
+    EXPECT_EQ(out_.str(), "New\\In\tA\t1.0000\t\t\t.iga .NCD\tfirst\n"
+                          "New\\In\ta\t0.0000\t\t\t.SY5\t\n"
+                          "New\\In\tP9\t0.0000\t\t\t.iga\t\n"
+                          "New\\In\\sub\tE\t0.0000\t\t\t.iga\t\n"
+                          "New\\In\\sub\tpic\t0.0000\t\t\t2D\t\n"
+                          "New\\In\\sub\\鋼\t板.1\t2.3000\t\t\t.NCD\t厚い\n");
+    EXPECT_TRUE(Copy(u"New\\In\\A") && Copy(u"New\\In\\sub\\E"));
+    EXPECT_EQ(Take(), (std::vector<std::string>{"A.NCD", "A.iga", "!E.iga"})) << "an empty file is one";
+    WriteBytes("t.csv", "part,machine\nP9,M\n");
+    Write("more/P9.iga", "new");
+    EXPECT_EQ(Run({"import", library_, "more", "--into", "New/In", "--csv", "t.csv"}), 0);
+    EXPECT_TRUE(session_.ReadPartAttributes(u"SRV1", u"New\\In\\P9")->machine == u"M"_s && Copy(u"New\\In\\P9"));
+    EXPECT_EQ(ReadBytes(target_.Path("P9.iga")), "new");
+    EXPECT_EQ(Run({"check", library_}), 0) << err_.str();
+    EXPECT_NE(out_.str().find("7 folders, 12 parts, 19 files"), std::string::npos) << out_.str();
+}
+
+TEST_F(LibraryTool, AnImportThatFailsLeavesTheLibraryAsItWas)
+{
+    const struct {
+        const char* reason;
+        const char* file; // beside "A.iga", which would come first
+        std::string content = "x";
+        std::string table = "";
+    } rows[] = {
+        {"device", "nul.iga"},
+        {"with a blank", "Z .iga"},
+        {"name has one of", "Z\\1.iga"},
+        {"or a dot", "Z./P.iga"},
+        {"24000", "Z.2D.bmp", SmallBitmap(24001).toStdString()},
+        {"cut short", "Z.3D.bmp", SmallBitmap().left(300).toStdString()},
+        {"not a PNG", "Z.png", "GIF89a"},
+        {"second file", "A.IGA"},
+        {"no file of a part ZZ", "Z.iga", "x", "part\nZZ\n"},
+        {"line 3", "Z.iga", "x", "part\nZ\nZ\n"},
+        {"control", "Z.iga", "x", "part,comment\nZ,a\tb\n"},
+        {"too long", "Z.iga", "x", "part,machine\nZ," + std::string(256, '0')},
+    };
+    const std::string before = ReadBytes(library_);
+    for (const auto& row : rows) {
+        fs::remove_all("in");
+        Write("in/A.iga", "fine");
+        Write(fs::path("in") / row.file, row.content);
+        WriteBytes("t.csv", row.table);
+        ExpectTrouble({"import", library_, "in", "--csv", "t.csv"}, row.reason);
+        EXPECT_TRUE(ReadBytes(library_) == before) << row.reason;
+    }
+    fs::remove_all("in");
+    fs::create_directory("in");
+    fs::create_symlink("gone", "in/Q.iga");
+    ExpectTrouble({"import", library_, "in"}, "reading failed");
+    LibraryProblem problem;
+    const auto other = CLibraryWriter::Open(library_file_, problem);
+    ASSERT_TRUE(other != nullptr && other->Begin());
+    ExpectTrouble({"import", library_, "in"}, "in use");
+}
+
+TEST_F(LibraryTool, AFolderThatCannotBeReadIsNotPassedOver)
+{
+    ASSERT_EQ(Run({"create", "S.kpl"}), 0);
+    Write("in/shut/P.iga", "x");
+    fs::permissions("in/shut", fs::perms::none);
+    for (const char* path : {".", "S.kpl", "in", "in/shut"}) {
+        GiveToUnprivilegedUser(path);
+    }
+    EXPECT_TRUE(RunWithoutPrivileges([&] {
+        return Run({"import", "S.kpl", "in"}) == 1 && err_.str().find("a folder cannot be read") != std::string::npos;
+    }));
+}
+
+TEST_F(LibraryTool, SaysInOneLineWhatIsWrong)
+{
+    WriteBytes("text.kpl", "no library");
+    const std::pair<std::vector<std::string>, const char*> rows[] = {
+        {{"create", library_}, "exists already"},
+        {{"create", "S.db"}, ".kpl"},
+        {{"create", "nul.kpl"}, "device"},
+        {{"create", "no/S.kpl"}, "cannot be opened"},
+        {{"list", "no.kpl"}, "no such library"},
+        {{"check", "text.kpl"}, "no part library"},
+        {{"list", library_, "--folder", "x"}, "no such folder"},
+        {{"import", library_, "no"}, "cannot be read"},
+        {{"import", library_, ".", "--into", "..\\x"}, "refused"},
+        {{"import", library_, ".", "--csv", "no.csv"}, "reading failed"},
+        {{"--code-page", "932", "create", "钣金.kpl"}, "code page"},
+        {{"sample", "no"}, "cannot be opened"},
+    };
+    WriteBytes("P.iga", "x");
+    for (const auto& [arguments, reason] : rows) {
+        ExpectTrouble(arguments, reason);
     }
     for (const auto& arguments :
          {std::vector<std::string>{}, {"create"}, {"--code-page", "1", "list", "x"}, {"burn"}}) {
@@ -91,17 +168,17 @@ TEST_F(LibraryTool, SaysInOneLineWhatIsWrong)
 
 TEST_F(LibraryTool, TheSampleHasWhatOneWantsToTry)
 {
-    ASSERT_EQ(Run({"sample", At("")}), 0) << err_.str();
-    EXPECT_EQ(Run({"sample", At("")}), 1);
-    ASSERT_EQ(Run({"sample", "--replace", At("")}), 0);
+    ASSERT_EQ(Run({"sample", "."}), 0) << err_.str();
+    EXPECT_EQ(Run({"sample", "."}), 1);
+    ASSERT_EQ(Run({"sample", "--replace", "."}), 0);
     std::string lists;
     std::size_t pictures = 0;
-    for (const std::string& file : NamesIn(folder_.Path())) {
-        ASSERT_EQ(Run({"check", At(file)}), 0) << err_.str();
-        ASSERT_EQ(Run({"list", At(file)}), 0);
+    for (const std::string& file : NamesIn(".")) {
+        ASSERT_EQ(Run({"check", file}), 0) << err_.str();
+        ASSERT_EQ(Run({"list", file}), 0);
         lists += out_.str();
         LibraryProblem problem;
-        const auto library = CPartLibrary::Open(QString::fromStdString(At(file)), problem);
+        const auto library = CPartLibrary::Open(QString::fromStdString(file), problem);
         library->ReadFiles(1, SetOf(FileSlot::Flat) | SetOf(FileSlot::Bent), [&](FileSlot, const QByteArray& content) {
             pictures += content.size() == 14 + 40 + 1024 + 152 * 149 ? 1 : 0; // 149 by 149 pixels, just fitting
             return true;

@@ -176,6 +176,7 @@ TEST_F(SessionControl, KindsArriveByMask)
 TEST_F(SessionControl, OnlyWhatIsShownStaysSelectedInTheOrderShown)
 {
     Enter(u"Plates\\2008");
+    const QStringList some{u"P10"_s, u"P2"_s, u"P1"_s};
     std::string clicks;
     browser_.SetEventSink([&clicks](std::int32_t id) { clicks += std::to_string(id); });
     const struct {
@@ -184,12 +185,7 @@ TEST_F(SessionControl, OnlyWhatIsShownStaysSelectedInTheOrderShown)
         Names names;
         bool clicks;
     } rows[] = {
-        {"select",
-         [&] {
-             inner_->SelectParts({u"P10"_s, u"P2"_s, u"P1"_s});
-         },
-         {"P1", "P2", "P10"},
-         true},
+        {"select", [&] { inner_->SelectParts(some); }, {"P1", "P2", "P10"}, true},
         {"order", [&] { inner_->SortBy(PartColumn::Name, true); }, {"P10", "P2", "P1"}, false},
         {"filter", [&] { browser_.SetPartFilter(10); }, {"P10", "P1"}, false},
         {"refresh", [&] { browser_.RefreshPartList(); }, {"P10", "P1"}, false},
@@ -216,34 +212,27 @@ TEST_F(SessionControl, OnlyWhatIsShownStaysSelectedInTheOrderShown)
     }
 }
 
-TEST_F(SessionControl, AServersNameOutlivesTheServer)
+TEST_F(SessionControl, ServersJoinTheTableWhileThereIsRoomAndOutliveTheirLibrary)
 {
-    inner_->SetCurrentServer(u"gone");
-    EXPECT_EQ(inner_->GetCurrentServer(), u"gone");
-    EXPECT_EQ(inner_->Library(), nullptr);
-    EXPECT_EQ(inner_->Problem().fault, LibraryFault::NotFound);
-    EXPECT_FALSE(inner_->SetCurrentFolder(u"New"));
-    libraries_.Fill(u"gone"_s, [](CLibraryWriter& writer) { PutTestPart(writer, u"New"_s, u"N"_s, 1); });
-    EXPECT_TRUE(inner_->RefreshPartList());
-    EXPECT_EQ(inner_->GetCurrentFolder(), u"New");
-}
-
-TEST_F(SessionControl, OtherServersJoinTheTableWhileThereIsRoom)
-{
-    ServerTable table;
-    inner_->SetServerList(table);
+    inner_->SetServerList(ServerTable{});
     EXPECT_EQ(inner_->Servers(), (QStringList{u"SRV1"_s, u"板金"_s})) << "found in the folder";
+    ServerTable table;
     table.slots[0] = {"SRV1"};
     inner_->SetServerList(table);
     EXPECT_EQ(inner_->OtherServers(), QStringList(u"板金"_s));
     EXPECT_TRUE(inner_->OpenServer(u"板金"_s));
-    EXPECT_EQ(inner_->Servers().size(), 2);
-    EXPECT_EQ(inner_->ServerCursor(), 1);
+    EXPECT_EQ(inner_->Servers().size() * 10 + inner_->ServerCursor(), 21);
     table.slots.fill({"full"});
     inner_->SetServerList(table);
     EXPECT_TRUE(inner_->OpenServer(u"板金"_s));
     EXPECT_EQ(inner_->Servers().size(), 10);
-    EXPECT_EQ(inner_->GetCurrentServer(), u"板金");
+    browser_.SetCurrentServer(u"gone");
+    EXPECT_EQ(browser_.GetCurrentServer(), u"gone");
+    EXPECT_EQ(inner_->Problem().fault, LibraryFault::NotFound);
+    EXPECT_FALSE(browser_.SetCurrentFolder(u"New"));
+    libraries_.Fill(u"gone"_s, [](CLibraryWriter& writer) { PutTestPart(writer, u"New"_s, u"N"_s, 1); });
+    EXPECT_TRUE(browser_.RefreshPartList());
+    EXPECT_EQ(browser_.GetCurrentFolder(), u"New");
 }
 
 TEST_F(SessionControl, PicturesComeByTag)
