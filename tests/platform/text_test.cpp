@@ -2,90 +2,64 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
-
 namespace partkeep {
 namespace {
 
 using namespace std::string_view_literals;
 
+enum Way { Both, Widens, Narrows };
+
 struct Pair {
     const char* label;
+    Way way;
     CodePage page;
     std::u16string_view wide;
     std::string_view narrow;
 };
 
-const Pair exact_pairs[] = {
-    {"empty", 932, u"", ""},
-    {"NUL inside", 65001, u"a\0b"sv, "a\0b"sv},
-    {"UTF-8 of every length", 65001, u"aé部\U0001F600 and a long ASCII run",
+const Pair pairs[] = {
+    {"empty", Both, 932, u"", ""},
+    {"NUL inside", Both, 65001, u"a\0b"sv, "a\0b"sv},
+    {"UTF-8 of every length", Both, 65001, u"aé部\U0001F600 and a long ASCII run",
      "a\xC3\xA9\xE9\x83\xA8\xF0\x9F\x98\x80 and a long ASCII run"},
-    {"UTF-8 at its edges", 65001, u"\x7F\x80\x7FF\x800\xFFFF\U00010000\U0010FFFF",
+    {"UTF-8 at its edges", Both, 65001, u"\x7F\x80\x7FF\x800\xFFFF\U00010000\U0010FFFF",
      "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
-    {"932 single and double", 932, u"A\\~ｱ部品ソ", "A\\~\xB1\x95\x94\x95\x69\x83\x5C"},
-    {"932 vendor rows", 932, u"①㈱髙∥～－￠", "\x87\x40\x87\x8A\xFB\xFC\x81\x61\x81\x60\x81\x7C\x81\x91"},
-    {"932 private use and odd singles", 932, u"\uE000\uE757\x80\uF8F0\uF8F3", "\xF0\x40\xF9\xFC\x80\xA0\xFF"},
-    {"UTF-7 run and plus", 65000, u"a+b 部品.x~", "a+-b +kOhUwQ-.x+AH4-"},
-    {"UTF-7 pair, padding, control", 65000, u"\U0001F600x\x01\t\0"sv, "+2D3eAA-x+AAE-\t\0"sv},
-};
-
-const Pair widened[] = {
-    {"byte that opens nothing", 65001, u"\uFFFDxyz567812345678", "\xFFxyz567812345678"},
-    {"cut before a letter", 65001, u"\uFFFDx", "\xE3\x81x"},
-    {"cut at the end", 65001, u"\uFFFD", "\xF0\x9F\x98"},
-    {"overlong slash", 65001, u"\uFFFD\uFFFD", "\xC0\xAF"},
-    {"overlong three", 65001, u"\uFFFD\uFFFD", "\xE0\x9F\x80"},
-    {"surrogate", 65001, u"\uFFFD\uFFFD", "\xED\xA0\x80"},
-    {"above the last", 65001, u"\uFFFD\uFFFD\uFFFD", "\xF4\x90\x80\x80"},
-    {"932 lead byte at the end", 932, u"a\u30FB", "a\x81"},
-    {"932 lead byte takes its trail along", 932, u"\u30FBx", "\x81 x"},
-    {"932 lead byte leaves a NUL", 932, u"\u30FB\0b"sv, "\x81\0b"sv},
-    {"932 second code of one sign", 932, u"∵", "\xFA\x5B"},
-    {"UTF-7 without an end", 65000, u"部品", "+kOhUwQ"},
-    {"UTF-7 ended by a dot", 65000, u"部品.a", "+kOhUwQ.a"},
-    {"UTF-7 bits left over", 65000, u"部x", "+kOhU-x"},
-    {"UTF-7 high byte", 65000, u"\x80x", "\x80x"},
-    {"unknown page", 12345, u"", "abc"},
-};
-
-const Pair narrowed[] = {
-    {"unpaired high", 65001, u"a\xD800x", "a\xEF\xBF\xBDx"},
-    {"unpaired low ones", 65001, u"\xDC00\xDC00", "\xEF\xBF\xBD\xEF\xBF\xBD"},
-    {"932 without a form", 932, u"가✓", "??"},
-    {"932 counts units", 932, u"\U0001F600x", "??x"},
-    {"932 plain letters", 932, u"Éßñ¥×", "Esn\\\x81\x7E"},
-    {"932 wave dash and minus", 932, u"〜−", "??"},
-    {"932 one sign of two codes", 932, u"∵Ⅰ", "\x81\xE6\x87\x54"},
-    {"unknown page", 12345, u"abc", ""},
+    {"932 single and double", Both, 932, u"A\\~ｱ部品ソ", "A\\~\xB1\x95\x94\x95\x69\x83\x5C"},
+    {"932 vendor rows", Both, 932, u"①㈱髙∥～－￠", "\x87\x40\x87\x8A\xFB\xFC\x81\x61\x81\x60\x81\x7C\x81\x91"},
+    {"932 private use and odd singles", Both, 932, u"\uE000\uE757\x80\uF8F0\uF8F3", "\xF0\x40\xF9\xFC\x80\xA0\xFF"},
+    {"UTF-7 run and plus", Both, 65000, u"a+b 部品.x~", "a+-b +kOhUwQ-.x+AH4-"},
+    {"UTF-7 pair, padding, control", Both, 65000, u"\U0001F600x\x01\t\0"sv, "+2D3eAA-x+AAE-\t\0"sv},
+    {"byte that opens nothing", Widens, 65001, u"\uFFFDxyz567812345678", "\xFFxyz567812345678"},
+    {"cut before a letter", Widens, 65001, u"\uFFFDx", "\xE3\x81x"},
+    {"cut at the end", Widens, 65001, u"\uFFFD", "\xF0\x9F\x98"},
+    {"overlong slash", Widens, 65001, u"\uFFFD\uFFFD", "\xC0\xAF"},
+    {"overlong three", Widens, 65001, u"\uFFFD\uFFFD", "\xE0\x9F\x80"},
+    {"surrogate", Widens, 65001, u"\uFFFD\uFFFD", "\xED\xA0\x80"},
+    {"above the last", Widens, 65001, u"\uFFFD\uFFFD\uFFFD", "\xF4\x90\x80\x80"},
+    {"932 lead byte at the end", Widens, 932, u"a\u30FB", "a\x81"},
+    {"932 lead byte takes its trail along", Widens, 932, u"\u30FBx", "\x81 x"},
+    {"932 lead byte leaves a NUL", Widens, 932, u"\u30FB\0b"sv, "\x81\0b"sv},
+    {"932 second code of one sign", Widens, 932, u"∵", "\xFA\x5B"},
+    {"UTF-7 without an end", Widens, 65000, u"部品", "+kOhUwQ"},
+    {"UTF-7 ended by a dot", Widens, 65000, u"部品.a", "+kOhUwQ.a"},
+    {"UTF-7 bits left over", Widens, 65000, u"部x", "+kOhU-x"},
+    {"UTF-7 high byte", Widens, 65000, u"\x80x", "\x80x"},
+    {"unknown page", Widens, 12345, u"", "abc"},
+    {"unpaired high", Narrows, 65001, u"a\xD800x", "a\xEF\xBF\xBDx"},
+    {"unpaired low ones", Narrows, 65001, u"\xDC00\xDC00", "\xEF\xBF\xBD\xEF\xBF\xBD"},
+    {"932 without a form", Narrows, 932, u"가✓", "??"},
+    {"932 counts units", Narrows, 932, u"\U0001F600x", "??x"},
+    {"932 plain letters", Narrows, 932, u"Éßñ¥×", "Esn\\\x81\x7E"},
+    {"932 wave dash and minus", Narrows, 932, u"〜−", "??"},
+    {"932 one sign of two codes", Narrows, 932, u"∵Ⅰ", "\x81\xE6\x87\x54"},
+    {"unknown page", Narrows, 12345, u"abc", ""},
 };
 
 TEST(Text, ConvertsAndReplacesWhatHasNoForm)
 {
-    for (const auto& [label, page, wide, narrow] : exact_pairs) {
-        EXPECT_EQ(WidenText(narrow, page), wide) << label;
-        EXPECT_EQ(NarrowText(wide, page), narrow) << label;
-    }
-    for (const auto& [label, page, wide, narrow] : widened) {
-        EXPECT_EQ(WidenText(narrow, page), wide) << label;
-    }
-    for (const auto& [label, page, wide, narrow] : narrowed) {
-        EXPECT_EQ(NarrowText(wide, page), narrow) << label;
-    }
-}
-
-TEST(Text, RandomUnitsSurviveUnicodePages)
-{
-    std::mt19937 random(7);
-    for (int round = 0; round < 300; ++round) {
-        std::u16string wide;
-        while (wide.size() < random() % 40) {
-            const auto unit = static_cast<char16_t>(random() % 3 == 0 ? random() % 0x80 : random());
-            const bool surrogate = unit >= 0xD800 && unit < 0xE000;
-            wide += surrogate ? std::u16string{static_cast<char16_t>(unit & 0xDBFFU), u'\xDC17'} : std::u16string{unit};
-        }
-        EXPECT_EQ(WidenText(NarrowText(wide, 65001), 65001), wide) << round;
-        EXPECT_EQ(WidenText(NarrowText(wide, 65000), 65000), wide) << round;
+    for (const auto& [label, way, page, wide, narrow] : pairs) {
+        EXPECT_TRUE(way == Narrows || WidenText(narrow, page) == wide) << label;
+        EXPECT_TRUE(way == Widens || NarrowText(wide, page) == narrow) << label;
     }
 }
 
