@@ -2,6 +2,7 @@
 
 #include "desktop/control_widgets.h"
 #include "desktop/qt_keys.h"
+#include "desktop/readable_colours.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -50,6 +51,7 @@ CDialogFrame::CDialogFrame(IDialogFrameEvents& events, QWidget* owner)
 {
     // Of the application: a filter on the widgets themselves would miss those that hosted controls make later.
     qApp->installEventFilter(this);
+    setPalette(ReadableColours(QApplication::palette()));
 }
 
 bool CDialogFrame::eventFilter(QObject* watched, QEvent* event)
@@ -109,6 +111,14 @@ CDropDownList* CDialogFrame::OpenListAround(const QWidget& widget) const
     }
     auto* list = dynamic_cast<CDropDownList*>(popup->parentWidget());
     return list != nullptr && list->window() == this ? list : nullptr;
+}
+
+void CDialogFrame::changeEvent(QEvent* event)
+{
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        setPalette(ReadableColours(QApplication::palette()));
+    }
 }
 
 void CDialogFrame::closeEvent(QCloseEvent* event)

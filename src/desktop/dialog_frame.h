@@ -2,6 +2,8 @@
 // widget inside, hosted controls included, before that widget does.
 #pragma once
 
+#include "desktop/spoken_role.h"
+
 #include <QDialog>
 #include <QPointer>
 
@@ -32,6 +34,7 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 protected:
+    void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
@@ -41,6 +44,7 @@ private:
     bool FilterKey(QWidget& widget, QKeyEvent& event);
     [[nodiscard]] CDropDownList* OpenListAround(const QWidget& widget) const;
 
+    CSpokenRoles roles_;
     IDialogFrameEvents& events_;
     bool input_enabled_ = true;
     const QKeyEvent* last_key_ = nullptr; // compared, never read through

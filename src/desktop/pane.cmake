@@ -19,4 +19,4 @@ partkeep_library(partkeep_pane
     pane/part_pictures.cpp
     pane/part_row_delegate.cpp
     pane/server_tree_model.cpp
-  LINK partkeep_part_pages Qt6::Widgets)
+  LINK partkeep_part_pages partkeep_readable_colours Qt6::Widgets)

@@ -144,7 +144,6 @@ void CBrowserPane::MakeTree()
     tree_->setAccessibleName(Text(PaneText::Servers));
     tree_->setModel(servers_.get());
     tree_->setIconSize({20, 20});
-    tree_->setStyleSheet(QStringLiteral("QTreeView::item { min-height: 30px; }"));
     tree_->setMinimumWidth(110);
 }
 
@@ -203,6 +202,7 @@ void CBrowserPane::Connect()
 void CBrowserPane::DrawIcons()
 {
     const QPalette& colours = palette();
+    StyleMenu(*places_menu_);
     servers_->SetIcons(DrawPaneIcon(PaneIcon::Server, colours), DrawPaneIcon(PaneIcon::ServerAway, colours),
                        DrawPaneIcon(PaneIcon::Folder, colours));
     places_button_->setIcon(DrawPaneIcon(PaneIcon::Star, colours));
@@ -230,6 +230,7 @@ void CBrowserPane::ColumnMenu(int column, const QPoint& place)
 {
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
+    StyleMenu(*menu);
     FillColumnMenu(*menu, {list_->Header(), column, settings_.language, pictures_shown_,
                            [this](int by, Qt::SortOrder order) { list_->Header().setSortIndicator(by, order); },
                            [this](bool shown) { ShowPictures(shown); }});
@@ -246,7 +247,7 @@ void CBrowserPane::FillPlacesMenu()
     toggle->setShortcut(Qt::CTRL | Qt::Key_D);
     toggle->setEnabled(session_->CurrentFolder().id != 0);
     const auto add_places = [this](PaneText title, const QList<PanePlace>& places) {
-        places_menu_->addSection(Text(title));
+        AddMenuTitle(*places_menu_, Text(title));
         for (const PanePlace& place : places) {
             QString name = place.server + (place.folder.isEmpty() ? QString() : u'\\' + place.folder);
             places_menu_->addAction(name.replace(u'&', QStringLiteral("&&")), this, [this, place] { GoTo(place); });

@@ -1,5 +1,8 @@
 #include "desktop/pane/column_menu.h"
 
+#include "desktop/readable_colours.h"
+
+#include <QApplication>
 #include <QHeaderView>
 
 #include <algorithm>
@@ -41,7 +44,7 @@ void AddColumnEntries(QMenu& menu, const ColumnMenuState& state)
     QHeaderView& header = state.header;
     const int column = state.column;
     const auto text = [&state](PaneText which) { return PaneString(which, state.language); };
-    menu.addSection(header.model()->headerData(column, Qt::Horizontal).toString());
+    AddMenuTitle(menu, header.model()->headerData(column, Qt::Horizontal).toString());
     const auto sort = state.sort;
     menu.addAction(text(PaneText::SortUp), [sort, column] { sort(column, Qt::AscendingOrder); });
     menu.addAction(text(PaneText::SortDown), [sort, column] { sort(column, Qt::DescendingOrder); });
@@ -64,12 +67,37 @@ void AddChoice(QMenu& menu, const ColumnMenuState& state, int column)
 
 } // namespace
 
+void StyleMenu(QMenu& menu)
+{
+    menu.setPalette(ReadableColours(QApplication::palette()));
+    const QPalette colours = menu.palette();
+    const QColor faint = FaintText(colours.color(QPalette::WindowText), colours.color(QPalette::Window));
+    menu.setStyleSheet(
+        QStringLiteral("QMenu::item { padding: 7px 16px 7px 28px; } QMenu::indicator { left: 8px; }"
+                       "QMenu::item:selected { background: palette(highlight); color: palette(highlighted-text); }"
+                       "QMenu::item:disabled { color: %1; background: transparent; }"
+                       "QMenu::separator { height: 1px; background: palette(mid); }")
+            .arg(faint.name()));
+}
+
+void AddMenuTitle(QMenu& menu, const QString& text)
+{
+    if (!menu.isEmpty()) {
+        menu.addSeparator();
+    }
+    QAction* title = menu.addAction(text);
+    title->setEnabled(false);
+    QFont font = title->font();
+    font.setBold(true);
+    title->setFont(font);
+}
+
 void FillColumnMenu(QMenu& menu, const ColumnMenuState& state)
 {
     if (state.column >= 0) {
         AddColumnEntries(menu, state);
     }
-    menu.addSection(PaneString(PaneText::Columns, state.language));
+    AddMenuTitle(menu, PaneString(PaneText::Columns, state.language));
     for (int column = 0; column < state.header.count(); ++column) {
         AddChoice(menu, state, column);
     }

@@ -20,6 +20,12 @@ struct ColumnMenuState {
     std::function<void(bool shown)> show_pictures;
 };
 
+// Entries that a finger can tell apart, in the colours of the palette.
+void StyleMenu(QMenu& menu);
+
+// A heading for the entries that follow. The toolkit's own sections lose their text to a style.
+void AddMenuTitle(QMenu& menu, const QString& text);
+
 // Fills the menu; the last shown column cannot be hidden.
 void FillColumnMenu(QMenu& menu, const ColumnMenuState& state);
 

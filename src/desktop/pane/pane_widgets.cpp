@@ -3,8 +3,26 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QScroller>
+#include <QStyledItemDelegate>
 
 namespace partkeep {
+
+namespace {
+
+constexpr int tree_row = 30; // to be hit by a finger's tip
+
+// A style sheet would do it too, and cut the tree off from the dialog's colours.
+class CTallRows : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        return QStyledItemDelegate::sizeHint(option, index).expandedTo({0, tree_row});
+    }
+};
+
+} // namespace
 
 CServerTree::CServerTree(IPartListEvents& events, QWidget* parent) : QTreeView(parent), events_(events)
 {
@@ -15,6 +33,7 @@ CServerTree::CServerTree(IPartListEvents& events, QWidget* parent) : QTreeView(p
     setTabKeyNavigation(false);
     setVerticalScrollMode(ScrollPerPixel);
     setTextElideMode(Qt::ElideNone);
+    setItemDelegate(new CTallRows(this));
     header()->setStretchLastSection(false);
     header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     QScroller::grabGesture(viewport(), QScroller::TouchGesture);
