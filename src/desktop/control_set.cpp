@@ -178,21 +178,21 @@ int CControlSet::NextStop(int id, bool forward) const
 
 void CControlSet::NameForAccessibility(const std::vector<QWidget*>& panels) const
 {
-    std::vector<QWidget*> nameless = panels;
     for (const DialogControl& control : controls_) {
-        if (control.widget == nullptr) {
-            continue;
-        }
         const auto* label = qobject_cast<const QLabel*>(control.widget.data());
         if (label != nullptr && label->buddy() != nullptr) {
             label->buddy()->setAccessibleName(SpokenCaption(control.caption));
         }
-        if (!TakesCaption(control.kind) && control.widget->accessibleName().isEmpty()) {
+    }
+    std::vector<QWidget*> nameless = panels;
+    for (const DialogControl& control : controls_) {
+        if (control.widget != nullptr && !TakesCaption(control.kind) && control.widget->accessibleName().isEmpty()) {
             nameless.push_back(control.widget);
         }
     }
     for (QWidget* widget : nameless) {
-        widget->setAccessibleName(LabelAbove(widget->geometry()));
+        const QString above = LabelAbove(widget->geometry());
+        widget->setAccessibleName(above.isEmpty() ? widget->window()->windowTitle() : above);
     }
 }
 

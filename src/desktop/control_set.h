@@ -53,7 +53,7 @@ public:
     // none at all.
     [[nodiscard]] int NextStop(int id, bool forward) const;
 
-    // Names each control that has no caption of its own after the label before it, or above it.
+    // Names each control that has no caption of its own after the label before it or above it, else after the window.
     void NameForAccessibility(const std::vector<QWidget*>& panels) const;
 
 private:

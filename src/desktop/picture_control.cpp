@@ -1,6 +1,7 @@
 #include "desktop/picture_control.h"
 
 #include "controls/zan_pic_ctrl.h"
+#include "desktop/spoken_role.h"
 #include "platform/files.h"
 
 #include <QFile>
@@ -28,6 +29,7 @@ QImage ReadPicture(std::u16string_view path)
 CPictureWidget::CPictureWidget(QWidget* parent) : QWidget(parent)
 {
     setFocusPolicy(Qt::TabFocus);
+    SetSpokenRole(*this, QAccessible::Graphic);
 }
 
 void CPictureWidget::SetImage(const QImage& image)

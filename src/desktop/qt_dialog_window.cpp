@@ -179,7 +179,6 @@ void CQtDialogWindow::Close()
         return;
     }
     qApp->removeEventFilter(frame_);
-    frame_->disconnect();
     frame_->hide();
     if (calls_ > 0) { // from inside one of its own events
         frame_->deleteLater();
@@ -218,8 +217,8 @@ void CQtDialogWindow::BringUp()
     frame_->show();
     if (!modeless_) {
         frame_->activateWindow();
-    } else if (active) {
-        active->activateWindow(); // not every platform heeds the attribute
+    } else if (QWidget* keeps_the_keys = active ? active : owner_) {
+        keeps_the_keys->activateWindow(); // not every platform heeds the attribute
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "desktop/qt_device_context.h"
 #include "desktop/qt_values.h"
+#include "desktop/spoken_role.h"
 
 #include <QPainter>
 
@@ -10,6 +11,7 @@ namespace partkeep {
 CPanelFrame::CPanelFrame(QWidget* parent) : QFrame(parent)
 {
     setFrameStyle(QFrame::Panel | QFrame::Sunken);
+    SetSpokenRole(*this, QAccessible::Graphic);
 }
 
 void CPanelFrame::paintEvent(QPaintEvent* event)

@@ -1,5 +1,7 @@
 #include "desktop/qt_toolbar.h"
 
+#include "desktop/spoken_role.h"
+
 #include <QHBoxLayout>
 #include <QHelpEvent>
 #include <QImage>
@@ -68,6 +70,7 @@ QIcon ToIcon(const QImage& image)
 CQtToolbar::CQtToolbar(const ToolbarTemplate& toolbar, QWidget* parent, const Command& command) : QFrame(parent)
 {
     hide();
+    SetSpokenRole(*this, QAccessible::ToolBar);
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(bar_margin, bar_margin, bar_margin, bar_margin);
     row->setSpacing(0);
