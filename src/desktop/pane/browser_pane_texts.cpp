@@ -57,7 +57,9 @@ void CBrowserPane::UpdateTexts()
     problem_text_->setText(problem);
     problem_text_->setToolTip(problem);
     problem_line_->setAccessibleName(problem);
-    problem_line_->setVisible(!problem.isEmpty());
+    if (!list_->Pressed()) {
+        problem_line_->setVisible(!problem.isEmpty());
+    }
     export_button_->setEnabled(model_->rowCount() > 0);
 }
 

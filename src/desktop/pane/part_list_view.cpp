@@ -350,6 +350,7 @@ void CPartListView::Act(bool clicked, const Base& base)
 
 void CPartListView::mousePressEvent(QMouseEvent* event)
 {
+    pressed_ = true;
     const bool beside = IsPlainPress(*event) && !indexAt(event->position().toPoint()).isValid();
     Act(event->button() == Qt::LeftButton, [&] {
         QAbstractItemView::mousePressEvent(event);
@@ -366,11 +367,16 @@ void CPartListView::mouseMoveEvent(QMouseEvent* event)
         hovered_row_ = row;
         viewport()->update();
     }
+    if (event->buttons() == Qt::NoButton) { // passing by is no action, and costs no look at the library
+        QAbstractItemView::mouseMoveEvent(event);
+        return;
+    }
     Act(false, [&] { QAbstractItemView::mouseMoveEvent(event); });
 }
 
 void CPartListView::mouseReleaseEvent(QMouseEvent* event)
 {
+    pressed_ = false;
     Act(false, [&] { QAbstractItemView::mouseReleaseEvent(event); });
 }
 

@@ -37,6 +37,8 @@ public:
     CPartListView& operator=(const CPartListView&) = delete;
 
     [[nodiscard]] QHeaderView& Header() const { return *header_; }
+    // A button is held: what would move the rows under the pointer has to wait.
+    [[nodiscard]] bool Pressed() const { return pressed_; }
     void SetRowHeight(int height);
     [[nodiscard]] int RowHeight() const { return row_height_; }
     // Shown in place of rows while there are none.
@@ -91,6 +93,7 @@ private:
     QHeaderView* header_;
     int row_height_ = 36;
     int hovered_row_ = -1;
+    bool pressed_ = false;
     QString empty_text_;
 };
 
