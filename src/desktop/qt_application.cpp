@@ -62,7 +62,13 @@ std::shared_ptr<QApplication> MakeApplication()
     static int count = 1;
     static char name[] = "partkeep-read";
     static char* arguments[] = {name, nullptr};
-    auto application = std::make_shared<QApplication>(count, static_cast<char**>(arguments));
+    // The setting outlives the application, and the host may yet make one of its own.
+    const bool quits = QApplication::quitOnLastWindowClosed();
+    std::shared_ptr<QApplication> application(new QApplication(count, static_cast<char**>(arguments)),
+                                              [quits](QApplication* made) {
+                                                  delete made;
+                                                  QApplication::setQuitOnLastWindowClosed(quits);
+                                              });
     QApplication::setQuitOnLastWindowClosed(false);
     return application;
 }
