@@ -6,4 +6,14 @@ if(TARGET partkeep_library_fixture)
   partkeep_test(pane_test
     SOURCES pane_pages_test.cpp pane_selection_test.cpp pane_state_test.cpp pane_trouble_test.cpp
     LINK partkeep_played_pane)
+
+  partkeep_test(whole_dialog_test
+    SOURCES whole_dialog_test.cpp
+    LINK partkeep_played_pane partkeep_qt_windows partkeep_host partkeep_test_support)
+  # Once per scale of the screen: the scale counts from the start of a process.
+  foreach(scale IN ITEMS 1.5 2)
+    add_test(NAME whole_dialog_test_at_${scale} COMMAND whole_dialog_test --gtest_filter=*Looks*)
+    set_tests_properties(whole_dialog_test_at_${scale} PROPERTIES
+      TIMEOUT 300 ENVIRONMENT "QT_SCALE_FACTOR=${scale}")
+  endforeach()
 endif()

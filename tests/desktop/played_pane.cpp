@@ -1,27 +1,63 @@
 #include "tests/desktop/played_pane.h"
 
 #include "desktop/pane/part_browser_factory.h"
-#include "tests/desktop/played_user.h"
-
-#include <QFrame>
-#include <QLabel>
 
 namespace partkeep {
 
-namespace {
-
-std::string Joined(const QStringList& names)
+void Settle(CBrowserPane& pane)
 {
+    do {
+        Settle();
+    } while (pane.HasWork());
+}
+
+std::string ShownIn(CBrowserPane& pane)
+{
+    QStringList names;
+    for (int row = 0; row < pane.Model().rowCount(); ++row) {
+        names += pane.Model().index(row, 0).data().toString();
+    }
     return names.join(u' ').toStdString();
 }
 
-} // namespace
+void ClickRow(CBrowserPane& pane, int row, Qt::KeyboardModifiers modifiers)
+{
+    Settle(pane);
+    ClickAt(*pane.List().viewport(), pane.List().visualRect(pane.Model().index(row, 0)).center(), modifiers);
+    Settle(pane);
+}
+
+void ClickInTree(CBrowserPane& pane, const QString& server, const QString& name)
+{
+    auto& tree = *pane.findChild<CServerTree*>();
+    const QAbstractItemModel& model = *tree.model();
+    for (const QModelIndex& index :
+         model.match(model.index(0, 0), Qt::DisplayRole, name, -1, Qt::MatchExactly | Qt::MatchRecursive)) {
+        QModelIndex top = index;
+        while (top.parent().isValid()) {
+            top = top.parent();
+        }
+        if (top.data().toString() == server) {
+            tree.scrollTo(index);
+            ClickAt(*tree.viewport(), tree.visualRect(index).center());
+        }
+    }
+    Settle(pane);
+}
+
+QToolButton* ButtonIn(CBrowserPane& pane, const QString& text)
+{
+    const auto buttons = pane.findChildren<QToolButton*>();
+    const auto found = std::find_if(buttons.begin(), buttons.end(),
+                                    [&](const QToolButton* button) { return button->accessibleName() == text; });
+    return found != buttons.end() ? *found : nullptr;
+}
 
 CPlayedPane::CPlayedPane(const CTestLibraries& libraries, const PaneStart& start)
 {
     CPartBrowserFactory factory(
         CLibraryFolder(libraries.Folder()), [&start] { return start.language; },
-        libraries.Folder() + QStringLiteral("/places/browser.json"));
+        libraries.Folder() + u"/places/browser.json"_s);
     QWidget* widget = nullptr;
     browser.Attach(factory.Create(part_browser_class_id, &window, widget));
     pane = static_cast<CBrowserPane*>(widget);
@@ -36,7 +72,7 @@ CPlayedPane::CPlayedPane(const CTestLibraries& libraries, const PaneStart& start
     browser.ConnectServer(start.server);
     browser.SetCurrentServer(start.server);
     browser.SetCurrentFolder(start.folder);
-    Settle();
+    Settle(*pane);
 }
 
 std::string CPlayedPane::Selected()
@@ -50,75 +86,19 @@ std::string CPlayedPane::Selected()
         browser.GetSelectedPart(i, server, folder, name);
         names += QString::fromUtf8(name);
     }
-    return Joined(names);
-}
-
-std::string CPlayedPane::Shown()
-{
-    QStringList names;
-    for (int row = 0; row < pane->Model().rowCount(); ++row) {
-        names += pane->Model().index(row, 0).data().toString();
-    }
-    return Joined(names);
-}
-
-std::string CPlayedPane::Cell(int row, PartColumn column)
-{
-    return pane->Model().index(row, static_cast<int>(column)).data().toString().toStdString();
+    return names.join(u' ').toStdString();
 }
 
 std::string CPlayedPane::ProblemLine()
 {
-    const QWidget* line = Button(QStringLiteral("Try again"))->parentWidget();
+    const QWidget* line = ButtonIn(*pane, u"Try again"_s)->parentWidget();
     return line->isVisible() ? line->accessibleName().toStdString() : std::string();
-}
-
-QToolButton* CPlayedPane::Button(const QString& text)
-{
-    for (QToolButton* button : pane->findChildren<QToolButton*>()) {
-        if (button->accessibleName() == text) {
-            return button;
-        }
-    }
-    return nullptr;
-}
-
-void CPlayedPane::ClickRow(int row, Qt::KeyboardModifiers modifiers)
-{
-    const QRect place = List().visualRect(pane->Model().index(row, 0));
-    QTest::mouseClick(List().viewport(), Qt::LeftButton, modifiers, place.center());
-    Settle();
-}
-
-void CPlayedPane::ClickBeside()
-{
-    QTest::mouseClick(List().viewport(), Qt::LeftButton, Qt::NoModifier,
-                      List().viewport()->rect().bottomLeft() + QPoint(9, -9));
-    Settle();
-}
-
-void CPlayedPane::ClickFolder(const QString& server, const QString& name)
-{
-    const QAbstractItemModel& model = *Tree().model();
-    const QModelIndexList found =
-        model.match(model.index(0, 0), Qt::DisplayRole, name, -1, Qt::MatchExactly | Qt::MatchRecursive);
-    for (const QModelIndex& index : found) {
-        QModelIndex top = index;
-        while (top.parent().isValid()) {
-            top = top.parent();
-        }
-        if (top.data().toString() == server) {
-            Tree().scrollTo(index);
-            QTest::mouseClick(Tree().viewport(), Qt::LeftButton, Qt::NoModifier, Tree().visualRect(index).center());
-        }
-    }
-    Settle();
 }
 
 void CPlayedPane::Key(Qt::Key key, Qt::KeyboardModifiers modifiers)
 {
     QTest::keyClick(window.focusWidget(), key, modifiers);
-    Settle();
+    Settle(*pane);
 }
 
 void CPlayedPane::Type(const QString& text)
@@ -126,19 +106,7 @@ void CPlayedPane::Type(const QString& text)
     for (const QChar letter : text) {
         QTest::keyClicks(window.focusWidget(), letter);
     }
-    Settle();
-}
-
-void CPlayedPane::Settle()
-{
-    do {
-        partkeep::Settle();
-    } while (pane->HasWork());
-}
-
-int CPlayedPane::TakeClicks()
-{
-    return std::exchange(clicks_, 0);
+    Settle(*pane);
 }
 
 } // namespace partkeep

@@ -1,6 +1,9 @@
 #include "tests/desktop/played_user.h"
 
 #include <QApplication>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
 #include <QTest>
 #include <QThread>
 #include <QTimer>
@@ -76,8 +79,11 @@ void ScheduleNext(const std::shared_ptr<Play>& play)
 
 void CloseEverything()
 {
-    for (QWidget* window : QApplication::topLevelWidgets()) {
-        window->close();
+    const QWidgetList all = QApplication::topLevelWidgets();
+    for (const QPointer<QWidget>& window : QList<QPointer<QWidget>>(all.begin(), all.end())) {
+        if (window) {
+            window->close();
+        }
     }
 }
 
@@ -115,12 +121,16 @@ QWidget* ControlOf(int number, int id)
     return window == nullptr ? nullptr : window->findChild<QWidget*>(QString::number(id));
 }
 
+void ClickAt(QWidget& widget, const QPoint& place, Qt::KeyboardModifiers modifiers)
+{
+    QTest::mouseClick(widget.window()->windowHandle(), Qt::LeftButton, modifiers, widget.mapTo(widget.window(), place));
+}
+
 void Click(int number, int id)
 {
     QWidget* control = ControlOf(number, id);
     ASSERT_NE(control, nullptr) << number << "/" << id;
-    const QPoint place = control->mapTo(control->window(), control->rect().center());
-    QTest::mouseClick(control->window()->windowHandle(), Qt::LeftButton, {}, place);
+    ClickAt(*control, control->rect().center());
 }
 
 void PressKey(int number, Qt::Key key, Qt::KeyboardModifiers modifiers)
@@ -134,11 +144,20 @@ void PressKey(int number, Qt::Key key, Qt::KeyboardModifiers modifiers)
 void TypeKeys(int number, const QString& text)
 {
     for (const QChar character : text) {
-        QWidget* window = WindowOf(number);
-        ASSERT_NE(window, nullptr) << number;
-        ASSERT_TRUE(window->isActiveWindow()) << number;
-        QTest::keyClick(window->windowHandle(), character.toLatin1());
+        PressKey(number, static_cast<Qt::Key>(character.toUpper().unicode()));
     }
+}
+
+QString AnswerMessage()
+{
+    auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    if (box == nullptr) {
+        ADD_FAILURE() << "no message";
+        return {};
+    }
+    const QString text = box->text();
+    ClickAt(*box->buttons().front(), box->buttons().front()->rect().center());
+    return text;
 }
 
 void Settle()

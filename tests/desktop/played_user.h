@@ -20,6 +20,7 @@ void PlayWhile(std::vector<UserStep> steps, const std::function<void()>& run);
 [[nodiscard]] QWidget* ControlOf(int number, int id);
 
 // Real events, by way of the window: what the window system would send.
+void ClickAt(QWidget& widget, const QPoint& place, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 void Click(int number, int id);
 void PressKey(int number, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 void TypeKeys(int number, const QString& text);
@@ -38,6 +39,9 @@ void TypeKeys(int number, const QString& text);
 {
     return [=] { TypeKeys(number, text); };
 }
+
+// Presses the message box that is up and gives its text.
+QString AnswerMessage();
 
 // Lets the loop handle what is posted.
 void Settle();
