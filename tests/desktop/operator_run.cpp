@@ -1,13 +1,9 @@
 #include "tests/desktop/operator_run.h"
 
 #include "platform/files.h"
-#include "platform/text.h"
 #include "resources/resource_ids.h"
 #include "settings/process_values.h"
 
-#include <algorithm>
-#include <iterator>
-#include <map>
 #include <sstream>
 
 namespace partkeep {
@@ -16,7 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Notes the name of each operation on its way to the session.
+// Notes the name of each operation on its way to the session, and a click that does not wait for its end.
 class CNotingControl : public IHostedControl {
 public:
     CNotingControl(Recorder& recorder, std::shared_ptr<CBrowserSession> session)
@@ -28,26 +24,31 @@ public:
                          ControlType result) override
     {
         recorder_.Note("call " + std::string(FindBrowserSignature(dispatch_id)->name));
-        return control_.Invoke(dispatch_id, kind, arguments, result);
+        ++inside_;
+        ControlResult answer = control_.Invoke(dispatch_id, kind, arguments, result);
+        --inside_;
+        return answer;
     }
-    void SetEventSink(std::function<void(std::int32_t)> sink) override { control_.SetEventSink(std::move(sink)); }
+    void SetEventSink(std::function<void(std::int32_t)> sink) override
+    {
+        control_.SetEventSink([this, sink = std::move(sink)](std::int32_t event) {
+            EXPECT_EQ(inside_, 0) << "an event inside a call";
+            sink(event);
+        });
+    }
 
 private:
     Recorder& recorder_;
     CSessionControl control_;
+    int inside_ = 0;
 };
-
-std::u16string Wide(const std::string& text)
-{
-    return WidenText(text, utf8_code_page);
-}
 
 std::string Narrow(const std::u16string& text)
 {
     return NarrowText(text, utf8_code_page);
 }
 
-Texts Words(const std::string& text)
+Lines Words(const std::string& text)
 {
     std::istringstream stream(text);
     return {std::istream_iterator<std::string>(stream), {}};
@@ -58,70 +59,50 @@ QString Qt(const std::string& text)
     return QString::fromStdString(text);
 }
 
-Texts BehindPrefix(const Texts& lines, const std::string& prefix)
-{
-    Texts found;
-    for (const std::string& line : lines) {
-        if (line.starts_with(prefix)) {
-            found.push_back(line.substr(prefix.size()));
-        }
-    }
-    return found;
-}
-
 const std::map<std::string, int> tools = {
     {"PART", RES_FILTER_PART}, {"NCT", RES_FILTER_NCT}, {"LASER", RES_FILTER_LASER}, {"MARVEN", RES_FILTER_MARVEN}};
 
+// In terms of each other, too.
 const std::map<std::string, std::string> call_groups = {
     {"start", "SetDisplayUnit SetPartFilter SetServerList MoveFocus ConnectServer SetCurrentServer"},
-    {"restart", "SetCurrentFolder SetDisplayUnit SetPartFilter SetServerList SetViewState MoveFocus ConnectServer "
-                "SetCurrentServer"},
     {"folder", "OpenFolderSelection SetCurrentFolder"},
     {"count", "GetSelectedPartCount"},
-    // A click for the server and one for the folder.
-    {"go", "GetSelectedPartCount GetCurrentServer GetSelectedPartCount GetCurrentServer"},
-    {"click", "GetSelectedPartCount GetSelectedPart ReadPartAttributes GetCurrentFolder ReadPartImage ReadPartImage "
-              "ReadPartImage GetLastStatus"},
+    {"none", "GetSelectedPartCount GetCurrentServer"},
+    {"go", "none none"}, // a click for the server and one for the folder
+    {"click", "count GetSelectedPart ReadPartAttributes GetCurrentFolder ReadPartImage*3 GetLastStatus"},
     {"png", "SetTargetFolder SetDataKind GetPreviewFileTitle"},
     {"into", "SetDataKind SetTargetFolder"},
     {"named", "GetCurrentServer GetCurrentFolder GetSelectedPart"},
     {"copy", "SetDataKind CopyPartFiles"},
-    {"staged", "GetCurrentServer GetCurrentFolder GetSelectedPart GetCurrentServer GetCurrentFolder GetSelectedPart "
-               "ReadPartAttributes SetDataKind CopyPartFiles"},
-    {"staged2", "GetCurrentServer GetCurrentFolder GetSelectedPart GetCurrentServer GetCurrentFolder GetSelectedPart "
-                "ReadPartAttributes SetDataKind CopyPartFiles SetDataKind CopyPartFiles"},
+    {"staged", "named named ReadPartAttributes copy"},
+    {"staged2", "staged copy"},
     {"clear", "SelectAllParts"},
     {"leave", "GetServerList GetCurrentServer GetViewStateCount GetViewState DisconnectServer"},
 };
 
 } // namespace
 
-std::string Joined(const Texts& texts)
+std::string Joined(const Lines& texts)
 {
     std::string joined;
     for (const std::string& text : texts) {
-        joined += (joined.empty() ? "" : " ") + text;
+        joined += (joined.empty() ? "" : "; ") + text;
     }
     return joined;
 }
 
 std::string ServersFile(const std::string& server, const std::string& folder, const std::string& unit,
-                        const Texts& servers, const std::string& view)
+                        const std::string& servers, const std::string& view)
 {
-    std::string text = server + "\n" + folder + "\n" + unit + "\n";
-    for (const std::string& name : servers) {
-        text += name + "\n";
-    }
-    const Texts sort = Words(view);
-    text += "-9999\n30\n19280\n1\n0\n" + sort[0] + "\n" + sort[1] + "\n0\n";
+    std::string text = server + "\r\n" + folder + "\r\n" + unit + "\r\n";
+    std::string values = servers + " -9999 30 19280 1 0 " + view + " 0";
     for (int column = 0; column < 8; ++column) {
-        text += "-1\n0\n0\n";
+        values += " -1 0 0";
     }
-    std::string stored;
-    for (const char byte : text) {
-        stored += byte == '\n' ? std::string("\r\n") : std::string(1, byte);
+    for (const std::string& value : Words(values)) {
+        text += value + "\r\n";
     }
-    return stored;
+    return text;
 }
 
 std::string OptionsFile(bool prompt, int filter)
@@ -131,19 +112,88 @@ std::string OptionsFile(bool prompt, int filter)
            "</FilterState>\r\n</ZanPartkeepReadConfig>";
 }
 
-Texts ExpandCalls(const std::string& shorthand)
+Lines ExpandCalls(const std::string& shorthand)
 {
-    Texts calls;
+    Lines calls;
     for (const std::string& word : Words(shorthand)) {
         const std::size_t star = word.find('*');
         const auto group = call_groups.find(word.substr(0, star));
-        const Texts names = group != call_groups.end() ? Words(group->second) : Texts{word.substr(0, star)};
+        const Lines names = group != call_groups.end() ? ExpandCalls(group->second) : Lines{word.substr(0, star)};
         for (int left = star == std::string::npos ? 1 : std::stoi(word.substr(star + 1)); left > 0; --left) {
             calls.insert(calls.end(), names.begin(), names.end());
         }
     }
     return calls;
 }
+
+// What each step does. Steps that open the keypad take the quantity that it is given, "-" to cancel it, or nothing
+// where it does not open.
+struct COperatorRun::Verbs {
+    using Verb = std::function<void(COperatorRun& run, CScriptedWindow& window, const Lines& words)>;
+
+    static const std::map<std::string, Verb> all;
+};
+
+const std::map<std::string, COperatorRun::Verbs::Verb> COperatorRun::Verbs::all = {
+    {"add", [](auto& run, auto& window, auto& words) { run.PressWithKeypad(window, RES_ADD, words[1]); }},
+    {"load", [](auto& run, auto& window, auto& words) { run.PressWithKeypad(window, RES_LOAD, words[1]); }},
+    {"enter", [](auto&, auto& window, auto&) { window.PressKey({key_return}); }},
+    {"escape", [](auto&, auto& window, auto&) { window.PressKey({key_escape}); }},
+    {"all", [](auto&, auto& window, auto&) { window.PressKey({key_a, true, false}); }},
+    {"cancel", [](auto&, auto& window, auto&) { window.PressButton(id_cancel); }},
+    {"ask", [](auto&, auto& window, auto&) { window.PressButton(RES_ASK_QUANTITY); }},
+    {"filter", [](auto&, auto& window, auto& words) { window.PressButton(tools.at(words[1])); }},
+    {"unit", [](auto&, auto& window, auto& words) { window.ChooseEntry(RES_UNIT, words[1] == "inch" ? 1 : 0); }},
+    // In the list's window, by row.
+    {"hide", [](auto& run, auto&, auto&) { run.windows.Find(RES_SELECTED_PARTS_DIALOG)->PressCloseBox(); }},
+    {"remove",
+     [](auto& run, auto&, auto& words) {
+         CScriptedWindow* list = run.windows.Find(RES_SELECTED_PARTS_DIALOG);
+         list->SelectRows(RES_PART_LIST, {std::stoi(words[1])});
+         list->PressButton(RES_REMOVE);
+     }},
+    {"change",
+     [](auto& run, auto&, auto& words) {
+         CScriptedWindow* list = run.windows.Find(RES_SELECTED_PARTS_DIALOG);
+         list->SelectRows(RES_PART_LIST, {std::stoi(words[1])});
+         run.PressWithKeypad(*list, RES_CHANGE_QUANTITY, words[2]);
+     }},
+    // In the browser.
+    {"go",
+     [](auto& run, auto&, auto& words) {
+         EXPECT_TRUE(run.session_->OpenServer(Qt(words[1])) && run.session_->OpenFolder(Qt(words[2])));
+     }},
+    {"select",
+     [](auto& run, auto&, auto& words) {
+         QStringList names;
+         std::transform(words.begin() + 1, words.end() - 1, std::back_inserter(names), Qt);
+         EXPECT_TRUE(run.session_->SelectParts(names));
+     }},
+    {"first",
+     [](auto& run, auto&, auto& words) {
+         auto ids = run.session_->Library()->Parts().Ids(run.session_->ListView()).value();
+         ids.resize(std::stoul(words[1]));
+         run.session_->Select(ids);
+     }},
+    {"none", [](auto& run, auto&, auto&) { run.session_->Select({}); }},
+    {"sort", [](auto& run, auto&, auto&) { run.session_->SortBy(PartColumn::Thickness, true); }},
+    // On the disk.
+    {"lose", [](auto& run, auto&, auto& words) { EXPECT_TRUE(fs::remove(run.folder.Path("Work/" + words[1]))); }},
+    {"vanish",
+     [](auto& run, auto&, auto& words) { EXPECT_TRUE(fs::remove(run.LibraryFile(Qt(words[1])).toStdString())); }},
+    {"delete",
+     [](auto& run, auto&, auto& words) {
+         LibraryProblem problem;
+         const auto writer = CLibraryWriter::Open(run.LibraryFile(run.session_->CurrentServer()), problem);
+         EXPECT_TRUE(writer != nullptr && writer->Begin() &&
+                     writer->RemovePart(run.session_->CurrentFolder().id, Qt(words[1])) && writer->Commit());
+     }},
+    {"disk",
+     [](auto& run, auto&, auto& words) {
+         run.disk_.emplace(run.folder.Path("Work"), "2m");
+         words[1] == "readonly" ? run.disk_->SetReadOnly(true) : run.disk_->Fill(std::stoul(words[1]));
+     }},
+};
 
 COperatorRun::COperatorRun(const fs::path& source)
 {
@@ -167,120 +217,38 @@ COperatorRun::~COperatorRun()
     TheProcessValues() = {};
 }
 
-HostResult COperatorRun::Play(PartkeepReadImpl& host, bool multi, const Texts& steps)
+void COperatorRun::Script(const std::string& steps)
 {
     std::vector<UserAction> actions;
-    for (const std::string& step : steps) {
+    for (const std::string& step : Steps(steps)) {
         actions.emplace_back([this, step](CScriptedWindow& window) {
             SCOPED_TRACE(step);
-            Do(window, step);
+            if (step.starts_with("place ")) {
+                EXPECT_EQ(Words("place " + Place(window)), Words(step));
+                return;
+            }
+            Lines words = Words(step);
+            words.emplace_back(); // for a step without a quantity
+            Verbs::all.at(words[0])(*this, window, words);
         });
     }
     windows.Play(RES_SELECTION_DIALOG, std::move(actions));
+}
+
+HostResult COperatorRun::Play(PartkeepReadImpl& host, bool multi, const std::string& steps)
+{
+    Script(steps);
     return multi ? host.InvokePartkeepMultiSelection(1) : host.InvokePartkeep();
 }
 
-// "add", "load" and "change" take the quantity that the keypad is given, "-" to cancel it, or nothing where it
-// does not open.
-void COperatorRun::Do(CScriptedWindow& window, const std::string& step)
-{
-    Texts words = Words(step);
-    const std::string verb = words.front();
-    words.erase(words.begin());
-    const std::string first = words.empty() ? "" : words.front();
-    if (verb == "add" || verb == "load") {
-        PlayKeypad(first);
-        window.PressButton(verb == "add" ? RES_ADD : RES_LOAD);
-    } else if (verb == "enter") {
-        window.PressKey({key_return, false, false});
-    } else if (verb == "cancel") {
-        window.PressButton(id_cancel);
-    } else if (verb == "escape") {
-        window.PressKey({key_escape, false, false});
-    } else if (verb == "all") {
-        window.PressKey({key_a, true, false});
-    } else if (verb == "ask") {
-        window.PressButton(RES_ASK_QUANTITY);
-    } else if (verb == "filter") {
-        window.PressButton(tools.at(first));
-    } else if (verb == "unit") {
-        window.ChooseEntry(RES_UNIT, first == "inch" ? 1 : 0);
-    } else if (verb == "place") {
-        EXPECT_EQ(Joined(Words(Place(window))), Joined(words));
-    } else if (verb == "remove" || verb == "change" || verb == "hide") {
-        DoInList(verb, words);
-    } else if (verb == "lose" || verb == "vanish" || verb == "disk" || verb == "delete") {
-        DoOnDisk(verb, Joined(words));
-    } else {
-        DoInBrowser(verb, words);
-    }
-}
-
-void COperatorRun::PlayKeypad(const std::string& quantity)
+void COperatorRun::PressWithKeypad(CScriptedWindow& window, int button, const std::string& quantity)
 {
     if (quantity == "-") {
         windows.Play(RES_QUANTITY_KEYPAD, {user::Press(id_cancel)});
     } else if (!quantity.empty()) {
-        windows.Play(RES_QUANTITY_KEYPAD, {user::Type(RES_QUANTITY, Wide(quantity)), user::Press(id_ok)});
+        windows.Play(RES_QUANTITY_KEYPAD, {user::Type(RES_QUANTITY, WidenText(quantity)), user::Press(id_ok)});
     }
-}
-
-void COperatorRun::DoInBrowser(const std::string& verb, const Texts& words)
-{
-    QStringList names;
-    for (const std::string& word : words) {
-        names += Qt(word);
-    }
-    if (verb == "go") {
-        EXPECT_TRUE(session_->OpenServer(names[0]));
-        EXPECT_TRUE(session_->OpenFolder(names[1]));
-    } else if (verb == "select") {
-        EXPECT_TRUE(session_->SelectParts(names));
-    } else if (verb == "first") {
-        auto ids = session_->Library()->Parts().Ids(session_->ListView()).value();
-        ids.resize(names[0].toULongLong());
-        session_->Select(ids);
-    } else if (verb == "none") {
-        session_->Select({});
-    } else if (verb == "sort") {
-        session_->SortBy(PartColumn::Thickness, true);
-    } else {
-        ADD_FAILURE() << "no such step";
-    }
-}
-
-void COperatorRun::DoOnDisk(const std::string& verb, const std::string& name)
-{
-    if (verb == "lose") {
-        EXPECT_TRUE(fs::remove(folder.Path("Work/" + name)));
-    } else if (verb == "vanish") {
-        EXPECT_TRUE(fs::remove(fs::path(LibraryFile(Qt(name)).toStdString())));
-    } else if (verb == "delete") {
-        LibraryProblem problem;
-        const auto writer = CLibraryWriter::Open(LibraryFile(session_->CurrentServer()), problem);
-        const bool deleted = writer != nullptr && writer->Begin() &&
-                             writer->RemovePart(session_->CurrentFolder().id, Qt(name)) && writer->Commit();
-        EXPECT_TRUE(deleted);
-    } else if (name == "readonly") {
-        disk_.emplace(folder.Path("Work"));
-        disk_->SetReadOnly(true);
-    } else {
-        disk_.emplace(folder.Path("Work"), "2m");
-        disk_->Fill(std::stoul(name));
-    }
-}
-
-void COperatorRun::DoInList(const std::string& verb, const Texts& words)
-{
-    CScriptedWindow* list = windows.Find(RES_SELECTED_PARTS_DIALOG);
-    ASSERT_NE(list, nullptr);
-    if (verb == "hide") {
-        list->PressCloseBox();
-        return;
-    }
-    list->SelectRows(RES_PART_LIST, {std::stoi(words[0])});
-    PlayKeypad(words.size() > 1 ? words[1] : "");
-    list->PressButton(verb == "remove" ? RES_REMOVE : RES_CHANGE_QUANTITY);
+    window.PressButton(button);
 }
 
 // Where the dialog stands, as its operator sees it.
@@ -292,15 +260,15 @@ std::string COperatorRun::Place(const CScriptedWindow& window) const
     place += window.SelectedEntry(RES_UNIT) == 1 && session_->ShownUnit() == DisplayUnit::Inch ? " inch" : " metric";
     place += by_thickness ? " by thickness" : "";
     for (const auto& [name, command] : tools) {
-        place += window.pressedTools.count(command) != 0 ? " " + name : "";
+        place += window.pressedTools.contains(command) ? " " + name : "";
     }
     return place + " " + std::to_string(session_->ListView().filter) + (window.Check(RES_ASK_QUANTITY) ? " ask" : "");
 }
 
-Texts COperatorRun::Records(PartkeepReadImpl& host)
+std::string COperatorRun::Records(PartkeepReadImpl& host)
 {
     const std::u16string work = folder.Core(u"Work") + u"\\";
-    Texts records;
+    Lines records;
     std::int32_t count = 0;
     host.NumberOfPartsSelected(&count);
     for (std::int32_t index = 0; index < count; ++index) {
@@ -308,23 +276,22 @@ Texts COperatorRun::Records(PartkeepReadImpl& host)
         host.GetPartInfo(index, &part.serverName, &part.folderName, &part.FilePathName, &part.SYFileName,
                          &part.NCFileName, &part.PartName, &part.PartComment, &part.MaterialType, &part.MachineName,
                          &part.MachineType, &part.Thickness, &part.Qty);
-        CheckAttributes(part);
         std::string text = Narrow(part.PartName + u" x" + part.Qty + u" " + part.serverName + u"|" + part.folderName);
-        std::string staged;
+        Lines files;
         for (const std::u16string& path : {part.FilePathName, part.SYFileName, part.NCFileName}) {
-            if (path.empty()) {
-                continue;
+            if (!path.empty()) {
+                const std::u16string folder_name = path.substr(0, path.rfind(path_separator));
+                const std::u16string stem = folder_name + path_separator + part.PartName;
+                EXPECT_TRUE(path.starts_with(work) && path.starts_with(stem)) << Narrow(path);
+                text += files.empty() ? " " + Narrow(folder_name.substr(work.size())) : "";
+                text += " " + Narrow(path.substr(stem.size()));
+                files.push_back(NativePath(path));
             }
-            const std::size_t name = path.rfind(path_separator) + 1;
-            const std::size_t end = name + part.PartName.size();
-            EXPECT_TRUE(path.starts_with(work) && path.substr(name, end - name) == part.PartName) << Narrow(path);
-            CheckFile(path, part.serverName, part.folderName);
-            staged += staged.empty() ? " " + Narrow(path.substr(work.size(), name - 1 - work.size())) : "";
-            staged += " " + Narrow(path.substr(end));
         }
-        records.push_back(text + staged + (part.MachineType != 0 ? " type " + std::to_string(part.MachineType) : ""));
+        CheckPart(part, files);
+        records.push_back(text + (part.MachineType != 0 ? " type " + std::to_string(part.MachineType) : ""));
     }
-    return records;
+    return Joined(records);
 }
 
 QString COperatorRun::LibraryFile(const QString& server) const
@@ -332,48 +299,36 @@ QString COperatorRun::LibraryFile(const QString& server) const
     return CLibraryFolder(Qt(folder.Path("Libraries").string())).FileOf(server);
 }
 
-// A library that has vanished meanwhile can't be compared with.
-void COperatorRun::CheckAttributes(const PartRecord& record)
+// Against the part's library, unless that has vanished meanwhile. The content of a file belongs to the part that it
+// is named after on the disk, which for two parts that differ only in case is the one staged later.
+void COperatorRun::CheckPart(const PartRecord& record, const Lines& files) const
 {
     LibraryProblem problem;
     const auto library = CPartLibrary::Open(LibraryFile(Qt(Narrow(record.serverName))), problem);
     if (library == nullptr) {
         return;
     }
-    const auto part = library->FindPart(Qt(Narrow(record.folderName)), Qt(Narrow(record.PartName)));
+    const QString part_folder = Qt(Narrow(record.folderName));
+    const auto part = library->FindPart(part_folder, Qt(Narrow(record.PartName)));
     ASSERT_TRUE(part.has_value());
     EXPECT_EQ(part->comment.toStdU16String(), record.PartComment);
     EXPECT_EQ(part->material.toStdU16String(), record.MaterialType);
     EXPECT_EQ(part->machine.toStdU16String(), record.MachineName);
     EXPECT_EQ(part->thickness / 10000.0, record.Thickness);
-}
-
-// The content belongs to the part that the file is named after on the disk, which for two parts that differ only
-// in case is the one staged later.
-void COperatorRun::CheckFile(const std::u16string& path, const std::u16string& server,
-                             const std::u16string& part_folder)
-{
-    LibraryProblem problem;
-    const fs::path native = fs::path(NativePath(path));
-    const auto library = CPartLibrary::Open(LibraryFile(Qt(Narrow(server))), problem);
-    if (library == nullptr) {
-        return;
-    }
-    const auto part = library->FindPart(Qt(Narrow(part_folder)), Qt(native.stem().string()));
-    ASSERT_TRUE(part.has_value()) << native;
-    for (const FileKind& kind : file_kinds) {
-        if (Qt(native.extension().string()) == QString::fromUtf16(kind.extension)) {
-            library->ReadFiles(part->id, SetOf(kind.slot), [&native](FileSlot, const QByteArray& content) {
-                EXPECT_TRUE(ReadBytes(native) == content.toStdString()) << native;
-                return true;
-            });
-        }
+    for (const fs::path native : files) {
+        const auto owner = library->FindPart(part_folder, Qt(native.stem().string()));
+        ASSERT_TRUE(owner.has_value()) << native;
+        const auto kind = std::ranges::find(file_kinds, native.extension().u16string(), &FileKind::extension);
+        library->ReadFiles(owner->id, SetOf(kind->slot), [&native](FileSlot, const QByteArray& content) {
+            EXPECT_TRUE(ReadBytes(native) == content.toStdString()) << native;
+            return true;
+        });
     }
 }
 
-Texts COperatorRun::Files() const
+std::string COperatorRun::Files() const
 {
-    Texts files;
+    Lines files;
     const fs::path work = folder.Path("Work");
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(work)) {
         if (!entry.is_directory() || fs::is_empty(entry.path())) {
@@ -381,17 +336,18 @@ Texts COperatorRun::Files() const
         }
     }
     std::sort(files.begin(), files.end());
-    return files;
+    return Joined(files);
 }
 
-Texts COperatorRun::Messages() const
+Lines COperatorRun::Noted(const std::string& kind) const
 {
-    return BehindPrefix(recorder.lines, "message ");
-}
-
-Texts COperatorRun::Calls() const
-{
-    return BehindPrefix(recorder.lines, "call ");
+    Lines found;
+    for (const std::string& line : recorder.lines) {
+        if (line.starts_with(kind + " ")) {
+            found.push_back(line.substr(kind.size() + 1));
+        }
+    }
+    return found;
 }
 
 } // namespace partkeep

@@ -1,5 +1,5 @@
 // Runs of the selection dialog as an operator works them, from the host object down to real files: scripted windows
-// over the open part browser's session. A run is a list of steps in words, such as "select P1 P2" or "add 5".
+// over the open part browser's session. A run is steps in words, such as "select P1 P2; add 5".
 #pragma once
 
 #include "host/partkeep_read_impl.h"
@@ -9,29 +9,23 @@
 #include "tests/support/memory_registry.h"
 #include "tests/support/scripted_window.h"
 
-#include <gtest/gtest.h>
-
 #include <optional>
-#include <string>
-#include <vector>
 
 namespace partkeep {
 
-using Texts = std::vector<std::string>;
+// Joined by "; ".
+[[nodiscard]] std::string Joined(const Lines& texts);
 
-// Joined by single blanks.
-[[nodiscard]] std::string Joined(const Texts& texts);
-
-// The server list file that the browser's session leaves behind. `view` is the sort column's number and 1 for
-// descending.
+// The server list file that the browser's session leaves behind, with its servers' names parted by blanks. `view` is
+// the sort column's number and 1 for descending.
 [[nodiscard]] std::string ServersFile(const std::string& server, const std::string& folder, const std::string& unit,
-                                      const Texts& servers, const std::string& view = "0 0");
+                                      const std::string& servers, const std::string& view = "0 0");
 
 [[nodiscard]] std::string OptionsFile(bool prompt, int filter);
 
 // Browser calls by their short names: "start", "go", "click", "png", "named", "staged", "copy", "leave" and so on
 // stand for the calls that belong together, "staged*3" for three times the same; any other word for itself.
-[[nodiscard]] Texts ExpandCalls(const std::string& shorthand);
+[[nodiscard]] Lines ExpandCalls(const std::string& shorthand);
 
 class COperatorRun : public IHiddenControls {
 public:
@@ -41,19 +35,19 @@ public:
     COperatorRun(const COperatorRun&) = delete;
     COperatorRun& operator=(const COperatorRun&) = delete;
 
-    // One Invoke operation, worked by these steps.
-    HostResult Play(PartkeepReadImpl& host, bool multi, const Texts& steps);
+    // What the operator does in the next dialog; Play opens it too, by one Invoke operation.
+    void Script(const std::string& steps);
+    HostResult Play(PartkeepReadImpl& host, bool multi, const std::string& steps);
 
     // One line a part that the host gets: "BRK-1 x2 PLATES|Brackets\L PLATESBracketsL .iga .SY5", with " type 1"
     // behind it where the machine type is not 0. Tests attributes and content of each against its library.
-    [[nodiscard]] Texts Records(PartkeepReadImpl& host);
+    [[nodiscard]] std::string Records(PartkeepReadImpl& host);
 
     // Paths below the working folder, sorted; an empty folder ends in "/".
-    [[nodiscard]] Texts Files() const;
+    [[nodiscard]] std::string Files() const;
     [[nodiscard]] std::string Servers() const { return ReadBytes(folder.Path("Install/kpdservers.ini")); }
     [[nodiscard]] std::string Options() const { return ReadBytes(folder.Path("Install/ZanPartkeepConfig.xml")); }
-    [[nodiscard]] Texts Messages() const; // their texts and titles
-    [[nodiscard]] Texts Calls() const;    // names of the browser's operations
+    [[nodiscard]] Lines Noted(const std::string& kind) const; // "message" with its title, or "call" by name
 
     std::unique_ptr<IHostedControl> CreateHidden(const ClassId&, std::int32_t, int, int) override { return nullptr; }
 
@@ -65,14 +59,11 @@ public:
     PartkeepReadImpl object{services};
 
 private:
-    void Do(CScriptedWindow& window, const std::string& step);
-    void DoInBrowser(const std::string& verb, const Texts& words);
-    void DoOnDisk(const std::string& verb, const std::string& name);
-    void DoInList(const std::string& verb, const Texts& words);
-    void PlayKeypad(const std::string& quantity);
+    struct Verbs;
+
+    void PressWithKeypad(CScriptedWindow& window, int button, const std::string& quantity);
     [[nodiscard]] std::string Place(const CScriptedWindow& window) const;
-    void CheckFile(const std::u16string& path, const std::u16string& server, const std::u16string& part_folder);
-    void CheckAttributes(const PartRecord& record);
+    void CheckPart(const PartRecord& record, const Lines& files) const;
     [[nodiscard]] QString LibraryFile(const QString& server) const;
 
     std::shared_ptr<CBrowserSession> session_;

@@ -2,17 +2,25 @@
 
 #include "tests/desktop/operator_run.h"
 
+#include "desktop/desktop_services.h"
+#include "partkeep_read.h"
 #include "partlibrary/tool/sample_library.h"
 #include "resources/resource_ids.h"
 
-#include <set>
+#include <cstdlib>
 
 namespace partkeep {
+
 namespace {
 
-const Texts sample_servers = {"PLATES", "板金部品", "钣金件"};
+const std::string sample_servers = "PLATES 板金部品 钣金件";
 const std::string title = " 'Kolvyn PartkeepRead'";
 const std::string no_files = "'No IGA or BMF files found for the part.\n Part Name:";
+const std::string too_many = "'Total number of selected parts exceeds the maximum limit of 256. Please select parts "
+                             "with total count less than or equal to 256.'" +
+                             title;
+const std::string plain = OptionsFile(false, 0);
+const std::string in_brackets = ServersFile("PLATES", "Brackets\\L", "metric", sample_servers);
 
 std::string Repeated(const std::string& text, std::size_t times)
 {
@@ -30,14 +38,14 @@ const std::string long_part = Repeated("钣", 33);
 void FillEdges(CTestLibraries& libraries)
 {
     using enum FileSlot;
-    libraries.Fill(QStringLiteral("EDGE"), [](CLibraryWriter& writer) {
+    libraries.Fill(u"EDGE"_s, [](CLibraryWriter& writer) {
         for (int number = 1; number <= 257; ++number) {
-            PutTestPart(writer, QStringLiteral("Many"), u'P' + QString::number(number), SetOf(Iga));
+            PutTestPart(writer, u"Many"_s, u'P' + QString::number(number), SetOf(Iga));
         }
         for (const char* name : {"P", "P.1", "P.1.2", "Case", "CASE"}) {
-            PutTestPart(writer, QStringLiteral("Names"), QString::fromLatin1(name), SetOf(Iga) | SetOf(Ncd));
+            PutTestPart(writer, u"Names"_s, QString::fromLatin1(name), SetOf(Iga) | SetOf(Ncd));
         }
-        PutTestPart(writer, QStringLiteral("v1.2"), QStringLiteral("P"), SetOf(Iga));
+        PutTestPart(writer, u"v1.2"_s, u"P"_s, SetOf(Iga));
     });
     libraries.Fill(QString::fromStdString(long_server), [](CLibraryWriter& writer) {
         PutTestPart(writer, QString::fromStdString(long_folder), QString::fromStdString(long_part), SetOf(Bmf));
@@ -58,26 +66,27 @@ const std::filesystem::path& SampleLibraries()
     return path;
 }
 
+// Lists are parted by "; ".
 struct Row {
     const char* label;
-    Texts steps;
-    Texts records;
+    std::string steps;
+    std::string records;
     std::string files;
-    std::string servers;
-    std::string options;
-    Texts messages;
+    std::string messages;
     std::string calls;
+    std::string servers = in_brackets;
+    std::string options = plain;
     bool multi = true;
 };
 
 void Check(COperatorRun& run, PartkeepReadImpl& host, const Row& row)
 {
     EXPECT_EQ(run.Records(host), row.records);
-    EXPECT_EQ(Joined(run.Files()), row.files);
+    EXPECT_EQ(run.Files(), row.files);
     EXPECT_EQ(run.Servers(), row.servers);
     EXPECT_EQ(run.Options(), row.options);
-    EXPECT_EQ(run.Messages(), row.messages);
-    EXPECT_EQ(run.Calls(), ExpandCalls(row.calls));
+    EXPECT_EQ(Joined(run.Noted("message")), row.messages);
+    EXPECT_EQ(run.Noted("call"), ExpandCalls(row.calls));
 }
 
 void PlayEach(const std::filesystem::path& libraries, const std::vector<Row>& rows)
@@ -92,99 +101,61 @@ void PlayEach(const std::filesystem::path& libraries, const std::vector<Row>& ro
 
 TEST(OperatorRuns, OnTheSampleLibrary)
 {
-    const std::string in_l = ServersFile("PLATES", "Brackets\\L", "metric", sample_servers);
-    const std::string plain = OptionsFile(false, 0);
+    const std::string in = " x1 PLATES|Brackets\\L PLATESBracketsL ";
+    const std::string in_aluminium = " x1 PLATES|Panels\\2008\\Aluminium PLATESBracketsL ";
     PlayEach(
         SampleLibraries(),
         {
-            {"one part, the last selected counts",
-             {"go PLATES Brackets\\L", "select BRK-1 BRK-3", "load"},
-             {"BRK-3 x1 PLATES|Brackets\\L PLATESBracketsL .iga"},
-             "PLATESBracketsL/BRK-3.bmf PLATESBracketsL/BRK-3.iga",
-             in_l,
-             plain,
-             {},
-             "start go click count into staged named leave",
-             false},
+            {"one part, the last selected counts", "go PLATES Brackets\\L; select BRK-1 BRK-3; load",
+             "BRK-3" + in + ".iga", "PLATESBracketsL/BRK-3.bmf; PLATESBracketsL/BRK-3.iga", "",
+             "start go click count into staged named leave", in_brackets, plain, false},
             {"several, one with a picture under the cursor, loaded by Enter",
-             {"go PLATES Brackets\\L", "select BRK-3", "select BRK-2 BRK-4", "enter"},
-             {"BRK-2 x1 PLATES|Brackets\\L PLATESBracketsL .bmf", "BRK-4 x1 PLATES|Brackets\\L PLATESBracketsL .iga"},
-             "PLATESBracketsL/BRK-2.bmf PLATESBracketsL/BRK-4.iga",
-             in_l,
-             plain,
-             {},
+             "go PLATES Brackets\\L; select BRK-3; select BRK-2 BRK-4; enter",
+             "BRK-2" + in + ".bmf; BRK-4" + in + ".iga", "PLATESBracketsL/BRK-2.bmf; PLATESBracketsL/BRK-4.iga", "",
              "start go click png click count into staged*2 leave"},
             {"three folders on two servers, one removed, one changed, a duplicate",
-             {"ask", "go PLATES Brackets\\L", "select BRK-1 BRK-2", "add 5", "go PLATES Panels\\2008\\Steel",
-              "select PNL-4", "add 007", "hide", "go 板金部品 筐体\\カバー", "select カバー1 カバー2", "add 12",
-              "select カバー2 カバー8", "add 3", "remove 1", "change 0 99", "change 3 -", "none", "load"},
-             {"BRK-1 x99 PLATES|Brackets\\L PLATESBracketsL .iga",
-              "PNL-4 x007 PLATES|Panels\\2008\\Steel PLATESPanels2008Steel .iga",
-              "カバー1 x12 板金部品|筐体\\カバー 板金部品筐体カバー .iga",
-              "カバー2 x12 板金部品|筐体\\カバー 板金部品筐体カバー .bmf",
-              "カバー8 x3 板金部品|筐体\\カバー 板金部品筐体カバー .iga"},
-             "PLATESBracketsL/BRK-1.iga PLATESBracketsL/BRK-2.bmf PLATESPanels2008Steel/PNL-4.iga "
-             "板金部品筐体カバー/カバー1.iga 板金部品筐体カバー/カバー2.bmf 板金部品筐体カバー/カバー8.iga",
-             ServersFile("板金部品", "筐体\\カバー", "metric", sample_servers),
-             OptionsFile(true, 0),
-             {"'The selected part カバー2 is already added to the list.'" + title},
+             "ask; go PLATES Brackets\\L; select BRK-1 BRK-2; add 5; go PLATES Panels\\2008\\Steel; select PNL-4; "
+             "add 007; hide; go 板金部品 筐体\\カバー; select カバー1 カバー2; add 12; select カバー2 カバー8; add 3; "
+             "remove 1; change 0 99; change 3 -; none; load",
+             "BRK-1 x99 PLATES|Brackets\\L PLATESBracketsL .iga; "
+             "PNL-4 x007 PLATES|Panels\\2008\\Steel PLATESPanels2008Steel .iga; "
+             "カバー1 x12 板金部品|筐体\\カバー 板金部品筐体カバー .iga; "
+             "カバー2 x12 板金部品|筐体\\カバー 板金部品筐体カバー .bmf; "
+             "カバー8 x3 板金部品|筐体\\カバー 板金部品筐体カバー .iga",
+             "PLATESBracketsL/BRK-1.iga; PLATESBracketsL/BRK-2.bmf; PLATESPanels2008Steel/PNL-4.iga; "
+             "板金部品筐体カバー/カバー1.iga; 板金部品筐体カバー/カバー2.bmf; 板金部品筐体カバー/カバー8.iga",
+             "'The selected part カバー2 is already added to the list.'" + title,
              "start go click count into staged*2 clear go click png count into staged clear go click count into "
-             "staged*2 clear click count into named staged clear GetSelectedPartCount GetCurrentServer count into "
-             "leave"},
+             "staged*2 clear click count into named staged clear none count into leave",
+             ServersFile("板金部品", "筐体\\カバー", "metric", sample_servers), OptionsFile(true, 0)},
             {"machine data, on top of what is listed",
-             {"filter NCT", "go 钣金件 支架", "select 支架-1", "add", "filter LASER", "select 支架-1 支架-7", "load"},
-             {"支架-1 x1 钣金件|支架 钣金件支架 .iga .SY5 type 1", "支架-7 x1 钣金件|支架 钣金件支架 .NCD type 2"},
-             "钣金件支架/支架-1.SY5 钣金件支架/支架-1.iga 钣金件支架/支架-7.NCD",
-             ServersFile("钣金件", "支架", "metric", sample_servers),
-             OptionsFile(false, 2),
-             {},
+             "filter NCT; go 钣金件 支架; select 支架-1; add; filter LASER; select 支架-1 支架-7; load",
+             "支架-1 x1 钣金件|支架 钣金件支架 .iga .SY5 type 1; 支架-7 x1 钣金件|支架 钣金件支架 .NCD type 2",
+             "钣金件支架/支架-1.SY5; 钣金件支架/支架-1.iga; 钣金件支架/支架-7.NCD", "",
              "start SetPartFilter go click count into staged2 clear SetPartFilter click count into named staged2 "
-             "leave"},
+             "leave",
+             ServersFile("钣金件", "支架", "metric", sample_servers), OptionsFile(false, 2)},
             {"all of a folder, by Ctrl+A, without a click",
-             {"go PLATES Brackets\\L", "select BRK-1", "go PLATES Panels\\2008\\Aluminium", "all", "load"},
-             {"AL-1 x1 PLATES|Panels\\2008\\Aluminium PLATESBracketsL .iga",
-              "AL-2 x1 PLATES|Panels\\2008\\Aluminium PLATESBracketsL .bmf",
-              "AL-3 x1 PLATES|Panels\\2008\\Aluminium PLATESBracketsL .iga",
-              "AL-4 x1 PLATES|Panels\\2008\\Aluminium PLATESBracketsL .iga",
-              "AL-5 x1 PLATES|Panels\\2008\\Aluminium PLATESBracketsL .iga",
-              "AL-6 x1 PLATES|Panels\\2008\\Aluminium PLATESBracketsL .bmf"},
-             "PLATESBracketsL/AL-1.iga PLATESBracketsL/AL-2.bmf PLATESBracketsL/AL-3.bmf PLATESBracketsL/AL-3.iga "
-             "PLATESBracketsL/AL-4.iga PLATESBracketsL/AL-5.iga PLATESBracketsL/AL-6.bmf",
-             in_l,
-             plain,
-             {},
-             "start go click click GetSelectedPartCount GetCurrentServer SelectAllParts count into staged*6 leave"},
+             "go PLATES Brackets\\L; select BRK-1; go PLATES Panels\\2008\\Aluminium; all; load",
+             "AL-1" + in_aluminium + ".iga; AL-2" + in_aluminium + ".bmf; AL-3" + in_aluminium + ".iga; AL-4" +
+                 in_aluminium + ".iga; AL-5" + in_aluminium + ".iga; AL-6" + in_aluminium + ".bmf",
+             "PLATESBracketsL/AL-1.iga; PLATESBracketsL/AL-2.bmf; PLATESBracketsL/AL-3.bmf; "
+             "PLATESBracketsL/AL-3.iga; PLATESBracketsL/AL-4.iga; PLATESBracketsL/AL-5.iga; PLATESBracketsL/AL-6.bmf",
+             "", "start go click click none SelectAllParts count into staged*6 leave"},
             {"files missing",
-             {"go PLATES Brackets\\L", "select BRK-1 BRK-2 BRK-4", "add", "lose PLATESBracketsL/BRK-2.bmf", "load"},
-             {"BRK-1 x1 PLATES|Brackets\\L PLATESBracketsL .iga", "BRK-4 x1 PLATES|Brackets\\L PLATESBracketsL .iga"},
-             "PLATESBracketsL/BRK-1.iga PLATESBracketsL/BRK-4.iga",
-             in_l,
-             plain,
-             {no_files + "BRK-2'" + title},
-             "start go click count into staged*3 clear count into leave"},
+             "go PLATES Brackets\\L; select BRK-1 BRK-2 BRK-4; add; lose PLATESBracketsL/BRK-2.bmf; load",
+             "BRK-1" + in + ".iga; BRK-4" + in + ".iga", "PLATESBracketsL/BRK-1.iga; PLATESBracketsL/BRK-4.iga",
+             no_files + "BRK-2'" + title, "start go click count into staged*3 clear count into leave"},
             {"a library that vanishes between Add and Load",
-             {"go PLATES Brackets\\L", "select BRK-1", "add", "vanish PLATES", "unit inch", "load"},
-             {"BRK-1 x1 PLATES|Brackets\\L PLATESBracketsL .iga"},
-             "PLATESBracketsL/BRK-1.iga",
-             ServersFile("PLATES", "Brackets\\L", "inch", sample_servers),
-             plain,
-             {},
-             "start go click count into staged clear SetDisplayUnit RefreshPartList count into leave"},
-            {"a disk that is full behind the first part",
-             {"go PLATES Brackets\\L", "select BRK-1 BRK-8", "disk 8192", "load"},
-             {"BRK-1 x1 PLATES|Brackets\\L PLATESBracketsL .iga"},
-             ".filler PLATESBracketsL/BRK-1.iga",
-             in_l,
-             plain,
-             {no_files + "BRK-8'" + title},
+             "go PLATES Brackets\\L; select BRK-1; add; vanish PLATES; unit inch; load", "BRK-1" + in + ".iga",
+             "PLATESBracketsL/BRK-1.iga", "",
+             "start go click count into staged clear SetDisplayUnit RefreshPartList count into leave",
+             ServersFile("PLATES", "Brackets\\L", "inch", sample_servers)},
+            {"a disk that is full behind the first part", "go PLATES Brackets\\L; select BRK-1 BRK-8; disk 8192; load",
+             "BRK-1" + in + ".iga", ".filler; PLATESBracketsL/BRK-1.iga", no_files + "BRK-8'" + title,
              "start go click count into staged*2 leave"},
-            {"a read-only disk",
-             {"go PLATES Brackets\\L", "select BRK-1 BRK-2", "disk readonly", "add", "load"},
-             {},
-             "",
-             in_l,
-             plain,
-             {no_files + "BRK-1'" + title, no_files + "BRK-2'" + title},
+            {"a read-only disk", "go PLATES Brackets\\L; select BRK-1 BRK-2; disk readonly; add; load", "", "",
+             no_files + "BRK-1'" + title + "; " + no_files + "BRK-2'" + title,
              "start go click count into staged*2 clear count into leave"},
         });
 }
@@ -193,103 +164,82 @@ TEST(OperatorRuns, AtTheLimits)
 {
     CTestLibraries libraries;
     FillEdges(libraries);
-    const Texts servers = {"EDGE", long_server};
+    const std::string servers = "EDGE " + long_server;
     const std::string in_names = ServersFile("EDGE", "Names", "metric", servers);
-    const std::string plain = OptionsFile(false, 0);
-    const std::string too_many = "'Total number of selected parts exceeds the maximum limit of 256. Please select "
-                                 "parts with total count less than or equal to 256.'" +
-                                 title;
-    Row row{"256 and 257",
-            {"go EDGE Many", "all", "add", "ask", "all", "load 7", "all", "load -", "first 256", "add 8", "select P257",
-             "load 9"},
-            {},
-            "",
-            ServersFile("EDGE", "Many", "metric", servers),
-            OptionsFile(true, 0),
-            {too_many, too_many},
-            "start go SelectAllParts count SelectAllParts count SelectAllParts count clear click count into "
-            "staged*256 clear click count into staged leave"};
+    std::set<std::string> files;
+    Lines records;
     for (int number = 1; number <= 257; ++number) {
         const std::string name = "P" + std::to_string(number);
-        row.records.push_back(name + (number <= 256 ? " x8" : " x9") + " EDGE|Many EDGEMany .iga");
+        records.push_back(name + (number <= 256 ? " x8" : " x9") + " EDGE|Many EDGEMany .iga");
+        files.insert("EDGEMany/" + name + ".iga");
     }
-    for (const std::string& record : std::set<std::string>(row.records.begin(), row.records.end())) {
-        row.files += (row.files.empty() ? "EDGEMany/" : " EDGEMany/") + record.substr(0, record.find(' ')) + ".iga";
-    }
-    PlayEach(libraries.Folder().toStdString(),
-             {row,
-              {"names as long as can be",
-               {"go " + long_server + " " + long_folder, "select " + long_part, "load"},
-               {long_part + " x1 " + long_server + "|" + long_folder + " " + long_server + long_folder + " .bmf"},
-               long_server + long_folder + "/" + long_part + ".bmf",
-               ServersFile(long_server, long_folder, "metric", servers),
-               plain,
-               {},
-               "start go click count into staged leave"},
-              {"names with dots: a part clears the files of those that begin with its name and a dot",
-               {"go EDGE Names", "select P.1 P.1.2", "add", "select P", "load"},
-               {"P x1 EDGE|Names EDGENames .iga"},
-               "EDGENames/P.iga",
-               in_names,
-               plain,
-               {no_files + "P.1'" + title, no_files + "P.1.2'" + title},
-               "start go click count into staged*2 clear click count into staged leave"},
-              {"a folder with a dot: nothing is cleared",
-               {"go EDGE v1.2", "select P", "add", "go EDGE Names", "select P", "load"},
-               {"P x1 EDGE|v1.2 EDGEv1.2 .iga", "P x1 EDGE|Names EDGENames .iga"},
-               "EDGENames/P.iga EDGEv1.2/P.iga",
-               in_names,
-               plain,
-               {},
-               "start go click count into staged clear go click count into staged leave"},
-              {"names that differ only in case: the files of the later, both records",
-               {"filter LASER", "go EDGE Names", "select Case", "add", "select CASE", "add", "none", "load"},
-               {"Case x1 EDGE|Names EDGENames .iga .NCD type 2", "CASE x1 EDGE|Names EDGENames .iga .NCD type 2"},
-               "EDGENames/CASE.NCD EDGENames/CASE.iga",
-               in_names,
-               OptionsFile(false, 2),
-               {},
-               "start SetPartFilter go click count into staged2 clear click count into staged2 clear "
-               "GetSelectedPartCount GetCurrentServer count into leave"}});
+    const std::string in_edge = " EDGE|Names EDGENames .iga";
+    PlayEach(
+        libraries.Folder().toStdString(),
+        {
+            {"256 and 257",
+             "go EDGE Many; all; add; ask; all; load 7; all; load -; first 256; add 8; select P257; load 9",
+             Joined(records), Joined({files.begin(), files.end()}), too_many + "; " + too_many,
+             "start go SelectAllParts count SelectAllParts count SelectAllParts count clear click count into "
+             "staged*256 clear click count into staged leave",
+             ServersFile("EDGE", "Many", "metric", servers), OptionsFile(true, 0)},
+            {"names as long as can be", "go " + long_server + " " + long_folder + "; select " + long_part + "; load",
+             long_part + " x1 " + long_server + "|" + long_folder + " " + long_server + long_folder + " .bmf",
+             long_server + long_folder + "/" + long_part + ".bmf", "", "start go click count into staged leave",
+             ServersFile(long_server, long_folder, "metric", servers)},
+            {"names with dots: a part clears the files of those that begin with its name and a dot",
+             "go EDGE Names; select P.1 P.1.2; add; select P; load", "P x1" + in_edge, "EDGENames/P.iga",
+             no_files + "P.1'" + title + "; " + no_files + "P.1.2'" + title,
+             "start go click count into staged*2 clear click count into staged leave", in_names},
+            {"a folder with a dot: nothing is cleared", "go EDGE v1.2; select P; add; go EDGE Names; select P; load",
+             "P x1 EDGE|v1.2 EDGEv1.2 .iga; P x1" + in_edge, "EDGENames/P.iga; EDGEv1.2/P.iga", "",
+             "start go click count into staged clear go click count into staged leave", in_names},
+            {"names that differ only in case: the files of the later, both records",
+             "filter LASER; go EDGE Names; select Case; add; select CASE; add; none; load",
+             "Case x1" + in_edge + " .NCD type 2; CASE x1" + in_edge + " .NCD type 2",
+             "EDGENames/CASE.NCD; EDGENames/CASE.iga", "",
+             "start SetPartFilter go click count into staged2 clear click count into staged2 clear none count into "
+             "leave",
+             in_names, OptionsFile(false, 2)},
+        });
 }
 
 TEST(OperatorRuns, CancelledAtEachPoint)
 {
-    const Texts steps = {
-        "filter NCT", "ask",  "go PLATES Brackets\\L", "select BRK-3", "add -", "select BRK-1 BRK-2", "add 4",
-        "remove 0",   "hide", "select BRK-8",          "load -"};
-    for (std::size_t done = 0; done <= steps.size(); ++done) {
-        SCOPED_TRACE(done == 0 ? "at once" : steps[done - 1]);
+    const struct {
+        std::string step;
+        std::string calls;
+        std::string folder; // of the server list file
+    } steps[] = {
+        {"", "", "-9999"},
+        {"filter NCT; ", "SetPartFilter ", "-9999"},
+        {"ask; ", "", "-9999"},
+        {"go PLATES Brackets\\L; ", "go ", "-9999"},
+        {"select BRK-3; ", "click png ", "Brackets\\L"},
+        {"add -; ", "count clear ", "Brackets\\L"},
+        {"select BRK-1 BRK-2; ", "click ", "Brackets\\L"},
+        {"add 4; ", "count into staged2*2 clear ", "Brackets\\L"},
+        {"remove 0; ", "", "Brackets\\L"},
+        {"hide; ", "", "Brackets\\L"},
+        {"select BRK-8; ", "click ", "Brackets\\L"},
+        {"load -; ", "count clear ", "Brackets\\L"},
+    };
+    const std::string staged = "PLATESBracketsL/BRK-1.SY5; PLATESBracketsL/BRK-1.iga; PLATESBracketsL/BRK-2.SY5; "
+                               "PLATESBracketsL/BRK-2.bmf; ";
+    Row row{"", "", "", "", "", "start "};
+    row.options = "(none)";
+    for (int done = 0; done < static_cast<int>(std::size(steps)); ++done) {
+        SCOPED_TRACE(steps[done].step);
+        row.steps += steps[done].step;
+        row.calls += steps[done].calls;
         COperatorRun run(SampleLibraries());
-        Texts played(steps.begin(), steps.begin() + static_cast<std::ptrdiff_t>(done));
-        played.emplace_back(done % 2 == 0 ? "cancel" : "escape");
-        EXPECT_EQ(run.Play(run.object, false, played), HostResult::False);
-        Row row;
-        row.servers = done < 3 ? ServersFile("-9999", "-9999", "metric", sample_servers)
-                               : ServersFile("PLATES", done < 4 ? "-9999" : "Brackets\\L", "metric", sample_servers);
-        row.options = "(none)";
-        row.files = done < 4 ? "Lumora_ForPNG/" : "Lumora_ForPNG/BRK-3.PNG";
-        row.files += done < 5   ? ""
-                     : done < 7 ? " PLATESBracketsL/"
-                                : " PLATESBracketsL/BRK-1.SY5 PLATESBracketsL/"
-                                  "BRK-1.iga PLATESBracketsL/BRK-2.SY5 PLATESBracketsL/BRK-2.bmf";
-        row.files += " UnZipFolder/";
-        const Texts calls = {"",
-                             "SetPartFilter",
-                             "",
-                             "go",
-                             "click png",
-                             "count clear",
-                             "click",
-                             "count into "
-                             "staged2*2 clear",
-                             "",
-                             "",
-                             "click",
-                             "count clear"};
-        row.calls =
-            "start " + Joined({calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(done) + 1}) + " leave";
-        Check(run, run.object, row);
+        EXPECT_EQ(run.Play(run.object, false, row.steps + (done % 2 == 0 ? "cancel" : "escape")), HostResult::False);
+        Row expected = row;
+        expected.calls += "leave";
+        expected.servers = ServersFile(done < 3 ? "-9999" : "PLATES", steps[done].folder, "metric", sample_servers);
+        expected.files = done < 4 ? "Lumora_ForPNG/; " : "Lumora_ForPNG/BRK-3.PNG; ";
+        expected.files += (done < 5 ? "" : done < 7 ? "PLATESBracketsL/; " : staged) + std::string("UnZipFolder/");
+        Check(run, run.object, expected);
         EXPECT_EQ(run.windows.Find(RES_SELECTED_PARTS_DIALOG), nullptr);
     }
 }
@@ -299,29 +249,28 @@ TEST(OperatorRuns, ComeBackToWhereTheLastOneWas)
     COperatorRun run(SampleLibraries());
     const std::string servers = ServersFile("钣金件", "机箱\\面板", "inch", sample_servers, "1 1");
     Row row{"first",
-            {"place cursor 0 metric PART 24", "unit inch", "filter MARVEN", "ask", "sort", "go 钣金件 机箱\\面板",
-             "select 面板1", "load 2"},
-            {"面板1 x2 钣金件|机箱\\面板 钣金件机箱面板 .iga .SY5 .NCD type 3"},
-            "钣金件机箱面板/面板1.NCD 钣金件机箱面板/面板1.SY5 钣金件机箱面板/面板1.iga",
+            "place cursor 0 metric PART 24; unit inch; filter MARVEN; ask; sort; go 钣金件 机箱\\面板; select 面板1; "
+            "load 2",
+            "面板1 x2 钣金件|机箱\\面板 钣金件机箱面板 .iga .SY5 .NCD type 3",
+            "钣金件机箱面板/面板1.NCD; 钣金件机箱面板/面板1.SY5; 钣金件机箱面板/面板1.iga",
+            "",
+            "start SetDisplayUnit RefreshPartList SetPartFilter go click count into staged2 leave",
             servers,
-            OptionsFile(true, 3),
-            {},
-            "start SetDisplayUnit RefreshPartList SetPartFilter go click count into staged2 leave"};
+            OptionsFile(true, 3)};
     EXPECT_EQ(run.Play(run.object, true, row.steps), HostResult::Ok);
     Check(run, run.object, row);
 
     // Cancelled, so that nothing is written but the server list, which is as it was.
     run.recorder.lines.clear();
-    run.Play(run.object, true, {"place 钣金件 机箱\\面板 cursor 2 inch by thickness MARVEN 15 ask", "cancel"});
-    row.files = "Lumora_ForPNG/ UnZipFolder/ " + row.files;
+    run.Play(run.object, true, "place 钣金件 机箱\\面板 cursor 2 inch by thickness MARVEN 15 ask; cancel");
+    row.files = "Lumora_ForPNG/; UnZipFolder/; " + row.files;
     row.calls = "SetCurrentFolder SetDisplayUnit RefreshPartList SetPartFilter SetServerList SetViewState MoveFocus "
                 "ConnectServer SetCurrentServer SelectNextServer*2 folder leave";
     Check(run, run.object, row);
 
     // A server that has gone keeps its place.
-    run.recorder.lines.clear();
     std::filesystem::remove(run.folder.Path("Libraries/钣金件.kpl"));
-    run.Play(run.object, true, {"place 钣金件 cursor 2 inch by thickness MARVEN 15 ask", "cancel"});
+    run.Play(run.object, true, "place 钣金件 cursor 2 inch by thickness MARVEN 15 ask; cancel");
     EXPECT_EQ(run.Servers(), servers);
 }
 
@@ -329,61 +278,133 @@ TEST(OperatorRuns, TwoObjectsShareFoldersAndSettingsAndNoRecords)
 {
     COperatorRun run(SampleLibraries());
     PartkeepReadImpl second(run.services);
-    EXPECT_EQ(run.Play(run.object, true, {"go PLATES Brackets\\L", "select BRK-1", "ask", "add 2", "load"}),
+    EXPECT_EQ(run.Play(run.object, true, "go PLATES Brackets\\L; select BRK-1; ask; add 2; load"), HostResult::Ok);
+    EXPECT_EQ(run.Play(second, false, "place PLATES Brackets\\L cursor 0 metric PART 24 ask; select BRK-1; load 3"),
               HostResult::Ok);
-    EXPECT_EQ(
-        run.Play(second, false, {"place PLATES Brackets\\L cursor 0 metric PART 24 ask", "select BRK-1", "load 3"}),
-        HostResult::Ok);
-    EXPECT_EQ(run.Play(second, false, {"cancel"}), HostResult::False);
-    EXPECT_EQ(run.Play(run.object, false, {"ask", "select BRK-2", "load"}), HostResult::Ok);
+    EXPECT_EQ(run.Play(second, false, "cancel"), HostResult::False);
+    EXPECT_EQ(run.Play(run.object, false, "ask; select BRK-2; load"), HostResult::Ok);
     const std::string staged = " PLATES|Brackets\\L PLATESBracketsL ";
-    EXPECT_EQ(run.Records(run.object), (Texts{"BRK-1 x2" + staged + ".iga", "BRK-2 x1" + staged + ".bmf"}));
-    EXPECT_EQ(run.Records(second), Texts{"BRK-1 x3" + staged + ".iga"});
-    EXPECT_EQ(run.Options(), OptionsFile(false, 0));
-    EXPECT_EQ(Joined(run.Files()), "PLATESBracketsL/BRK-1.iga PLATESBracketsL/BRK-2.bmf");
+    EXPECT_EQ(run.Records(run.object), "BRK-1 x2" + staged + ".iga; BRK-2 x1" + staged + ".bmf");
+    EXPECT_EQ(run.Records(second), "BRK-1 x3" + staged + ".iga");
+    EXPECT_EQ(run.Options(), plain);
+    EXPECT_EQ(run.Files(), "PLATESBracketsL/BRK-1.iga; PLATESBracketsL/BRK-2.bmf");
 }
 
 TEST(OperatorRuns, TellEachMessageInTheLanguageOfTheRun)
 {
-    struct Language {
+    const struct {
         std::int32_t id;
         std::string title;
-        Texts texts;
-    };
-    const Language languages[] = {
-        {1,
-         "Kolvyn PartkeepRead",
-         {"Please select one or more part.",
-          "Total number of selected parts exceeds the maximum limit of 256. Please select parts with total count less "
-          "than or equal to 256.",
-          "The selected part P1 is already added to the list.", "Part does not exist.",
-          "No IGA or BMF files found for the part.\n Part "
-          "Name:P1"}},
-        {2,
-         "Kolvyn Partkeep読み込み",
-         {"１つ以上の部品を選択してください。",
-          "選択したパーツ総数は最大値範囲外になりました。パーツ256個以下を選択してください。",
-          "選択したパーツは P1 一覧表に追加されています。", "部品が存在しません。",
-          "IGA・BMFファイルが部品にありません。\n部品名称P1"}},
-        {3,
-         "读取Kolvyn Partkeep",
-         {"选择一个或多个零件", "选中的零件的总数超过了最大限制数量256。在选择零件时请将选择的数量控制在256个之内。",
-          "所选的零件 P1 已经添加到了列表中。", "零件不存在", "未发现零件的IGA或BMF文件\n零件名称:P1"}},
+        std::string texts;
+    } languages[] = {
+        {1, "Kolvyn PartkeepRead",
+         "Please select one or more part.; Total number of selected parts exceeds the maximum limit of 256. Please "
+         "select parts with total count less than or equal to 256.; The selected part P1 is already added to the "
+         "list.; Part does not exist.; No IGA or BMF files found for the part.\n Part Name:P1"},
+        {2, "Kolvyn Partkeep読み込み",
+         "１つ以上の部品を選択してください。; 選択したパーツ総数は最大値範囲外になりました。パーツ256個以下を選択してく"
+         "ださい。; 選択したパーツは P1 一覧表に追加されています。; 部品が存在しません。; "
+         "IGA・BMFファイルが部品にありません。\n部品名称P1"},
+        {3, "读取Kolvyn Partkeep",
+         "选择一个或多个零件; 选中的零件的总数超过了最大限制数量256。在选择零件时请将选择的数量控制在256个之内。; "
+         "所选的零件 P1 已经添加到了列表中。; 零件不存在; 未发现零件的IGA或BMF文件\n零件名称:P1"},
     };
     CTestLibraries libraries;
     FillEdges(libraries);
-    for (const Language& language : languages) {
+    for (const auto& language : languages) {
         COperatorRun run(libraries.Folder().toStdString());
         run.object.SetLanguageID(language.id);
         run.Play(run.object, false,
-                 {"add", "go EDGE Many", "first 257", "add", "select P1", "add", "select P1", "add",
-                  "lose EDGEMany/P1.iga", "select P2 P3", "delete P2", "load"});
-        Texts expected;
-        for (const std::string& text : language.texts) {
+                 "add; go EDGE Many; first 257; add; select P1; add; select P1; add; lose EDGEMany/P1.iga; "
+                 "select P2 P3; delete P2; load");
+        Lines expected;
+        for (const std::string& text : Steps(language.texts)) {
             expected.push_back("'" + text + "' '" + language.title + "'");
         }
-        EXPECT_EQ(run.Messages(), expected);
+        EXPECT_EQ(run.Noted("message"), expected);
     }
+}
+
+COperatorRun* played = nullptr; // by the C interface
+
+} // namespace
+
+// In place of the desktop's services: the windows of the run.
+CDesktopServices::CDesktopServices()
+    : registry_(CIniRegistry::AtConventionalPaths()), messages_(application_), controls_(registry_),
+      browsers_(registry_), windows_(application_, &browsers_)
+{
+}
+
+std::unique_ptr<IDialogWindow> CDesktopWindows::Make(const DialogTemplate& dialog)
+{
+    return played->windows.Make(dialog);
+}
+
+void CDesktopMessages::Show(const Message&) {}
+
+std::unique_ptr<IHostedControl> CDesktopControls::CreateHidden(const ClassId&, std::int32_t, int, int)
+{
+    return nullptr;
+}
+
+std::unique_ptr<IHostedControl> CDesktopBrowsers::Create(const ClassId&, QWidget*, QWidget*&)
+{
+    return nullptr;
+}
+
+namespace {
+
+TEST(OperatorRuns, ReachTheHostThroughTheCInterface)
+{
+    COperatorRun run(SampleLibraries());
+    played = &run;
+    std::filesystem::create_directories(run.folder.Path("config/partkeep-read"));
+    WriteBytes(run.folder.Path("config/partkeep-read/registry.ini"),
+               "[HKEY_LOCAL_MACHINE\\software\\Velmar\\ORVIC]\ninstallpath=" + run.folder.Path("Install").string());
+    setenv("XDG_CONFIG_HOME", run.folder.Path("config").c_str(), 1);
+    const std::unique_ptr<partkeep_read, void (*)(partkeep_read*)> object(partkeep_read_create(),
+                                                                          partkeep_read_destroy);
+    partkeep_read_set_working_folder(object.get(), (run.folder.Path("Work").string() + "/").c_str());
+    partkeep_read_set_language_id(object.get(), 1);
+    run.Script("filter MARVEN; go 钣金件 机箱\\面板; select 面板1; load");
+    EXPECT_EQ(partkeep_read_invoke(object.get()), PARTKEEP_READ_OK);
+    run.Script("go PLATES Brackets\\L; select BRK-3 BRK-4; load");
+    EXPECT_EQ(partkeep_read_invoke_multi_selection(object.get(), 1), PARTKEEP_READ_OK);
+
+    std::int32_t count = 0;
+    EXPECT_EQ(partkeep_read_number_of_parts_selected(object.get(), &count), PARTKEEP_READ_OK);
+    EXPECT_EQ(count, 3);
+    const std::string stem = run.folder.Path("Work/钣金件机箱面板/面板1").string();
+    const std::string comment = "前面板 四边折弯 规格1; ";
+    char* out[10] = {};
+    const auto taken = [&out] {
+        Lines texts;
+        for (char*& text : out) {
+            texts.emplace_back(text != nullptr ? text : "(none)");
+            partkeep_read_free(std::exchange(text, nullptr));
+        }
+        return Joined(texts);
+    };
+    std::int32_t type = 0;
+    double thickness = 0.0;
+    EXPECT_EQ(partkeep_read_get_part_info(object.get(), 0, &out[0], &out[1], &out[2], &out[3], &out[4], &out[5],
+                                          &out[6], &out[7], &out[8], &type, &thickness, &out[9]),
+              PARTKEEP_READ_OK);
+    EXPECT_EQ(taken(), "钣金件; 机箱\\面板; " + stem + ".iga; " + stem + ".SY5; " + stem + ".NCD; 面板1; " + comment +
+                           "冷轧钢板; 复合机-15; 1");
+    EXPECT_EQ(type, 3);
+    EXPECT_EQ(thickness, 1.2);
+    EXPECT_EQ(
+        partkeep_read_get_selected_part_info(object.get(), &out[0], &out[1], &out[2], &out[3], &thickness, &out[4]),
+        PARTKEEP_READ_OK);
+    EXPECT_EQ(partkeep_read_get_file_path(object.get(), &out[5]), PARTKEEP_READ_OK);
+    EXPECT_EQ(taken(),
+              stem + ".iga; 面板1; " + comment + "冷轧钢板; 1; " + stem + ".iga; (none); (none); (none); (none)");
+    EXPECT_EQ(partkeep_read_get_part_info(object.get(), 2, nullptr, nullptr, nullptr, nullptr, nullptr, &out[0],
+                                          nullptr, nullptr, nullptr, &type, nullptr, nullptr),
+              PARTKEEP_READ_OK);
+    EXPECT_EQ(taken().substr(0, 5), "BRK-4");
 }
 
 } // namespace
