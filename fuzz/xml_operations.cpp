@@ -6,10 +6,12 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/xml/watched_memory.h"
 #include "xml/xml_iterator.h"
+#include "xml/xml_memory.h"
 #include "xml/xml_writer.h"
 
 using namespace partkeep;
@@ -100,7 +102,7 @@ public:
     void Do(unsigned operation, Slot& first, Slot& second, unsigned value)
     {
         const std::string name = "n" + std::to_string(value % 40);
-        switch (operation % 9) {
+        switch (operation % 11) {
         case 0:
             first = {CXmlElement(name.c_str(), 65001), std::make_shared<Node>(Node{name, false, "", {}, {}})};
             break;
@@ -124,6 +126,12 @@ public:
         case 7:
             first = Slot(second);
             break;
+        case 8:
+            first = MakeArray(name, value);
+            break;
+        case 9:
+            Hide(first, value);
+            break;
         default:
             first = {};
         }
@@ -139,6 +147,52 @@ public:
     }
 
 private:
+    // The value tells of which kind the items are, how many stand in the array, and how many in extension cells.
+    static Slot MakeArray(const std::string& name, unsigned value)
+    {
+        const bool texts = value % 2 == 0;
+        const unsigned inside = value / 2 % 4;
+        const unsigned items = inside + value / 8 % 4;
+        const auto bytes_of = [&](unsigned item) {
+            const std::string text(item, 'i');
+            return texts ? std::string{static_cast<char>(item), 0, 0, 0} + text
+                         : std::string(1, static_cast<char>(item));
+        };
+        std::byte* cell = nullptr;
+        for (unsigned item = items; item-- > inside;) {
+            const std::string bytes = bytes_of(item);
+            auto* memory = static_cast<std::byte*>(AllocateXml(bytes.size() + xml_address_width, 1));
+            PutField(PutBytes(memory, bytes), std::exchange(cell, memory));
+        }
+        std::string packed(4, '\0');
+        std::string shown;
+        for (unsigned item = 0; item < items; ++item) {
+            packed += item < inside ? bytes_of(item) : "";
+            shown += (item == 0 ? "" : " ") + (texts ? std::string(item, 'i') : std::to_string(item));
+        }
+        packed.append(reinterpret_cast<const char*>(&cell), sizeof cell);
+        PutField(reinterpret_cast<std::byte*>(packed.data()), static_cast<std::uint32_t>(packed.size() - 4));
+        const auto kind = static_cast<XmlKind>(-static_cast<int>(texts ? XmlKind::text : XmlKind::signed_8));
+        const CXmlElement array(MakeFixedBlock(name, kind, packed, 65001));
+        const auto list = array.AsStringList();
+        Check(list.has != 0 && list.value.Size() == items && array.AsString().has == 0, "items");
+        return {array, std::make_shared<Node>(Node{name, true, shown, {}, {}})};
+    }
+
+    // Gives a node that nobody holds, nor anything under it, the id that is passed over.
+    static void Hide(const Slot& parent, unsigned value)
+    {
+        if (!parent.model || parent.model->children.empty()) {
+            return;
+        }
+        auto& children = parent.model->children;
+        const std::size_t index = value % children.size();
+        if (children[index].use_count() == 1 && children[index]->children.empty()) {
+            PutField(ChildAt(parent.handle, index).Node(), xml_skipped_id);
+            children.erase(children.begin() + static_cast<std::ptrdiff_t>(index));
+        }
+    }
+
     static void AddChild(Slot& parent, Slot& result, const std::string& name, unsigned value)
     {
         const auto number = static_cast<std::int16_t>(value * 400);
@@ -188,12 +242,17 @@ private:
             return;
         }
         const std::size_t index = value % parent.model->children.size();
-        CXmlIterator it = parent.handle.Begin();
+        const Shared model = parent.model->children[index];
+        result = {ChildAt(parent.handle, index), model};
+    }
+
+    static CXmlElement ChildAt(const CXmlElement& parent, std::size_t index)
+    {
+        CXmlIterator it = parent.Begin();
         for (std::size_t step = 0; step < index; ++step) {
             it++;
         }
-        const Shared model = parent.model->children[index];
-        result = {*it, model};
+        return *it;
     }
 };
 

@@ -17,35 +17,29 @@ std::size_t live = 0;
 
 } // namespace
 
-namespace watched_memory {
-
-void FailFrom(std::size_t first, bool once)
+void watched_memory::FailFrom(std::size_t first, bool once)
 {
     asked = 0;
     fail_from = first;
     fail_once = once;
 }
 
-void StopFailing()
+void watched_memory::StopFailing()
 {
     fail_from = 0;
 }
 
-std::size_t Asked()
+std::size_t watched_memory::Asked()
 {
     return asked;
 }
 
-std::size_t LivePieces()
+std::size_t watched_memory::LivePieces()
 {
     return live;
 }
 
-} // namespace watched_memory
-
-namespace partkeep {
-
-void* AllocateXml(std::size_t size, std::size_t)
+void* partkeep::AllocateXml(std::size_t size, std::size_t)
 {
     ++asked;
     const bool fails = fail_from != 0 && (fail_once ? asked == fail_from : asked >= fail_from);
@@ -59,7 +53,7 @@ void* AllocateXml(std::size_t size, std::size_t)
     return memory + size_room;
 }
 
-void FreeXml(void* memory, std::size_t size)
+void partkeep::FreeXml(void* memory, std::size_t size)
 {
     if (memory == nullptr) {
         return;
@@ -72,7 +66,6 @@ void FreeXml(void* memory, std::size_t size)
         std::abort();
     }
     --live;
+    std::memset(start, 0xA5, size_room + size);
     std::free(start);
 }
-
-} // namespace partkeep

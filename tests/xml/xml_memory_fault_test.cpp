@@ -31,29 +31,23 @@ void FailEachAllocation(const std::string& expected, const std::function<std::st
     ASSERT_EQ(work(), expected);
     const std::size_t allocations = watched_memory::Asked();
     for (const bool once : {true, false}) {
-        std::size_t failures = 0;
         for (std::size_t at = 1; at <= allocations; ++at) {
             watched_memory::FailFrom(at, once);
             const std::string result = work();
-            failures += result == "-" ? 1 : 0;
-            ASSERT_TRUE(result == expected || result == "-") << at;
+            ASSERT_TRUE(result == "-" || (at != 1 && result == expected)) << at;
             ASSERT_EQ(watched_memory::LivePieces(), live) << at;
         }
         watched_memory::StopFailing();
-        EXPECT_GT(failures, 0U);
     }
-}
-
-// With memory enough.
-std::string WriteSafely(const CXmlElement& element)
-{
-    watched_memory::StopFailing();
-    return Write(element);
 }
 
 TEST(XmlMemoryFault, AReadEndsWholeOrReportsFailure)
 {
-    FailEachAllocation(BigText(), [text = BigText()] { return WriteSafely(Read(text)); });
+    FailEachAllocation(BigText(), [text = BigText()] {
+        const CXmlDocument document = Read(text);
+        watched_memory::StopFailing();
+        return Write(document);
+    });
 }
 
 TEST(XmlMemoryFault, ACopyEndsWholeOrReportsFailureAndLeavesItsParent)
@@ -67,7 +61,8 @@ TEST(XmlMemoryFault, ACopyEndsWholeOrReportsFailureAndLeavesItsParent)
             CXmlElement target("t", code_page);
             const bool appended = !target.AppendChild(inside).IsEmpty();
             EXPECT_TRUE(appended || target.IsEmpty() || target.Begin() == target.End());
-            return appended ? WriteSafely(target) : "-";
+            watched_memory::StopFailing();
+            return appended ? Write(target) : "-";
         });
     }
 }

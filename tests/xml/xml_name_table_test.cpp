@@ -16,9 +16,7 @@ TEST(XmlNameTable, GrowsWithTheFifthName)
         EXPECT_EQ(table.Find(names[at]), 0);
         EXPECT_EQ(table.Intern(names[at]), at + 1);
         EXPECT_EQ(table.BucketCount(), bucket_counts[at]) << names[at];
-    }
-    for (std::uint16_t at = 0; at < 9; ++at) {
-        EXPECT_EQ(table.Intern(names[at]), at + 1) << "known by now";
+        EXPECT_EQ(table.Find(names[at / 2]), at / 2 + 1) << "also where it has moved";
     }
 }
 
@@ -32,7 +30,6 @@ TEST(XmlNameTable, DecodesTheArrayAndItsExtensionCells)
     CXmlNameTable table;
     const auto* bytes = reinterpret_cast<const std::byte*>(array.data());
     EXPECT_STREQ(table.NameOf(3, bytes), "x");
-    EXPECT_STREQ(table.NameOf(2, bytes), "y");
     EXPECT_EQ(table.NameOf(0, bytes), nullptr);
     EXPECT_EQ(table.NameOf(4, bytes), nullptr);
     EXPECT_EQ(table.Find("x"), 3) << "of equal names the later counts";

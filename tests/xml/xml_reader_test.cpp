@@ -25,31 +25,25 @@ const struct {
     {"attributes in order", R"(<R x = "1"y="2"/>)", R"(<R x="1" y="2"/>)"},
     {"attributes on lines", "<R\n\tx=\"1\"\n\ty\n=\n\"2\"\n/>", R"(<R x="1" y="2"/>)"},
     {"delimiters in a value", "<R x=\"a>b</\n'\"/>", "<R x=\"a>b</\n'\"/>"},
-    {"text beside attributes", R"(<R x="1">t</R>)", R"(<R x="1"/>)"},
-    {"an empty text beside attributes", R"(<R a="1"></R>)", R"(<R a="1"/>)"},
-    {"text before a child", "<R>t<b/></R>", "<R><b/></R>"},
-    {"text behind a child", "<R><b/>t</R>", "<R><b/></R>"},
+    {"text beside attributes", R"(<R><a x="1">t</a><a x="2"></a></R>)", R"(<R><a x="1"/><a x="2"/></R>)"},
+    {"text beside children", "<R>t<b/>t<c/></R>", "<R><b/><c/></R>"},
     {"text before a comment", "<R>t<!-- c --></R>", "<R/>"},
     {"blanks are text", "<R>  a  </R>", "<R>  a  </R>"},
     {"entities stay", "<R>a &amp; b</R>", "<R>a &amp; b</R>"},
     {"a wrong end tag inside", "<R><b>x</c><d/></R>", "<R><d/></R>"},
     {"a wrong end tag of an element inside", "<R><b><e/></c><d/></R>", "<R><d/></R>"},
     {"a wrong end tag of the root", "<a></b><c></c>", "<c></c>"},
-    {"an end tag that is missing inside", "<a><b></a>", "-"},
-    {"an end tag that is missing", "<a>", "-"},
+    {"an end tag that is missing", "<a><b></a>", "-"},
     {"the end within an element", "<a><b/>", "-"},
     {"the end within a name", "<a", "-"},
-    {"a second root", "<R/><S/>", "<R/>"},
     {"text before the root", "\ntext<R/>", "<R/>"},
     {"text against the declaration", "text<R/>", "-"},
-    {"dashes in a comment", "<R><!-- c -- d --><a/><!-- c ---></R>", "<R><a/></R>"},
-    {"a comment before the root", "<!-- <S/> --><R/>", "<R/>"},
+    {"comments", "<!-- <S/> --><R><!-- c -- d --><a/><!-- c ---></R>", "<R><a/></R>"},
     {"a comment of one word", "<!--c--><R><!--d--><a/><!----></R>", "<R><a/></R>"},
     {"one word with more behind", "<R><!--c-- d--><a/></R>", "<R><a/></R>"},
     {"dashes of the opening alone", "<R><!--><b/>--><a/></R>", "<R><a/></R>"},
     {"a comment that never ends", "<R><!-- x</R>", "-"},
-    {"a blank for a name", "<R>< /><a/></R>", "<R><a/></R>"},
-    {"nothing for a name", "<><R/>", "<R/>"},
+    {"a blank and nothing for a name", "<><R>< /><a/><></R>", "<R><a/></R>"},
     {"a NUL for a name", std::string("<\0a/><R/>", 9), "<R/>"},
     {"a NUL within names and text", std::string("<a\0b>x\0y</a\0c>", 14), "<a>x</a>"},
     {"an end tag for a root", "</a><R/>", "<R/>"},
@@ -63,8 +57,8 @@ const struct {
     {"CDATA", "<R><![CDATA[<a/>]]></R>", "<R><![CDATA[<a/></R>"},
     {"no encoding", "<?xml version='1.0'?><a/>", Declared("<a/>"), false},
     {"an encoding", "<?xml encoding = \"shift_jis\"?><a/>", R"(<?xml version="1.0" encoding="Shift-JIS"?><a/>)", false},
-    {"more than one", R"(<?xml encoding="UTF-7" encoding="EUC-JP" ?><a/>)",
-     R"(<?xml version="1.0" encoding="UTF-7"?><a/>)", false},
+    {"UTF-7", R"(<?xml encoding="UTF-7"?><a/>)", R"(<?xml version="1.0" encoding="UTF-7"?><a/>)", false},
+    {"more than one", R"(<?xml encoding="UTF-7" encoding="utf-8" encoding="EUC-JP" ?><a/>)", Declared("<a/>"), false},
     {"nothing", "", "-", false},
     {"no question mark", "<R/>", "-", false},
     {"an empty declaration", "<? ?><R/>", "<R/>", false},
@@ -107,16 +101,6 @@ TEST(XmlReader, LeavesTheStreamBehindTheRootAndTheDocumentAsItWasWhenThatFails)
     stream.clear(std::ios_base::failbit);
     EXPECT_FALSE(ReadXml(stream, document));
     EXPECT_EQ(Show(document), "<R/>");
-}
-
-TEST(XmlReader, KeepsNamesAndTextsOfAnyLength)
-{
-    for (const std::size_t length : {247, 248, 70'000}) {
-        const std::string name(length, 'n');
-        const std::string text(length, 't');
-        const std::string element = "<" + name + " " + name + "=\"" + text + "\"><a>" + text + "</a></" + name + ">";
-        EXPECT_TRUE(Show(Read(Declared(element))) == element) << length;
-    }
 }
 
 TEST(XmlReader, RefusesWhatIsNestedTooDeep)

@@ -28,8 +28,7 @@ TEST(XmlValue, ReadsEveryScalarKindAsEachType)
         std::string as_string;
     } rows[] = {
         {"text true", TextLeaf("t", "true"), true, 0, "true"},
-        {"text True", TextLeaf("t", "True"), false, 0, "True"},
-        {"text with blanks", TextLeaf("t", " true "), false, 0, " true "},
+        {"text true with more", TextLeaf("t", "true "), false, 0, "true "},
         {"text 70000", TextLeaf("t", "70000"), false, 4464, "70000"},
         {"text -1", TextLeaf("t", "-1"), false, -1, "-1"},
         {"text 12abc", TextLeaf("t", "12abc"), false, 12, "12abc"},
@@ -71,41 +70,14 @@ TEST(XmlValue, FormatsFixedNotation)
         double value;
         int precision, least;
         const char* text;
-    } rows[] = {{1, 16, 1, "1.0"},
-                {100, 16, 1, "100.0"},
-                {0.5, 16, 1, "0.5"},
-                {-2.25, 16, 1, "-2.25"},
-                {0.05, 3, 1, "0.05"},
-                {0.05, 4, 3, "0.050"},
-                {-1e-20, 16, 3, "0.000"},
-                {-0.0, 16, 0, "0"},
-                {100, 16, 0, "100"},
-                {100, 0, 1, "100"},
-                {99.96, 1, 1, "100.0"},
-                {0.1, 16, 1, "0.1"},
-                {1e15, 16, 2, "1000000000000000.00"}};
+    } rows[] = {{-2.25, 16, 1, "-2.25"}, {0.05, 4, 3, "0.050"}, {-1e-20, 16, 3, "0.000"}, {-0.0, 16, 0, "0"},
+                {100, 16, 0, "100"},     {100, 0, 1, "100"},    {99.96, 1, 1, "100.0"},   {0.1, 16, 1, "0.1"}};
     for (const auto& row : rows) {
         EXPECT_STREQ(FormatFixed(row.value, row.precision, row.least), row.text);
     }
     const std::string largest = FormatFixed(-std::numeric_limits<double>::max(), 32, 32);
     EXPECT_EQ(largest.size(), 1U + 309 + 1 + 32);
     EXPECT_EQ(largest.substr(0, 6), "-17976");
-}
-
-TEST(XmlCodePage, KnowsTheNamesOfDeclarations)
-{
-    EXPECT_STREQ(CodePageName(932), "Shift-JIS");
-    EXPECT_STREQ(CodePageName(65000), "UTF-7");
-    EXPECT_STREQ(CodePageName(65001), "UTF-8");
-    const struct {
-        const char* name;
-        std::uint32_t code_page;
-    } rows[] = {{"shift_jis", 932}, {"SHIFT-JIS", 932}, {"utf-8", 65001}, {"Utf-7", 65000}, {"EUC-JP", 7}, {"", 7}};
-    for (const auto& row : rows) {
-        std::uint32_t code_page = 7;
-        SetCodePageFromName(CXmlString(row.name), code_page);
-        EXPECT_EQ(code_page, row.code_page) << row.name;
-    }
 }
 
 TEST(XmlCodePage, TranscodesNamesAndTexts)
