@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstring>
+#include <tuple>
 
 namespace partkeep {
 namespace {
@@ -59,18 +60,15 @@ TEST_F(SessionControl, RefusesCallsThatAreNotInTheTable)
     const ControlArgument text{ControlType::Text, std::u16string_view(u"SRV1")};
     const ControlArgument number{ControlType::Int16, std::int16_t{1}};
     const ControlArgument wrong{ControlType::Text, std::int16_t{1}};
-    const ControlArgument no_table{ControlType::UnknownRef, static_cast<void*>(nullptr)};
-    const auto call = [&](std::int32_t id, std::vector<ControlArgument> arguments, ControlType result,
-                          InvokeKind kind = InvokeKind::Method) {
-        return control_->Invoke(id, kind, arguments, result);
-    };
-    EXPECT_EQ(call(1, {}, ControlType::None), ControlResult());
-    EXPECT_EQ(call(15, {}, ControlType::Text, InvokeKind::PropertyGet), ControlResult());
-    for (const auto& arguments : std::vector<std::vector<ControlArgument>>{{}, {text, text}, {number}, {wrong}}) {
-        EXPECT_EQ(call(2, arguments, ControlType::Bool), ControlResult()) << arguments.size();
+    const std::tuple<std::int32_t, std::vector<ControlArgument>, ControlType> rows[] = {
+        {1, {}, ControlType::None},       {2, {}, ControlType::Bool},      {2, {text, text}, ControlType::Bool},
+        {2, {number}, ControlType::Bool}, {2, {wrong}, ControlType::Bool}, {2, {text}, ControlType::Int32}};
+    for (const auto& [id, arguments, result] : rows) {
+        EXPECT_EQ(control_->Invoke(id, InvokeKind::Method, arguments, result), ControlResult()) << id;
     }
-    EXPECT_EQ(call(2, {text}, ControlType::Int32), ControlResult());
-    EXPECT_EQ(call(38, {no_table}, ControlType::Bool), ControlResult(std::int16_t{0}));
+    EXPECT_EQ(control_->Invoke(15, InvokeKind::PropertyGet, {}, ControlType::Text), ControlResult());
+    const ControlArgument null{ControlType::UnknownRef, static_cast<void*>(nullptr)};
+    EXPECT_EQ(control_->Invoke(38, InvokeKind::Method, {&null, 1}, ControlType::Bool), ControlResult(std::int16_t{0}));
 }
 
 TEST_F(SessionControl, EveryOperationAnswersBeforeAServerIsThere)
@@ -128,23 +126,20 @@ TEST_F(SessionControl, AttributesComeAsStored)
 
 TEST_F(SessionControl, TextsAreCutToTheirBuffers)
 {
-    const QString name = QString(33, u'板'); // 99 bytes
+    const std::u16string name(33, u'板'); // 99 bytes
     libraries_.Fill(u"SRV1"_s, [&](CLibraryWriter& writer) {
-        PutTestPart(writer, u"Long"_s, name, 1, {0, {}, {}, QString(85, u'長')});
+        PutTestPart(writer, u"Long"_s, QString::fromStdU16String(name), 1, {0, {}, {}, QString(85, u'長')});
     });
     Enter(u"Long");
     browser_.SelectAllParts(1);
     SetSystemCodePage(utf7_code_page); // the same texts are longer here
-    std::array<char, 2 * short_text_bytes> buffer{};
-    buffer.fill('#');
-    std::array<char, short_text_bytes> rest{};
+    std::string texts(3 * short_text_bytes, '#');
     PartAttributeBlocks blocks(u"");
-    EXPECT_EQ(browser_.GetSelectedPart(0, rest.data(), rest.data(), buffer.data()), 1);
-    EXPECT_TRUE(browser_.ReadPartAttributes(u"SRV1", u"Long\\" + name.toStdU16String(), blocks));
-    EXPECT_TRUE(name.toStdU16String().starts_with(WidenText(buffer.data()))) << buffer.data();
+    EXPECT_EQ(browser_.GetSelectedPart(0, &texts[200], &texts[200], texts.data()), 1);
+    EXPECT_TRUE(browser_.ReadPartAttributes(u"SRV1", u"Long\\" + name, blocks));
+    EXPECT_TRUE(name.starts_with(WidenText(texts.c_str()))) << texts;
     SetSystemCodePage(utf8_code_page);
-    EXPECT_EQ(buffer[short_text_bytes - 1], '\0');
-    EXPECT_EQ(buffer[short_text_bytes], '#');
+    EXPECT_EQ(texts.substr(short_text_bytes - 1, 2), std::string("\0#", 2));
     EXPECT_EQ(blocks.comment.back(), '\0');
 }
 
