@@ -19,24 +19,16 @@ using Load = SelectionRun;
 
 TEST_F(Load, TakesItsStepsInTheirOrder)
 {
-    const auto named = [](const char* entry) {
-        return "GetCurrentServer(); GetCurrentFolder(); GetSelectedPart(" + std::string(entry) + "); ";
-    };
-    const auto staged = [&](const char* entry, const std::string& name, bool twice = false) {
-        const std::string part = "'SRV1', 'A\\B\\" + name + "'";
-        return named(entry) + named(entry) + "ReadPartAttributes(" + part + ", '" + name + "'); SetDataKind(24); " +
-               "CopyPartFiles(" + part + "); " + (twice ? "SetDataKind(20); CopyPartFiles(" + part + "); " : "");
-    };
     const struct {
         const char* label;
         bool multi;
         int filter; // command, 0 for none
         std::string parts;
     } rows[] = {
-        {"several", true, 0, staged("0", "P1") + staged("1", "P2") + staged("2", "P3")},
+        {"several", true, 0, Staged(0, "P1") + Staged(1, "P2") + Staged(2, "P3")},
         {"several, machine data", true, RES_FILTER_NCT,
-         staged("0", "P1", true) + staged("1", "P2", true) + staged("2", "P3", true)},
-        {"one: the last", false, 0, staged("2", "P3") + named("0") + named("1")},
+         Staged(0, "P1", true) + Staged(1, "P2", true) + Staged(2, "P3", true)},
+        {"one: the last", false, 0, Staged(2, "P3") + Named(0) + Named(1)},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.label);
@@ -55,28 +47,6 @@ TEST_F(Load, TakesItsStepsInTheirOrder)
                         "101: EndModal 1; 101: EndWait; GetServerList(); GetCurrentServer(); GetViewStateCount(); "
                         "GetViewState(); DisconnectServer(); 101: result 1"));
     }
-}
-
-TEST_F(Load, HandsOverRecordsAsTold)
-{
-    StartIn("A\\B");
-    Select("P1");
-    Run({user::Press(RES_FILTER_NCT), user::Press(RES_LOAD)});
-    const std::u16string stem = folder.Core(u"Work\\SRV1AB\\P1");
-    const PartRecord part{stem + u".iga",
-                          u"P1",
-                          u"comment",
-                          u"SPCC",
-                          u"SRV1",
-                          u"A\\B",
-                          u"", // its staging folder is kept back
-                          1.5,
-                          u"1",
-                          u"",
-                          u"M1",
-                          stem + u".NCD",
-                          1};
-    EXPECT_EQ(dialog->resultParts, std::vector{part});
 }
 
 TEST_F(Load, AndAddCheckInTheirOrder)

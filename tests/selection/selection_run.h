@@ -89,15 +89,13 @@ protected:
         return recorder.Take();
     }
 
-    // The settings files; empty text takes one away.
     void WriteServers(const std::string& text)
     {
-        WriteSettings("Install/kpdservers.ini", text);
+        WriteBytes(folder.Path("Install/kpdservers.ini"), text);
     }
     void WriteOptions(const std::string& leaves)
     {
-        WriteSettings("Install/ZanPartkeepConfig.xml",
-                      leaves.empty() ? "" : "<?xml version=\"1.0\"?><R>" + leaves + "</R>");
+        WriteBytes(folder.Path("Install/ZanPartkeepConfig.xml"), "<?xml version=\"1.0\"?><R>" + leaves + "</R>");
     }
     // The run begins in a folder of SRV1; "-9999" for none.
     void StartIn(const std::string& place)
@@ -113,6 +111,19 @@ protected:
             browser.list.push_back({WidenText(name), u"SRV1", u"A\\B", 15000, u"SPCC", u"M1", u"comment", true});
         }
         browser.selection = browser.list;
+    }
+
+    // The browser calls that stage an entry.
+    static std::string Named(int entry)
+    {
+        return "GetCurrentServer(); GetCurrentFolder(); GetSelectedPart(" + std::to_string(entry) + "); ";
+    }
+    static std::string Staged(int entry, const std::string& name, bool machine_too = false)
+    {
+        const std::string part = "'SRV1', 'A\\B\\" + name + "'";
+        const std::string copy = "CopyPartFiles(" + part + "); ";
+        return Named(entry) + Named(entry) + "ReadPartAttributes(" + part + ", '" + name + "'); SetDataKind(24); " +
+               copy + (machine_too ? "SetDataKind(20); " + copy : "");
     }
 
     // In the next keypad; empty text cancels it.
@@ -165,13 +176,6 @@ protected:
     CScriptedWindows windows{recorder};
     bool multiSelection = true;
     std::unique_ptr<CPartkeepReadDlg> dialog;
-
-private:
-    void WriteSettings(const char* name, const std::string& text)
-    {
-        text.empty() ? static_cast<void>(std::filesystem::remove(folder.Path(name)))
-                     : WriteBytes(folder.Path(name), text);
-    }
 };
 
 } // namespace partkeep
