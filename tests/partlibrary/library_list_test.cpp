@@ -95,6 +95,7 @@ TEST_F(PartList, EveryLookUpAndEveryOrderUsesAnIndex)
     static_cast<void>(library_->Folder(root_folder));
     static_cast<void>(library_->Folders(root_folder));
     const auto part = library_->FindPart(u"Plates\\2008"_s, u"P1"_s);
+    static_cast<void>(library_->FindPart(part->id));
     library_->ReadFiles(part->id, part->slots, [](FileSlot, const QByteArray&) { return true; });
     for (int sort = 0; sort <= static_cast<int>(PartColumn::Comment); ++sort) {
         for (const char16_t* search : {u"", u"P"}) {

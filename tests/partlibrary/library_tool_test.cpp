@@ -154,6 +154,8 @@ TEST_F(LibraryTool, SaysInOneLineWhatIsWrong)
         {{"import", library_, ".", "--into", "..\\x"}, "refused"},
         {{"import", library_, ".", "--csv", "no.csv"}, "reading failed"},
         {{"--code-page", "932", "create", "钣金.kpl"}, "code page"},
+        {{"--code-page", "936", "create", "板金\U0001F529.kpl"}, "code page"},
+        {{"--code-page", "65000", "list", library_}, "no code page"},
         {{"sample", "no"}, "cannot be opened"},
     };
     WriteBytes("P.iga", "x");
@@ -161,7 +163,7 @@ TEST_F(LibraryTool, SaysInOneLineWhatIsWrong)
         ExpectTrouble(arguments, reason);
     }
     for (const auto& arguments :
-         {std::vector<std::string>{}, {"create"}, {"--code-page", "1", "list", "x"}, {"burn"}}) {
+         {std::vector<std::string>{}, {"create"}, {"--code-page", "x", "list", "x"}, {"burn"}}) {
         EXPECT_GE(Run(arguments), 100);
     }
 }

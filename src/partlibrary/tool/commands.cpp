@@ -207,8 +207,7 @@ int RunLibraryTool(int argc, const char* const* argv, std::ostream& out, std::os
     const Streams streams{out, err};
     CLI::App app("Makes, fills and looks over part libraries.", "partkeep-library");
     app.require_subcommand(1);
-    app.add_option("--code-page", options.code_page, "System code page that names must fit")
-        ->check(CLI::IsMember({shift_jis_code_page, utf8_code_page}));
+    app.add_option("--code-page", options.code_page, "System code page that names must fit (65001)");
 
     const CLI::App* create = AddCommand(app, "create", "Make an empty library", options);
 
@@ -230,6 +229,10 @@ int RunLibraryTool(int argc, const char* const* argv, std::ostream& out, std::os
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error, out, err);
+    }
+    if (WidenText("+", options.code_page) != u"+") { // UTF-7, which no system has, writes it otherwise
+        return Fail(streams, {LibraryFault::BadInput, QString::number(options.code_page),
+                              QStringLiteral("no code page of a system")});
     }
     SetSystemCodePage(options.code_page);
     if (create->parsed()) {
