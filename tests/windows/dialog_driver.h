@@ -41,7 +41,7 @@ public:
     {
         user_ = std::thread([this, play = std::move(user)] {
             play(*this);
-            for (int round = 0; failed_ && round < 5; ++round) {
+            for (int round = 0; failed_ && round < 25; ++round) {
                 ForEachVisible([](HWND window) { PostMessageW(window, WM_COMMAND, IDCANCEL, 0); });
                 std::this_thread::sleep_for(std::chrono::milliseconds(200));
             }

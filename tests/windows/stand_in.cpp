@@ -53,6 +53,7 @@ void PutResult(VARIANT& variant, ControlType type, const ControlResult& result)
 // All that a container asks of a control, and one sink.
 class Control final : public IOleObject,
                       public IOleInPlaceObject,
+                      public IOleInPlaceActiveObject,
                       public IDispatch,
                       public IConnectionPointContainer,
                       public IConnectionPoint,
@@ -64,6 +65,7 @@ public:
     {
         *result = id == IID_IUnknown || id == IID_IOleObject ? static_cast<IOleObject*>(this)
                   : id == IID_IOleInPlaceObject              ? static_cast<IOleInPlaceObject*>(this)
+                  : id == IID_IOleInPlaceActiveObject        ? static_cast<IOleInPlaceActiveObject*>(this)
                   : id == IID_IDispatch                      ? static_cast<IDispatch*>(this)
                   : id == IID_IConnectionPointContainer      ? static_cast<IConnectionPointContainer*>(this)
                   : id == IID_IProvideClassInfo2             ? static_cast<IProvideClassInfo2*>(this)
@@ -172,6 +174,16 @@ public:
     {
         return MoveWindow(window_, place->left, place->top, place->right, place->bottom, TRUE) ? S_OK : E_FAIL;
     }
+    // A control that would take every key for itself.
+    HRESULT STDMETHODCALLTYPE TranslateAccelerator(LPMSG message) override
+    {
+        stand_in->recorder.Note("takes key " + std::to_string(message->wParam));
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE OnFrameWindowActivate(BOOL) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE OnDocWindowActivate(BOOL) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE ResizeBorder(LPCRECT, IOleInPlaceUIWindow*, BOOL) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE EnableModeless(BOOL) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE ContextSensitiveHelp(BOOL) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE InPlaceDeactivate() override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE UIDeactivate() override { return E_NOTIMPL; }
@@ -225,9 +237,6 @@ LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM word, LPARAM 
         }
         live_browser->Fire(DISPID_CLICK);
         return 0;
-    }
-    if (message == WM_KEYDOWN) {
-        script.recorder.Note("key " + std::to_string(word));
     }
     return DefWindowProcW(window, message, word, value);
 }

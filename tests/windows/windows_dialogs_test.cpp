@@ -66,7 +66,7 @@ protected:
     // On the thread of the dialogs, between two of their messages: what the user and they have in common.
     void Between(const Action& action) const
     {
-        SendMessageTimeoutW(host, WM_APP, 0, reinterpret_cast<LPARAM>(&action), SMTO_NORMAL, 5000, nullptr);
+        SendMessageTimeoutW(host, WM_APP, 0, reinterpret_cast<LPARAM>(&action), SMTO_NORMAL, 60000, nullptr);
     }
     [[nodiscard]] bool Called(const std::string& line) const
     {
@@ -193,7 +193,7 @@ TEST_F(WindowsDialogs, CtrlASelectsAllInMultiSelectionOnly)
         stand_in.recorder.lines.clear();
         Run(multi, [&](DialogDriver& driver, HWND dialog) {
             driver.WaitForFocus(dialog, RES_BROWSER);
-            driver.KeyWithControl('A', [&] { return Called(multi ? "SelectAllParts(1)" : "key 65"); });
+            driver.KeyWithControl('A', [&] { return Called(multi ? "SelectAllParts(1)" : "takes key 65"); });
             driver.Leave(dialog, VK_ESCAPE);
         });
         EXPECT_EQ(Called("SelectAllParts(1)"), multi);
@@ -339,6 +339,8 @@ TEST_F(WindowsDialogs, ClicksShowPicturesAndTheOwnPanelDecodesPng)
                 driver.SavePicture(dialog, "png");
                 EXPECT_TRUE(std::filesystem::remove(picture)) << "the file is not kept open";
             } else {
+                const RECT inside = PlaceOf(GetWindow(GetDlgItem(dialog, RES_PICTURE), GW_CHILD));
+                EXPECT_EQ(Sides(inside), (std::array{0L, 0L, 149L, 149L})) << "the control fills it";
                 const std::string path = Quoted(folder.Core(u"Work") + u"\\Lumora_ForPNG\\preview.PNG");
                 driver.Until("the path", [&] { return Called("put 1 " + path); });
             }
@@ -430,12 +432,16 @@ TEST_F(WindowsDialogs, NothingLeaksOverFiftyRuns)
             const int row = PlaceOf(GetDlgItem(dialog, RES_PICTURE)).top + 40;
             driver.Until("2D", [&] { return ColorAt(dialog, 30, row) == RGB(255, 0, 0); });
             HWND panel = GetDlgItem(dialog, RES_IMAGE_PANEL);
-            for (int paint = 0; run == 0 && paint < 17000; ++paint) {
-                RedrawWindow(panel, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
-            }
+            Between([=] {
+                for (int paint = 0; run == 0 && paint < 17000; ++paint) {
+                    RedrawWindow(panel, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+                }
+            });
             EXPECT_EQ(ColorAt(dialog, 30, row), RGB(255, 0, 0));
             driver.Leave(dialog, VK_ESCAPE);
         });
+        HBRUSH brush = CreateSolidBrush(0);
+        EXPECT_TRUE(DeleteObject(brush)) << "there is room for drawing objects";
     }
     EXPECT_EQ(RoomForBlocks(), room);
 }
