@@ -81,6 +81,7 @@ TEST_F(PartList, TheSearchIndexFollowsItsParts)
         ASSERT_TRUE(found.Run({PairQuery(SearchWords(typed))}) && found.Next());
         EXPECT_EQ(found.Integer(0), count) << typed.toStdString();
     }
+    EXPECT_EQ(Check(), "");
 }
 
 // Asks the engine how it goes about each statement that look-ups, listings and copies really run. Only what is
