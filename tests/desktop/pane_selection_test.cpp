@@ -59,6 +59,10 @@ TEST_F(PaneSelection, FollowsMouseKeysAndCalls)
     const char* const all = "Bare P1 p1 P2 P10";
     const Play search = [](CPlayedPane& pane) { pane.Search().setFocus(); };
     const Play clear = [](CPlayedPane& pane) { QTest::mouseClick(&pane.Search().ClearButton(), Qt::LeftButton); };
+    const Play head = [](CPlayedPane& pane) { // of the thickness
+        QHeaderView& header = pane.Header();
+        ClickAt(*header.viewport(), {header.sectionViewportPosition(1) + 20, header.height() / 2});
+    };
     const Play control_p10 = Row(4, Qt::ControlModifier);
     const Play down = Press(Qt::Key_Down);
     const Play control_down = Press(Qt::Key_Down, Qt::ControlModifier);
@@ -91,6 +95,7 @@ TEST_F(PaneSelection, FollowsMouseKeysAndCalls)
         {"cleared search brings nothing back", {Row(0), Type("p"), Press(Qt::Key_Backspace)}, "", 2},
         {"cleared by its button", {Type("10"), clear}, "", 0},
         {"typed in the list, arrows go on", {Type("p1"), down}, "P1", 1, "P1 p1 P10"},
+        {"heads sort, twice the other way", {Row(1), head, head}, "P1", 1, "P1 P2 p1 Bare P10"},
         {"select all", {Call([](auto& browser) { browser.SelectAllParts(1); })}, all, 0},
         {"select none", {Row(2), Call([](auto& browser) { browser.SelectAllParts(0); })}, "", 1},
         {"refresh keeps", {Row(2), control_p10, Call([](auto& browser) { browser.RefreshPartList(); })}, "p1 P10", 2},
@@ -117,48 +122,6 @@ TEST_F(PaneSelection, FollowsMouseKeysAndCalls)
         EXPECT_EQ(pane.Selected(), row.selected);
         EXPECT_EQ(pane.TakeClicks(), row.clicks);
         EXPECT_EQ(pane.List().selectionModel()->selectedRows().size(), pane.browser.GetSelectedPartCount());
-    }
-}
-
-TEST_F(PaneSelection, StaysWithItsPartsWhenOthersComeAndGo)
-{
-    CPlayedPane pane(libraries_);
-    ClickRow(*pane.pane, 1);
-    ClickRow(*pane.pane, 3, Qt::ControlModifier);
-    libraries_.Fill(u"SRV1"_s, [](CLibraryWriter& writer) {
-        writer.RemovePart(*writer.MakeFolder(u"Plates\\2008"_s), u"P1"_s);
-        PutTestPart(writer, u"Plates\\2008"_s, u"A0"_s, SetOf(FileSlot::Iga));
-    });
-    EXPECT_EQ(pane.Selected(), " P2") << "a part that has gone has no name";
-    pane.browser.RefreshPartList();
-    EXPECT_EQ(pane.Selected(), "P2");
-    EXPECT_EQ(pane.Shown(), "A0 Bare p1 P2 P10");
-}
-
-TEST_F(PaneSelection, EachColumnSortsInNaturalOrderBothWays)
-{
-    libraries_.Fill(u"Sort"_s, [](CLibraryWriter& writer) {
-        PutTestPart(writer, u"F"_s, u"B10"_s, 1, {90000, u"AL5"_s, u"M2"_s, u"x 3"_s});
-        PutTestPart(writer, u"F"_s, u"b9"_s, 1, {100000, u"al10"_s, u"M10"_s, u"x 20"_s});
-        PutTestPart(writer, u"F"_s, u"C1"_s, 1, {8000, u"AL40"_s, u"M1"_s, u"X 100"_s});
-    });
-    const char* const by_column[] = {"b9 B10 C1", "C1 B10 b9", "B10 b9 C1", "C1 B10 b9", "B10 b9 C1"};
-    CPlayedPane pane(libraries_, {.server = u"Sort", .folder = u"F"});
-    QHeaderView& header = pane.Header();
-    for (int column = 0; column < part_columns; ++column) {
-        SCOPED_TRACE(column);
-        const auto click = [&] {
-            ClickAt(*header.viewport(), {header.sectionViewportPosition(column) + 20, header.height() / 2});
-            Settle(*pane.pane);
-        };
-        if (column > 0) { // the first is sorted from the start
-            click();
-        }
-        EXPECT_EQ(pane.Shown(), by_column[column]);
-        click();
-        QStringList backward = QString::fromLatin1(by_column[column]).split(u' ');
-        std::reverse(backward.begin(), backward.end());
-        EXPECT_EQ(pane.Shown(), backward.join(u' ').toStdString());
     }
 }
 

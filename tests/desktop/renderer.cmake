@@ -4,6 +4,5 @@ partkeep_library(partkeep_played_user SOURCES played_user.cpp LINK Qt6::Widgets 
 target_include_directories(partkeep_played_user PUBLIC "${PROJECT_SOURCE_DIR}")
 
 partkeep_test(renderer_test
-  SOURCES renderer_keypad_test.cpp renderer_list_test.cpp renderer_picture_test.cpp renderer_suite_test.cpp
-    renderer_window_test.cpp
+  SOURCES renderer_keypad_test.cpp renderer_picture_test.cpp renderer_window_test.cpp
   LINK partkeep_played_user partkeep_qt_windows partkeep_companion_dialogs partkeep_test_support)

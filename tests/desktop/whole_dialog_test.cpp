@@ -21,6 +21,7 @@
 #include <QLayout>
 #include <QMetaEnum>
 #include <QStyle>
+#include <QTreeWidget>
 
 #include <gtest/gtest.h>
 
@@ -54,6 +55,14 @@ UserStep Folder(const char* name)
 UserStep Row(int row, Qt::KeyboardModifiers modifiers = {})
 {
     return [=] { ClickRow(Pane(), row, modifiers); };
+}
+
+UserStep ListRow(int row, Qt::KeyboardModifiers modifiers = {})
+{
+    return [=] {
+        auto& list = *dynamic_cast<QTreeWidget*>(ControlOf(list_window, RES_PART_LIST));
+        ClickAt(*list.viewport(), list.visualItemRect(list.topLevelItem(row)).center(), modifiers);
+    };
 }
 
 UserStep Focusing(int id)
@@ -117,6 +126,8 @@ TEST_F(WholeDialog, HostGetsWhatTheOperatorPicked)
 {
     const UserStep add = Clicking(dialog, RES_ADD);
     const UserStep load = Clicking(dialog, RES_LOAD);
+    const UserStep f6 = Pressing(dialog, Qt::Key_F6);
+    const UserStep hidden = [] { EXPECT_EQ(WindowOf(list_window), nullptr); };
     const struct {
         const char* label;
         bool several;
@@ -141,6 +152,17 @@ TEST_F(WholeDialog, HostGetsWhatTheOperatorPicked)
          true,
          {Row(0), add, Row(1), add, [] { WindowOf(list_window)->close(); }, Row(2), load},
          "P1 x1 0, P2 x1 0, P10 x1 0"},
+        {"rows of the list removed and changed, while the dialog waits",
+         true,
+         {Row(0), add, Row(1), Row(2, Qt::ShiftModifier), add, ListRow(1), Clicking(list_window, RES_REMOVE),
+          ListRow(0), ListRow(1, Qt::ControlModifier), Clicking(list_window, RES_CHANGE_QUANTITY), load,
+          Typing(keypad, "025"), Pressing(keypad, Qt::Key_Return), Row(1), load},
+         "P1 x025 0, P10 x025 0, P2 x1 0"},
+        {"F6 goes to the list and back, Enter and Escape there hide it",
+         true,
+         {Row(0), add, f6, Pressing(list_window, Qt::Key_F6), f6, Pressing(list_window, Qt::Key_Return), hidden, Row(1),
+          add, f6, Pressing(list_window, Qt::Key_Escape), hidden, load},
+         "P1 x1 0, P2 x1 0"},
         {"check box, six typed characters, buttons beyond the limit",
          true,
          {Clicking(dialog, RES_ASK_QUANTITY), Row(1), load, Typing(keypad, "123456"), Clicking(keypad, RES_DIGIT_7),
@@ -347,6 +369,9 @@ protected:
                                         .arg(dark ? u"dark"_s : u"light"_s)
                                         .arg(window->devicePixelRatio()));
             }
+        }
+        for (int id = RES_DIGIT_1; id <= RES_DIGIT_0; ++id) { // large enough for a finger
+            EXPECT_GE(std::min(ControlOf(keypad, id)->height(), ControlOf(keypad, id)->width()), 44) << id;
         }
         if (language == 1) {
             EXPECT_EQ(spoken.join(u'|').toStdString(), spoken_in_english);
