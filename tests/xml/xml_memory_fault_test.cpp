@@ -14,9 +14,9 @@ namespace {
 std::string BigText()
 {
     std::string text = "<?xml version=\"1.0\" encoding=\"Shift-JIS\"?><R>";
-    for (int at = 0; at < 120; ++at) {
+    for (int at = 0; at < 40; ++at) {
         const std::string number = std::to_string(at);
-        text += "<part id=\"" + number + "\" kind=\"x\"><name" + number + ">" + std::string(470, 't') + "</name" +
+        text += "<part id=\"" + number + "\" kind=\"x\"><name" + number + ">" + std::string(1500, 't') + "</name" +
                 number + "><n>-1</n></part>";
     }
     return text + "</R>";
@@ -54,7 +54,7 @@ TEST(XmlMemoryFault, ACopyEndsWholeOrReportsFailureAndLeavesItsParent)
 {
     CXmlElement outer("outer", 932);
     const CXmlElement inside = outer.AppendChild(Read(BigText()));
-    for (const std::uint32_t code_page : {932, 65001}) {
+    for (const std::uint32_t code_page : {932U, 65001U}) {
         CXmlElement expected("t", code_page);
         expected.AppendChild(inside);
         FailEachAllocation(Write(expected), [&] {

@@ -106,7 +106,7 @@ TEST(XmlString, SharesItsCellByCount)
 TEST(XmlVector, DoublesFromOne)
 {
     CXmlVector<CXmlString> list;
-    for (const std::size_t capacity : {1, 2, 4, 4, 8}) {
+    for (const std::size_t capacity : {1U, 2U, 4U, 4U, 8U}) {
         EXPECT_TRUE(list.Add(CXmlString(std::to_string(list.Size()))));
         EXPECT_EQ(list.Capacity(), capacity);
     }
