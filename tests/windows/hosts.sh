@@ -14,12 +14,16 @@ stand_in="$build/tests/windows/PartkeepStandIn.dll"
 windows_path() { echo "Z:${1//\//\\}"; } # a script host takes a path that begins with a slash for a switch
 script=$(windows_path "$examples/partkeep.vbs")
 controls='{4C1CDCBC-4146-4EFC-9693-AE6800752C57} {DBE2F81A-E533-4E67-A6CD-A05F41A9627E}'
+sibling='HKCU\Software\Classes\CLSID\{0A1B2C3D-0000-4000-8000-000000000001}'
+named_sibling='HKCU\Software\Classes\Ferrin.FerrinDataSelectionDialog'
 run() { timeout -k 2 60 wine "$@" </dev/null 2>/dev/null | tr -d '\r'; }
 clean_up() {
     for control in $controls; do
         run reg delete "HKCR\\CLSID\\$control" /f >/dev/null || true
     done
-    run reg delete 'HKLM\software\Velmar\ORVIC' /f >/dev/null || true
+    for key in 'HKLM\software\Velmar\ORVIC' "$sibling" "$named_sibling"; do
+        run reg delete "$key" /f >/dev/null || true
+    done
 }
 fail() {
     echo "hosts: $*" >&2
@@ -116,6 +120,10 @@ run regsvr32 /s /u "$component" || fail "the component does not unregister"
 expect "without registration" "the component is not to be found" \
     "$(run "$build/examples/windows/pick_parts.exe" "$folder" || true)"
 
+# The installation, found by its sibling.
+run reg delete 'HKLM\software\Velmar\ORVIC' /f >/dev/null
+run reg add "$sibling\\InprocServer32" /v CodeBase /d "$(windows_path "$work/install/Sibling.dll")" /f >/dev/null
+run reg add "$named_sibling\\CLSID" /ve /d "${sibling##*\\}" /f >/dev/null
 mkdir "$work/beside"
 cp "$component" "$build/examples/windows/pick_parts.exe" "$examples"/*.manifest "$work/beside"
 expect "picked by manifest" "$three" "$(picked "$work/beside/pick_parts.exe" "$folder")"
