@@ -109,7 +109,8 @@ private:
     {
         Pin();
     }
-    // Without a table the block itself keeps the name, see xml_block.h.
+    // Without a table the block itself keeps the name, see xml_block.h. An end is a position alone, and keeps nothing,
+    // which would slow a walk down.
     void Pin()
     {
         if (block_ != nullptr && !table_) {
@@ -129,7 +130,7 @@ inline CXmlIterator CXmlElement::Begin() const
 
 inline CXmlIterator CXmlElement::End() const
 {
-    return node_ == nullptr ? CXmlIterator() : CXmlIterator({nullptr, LinkOf(node_)}, table_, block_);
+    return CXmlIterator(node_ == nullptr ? XmlPosition() : XmlPosition{nullptr, LinkOf(node_)}, {}, nullptr);
 }
 
 } // namespace partkeep
