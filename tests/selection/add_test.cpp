@@ -49,9 +49,11 @@ TEST_F(Add, RefusesWhatIsListedAndGoesOn)
         Select("P1");
         window.PressButton(RES_ADD); // another folder: another part
         EXPECT_EQ(Listed(), "P1 SRV1\\A\\B 1; P2 SRV1\\A\\B 1; P3 SRV1\\A\\B 1; p1 SRV1\\A\\B 1; P1 SRV1\\Other 1; ");
+        recorder.lines.clear();
     };
     Run({add, user::Press(id_cancel)});
-    EXPECT_EQ(windows.Find(RES_SELECTED_PARTS_DIALOG), nullptr);
+    recorder.lines.resize(2);
+    EXPECT_EQ(recorder.lines, Steps("250: Destroy; 101: EndModal 2"));
 }
 
 TEST_F(Add, AnEntryThatVanishesIsTold)

@@ -149,7 +149,7 @@ TEST_F(Load, TakesTheListFirstAndClearsLeftovers)
             window.controls[RES_ASK_QUANTITY].check = browser.selection.empty() ? 0 : 1;
             Type(u"5");
             window.PressButton(RES_ADD);
-            window.controls[RES_ASK_QUANTITY].check = 0;
+            window.controls[RES_ASK_QUANTITY].check = *row.selected == '\0' ? 1 : 0; // nobody is asked for nothing
             std::filesystem::remove(folder.Path("Work/SRV1/" + std::string(row.lost) + ".iga"));
             Select(row.selected);
             std::for_each_n(browser.selection.begin(), row.vanished, [](ScriptedPart& part) { part.name.clear(); });
