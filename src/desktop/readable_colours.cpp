@@ -37,7 +37,7 @@ QColor GroundFor(QColor ground, const QColor& text)
 
 double ContrastOf(const QColor& one, const QColor& other)
 {
-    const auto [darker, lighter] = std::minmax(Luminance(one), Luminance(other));
+    const auto [darker, lighter] = std::minmax({Luminance(one), Luminance(other)});
     return (lighter + 0.05) / (darker + 0.05);
 }
 
