@@ -56,7 +56,7 @@ bool IsUserReady(const Play& play)
     }
     const QWidget* modal = QApplication::activeModalWidget();
     const QWidget* active = QApplication::activeWindow();
-    return active != nullptr && (modal == nullptr || modal == active);
+    return active != nullptr && (modal == nullptr || modal == active || modal == active->parentWidget());
 }
 
 void ScheduleNext(const std::shared_ptr<Play>& play)

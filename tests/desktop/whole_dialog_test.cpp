@@ -160,16 +160,17 @@ TEST_F(WholeDialog, HostGetsWhatTheOperatorPicked)
          "P1 x025 0, P10 x025 0, P2 x1 0"},
         {"F6 goes to the list and back, Enter and Escape there hide it",
          true,
-         {Row(0), add, f6, Pressing(list_window, Qt::Key_F6), f6, Pressing(list_window, Qt::Key_Return), hidden, Row(1),
-          add, f6, Pressing(list_window, Qt::Key_Escape), hidden, load},
+         {Row(0), add, f6, Pressing(list_window, Qt::Key_F6), f6, ListRow(0), Pressing(list_window, Qt::Key_Return),
+          hidden, Row(1), add, f6, Pressing(list_window, Qt::Key_Escape), hidden, load},
          "P1 x1 0, P2 x1 0"},
         {"check box, six typed characters, buttons beyond the limit",
          true,
-         {Clicking(dialog, RES_ASK_QUANTITY), Row(1), load, Typing(keypad, "123456"), Clicking(keypad, RES_DIGIT_7),
+         {Clicking(dialog, RES_ASK_QUANTITY), Row(0), add, Typing(keypad, "5"), Pressing(keypad, Qt::Key_Return),
+          Row(1), Pressing(dialog, Qt::Key_Return), Typing(keypad, "123456"), Clicking(keypad, RES_DIGIT_7),
           Pressing(keypad, Qt::Key_Return),
           [] { EXPECT_EQ(AnswerMessage(), u"Please enter value within the range [1-99999]"_s); },
           Pressing(keypad, Qt::Key_Backspace), Clicking(keypad, RES_OK)},
-         "P2 x12345 0"},
+         "P1 x5 0, P2 x12345 0"},
         {"filter buttons",
          true,
          {Clicking(dialog, RES_FILTER_NCT), Expecting("P1 p1"), Clicking(dialog, RES_FILTER_LASER), Expecting("P1 P10"),
@@ -276,7 +277,8 @@ void ExpectReadable(const QWidget& widget)
     for (const auto group : {QPalette::Active, QPalette::Inactive}) {
         for (const auto& [text, ground] : texts) {
             const QColor colour = widget.palette().color(group, text);
-            const auto [dark, light] = std::minmax(Luminance(colour), Luminance(widget.palette().color(group, ground)));
+            const auto [dark, light] =
+                std::minmax({Luminance(colour), Luminance(widget.palette().color(group, ground))});
             EXPECT_GE((light + 0.05) / (dark + 0.05), 4.5) << widget.objectName().toStdString() << " " << text;
             EXPECT_EQ(colour.alpha(), 255) << text;
         }

@@ -69,15 +69,14 @@ void AddChoice(QMenu& menu, const ColumnMenuState& state, int column)
 
 void StyleMenu(QMenu& menu)
 {
-    menu.setPalette(ReadableColours(QApplication::palette()));
-    const QPalette colours = menu.palette();
-    const QColor faint = FaintText(colours.color(QPalette::WindowText), colours.color(QPalette::Window));
-    menu.setStyleSheet(
-        QStringLiteral("QMenu::item { padding: 7px 16px 7px 28px; } QMenu::indicator { left: 8px; }"
-                       "QMenu::item:selected { background: palette(highlight); color: palette(highlighted-text); }"
-                       "QMenu::item:disabled { color: %1; background: transparent; }"
-                       "QMenu::separator { height: 1px; background: palette(mid); }")
-            .arg(faint.name()));
+    const QPalette theme = QApplication::palette();
+    const QColor faint = FaintText(theme.color(QPalette::WindowText), theme.color(QPalette::Window));
+    const QColor selected = ReadableColours(theme).color(QPalette::Highlight);
+    menu.setStyleSheet(QStringLiteral("QMenu::item { padding: 7px 16px 7px 28px; } QMenu::indicator { left: 8px; }"
+                                      "QMenu::item:selected { background: %1; color: palette(highlighted-text); }"
+                                      "QMenu::item:disabled { color: %2; background: transparent; }"
+                                      "QMenu::separator { height: 1px; background: palette(mid); }")
+                           .arg(selected.name(), faint.name()));
 }
 
 void AddMenuTitle(QMenu& menu, const QString& text)
