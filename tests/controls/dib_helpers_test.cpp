@@ -32,7 +32,12 @@ TEST(DibHelpers, ReadBothKindsOfHeader)
     };
     for (const Row& row : std::initializer_list<Row>{
              {"core, 1 bit", 12, 1, 0, 2, 6},
+             {"core, 24 bits", 12, 24, 0, 0, 0},
              {"core by any other size", 124, 8, 99, 256, 768},
+             {"8 bits", 40, 8, 0, 256, 1024},
+             {"five of 4 bits", 40, 4, 5, 5, 20},
+             {"24 bits", 40, 24, 0, 0, 0},
+             {"16 bits with a table", 40, 16, 3, 3, 12},
              {"count of more than 16 bits", 40, 8, 0x10002, 2, 8},
              {"size of more than 16 bits", 40, 8, 0x4001, 0x4001, 4},
          }) {
@@ -187,6 +192,26 @@ TEST(CreateDibPalette, CopiesTheTableOfFileAndBareBitmap)
                 EXPECT_EQ(entry.flags, 0);
             }
         }
+    }
+}
+
+TEST(CreateDibPalette, FailsWithoutMemoryAndWithoutArguments)
+{
+    const TestBlock block(MakeSampleFile(DibSamples()[2]).bytes);
+    KeptPalette palette;
+    EXPECT_EQ(CreateDIBPalette(nullptr, &palette), 0);
+    EXPECT_EQ(CreateDIBPalette(block.handle, nullptr), 0);
+    std::vector<MemoryHandle> held;
+    while (MemoryHandle handle = AllocateBlock(1)) {
+        held.push_back(handle);
+    }
+    EXPECT_EQ(CreateDIBPalette(block.handle, &palette), 0);
+    FreeBlock(held.back());
+    EXPECT_NE(CreateDIBPalette(block.handle, &palette), 0);
+    held.back() = AllocateBlock(1); // the palette's own block was freed
+    EXPECT_NE(held.back(), nullptr);
+    for (MemoryHandle handle : held) {
+        FreeBlock(handle);
     }
 }
 

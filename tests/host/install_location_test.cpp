@@ -28,10 +28,12 @@ TEST(InstallLocation, IsLookedUpTheTwoWaysInTheirOrder)
         {"install path wins", u"C:\\ORVIC", id, module, u"C:\\ORVIC"},
         {"taken unchanged", u"C:\\ORVIC\\", no_key, no_value, u"C:\\ORVIC\\"},
         {"key absent", no_key, id, module, u"C:\\Ferrin"},
+        {"value absent", no_value, id, module, u"C:\\Ferrin"},
         {"value empty", u"", id, module, u"C:\\Ferrin"},
         {"255 characters pass", longest, id, module, longest},
         {"256 do not", too_long, id, module, u"C:\\Ferrin"},
         {"nothing anywhere", no_key, no_key, no_value, u""},
+        {"no sibling path", no_value, id, no_value, u""},
         {"no backslash", no_value, id, u"Sel.dll", u""},
         {"long class id is not usable", no_value, too_long, module, u""},
         {"long code base is not usable", no_value, id, u"C:\\" + too_long, u""},
@@ -52,6 +54,21 @@ TEST(InstallLocation, IsLookedUpTheTwoWaysInTheirOrder)
         set(u"HKCU\\Software\\Classes\\CLSID\\" + row.class_id + u"\\InprocServer32\\", u"CodeBase", row.code_base);
         EXPECT_EQ(FindInstallFolder(registry), row.found);
     }
+}
+
+TEST(InstallLocation, LeavesTheTextAloneWhereAKeyDoesNotOpen)
+{
+    CMemoryRegistry registry;
+    std::u16string text = u"before";
+    EXPECT_EQ(ReadInstallPath(registry, text, u"software\\Velmar\\ORVIC", u"installpath"), 0);
+    EXPECT_EQ(ReadCodeBaseFolder(registry, text), 0);
+    registry.Set(sibling_key, u"", u"{1}");
+    EXPECT_EQ(ReadCodeBaseFolder(registry, text), 0);
+    EXPECT_EQ(text, u"before");
+
+    registry.keys[orvic_key];
+    EXPECT_EQ(ReadInstallPath(registry, text, u"software\\Velmar\\ORVIC", u"installpath"), 1);
+    EXPECT_EQ(text, u"");
 }
 
 } // namespace

@@ -74,6 +74,19 @@ protected:
     PartkeepReadImpl object{services};
 };
 
+TEST_F(HostObject, AnswersForAnEmptyList)
+{
+    std::u16string text = u"before";
+    double thickness = 7.0;
+    EXPECT_EQ(Count(object), 0);
+    EXPECT_EQ(object.GetFilePath(&text), HostResult::False);
+    EXPECT_EQ(object.GetSelectedPartInfo(&text, &text, &text, &text, &thickness, &text), HostResult::False);
+    EXPECT_EQ(text, u"before");
+    EXPECT_EQ(thickness, 7.0);
+    EXPECT_EQ(NameAt(0), u"");
+    EXPECT_EQ(object.NumberOfPartsSelected(nullptr), HostResult::Ok);
+}
+
 TEST_F(HostObject, RunsTheDialogAndKeepsWhatItBrings)
 {
     const struct {
@@ -105,7 +118,25 @@ TEST_F(HostObject, RunsTheDialogAndKeepsWhatItBrings)
     EXPECT_EQ(object.GetSelectedPartInfo(&file, &name, &comment, &material, &thickness, &quantity), HostResult::Ok);
     EXPECT_EQ(name + comment + material + quantity, u"A2cSUS1"); // the first record ever, not the latest
     EXPECT_EQ(thickness, 3.2);
-    EXPECT_EQ(file, folder.Core(u"Work\\\\A2.iga"));
+    std::u16string first_file;
+    EXPECT_EQ(object.GetFilePath(&first_file), HostResult::Ok);
+    EXPECT_EQ(first_file, file);
+    EXPECT_EQ(first_file, folder.Core(u"Work\\\\A2.iga"));
+
+    std::u16string server, database_folder, sy, nc, machine;
+    std::int32_t machine_type = -1;
+    object.GetPartInfo(1, &server, &database_folder, &file, &sy, &nc, &name, &comment, &material, &machine,
+                       &machine_type, &thickness, &quantity);
+    const std::u16string work = folder.Core(u"Work\\\\");
+    EXPECT_EQ(name + server + machine + sy + nc, u"B1M" + work + u"B1.SY5" + work + u"B1.NCD");
+    EXPECT_EQ(machine_type, 0);
+
+    PartkeepReadImpl second(services);
+    Play({u"E1"});
+    EXPECT_EQ(Count(second), 0);
+    EXPECT_EQ(second.InvokePartkeep(), HostResult::Ok);
+    EXPECT_EQ(Count(second), 1);
+    EXPECT_EQ(Count(object), count);
 }
 
 TEST_F(HostObject, TroubleBecomesTheOperationsOwnResult)
@@ -126,9 +157,6 @@ TEST_F(HostObject, TroubleBecomesTheOperationsOwnResult)
     EXPECT_EQ(object.InvokePartkeepMultiSelection(1), HostResult::False);
     EXPECT_EQ(recorder.lines, Lines{});
     EXPECT_EQ(Count(object), 0);
-    std::u16string text = u"before";
-    EXPECT_EQ(object.GetSelectedPartInfo(&text, &text, &text, &text, nullptr, &text), HostResult::False);
-    EXPECT_EQ(text, u"before");
     EXPECT_TRUE(std::filesystem::is_directory(folder.Path("Work/UnZipFolder"))); // made all the same
 }
 
@@ -148,7 +176,9 @@ TEST_F(HostObject, ReadsAPartWithoutADialog)
         bool read;
         std::string message;
     } rows[] = {
+        {"read", BrowserOperation::SelectAllParts, ".iga", u".iga", 6, true, ""},
         {"iga wins", BrowserOperation::SelectAllParts, ".bmf; .iga", u".iga", 6, true, ""},
+        {"bmf alone", BrowserOperation::SelectAllParts, ".bmf", u".bmf", 6, true, ""},
         {"no main file", BrowserOperation::SelectAllParts, ".SY5; .NCD", nullptr, 6, true,
          "message 'No IGA or BMF files found for the part.\n Part Name:P1'" + title},
         {"no server", BrowserOperation::ConnectServer, "", u"", 1, false,

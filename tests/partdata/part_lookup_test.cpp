@@ -69,6 +69,20 @@ TEST_F(PartLookup, StagingCopiesOnceForThePartAndOnceForItsMachine)
     EXPECT_EQ(currentServer_ + u"|" + lookupFolder_, u"SRV|A\\B");
 }
 
+TEST_F(PartLookup, OldCopiesMakeWayOnceBeforeTheNewOnes)
+{
+    script_.filesByKind = {{24, {u".iga"}}, {20, {u".NCD"}}};
+    filter_ = {1, 20};
+    for (const char* name : {"P1.iga", "P1.bmf", "P1.SY5", "P3.iga"}) {
+        WriteBytes(folder_.Path(name), "old");
+    }
+    ASSERT_TRUE(lookup_.StagePart(0, folder_.Core(), u"1", record_));
+    EXPECT_EQ(NamesIn(folder_.Path()), (Lines{"P1.NCD", "P1.SY5", "P1.iga", "P3.iga"}));
+    EXPECT_EQ(ReadBytes(folder_.Path("P1.iga")), "24");
+    lookup_.DeleteSelectedPartFiles(0);
+    EXPECT_EQ(NamesIn(folder_.Path()), (Lines{"P1.SY5", "P3.iga"}));
+}
+
 TEST_F(PartLookup, PartWithoutAttributesIsStagedAndOneWithoutNameIsNot)
 {
     EXPECT_FALSE(lookup_.QueryPartInfo(u"SRV", u"A\\B", u"P3", record_));
@@ -121,14 +135,21 @@ TEST_F(PartLookup, NarrowTextIsInTheSystemsCodePage)
     SetSystemCodePage(utf8_code_page);
 }
 
-TEST_F(PartLookup, UnendedNameIsCutAtItsBuffer)
+// A browser that fills its buffers to the last byte and ends no text.
+TEST_F(PartLookup, UnendedTextsAreCutAtTheBuffers)
 {
-    script_.On(BrowserOperation::GetSelectedPart, [](ControlScript::Arguments in) -> ControlResult {
-        std::memset(std::get<void*>(in[3].value), 'x', long_text_bytes);
-        return std::int32_t{1};
-    });
+    const auto fill = [](ControlScript::Arguments in, std::initializer_list<std::size_t> positions) {
+        for (const std::size_t position : positions) {
+            std::memset(std::get<void*>(in[position].value), 'x', long_text_bytes);
+        }
+        return ControlResult{std::int16_t{-1}};
+    };
+    script_.On(BrowserOperation::GetSelectedPart, [fill](auto in) { return fill(in, {1, 2, 3}); });
+    script_.On(BrowserOperation::ReadPartAttributes, [fill](auto in) { return fill(in, {6, 7, 8, 11}); });
     ASSERT_TRUE(lookup_.StagePart(0, u"F", u"1", record_));
-    EXPECT_EQ(record_.PartName, std::u16string(long_text_bytes - 1, u'x'));
+    const std::u16string longest(long_text_bytes - 1, u'x');
+    EXPECT_EQ(record_.PartName, longest);
+    EXPECT_EQ(record_.MaterialType + record_.MachineName + record_.PartComment, longest + longest + longest);
 }
 
 } // namespace

@@ -71,14 +71,34 @@ TEST_F(Staging, RulesOnNamesAreOdd)
         bool cleared;
         bool deleted;
     } rows[] = {
-        {u"\\W\\P.iga", u"p", true, true},           {u"\\W\\B2DP.dat", u"p", true, true},
-        {u"\\W\\B3dp.bmp", u"P", true, false},       {u"\\W\\b2dp.dat", u"P", false, true},
-        {u"\\W\\B2dB3D.iga", u"b3d", true, true},    {u"\\W\\.iga", u"P", false, false},
-        {u"\\W\\PX.iga", u"P", false, false},        {u"\\W\\P.1.iga", u"P", true, true},
-        {u"\\W\\P.SY5.iga", u"P", false, true},      {u"\\W\\P", u"P", false, false},
-        {u"\\W\\P.xMl", u"P", false, false},         {u"\\W\\P.sy5", u"P", false, false},
-        {u"\\W\\\u00E4.iga", u"\u00C4", true, true}, {u"\\W\\\uFF21.ncd", u"\uFF41", true, true},
+        {u"\\W\\P.iga", u"p", true, true},
+        {u"\\W\\p.iga", u"P", true, true},
+        {u"P.iga", u"P", true, true},
+        {u"\\W\\P.x ", u"P", true, true},
+        {u"\\W\\B2DP.dat", u"p", true, true},
+        {u"\\W\\B3dp.bmp", u"P", true, false},
+        {u"\\W\\b2dp.dat", u"P", false, true},
+        {u"\\W\\B2P.iga", u"P", false, true},
+        {u"\\W\\B2D.iga", u"B2D", false, true},
+        {u"\\W\\B2dB3D.iga", u"b3d", true, true},
+        {u"\\W\\B3DP.iga", u"P", true, true},
+        {u"\\W\\.iga", u"P", false, false},
+        {u"\\W\\PP.iga", u"P", false, true},
+        {u"\\W\\PX.iga", u"P", false, false},
+        {u"\\W\\P .iga", u"P", false, false},
+        {u"\\W\\P.iga", u"PP", false, false},
+        {u"\\W\\P.1.iga", u"P", true, true},
+        {u"\\W\\P.SY5.iga", u"P", false, true},
+        {u"\\W\\P", u"P", false, false},
+        {u"\\W\\P.", u"P", false, false},
+        {u"\\W\\P.xMl", u"P", false, false},
+        {u"\\W\\P.XMLx", u"P", true, true},
+        {u"\\W\\P.sy5", u"P", false, false},
+        {u"\\W\\P.SY9", u"P", false, true},
+        {u"\\W\\\u00E4.iga", u"\u00C4", true, true},
+        {u"\\W\\\uFF21.ncd", u"\uFF41", true, true},
         {u"\\W.1\\P.iga", u"P", false, false},
+        {u"\\P.1\\W\\Q.xml", u"P", true, true},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(IsClearedBeforeStaging(row.path, row.name), row.cleared) << Quoted(row.path);
@@ -160,6 +180,26 @@ TEST_F(Staging, FindsTheFourFilesInAnyCase)
         EXPECT_EQ(record.NCFileName, path(row.nc));
         EXPECT_EQ(recorder_.Take(), row.found ? Lines{} : Lines{no_files});
     }
+}
+
+TEST_F(Staging, FolderNameHasTheBackslashesOfTheFolderCut)
+{
+    TheProcessValues().workingFolder = u"C:\\W\\";
+    EXPECT_EQ(StagingFolderOf(u"S1", u"A\\B"), u"C:\\W\\S1AB");
+    EXPECT_EQ(StagingFolderOf(u"\\\\S1", u"\\Plates\\2008\\"), u"C:\\W\\\\\\S1Plates2008");
+    EXPECT_EQ(StagingFolderOf(u"S1", u""), u"C:\\W\\S1");
+}
+
+TEST_F(Staging, SecondRemovalHitsNoNeighbour)
+{
+    RemoveTempFolders(folders_);
+    EXPECT_EQ(Everything(), Lines{"SF"});
+    MakeFolder(folders_.unpackFolder);
+    WriteBytes(work_ / "UnZipFolder/a", "x");
+    WriteBytes(work_ / "UnZipFolder2.txt", "x");
+    MakeFolder(folders_.unpackFolder);
+    RemoveTempFolders(folders_);
+    EXPECT_EQ(Everything(), (Lines{"SF", "UnZipFolder", "UnZipFolder/a", "UnZipFolder2.txt"}));
 }
 
 #ifndef _WIN32

@@ -40,6 +40,7 @@ TEST_F(BrowserClick, FetchesAndShowsInItsOrder)
         {"all three", {"PNG", "2D", "3D"}, 0, show_png + show_3d},
         {"picture alone", {"PNG"}, 0, show_png},
         {"2D alone, behind a picture", {"2D"}, -1, invalidate + show_2d},
+        {"picture and 2D", {"PNG", "2D"}, 0, show_png},
         {"bitmaps", {"2D", "3D"}, 0, invalidate + show_2d + show_3d},
         {"3D alone", {"3D"}, -3, invalidate + show_3d},
         {"nothing", {}, 0, invalidate},
@@ -100,6 +101,22 @@ TEST_F(BrowserClick, NoPanelPaintsABlockThatIsFreedOrOfAnotherPart)
     Run({work, user::Press(id_cancel)});
 }
 
+TEST_F(BrowserClick, LearnsWhereTheUserIs)
+{
+    Select("P1");
+    browser.selection[0].server = u"SRV9";
+    browser.currentFolder = u"C\\D";
+    const auto leave = [this](CScriptedWindow&) {
+        browser.selection.clear();
+        browser.currentServer = u"SRV2";
+        browser.currentFolder = u"E";
+    };
+    Run({click, leave, click, user::Key(key_a, true), user::Press(RES_LOAD)});
+    // The folder is that of the last part clicked; the browser's own counts only with a selection.
+    EXPECT_EQ(dialog->resultParts.at(0).FilePathName, folder.Core(u"Work\\SRV2CD\\P1.iga"));
+    EXPECT_EQ(ReadBytes(folder.Path("Install/kpdservers.ini")), "SRV2\r\nC\\D\r\nmetric\r\n-9999\r\n0\r\n");
+}
+
 TEST_F(BrowserClick, WithoutASelectionShowsTheLastTextsAgain)
 {
     const std::string none = blanking + "GetCurrentServer(); 101: EndWait; ";
@@ -116,6 +133,12 @@ TEST_F(BrowserClick, WithoutASelectionShowsTheLastTextsAgain)
 TEST_F(BrowserClick, SurvivesABrowserThatKnowsNothingOrTooMuch)
 {
     Select("P1");
+    browser.selection[0].readable = false;
+    browser.images = {{"2D", "BM"}};
+    const Lines unreadable = LinesOf(click);
+    EXPECT_EQ(Only(unreadable, "101: SetText 204"), (Lines{"101: SetText 204 ''", "101: SetText 204 ''"}));
+    EXPECT_EQ(Only(unreadable, "101: panel 1 Invalidate").size(), 1U);
+
     browser.On(BrowserOperation::GetSelectedPart, ControlResult(std::int32_t{0}));
     EXPECT_EQ(LinesOf(click), Steps(blanking + "GetSelectedPart(0); 101: EndWait"));
 
@@ -149,8 +172,10 @@ TEST(PreviewPath, HasOneSeparatorEverywhere)
 {
     const std::pair<const char16_t*, const char16_t*> rows[] = {
         {u"C:\\W\\", u"C:\\W\\Lumora_ForPNG\\"},
+        {u"C:\\W", u"C:\\W\\Lumora_ForPNG\\"},
         {u"\\\\share\\W\\", u"\\share\\W\\Lumora_ForPNG\\"},
         {u"C:\\W\\\\\\", u"C:\\W\\\\Lumora_ForPNG\\"},
+        {u"", u"\\Lumora_ForPNG\\"},
     };
     for (const auto& [working_folder, path] : rows) {
         EXPECT_EQ(PreviewPathOf(working_folder), path);

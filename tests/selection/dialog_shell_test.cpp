@@ -1,11 +1,24 @@
-// Tab through the browser, and filter tools.
+// Keys, Tab through the browser, unit box and filter tools.
 
 #include "tests/selection/selection_run.h"
 
 namespace partkeep {
 namespace {
 
-using DialogShell = SelectionRun;
+class DialogShell : public SelectionRun {
+protected:
+    // The lines of a key pressed with the focus on a control.
+    Lines KeyAt(int focused, KeyPress press)
+    {
+        return LinesOf([this, focused, press](CScriptedWindow& window) {
+            window.focused = focused;
+            window.PressKey(press);
+            focus_behind_ = window.focused;
+        });
+    }
+
+    int focus_behind_ = 0;
+};
 
 TEST_F(DialogShell, TabGoesThroughTheBrowserInBothDirections)
 {
@@ -25,16 +38,57 @@ TEST_F(DialogShell, TabGoesThroughTheBrowserInBothDirections)
         {"from the unit box into it", RES_UNIT, true, 1, "MoveFocus(0)", RES_ADD},
         {"Cancel, back", id_cancel, true, 1, "", RES_LOAD},
         {"unit box, on, past the picture that is not shown", RES_UNIT, false, 1, "", RES_LOAD},
+        {"elsewhere", RES_PART_NAME, false, 1, "", RES_COMMENT},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.label);
         browser.On(BrowserOperation::MoveFocus, ControlResult(row.answer));
-        const auto press = [&](CScriptedWindow& window) {
-            window.focused = row.focused;
-            EXPECT_EQ(LinesIn(window, user::Key(key_tab, false, row.shift)), Steps(row.lines));
-            EXPECT_EQ(window.focused, row.focus_behind);
-        };
-        EXPECT_EQ(Run({press, user::Press(id_cancel)}), id_cancel);
+        EXPECT_EQ(KeyAt(row.focused, {key_tab, false, row.shift}), Steps(row.lines));
+        EXPECT_EQ(focus_behind_, row.focus_behind);
+    }
+}
+
+TEST_F(DialogShell, ControlASelectsAllInMultiSelectionAlone)
+{
+    const struct {
+        bool multi;
+        KeyPress press;
+        const char* line;
+    } rows[] = {
+        {true, {key_a, true, false}, "SelectAllParts(1)"},
+        {true, {key_a, false, false}, "101: key 65 to 215"},
+        {false, {key_a, true, false}, "101: key 65 to 215"},
+        {true, {66, true, false}, "101: key 66 to 215"},
+    };
+    for (const auto& row : rows) {
+        multiSelection = row.multi;
+        EXPECT_EQ(KeyAt(RES_BROWSER, row.press), Lines{row.line});
+    }
+}
+
+TEST_F(DialogShell, EnterLoadsWhateverHasTheFocus)
+{
+    for (const int focused : {id_cancel, RES_ADD, RES_BROWSER, RES_LOAD, RES_UNIT}) {
+        Select("P1");
+        EXPECT_EQ(Run({[&](CScriptedWindow& window) {
+                      window.focused = focused;
+                      window.controls[RES_LOAD].enabled = false;
+                      window.PressKey({key_return, false, false});
+                  }}),
+                  id_ok);
+        EXPECT_EQ(dialog->resultParts.size(), 1U);
+    }
+}
+
+TEST_F(DialogShell, UnitBoxRefreshesAlways)
+{
+    StartIn("-9999");
+    for (const auto& [entry, unit] : std::initializer_list<std::pair<int, const char*>>{
+             {1, "1"}, {1, "1"}, {0, "0"}, {-1, "1"}}) { // from inch to inch too
+        EXPECT_EQ(LinesOf([entry = entry](CScriptedWindow& window) { window.ChooseEntry(RES_UNIT, entry); }),
+                  Steps("SetDisplayUnit(" + std::string(unit) + "); RefreshPartList()"));
+        EXPECT_EQ(ReadBytes(folder.Path("Install/kpdservers.ini")),
+                  "SRV1\r\n-9999\r\n" + std::string(*unit == '1' ? "inch" : "metric") + "\r\nSRV1\r\n-9999\r\n0\r\n");
     }
 }
 

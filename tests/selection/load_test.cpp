@@ -25,6 +25,7 @@ TEST_F(Load, TakesItsStepsInTheirOrder)
         int filter; // command, 0 for none
         std::string parts;
     } rows[] = {
+        {"several", true, 0, Staged(0, "P1") + Staged(1, "P2") + Staged(2, "P3")},
         {"several, machine data", true, RES_FILTER_NCT,
          Staged(0, "P1", true) + Staged(1, "P2", true) + Staged(2, "P3", true)},
         {"one: the last", false, 0, Staged(2, "P3") + Named(0) + Named(1)},
@@ -71,6 +72,7 @@ TEST_F(Load, AndAddCheckInTheirOrder)
         {"Load of 257, prompt first", RES_LOAD, 257, true, u"3", too_many, 1, false, 257, 0},
         {"Load of 257, keypad cancelled", RES_LOAD, 257, true, u"", "", 1, false, 0, 0},
         {"Load of 256", RES_LOAD, 256, true, u"3", "", 1, true, 256, 256},
+        {"Load, no prompt", RES_LOAD, 2, false, u"1", "", 0, true, 2, 2},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.label);
@@ -114,19 +116,25 @@ TEST_F(Load, TakesTheListFirstAndClearsLeftovers)
         const char* label;
         bool multi;
         const char* listed; // at 5 each
+        const char* lost;   // of those
         const char* selected;
         int vanished; // of those, from the first
         const char* records;
         const char* left; // of the files in the working folder
         std::string messages;
     } rows[] = {
-        {"what is listed comes first and once", true, "P3 P1", "P1 P4", 0, "P3 5; P1 5; P4 1; ",
+        {"what is listed comes first and once", true, "P3 P1", "", "P1 P4", 0, "P3 5; P1 5; P4 1; ",
          "P1.dat; P1.xml; P2.dat; P3.dat; XP1.dat", ""},
-        {"nothing else: confirmed all the same", true, "P2", "", 0, "", "P1.dat; P1.xml; P3.dat; XP1.dat",
+        {"a listed part without files", true, "P3 P1", "P1", "P4", 0, "P3 5; P4 1; ", "P1.xml; P2.dat; P3.dat",
+         no_files + "P1'" + title},
+        {"nothing else: confirmed all the same", true, "P2", "P2", "", 0, "", "P1.dat; P1.xml; P3.dat; XP1.dat",
          no_files + "P2'" + title},
-        {"one: those in front go", false, "", "P1 P2 P3", 0, "P3 1; ", "P1.xml; P3.dat", ""},
-        {"one, listed already", false, "P3", "P1 P2 P3", 0, "P3 5; ", "P1.xml; P3.dat", ""},
-        {"one, the first has vanished", false, "", "P1 P2 P3", 1, "P3 1; ", "P1.dat; P1.xml; P3.dat; XP1.dat", gone},
+        {"one: those in front go", false, "", "", "P1 P2 P3", 0, "P3 1; ", "P1.xml; P3.dat", ""},
+        {"one, listed already", false, "P3", "", "P1 P2 P3", 0, "P3 5; ", "P1.xml; P3.dat", ""},
+        {"one, the first has vanished", false, "", "", "P1 P2 P3", 1, "P3 1; ", "P1.dat; P1.xml; P3.dat; XP1.dat",
+         gone},
+        {"several, two have vanished", true, "", "", "P1 P2 P3", 2, "P3 1; ", "P1.dat; P1.xml; P2.dat; P3.dat; XP1.dat",
+         ""},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.label);
@@ -142,7 +150,7 @@ TEST_F(Load, TakesTheListFirstAndClearsLeftovers)
             Type(u"5");
             window.PressButton(RES_ADD);
             window.controls[RES_ASK_QUANTITY].check = *row.selected == '\0' ? 1 : 0; // nobody is asked for nothing
-            std::filesystem::remove(folder.Path("Work/SRV1/P2.iga"));
+            std::filesystem::remove(folder.Path("Work/SRV1/" + std::string(row.lost) + ".iga"));
             Select(row.selected);
             std::for_each_n(browser.selection.begin(), row.vanished, [](ScriptedPart& part) { part.name.clear(); });
             recorder.lines.clear();
@@ -159,16 +167,37 @@ TEST_F(Load, TakesTheListFirstAndClearsLeftovers)
 
 TEST_F(Load, SavesTheOptionsAndClearsTheTemporaryFoldersBeforeTheWindowGoes)
 {
+    const auto options = [this] { return ReadBytes(folder.Path("Install/ZanPartkeepConfig.xml")); };
+    const std::string saved = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<ZanPartkeepReadConfig>\r\n"
+                              "  <InputNoFlag>true</InputNoFlag>\r\n  <FilterState>3</FilterState>\r\n"
+                              "</ZanPartkeepReadConfig>";
     Select("P1");
-    bool asked = false;
+    const auto change = [this](CScriptedWindow& window) {
+        window.PressButton(RES_FILTER_MARVEN);
+        window.PressButton(RES_ASK_QUANTITY);
+        WriteBytes(folder.Path("Work/Lumora_ForPNG/P1.PNG"), "x");
+        WriteBytes(folder.Path("Work/UnZipFolder/left"), "x");
+    };
+    Run({change, user::Press(id_cancel)});
+    EXPECT_EQ(options(), "(none)");
+    EXPECT_EQ(NamesIn(folder.Path("Work")), (Lines{"Lumora_ForPNG", "UnZipFolder"}));
+
+    int closed = 0;
     browser.On(BrowserOperation::DisconnectServer, [&](auto) {
-        asked = true;
-        EXPECT_NE(ReadBytes(folder.Path("Install/ZanPartkeepConfig.xml")).find(">3<"), std::string::npos);
-        EXPECT_EQ(NamesIn(folder.Path("Work")).size(), 1U);
+        EXPECT_EQ(options(), saved);
+        EXPECT_EQ(NamesIn(folder.Path("Work")).size(), ++closed == 1 ? 1U : 3U);
         return ControlResult();
     });
-    EXPECT_EQ(Run({user::Press(RES_FILTER_MARVEN), user::Press(RES_LOAD)}), id_ok);
-    EXPECT_TRUE(asked);
+    Type(u"1");
+    EXPECT_EQ(Run({change, user::Press(RES_LOAD)}), id_ok);
+
+    // The next run comes back to them.
+    const auto look = [](CScriptedWindow& window) {
+        EXPECT_EQ(window.Check(RES_ASK_QUANTITY), 1);
+        EXPECT_EQ(window.pressedTools, std::set<int>{RES_FILTER_MARVEN});
+    };
+    Run({look, user::Press(id_cancel)});
+    EXPECT_EQ(closed, 2);
 }
 
 TEST_F(Load, SurvivesABrowserThatFailsEverywhereOrAnswersGarbage)
@@ -197,6 +226,16 @@ TEST_F(Load, SurvivesABrowserThatFailsEverywhereOrAnswersGarbage)
     EXPECT_EQ(Run(actions), id_cancel);
 }
 
+TEST_F(Load, AFileInTheStagingFoldersPlaceDropsThePart)
+{
+    StartIn("A\\B");
+    Select("P1");
+    WriteBytes(folder.Path("Work/SRV1AB"), "a file");
+    EXPECT_EQ(Run({user::Press(RES_LOAD)}), id_ok);
+    EXPECT_TRUE(dialog->resultParts.empty());
+    EXPECT_EQ(Messages(recorder.Take()), no_files + "P1'" + title);
+}
+
 #ifndef _WIN32
 TEST_F(Load, AnInstallationThatCannotBeWrittenChangesNothingElse)
 {
@@ -210,6 +249,22 @@ TEST_F(Load, AnInstallationThatCannotBeWrittenChangesNothingElse)
     EXPECT_EQ(NamesIn(folder.Path("Install")), Lines{"kpdservers.ini"});
 }
 #endif
+
+TEST_F(Load, FollowsTheWorkingFolderAsItStands)
+{
+    TheProcessValues().workingFolder = folder.Core(u"Work"); // no separator: everything lands beside the folder
+    Select("P1");
+    StartIn("A\\B");
+    const auto look = [this](CScriptedWindow&) {
+        EXPECT_EQ(NamesIn(folder.Path()), (Lines{"Install", "Work", "WorkLumora_ForPNG", "WorkUnZipFolder"}));
+    };
+    Run({look, user::Press(RES_LOAD)});
+    EXPECT_EQ(dialog->resultParts.at(0).FilePathName, folder.Core(u"WorkSRV1AB\\P1.iga"));
+
+    TheProcessValues().workingFolder = folder.Core(u"Made") + u"\\"; // Load makes one level
+    Run({user::Press(RES_LOAD)});
+    EXPECT_EQ(Results(), "P1 1; ");
+}
 
 } // namespace
 } // namespace partkeep

@@ -57,6 +57,16 @@ protected:
     CScriptedWindow* window_ = nullptr;
 };
 
+TEST_F(SelectedParts, OpensHiddenAndListsInOrderOfAdding)
+{
+    EXPECT_FALSE(window_->visible);
+    EXPECT_EQ(window_->owner, owner_.get());
+    Add(u"Z");
+    Add(u"A", u"");
+    Add(u"M", u"x", u"007");
+    EXPECT_EQ(Parts(), u"Z|S\\F|1 A|S\\|1 M|S\\x|007 ");
+}
+
 TEST_F(SelectedParts, RemoveTakesTheSelectedRowsAndNoOthers)
 {
     const struct {
@@ -64,7 +74,9 @@ TEST_F(SelectedParts, RemoveTakesTheSelectedRowsAndNoOthers)
         std::set<int> selected;
         std::u16string left;
     } rows[] = {
+        {"none", {}, u"A|S\\F|1 B|S\\F|1 C|S\\F|1 D|S\\F|1 "},
         {"second and fourth", {1, 3}, u"A|S\\F|1 C|S\\F|1 "},
+        {"neighbours", {0, 1, 2}, u"D|S\\F|1 "},
         {"all", {0, 1, 2, 3}, u""},
     };
     for (const auto& row : rows) {
@@ -89,11 +101,38 @@ TEST_F(SelectedParts, ChangeQtyGivesAllSelectedRowsTheSameText)
     Add(u"B");
     window_->PressButton(RES_CHANGE_QUANTITY); // nothing selected: no keypad opens
     window_->SelectRows(RES_PART_LIST, {0, 2});
-    const auto look = [this](CScriptedWindow&) { EXPECT_FALSE(windows_.Find(RES_SELECTION_DIALOG)->inputEnabled); };
+    windows_.Play(RES_QUANTITY_KEYPAD, {user::Press(RES_DIGIT_5), user::Press(RES_CANCEL)});
+    window_->PressButton(RES_CHANGE_QUANTITY);
+    EXPECT_EQ(Parts(), u"A|S\\F|1 A|S\\Other|1 B|S\\F|1 ");
+    EXPECT_TRUE(windows_.Find(RES_SELECTION_DIALOG)->inputEnabled);
+
+    const auto look = [this](CScriptedWindow& keypad) {
+        EXPECT_EQ(keypad.Text(RES_QUANTITY), u"");
+        EXPECT_FALSE(windows_.Find(RES_SELECTION_DIALOG)->inputEnabled);
+    };
     windows_.Play(RES_QUANTITY_KEYPAD, {look, user::Type(RES_QUANTITY, u"025"), user::Press(RES_OK)});
     window_->PressButton(RES_CHANGE_QUANTITY);
     EXPECT_EQ(Parts(), u"A|S\\F|025 A|S\\Other|1 B|S\\F|025 ");
     EXPECT_TRUE(windows_.Find(RES_SELECTION_DIALOG)->inputEnabled);
+}
+
+TEST_F(SelectedParts, EveryWayToCloseItOnlyHidesIt)
+{
+    for (const UserAction& close : {user::CloseBox(), user::Key(key_escape), user::Key(key_return)}) {
+        Add(u"A");
+        dialog_.Show();
+        EXPECT_TRUE(window_->visible);
+        const auto before = Parts();
+        close(*window_);
+        EXPECT_FALSE(window_->visible);
+        EXPECT_EQ(Parts(), before);
+    }
+    recorder_.lines.clear();
+    dialog_.EmptyAndDestroy();
+    dialog_.EmptyAndDestroy();
+    EXPECT_EQ(recorder_.Take(), Lines{"250: Destroy"});
+    EXPECT_FALSE(dialog_.WindowExists());
+    EXPECT_TRUE(dialog_.selectedParts.empty());
 }
 
 TEST_F(SelectedParts, WithoutAWindowTheListStillCollects)

@@ -12,15 +12,38 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <sstream>
 
 namespace partkeep {
+
+// How many more blocks there is room for. The limit itself is the platform's.
+inline std::size_t RoomForBlocks()
+{
+    std::vector<MemoryHandle> blocks;
+    while (MemoryHandle block = AllocateBlock(1)) {
+        blocks.push_back(block);
+    }
+    std::for_each(blocks.begin(), blocks.end(), FreeBlock);
+    return blocks.size();
+}
 
 inline const std::string title = " 'Kolvyn PartkeepRead'";
 inline const std::string select_parts = "'Please select one or more part.'" + title;
 
 class SelectionRun : public testing::Test {
 protected:
+    // Each run flushes files to the disk, and waiting for a real one is nearly all that these tests would do. In
+    // memory the same calls are made.
+    static void SetUpTestSuite()
+    {
+#ifndef _WIN32
+        if (std::filesystem::is_directory("/dev/shm")) {
+            setenv("TMPDIR", "/dev/shm", 0);
+        }
+#endif
+    }
+
     SelectionRun()
     {
         std::filesystem::create_directories(folder.Path("Work"));
@@ -36,7 +59,10 @@ protected:
         }
         browser.filesByKind = {{24, {u".iga"}}, {20, {u".NCD"}}};
     }
-    ~SelectionRun() override { TheProcessValues() = {}; }
+    ~SelectionRun() override
+    {
+        TheProcessValues() = {};
+    }
 
     // Runs a dialog through the user's actions and gives its modal result. The recorder then holds what came.
     int Run(std::vector<UserAction> actions)
@@ -63,7 +89,10 @@ protected:
         return recorder.Take();
     }
 
-    void WriteServers(const std::string& text) { WriteBytes(folder.Path("Install/kpdservers.ini"), text); }
+    void WriteServers(const std::string& text)
+    {
+        WriteBytes(folder.Path("Install/kpdservers.ini"), text);
+    }
     void WriteOptions(const std::string& leaves)
     {
         WriteBytes(folder.Path("Install/ZanPartkeepConfig.xml"), "<?xml version=\"1.0\"?><R>" + leaves + "</R>");
