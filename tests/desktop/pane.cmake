@@ -11,9 +11,13 @@ if(TARGET partkeep_library_fixture)
     SOURCES whole_dialog_test.cpp
     LINK partkeep_played_pane partkeep_qt_windows partkeep_host partkeep_test_support)
   # Once per scale of the screen: the scale counts from the start of a process.
+  get_test_property(whole_dialog_test ENVIRONMENT environment)
+  if(NOT environment)
+    set(environment "")
+  endif()
   foreach(scale IN ITEMS 1.5 2)
     add_test(NAME whole_dialog_test_at_${scale} COMMAND whole_dialog_test --gtest_filter=*Looks*)
     set_tests_properties(whole_dialog_test_at_${scale} PROPERTIES
-      TIMEOUT 300 ENVIRONMENT "QT_SCALE_FACTOR=${scale}")
+      TIMEOUT 300 ENVIRONMENT "QT_SCALE_FACTOR=${scale};${environment}")
   endforeach()
 endif()
