@@ -18,13 +18,7 @@ TEST(InstallLocation, IsLookedUpTheTwoWaysInTheirOrder)
     const std::u16string too_long(256, u'x');
     const std::u16string no_key = u"no key";
     const std::u16string no_value = u"no value";
-    const struct {
-        const char* label;
-        std::u16string install_path;
-        std::u16string class_id;
-        std::u16string code_base;
-        std::u16string found;
-    } cases[] = {
+    const std::tuple<const char*, std::u16string, std::u16string, std::u16string, std::u16string> cases[] = {
         {"install path wins", u"C:\\ORVIC", id, module, u"C:\\ORVIC"},
         {"taken unchanged", u"C:\\ORVIC\\", no_key, no_value, u"C:\\ORVIC\\"},
         {"key absent", no_key, id, module, u"C:\\Ferrin"},
@@ -39,8 +33,8 @@ TEST(InstallLocation, IsLookedUpTheTwoWaysInTheirOrder)
         {"long code base is not usable", no_value, id, u"C:\\" + too_long, u""},
         {"scheme is no path", no_value, id, u"file:///C:/Ferrin/Sel.dll", u""},
     };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.label);
+    for (const auto& [label, install_path, class_id, code_base, found] : cases) {
+        SCOPED_TRACE(label);
         CMemoryRegistry registry;
         const auto set = [&](const std::u16string& key, const std::u16string& name, const std::u16string& value) {
             if (value == no_value) {
@@ -49,10 +43,10 @@ TEST(InstallLocation, IsLookedUpTheTwoWaysInTheirOrder)
                 registry.Set(key, name, value);
             }
         };
-        set(orvic_key, u"installpath", row.install_path);
-        set(sibling_key, u"", row.class_id);
-        set(u"HKCU\\Software\\Classes\\CLSID\\" + row.class_id + u"\\InprocServer32\\", u"CodeBase", row.code_base);
-        EXPECT_EQ(FindInstallFolder(registry), row.found);
+        set(orvic_key, u"installpath", install_path);
+        set(sibling_key, u"", class_id);
+        set(u"HKCU\\Software\\Classes\\CLSID\\" + class_id + u"\\InprocServer32\\", u"CodeBase", code_base);
+        EXPECT_EQ(FindInstallFolder(registry), found);
     }
 }
 

@@ -29,9 +29,7 @@ protected:
                                                  int height) override
     {
         EXPECT_EQ(class_id, part_browser_class_id);
-        EXPECT_EQ(control_id, 0xB79D3E);
-        EXPECT_EQ(width, 100);
-        EXPECT_EQ(height, 100);
+        EXPECT_EQ(std::tuple(control_id, width, height), std::tuple(0xB79D3E, 100, 100));
         return has_control ? browser.MakeControl() : nullptr;
     }
 
@@ -122,21 +120,6 @@ TEST_F(HostObject, RunsTheDialogAndKeepsWhatItBrings)
     EXPECT_EQ(object.GetFilePath(&first_file), HostResult::Ok);
     EXPECT_EQ(first_file, file);
     EXPECT_EQ(first_file, folder.Core(u"Work\\\\A2.iga"));
-
-    std::u16string server, database_folder, sy, nc, machine;
-    std::int32_t machine_type = -1;
-    object.GetPartInfo(1, &server, &database_folder, &file, &sy, &nc, &name, &comment, &material, &machine,
-                       &machine_type, &thickness, &quantity);
-    const std::u16string work = folder.Core(u"Work\\\\");
-    EXPECT_EQ(name + server + machine + sy + nc, u"B1M" + work + u"B1.SY5" + work + u"B1.NCD");
-    EXPECT_EQ(machine_type, 0);
-
-    PartkeepReadImpl second(services);
-    Play({u"E1"});
-    EXPECT_EQ(Count(second), 0);
-    EXPECT_EQ(second.InvokePartkeep(), HostResult::Ok);
-    EXPECT_EQ(Count(second), 1);
-    EXPECT_EQ(Count(object), count);
 }
 
 TEST_F(HostObject, TroubleBecomesTheOperationsOwnResult)

@@ -102,13 +102,7 @@ TEST_F(PartLookup, PartWithoutAttributesIsStagedAndOneWithoutNameIsNot)
 TEST_F(PartLookup, OnlyNameServerAndFolderMakeAPartListed)
 {
     const std::string told = "message 'The selected part P1 is already added to the list.' 'Kolvyn PartkeepRead'";
-    const struct {
-        const char* label;
-        std::int16_t index;
-        PartRecord last;
-        bool listed;
-        std::string message;
-    } rows[] = {
+    const std::tuple<const char*, std::int16_t, PartRecord, bool, std::string> rows[] = {
         {"no name", 1, {}, true, ""},
         {"same", 0, Named(u"P1", u"SRV", u"A\\B"), true, told},
         {"other name", 0, Named(u"P2", u"SRV", u"A\\B"), false, ""},
@@ -116,10 +110,10 @@ TEST_F(PartLookup, OnlyNameServerAndFolderMakeAPartListed)
         {"other server", 0, Named(u"P1", u"own server", u"A\\B"), false, ""},
         {"other folder", 0, Named(u"P1", u"SRV", u"own folder"), false, ""},
     };
-    for (const auto& row : rows) {
+    for (const auto& [label, index, last, listed, message] : rows) {
         for (const bool show : {true, false}) {
-            EXPECT_EQ(lookup_.IsPartListed(row.index, {Named(u"X", u"SRV", u"A\\B"), row.last}, show), row.listed);
-            EXPECT_EQ(recorder_.Take(), Steps(Naming(row.index) + (show ? row.message : ""))) << row.label;
+            EXPECT_EQ(lookup_.IsPartListed(index, {Named(u"X", u"SRV", u"A\\B"), last}, show), listed);
+            EXPECT_EQ(recorder_.Take(), Steps(Naming(index) + (show ? message : ""))) << label;
         }
     }
 }

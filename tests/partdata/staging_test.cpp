@@ -65,12 +65,7 @@ protected:
 
 TEST_F(Staging, RulesOnNamesAreOdd)
 {
-    const struct {
-        const char16_t* path;
-        const char16_t* name;
-        bool cleared;
-        bool deleted;
-    } rows[] = {
+    const std::tuple<const char16_t*, const char16_t*, bool, bool> rows[] = {
         {u"\\W\\P.iga", u"p", true, true},
         {u"\\W\\p.iga", u"P", true, true},
         {u"P.iga", u"P", true, true},
@@ -100,9 +95,9 @@ TEST_F(Staging, RulesOnNamesAreOdd)
         {u"\\W.1\\P.iga", u"P", false, false},
         {u"\\P.1\\W\\Q.xml", u"P", true, true},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(IsClearedBeforeStaging(row.path, row.name), row.cleared) << Quoted(row.path);
-        EXPECT_EQ(IsDeletedWithPart(row.path, row.name), row.deleted) << Quoted(row.path);
+    for (const auto& [path, name, cleared, deleted] : rows) {
+        EXPECT_EQ(IsClearedBeforeStaging(path, name), cleared) << Quoted(path);
+        EXPECT_EQ(IsDeletedWithPart(path, name), deleted) << Quoted(path);
     }
 }
 

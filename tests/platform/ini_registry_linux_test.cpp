@@ -32,26 +32,21 @@ TEST_F(IniRegistry, AnswersAsARegistry)
                                             "[HKEY_LOCAL_MACHINE\\both]\r\nown=m\r\nshared=m\r\n");
     WriteBytes(folder_.Path("user.ini"), "\xEF\xBB\xBF[HKEY_CURRENT_USER\\Software\\Classes\\X\\CLSID]\n@={1}\n"
                                          "[HKEY_LOCAL_MACHINE\\both]\nshared=u");
-    const struct {
-        const char* label;
-        RegistryRoot root;
-        std::u16string_view key;
-        std::u16string_view name;
-        std::optional<std::u16string> value;
-    } rows[] = {
-        {"case and separator", machine, u"SOFTWARE\\velmar\\orvic\\", u"INSTALLPATH", u"/opt/orvic; = 部品"},
-        {"empty value", machine, u"software\\Velmar\\ORVIC", u"empty", u""},
-        {"no default value", machine, u"software\\Velmar\\ORVIC", u"", u""},
-        {"section that comes again", machine, u"software\\Velmar\\ORVIC", u"late", u"1"},
-        {"no such key", machine, u"software\\Velmar\\ORV", u"installpath", std::nullopt},
-        {"other root", user, u"software\\Velmar\\ORVIC", u"installpath", std::nullopt},
-        {"key above a section", machine, u"software\\Velmar", u"installpath", u""},
-        {"default value", user, u"Software\\Classes\\X\\CLSID\\", u"", u"{1}"},
-        {"user before machine", machine, u"both", u"shared", u"u"},
-        {"machine behind user", machine, u"both", u"own", u"m"},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(registry_.ReadValue(row.root, row.key, row.name), row.value) << row.label;
+    const std::tuple<const char*, RegistryRoot, std::u16string_view, std::u16string_view, std::optional<std::u16string>>
+        rows[] = {
+            {"case and separator", machine, u"SOFTWARE\\velmar\\orvic\\", u"INSTALLPATH", u"/opt/orvic; = 部品"},
+            {"empty value", machine, u"software\\Velmar\\ORVIC", u"empty", u""},
+            {"no default value", machine, u"software\\Velmar\\ORVIC", u"", u""},
+            {"section that comes again", machine, u"software\\Velmar\\ORVIC", u"late", u"1"},
+            {"no such key", machine, u"software\\Velmar\\ORV", u"installpath", std::nullopt},
+            {"other root", user, u"software\\Velmar\\ORVIC", u"installpath", std::nullopt},
+            {"key above a section", machine, u"software\\Velmar", u"installpath", u""},
+            {"default value", user, u"Software\\Classes\\X\\CLSID\\", u"", u"{1}"},
+            {"user before machine", machine, u"both", u"shared", u"u"},
+            {"machine behind user", machine, u"both", u"own", u"m"},
+        };
+    for (const auto& [label, root, key, name, value] : rows) {
+        EXPECT_EQ(registry_.ReadValue(root, key, name), value) << label;
     }
 }
 

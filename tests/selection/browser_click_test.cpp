@@ -31,12 +31,7 @@ TEST_F(BrowserClick, FetchesAndShowsInItsOrder)
                                  preview + "P1_view.PNG'; ";
     const std::string show_2d = "101: ShowControl 211 off; 101: panel 1 Show on; 101: panel 1 Invalidate on; ";
     const std::string show_3d = "101: panel 2 Invalidate on; ";
-    const struct {
-        const char* label;
-        std::set<std::string> images;
-        std::int32_t status;
-        std::string shown;
-    } rows[] = {
+    const std::tuple<const char*, std::set<std::string>, std::int32_t, std::string> rows[] = {
         {"all three", {"PNG", "2D", "3D"}, 0, show_png + show_3d},
         {"picture alone", {"PNG"}, 0, show_png},
         {"2D alone, behind a picture", {"2D"}, -1, invalidate + show_2d},
@@ -51,16 +46,16 @@ TEST_F(BrowserClick, FetchesAndShowsInItsOrder)
     browser.selection[0].folder = u"F9";
     browser.previewTitle = u"P1_view";
     const auto look = [&](CScriptedWindow& window) {
-        for (const auto& row : rows) {
-            SCOPED_TRACE(row.label);
+        for (const auto& [label, images, status, shown] : rows) {
+            SCOPED_TRACE(label);
             browser.images.clear();
-            for (const std::string& tag : row.images) {
+            for (const std::string& tag : images) {
                 browser.images[tag] = "BM";
             }
-            browser.On(BrowserOperation::GetLastStatus, ControlResult(row.status));
-            EXPECT_EQ(LinesIn(window, click), Steps(part + row.shown + "101: EndWait"));
-            EXPECT_EQ(window.controls[RES_PICTURE].visible, row.images.contains("PNG"));
-            EXPECT_EQ(window.controls[-1].visible, !row.images.contains("PNG")); // they take turns
+            browser.On(BrowserOperation::GetLastStatus, ControlResult(status));
+            EXPECT_EQ(LinesIn(window, click), Steps(part + shown + "101: EndWait"));
+            EXPECT_EQ(window.controls[RES_PICTURE].visible, images.contains("PNG"));
+            EXPECT_EQ(window.controls[-1].visible, !images.contains("PNG")); // they take turns
         }
     };
     Run({look, user::Press(id_cancel)});

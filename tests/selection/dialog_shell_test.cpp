@@ -5,64 +5,45 @@
 namespace partkeep {
 namespace {
 
-class DialogShell : public SelectionRun {
-protected:
-    // The lines of a key pressed with the focus on a control.
-    Lines KeyAt(int focused, KeyPress press)
-    {
-        return LinesOf([this, focused, press](CScriptedWindow& window) {
-            window.focused = focused;
-            window.PressKey(press);
-            focus_behind_ = window.focused;
-        });
-    }
+using DialogShell = SelectionRun;
 
-    int focus_behind_ = 0;
-};
-
-TEST_F(DialogShell, TabGoesThroughTheBrowserInBothDirections)
+TEST_F(DialogShell, KeysComeBeforeTheControlThatHasTheFocus)
 {
+    const KeyPress tab{key_tab, false, false};
+    const KeyPress back{key_tab, false, true};
     const struct {
         const char* label;
         int focused;
-        bool shift;
+        KeyPress press;
         std::int16_t answer; // of MoveFocus
         const char* lines;
         int focus_behind;
+        bool multi = true;
     } rows[] = {
-        {"inside", RES_BROWSER, false, 1, "MoveFocus(1)", RES_BROWSER},
-        {"inside, back", RES_BROWSER, true, 7, "MoveFocus(0)", RES_BROWSER},
-        {"off the end", RES_BROWSER, false, 0, "MoveFocus(1); 101: Focus 202", RES_UNIT},
-        {"off the start", RES_BROWSER, true, 0, "MoveFocus(0); 101: Focus 2", id_cancel},
-        {"from Cancel into it", id_cancel, false, 1, "MoveFocus(1)", RES_PART_NAME},
-        {"from the unit box into it", RES_UNIT, true, 1, "MoveFocus(0)", RES_ADD},
-        {"Cancel, back", id_cancel, true, 1, "", RES_LOAD},
-        {"unit box, on, past the picture that is not shown", RES_UNIT, false, 1, "", RES_LOAD},
-        {"elsewhere", RES_PART_NAME, false, 1, "", RES_COMMENT},
+        {"inside", RES_BROWSER, tab, 1, "MoveFocus(1)", RES_BROWSER},
+        {"inside, back", RES_BROWSER, back, 7, "MoveFocus(0)", RES_BROWSER},
+        {"off the end", RES_BROWSER, tab, 0, "MoveFocus(1); 101: Focus 202", RES_UNIT},
+        {"off the start", RES_BROWSER, back, 0, "MoveFocus(0); 101: Focus 2", id_cancel},
+        {"from Cancel into it", id_cancel, tab, 1, "MoveFocus(1)", RES_PART_NAME},
+        {"from the unit box into it", RES_UNIT, back, 1, "MoveFocus(0)", RES_ADD},
+        {"Cancel, back", id_cancel, back, 1, "", RES_LOAD},
+        {"unit box, on, past the picture that is not shown", RES_UNIT, tab, 1, "", RES_LOAD},
+        {"elsewhere", RES_PART_NAME, tab, 1, "", RES_COMMENT},
+        {"all parts", RES_BROWSER, {key_a, true, false}, 1, "SelectAllParts(1)", RES_BROWSER},
+        {"a letter", RES_BROWSER, {key_a, false, false}, 1, "101: key 65 to 215", RES_BROWSER},
+        {"one part alone", RES_BROWSER, {key_a, true, false}, 1, "101: key 65 to 215", RES_BROWSER, false},
+        {"another key", RES_BROWSER, {66, true, false}, 1, "101: key 66 to 215", RES_BROWSER},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.label);
-        browser.On(BrowserOperation::MoveFocus, ControlResult(row.answer));
-        EXPECT_EQ(KeyAt(row.focused, {key_tab, false, row.shift}), Steps(row.lines));
-        EXPECT_EQ(focus_behind_, row.focus_behind);
-    }
-}
-
-TEST_F(DialogShell, ControlASelectsAllInMultiSelectionAlone)
-{
-    const struct {
-        bool multi;
-        KeyPress press;
-        const char* line;
-    } rows[] = {
-        {true, {key_a, true, false}, "SelectAllParts(1)"},
-        {true, {key_a, false, false}, "101: key 65 to 215"},
-        {false, {key_a, true, false}, "101: key 65 to 215"},
-        {true, {66, true, false}, "101: key 66 to 215"},
-    };
-    for (const auto& row : rows) {
         multiSelection = row.multi;
-        EXPECT_EQ(KeyAt(RES_BROWSER, row.press), Lines{row.line});
+        browser.On(BrowserOperation::MoveFocus, ControlResult(row.answer));
+        const auto press = [&](CScriptedWindow& window) {
+            window.focused = row.focused;
+            window.PressKey(row.press);
+            EXPECT_EQ(window.focused, row.focus_behind);
+        };
+        EXPECT_EQ(LinesOf(press), Steps(row.lines));
     }
 }
 

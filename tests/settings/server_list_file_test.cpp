@@ -52,11 +52,7 @@ TEST(ServerListFile, ReadsEachLineByItsPosition)
 {
     const std::string longest(259, 'L');
     const std::string wide_blank = NarrowText(WidenText(NarrowText(u"\u3000")) == u"\u3000" ? u"\u3000" : u"\u00A0");
-    const struct {
-        const char* label;
-        std::string text;
-        std::string expected;
-    } rows[] = {
+    const std::tuple<const char*, std::string, std::string> rows[] = {
         {"example", example, "SERVER1|FOLDER1*|1|SERVER1,SERVER2,|120,80,"},
         {"nothing", "", "kept|kept|1|kept,|7,"},
         {"ends behind line 1", "S", "S|kept|1|S,|7,"},
@@ -83,10 +79,10 @@ TEST(ServerListFile, ReadsEachLineByItsPosition)
         {"ends inside the values", no_places + "-9999\n3\n5\n", "||0||5,0,0,"},
     };
     const ServerListState kept{u"kept", u"kept", 1, {}, {7}};
-    for (const auto& row : rows) {
+    for (const auto& [label, text, expected] : rows) {
         ServerListState state = kept;
-        const bool names_folder = ParseServerList(row.text, state);
-        EXPECT_EQ(Summary(state, names_folder), row.expected) << row.label;
+        const bool names_folder = ParseServerList(text, state);
+        EXPECT_EQ(Summary(state, names_folder), expected) << label;
     }
     EXPECT_EQ(Rewritten(no_places + "-9999\n32767\n").size(), no_places.size() + 12 + 2 * max_view_state_values);
 }
@@ -101,26 +97,22 @@ TEST(ServerListFile, ShorterNameLeavesNothingOfALongerOne)
 
 TEST(ServerListFile, WritesWhatItReads)
 {
-    const struct {
-        const char* label;
-        CodePage page;
-        std::string text;
-    } rows[] = {
+    const std::tuple<const char*, CodePage, std::string> rows[] = {
         {"example", utf8_code_page, example},
         {"ten", utf8_code_page, no_places + Names(10) + "-9999\n2\n32767\n-32768\n"},
         {"932", shift_jis_code_page, "\x8D\x7C\x94\xC2\n\x8D\x7C\\\x95\x5C\nmetric\n\x8D\x7C\x94\xC2\n-9999\n0\n"},
         {"UTF-8", utf8_code_page, "鋼板\n鋼\\表示\nmetric\n鋼板\n-9999\n0\n"},
     };
-    for (const auto& row : rows) {
-        SetSystemCodePage(row.page);
-        ASSERT_EQ(Rewritten(row.text), row.text) << row.label;
+    for (const auto& [label, page, text] : rows) {
+        SetSystemCodePage(page);
+        ASSERT_EQ(Rewritten(text), text) << label;
         // Whatever damage the file takes, what is made of it lasts.
-        for (std::size_t at = 0; at < row.text.size(); ++at) {
+        for (std::size_t at = 0; at < text.size(); ++at) {
             for (const char flip : {'\x01', '\x80', '\xFF'}) {
-                std::string damaged = row.text;
+                std::string damaged = text;
                 damaged[at] = static_cast<char>(damaged[at] ^ flip);
                 const std::string written = Rewritten(damaged);
-                EXPECT_EQ(Rewritten(written), written) << row.label << " flipped at " << at;
+                EXPECT_EQ(Rewritten(written), written) << label << " flipped at " << at;
             }
         }
     }

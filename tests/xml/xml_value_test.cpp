@@ -20,13 +20,7 @@ CXmlElement Number(XmlKind kind, T value)
 
 TEST(XmlValue, ReadsEveryScalarKindAsEachType)
 {
-    const struct {
-        const char* label;
-        CXmlElement leaf;
-        bool as_bool;
-        int as_short;
-        std::string as_string;
-    } rows[] = {
+    const std::tuple<const char*, CXmlElement, bool, int, std::string> rows[] = {
         {"text true", TextLeaf("t", "true"), true, 0, "true"},
         {"text true with more", TextLeaf("t", "true "), false, 0, "true "},
         {"text 70000", TextLeaf("t", "70000"), false, 4464, "70000"},
@@ -52,13 +46,13 @@ TEST(XmlValue, ReadsEveryScalarKindAsEachType)
         {"f64 infinite", Number(XmlKind::float_64, -HUGE_VAL), true, 0, "0.0"},
         {"f64 no number", Number(XmlKind::float_64, std::nan("")), true, 0, "0.0"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.label);
-        EXPECT_EQ(row.leaf.AsBool().has + row.leaf.AsShort().has + row.leaf.AsString().has, 3);
-        EXPECT_EQ(row.leaf.AsBool().value, row.as_bool);
-        EXPECT_EQ(row.leaf.AsShort().value, row.as_short);
-        EXPECT_EQ(row.leaf.AsString().value.View(), row.as_string);
-        EXPECT_EQ(row.leaf.AsStringList().has, 0);
+    for (const auto& [label, leaf, as_bool, as_short, as_string] : rows) {
+        SCOPED_TRACE(label);
+        EXPECT_EQ(leaf.AsBool().has + leaf.AsShort().has + leaf.AsString().has, 3);
+        EXPECT_EQ(leaf.AsBool().value, as_bool);
+        EXPECT_EQ(leaf.AsShort().value, as_short);
+        EXPECT_EQ(leaf.AsString().value.View(), as_string);
+        EXPECT_EQ(leaf.AsStringList().has, 0);
     }
     const CXmlElement element("e", 65001);
     EXPECT_EQ(element.AsBool().has + element.AsShort().has + element.AsString().has + element.AsStringList().has, 0);
@@ -66,14 +60,11 @@ TEST(XmlValue, ReadsEveryScalarKindAsEachType)
 
 TEST(XmlValue, FormatsFixedNotation)
 {
-    const struct {
-        double value;
-        int precision, least;
-        const char* text;
-    } rows[] = {{-2.25, 16, 1, "-2.25"}, {0.05, 4, 3, "0.050"}, {-1e-20, 16, 3, "0.000"}, {-0.0, 16, 0, "0"},
-                {100, 16, 0, "100"},     {100, 0, 1, "100"},    {99.96, 1, 1, "100.0"},   {0.1, 16, 1, "0.1"}};
-    for (const auto& row : rows) {
-        EXPECT_STREQ(FormatFixed(row.value, row.precision, row.least), row.text);
+    const std::tuple<double, int, int, const char*> rows[] = {
+        {-2.25, 16, 1, "-2.25"}, {0.05, 4, 3, "0.050"}, {-1e-20, 16, 3, "0.000"}, {-0.0, 16, 0, "0"},
+        {100, 16, 0, "100"},     {100, 0, 1, "100"},    {99.96, 1, 1, "100.0"},   {0.1, 16, 1, "0.1"}};
+    for (const auto& [value, precision, least, text] : rows) {
+        EXPECT_STREQ(FormatFixed(value, precision, least), text);
     }
     const std::string largest = FormatFixed(-std::numeric_limits<double>::max(), 32, 32);
     EXPECT_EQ(largest.size(), 1U + 309 + 1 + 32);
