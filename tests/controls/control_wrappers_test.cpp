@@ -67,16 +67,10 @@ const std::vector<Row> rows{
 // What a control gives for a number, and with true as 1 what a member makes of it; 0 stands for no control too.
 ControlResult Given(ControlType type, std::int32_t number)
 {
-    switch (type) {
-    case ControlType::Text:
-        return std::u16string(number != 0 ? u"text" : u"");
-    case ControlType::Int32:
-        return number;
-    case ControlType::None:
-        return {};
-    default:
-        return static_cast<std::int16_t>(number);
-    }
+    return type == ControlType::Text    ? ControlResult(std::u16string(number != 0 ? u"text" : u""))
+           : type == ControlType::Int32 ? ControlResult(number)
+           : type == ControlType::None  ? ControlResult()
+                                        : ControlResult(static_cast<std::int16_t>(number));
 }
 
 Result Expected(ControlType type, std::int32_t number)

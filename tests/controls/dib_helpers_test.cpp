@@ -23,14 +23,8 @@ struct KeptPalette : IPalette {
 
 TEST(DibHelpers, ReadBothKindsOfHeader)
 {
-    struct Row {
-        const char* label;
-        std::uint32_t header_bytes;
-        std::uint16_t bits;
-        std::uint32_t colors_used;
-        unsigned colors, palette_bytes;
-    };
-    for (const Row& row : std::initializer_list<Row>{
+    for (const auto& [label, header_bytes, bits, colors_used, colors, palette_bytes] : std::initializer_list<
+             std::tuple<const char*, std::uint32_t, std::uint16_t, std::uint32_t, unsigned, unsigned>>{
              {"core, 1 bit", 12, 1, 0, 2, 6},
              {"core, 24 bits", 12, 24, 0, 0, 0},
              {"core by any other size", 124, 8, 99, 256, 768},
@@ -41,20 +35,20 @@ TEST(DibHelpers, ReadBothKindsOfHeader)
              {"count of more than 16 bits", 40, 8, 0x10002, 2, 8},
              {"size of more than 16 bits", 40, 8, 0x4001, 0x4001, 4},
          }) {
-        SCOPED_TRACE(row.label);
+        SCOPED_TRACE(label);
         SampleFile file{std::vector<std::byte>(200), 0};
-        const bool info = row.header_bytes == 40;
-        file.Put(32, row.colors_used);
+        const bool info = header_bytes == 40;
+        file.Put(32, colors_used);
         file.Put(4, std::uint32_t{0x87654321});
         file.Put(8, std::uint32_t{0xFFFFFFFC});
-        file.Put(0, row.header_bytes);
-        file.Put(info ? 14 : 10, row.bits);
+        file.Put(0, header_bytes);
+        file.Put(info ? 14 : 10, bits);
         const std::byte* header = file.bytes.data() + dib_file_header_bytes;
         EXPECT_EQ(DIBWidth(header), info ? 0x87654321 : 0x4321U);
         EXPECT_EQ(DIBHeight(header), info ? 0xFFFFFFFC : 0x8765U);
-        EXPECT_EQ(DIBNumColors(header), row.colors);
-        EXPECT_EQ(PaletteSize(header), row.palette_bytes);
-        EXPECT_EQ(FindDIBBits(header), header + row.header_bytes + row.palette_bytes);
+        EXPECT_EQ(DIBNumColors(header), colors);
+        EXPECT_EQ(PaletteSize(header), palette_bytes);
+        EXPECT_EQ(FindDIBBits(header), header + header_bytes + palette_bytes);
     }
 }
 
@@ -87,12 +81,7 @@ TEST(PaintDib, CallsTheDeviceInOrder)
     const TestBlock tall(MakeSampleFile({"count of lines cut to 16 bits", 1, 40, 65538}).bytes);
     const KeptPalette palette;
     const std::string mode = "SetStretchBltMode 3";
-    struct Row {
-        HDIB bitmap;
-        Rect target, source;
-        std::string copy;
-    };
-    for (const Row& row : std::initializer_list<Row>{
+    for (const auto& [bitmap, target, source, copy] : std::initializer_list<std::tuple<HDIB, Rect, Rect, std::string>>{
              {block.handle, {5, 6, 16, 13}, whole, "SetDIBitsToDevice 5 6 11 7 0 0 0 7"},
              {block.handle, {5, 6, 9, 8}, {2, 1, 6, 3}, "SetDIBitsToDevice 5 6 4 2 2 4 0 7"},
              {block.handle, {5, 6, 17, 13}, whole, "StretchDIBits 5 6 17 13 0 0 11 7"},
@@ -102,22 +91,19 @@ TEST(PaintDib, CallsTheDeviceInOrder)
              {tall.handle, {0, 0, 1, 65538}, {0, 0, 1, 65538}, "SetDIBitsToDevice 0 0 1 65538 0 0 0 2"},
          }) {
         RasterContext raster(1, 1);
-        PaintDIB(raster, &row.target, row.bitmap, &row.source, nullptr);
-        EXPECT_EQ(raster.calls, (std::vector{mode, row.copy}));
+        PaintDIB(raster, &target, bitmap, &source, nullptr);
+        EXPECT_EQ(raster.calls, (std::vector{mode, copy}));
         raster.calls.clear();
-        PaintDIB(raster, &row.target, row.bitmap, &row.source, &palette);
-        EXPECT_EQ(raster.calls, (std::vector<std::string>{"SelectPalette background 7", mode, row.copy,
-                                                          "SelectPalette background 3"}));
+        PaintDIB(raster, &target, bitmap, &source, &palette);
+        EXPECT_EQ(raster.calls,
+                  (std::vector<std::string>{"SelectPalette background 7", mode, copy, "SelectPalette background 3"}));
     }
 }
 
 TEST(PaintDib, RefusesWhatDoesNotFitItsBlock)
 {
-    struct Row {
-        std::size_t sample, offset;
-        std::vector<std::uint32_t> values;
-    };
-    for (const Row& row : std::initializer_list<Row>{
+    for (const auto& [sample, offset, values] :
+         std::initializer_list<std::tuple<std::size_t, std::size_t, std::vector<std::uint32_t>>>{
              {10, 0, {11, 16, 108, 124}},                                     // sizes of the 12-byte kind
              {4, 0, {0, 11, 16, 124, 0x7FFFFFFF, 0xFFFFFFFF}},                // header
              {4, 4, {0, 12 << 4, 0x7FFFFFFF, 0x80000000, 0xFFFFFFF5}},        // width
@@ -130,12 +116,12 @@ TEST(PaintDib, RefusesWhatDoesNotFitItsBlock)
              {21, 8, {0xFFFFFFF9, 0x1000000}},                                // runs: top-down, more than all memory
              {21, 20, {0, 0x10000, 0xFFFFFFFF}},                              // length of runs
          }) {
-        for (const std::uint32_t value : row.values) {
-            SampleFile file = MakeSampleFile(DibSamples()[row.sample]);
-            file.Put(row.offset, value);
+        for (const std::uint32_t value : values) {
+            SampleFile file = MakeSampleFile(DibSamples()[sample]);
+            file.Put(offset, value);
             const TestBlock block(file.bytes);
             RasterContext raster(1, 1);
-            EXPECT_EQ(PaintDIB(raster, &whole, block.handle, &whole, nullptr), 0) << row.offset << ' ' << value;
+            EXPECT_EQ(PaintDIB(raster, &whole, block.handle, &whole, nullptr), 0) << offset << ' ' << value;
             EXPECT_TRUE(raster.calls.empty());
         }
     }
@@ -168,22 +154,19 @@ TEST(PaintDib, RefusesBlocksCutAnywhereAndAbsurdArguments)
 
 TEST(CreateDibPalette, CopiesTheTableOfFileAndBareBitmap)
 {
-    struct Row {
-        std::size_t sample;
-        std::size_t colors;
-    };
-    for (const Row& row : std::initializer_list<Row>{{0, 2}, {2, 256}, {4, 0}, {7, 16}, {10, 0}, {14, 5}, {15, 9}}) {
-        const SampleFile file = MakeSampleFile(DibSamples()[row.sample]);
+    for (const auto& [sample, colors] : std::initializer_list<std::pair<std::size_t, std::size_t>>{
+             {0, 2}, {2, 256}, {4, 0}, {7, 16}, {10, 0}, {14, 5}, {15, 9}}) {
+        const SampleFile file = MakeSampleFile(DibSamples()[sample]);
         const DibView view = file.View();
         for (const std::size_t skipped : {std::size_t{0}, dib_file_header_bytes}) {
             const TestBlock block(std::span(file.bytes).subspan(skipped));
             KeptPalette palette;
-            EXPECT_EQ(CreateDIBPalette(block.handle, &palette), row.colors != 0 ? 1 : 0);
-            ASSERT_EQ(palette.entries.size(), row.colors) << DibSamples()[row.sample].label;
+            EXPECT_EQ(CreateDIBPalette(block.handle, &palette), colors != 0 ? 1 : 0);
+            ASSERT_EQ(palette.entries.size(), colors) << DibSamples()[sample].label;
             palette.answer = false;
             EXPECT_EQ(CreateDIBPalette(block.handle, &palette), 0);
-            const bool core = DibSamples()[row.sample].header_bytes == 12;
-            for (std::size_t index = 0; index < row.colors; ++index) {
+            const bool core = DibSamples()[sample].header_bytes == 12;
+            for (std::size_t index = 0; index < colors; ++index) {
                 const std::size_t at = core ? 12 + 3 * index : 40 + 4 * index;
                 const PaletteEntry& entry = palette.entries[index];
                 EXPECT_EQ(entry.blue, std::to_integer<unsigned>(view.header[at]));

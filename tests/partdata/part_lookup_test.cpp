@@ -69,20 +69,6 @@ TEST_F(PartLookup, StagingCopiesOnceForThePartAndOnceForItsMachine)
     EXPECT_EQ(currentServer_ + u"|" + lookupFolder_, u"SRV|A\\B");
 }
 
-TEST_F(PartLookup, OldCopiesMakeWayOnceBeforeTheNewOnes)
-{
-    script_.filesByKind = {{24, {u".iga"}}, {20, {u".NCD"}}};
-    filter_ = {1, 20};
-    for (const char* name : {"P1.iga", "P1.bmf", "P1.SY5", "P3.iga"}) {
-        WriteBytes(folder_.Path(name), "old");
-    }
-    ASSERT_TRUE(lookup_.StagePart(0, folder_.Core(), u"1", record_));
-    EXPECT_EQ(NamesIn(folder_.Path()), (Lines{"P1.NCD", "P1.SY5", "P1.iga", "P3.iga"}));
-    EXPECT_EQ(ReadBytes(folder_.Path("P1.iga")), "24");
-    lookup_.DeleteSelectedPartFiles(0);
-    EXPECT_EQ(NamesIn(folder_.Path()), (Lines{"P1.SY5", "P3.iga"}));
-}
-
 TEST_F(PartLookup, PartWithoutAttributesIsStagedAndOneWithoutNameIsNot)
 {
     EXPECT_FALSE(lookup_.QueryPartInfo(u"SRV", u"A\\B", u"P3", record_));

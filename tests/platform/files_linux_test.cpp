@@ -158,40 +158,32 @@ TEST_F(Folder, AReadOnlyDiskChangesNothing)
 
 TEST_F(Folder, RightsDecideBetweenBesideInPlaceAndNothing)
 {
-    const struct {
-        const char* label;
-        unsigned folder_mode;
-        unsigned file_mode;
-        bool owns_folder;
-        bool owns_file;
-        bool replaced;
-        bool same_file;
-    } rows[] = {
+    const std::tuple<const char*, unsigned, unsigned, bool, bool, bool, bool> rows[] = {
         {"all rights", 0755, 0644, true, true, true, false},
         {"read-only file in an own folder", 0755, 0444, true, true, false, true},
         {"own file, closed folder", 0555, 0644, true, true, true, true},
         {"someone else's file that all may write", 0755, 0666, true, false, true, true},
         {"the same in a folder where only owners rename", 01777, 0666, false, false, true, true},
     };
-    for (const auto& row : rows) {
-        ASSERT_TRUE(row.owns_file || CanOwnForOthers()) << row.label << ": only root can make such a file";
+    for (const auto& [label, folder_mode, file_mode, owns_folder, owns_file, replaced, same_file] : rows) {
+        ASSERT_TRUE(owns_file || CanOwnForOthers()) << label << ": only root can make such a file";
         const CTemporaryFolder folder;
         const fs::path file = folder.Path("a.ini");
         WriteBytes(file, "old");
-        for (const auto& [path, mode, owned] : {std::tuple(file, row.file_mode, row.owns_file),
-                                                std::tuple(folder.Path(), row.folder_mode, row.owns_folder)}) {
+        for (const auto& [path, mode, owned] :
+             {std::tuple(file, file_mode, owns_file), std::tuple(folder.Path(), folder_mode, owns_folder)}) {
             fs::permissions(path, fs::perms(mode));
             if (owned) {
                 GiveToUnprivilegedUser(path);
             }
         }
         const struct stat before = StatusOf(file);
-        EXPECT_EQ(RunWithoutPrivileges([&] { return ReplaceTextFile(folder.Core(u"a.ini"), "new"); }), row.replaced);
+        EXPECT_EQ(RunWithoutPrivileges([&] { return ReplaceTextFile(folder.Core(u"a.ini"), "new"); }), replaced);
         const struct stat after = StatusOf(file);
-        EXPECT_EQ(ReadBytes(file), row.replaced ? "new" : "old") << row.label;
-        EXPECT_EQ(after.st_ino == before.st_ino, row.same_file) << row.label;
-        EXPECT_EQ(std::tie(after.st_mode, after.st_uid), std::tie(before.st_mode, before.st_uid)) << row.label;
-        EXPECT_EQ(NamesIn(folder.Path()), Names{"a.ini"}) << row.label;
+        EXPECT_EQ(ReadBytes(file), replaced ? "new" : "old") << label;
+        EXPECT_EQ(after.st_ino == before.st_ino, same_file) << label;
+        EXPECT_EQ(std::tie(after.st_mode, after.st_uid), std::tie(before.st_mode, before.st_uid)) << label;
+        EXPECT_EQ(NamesIn(folder.Path()), Names{"a.ini"}) << label;
     }
 }
 

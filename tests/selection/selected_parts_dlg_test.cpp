@@ -69,28 +69,24 @@ TEST_F(SelectedParts, OpensHiddenAndListsInOrderOfAdding)
 
 TEST_F(SelectedParts, RemoveTakesTheSelectedRowsAndNoOthers)
 {
-    const struct {
-        const char* label;
-        std::set<int> selected;
-        std::u16string left;
-    } rows[] = {
+    const std::tuple<const char*, std::set<int>, std::u16string> rows[] = {
         {"none", {}, u"A|S\\F|1 B|S\\F|1 C|S\\F|1 D|S\\F|1 "},
         {"second and fourth", {1, 3}, u"A|S\\F|1 C|S\\F|1 "},
         {"neighbours", {0, 1, 2}, u"D|S\\F|1 "},
         {"all", {0, 1, 2, 3}, u""},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.label);
+    for (const auto& [label, selected, behind] : rows) {
+        SCOPED_TRACE(label);
         dialog_.selectedParts.clear();
         window_->controls.at(RES_PART_LIST).rows.clear();
         for (const char16_t* name : {u"A", u"B", u"C", u"D"}) {
             Add(name);
         }
-        window_->SelectRows(RES_PART_LIST, row.selected);
+        window_->SelectRows(RES_PART_LIST, selected);
         window_->PressButton(RES_REMOVE);
-        EXPECT_EQ(Parts(), row.left);
+        EXPECT_EQ(Parts(), behind);
         Add(u"A"); // behind what is left
-        EXPECT_EQ(Parts(), row.left + u"A|S\\F|1 ");
+        EXPECT_EQ(Parts(), behind + u"A|S\\F|1 ");
     }
 }
 

@@ -7,15 +7,12 @@ namespace {
 
 TEST(MachineFilter, StateCommandAndMaskLeadToEachOther)
 {
-    const struct {
-        std::int16_t state;
-        int command;
-        int mask; // 0: no row
-    } rows[] = {{-1, 32772, 0}, {0, 32773, 0x18}, {1, 32774, 0x14}, {2, 32775, 0x0A}, {3, 32776, 0x0F}, {4, 32777, 0}};
-    for (const auto& row : rows) {
-        const MachineFilter* by_state = FindFilterByState(row.state);
-        EXPECT_EQ(by_state, FindFilterByCommand(row.command)) << row.state;
-        EXPECT_EQ(by_state != nullptr ? by_state->dataKind : 0, row.mask) << row.state;
+    const std::tuple<std::int16_t, int, int> rows[] = {{-1, 32772, 0},   {0, 32773, 0x18}, {1, 32774, 0x14},
+                                                       {2, 32775, 0x0A}, {3, 32776, 0x0F}, {4, 32777, 0}};
+    for (const auto& [state, command, mask] : rows) { // mask 0: no such row
+        const MachineFilter* by_state = FindFilterByState(state);
+        EXPECT_EQ(by_state, FindFilterByCommand(command)) << state;
+        EXPECT_EQ(by_state != nullptr ? by_state->dataKind : 0, mask) << state;
     }
 }
 

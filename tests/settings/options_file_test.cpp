@@ -42,12 +42,7 @@ TEST_F(OptionsFile, IsWrittenByteForByteWithCrLf)
 TEST_F(OptionsFile, OverwritesOnlyWhatTheFileHolds)
 {
     const std::string declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
-    const struct {
-        const char* label;
-        std::string file;
-        std::int16_t prompt;
-        std::int16_t filter;
-    } rows[] = {
+    const std::tuple<const char*, std::string, std::int16_t, std::int16_t> rows[] = {
         {"complete", complete_file, 1, 2},
         {"other order", declaration + "<r>\n<FilterState>3</FilterState><InputNoFlag>false</InputNoFlag></r>", 0, 3},
         {"another leaf and root", declaration + "<Other><x>1</x><FilterState>7</FilterState></Other>", kept, 7},
@@ -65,11 +60,11 @@ TEST_F(OptionsFile, OverwritesOnlyWhatTheFileHolds)
     std::int16_t filter = kept;
     ReadOptionsFile(Path(), prompt, filter); // there is no file yet
     ReadOptionsFile(folder_.Core(), prompt, filter);
-    for (const auto& row : rows) {
-        Put(row.file);
+    for (const auto& [label, file, prompt_read, filter_read] : rows) {
+        Put(file);
         ReadOptionsFile(Path(), prompt, filter);
-        EXPECT_EQ(std::exchange(prompt, kept), row.prompt) << row.label;
-        EXPECT_EQ(std::exchange(filter, kept), row.filter) << row.label;
+        EXPECT_EQ(std::exchange(prompt, kept), prompt_read) << label;
+        EXPECT_EQ(std::exchange(filter, kept), filter_read) << label;
     }
 }
 
