@@ -55,6 +55,7 @@ bool IsRealRoot()
     return real_root;
 }
 
+// With all that is mounted below.
 void Unmount(const std::filesystem::path& where)
 {
     Require(umount2(where.c_str(), MNT_DETACH) == 0, "umount");
@@ -114,22 +115,19 @@ void CMountedDisk::SetReadOnly(bool read_only)
     SetReadOnlyHere(folder_, read_only);
 }
 
-CReadOnlyFolder::CReadOnlyFolder(std::filesystem::path folder, std::filesystem::path writable_file)
-    : folder_(std::move(folder)), writable_file_(std::move(writable_file))
+CReadOnlyFolder::CReadOnlyFolder(std::filesystem::path folder, const std::filesystem::path& writable_file)
+    : folder_(std::move(folder))
 {
     IsRealRoot();
     BindOnItself(folder_);
-    if (!writable_file_.empty()) {
-        BindOnItself(writable_file_);
+    if (!writable_file.empty()) {
+        BindOnItself(writable_file);
     }
     SetReadOnlyHere(folder_, true);
 }
 
 CReadOnlyFolder::~CReadOnlyFolder()
 {
-    if (!writable_file_.empty()) {
-        Unmount(writable_file_);
-    }
     Unmount(folder_);
 }
 

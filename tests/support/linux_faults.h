@@ -31,14 +31,13 @@ private:
 // itself; for as long as the object lives.
 class CReadOnlyFolder {
 public:
-    explicit CReadOnlyFolder(std::filesystem::path folder, std::filesystem::path writable_file = {});
+    explicit CReadOnlyFolder(std::filesystem::path folder, const std::filesystem::path& writable_file = {});
     ~CReadOnlyFolder();
     CReadOnlyFolder(const CReadOnlyFolder&) = delete;
     CReadOnlyFolder& operator=(const CReadOnlyFolder&) = delete;
 
 private:
     std::filesystem::path folder_;
-    std::filesystem::path writable_file_;
 };
 
 // Makes the user that RunWithoutPrivileges runs as the owner of a file or folder.

@@ -158,8 +158,6 @@ public:
         script_.sink = nullptr;
         --script_.controls;
     }
-    CScriptedControl(const CScriptedControl&) = delete;
-    CScriptedControl& operator=(const CScriptedControl&) = delete;
 
     ControlResult Invoke(std::int32_t dispatch_id, InvokeKind kind, Arguments in, ControlType result) override
     {

@@ -71,8 +71,6 @@ class CScriptedWindow : public IDialogWindow {
 public:
     CScriptedWindow(CScriptedWindows& windows, const DialogTemplate& dialog) : windows_(windows), template_(dialog) {}
     ~CScriptedWindow() override { Close(); }
-    CScriptedWindow(const CScriptedWindow&) = delete;
-    CScriptedWindow& operator=(const CScriptedWindow&) = delete;
 
     std::map<int, ControlModel> controls; // panels by -1, -2, ... in order of creation
     std::set<int> pressedTools;

@@ -11,22 +11,13 @@ namespace partkeep {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-fs::path FromUtf8(std::string_view text)
-{
-    return {std::u8string(text.begin(), text.end())};
-}
-
-} // namespace
-
-CTemporaryFolder::CTemporaryFolder(std::string_view suffix)
+CTemporaryFolder::CTemporaryFolder()
 {
     const fs::path temporary = fs::temp_directory_path();
     const fs::path base = temporary.u8string().find(u8'.') == std::u8string::npos ? temporary : fs::path("/tmp");
     std::random_device random;
     do {
-        path_ = base / FromUtf8("partkeep-" + std::to_string(random()) + std::string(suffix));
+        path_ = base / ("partkeep-" + std::to_string(random()));
     } while (!fs::create_directory(path_));
     path_ = fs::canonical(path_);
 }
@@ -42,7 +33,7 @@ CTemporaryFolder::~CTemporaryFolder()
 
 fs::path CTemporaryFolder::Path(std::string_view name) const
 {
-    return name.empty() ? path_ : path_ / FromUtf8(name);
+    return name.empty() ? path_ : path_ / std::u8string(name.begin(), name.end());
 }
 
 std::u16string CTemporaryFolder::Core() const

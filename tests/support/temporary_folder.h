@@ -1,5 +1,5 @@
 // A folder of its own for a test, gone with the object. No dot occurs in its path, since a dot in a folder's name
-// changes which staged files are found; `CTemporaryFolder("with.dot")` asks for one on purpose.
+// changes which staged files are found.
 #pragma once
 
 #include <filesystem>
@@ -11,7 +11,7 @@ namespace partkeep {
 
 class CTemporaryFolder {
 public:
-    explicit CTemporaryFolder(std::string_view suffix = "");
+    CTemporaryFolder();
     ~CTemporaryFolder();
     CTemporaryFolder(const CTemporaryFolder&) = delete;
     CTemporaryFolder& operator=(const CTemporaryFolder&) = delete;

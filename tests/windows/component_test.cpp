@@ -86,37 +86,34 @@ BOOL CALLBACK NoteLanguage(HMODULE, LPCWSTR, LPCWSTR, WORD language, LONG_PTR li
 
 TEST_F(Component, HoldsItsResourcesByNumberAndLanguage)
 {
-    const std::vector<WORD> english{1033};
-    const std::vector<WORD> all{1033, 1041, 2052};
-    const struct {
-        const wchar_t* type;
-        std::vector<WORD> numbers;
-        std::vector<WORD> languages;
-    } rows[]{{L"REGISTRY", {103}, {1041}},
-             {L"TYPELIB", {1}, english},
-             {RT_VERSION, {1}, english},
-             {RT_DIALOG, {101, 202, 250}, english},
-             {MAKEINTRESOURCEW(240), {101}, english}, // initial state of a dialog's controls
-             {MAKEINTRESOURCEW(241), {212}, all},     // toolbar
-             {RT_BITMAP, {212}, all},
-             {RT_STRING, {7, 8, 9, 2049}, all}};
-    for (const auto& row : rows) {
-        for (const WORD number : row.numbers) {
-            std::vector<WORD> found;
-            EnumResourceLanguagesW(library, row.type, MAKEINTRESOURCEW(number), NoteLanguage,
+    const auto* initial_state = MAKEINTRESOURCEW(240); // of a dialog's controls
+    const auto* toolbar = MAKEINTRESOURCEW(241);
+    using Numbers = std::vector<WORD>;
+    const std::tuple<const wchar_t*, Numbers, Numbers> rows[]{{L"REGISTRY", {103}, {1041}},
+                                                              {L"TYPELIB", {1}, {1033}},
+                                                              {RT_VERSION, {1}, {1033}},
+                                                              {RT_DIALOG, {101, 202, 250}, {1033}},
+                                                              {initial_state, {101}, {1033}},
+                                                              {toolbar, {212}, {1033, 1041, 2052}},
+                                                              {RT_BITMAP, {212}, {1033, 1041, 2052}},
+                                                              {RT_STRING, {7, 8, 9, 2049}, {1033, 1041, 2052}}};
+    for (const auto& [type, numbers, languages] : rows) {
+        for (const WORD number : numbers) {
+            Numbers found;
+            EnumResourceLanguagesW(library, type, MAKEINTRESOURCEW(number), NoteLanguage,
                                    reinterpret_cast<LONG_PTR>(&found));
             std::ranges::sort(found);
-            EXPECT_EQ(found, row.languages) << number;
+            EXPECT_EQ(found, languages) << number;
         }
     }
     const auto words = [this](const wchar_t* type, WORD number, std::size_t from, std::size_t count) {
         HRSRC found = FindResourceW(library, MAKEINTRESOURCEW(number), type);
         const auto* first = static_cast<const WORD*>(LockResource(LoadResource(library, found))) + from;
-        return std::vector<WORD>(first, first + std::min<std::size_t>(count, SizeofResource(library, found) / 2));
+        return Numbers(first, first + std::min<std::size_t>(count, SizeofResource(library, found) / 2));
     };
-    EXPECT_EQ(words(MAKEINTRESOURCEW(241), 212, 0, 99), (std::vector<WORD>{1, 16, 15, 4, 32773, 32774, 32775, 32776}));
+    EXPECT_EQ(words(toolbar, 212, 0, 99), (Numbers{1, 16, 15, 4, 32773, 32774, 32775, 32776}));
     // Behind length, key and signature: version of the structure, of the file, of the product.
-    EXPECT_EQ(words(RT_VERSION, 1, 22, 10), (std::vector<WORD>{0, 1, 0, 1, 10, 2, 0, 1, 1, 0}));
+    EXPECT_EQ(words(RT_VERSION, 1, 22, 10), (Numbers{0, 1, 0, 1, 10, 2, 0, 1, 1, 0}));
 }
 
 TEST_F(Component, FactoryIsKeptAndHoldsNothing)
@@ -315,13 +312,7 @@ TEST_F(Component, HostileArgumentsGetAResult)
     EXPECT_EQ(object->GetTypeInfo(0, 0, nullptr), E_POINTER);
     VARIANT self = Reference(VT_VARIANT, &self);
     double real = 0;
-    const struct {
-        const char* label;
-        const wchar_t* name;
-        std::vector<VARIANT> arguments;
-        std::vector<DISPID> names;
-        HRESULT expected;
-    } rows[]{
+    const std::tuple<const char*, const wchar_t*, std::vector<VARIANT>, std::vector<DISPID>, HRESULT> rows[]{
         {"too few", L"NumberOfPartsSelected", {}, {}, DISP_E_BADPARAMCOUNT},
         {"too many", L"InvokePartkeep", {Value(VT_I4, 1)}, {}, DISP_E_BADPARAMCOUNT},
         {"null variant", L"NumberOfPartsSelected", {Reference(VT_VARIANT, nullptr)}, {}, DISP_E_TYPEMISMATCH},
@@ -337,8 +328,8 @@ TEST_F(Component, HostileArgumentsGetAResult)
         {"no such name", L"SetLanguageID", {Value(VT_I4, 1)}, {7}, DISP_E_PARAMNOTFOUND},
         {"more names than values", L"SetLanguageID", {Value(VT_I4, 1)}, {0, 0, 0}, E_INVALIDARG},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(Call(*object.Get(), row.name, row.arguments, row.names), row.expected) << row.label;
+    for (const auto& [label, name, arguments, names, expected] : rows) {
+        EXPECT_EQ(Call(*object.Get(), name, arguments, names), expected) << label;
     }
 }
 

@@ -39,7 +39,7 @@ public:
     // Plays `user` while the test's thread is inside a modal run. The run must end with it.
     explicit DialogDriver(std::function<void(DialogDriver&)> user)
     {
-        user_ = std::thread([this, play = std::move(user)] {
+        user_ = std::jthread([this, play = std::move(user)] {
             play(*this);
             for (int round = 0; failed_ && round < 25; ++round) {
                 ForEachVisible([](HWND window) { PostMessageW(window, WM_COMMAND, IDCANCEL, 0); });
@@ -47,9 +47,6 @@ public:
             }
         });
     }
-    ~DialogDriver() { user_.join(); }
-    DialogDriver(const DialogDriver&) = delete;
-    DialogDriver& operator=(const DialogDriver&) = delete;
 
     void Until(const char* what, const std::function<bool()>& condition)
     {
@@ -163,7 +160,7 @@ private:
 
     DWORD thread_ = GetCurrentThreadId();
     bool failed_ = false;
-    std::thread user_;
+    std::jthread user_; // ends before the rest does
 };
 
 } // namespace partkeep

@@ -13,15 +13,12 @@ component="$build/src/host/component/ORVICPartkeepRead.DLL"
 stand_in="$build/tests/windows/PartkeepStandIn.dll"
 windows_path() { echo "Z:${1//\//\\}"; } # a script host takes a path that begins with a slash for a switch
 script=$(windows_path "$examples/partkeep.vbs")
-controls='{4C1CDCBC-4146-4EFC-9693-AE6800752C57} {DBE2F81A-E533-4E67-A6CD-A05F41A9627E}'
+controls=('HKCR\CLSID\{4C1CDCBC-4146-4EFC-9693-AE6800752C57}' 'HKCR\CLSID\{DBE2F81A-E533-4E67-A6CD-A05F41A9627E}')
 sibling='HKCU\Software\Classes\CLSID\{0A1B2C3D-0000-4000-8000-000000000001}'
 named_sibling='HKCU\Software\Classes\Ferrin.FerrinDataSelectionDialog'
 run() { timeout -k 2 60 wine "$@" </dev/null 2>/dev/null | tr -d '\r'; }
 clean_up() {
-    for control in $controls; do
-        run reg delete "HKCR\\CLSID\\$control" /f >/dev/null || true
-    done
-    for key in 'HKLM\software\Velmar\ORVIC' "$sibling" "$named_sibling"; do
+    for key in 'HKLM\software\Velmar\ORVIC' "$sibling" "$named_sibling" "${controls[@]}"; do
         run reg delete "$key" /f >/dev/null || true
     done
 }
@@ -64,18 +61,18 @@ one="ALPHA${tab}1${tab}SPCC${tab}15000${tab}$folder\\ALPHA.iga"
 mkdir "$work/install"
 printf 'SERVER1\r\nFOLDER1\r\nmetric\r\nSERVER1\r\n-9999\r\n0\r\n' >"$work/install/kpdservers.ini"
 run reg add 'HKLM\software\Velmar\ORVIC' /v installpath /d "$(windows_path "$work/install")" /f >/dev/null
-for control in $controls; do
-    run reg add "HKCR\\CLSID\\$control\\InprocServer32" /ve /d "$(windows_path "$stand_in")" /f >/dev/null
+for control in "${controls[@]}"; do
+    run reg add "$control\\InprocServer32" /ve /d "$(windows_path "$stand_in")" /f >/dev/null
 done
 
 # What registration leaves: with a quote in the path, twice, and with something stale under the class.
 id='{E4962F8D-71BB-4071-B375-4F2631DF3DDB}'
 name=ORVICPartkeepRead.PartkeepReadImpl
 library='TypeLib\{74326502-FEC5-428A-B215-C365ABB0259E}'
-keys() {
+keys() { # a line each, with the values behind it
     for key in "CLSID\\$id" $name $name.1 "$library" 'Interface\{F5777EAD-E617-4689-A20B-C008B5944572}'; do
         run reg query "HKCR\\$key" /s || true
-    done | sed -n 's/^HKEY_CLASSES_ROOT\\//p; s/^ *\((Default)\|[A-Z].*\)    REG_SZ    /  \1=/p'
+    done | sed -n 's/^HKEY_CLASSES_ROOT\\//p; s/^ *\((Default)\|[A-Z].*\)    REG_SZ    /  \1=/p' | sed -z 's/\n  / /g'
 }
 mkdir "$work/it's here"
 quoted="$work/it's here/ORVICPartkeepRead.DLL"
@@ -83,25 +80,15 @@ cp "$component" "$quoted"
 run regsvr32 /s /u "$quoted" || fail "unregistering fails where nothing is registered"
 expect "keys before" "" "$(keys)"
 run regsvr32 /s "$quoted" || fail "the component does not register"
-expect "keys of the class" "CLSID\\$id
-  (Default)=PartkeepReadImpl Class
-CLSID\\$id\\InprocServer32
-  (Default)=$(windows_path "$quoted")
-  ThreadingModel=both
-CLSID\\$id\\ProgID
-  (Default)=$name.1
-CLSID\\$id\\VersionIndependentProgID
-  (Default)=$name
-$name
-  (Default)=PartkeepReadImpl Class
-$name\\CLSID
-  (Default)=$id
-$name.1
-  (Default)=PartkeepReadImpl Class
-$name.1\\CLSID
-  (Default)=$id
-$library\\1.0
-  (Default)=ORVICPartkeepRead 1.0 Type Library" "$(keys | head -19)"
+expect "keys of the class" "CLSID\\$id (Default)=PartkeepReadImpl Class
+CLSID\\$id\\InprocServer32 (Default)=$(windows_path "$quoted") ThreadingModel=both
+CLSID\\$id\\ProgID (Default)=$name.1
+CLSID\\$id\\VersionIndependentProgID (Default)=$name
+$name (Default)=PartkeepReadImpl Class
+$name\\CLSID (Default)=$id
+$name.1 (Default)=PartkeepReadImpl Class
+$name.1\\CLSID (Default)=$id
+$library\\1.0 (Default)=ORVICPartkeepRead 1.0 Type Library" "$(keys | head -9)"
 keys >"$work/once"
 run reg add "HKCR\\CLSID\\$id\\Stale" /ve /d x /f >/dev/null
 run regsvr32 /s "$quoted" || fail "the component does not register twice"

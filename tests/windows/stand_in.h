@@ -11,8 +11,6 @@ namespace partkeep {
 struct StandIn {
     StandIn(); // starts OLE on this thread; one at a time
     ~StandIn();
-    StandIn(const StandIn&) = delete;
-    StandIn& operator=(const StandIn&) = delete;
 
     enum Kind { Browser, Picture };
     void Offer(Kind kind); // both are at the beginning

@@ -168,22 +168,19 @@ TEST_F(WindowsDialogs, CaptionsFollowTheLanguage)
 
 TEST_F(WindowsDialogs, KeysMeanTheSameOnEveryControl)
 {
-    const struct {
-        const char* label;
-        int focus;
-        WORD key;
-        std::int32_t loaded; // from here on
-    } rows[]{{"Enter on Cancel", RES_CANCEL, VK_RETURN, 1},
-             {"Enter on Add", RES_ADD, VK_RETURN, 2},
-             {"Enter in the browser", RES_BROWSER, VK_RETURN, 3},
-             {"Escape on Load", RES_LOAD, VK_ESCAPE, 3},
-             {"Escape in the browser", RES_BROWSER, VK_ESCAPE, 3}};
-    for (const auto& row : rows) {
-        Run(false, [&](DialogDriver& driver, HWND dialog) {
-            driver.Focus(dialog, row.focus);
-            driver.Leave(dialog, row.key);
+    // Behind each row, what has been loaded until then.
+    const std::tuple<const char*, int, WORD, std::int32_t> rows[]{
+        {"Enter on Cancel", RES_CANCEL, WORD{VK_RETURN}, 1},
+        {"Enter on Add", RES_ADD, WORD{VK_RETURN}, 2},
+        {"Enter in the browser", RES_BROWSER, WORD{VK_RETURN}, 3},
+        {"Escape on Load", RES_LOAD, WORD{VK_ESCAPE}, 3},
+        {"Escape in the browser", RES_BROWSER, WORD{VK_ESCAPE}, 3}};
+    for (const auto& [label, focus, key, loaded] : rows) {
+        Run(false, [focus = focus, key = key](DialogDriver& driver, HWND dialog) {
+            driver.Focus(dialog, focus);
+            driver.Leave(dialog, key);
         });
-        EXPECT_EQ(Count(), row.loaded) << row.label;
+        EXPECT_EQ(Count(), loaded) << label;
     }
 }
 
