@@ -13,11 +13,8 @@ using Manager = CKPDKeyManager;
 using Result = std::variant<std::monostate, bool, std::int16_t, std::int32_t, std::u16string>;
 using enum BrowserOperation;
 
-struct Row {
-    BrowserOperation operation;
-    const char* noted; // the scripted control notes types that are not the contract's
-    std::function<Result(Manager&)> call;
-};
+// What the scripted control notes, types that are not the contract's included.
+using Row = std::tuple<BrowserOperation, const char*, std::function<Result(Manager&)>>;
 
 std::array<char, 2600> block{"PNG"};
 std::array<std::int16_t, max_view_state_values> values;

@@ -87,24 +87,21 @@ TEST_F(HostObject, AnswersForAnEmptyList)
 
 TEST_F(HostObject, RunsTheDialogAndKeepsWhatItBrings)
 {
-    const struct {
-        const char* label;
-        std::optional<std::int32_t> allowed; // nothing: InvokePartkeep
-        std::vector<std::u16string> selected;
-        HostResult result;
-        std::int32_t added;
-    } rows[] = {
-        {"cancelled", {}, {}, HostResult::False, 0},          {"cancelled, several", 1, {}, HostResult::Ok, 0},
-        {"confirmed", {}, {u"A1", u"A2"}, HostResult::Ok, 1}, {"several", 1, {u"B1", u"B2", u"B3"}, HostResult::Ok, 3},
-        {"-1 is one", -1, {u"C1", u"C2"}, HostResult::Ok, 1}, {"2 is one", 2, {u"D1", u"D2"}, HostResult::Ok, 1},
-    };
+    const std::tuple<const char*, std::optional<std::int32_t>, std::vector<std::u16string>, HostResult, std::int32_t>
+        rows[] = {
+            {"cancelled", {}, {}, HostResult::False, 0},
+            {"cancelled, several", 1, {}, HostResult::Ok, 0},
+            {"confirmed", {}, {u"A1", u"A2"}, HostResult::Ok, 1},
+            {"several", 1, {u"B1", u"B2", u"B3"}, HostResult::Ok, 3},
+            {"-1 is one", -1, {u"C1", u"C2"}, HostResult::Ok, 1},
+            {"2 is one", 2, {u"D1", u"D2"}, HostResult::Ok, 1},
+        };
     std::int32_t count = 0;
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.label);
-        Play(row.selected);
-        EXPECT_EQ(row.allowed ? object.InvokePartkeepMultiSelection(*row.allowed) : object.InvokePartkeep(),
-                  row.result);
-        EXPECT_EQ(Count(object), count += row.added);
+    for (const auto& [label, allowed, selected, result, added] : rows) { // allowed nothing: InvokePartkeep
+        SCOPED_TRACE(label);
+        Play(selected);
+        EXPECT_EQ(allowed ? object.InvokePartkeepMultiSelection(*allowed) : object.InvokePartkeep(), result);
+        EXPECT_EQ(Count(object), count += added);
     }
     EXPECT_EQ(NameAt(0) + NameAt(3) + NameAt(count - 1), u"A2B3D2");
     for (const std::int32_t outside : {count, -1, INT32_MIN, INT32_MAX}) {
@@ -124,14 +121,12 @@ TEST_F(HostObject, RunsTheDialogAndKeepsWhatItBrings)
 
 TEST_F(HostObject, TroubleBecomesTheOperationsOwnResult)
 {
-    windows.canMakeWindows = false;
-    EXPECT_EQ(object.InvokePartkeep(), HostResult::False);
-    EXPECT_EQ(object.InvokePartkeepMultiSelection(1), HostResult::Ok);
-
-    windows.canMakeWindows = true;
     windows.makeControl = [](int) -> std::unique_ptr<IHostedControl> { throw std::bad_alloc(); };
-    EXPECT_EQ(object.InvokePartkeep(), HostResult::False);
-    EXPECT_EQ(object.InvokePartkeepMultiSelection(1), HostResult::Ok);
+    for (const bool opens : {false, true}) {
+        windows.canMakeWindows = opens;
+        EXPECT_EQ(object.InvokePartkeep(), HostResult::False);
+        EXPECT_EQ(object.InvokePartkeepMultiSelection(1), HostResult::Ok);
+    }
 
     registry.keys.clear(); // not installed: nothing opens
     recorder.lines.clear();
@@ -150,58 +145,51 @@ TEST_F(HostObject, ReadsAPartWithoutADialog)
     const std::string sequence = "ConnectServer('SRV'); SetDataKind(24); SetCurrentFolder('A\\B'); SetTargetFolder(" +
                                  Quoted(work) + "); ReadPartAttributes('SRV', 'A\\B\\P1', 'P1'); " +
                                  "CopyPartFiles('SRV', 'A\\B\\P1')";
-    const struct {
-        const char* label;
-        BrowserOperation refused; // SelectAllParts, which no read calls: none
-        const char* files;
-        const char16_t* found; // extension of the file path
-        std::size_t calls;     // of the sequence
-        bool read;
-        std::string message;
-    } rows[] = {
-        {"read", BrowserOperation::SelectAllParts, ".iga", u".iga", 6, true, ""},
-        {"iga wins", BrowserOperation::SelectAllParts, ".bmf; .iga", u".iga", 6, true, ""},
-        {"bmf alone", BrowserOperation::SelectAllParts, ".bmf", u".bmf", 6, true, ""},
-        {"no main file", BrowserOperation::SelectAllParts, ".SY5; .NCD", nullptr, 6, true,
-         "message 'No IGA or BMF files found for the part.\n Part Name:P1'" + title},
-        {"no server", BrowserOperation::ConnectServer, "", u"", 1, false,
-         "message 'Server could not be connected.'" + title},
-        {"no such part", BrowserOperation::ReadPartAttributes, "", u"", 5, false, ""},
-        {"copy refused", BrowserOperation::CopyPartFiles, "", u"", 6, false, ""},
-        {"no control", BrowserOperation::SelectAllParts, "", u"", 0, false,
-         "message 'Partkeep cannot be started' 'Kolvyn' exclamation"},
-    };
+    // The operation refused, the extensions copied, that of the file path, and how many calls of the sequence come.
+    constexpr auto none = BrowserOperation::SelectAllParts; // no read calls it
+    const std::tuple<const char*, BrowserOperation, const char*, const char16_t*, std::size_t, bool, std::string>
+        rows[] = {
+            {"read", none, ".iga", u".iga", 6, true, ""},
+            {"iga wins", none, ".bmf; .iga", u".iga", 6, true, ""},
+            {"bmf alone", none, ".bmf", u".bmf", 6, true, ""},
+            {"no main file", none, ".SY5; .NCD", nullptr, 6, true,
+             "message 'No IGA or BMF files found for the part.\n Part Name:P1'" + title},
+            {"no server", BrowserOperation::ConnectServer, "", u"", 1, false,
+             "message 'Server could not be connected.'" + title},
+            {"no such part", BrowserOperation::ReadPartAttributes, "", u"", 5, false, ""},
+            {"copy refused", BrowserOperation::CopyPartFiles, "", u"", 6, false, ""},
+            {"no control", none, "", u"", 0, false, "message 'Partkeep cannot be started' 'Kolvyn' exclamation"},
+        };
     Play({u"A1"});
     EXPECT_EQ(object.InvokePartkeep(), HostResult::Ok);
     const auto answers = browser.answers;
     browser.selection = {{u"P1", u"", u"", 15000, u"SPCC", u"M1", u"a comment"}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.label);
+    for (const auto& [label, refused, files, found, calls, read, message] : rows) {
+        SCOPED_TRACE(label);
         std::filesystem::remove_all(folder.Path("Work"));
         std::filesystem::create_directory(folder.Path("Work"));
         browser.answers = answers;
-        browser.On(row.refused, ControlResult(std::int16_t{0}));
+        browser.On(refused, ControlResult(std::int16_t{0}));
         browser.filesByKind[24].clear();
-        for (const std::string& extension : Steps(row.files)) {
+        for (const std::string& extension : Steps(files)) {
             browser.filesByKind[24].push_back(WidenText(extension));
         }
-        has_control = row.calls != 0;
+        has_control = calls != 0;
         recorder.lines.clear();
         std::u16string file = u"before", name = file, comment = file, material = file, quantity = file;
         double thickness = 7.0;
         EXPECT_EQ(object.ReadCADDataForTessara(u"SRV", u"A\\B", u"P1", u"anything", &file, &name, &comment, &material,
                                                &thickness, &quantity),
-                  row.read ? HostResult::Ok : HostResult::False);
+                  read ? HostResult::Ok : HostResult::False);
         Lines expected = Steps(sequence);
-        expected.resize(row.calls);
-        if (!row.message.empty()) {
-            expected.push_back(row.message);
+        expected.resize(calls);
+        if (!message.empty()) {
+            expected.push_back(message);
         }
         EXPECT_EQ(recorder.Take(), expected);
-        EXPECT_EQ(file, row.read && row.found != nullptr ? work + u"P1" + row.found : u"");
-        EXPECT_EQ(name + u"|" + comment + u"|" + material + u"|" + quantity,
-                  row.read ? u"P1|a comment|SPCC|1" : u"|||");
-        EXPECT_EQ(thickness, row.read ? 15000.0 : 0.0); // undivided
+        EXPECT_EQ(file, read && found != nullptr ? work + u"P1" + found : u"");
+        EXPECT_EQ(name + u"|" + comment + u"|" + material + u"|" + quantity, read ? u"P1|a comment|SPCC|1" : u"|||");
+        EXPECT_EQ(thickness, read ? 15000.0 : 0.0); // undivided
         EXPECT_EQ(Count(object), 1);
         EXPECT_EQ(browser.controls, 0) << "the browser outlived the read";
     }

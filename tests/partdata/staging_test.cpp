@@ -105,12 +105,8 @@ TEST_F(Staging, EachOperationTouchesItsOwnFolders)
 {
     const std::string temporary = "Lumora_ForPNG/B2DP.x; Lumora_ForPNG/P.SY5; Lumora_ForPNG/P.iga; Lumora_ForPNG/XP.x; "
                                   "UnZipFolder/B2DP.x; UnZipFolder/P.SY5; UnZipFolder/P.iga; UnZipFolder/XP.x";
-    const struct {
-        const char* label;
-        const char* work;
-        std::function<void()> operation;
-        std::string gone; // of the same four files and a folder in each of the four
-    } rows[] = {
+    // What is gone of the same four files and a folder in each of the four.
+    const std::tuple<const char*, const char*, std::function<void()>, std::string> rows[] = {
         {"clear a staged part", "W", [this] { ClearStagedPart(stage_, u"p"); }, "SF/B2DP.x; SF/P.iga"},
         {"below a dot", "W.1", [this] { ClearStagedPart(stage_, u"p"); }, ""},
         {"no separator", "W", [this] { ClearStagedPart(folders_.previewFolder, u"P"); }, ""},
@@ -120,9 +116,9 @@ TEST_F(Staging, EachOperationTouchesItsOwnFolders)
         {"a part that is there", "W", [this] { Find(stage_, u"P"); }, ""},
         {"a part that is not", "W", [this] { Find(stage_, u"DP"); }, "B2DP.x; " + temporary},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.label);
-        MakeFolders(row.work);
+    for (const auto& [label, work, operation, gone] : rows) {
+        SCOPED_TRACE(label);
+        MakeFolders(work);
         for (const char* place : {"", "SF/", "Lumora_ForPNG/", "UnZipFolder/"}) {
             for (const char* name : {"P.iga", "P.SY5", "B2DP.x", "XP.x"}) {
                 WriteBytes(work_ / (std::string(place) + name), "x");
@@ -130,10 +126,10 @@ TEST_F(Staging, EachOperationTouchesItsOwnFolders)
             fs::create_directory(work_ / (std::string(place) + "P.dat"));
         }
         Lines expected = Everything();
-        for (const std::string& path : Steps(row.gone)) {
+        for (const std::string& path : Steps(gone)) {
             EXPECT_EQ(std::erase(expected, path), 1U) << path;
         }
-        row.operation();
+        operation();
         EXPECT_EQ(Everything(), expected);
     }
 }
@@ -141,25 +137,19 @@ TEST_F(Staging, EachOperationTouchesItsOwnFolders)
 TEST_F(Staging, FindsTheFourFilesInAnyCase)
 {
     const char* no_files = "message 'No IGA or BMF files found for the part.\n Part Name:P' 'Kolvyn PartkeepRead'";
-    const struct {
-        const char* label;
-        const char* files;
-        const char* main; // "kept": the field's file is missing, and what it held stays
-        const char* sy;
-        const char* nc;
-        bool found = true;
-    } rows[] = {
-        {"all", "P.iga; P.bmf; P.SY5; P.NCD", "P.iga", "P.SY5", "P.NCD"},
-        {"second choice", "p.BMF; P.sy5", "P.bmf", "P.SY5", "kept"},
-        {"no main file", "p.ncd", "kept", "kept", "P.NCD"},
+    // "kept": the field's file is missing, and what it held stays.
+    const std::tuple<const char*, const char*, const char*, const char*, const char*, bool> rows[] = {
+        {"all", "P.iga; P.bmf; P.SY5; P.NCD", "P.iga", "P.SY5", "P.NCD", true},
+        {"second choice", "p.BMF; P.sy5", "P.bmf", "P.SY5", "kept", true},
+        {"no main file", "p.ncd", "kept", "kept", "P.NCD", true},
         {"other parts, and a folder", "PP.iga; P.SY9; B2DP.iga", "kept", "kept", "kept", false},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.label);
+    for (const auto& [label, files, iga, sy, nc, found] : rows) {
+        SCOPED_TRACE(label);
         fs::remove_all(work_);
         MakeFolders("W");
-        fs::create_directory(work_ / (row.found ? "SF/P" : "SF/P.iga"));
-        for (const std::string& name : Steps(row.files)) {
+        fs::create_directory(work_ / (found ? "SF/P" : "SF/P.iga"));
+        for (const std::string& name : Steps(files)) {
             WriteBytes(work_ / "SF" / name, "x");
         }
         const auto path = [this](const std::string& name) {
@@ -169,11 +159,11 @@ TEST_F(Staging, FindsTheFourFilesInAnyCase)
         record.PartName = u"P";
         record.FilePathName = record.SYFileName = record.NCFileName = u"kept";
         search_.Forget();
-        EXPECT_EQ(FindStagedFiles(stage_, record, folders_, messages_, search_), row.found);
-        EXPECT_EQ(record.FilePathName, path(row.main));
-        EXPECT_EQ(record.SYFileName, path(row.sy));
-        EXPECT_EQ(record.NCFileName, path(row.nc));
-        EXPECT_EQ(recorder_.Take(), row.found ? Lines{} : Lines{no_files});
+        EXPECT_EQ(FindStagedFiles(stage_, record, folders_, messages_, search_), found);
+        EXPECT_EQ(record.FilePathName, path(iga));
+        EXPECT_EQ(record.SYFileName, path(sy));
+        EXPECT_EQ(record.NCFileName, path(nc));
+        EXPECT_EQ(recorder_.Take(), found ? Lines{} : Lines{no_files});
     }
 }
 

@@ -9,15 +9,7 @@ using namespace std::string_view_literals;
 
 enum Way { Both, Widens, Narrows };
 
-struct Pair {
-    const char* label;
-    Way way;
-    CodePage page;
-    std::u16string_view wide;
-    std::string_view narrow;
-};
-
-const Pair pairs[] = {
+const std::tuple<const char*, Way, CodePage, std::u16string_view, std::string_view> pairs[] = {
     {"empty", Both, 932, u"", ""},
     {"NUL inside", Both, 65001, u"a\0b"sv, "a\0b"sv},
     {"UTF-8 of every length", Both, 65001, u"aé部\U0001F600 and a long ASCII run",

@@ -19,31 +19,26 @@ using Load = SelectionRun;
 
 TEST_F(Load, TakesItsStepsInTheirOrder)
 {
-    const struct {
-        const char* label;
-        bool multi;
-        int filter; // command, 0 for none
-        std::string parts;
-    } rows[] = {
+    const std::tuple<const char*, bool, int, std::string> rows[] = {
         {"several", true, 0, Staged(0, "P1") + Staged(1, "P2") + Staged(2, "P3")},
         {"several, machine data", true, RES_FILTER_NCT,
          Staged(0, "P1", true) + Staged(1, "P2", true) + Staged(2, "P3", true)},
         {"one: the last", false, 0, Staged(2, "P3") + Named(0) + Named(1)},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.label);
+    for (const auto& [label, multi, filter, parts] : rows) {
+        SCOPED_TRACE(label);
         StartIn("A\\B");
         WriteOptions("");
         Select("P1 P2 P3");
-        multiSelection = row.multi;
-        const auto filter = [&](CScriptedWindow& window) {
-            window.PressButton(row.filter);
+        multiSelection = multi;
+        const auto prepare = [&, command = filter](CScriptedWindow& window) {
+            window.PressButton(command);
             recorder.lines.clear();
         };
-        Run({filter, user::Press(RES_LOAD)});
+        Run({prepare, user::Press(RES_LOAD)});
         EXPECT_EQ(recorder.Take(),
                   Steps("101: BeginWait; GetSelectedPartCount(); SetDataKind(24); SetTargetFolder(" +
-                        Quoted(folder.Core(u"Work\\SRV1AB\\")) + "); " + row.parts +
+                        Quoted(folder.Core(u"Work\\SRV1AB\\")) + "); " + parts +
                         "101: EndModal 1; 101: EndWait; GetServerList(); GetCurrentServer(); GetViewStateCount(); "
                         "GetViewState(); DisconnectServer(); 101: result 1"));
     }

@@ -41,13 +41,17 @@ void FailEachAllocation(const std::string& expected, const std::function<std::st
     }
 }
 
-TEST(XmlMemoryFault, AReadEndsWholeOrReportsFailure)
+TEST(XmlMemoryFault, AReadOrAWriteEndsWholeOrReportsFailure)
 {
     FailEachAllocation(BigText(), [text = BigText()] {
         const CXmlDocument document = Read(text);
         watched_memory::StopFailing();
         return Write(document);
     });
+    CXmlElement root("t", 932);
+    root.AppendChild(Read(BigText()));
+    const CXmlElement copy = root.AppendChild(*root.Begin());
+    FailEachAllocation(Write(root), [&] { return Write(root); });
 }
 
 TEST(XmlMemoryFault, ACopyEndsWholeOrReportsFailureAndLeavesItsParent)
@@ -65,14 +69,6 @@ TEST(XmlMemoryFault, ACopyEndsWholeOrReportsFailureAndLeavesItsParent)
             return appended ? Write(target) : "-";
         });
     }
-}
-
-TEST(XmlMemoryFault, AWriteEndsWholeOrReportsFailure)
-{
-    CXmlElement root("t", 932);
-    root.AppendChild(Read(BigText()));
-    const CXmlElement copy = root.AppendChild(Child(root, 0));
-    FailEachAllocation(Write(root), [&] { return Write(root); });
 }
 
 TEST(XmlMemoryFault, AnAppendOrAReadingOfValuesReportsFailure)

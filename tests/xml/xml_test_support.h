@@ -42,15 +42,6 @@ inline std::string Show(const partkeep::CXmlElement& root)
     return text == "-" ? text : text.substr(text.find("?>") + 2);
 }
 
-inline partkeep::CXmlElement Child(const partkeep::CXmlElement& element, std::size_t index)
-{
-    partkeep::CXmlIterator it = element.Begin();
-    for (; index != 0; --index) {
-        ++it;
-    }
-    return *it;
-}
-
 inline partkeep::CXmlElement TextLeaf(const char* name, std::string_view text, std::uint32_t code_page = 65001)
 {
     return {name, partkeep::CXmlString(text), code_page};
