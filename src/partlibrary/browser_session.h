@@ -36,6 +36,8 @@ struct SelectedPart {
     QString name; // empty: the part is gone
 };
 
+class CStagedFiles;
+
 class CBrowserSession {
 public:
     explicit CBrowserSession(CLibraryFolder folder);
@@ -108,6 +110,7 @@ private:
     [[nodiscard]] std::optional<PartRow> FindByPath(CPartLibrary& library, std::u16string_view part_path);
     [[nodiscard]] std::optional<PartRow> FirstSelected();
     bool StageFiles(CPartLibrary& library, const PartRow& part, SlotSet slots);
+    bool WriteFiles(CPartLibrary& library, const PartRow& part, SlotSet slots, CStagedFiles& files);
     bool SetProblem(const LibraryProblem& problem); // true for no problem
     void Tell(void (IBrowserPane::*change)());
     void Click();

@@ -5,6 +5,7 @@
 #include "partlibrary/staged_files.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace partkeep {
@@ -67,19 +68,30 @@ bool CBrowserSession::StageFiles(CPartLibrary& library, const PartRow& part, Slo
         pane_->CopyStarted(part.name);
     }
     CStagedFiles files(*target_folder_, target_names_);
-    const std::u16string name = part.name.toStdU16String();
-    bool at_start = true;
-    const auto write = [&](FileSlot slot, const QByteArray& piece, bool last) {
-        const bool begun = !at_start || files.Begin(name + KindOf(slot).extension);
-        at_start = last;
-        return begun && files.Append(piece);
-    };
-    const bool read = library.ReadChunks(part.id, slots & part.slots, write);
-    const bool staged = read && files.Commit();
+    const bool staged = WriteFiles(library, part, slots & part.slots, files) && files.Commit();
     if (pane_ != nullptr) {
         pane_->CopyEnded();
     }
     return staged || SetProblem(files.Problem() ? files.Problem() : library.Problem());
+}
+
+bool CBrowserSession::WriteFiles(CPartLibrary& library, const PartRow& part, SlotSet slots, CStagedFiles& files)
+{
+    const std::u16string name = part.name.toStdU16String();
+    std::array<std::size_t, file_kinds.size()> places = {};
+    for (const FileKind& kind : file_kinds) {
+        if ((slots & SetOf(kind.slot)) == 0) {
+            continue;
+        }
+        const auto place = files.Begin(name + kind.extension);
+        if (!place) {
+            return false;
+        }
+        places[static_cast<std::size_t>(kind.slot)] = *place;
+    }
+    return library.CopyFiles(part.id, slots, [&](FileSlot slot, qint64 offset, std::span<const char> block) {
+        return files.Write(places[static_cast<std::size_t>(slot)], offset, block);
+    });
 }
 
 // The entry that a picture is asked for; a deleted one makes the list outdated.

@@ -1,8 +1,23 @@
 #include "partlibrary/file_chunks.h"
 
-#include "partlibrary/content_hash.h"
+// Compiled in: nothing more is needed where the component is installed.
+#define XXH_INLINE_ALL
+#include <xxhash.h>
 
 namespace partkeep {
+
+qint64 ContentHash(QByteArrayView content)
+{
+    return static_cast<qint64>(XXH3_64bits(content.data(), static_cast<std::size_t>(content.size())));
+}
+
+const char* ChunkFault(const ChunkRow& row)
+{
+    const bool last = row.rest == 0;
+    const bool fits = row.rest >= 0 && row.rest <= max_file_bytes && row.FileBytes() <= max_file_bytes;
+    const bool full = row.content.size() == chunk_bytes || (last && row.content.size() < chunk_bytes);
+    return fits && full && ContentHash(row.content) == row.hash ? nullptr : "the content of a file has changed";
+}
 
 const char* CChunkOrder::Take(const ChunkRow& row)
 {
@@ -11,8 +26,8 @@ const char* CChunkOrder::Take(const ChunkRow& row)
     if (first ? rest_ > 0 : !follows) {
         return "a piece of a file is missing";
     }
-    if (row.rest < 0 || ContentHash(row.content) != row.hash) {
-        return "the content of a file has changed";
+    if (const char* fault = ChunkFault(row); fault != nullptr) {
+        return fault;
     }
     next_id_ = row.id + 1;
     rest_ = row.rest;

@@ -17,7 +17,7 @@ constexpr int busy_timeout_ms = 1000;
 // Look-ups in a large library want as many pages at hand as can be. Content that streams through wants few, so
 // that each page lands in memory that the processor still has in its cache.
 constexpr int read_cache_kb = 64 * 1024;
-constexpr int content_cache_kb = 4 * 1024;
+constexpr int content_cache_kb = 512;
 constexpr int write_cache_kb = 256 * 1024;
 
 int CacheSize(OpenMode mode)
@@ -26,6 +26,7 @@ int CacheSize(OpenMode mode)
     case OpenMode::Read:
         return read_cache_kb;
     case OpenMode::ReadContent:
+    case OpenMode::ReadAlong:
         return content_cache_kb;
     default:
         return write_cache_kb;
@@ -34,7 +35,7 @@ int CacheSize(OpenMode mode)
 
 bool IsReading(OpenMode mode)
 {
-    return mode == OpenMode::Read || mode == OpenMode::ReadContent;
+    return mode != OpenMode::Write && mode != OpenMode::Create;
 }
 
 // Result codes of the database engine (sqlite3.h), without their extension.
@@ -76,7 +77,8 @@ QString NewConnectionName()
 
 QString ConnectOptions(OpenMode mode)
 {
-    const QString timeout = QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(busy_timeout_ms);
+    const QString timeout =
+        QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(mode == OpenMode::ReadAlong ? 0 : busy_timeout_ms);
     return IsReading(mode) ? timeout + QStringLiteral(";QSQLITE_OPEN_READONLY") : timeout;
 }
 
@@ -168,15 +170,16 @@ bool CLibraryConnection::Execute(const QString& sql, std::initializer_list<QVari
 }
 
 CStatement::CStatement(CLibraryConnection& connection, const QString& sql)
-    : connection_(connection), query_(connection.Database())
+    : connection_(connection), sql_(sql), query_(connection.Database())
 {
-    if (connection_.watcher_) {
-        connection_.watcher_(sql);
-    }
     query_.setForwardOnly(true);
-    if (!query_.prepare(sql)) {
-        Fail();
-    }
+    Prepare();
+}
+
+bool CStatement::Prepare()
+{
+    prepared_ = query_.prepare(sql_);
+    return prepared_ || Fail();
 }
 
 bool CStatement::Run(std::initializer_list<QVariant> values)
@@ -186,9 +189,13 @@ bool CStatement::Run(std::initializer_list<QVariant> values)
 
 bool CStatement::RunWith(const QVariantList& values)
 {
-    if (failed_) {
+    if (!prepared_ && !Prepare()) {
         return false;
     }
+    if (connection_.watcher_) {
+        connection_.watcher_(sql_);
+    }
+    failed_ = false;
     int position = 0;
     for (const QVariant& value : values) {
         query_.bindValue(position++, StoredValue(value));

@@ -15,7 +15,8 @@
 
 namespace partkeep {
 
-enum class OpenMode { Read, ReadContent, Write, Create };
+// ReadAlong is ReadContent for a helper, which gives up at once where others wait for a writer.
+enum class OpenMode { Read, ReadContent, ReadAlong, Write, Create };
 
 class CLibraryConnection {
 public:
@@ -58,7 +59,7 @@ class CStatement {
 public:
     CStatement(CLibraryConnection& connection, const QString& sql);
 
-    // False on an error, which the connection then holds.
+    // May be run again, after a failure too. False on an error, which the connection then holds.
     bool Run(std::initializer_list<QVariant> values = {});
     bool RunWith(const QVariantList& values);
 
@@ -76,10 +77,13 @@ public:
     void Finish() { query_.finish(); }
 
 private:
+    bool Prepare();
     bool Fail();
 
     CLibraryConnection& connection_;
+    QString sql_;
     QSqlQuery query_;
+    bool prepared_ = false;
     bool failed_ = false;
 };
 

@@ -1,7 +1,6 @@
 #include "partlibrary/library_writer.h"
 
 #include "partlibrary/bitmap_file.h"
-#include "partlibrary/content_hash.h"
 #include "partlibrary/file_chunks.h"
 #include "partlibrary/library_names.h"
 #include "partlibrary/sort_text.h"
@@ -265,7 +264,7 @@ bool CLibraryWriter::PutChunks(qint64 id, const QByteArray& content)
         const qsizetype size = std::min(chunk_bytes, content.size() - at);
         const QByteArray piece = QByteArray::fromRawData(content.constData() + at, size);
         at += size;
-        if (!statements_->put_chunk.Run({id++, content.size() - at, static_cast<qint64>(ContentHash(piece)), piece})) {
+        if (!statements_->put_chunk.Run({id++, content.size() - at, ContentHash(piece), piece})) {
             return false;
         }
     } while (at < content.size());

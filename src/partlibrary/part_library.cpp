@@ -1,8 +1,9 @@
 #include "partlibrary/part_library.h"
 
-#include "partlibrary/file_chunks.h"
 #include "partlibrary/part_query.h"
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 namespace partkeep {
@@ -23,8 +24,11 @@ FolderRow ReadFolder(const CStatement& statement)
 
 } // namespace
 
-CPartLibrary::CPartLibrary(std::unique_ptr<CLibraryConnection> connection, std::unique_ptr<CLibraryConnection> contents)
-    : connection_(std::move(connection)), contents_(std::move(contents)), parts_(*connection_)
+CPartLibrary::CPartLibrary(std::unique_ptr<CLibraryConnection> connection, std::unique_ptr<CContentCopy> contents)
+    : connection_(std::move(connection)), contents_(std::move(contents)),
+      part_by_name_(*connection_, part_columns + QStringLiteral("WHERE folder = (SELECT id FROM folder WHERE path = ?) "
+                                                                "AND name = ?")),
+      parts_(*connection_)
 {
 }
 
@@ -33,7 +37,7 @@ CPartLibrary::~CPartLibrary() = default;
 std::unique_ptr<CPartLibrary> CPartLibrary::Open(const QString& file, LibraryProblem& problem)
 {
     auto connection = CLibraryConnection::Open(file, OpenMode::Read, problem);
-    auto contents = connection != nullptr ? CLibraryConnection::Open(file, OpenMode::ReadContent, problem) : nullptr;
+    auto contents = connection != nullptr ? CContentCopy::Open(file, problem) : nullptr;
     if (contents == nullptr) {
         return nullptr;
     }
@@ -54,11 +58,10 @@ std::optional<qint64> CPartLibrary::FindFolder(const QString& path)
 
 std::optional<PartRow> CPartLibrary::FindPart(const QString& folder, const QString& name)
 {
-    CStatement statement(*connection_,
-                         part_columns + QStringLiteral("WHERE folder = (SELECT id FROM folder WHERE path = ?) "
-                                                       "AND name = ?"));
-    statement.Run({folder, name});
-    return ReadPart(statement, folder + u'\\' + name);
+    part_by_name_.Run({folder, name});
+    auto part = ReadPart(part_by_name_, folder + u'\\' + name);
+    part_by_name_.Finish();
+    return part;
 }
 
 std::optional<PartRow> CPartLibrary::FindPart(PartId id)
@@ -104,69 +107,31 @@ std::optional<FolderRow> CPartLibrary::Folder(qint64 id)
     return std::nullopt;
 }
 
-// Neighbouring slots are read in one go; what is not asked for is not read at all.
-bool CPartLibrary::ReadChunks(PartId part, SlotSet slots, const ChunkReader& reader)
+bool CPartLibrary::Take(const LibraryProblem& problem)
 {
-    for (std::size_t first = 0; first < file_kinds.size(); ++first) {
-        if ((slots & SetOf(file_kinds[first].slot)) == 0) {
-            continue;
-        }
-        std::size_t last = first;
-        while (last + 1 < file_kinds.size() && (slots & SetOf(file_kinds[last + 1].slot)) != 0) {
-            ++last;
-        }
-        if (!ReadRun(part, file_kinds[first].slot, file_kinds[last].slot, reader)) {
-            return false;
-        }
-        first = last;
+    if (problem) {
+        connection_->SetProblem(problem);
     }
-    return true;
+    return !problem;
 }
 
-bool CPartLibrary::ReadRun(PartId part, FileSlot first, FileSlot last, const ChunkReader& reader)
+bool CPartLibrary::CopyFiles(PartId part, SlotSet slots, const ContentSink& sink)
 {
-    if (read_run_ == nullptr || read_run_->Failed()) {
-        read_run_ =
-            std::make_unique<CStatement>(*contents_, QStringLiteral("SELECT id, rest, hash, content FROM part_file "
-                                                                    "WHERE id BETWEEN ? AND ? ORDER BY id"));
-    }
-    read_run_->Run({FirstChunk(part, first), FirstChunk(part, last) + slot_id_step - 1});
-    const bool read = ReadRows(*read_run_, reader);
-    if (read_run_->Failed()) {
-        connection_->SetProblem(contents_->Problem());
-    }
-    read_run_->Finish();
-    return read;
-}
-
-bool CPartLibrary::ReadRows(CStatement& statement, const ChunkReader& reader)
-{
-    CChunkOrder order;
-    while (statement.Next()) {
-        const ChunkRow row{statement.Integer(0), statement.Integer(1), statement.Integer(2), statement.Bytes(3)};
-        if (const char* fault = order.Take(row); fault != nullptr) {
-            return SetDamaged(fault);
-        }
-        const auto slot = static_cast<FileSlot>(row.id % file_id_step / slot_id_step);
-        if (!reader(slot, row.content, row.rest == 0)) {
-            return false;
-        }
-    }
-    return !statement.Failed() && (order.Complete() || SetDamaged("a piece of a file is missing"));
-}
-
-bool CPartLibrary::SetDamaged(const char* detail)
-{
-    connection_->SetProblem({LibraryFault::Damaged, connection_->File(), QString::fromLatin1(detail)});
-    return false;
+    return Take(contents_->ReadShared(part, slots, sink));
 }
 
 bool CPartLibrary::ReadFiles(PartId part, SlotSet slots, const FileReader& reader)
 {
-    QByteArray content;
-    return ReadChunks(part, slots, [&content, &reader](FileSlot slot, const QByteArray& piece, bool last) {
-        content += piece;
-        return !last || reader(slot, std::exchange(content, {}));
+    std::array<QByteArray, file_kinds.size()> contents;
+    const auto gather = [&contents](FileSlot slot, qint64, std::span<const char> block) {
+        contents[static_cast<std::size_t>(slot)].append(block.data(), static_cast<qsizetype>(block.size()));
+        return LibraryProblem{};
+    };
+    if (!Take(contents_->ReadInOrder(part, slots, gather))) {
+        return false;
+    }
+    return std::all_of(file_kinds.begin(), file_kinds.end(), [&](const FileKind& kind) {
+        return (slots & SetOf(kind.slot)) == 0 || reader(kind.slot, contents[static_cast<std::size_t>(kind.slot)]);
     });
 }
 

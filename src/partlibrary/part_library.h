@@ -2,6 +2,7 @@
 // deletes meanwhile show at the next call. Used on the thread that opened it.
 #pragma once
 
+#include "partlibrary/content_copy.h"
 #include "partlibrary/library_connection.h"
 #include "partlibrary/library_problem.h"
 #include "partlibrary/part_list.h"
@@ -41,30 +42,27 @@ public:
     [[nodiscard]] std::optional<std::vector<FolderRow>> Folders(qint64 parent);
     [[nodiscard]] std::optional<FolderRow> Folder(qint64 id);
 
-    // Hands over the content of each of the part's files in `slots`, in the order of the slots and piece by
-    // piece; `last` marks the last piece of a file. False on an error, on content that is not what was once
-    // stored, and when the reader says false: what was handed over of that file is then worth nothing.
-    using ChunkReader = std::function<bool(FileSlot, const QByteArray& piece, bool last)>;
-    bool ReadChunks(PartId part, SlotSet slots, const ChunkReader& reader);
+    // Hands over the content of the part's files in `slots`, which must all be there, in pieces: see
+    // CContentCopy::ReadShared. False on an error, on content that is not what was once stored, and when the sink
+    // has a problem: what was handed over is then worth nothing.
+    bool CopyFiles(PartId part, SlotSet slots, const ContentSink& sink);
 
-    // The same with each file as a whole.
+    // The same on this thread, each file as a whole and in the order of the slots, until the reader says false.
     using FileReader = std::function<bool(FileSlot, const QByteArray&)>;
     bool ReadFiles(PartId part, SlotSet slots, const FileReader& reader);
 
     [[nodiscard]] CPartList& Parts() { return parts_; }
-    [[nodiscard]] CLibraryConnection& Connection() { return *connection_; } // for look-ups
-    [[nodiscard]] CLibraryConnection& Contents() { return *contents_; }     // for the content of files
+    [[nodiscard]] CLibraryConnection& Connection() { return *connection_; }          // for look-ups
+    [[nodiscard]] CLibraryConnection& Contents() { return contents_->Connection(); } // for the content of files
 
 private:
-    CPartLibrary(std::unique_ptr<CLibraryConnection> connection, std::unique_ptr<CLibraryConnection> contents);
-    bool ReadRun(PartId part, FileSlot first, FileSlot last, const ChunkReader& reader);
-    bool ReadRows(CStatement& statement, const ChunkReader& reader);
-    bool SetDamaged(const char* detail);
+    CPartLibrary(std::unique_ptr<CLibraryConnection> connection, std::unique_ptr<CContentCopy> contents);
+    bool Take(const LibraryProblem& problem);
     [[nodiscard]] std::optional<PartRow> ReadPart(CStatement& statement, const QString& subject);
 
     std::unique_ptr<CLibraryConnection> connection_;
-    std::unique_ptr<CLibraryConnection> contents_; // opened at once: the file may be gone when it is needed
-    std::unique_ptr<CStatement> read_run_;         // prepared once for all parts of a copy; null at first
+    std::unique_ptr<CContentCopy> contents_; // opened at once: the file may be gone when it is needed
+    CStatement part_by_name_;                // prepared once, since a Load asks for one part after another
     CPartList parts_;
 };
 

@@ -10,7 +10,6 @@
 #include <climits>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/uio.h>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -18,8 +17,6 @@
 namespace partkeep {
 
 namespace {
-
-constexpr qsizetype write_bytes = 262144;
 
 constexpr mode_t new_file_mode = 0666; // less the process's mask, as for a file that is copied
 
@@ -42,21 +39,6 @@ std::string RandomPrefix()
     return "~partkeep" + number.toStdString() + "-";
 }
 
-// Behind what a write has taken; pieces that are used up are left out, empty ones too.
-std::vector<iovec>::iterator Advance(std::vector<iovec>::iterator first, std::vector<iovec>::iterator end,
-                                     std::size_t count)
-{
-    while (first != end && count >= first->iov_len) {
-        count -= first->iov_len;
-        ++first;
-    }
-    if (first != end) {
-        first->iov_base = static_cast<char*>(first->iov_base) + count;
-        first->iov_len -= count;
-    }
-    return first;
-}
-
 } // namespace
 
 CStagedFiles::CStagedFiles(std::u16string_view folder, CFolderNames& names)
@@ -70,9 +52,7 @@ CStagedFiles::CStagedFiles(std::u16string_view folder, CFolderNames& names)
 
 CStagedFiles::~CStagedFiles()
 {
-    if (file_ >= 0) {
-        close(file_);
-    }
+    EndAll();
     for (const Entry& entry : entries_) {
         unlinkat(directory_, entry.temporary.c_str(), 0);
     }
@@ -81,69 +61,67 @@ CStagedFiles::~CStagedFiles()
     }
 }
 
-bool CStagedFiles::Fail(int error)
+LibraryProblem CStagedFiles::ProblemOf(int error) const
 {
     const std::string text = std::generic_category().message(error);
-    problem_ = {FaultOfError(error), QString::fromStdString(folder_), QString::fromStdString(text)};
+    return {FaultOfError(error), QString::fromStdString(folder_), QString::fromStdString(text)};
+}
+
+bool CStagedFiles::Fail(int error)
+{
+    problem_ = ProblemOf(error);
     return false;
 }
 
-bool CStagedFiles::Begin(std::u16string_view name)
+std::optional<std::size_t> CStagedFiles::Begin(std::u16string_view name)
 {
-    if (problem_ || !End()) {
-        return false;
-    }
     const std::string narrow = NarrowText(name, utf8_code_page);
-    if (folder_.size() + 1 + narrow.size() >= PATH_MAX || narrow.size() > NAME_MAX) {
-        return Fail(ENAMETOOLONG);
+    if (!problem_ && (folder_.size() + 1 + narrow.size() >= PATH_MAX || narrow.size() > NAME_MAX)) {
+        Fail(ENAMETOOLONG);
     }
-    entries_.push_back({std::u16string(name), prefix_ + std::to_string(entries_.size())});
-    file_ = openat(directory_, entries_.back().temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                   new_file_mode);
-    return file_ >= 0 || Fail(errno);
+    if (problem_) {
+        return std::nullopt;
+    }
+    const std::string temporary = prefix_ + std::to_string(entries_.size());
+    const int descriptor =
+        openat(directory_, temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, new_file_mode);
+    if (descriptor < 0) {
+        Fail(errno);
+        return std::nullopt;
+    }
+    entries_.push_back({std::u16string(name), temporary, descriptor});
+    return entries_.size() - 1;
 }
 
-// Kept until there is enough for one large write, which the file system answers with large blocks.
-bool CStagedFiles::Append(const QByteArray& content)
+LibraryProblem CStagedFiles::Write(std::size_t file, qint64 offset, std::span<const char> block) const
 {
-    pending_.push_back(content);
-    pending_bytes_ += content.size();
-    return pending_bytes_ < write_bytes || Flush();
-}
-
-bool CStagedFiles::Flush()
-{
-    std::vector<iovec> pieces;
-    for (const QByteArray& content : pending_) {
-        pieces.push_back({const_cast<char*>(content.constData()), static_cast<std::size_t>(content.size())});
-    }
-    for (auto first = pieces.begin(); first != pieces.end();) {
-        const ssize_t count = writev(file_, &*first, static_cast<int>(pieces.end() - first));
+    while (!block.empty()) {
+        const ssize_t count = pwrite(entries_[file].descriptor, block.data(), block.size(), offset);
         if (count < 0 && errno != EINTR) {
-            return Fail(errno);
+            return ProblemOf(errno);
         }
-        first = Advance(first, pieces.end(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        const ssize_t taken = std::max<ssize_t>(count, 0);
+        offset += taken;
+        block = block.subspan(static_cast<std::size_t>(taken));
     }
-    pending_.clear();
-    pending_bytes_ = 0;
-    return true;
+    return {};
 }
 
 // A file system may tell only here that there was no room.
-bool CStagedFiles::End()
+bool CStagedFiles::EndAll()
 {
-    if (file_ < 0) {
-        return true;
+    int error = 0;
+    for (Entry& entry : entries_) {
+        const int descriptor = std::exchange(entry.descriptor, -1);
+        error = descriptor >= 0 && close(descriptor) != 0 ? errno : error;
     }
-    const bool flushed = Flush();
-    const bool closed = close(std::exchange(file_, -1)) == 0;
-    return flushed && (closed || Fail(errno));
+    return error == 0 || Fail(error);
 }
 
 // A file of another spelling keeps its name and takes the new content.
 bool CStagedFiles::Commit()
 {
-    if (problem_ || !End()) {
+    if (problem_ || !EndAll()) {
         return false;
     }
     names_.Update(directory_);

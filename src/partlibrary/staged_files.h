@@ -6,8 +6,9 @@
 #include "partlibrary/folder_names.h"
 #include "partlibrary/library_problem.h"
 
-#include <QByteArray>
-
+#include <cstddef>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,11 +24,13 @@ public:
     CStagedFiles(const CStagedFiles&) = delete;
     CStagedFiles& operator=(const CStagedFiles&) = delete;
 
-    // Begins a file beside its place, `name` being a plain file name, and ends the one before.
-    bool Begin(std::u16string_view name);
-    bool Append(const QByteArray& content);
+    // Begins a file beside its place, `name` being a plain file name, and gives its number. Nothing on failure.
+    [[nodiscard]] std::optional<std::size_t> Begin(std::u16string_view name);
 
-    // Ends the last file and puts all in place. A file that stands there in other letter case is replaced.
+    // Writes into a file, from `offset` in bytes. Several threads may write at once.
+    [[nodiscard]] LibraryProblem Write(std::size_t file, qint64 offset, std::span<const char> block) const;
+
+    // Ends all files and puts them in place. A file that stands there in other letter case is replaced.
     bool Commit();
 
     [[nodiscard]] const LibraryProblem& Problem() const { return problem_; }
@@ -36,18 +39,16 @@ private:
     struct Entry {
         std::u16string name;
         std::string temporary;
+        int descriptor;
     };
 
-    bool Flush();
-    bool End();
+    [[nodiscard]] LibraryProblem ProblemOf(int error) const;
     bool Fail(int error);
+    bool EndAll();
 
     CFolderNames& names_;
     std::string folder_;
     int directory_ = -1;
-    int file_ = -1; // that is being written
-    std::vector<QByteArray> pending_;
-    qsizetype pending_bytes_ = 0;
     std::string prefix_; // of the temporary names
     std::vector<Entry> entries_;
     LibraryProblem problem_;

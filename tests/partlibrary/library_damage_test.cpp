@@ -77,8 +77,9 @@ TEST_F(LibraryDamage, AChangedOrMissingPieceIsFound)
         {"DELETE FROM part_file WHERE id < 0", "", ""},
         {"UPDATE part_file SET content = zeroblob(65408) WHERE rest = 69184", "has changed", "part Large"},
         {"DELETE FROM part_file WHERE rest = 69184", "is missing", "is missing"},
+        {"UPDATE part_file SET rest = rest + 1 WHERE rest = 69184", "is missing", "is missing"},
         {"DELETE FROM part_file WHERE id = (SELECT max(id) FROM part_file)", "is missing", "lacks its end"},
-        {"UPDATE part SET slots = 5 WHERE name = 'Large'", "", "missing or left over"},
+        {"UPDATE part SET slots = 5 WHERE name = 'Large'", "is missing", "missing or left over"},
         {"UPDATE part_file SET id = 104857600 WHERE content = CAST('P2.bmf' AS BLOB)", "", "no part"},
         {"UPDATE folder SET parts = 7", "", "count of parts"},
     };

@@ -109,6 +109,8 @@ TEST_F(PartList, EveryLookUpAndEveryOrderUsesAnIndex)
         }
     }
     library_->Connection().WatchStatements({});
+    std::erase_if(statements,
+                  [](const QString& sql) { return !sql.contains(u"FROM"_s) || sql.contains(u"sqlite_schema"_s); });
     EXPECT_GE(statements.size(), 40U);
     const QRegularExpression scan(u"SCAN (part|part_file|folder|child)[ \n]"_s);
     for (const QString& sql : statements) {

@@ -1,9 +1,15 @@
 // Copies that meet a full or read-only disk, other spellings, and names that must not leave the folder.
+#include "platform/text.h"
 #include "tests/partlibrary/library_fixture.h"
 #include "tests/support/linux_faults.h"
 
+#include <atomic>
+#include <chrono>
 #include <climits>
+#include <cstring>
 #include <filesystem>
+#include <set>
+#include <thread>
 
 namespace partkeep {
 namespace {
@@ -34,6 +40,54 @@ TEST_F(SessionCopy, AFullOrReadOnlyDiskLeavesNoPartOfAFile)
     EXPECT_EQ(session_.Problem().fault, LibraryFault::WriteFailed);
     EXPECT_EQ(ReadBytes(target_.Path("P1.NCD")), large);
     EXPECT_EQ(NamesIn(target_.Path()).size(), 4U);
+}
+
+// No two pieces alike, and none like that of another version.
+QByteArray VersionOf(qsizetype size, std::uint32_t version)
+{
+    QByteArray content(size, '\0');
+    for (qsizetype at = 0; at + 4 <= size; at += 4) {
+        const std::uint32_t word = (static_cast<std::uint32_t>(at) << 8) + version;
+        std::memcpy(content.data() + at, &word, sizeof word);
+    }
+    return content;
+}
+
+// Two threads read, and a writer replaces the part's files again and again.
+TEST_F(SessionCopy, EveryPieceArrivesInItsPlaceAndOfOneState)
+{
+    const std::pair<FileSlot, qsizetype> files[] = {
+        {FileSlot::Iga, 0}, {FileSlot::Bmf, 65408}, {FileSlot::Sy5, 65409}, {FileSlot::Ncd, 900000}};
+    const auto put = [&](std::uint32_t version) {
+        libraries_.Fill(u"SRV1"_s, [&](CLibraryWriter& writer) {
+            const auto part = writer.PutPart(1, u"Two"_s, std::nullopt);
+            for (const auto& [slot, size] : files) {
+                ASSERT_TRUE(writer.PutFile(*part, slot, VersionOf(size, version)));
+            }
+        });
+    };
+    put(0);
+    std::atomic<bool> ended = false;
+    std::thread writer([&] {
+        for (std::uint32_t version = 1; !ended; version = (version + 1) % 256) {
+            put(version);
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+    });
+    std::set<std::uint32_t> seen;
+    for (int round = 0; round < 20 || (seen.size() < 3 && round < 2000); ++round) {
+        ASSERT_TRUE(Copy(u"\\Two")) << ProblemText(session_.Problem());
+        std::uint32_t version = 0;
+        std::memcpy(&version, ReadBytes(target_.Path("Two.NCD")).data(), sizeof version);
+        seen.insert(version);
+        for (const auto& [slot, size] : files) {
+            const std::string name = "Two" + NarrowText(KindOf(slot).extension, utf8_code_page);
+            ASSERT_TRUE(ReadBytes(target_.Path(name)) == VersionOf(size, version).toStdString()) << name << round;
+        }
+    }
+    ended = true;
+    writer.join();
+    EXPECT_GE(seen.size(), 3U);
 }
 
 TEST_F(SessionCopy, AFullDiskUnderTheLibraryLeavesItAsItWas)
