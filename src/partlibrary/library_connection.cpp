@@ -16,7 +16,7 @@ constexpr int busy_timeout_ms = 1000;
 
 // Look-ups in a large library want as many pages at hand as can be. Content that streams through wants few, so
 // that each page lands in memory that the processor still has in its cache.
-constexpr int read_cache_kb = 64 * 1024;
+constexpr int read_cache_kb = 128 * 1024;
 constexpr int content_cache_kb = 512;
 constexpr int write_cache_kb = 256 * 1024;
 
