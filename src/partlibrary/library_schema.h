@@ -15,7 +15,7 @@ namespace partkeep {
 
 class CLibraryConnection;
 
-inline constexpr int library_version = 1;
+inline constexpr int library_version = 2;
 inline constexpr qint64 root_folder = 1;
 
 // Lays the tables out in an empty file.

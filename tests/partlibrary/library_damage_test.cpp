@@ -112,6 +112,7 @@ TEST_F(LibraryDamage, WhatIsNoLibraryIsTold)
         {"pipe", LibraryFault::NotALibrary, [&] { mkfifo(file_.c_str(), 0600); }},
         {"text", LibraryFault::NotALibrary, [&] { WriteBytes(file_, std::string(70000, 'x')); }},
         {"another's", LibraryFault::NotALibrary, [&] { forge("PRAGMA application_id=7"); }},
+        {"earlier version", LibraryFault::OtherVersion, [&] { forge("PRAGMA user_version=1"); }},
         {"later version", LibraryFault::OtherVersion, [&] { forge("PRAGMA user_version=9"); }},
         {"a stranger's view", LibraryFault::Damaged, [&] { forge("CREATE VIEW extra AS SELECT 1"); }},
         {"a table gone", LibraryFault::Damaged, [&] { forge("DROP TABLE part_search"); }},
