@@ -208,13 +208,13 @@ void LogicsShare(benchmark::State& state, bool of_click)
         auto start = Clock::now();
         CSilentWindows windows;
         windows.makeControl = [&sink] { return std::make_unique<CWillingBrowser>(sink); };
-        windows.press = [&](IDialogHandler& handler) {
+        windows.press = [&](IDialogEvents& events) {
             if (of_click) {
                 start = Clock::now();
                 sink(static_cast<std::int32_t>(BrowserEvent::Click));
             }
             times.Add(MillisecondsSince(start));
-            handler.OnCommand(id_cancel);
+            events.OnCommand(id_cancel);
         };
         CPartkeepReadDlg dialog(windows);
         dialog.installFolder = folder.Core();

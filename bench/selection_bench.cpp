@@ -59,10 +59,10 @@ public:
         double milliseconds = 0.0;
         CSilentWindows windows;
         windows.makeControl = make_control;
-        windows.press = [&](IDialogHandler& handler) {
+        windows.press = [&](IDialogEvents& events) {
             before();
             const auto start = std::chrono::steady_clock::now();
-            handler.OnCommand(RES_LOAD);
+            events.OnCommand(RES_LOAD);
             milliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
         };
         CPartkeepReadDlg dialog(windows);

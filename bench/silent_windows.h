@@ -28,19 +28,19 @@ class CSilentWindow : public IDialogWindow {
 public:
     // `press` is called once the dialog stands.
     CSilentWindow(CSilentMessages& messages, std::function<std::unique_ptr<IHostedControl>()> make_control,
-                  std::function<void(IDialogHandler&)> press)
+                  std::function<void(IDialogEvents&)> press)
         : messages_(messages), make_control_(std::move(make_control)), press_(std::move(press))
     {
     }
 
-    int RunModal(IDialogHandler& handler) override
+    int RunModal(IDialogEvents& events) override
     {
-        handler.OnInitDialog();
-        press_(handler);
-        handler.OnDestroy();
+        events.OnInitDialog();
+        press_(events);
+        events.OnDestroy();
         return result_;
     }
-    bool CreateModeless(IDialogHandler&, IDialogWindow*) override { return false; }
+    bool CreateModeless(IDialogEvents&, IDialogWindow*) override { return false; }
     void EndModal(int result) override { result_ = result; }
     void Destroy() override {}
     [[nodiscard]] bool Exists() const override { return true; }
@@ -101,7 +101,7 @@ public:
 private:
     CSilentMessages& messages_;
     std::function<std::unique_ptr<IHostedControl>()> make_control_;
-    std::function<void(IDialogHandler&)> press_;
+    std::function<void(IDialogEvents&)> press_;
     int result_ = id_cancel;
 };
 
@@ -114,7 +114,7 @@ public:
 
     CSilentMessages messages;
     std::function<std::unique_ptr<IHostedControl>()> makeControl;
-    std::function<void(IDialogHandler&)> press;
+    std::function<void(IDialogEvents&)> press;
 };
 
 } // namespace partkeep

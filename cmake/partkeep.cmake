@@ -39,9 +39,10 @@ function(partkeep_library name)
   target_link_libraries(${name} PUBLIC partkeep_settings_for_all ${arg_LINK})
 endfunction()
 
-# partkeep_test(<name> SOURCES <files> [LINK <targets>] [LABELS <labels>]): one test program, one CTest entry.
+# partkeep_test(<name> SOURCES <files> [LINK <targets>] [LABELS <labels>] [UNDER <program>]): one test program, one
+# CTest entry. UNDER names what runs it; its result 77 means skipped.
 function(partkeep_test name)
-  cmake_parse_arguments(arg "" "" "SOURCES;LINK;LABELS" ${ARGN})
+  cmake_parse_arguments(arg "" "UNDER" "SOURCES;LINK;LABELS" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
   target_link_libraries(${name} PRIVATE partkeep_settings_for_all ${arg_LINK} ${PARTKEEP_GTEST})
@@ -49,7 +50,12 @@ function(partkeep_test name)
     # The string table, which is a part of the component only on Windows.
     target_link_libraries(${name} PRIVATE $<TARGET_NAME_IF_EXISTS:partkeep_test_resources>)
   endif()
-  add_test(NAME ${name} COMMAND ${name})
+  if(arg_UNDER)
+    add_test(NAME ${name} COMMAND "${arg_UNDER}" $<TARGET_FILE:${name}>)
+    set_tests_properties(${name} PROPERTIES SKIP_RETURN_CODE 77)
+  else()
+    add_test(NAME ${name} COMMAND ${name})
+  endif()
   set_tests_properties(${name} PROPERTIES TIMEOUT 300 LABELS "${arg_LABELS}")
   if(PARTKEEP_SANITIZE)
     set_tests_properties(${name} PROPERTIES ENVIRONMENT

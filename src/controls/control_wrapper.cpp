@@ -11,6 +11,27 @@ T ValueOr(ControlResult&& result, T fallback)
     return value != nullptr ? std::move(*value) : std::move(fallback);
 }
 
+class CWatchedCall {
+public:
+    explicit CWatchedCall(ICallWatch* watch) : watch_(watch)
+    {
+        if (watch_ != nullptr) {
+            watch_->CallBegins();
+        }
+    }
+    ~CWatchedCall()
+    {
+        if (watch_ != nullptr) {
+            watch_->CallEnds();
+        }
+    }
+    CWatchedCall(const CWatchedCall&) = delete;
+    CWatchedCall& operator=(const CWatchedCall&) = delete;
+
+private:
+    ICallWatch* watch_;
+};
+
 } // namespace
 
 void CControlWrapper::SetEventSink(std::function<void(std::int32_t)> sink)
@@ -23,10 +44,12 @@ void CControlWrapper::SetEventSink(std::function<void(std::int32_t)> sink)
 ControlResult CControlWrapper::InvokeHelper(std::int32_t dispatch_id, InvokeKind kind, ControlType result,
                                             Arguments arguments)
 {
-    if (control_ == nullptr) {
+    const std::shared_ptr<IHostedControl> control = control_; // the window may go while the call runs
+    if (control == nullptr) {
         return {};
     }
-    return control_->Invoke(dispatch_id, kind, {arguments.begin(), arguments.size()}, result);
+    const CWatchedCall watched(watch_);
+    return control->Invoke(dispatch_id, kind, {arguments.begin(), arguments.size()}, result);
 }
 
 void CControlWrapper::InvokeNone(std::int32_t dispatch_id, Arguments arguments, InvokeKind kind)

@@ -12,6 +12,15 @@
 
 namespace partkeep {
 
+// Hears of each call of a control, nested ones too.
+class ICallWatch {
+public:
+    virtual ~ICallWatch() = default;
+
+    virtual void CallBegins() noexcept = 0;
+    virtual void CallEnds() noexcept = 0;
+};
+
 class CControlWrapper {
 public:
     CControlWrapper() = default;
@@ -25,6 +34,7 @@ public:
     [[nodiscard]] bool HasControl() const { return control_ != nullptr; }
 
     void SetEventSink(std::function<void(std::int32_t)> sink);
+    void SetCallWatch(ICallWatch* watch) { watch_ = watch; } // borrowed; null for none
 
 protected:
     using Arguments = std::initializer_list<ControlArgument>;
@@ -51,7 +61,8 @@ protected:
     static ControlArgument Unknown(void* object) { return {ControlType::Unknown, object}; }
 
 private:
-    std::unique_ptr<IHostedControl> control_;
+    std::shared_ptr<IHostedControl> control_; // shared with the calls under way
+    ICallWatch* watch_ = nullptr;
 };
 
 } // namespace partkeep

@@ -23,11 +23,12 @@ std::optional<Rect> WholeBitmap(HDIB block)
 
 } // namespace
 
-void CImagePanel::Attach(std::unique_ptr<IPanelWindow> window)
+void CImagePanel::Attach(std::unique_ptr<IPanelWindow> window, Guard guard)
 {
     window_ = std::move(window);
     if (window_ != nullptr) {
-        window_->SetPainter([this](IDeviceContext& context) { OnPaint(context); });
+        PanelPainter painter = [this](IDeviceContext& context) { OnPaint(context); };
+        window_->SetPainter(guard != nullptr ? guard(std::move(painter)) : std::move(painter));
     }
 }
 

@@ -19,8 +19,9 @@ public:
     HDIB image = nullptr; // changed by SetImage only
 
     // Takes the window over and paints it from now on; with null, and after Detach, nothing is shown. The window
-    // must go before its dialog does.
-    void Attach(std::unique_ptr<IPanelWindow> window);
+    // must go before its dialog does. `guard` makes of the painter what the window may call.
+    using Guard = PanelPainter (*)(PanelPainter);
+    void Attach(std::unique_ptr<IPanelWindow> window, Guard guard = nullptr);
     void Detach() { window_.reset(); }
 
     void Show(bool visible);

@@ -1,6 +1,7 @@
 #include "desktop/dialog_frame.h"
 
 #include "desktop/control_widgets.h"
+#include "desktop/qt_input.h"
 #include "desktop/qt_keys.h"
 #include "desktop/readable_colours.h"
 
@@ -8,33 +9,11 @@
 #include <QCloseEvent>
 #include <QKeyEvent>
 
+#include <utility>
+
 namespace partkeep {
 
 namespace {
-
-bool IsInput(QEvent::Type type)
-{
-    switch (type) {
-    case QEvent::MouseButtonPress:
-    case QEvent::MouseButtonRelease:
-    case QEvent::MouseButtonDblClick:
-    case QEvent::Wheel:
-    case QEvent::KeyPress:
-    case QEvent::KeyRelease:
-    case QEvent::Shortcut:
-    case QEvent::ShortcutOverride:
-    case QEvent::ContextMenu:
-    case QEvent::TouchBegin:
-    case QEvent::TouchUpdate:
-    case QEvent::TouchEnd:
-    case QEvent::InputMethod:
-    case QEvent::Drop:
-    case QEvent::Close:
-        return true;
-    default:
-        return false;
-    }
-}
 
 // An open list keeps the arrow keys and Escape. Enter and Tab take what it shows and then mean what they always do.
 bool EndsOpenList(const KeyPress& press)
@@ -52,6 +31,11 @@ CDialogFrame::CDialogFrame(IDialogFrameEvents& events, QWidget* owner)
     // Of the application: a filter on the widgets themselves would miss those that hosted controls make later.
     qApp->installEventFilter(this);
     setPalette(ReadableColours(QApplication::palette()));
+}
+
+CDialogFrame::~CDialogFrame()
+{
+    events_.FrameGoes();
 }
 
 bool CDialogFrame::eventFilter(QObject* watched, QEvent* event)
@@ -137,7 +121,16 @@ void CDialogFrame::keyPressEvent(QKeyEvent* event)
 void CDialogFrame::paintEvent(QPaintEvent* event)
 {
     QDialog::paintEvent(event);
-    if (!event->region().subtracted(childrenRegion()).isEmpty()) {
+    const bool own = !event->region().subtracted(childrenRegion()).isEmpty();
+    if (own && !std::exchange(painted_, true)) {
+        QMetaObject::invokeMethod(
+            this, [this] { TellPainted(); }, Qt::QueuedConnection);
+    }
+}
+
+void CDialogFrame::TellPainted()
+{
+    if (std::exchange(painted_, false)) {
         events_.Painted();
     }
 }

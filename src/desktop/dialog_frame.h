@@ -20,16 +20,23 @@ public:
 
     virtual bool KeyDown(const QKeyEvent& event) = 0; // true: used up
     virtual void CloseBox() = 0;
-    virtual void Painted() = 0;
+    virtual void Painted() = 0;   // outside the paint event, so that a message may follow
+    virtual void FrameGoes() = 0; // its children still stand
 };
 
 class CDialogFrame : public QDialog {
 public:
     // `events` must outlive the frame.
     CDialogFrame(IDialogFrameEvents& events, QWidget* owner);
+    ~CDialogFrame() override;
+    CDialogFrame(const CDialogFrame&) = delete;
+    CDialogFrame& operator=(const CDialogFrame&) = delete;
 
     // Without input the window stays as it looks and ignores its user: another window goes first.
     void SetInputEnabled(bool enabled) { input_enabled_ = enabled; }
+
+    // A paint that has been done is told at once instead of at the loop's next turn.
+    void TellPainted();
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -47,6 +54,7 @@ private:
     CSpokenRoles roles_;
     IDialogFrameEvents& events_;
     bool input_enabled_ = true;
+    bool painted_ = false;                // and not told yet
     const QKeyEvent* last_key_ = nullptr; // compared, never read through
     QPointer<const QWidget> last_receiver_;
 };

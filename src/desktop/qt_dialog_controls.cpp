@@ -245,7 +245,7 @@ void CQtDialogWindow::PlaceToolbar()
 void CQtDialogWindow::EnableToolTips()
 {
     if (toolbar_) {
-        toolbar_->EnableToolTips([this](int command) { return ToQString(handler_->ToolTipText(command)); });
+        toolbar_->EnableToolTips([this](int command) { return ToQString(events_->ToolTipText(command)); });
     }
 }
 

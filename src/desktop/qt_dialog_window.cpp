@@ -5,6 +5,7 @@
 #include "desktop/control_widgets.h"
 #include "desktop/picture_control.h"
 #include "desktop/qt_dialog_windows.h"
+#include "desktop/qt_input.h"
 #include "desktop/qt_keys.h"
 #include "desktop/qt_values.h"
 
@@ -22,6 +23,18 @@ namespace partkeep {
 namespace {
 
 constexpr int gap_beside_owner = 8;
+
+// Counts an event for as long as it is told.
+class CToldEvent {
+public:
+    explicit CToldEvent(int& count) : count_(count) { ++count_; }
+    ~CToldEvent() { --count_; }
+    CToldEvent(const CToldEvent&) = delete;
+    CToldEvent& operator=(const CToldEvent&) = delete;
+
+private:
+    int& count_;
+};
 
 // The window that is active here; where none is, the one that a modal run waits for.
 QWidget* ActiveWindow()
@@ -57,42 +70,47 @@ CQtDialogWindow::~CQtDialogWindow()
 
 // ---- Life
 
-int CQtDialogWindow::RunModal(IDialogHandler& handler)
+int CQtDialogWindow::RunModal(IDialogEvents& events)
 {
     if (!HasScreen() || Exists()) {
         return -1;
     }
     const CArrowPointer arrow;
-    Open(handler, ActiveWindow());
+    Open(events, ActiveWindow());
     if (!ended_ && frame_) {
-        QEventLoop loop;
-        loop_ = &loop;
-        QObject::connect(frame_, &QObject::destroyed, &loop, &QEventLoop::quit); // with its owner
         frame_->setWindowModality(owner_ ? Qt::WindowModal : Qt::ApplicationModal);
         BringUp();
-        loop.exec();
-        loop_ = nullptr;
+        RunLoop();
     }
     Close();
     return result_;
 }
 
-bool CQtDialogWindow::CreateModeless(IDialogHandler& handler, IDialogWindow* owner)
+void CQtDialogWindow::RunLoop()
+{
+    QEventLoop loop;
+    loop_ = &loop;
+    loop.exec();
+    DropWaitingInput();
+    loop_ = nullptr;
+}
+
+bool CQtDialogWindow::CreateModeless(IDialogEvents& events, IDialogWindow* owner)
 {
     if (!HasScreen() || Exists()) {
         return false;
     }
     const auto* owner_window = dynamic_cast<CQtDialogWindow*>(owner);
     modeless_ = true;
-    Open(handler, owner_window == nullptr ? nullptr : owner_window->frame_.data());
+    Open(events, owner_window == nullptr ? nullptr : owner_window->frame_.data());
     // The user goes on in the owner: a window that only shows what was added must not take the keys from it.
     frame_->setAttribute(Qt::WA_ShowWithoutActivating);
     return true;
 }
 
-void CQtDialogWindow::Open(IDialogHandler& handler, QWidget* owner)
+void CQtDialogWindow::Open(IDialogEvents& events, QWidget* owner)
 {
-    handler_ = &handler;
+    events_ = &events;
     owner_ = owner;
     messages_.SetOwner(owner);
     ended_ = false;
@@ -100,9 +118,10 @@ void CQtDialogWindow::Open(IDialogHandler& handler, QWidget* owner)
     result_ = id_cancel;
     frame_ = new CDialogFrame(*this, owner);
     MakeControls();
-    ++calls_;
-    handler.OnInitDialog();
-    --calls_;
+    {
+        const CToldEvent told(events_told_);
+        events.OnInitDialog();
+    }
     if (frame_ && frame_->focusWidget() == nullptr) {
         MoveFocusByOrder(true);
     }
@@ -152,6 +171,9 @@ void CQtDialogWindow::EndModal(int result)
 {
     result_ = result;
     ended_ = true;
+    if (frame_) {
+        frame_->SetInputEnabled(false);
+    }
     if (loop_ != nullptr) {
         loop_->quit();
     }
@@ -166,21 +188,22 @@ void CQtDialogWindow::Destroy()
 
 void CQtDialogWindow::Close()
 {
-    ++calls_;
-    handler_->OnDestroy();
-    --calls_;
+    {
+        const CToldEvent told(events_told_);
+        events_->OnDestroy();
+    }
     while (waits_ > 0) {
         EndWait();
     }
     template_controls_.clear();
     panels_.clear();
-    handler_ = nullptr;
+    events_ = nullptr;
     if (!frame_) {
         return;
     }
     qApp->removeEventFilter(frame_);
     frame_->hide();
-    if (calls_ > 0) { // from inside one of its own events
+    if (events_told_ > 0) { // from inside one of its own events
         frame_->deleteLater();
         frame_ = nullptr;
     } else {
@@ -247,9 +270,8 @@ bool CQtDialogWindow::KeyDown(const QKeyEvent& event)
     if (press.key == 0 || !Exists()) {
         return false;
     }
-    ++calls_;
-    const bool used = handler_->PreTranslateMessage(press);
-    --calls_;
+    const CToldEvent told(events_told_);
+    const bool used = events_->PreTranslateMessage(press);
     return used || (Exists() && DefaultKey(press));
 }
 
@@ -290,33 +312,43 @@ void CQtDialogWindow::Command(int id)
     if (!Exists()) {
         return;
     }
-    ++calls_;
-    handler_->OnCommand(id);
-    --calls_;
+    const CToldEvent told(events_told_);
+    events_->OnCommand(id);
 }
 
 void CQtDialogWindow::TextChanged(int id)
 {
     if (Exists()) {
-        ++calls_;
-        handler_->OnTextChange(id);
-        --calls_;
+        const CToldEvent told(events_told_);
+        events_->OnTextChange(id);
     }
 }
 
 void CQtDialogWindow::SelectionChanged(int id)
 {
     if (Exists()) {
-        ++calls_;
-        handler_->OnSelectionChange(id);
-        --calls_;
+        const CToldEvent told(events_told_);
+        events_->OnSelectionChange(id);
     }
 }
 
 void CQtDialogWindow::Painted()
 {
     if (Exists()) {
-        handler_->OnPaint();
+        const CToldEvent told(events_told_);
+        events_->OnPaint();
+    }
+}
+
+// With its owner. The run ends once the window is gone.
+void CQtDialogWindow::FrameGoes()
+{
+    if (Exists()) {
+        const CToldEvent told(events_told_);
+        events_->OnDestroy();
+    }
+    if (loop_ != nullptr) {
+        loop_->quit();
     }
 }
 
@@ -387,6 +419,7 @@ void CQtDialogWindow::UpdateNow()
 {
     if (frame_) {
         frame_->repaint();
+        frame_->TellPainted();
     }
 }
 

@@ -25,11 +25,11 @@ public:
     CQtDialogWindow(const CQtDialogWindow&) = delete;
     CQtDialogWindow& operator=(const CQtDialogWindow&) = delete;
 
-    int RunModal(IDialogHandler& handler) override;
-    bool CreateModeless(IDialogHandler& handler, IDialogWindow* owner) override;
+    int RunModal(IDialogEvents& events) override;
+    bool CreateModeless(IDialogEvents& events, IDialogWindow* owner) override;
     void EndModal(int result) override;
     void Destroy() override;
-    [[nodiscard]] bool Exists() const override { return handler_ != nullptr; }
+    [[nodiscard]] bool Exists() const override { return events_ != nullptr; }
 
     void SetTitle(std::u16string_view title) override;
     [[nodiscard]] IconHandle ParentSmallIcon() const override;
@@ -88,9 +88,10 @@ public:
 
 private:
     // Life
-    void Open(IDialogHandler& handler, QWidget* owner);
+    void Open(IDialogEvents& events, QWidget* owner);
     void MakeControls();
     void Connect(int id, QWidget* widget);
+    void RunLoop();
     void Close();
     void BringUp();
     void ActivateOwner();
@@ -100,6 +101,7 @@ private:
     bool KeyDown(const QKeyEvent& event) override;
     void CloseBox() override { Command(id_cancel); }
     void Painted() override;
+    void FrameGoes() override;
     bool DefaultKey(const KeyPress& press);
     void PressDefault();
     void Command(int id);
@@ -111,7 +113,7 @@ private:
 
     const DialogTemplate& template_;
     IQtControlFactory* factory_;
-    IDialogHandler* handler_ = nullptr; // null: no window
+    IDialogEvents* events_ = nullptr; // null: no window
     QPointer<CDialogFrame> frame_;
     QPointer<QWidget> owner_;
     CControlSet controls_;
@@ -126,7 +128,7 @@ private:
     bool placed_ = false;
     int result_ = id_cancel;
     int waits_ = 0;
-    int calls_ = 0; // of the handler that have not returned
+    int events_told_ = 0; // that have not returned
 };
 
 } // namespace partkeep

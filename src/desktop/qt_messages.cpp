@@ -1,5 +1,6 @@
 #include "desktop/qt_messages.h"
 
+#include "desktop/qt_input.h"
 #include "desktop/qt_values.h"
 #include "platform/posix/stderr_messages.h"
 #include "settings/local_strings.h"
@@ -30,6 +31,7 @@ void CQtMessages::Show(const Message& message)
     box->addButton(ToQString(LoadLocalString(LocalString::Ok)), QMessageBox::AcceptRole);
     box->exec();
     delete box;
+    DropWaitingInput();
     if (active) {
         active->activateWindow();
     }

@@ -6,6 +6,8 @@
 #include "selection/partkeep_read_dlg.h"
 #include "settings/process_values.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace partkeep {
@@ -51,7 +53,9 @@ PartkeepReadImpl::RunOutcome PartkeepReadImpl::RunDialog(bool multi_selection)
     if (dialog.DoModal() != id_ok) {
         return RunOutcome::Cancelled;
     }
-    parts_.insert(parts_.end(), dialog.resultParts.begin(), dialog.resultParts.end());
+    // All or none: moving a record cannot fail.
+    parts_.reserve(parts_.size() + dialog.resultParts.size());
+    std::move(dialog.resultParts.begin(), dialog.resultParts.end(), std::back_inserter(parts_));
     return RunOutcome::Confirmed;
 }
 

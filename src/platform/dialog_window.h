@@ -1,6 +1,6 @@
 // A dialog window made from a template and addressed by control id: one interface for all dialogs, so that each
-// front end is one generic renderer. A dialog's logic implements IDialogHandler, owns its IDialogWindow and
-// holds no other window. Everything happens on the thread that runs the dialog.
+// front end is one generic renderer. It hands every event to an IDialogEvents, which stands before the dialog's
+// logic. Everything happens on the thread that runs the dialog.
 #pragma once
 
 #include "platform/control.h"
@@ -36,36 +36,39 @@ struct KeyPress {
     bool shift = false;
 };
 
-// What a dialog's logic answers to.
-class IDialogHandler {
+// Where a front end hands in every event of a window, at whatever moment it comes: what becomes of it is decided
+// behind this. Nothing is thrown. The window may be gone when an operation returns.
+class IDialogEvents {
 public:
-    virtual ~IDialogHandler() = default;
+    virtual ~IDialogEvents() = default;
 
     // The window and its controls exist and are not shown yet.
-    virtual void OnInitDialog() = 0;
+    virtual void OnInitDialog() noexcept = 0;
 
     // Each key on its way to any control of this window, hosted controls included, before the control sees it.
     // True: the key is used up. False: the dialog's default handling.
-    virtual bool PreTranslateMessage(const KeyPress&) { return false; }
+    virtual bool PreTranslateMessage(const KeyPress& press) noexcept = 0;
 
     // A button, check box or tool by its id. Enter and Escape arrive as id_ok and id_cancel where they press
     // no other button, the close box as id_cancel.
-    virtual void OnCommand(int id) = 0;
+    virtual void OnCommand(int id) noexcept = 0;
 
-    virtual void OnSelectionChange(int /*id*/) {} // drop-down list, by the user
-    virtual void OnTextChange(int /*id*/) {}      // edit, by the user or by program
-    virtual void OnPaint() {}                     // each repaint of the dialog itself
-    virtual void OnDestroy() {}                   // once, while the controls still exist
+    virtual void OnSelectionChange(int id) noexcept = 0; // drop-down list, by the user
+    virtual void OnTextChange(int id) noexcept = 0;      // edit, by the user or by program
+    virtual void OnPaint() noexcept = 0;                 // each repaint of the dialog itself, when it is done
+    virtual void OnDestroy() noexcept = 0;               // while the controls still exist
 
-    [[nodiscard]] virtual std::u16string ToolTipText(int /*command*/) { return {}; }
+    [[nodiscard]] virtual std::u16string ToolTipText(int command) noexcept = 0;
 };
+
+using PanelPainter = std::function<void(IDeviceContext&)>;
 
 // A child window that the dialog's logic paints.
 class IPanelWindow {
 public:
     virtual ~IPanelWindow() = default;
 
-    virtual void SetPainter(std::function<void(IDeviceContext&)> painter) = 0;
+    virtual void SetPainter(PanelPainter painter) = 0;                  // one that throws nothing
     [[nodiscard]] virtual Rect ClientRect() const = 0;                  // left and top 0
     [[nodiscard]] virtual Rect MapToDialog(const Rect& area) const = 0; // from client to dialog coordinates
     virtual void Move(const Rect& area) = 0;                            // client area, in dialog coordinates
@@ -79,12 +82,14 @@ public:
 
     // Life. Both create the window and call OnInitDialog before they show it.
     // Runs until EndModal and gives its result; -1 when no window can be made. The owner is the window that is
-    // active on this thread, disabled meanwhile.
-    virtual int RunModal(IDialogHandler& handler) = 0;
+    // active on this thread, disabled meanwhile. Input that waits when the run ends was meant for this window and
+    // is thrown away with it.
+    virtual int RunModal(IDialogEvents& events) = 0;
     // Creates a window that is not shown yet; it floats over `owner`. False when none can be made.
-    virtual bool CreateModeless(IDialogHandler& handler, IDialogWindow* owner) = 0;
-    virtual void EndModal(int result) = 0; // the loop ends when the current handler returns
-    virtual void Destroy() = 0;            // calls OnDestroy; does nothing without a window
+    virtual bool CreateModeless(IDialogEvents& events, IDialogWindow* owner) = 0;
+    // The loop ends when the current event has been handled. The window takes no input from now on.
+    virtual void EndModal(int result) = 0;
+    virtual void Destroy() = 0; // calls OnDestroy; does nothing without a window
     [[nodiscard]] virtual bool Exists() const = 0;
 
     // The window as a whole.

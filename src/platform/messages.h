@@ -21,8 +21,8 @@ class IMessages {
 public:
     virtual ~IMessages() = default;
 
-    // Returns when the user has answered. Where there is no screen the text goes to standard error and
-    // counts as answered.
+    // Returns when the user has answered; input that waits by then is thrown away. Where there is no screen the text
+    // goes to standard error and counts as answered.
     virtual void Show(const Message& message) = 0;
 };
 

@@ -7,34 +7,61 @@
 
 namespace partkeep {
 
+namespace {
+
+// Add takes no second press while it runs, nor does Load from where parts are being added.
+class CButtonsDisabled {
+public:
+    explicit CButtonsDisabled(IDialogWindow& window) : window_(window) { window_.Enable(RES_ADD, false); }
+    ~CButtonsDisabled()
+    {
+        window_.Enable(RES_ADD, true);
+        if (load_too_) {
+            window_.Enable(RES_LOAD, true);
+        }
+    }
+    CButtonsDisabled(const CButtonsDisabled&) = delete;
+    CButtonsDisabled& operator=(const CButtonsDisabled&) = delete;
+
+    void DisableLoad()
+    {
+        load_too_ = true;
+        window_.Enable(RES_LOAD, false);
+    }
+
+private:
+    IDialogWindow& window_;
+    bool load_too_ = false;
+};
+
+} // namespace
+
 void CPartkeepReadDlg::OnAdd()
 {
-    window_->Enable(RES_ADD, false);
+    CButtonsDisabled buttons(*window_);
     const std::int32_t count = browser_.GetSelectedPartCount();
     if (count == 0 || count > max_selected_parts) {
         Tell(count == 0 ? LocalString::SelectParts : LocalString::TooManyParts);
-        window_->Enable(RES_ADD, true);
         return;
     }
     const std::u16string staging_path = StagingFolderOf(state_.currentServer, state_.lastFolder);
     MakeFolder(staging_path);
-    window_->Enable(RES_LOAD, false);
+    buttons.DisableLoad();
     std::u16string quantity;
     if (AskQuantity(quantity)) {
         OpenSelectedParts();
         AddSelectedParts(count, staging_path, quantity);
         browser_.SelectAllParts(0);
     }
-    window_->Enable(RES_ADD, true);
-    window_->Enable(RES_LOAD, true);
 }
 
 // Shown on every Add that gets this far, also when the user closed it in between, and before the first part is
 // staged, so that it fills while the run goes on.
 void CPartkeepReadDlg::OpenSelectedParts()
 {
-    if (!selectedPartsDlg_->WindowExists() && selectedPartsDlg_->Create(*window_)) {
+    if (!selectedPartsDlg_->WindowExists() && selectedPartsDlg_->Create(*entrance_)) {
         selectedPartsDlg_->InitColumns();
+        selectedPartsDlg_->AddAllRows();
     }
     selectedPartsDlg_->Show();
 }
@@ -65,7 +92,7 @@ bool CPartkeepReadDlg::AskQuantity(std::u16string& quantity)
     if (window_->Check(RES_ASK_QUANTITY) == 0) {
         return true;
     }
-    CQuantityKeypadDlg keypad(windows_, dialogIcon_);
+    CQuantityKeypadDlg keypad(door_, dialogIcon_);
     if (keypad.DoModal() == id_ok) {
         quantity = keypad.Quantity();
         return true;

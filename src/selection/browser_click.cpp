@@ -2,8 +2,8 @@
 
 #include "platform/text.h"
 #include "resources/resource_ids.h"
+#include "selection/event_guards.h"
 #include "selection/partkeep_read_dlg.h"
-#include "selection/wait_indication.h"
 
 #include <array>
 

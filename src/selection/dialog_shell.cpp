@@ -7,23 +7,20 @@ namespace partkeep {
 
 // Enter and Ctrl+A are taken before any control sees them: Enter never presses the button that has the focus, it
 // means Load everywhere, whether the Load button is enabled or not.
-bool CPartkeepReadDlg::PreTranslateMessage(const KeyPress& press)
+bool CPartkeepReadDlg::TakesKey(const KeyPress& press) const
 {
-    switch (press.key) {
-    case key_return:
+    const bool all_parts = press.key == key_a && press.control && multiSelection;
+    return press.key == key_return || press.key == key_tab || all_parts;
+}
+
+void CPartkeepReadDlg::OnKey(const KeyPress& press)
+{
+    if (press.key == key_return) {
         OnLoad();
-        return true;
-    case key_a:
-        if (!press.control || !multiSelection) {
-            return false;
-        }
-        browser_.SelectAllParts(1);
-        return true;
-    case key_tab:
+    } else if (press.key == key_tab) {
         OnTabKey(!press.shift);
-        return true;
-    default:
-        return false;
+    } else {
+        browser_.SelectAllParts(1);
     }
 }
 
@@ -110,7 +107,7 @@ void CPartkeepReadDlg::OnPaint()
 void CPartkeepReadDlg::OnCancel()
 {
     selectedPartsDlg_->EmptyAndDestroy();
-    window_->EndModal(id_cancel);
+    entrance_->EndModal(id_cancel);
 }
 
 } // namespace partkeep

@@ -2,8 +2,8 @@
 
 #include "platform/files.h"
 #include "resources/resource_ids.h"
+#include "selection/event_guards.h"
 #include "selection/partkeep_read_dlg.h"
-#include "selection/wait_indication.h"
 #include "settings/options_file.h"
 
 namespace partkeep {
@@ -20,7 +20,9 @@ void CPartkeepReadDlg::OnLoad()
     }
     StageSelection(count, quantity, load_list);
     FillResultParts(load_list);
-    window_->EndModal(id_ok);
+    if (!entrance_->EndModal(id_ok)) {
+        return; // the window has gone meanwhile, which is a cancel
+    }
     // The window still stands until this handler returns, so the check box can be read behind the end of the run.
     const auto prompt = static_cast<std::int16_t>(window_->Check(RES_ASK_QUANTITY) & 3);
     WriteOptionsFile(OptionsFilePath(), prompt, filter_.FilterState);
@@ -74,7 +76,7 @@ void CPartkeepReadDlg::FillResultParts(const std::list<PartRecord>& load_list)
         PartRecord part;
         part.PartName = source.PartName;
         part.MaterialType = source.MaterialType;
-        if (!FindStagedFiles(source.stagingFolder + u"\\", part, folders_, window_->OwnerMessages(), search)) {
+        if (!FindStagedFiles(source.stagingFolder + u"\\", part, folders_, entrance_->OwnerMessages(), search)) {
             continue;
         }
         part.PartComment = source.PartComment;

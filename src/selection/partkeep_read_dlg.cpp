@@ -7,6 +7,7 @@
 #include "platform/text.h"
 #include "resources/dialog_templates.h"
 #include "resources/resource_ids.h"
+#include "selection/event_guards.h"
 #include "settings/options_file.h"
 #include "settings/process_values.h"
 
@@ -19,21 +20,9 @@ constexpr int toolbar_room = 20;
 
 constexpr std::int16_t metric = 0;
 
-// Takes the window down where a run ends by an exception, while the dialog that answers to it still stands.
-class CWindowEnd {
-public:
-    explicit CWindowEnd(IDialogWindow& window) : window_(window) {}
-    ~CWindowEnd() { window_.Destroy(); }
-    CWindowEnd(const CWindowEnd&) = delete;
-    CWindowEnd& operator=(const CWindowEnd&) = delete;
-
-private:
-    IDialogWindow& window_;
-};
-
 } // namespace
 
-CPartkeepReadDlg::CPartkeepReadDlg(IDialogWindows& windows) : windows_(windows)
+CPartkeepReadDlg::CPartkeepReadDlg(IDialogWindows& windows) : door_(windows)
 {
     folders_.unpackFolder = TheProcessValues().workingFolder + u"UnZipFolder";
     MakeFolder(folders_.unpackFolder);
@@ -42,19 +31,19 @@ CPartkeepReadDlg::CPartkeepReadDlg(IDialogWindows& windows) : windows_(windows)
 
 int CPartkeepReadDlg::DoModal()
 {
-    window_ = windows_.Make(selection_dialog_template);
-    lookup_ = std::make_unique<CPartLookup>(browser_, window_->OwnerMessages(),
+    entrance_ = std::make_unique<CDialogEntrance>(door_, selection_dialog_template, Handler());
+    window_ = &entrance_->Window();
+    lookup_ = std::make_unique<CPartLookup>(browser_, entrance_->OwnerMessages(),
                                             LookupState{state_.currentServer, lookupFolder_, filter_});
     preview_ = std::make_unique<CPreviewImages>(*window_, browser_);
-    const CWindowEnd end(*window_);
-    return window_->RunModal(*this);
+    return entrance_->RunModal();
 }
 
 void CPartkeepReadDlg::OnInitDialog()
 {
     dialogIcon_ = window_->ParentSmallIcon();
     window_->SetSmallIcon(dialogIcon_);
-    selectedPartsDlg_ = std::make_unique<CSelectedPartsDlg>(windows_, dialogIcon_);
+    selectedPartsDlg_ = std::make_unique<CSelectedPartsDlg>(door_, dialogIcon_);
     CreateBrowser();
     folders_.previewFolder = TheProcessValues().workingFolder + u"Lumora_ForPNG";
     MakeDirectory(folders_.previewFolder);
@@ -63,6 +52,7 @@ void CPartkeepReadDlg::OnInitDialog()
     window_->SetReadOnly(RES_COMMENT);
     SetCaptions();
     LoadServerList(state_, installFolder, browser_);
+    settingsRead_ = true;
     const std::u16string folder_to_restore = state_.lastFolder;
     ApplyDisplayUnit(state_.displayUnit != metric);
     ReadOptions();
@@ -83,14 +73,11 @@ void CPartkeepReadDlg::CreateBrowser()
     browser_.Attach(window_->CreateHostedControl(
         part_browser_class_id, RES_BROWSER, {client.left + 5, client.top + 10, client.right - 5, client.bottom - 230}));
     if (!browser_.HasControl()) {
-        window_->OwnerMessages().Show({cannot_be_started_text, cannot_be_started_title, MessageKind::Exclamation});
+        entrance_->OwnerMessages().Show({cannot_be_started_text, cannot_be_started_title, MessageKind::Exclamation});
         return;
     }
-    browser_.SetEventSink([this](std::int32_t event) {
-        if (event == static_cast<std::int32_t>(BrowserEvent::Click)) {
-            OnBrowserClick();
-        }
-    });
+    browser_.SetCallWatch(entrance_.get());
+    browser_.SetEventSink([this](std::int32_t event) { entrance_->OnBrowserEvent(event); });
 }
 
 void CPartkeepReadDlg::SetCaptions()
@@ -169,18 +156,34 @@ void CPartkeepReadDlg::OnDestroy()
     if (selectedPartsDlg_ != nullptr) {
         selectedPartsDlg_->EmptyAndDestroy();
     }
-    if (browser_.HasControl()) {
-        SaveServerList(state_, installFolder, browser_);
-        preview_->FreeBlocks();
-        browser_.DisconnectServer();
+    const CLastly close([this] { CloseBrowser(); });
+    // A start that failed half-way knows nothing that may replace what is stored.
+    if (browser_.HasControl() && settingsRead_) {
+        // A copy: the window may go while a call holds texts of the state itself.
+        ServerListState closing = state_;
+        SaveServerList(closing, installFolder, browser_);
     }
-    preview_->Destroy();
-    browser_.Detach();
+}
+
+// A call that the window's end has overtaken may still write into its block; that one goes with the dialog.
+void CPartkeepReadDlg::CloseBrowser()
+{
+    const CLastly detach([this] {
+        preview_->Destroy();
+        browser_.Detach();
+    });
+    if (!browser_.HasControl()) {
+        return;
+    }
+    if (!door_.CallUnderWay()) {
+        preview_->FreeBlocks();
+    }
+    browser_.DisconnectServer();
 }
 
 void CPartkeepReadDlg::Tell(LocalString text)
 {
-    ShowPlainMessage(window_->OwnerMessages(), text);
+    ShowPlainMessage(entrance_->OwnerMessages(), text);
 }
 
 } // namespace partkeep

@@ -7,7 +7,7 @@
 #include "partdata/part_lookup.h"
 #include "partdata/part_record.h"
 #include "partdata/staging.h"
-#include "platform/dialog_window.h"
+#include "selection/event_door.h"
 #include "selection/preview_images.h"
 #include "selection/selected_parts_dlg.h"
 #include "settings/local_strings.h"
@@ -25,7 +25,7 @@ namespace partkeep {
 // Parts selected in the browser, in one Add or one Load; what is listed already does not count.
 inline constexpr std::int32_t max_selected_parts = 256;
 
-class CPartkeepReadDlg : public IDialogHandler {
+class CPartkeepReadDlg : private IDialogHandler {
 public:
     // Makes sure of the unpack folder under the process's working folder.
     explicit CPartkeepReadDlg(IDialogWindows& windows);
@@ -41,16 +41,20 @@ public:
     // id_ok after a Load, anything else otherwise.
     int DoModal();
 
-    // Events of the window.
+private:
+    // Events, through the entrance.
+    [[nodiscard]] IDialogHandler& Handler() { return *this; }
     void OnInitDialog() override;
-    bool PreTranslateMessage(const KeyPress& press) override;
+    [[nodiscard]] bool TakesKey(const KeyPress& press) const override;
+    void OnKey(const KeyPress& press) override;
     void OnCommand(int id) override;
     void OnSelectionChange(int id) override;
+    void OnBrowserClick() override;
+    void OnBrowserClickFailed() override { preview_->Blank(); }
     void OnPaint() override;
     void OnDestroy() override;
     [[nodiscard]] std::u16string ToolTipText(int command) override { return LoadLocalString(command); }
 
-private:
     // Start-up
     void CreateBrowser();
     void SetCaptions();
@@ -69,7 +73,6 @@ private:
 
     enum class ClickOutcome { NothingSelected, NothingKnown, PartShown };
 
-    void OnBrowserClick();
     ClickOutcome FollowClick();
     void ShowPartTexts();
 
@@ -85,9 +88,13 @@ private:
     void Tell(LocalString text);
     [[nodiscard]] std::u16string OptionsFilePath() const { return installFolder + u"\\ZanPartkeepConfig.xml"; }
 
-    IDialogWindows& windows_;
-    std::unique_ptr<IDialogWindow> window_;
+    void CloseBrowser();
+
+    CEventDoor door_;
+    std::unique_ptr<CDialogEntrance> entrance_; // from the run's beginning on
+    IDialogWindow* window_ = nullptr;           // the entrance's
     CKPDKeyManager browser_;
+    bool settingsRead_ = false;
     ServerListState state_;       // currentServer, lastFolder, displayUnit, serverTable, viewState
     std::u16string lookupFolder_; // the browser's folder at the last look-up
     MachineFilterState filter_;   // FilterState, dataKind

@@ -3,7 +3,8 @@
 #include "partdata/staging.h"
 #include "platform/files.h"
 #include "resources/resource_ids.h"
-#include "selection/wait_indication.h"
+#include "selection/event_door.h"
+#include "selection/event_guards.h"
 
 #include <array>
 #include <cstring>
@@ -50,9 +51,11 @@ void CPreviewImages::Create()
 {
     const Rect client = window_.ClientRect();
     panel2D_.Attach(window_.CreatePanel(RES_IMAGE_PANEL,
-                                        {client.left + 5, client.bottom - 190, client.left + 155, client.bottom - 40}));
-    panel3D_.Attach(window_.CreatePanel(
-        RES_IMAGE_PANEL, {client.left + 175, client.bottom - 190, client.left + 325, client.bottom - 40}));
+                                        {client.left + 5, client.bottom - 190, client.left + 155, client.bottom - 40}),
+                    CDialogEntrance::Guarded);
+    panel3D_.Attach(window_.CreatePanel(RES_IMAGE_PANEL, {client.left + 175, client.bottom - 190, client.left + 325,
+                                                          client.bottom - 40}),
+                    CDialogEntrance::Guarded);
     panel3D_.SetClientExtent(pane_extent);
     panel2D_.SetClientExtent(pane_extent);
     picture_.Attach(window_.TemplateControl(RES_PICTURE));

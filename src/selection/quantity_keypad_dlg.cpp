@@ -81,20 +81,19 @@ std::optional<LocalString> Refusal(std::u16string_view text)
 
 } // namespace
 
-int CQuantityKeypadDlg::DoModal()
+CQuantityKeypadDlg::CQuantityKeypadDlg(CEventDoor& door, IconHandle icon)
+    : entrance_(door, quantity_keypad_template, *this), window_(entrance_.Window()), dialogIcon_(icon)
 {
-    window_ = windows_.Make(quantity_keypad_template);
-    return window_->RunModal(*this) == id_ok ? id_ok : id_cancel;
 }
 
 void CQuantityKeypadDlg::OnInitDialog()
 {
-    window_->SetSmallIcon(dialogIcon_);
-    window_->LimitText(RES_QUANTITY, static_cast<int>(max_characters));
-    window_->SetText(RES_QUANTITY_CAPTION, LoadLocalString(LocalString::PartNumber));
-    window_->SetText(RES_CANCEL, LoadLocalString(LocalString::Cancel));
-    window_->SetText(RES_OK, LoadLocalString(LocalString::Ok));
-    window_->SetTitle(LoadLocalString(LocalString::InputQuantity));
+    window_.SetSmallIcon(dialogIcon_);
+    window_.LimitText(RES_QUANTITY, static_cast<int>(max_characters));
+    window_.SetText(RES_QUANTITY_CAPTION, LoadLocalString(LocalString::PartNumber));
+    window_.SetText(RES_CANCEL, LoadLocalString(LocalString::Cancel));
+    window_.SetText(RES_OK, LoadLocalString(LocalString::Ok));
+    window_.SetTitle(LoadLocalString(LocalString::InputQuantity));
 }
 
 void CQuantityKeypadDlg::OnCommand(int id)
@@ -104,7 +103,7 @@ void CQuantityKeypadDlg::OnCommand(int id)
         return;
     }
     if (id == id_cancel) {
-        window_->EndModal(id_cancel);
+        entrance_.EndModal(id_cancel);
         return;
     }
     for (const DigitButton& button : digit_buttons) {
@@ -117,30 +116,30 @@ void CQuantityKeypadDlg::OnCommand(int id)
 void CQuantityKeypadDlg::OnTextChange(int id)
 {
     if (id == RES_QUANTITY) {
-        quantityText_ = window_->Text(RES_QUANTITY);
+        quantityText_ = window_.Text(RES_QUANTITY);
     }
 }
 
 // The digits land at the end, wherever the caret stands, and pass by the limit on typed text.
 void CQuantityKeypadDlg::OnDigit(const char16_t* digits)
 {
-    window_->ClearSelectedText(RES_QUANTITY);
-    window_->SetText(RES_QUANTITY, quantityText_ + digits);
+    window_.ClearSelectedText(RES_QUANTITY);
+    window_.SetText(RES_QUANTITY, quantityText_ + digits);
 }
 
 // Blanks at the end count for no check but stay in the field and in the result.
 void CQuantityKeypadDlg::OnOK()
 {
-    quantityText_ = window_->Text(RES_QUANTITY);
+    quantityText_ = window_.Text(RES_QUANTITY);
     const std::u16string_view text = WithoutBlanksAtEnd(quantityText_);
     if (text.empty()) {
         return;
     }
     if (const auto refusal = Refusal(text)) {
-        ShowPlainMessage(window_->OwnerMessages(), *refusal);
+        ShowPlainMessage(entrance_.OwnerMessages(), *refusal);
         return;
     }
-    window_->EndModal(id_ok);
+    entrance_.EndModal(id_ok);
 }
 
 } // namespace partkeep

@@ -2,6 +2,7 @@
 
 #include "platform/files.h"
 #include "resources/dialog_templates.h"
+#include "selection/event_guards.h"
 #include "selection/quantity_keypad_dlg.h"
 #include "settings/local_strings.h"
 
@@ -32,10 +33,13 @@ std::u16string PathOf(const PartRecord& part)
 
 } // namespace
 
-bool CSelectedPartsDlg::Create(IDialogWindow& owner)
+bool CSelectedPartsDlg::Create(CDialogEntrance& owner)
 {
-    window_ = windows_.Make(selected_parts_dialog_template);
-    return window_->CreateModeless(*this, &owner);
+    if (entrance_ == nullptr) {
+        entrance_ = std::make_unique<CDialogEntrance>(door_, selected_parts_dialog_template, Handler());
+        window_ = &entrance_->Window();
+    }
+    return entrance_->CreateModeless(owner);
 }
 
 void CSelectedPartsDlg::OnInitDialog()
@@ -59,8 +63,19 @@ void CSelectedPartsDlg::AddLastPartRow()
     if (!WindowExists() || selectedParts.empty()) {
         return;
     }
-    const PartRecord& part = selectedParts.back();
-    const int row = static_cast<int>(selectedParts.size()) - 1;
+    AddRow(static_cast<int>(selectedParts.size()) - 1, selectedParts.back());
+}
+
+void CSelectedPartsDlg::AddAllRows()
+{
+    int row = 0;
+    for (const PartRecord& part : selectedParts) {
+        AddRow(row++, part);
+    }
+}
+
+void CSelectedPartsDlg::AddRow(int row, const PartRecord& part)
+{
     window_->InsertRow(RES_PART_LIST, row, part.PartName);
     window_->SetCell(RES_PART_LIST, row, path_column, PathOf(part));
     window_->SetCell(RES_PART_LIST, row, quantity_column, part.Qty);
@@ -76,7 +91,7 @@ void CSelectedPartsDlg::Show()
 void CSelectedPartsDlg::EmptyAndDestroy()
 {
     selectedParts.clear();
-    if (window_) {
+    if (window_ != nullptr) {
         window_->Destroy();
     }
 }
@@ -118,13 +133,16 @@ void CSelectedPartsDlg::OnChangeQty()
     if (window_->SelectedRowCount(RES_PART_LIST) == 0) {
         return;
     }
-    CQuantityKeypadDlg keypad(windows_, dialogIcon_);
-    window_->EnableOwner(false);
-    const int answer = keypad.DoModal();
-    window_->EnableOwner(true);
-    if (answer == id_ok) {
+    CQuantityKeypadDlg keypad(door_, dialogIcon_);
+    if (RunOverOwner(keypad) == id_ok) {
         SetSelectedQuantities(keypad.Quantity());
     }
+}
+
+int CSelectedPartsDlg::RunOverOwner(CQuantityKeypadDlg& keypad)
+{
+    const COwnerDisabled disabled(*window_);
+    return keypad.DoModal();
 }
 
 void CSelectedPartsDlg::SetSelectedQuantities(std::u16string_view quantity)

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "partdata/part_record.h"
-#include "platform/dialog_window.h"
+#include "selection/event_door.h"
 
 #include <list>
 #include <memory>
@@ -11,22 +11,25 @@
 
 namespace partkeep {
 
-class CSelectedPartsDlg : public IDialogHandler {
+class CQuantityKeypadDlg;
+
+class CSelectedPartsDlg : private IDialogHandler {
 public:
     // The icon is borrowed; null for none.
-    CSelectedPartsDlg(IDialogWindows& windows, IconHandle icon) : windows_(windows), dialogIcon_(icon) {}
+    CSelectedPartsDlg(CEventDoor& door, IconHandle icon) : door_(door), dialogIcon_(icon) {}
 
     // In order of adding; row i of the window shows element i. The selection dialog appends to it, always
     // followed by AddLastPartRow, and copies it.
     std::list<PartRecord> selectedParts;
 
     // Makes the window, not shown yet, over its owner. False when none can be made.
-    bool Create(IDialogWindow& owner);
-    [[nodiscard]] bool WindowExists() const { return window_ && window_->Exists(); }
+    bool Create(CDialogEntrance& owner);
+    [[nodiscard]] bool WindowExists() const { return window_ != nullptr && window_->Exists(); }
 
     // Once, behind Create.
     void InitColumns();
     void AddLastPartRow();
+    void AddAllRows(); // what was collected while no window could be made
     void Show();
 
     // Does no harm when repeated.
@@ -36,15 +39,18 @@ public:
     void OnChangeQty();
     void UpdatePartQty(std::u16string_view name, std::u16string_view path, std::u16string_view quantity);
 
+private:
+    [[nodiscard]] IDialogHandler& Handler() { return *this; }
     void OnInitDialog() override;
     void OnCommand(int id) override;
-
-private:
+    void AddRow(int row, const PartRecord& part);
+    int RunOverOwner(CQuantityKeypadDlg& keypad);
     void SetSelectedQuantities(std::u16string_view quantity);
 
-    IDialogWindows& windows_;
+    CEventDoor& door_;
     IconHandle dialogIcon_;
-    std::unique_ptr<IDialogWindow> window_;
+    std::unique_ptr<CDialogEntrance> entrance_; // from the first attempt to make the window on
+    IDialogWindow* window_ = nullptr;           // the entrance's
 };
 
 } // namespace partkeep

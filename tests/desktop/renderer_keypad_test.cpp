@@ -33,7 +33,8 @@ protected:
 
     int Run(std::vector<UserStep> steps)
     {
-        CQuantityKeypadDlg dialog(windows_, nullptr);
+        CEventDoor door(windows_);
+        CQuantityKeypadDlg dialog(door, nullptr);
         int answer = 0;
         PlayWhile(std::move(steps), [&] { answer = dialog.DoModal(); });
         quantity_ = dialog.Quantity();

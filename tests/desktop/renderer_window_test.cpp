@@ -72,13 +72,13 @@ public:
 };
 
 struct NotingHandler : SuiteHandler {
-    bool PreTranslateMessage(const KeyPress& press) override
+    bool PreTranslateMessage(const KeyPress& press) noexcept override
     {
         notes += " key" + std::to_string(press.key) + (press.control ? "c" : "") + (press.shift ? "s" : "");
         return uses_keys;
     }
-    void OnPaint() override { ++paints; }
-    [[nodiscard]] std::u16string ToolTipText(int command) override
+    void OnPaint() noexcept override { ++paints; }
+    [[nodiscard]] std::u16string ToolTipText(int command) noexcept override
     {
         return command == RES_FILTER_NCT ? u"NCT" : u"other";
     }

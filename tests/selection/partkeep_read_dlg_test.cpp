@@ -14,7 +14,11 @@ TEST_F(StartUp, TakesItsStepsInTheirOrder)
     WriteServers("SRV2\r\nX\\Y\r\ninch\r\nSRV1\r\nSRV2\r\n-9999\r\n2\r\n120\r\n-80\r\n");
     WriteOptions("<InputNoFlag>true</InputNoFlag><FilterState>2</FilterState>");
     Lines lines;
-    Run({[&](CScriptedWindow&) { lines = recorder.Take(); }, user::Press(id_cancel)});
+    Run({[&](CScriptedWindow& window) {
+             lines = recorder.Take();
+             EXPECT_EQ(window.ToolTip(32776), u"MARVEN");
+         },
+         user::Press(id_cancel)});
     EXPECT_EQ(
         lines,
         Steps("101: RunModal; 101: SetSmallIcon parent's; 101: CreateHostedControl 215 browser 5,10,808,338; "
@@ -36,7 +40,6 @@ TEST_F(StartUp, TakesItsStepsInTheirOrder)
     given[1] = -80;
     EXPECT_EQ(browser.givenViewState, given);
     EXPECT_EQ(NamesIn(folder.Path("Work")), (Lines{"Lumora_ForPNG", "UnZipFolder"}));
-    EXPECT_EQ(dialog->ToolTipText(32776), u"MARVEN");
 }
 
 TEST_F(StartUp, TakesFromTheSettingsFilesWhatTheyHold)

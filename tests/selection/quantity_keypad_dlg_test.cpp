@@ -18,7 +18,7 @@ protected:
     int Run(std::vector<UserAction> actions)
     {
         windows_.Play(RES_QUANTITY_KEYPAD, std::move(actions));
-        CQuantityKeypadDlg keypad(windows_, windows_.parentIcon);
+        CQuantityKeypadDlg keypad(door_, windows_.parentIcon);
         const int answer = keypad.DoModal();
         quantity_ = keypad.Quantity();
         return answer;
@@ -26,6 +26,7 @@ protected:
 
     Recorder recorder_;
     CScriptedWindows windows_{recorder_};
+    CEventDoor door_{windows_};
     std::u16string quantity_;
 };
 
@@ -82,7 +83,7 @@ TEST_F(QuantityKeypad, OpensWithTheTextsOfTheLanguageAndAnEmptyField)
     };
     EXPECT_EQ(Run({look, user::CloseBox()}), id_cancel);
     windows_.canMakeWindows = false;
-    EXPECT_EQ(CQuantityKeypadDlg(windows_, nullptr).DoModal(), id_cancel);
+    EXPECT_EQ(CQuantityKeypadDlg(door_, nullptr).DoModal(), id_cancel);
 }
 
 } // namespace

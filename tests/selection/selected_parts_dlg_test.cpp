@@ -14,13 +14,20 @@ struct CQuietHandler : IDialogHandler {
 
 class SelectedParts : public ::testing::Test {
 protected:
-    SelectedParts()
+    SelectedParts() { TheProcessValues().languageId = 1; }
+
+    // In a run of the owner, with the window made.
+    void Run(const std::function<void()>& test)
     {
-        TheProcessValues().languageId = 1;
-        EXPECT_TRUE(owner_->CreateModeless(owner_handler_, nullptr));
-        EXPECT_TRUE(dialog_.Create(*owner_));
-        dialog_.InitColumns();
-        window_ = windows_.Find(RES_SELECTED_PARTS_DIALOG);
+        windows_.Play(RES_SELECTION_DIALOG, {[&](CScriptedWindow&) {
+                          EXPECT_TRUE(dialog_.Create(owner_));
+                          dialog_.InitColumns();
+                          window_ = windows_.Find(RES_SELECTED_PARTS_DIALOG);
+                          test();
+                          dialog_.EmptyAndDestroy();
+                          owner_.EndModal(id_cancel);
+                      }});
+        EXPECT_EQ(owner_.RunModal(), id_cancel);
     }
 
     void Add(std::u16string name, std::u16string folder = u"F", std::u16string quantity = u"1")
@@ -52,95 +59,114 @@ protected:
     Recorder recorder_;
     CScriptedWindows windows_{recorder_};
     CQuietHandler owner_handler_;
-    std::unique_ptr<IDialogWindow> owner_ = windows_.Make(selection_dialog_template);
-    CSelectedPartsDlg dialog_{windows_, nullptr};
+    CEventDoor door_{windows_};
+    CDialogEntrance owner_{door_, selection_dialog_template, owner_handler_};
+    CSelectedPartsDlg dialog_{door_, nullptr};
     CScriptedWindow* window_ = nullptr;
 };
 
 TEST_F(SelectedParts, OpensHiddenAndListsInOrderOfAdding)
 {
-    EXPECT_FALSE(window_->visible);
-    EXPECT_EQ(window_->owner, owner_.get());
-    Add(u"Z");
-    Add(u"A", u"");
-    Add(u"M", u"x", u"007");
-    EXPECT_EQ(Parts(), u"Z|S\\F|1 A|S\\|1 M|S\\x|007 ");
+    Run([this] {
+        EXPECT_FALSE(window_->visible);
+        EXPECT_EQ(window_->owner, &owner_.Window());
+        Add(u"Z");
+        Add(u"A", u"");
+        Add(u"M", u"x", u"007");
+        EXPECT_EQ(Parts(), u"Z|S\\F|1 A|S\\|1 M|S\\x|007 ");
+    });
 }
 
 TEST_F(SelectedParts, RemoveTakesTheSelectedRowsAndNoOthers)
 {
-    const std::tuple<const char*, std::set<int>, std::u16string> rows[] = {
-        {"none", {}, u"A|S\\F|1 B|S\\F|1 C|S\\F|1 D|S\\F|1 "},
-        {"second and fourth", {1, 3}, u"A|S\\F|1 C|S\\F|1 "},
-        {"neighbours", {0, 1, 2}, u"D|S\\F|1 "},
-        {"all", {0, 1, 2, 3}, u""},
-    };
-    for (const auto& [label, selected, behind] : rows) {
-        SCOPED_TRACE(label);
-        dialog_.selectedParts.clear();
-        window_->controls.at(RES_PART_LIST).rows.clear();
-        for (const char16_t* name : {u"A", u"B", u"C", u"D"}) {
-            Add(name);
+    Run([this] {
+        const std::tuple<const char*, std::set<int>, std::u16string> rows[] = {
+            {"none", {}, u"A|S\\F|1 B|S\\F|1 C|S\\F|1 D|S\\F|1 "},
+            {"second and fourth", {1, 3}, u"A|S\\F|1 C|S\\F|1 "},
+            {"neighbours", {0, 1, 2}, u"D|S\\F|1 "},
+            {"all", {0, 1, 2, 3}, u""},
+        };
+        for (const auto& [label, selected, behind] : rows) {
+            SCOPED_TRACE(label);
+            dialog_.selectedParts.clear();
+            window_->controls.at(RES_PART_LIST).rows.clear();
+            for (const char16_t* name : {u"A", u"B", u"C", u"D"}) {
+                Add(name);
+            }
+            window_->SelectRows(RES_PART_LIST, selected);
+            window_->PressButton(RES_REMOVE);
+            EXPECT_EQ(Parts(), behind);
+            Add(u"A"); // behind what is left
+            EXPECT_EQ(Parts(), behind + u"A|S\\F|1 ");
         }
-        window_->SelectRows(RES_PART_LIST, selected);
-        window_->PressButton(RES_REMOVE);
-        EXPECT_EQ(Parts(), behind);
-        Add(u"A"); // behind what is left
-        EXPECT_EQ(Parts(), behind + u"A|S\\F|1 ");
-    }
+    });
 }
 
 TEST_F(SelectedParts, ChangeQtyGivesAllSelectedRowsTheSameText)
 {
-    Add(u"A");
-    Add(u"A", u"Other");
-    Add(u"B");
-    window_->PressButton(RES_CHANGE_QUANTITY); // nothing selected: no keypad opens
-    window_->SelectRows(RES_PART_LIST, {0, 2});
-    windows_.Play(RES_QUANTITY_KEYPAD, {user::Press(RES_DIGIT_5), user::Press(RES_CANCEL)});
-    window_->PressButton(RES_CHANGE_QUANTITY);
-    EXPECT_EQ(Parts(), u"A|S\\F|1 A|S\\Other|1 B|S\\F|1 ");
-    EXPECT_TRUE(windows_.Find(RES_SELECTION_DIALOG)->inputEnabled);
+    Run([this] {
+        Add(u"A");
+        Add(u"A", u"Other");
+        Add(u"B");
+        window_->PressButton(RES_CHANGE_QUANTITY); // nothing selected: no keypad opens
+        window_->SelectRows(RES_PART_LIST, {0, 2});
+        windows_.Play(RES_QUANTITY_KEYPAD, {user::Press(RES_DIGIT_5), user::Press(RES_CANCEL)});
+        window_->PressButton(RES_CHANGE_QUANTITY);
+        EXPECT_EQ(Parts(), u"A|S\\F|1 A|S\\Other|1 B|S\\F|1 ");
+        EXPECT_TRUE(windows_.Find(RES_SELECTION_DIALOG)->inputEnabled);
 
-    const auto look = [this](CScriptedWindow& keypad) {
-        EXPECT_EQ(keypad.Text(RES_QUANTITY), u"");
-        EXPECT_FALSE(windows_.Find(RES_SELECTION_DIALOG)->inputEnabled);
-    };
-    windows_.Play(RES_QUANTITY_KEYPAD, {look, user::Type(RES_QUANTITY, u"025"), user::Press(RES_OK)});
-    window_->PressButton(RES_CHANGE_QUANTITY);
-    EXPECT_EQ(Parts(), u"A|S\\F|025 A|S\\Other|1 B|S\\F|025 ");
-    EXPECT_TRUE(windows_.Find(RES_SELECTION_DIALOG)->inputEnabled);
+        const auto look = [this](CScriptedWindow& keypad) {
+            EXPECT_EQ(keypad.Text(RES_QUANTITY), u"");
+            EXPECT_FALSE(windows_.Find(RES_SELECTION_DIALOG)->inputEnabled);
+        };
+        windows_.Play(RES_QUANTITY_KEYPAD, {look, user::Type(RES_QUANTITY, u"025"), user::Press(RES_OK)});
+        window_->PressButton(RES_CHANGE_QUANTITY);
+        EXPECT_EQ(Parts(), u"A|S\\F|025 A|S\\Other|1 B|S\\F|025 ");
+        EXPECT_TRUE(windows_.Find(RES_SELECTION_DIALOG)->inputEnabled);
+    });
 }
 
 TEST_F(SelectedParts, EveryWayToCloseItOnlyHidesIt)
 {
-    for (const UserAction& close : {user::CloseBox(), user::Key(key_escape), user::Key(key_return)}) {
-        Add(u"A");
-        dialog_.Show();
-        EXPECT_TRUE(window_->visible);
-        const auto before = Parts();
-        close(*window_);
-        EXPECT_FALSE(window_->visible);
-        EXPECT_EQ(Parts(), before);
-    }
-    recorder_.lines.clear();
-    dialog_.EmptyAndDestroy();
-    dialog_.EmptyAndDestroy();
-    EXPECT_EQ(recorder_.Take(), Lines{"250: Destroy"});
-    EXPECT_FALSE(dialog_.WindowExists());
-    EXPECT_TRUE(dialog_.selectedParts.empty());
+    Run([this] {
+        for (const UserAction& close : {user::CloseBox(), user::Key(key_escape), user::Key(key_return)}) {
+            Add(u"A");
+            dialog_.Show();
+            EXPECT_TRUE(window_->visible);
+            const auto before = Parts();
+            close(*window_);
+            EXPECT_FALSE(window_->visible);
+            EXPECT_EQ(Parts(), before);
+        }
+        recorder_.lines.clear();
+        dialog_.EmptyAndDestroy();
+        dialog_.EmptyAndDestroy();
+        EXPECT_EQ(recorder_.Take(), Lines{"250: Destroy"});
+        EXPECT_FALSE(dialog_.WindowExists());
+        EXPECT_TRUE(dialog_.selectedParts.empty());
+    });
 }
 
-TEST_F(SelectedParts, WithoutAWindowTheListStillCollects)
+TEST_F(SelectedParts, CollectsWithoutAWindowAndListsAllOfItInALaterOne)
 {
-    windows_.canMakeWindows = false;
-    CSelectedPartsDlg windowless(windows_, nullptr);
-    EXPECT_FALSE(windowless.Create(*owner_));
-    windowless.selectedParts.emplace_back();
-    windowless.AddLastPartRow();
-    windowless.Show();
-    EXPECT_EQ(windowless.selectedParts.size(), 1U);
-    windowless.EmptyAndDestroy();
+    Run([this] {
+        CSelectedPartsDlg late(door_, nullptr);
+        windows_.canMakeWindows = false;
+        EXPECT_FALSE(late.Create(owner_));
+        for (const char16_t* name : {u"A", u"B"}) {
+            late.selectedParts.emplace_back().PartName = name;
+            late.AddLastPartRow();
+            late.Show();
+        }
+        windows_.canMakeWindows = true;
+        EXPECT_TRUE(late.Create(owner_));
+        late.InitColumns();
+        late.AddAllRows();
+        const auto& rows = windows_.existing.back()->controls.at(RES_PART_LIST).rows;
+        ASSERT_EQ(rows.size(), 2U);
+        EXPECT_EQ(rows[0].cells.at(0) + rows[1].cells.at(0), u"AB");
+        late.EmptyAndDestroy();
+    });
 }
 
 } // namespace

@@ -11,12 +11,15 @@
 
 namespace partkeep {
 
-struct SuiteHandler : IDialogHandler {
-    void OnInitDialog() override { init(); }
-    void OnCommand(int id) override { notes += " command" + std::to_string(id); }
-    void OnSelectionChange(int id) override { notes += " selection" + std::to_string(id); }
-    void OnTextChange(int id) override { notes += " text" + std::to_string(id); }
-    void OnDestroy() override { notes += " destroy"; }
+struct SuiteHandler : IDialogEvents {
+    void OnInitDialog() noexcept override { init(); }
+    bool PreTranslateMessage(const KeyPress&) noexcept override { return false; }
+    void OnPaint() noexcept override {}
+    [[nodiscard]] std::u16string ToolTipText(int) noexcept override { return {}; }
+    void OnCommand(int id) noexcept override { notes += " command" + std::to_string(id); }
+    void OnSelectionChange(int id) noexcept override { notes += " selection" + std::to_string(id); }
+    void OnTextChange(int id) noexcept override { notes += " text" + std::to_string(id); }
+    void OnDestroy() noexcept override { notes += " destroy"; }
 
     std::function<void()> init = [] {};
     std::string notes;

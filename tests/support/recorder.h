@@ -5,6 +5,7 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -47,7 +48,12 @@ public:
     {
         const char* icon = message.kind == MessageKind::Exclamation ? " exclamation" : "";
         recorder_.Note("message " + Quoted(message.text) + " " + Quoted(message.title) + icon);
+        if (whileOpen) {
+            whileOpen();
+        }
     }
+
+    std::function<void()> whileOpen;
 
 private:
     Recorder& recorder_;

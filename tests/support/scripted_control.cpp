@@ -167,6 +167,9 @@ public:
             return NothingOf(result);
         }
         script_.recorder.Note(ShownCall(*signature, in, result));
+        if (script_.onCall) {
+            script_.onCall();
+        }
         const auto answer = script_.answers.find(signature->operation);
         return answer != script_.answers.end() ? answer->second(in) : NothingOf(result);
     }

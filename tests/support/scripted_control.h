@@ -43,6 +43,7 @@ struct ControlScript {
 
     Recorder& recorder;
     std::map<BrowserOperation, Answer> answers; // to begin with, the browser's own
+    std::function<void()> onCall;               // from inside each call, before it does anything
     std::function<void(std::int32_t)> sink;
     int controls = 0; // alive now
 

@@ -92,17 +92,17 @@ public:
             controls[id].check = 1 - controls[id].check;
         }
         focused = controls.contains(id) ? id : focused; // a tool leaves it
-        handler_->OnCommand(id);
+        events_->OnCommand(id);
     }
 
     // Enter as in a control that is no button.
     void PressKey(const KeyPress& press)
     {
-        if (!inputEnabled || handler_->PreTranslateMessage(press)) {
+        if (!inputEnabled || events_->PreTranslateMessage(press)) {
             return;
         }
         if (press.key == key_escape || press.key == key_return) {
-            handler_->OnCommand(press.key == key_escape ? id_cancel : id_ok);
+            events_->OnCommand(press.key == key_escape ? id_cancel : id_ok);
         } else {
             Note("key", press.key, "to", focused);
         }
@@ -116,7 +116,7 @@ public:
             EraseSelection(edit);
             if (static_cast<int>(edit.text.size()) < edit.limit) {
                 edit.text += *unit;
-                handler_->OnTextChange(id);
+                events_->OnTextChange(id);
             }
         }
     }
@@ -125,7 +125,7 @@ public:
     {
         if (TakesInput(id)) {
             controls[id].selectedEntry = index;
-            handler_->OnSelectionChange(id);
+            events_->OnSelectionChange(id);
         }
     }
 
@@ -141,32 +141,37 @@ public:
     void PressCloseBox()
     {
         if (inputEnabled) {
-            handler_->OnCommand(id_cancel);
+            events_->OnCommand(id_cancel);
         }
     }
 
-    void Paint() { handler_->OnPaint(); }
+    void Paint() { events_->OnPaint(); }
+    [[nodiscard]] std::u16string ToolTip(int command) { return events_->ToolTipText(command); }
+
+    // For input that no window lets through to its user: it comes all the same.
+    [[nodiscard]] IDialogEvents& Events() { return *events_; }
+    [[nodiscard]] bool Ended() const { return result_.has_value(); }
 
     // ---- Life
 
-    int RunModal(IDialogHandler& handler) override
+    int RunModal(IDialogEvents& events) override
     {
         if (!windows_.canMakeWindows) {
             return -1;
         }
         Note("RunModal");
-        Open(handler, windows_.existing.empty() ? nullptr : windows_.existing.back());
+        Open(events, windows_.existing.empty() ? nullptr : windows_.existing.back());
         visible = true;
         PlayRun();
         Close();
-        Note("result", *result_);
-        return *result_;
+        Note("result", result_.value_or(-1));
+        return result_.value_or(-1);
     }
-    bool CreateModeless(IDialogHandler& handler, IDialogWindow* owner_window) override
+    bool CreateModeless(IDialogEvents& events, IDialogWindow* owner_window) override
     {
         if (windows_.canMakeWindows) {
             Note("CreateModeless");
-            Open(handler, static_cast<CScriptedWindow*>(owner_window));
+            Open(events, static_cast<CScriptedWindow*>(owner_window));
         }
         return windows_.canMakeWindows;
     }
@@ -178,7 +183,7 @@ public:
             Close();
         }
     }
-    [[nodiscard]] bool Exists() const override { return handler_ != nullptr; }
+    [[nodiscard]] bool Exists() const override { return events_ != nullptr; }
 
     // ---- The window as a whole
 
@@ -204,7 +209,7 @@ public:
         ControlModel& control = NoteOn("SetText", id, text);
         control.text = text;
         control.selectionStart = control.selectionEnd = 0;
-        handler_->OnTextChange(id);
+        TellText(id);
     }
     [[nodiscard]] std::u16string Text(int id) const override { return At(id).text; }
     void Enable(int id, bool enabled) override { NoteOn("Enable", id, enabled).enabled = enabled; }
@@ -214,7 +219,7 @@ public:
     void ClearSelectedText(int id) override
     {
         EraseSelection(NoteOn("ClearSelectedText", id));
-        handler_->OnTextChange(id);
+        TellText(id);
     }
     void SetCheck(int id, int state) override { NoteOn("SetCheck", id, state).check = state == 0 ? 0 : 1; }
     [[nodiscard]] int Check(int id) const override { return At(id).check; }
@@ -345,9 +350,13 @@ private:
     template <typename... Texts>
     void Note(const Texts&... texts)
     {
-        std::string line = std::to_string(Number()) + ":";
-        ((line += " " + Shown(texts)), ...);
-        windows_.recorder.Note(line);
+        try {
+            std::string line = std::to_string(Number()) + ":";
+            ((line += " " + Shown(texts)), ...);
+            windows_.recorder.Note(line);
+        } catch (const std::bad_alloc&) { // a window can be destroyed without memory
+            return;
+        }
     }
     template <typename... Texts>
     ControlModel& NoteOn(const char* call, int id, const Texts&... texts)
@@ -357,6 +366,12 @@ private:
     }
     [[nodiscard]] const ControlModel& At(int id) const { return controls.contains(id) ? controls.at(id) : missing_; }
 
+    void TellText(int id)
+    {
+        if (Exists()) { // a handler goes on behind a window that has gone
+            events_->OnTextChange(id);
+        }
+    }
     static void EraseSelection(ControlModel& edit)
     {
         edit.text.erase(edit.selectionStart, edit.selectionEnd - edit.selectionStart);
@@ -373,15 +388,15 @@ private:
     }
 
     [[nodiscard]] bool TakesInput(int id) const { return Exists() && inputEnabled && At(id).enabled && At(id).visible; }
-    void Open(IDialogHandler& handler, CScriptedWindow* owner_window)
+    void Open(IDialogEvents& events, CScriptedWindow* owner_window)
     {
-        handler_ = &handler;
+        events_ = &events;
         owner = owner_window;
         for (const auto& [id, kind, x, y, width, height, caption] : template_.controls) {
             controls[id] = {kind, InPixels(x, y, width, height), caption};
         }
         windows_.existing.push_back(this);
-        handler.OnInitDialog();
+        events.OnInitDialog();
         if (focused == 0) {
             MoveFocusByOrder(true);
         }
@@ -389,15 +404,15 @@ private:
     void PlayRun()
     {
         auto& scripts = windows_.scripts[Number()];
-        if (!scripts.empty()) {
+        if (!scripts.empty() && !result_) {
             const auto actions = std::move(scripts.front());
             scripts.pop();
-            for (const UserAction& action : actions) {
+            for (auto action = actions.begin(); action != actions.end() && Exists(); ++action) {
                 ASSERT_FALSE(result_) << "window " << Number() << " ended before its user was done";
-                action(*this);
+                (*action)(*this);
             }
         }
-        if (!result_) {
+        if (!result_ && Exists()) {
             ADD_FAILURE() << "window " << Number() << " is open and its user has nothing more to do";
             result_ = id_cancel;
         }
@@ -405,17 +420,17 @@ private:
     void Close()
     {
         if (Exists()) {
-            handler_->OnDestroy();
-            handler_ = nullptr;
+            events_->OnDestroy();
+            events_ = nullptr;
             std::erase(windows_.existing, this);
         }
     }
 
     CScriptedWindows& windows_;
     const DialogTemplate& template_;
-    IDialogHandler* handler_ = nullptr; // null: no window
-    std::optional<int> result_;         // of a modal run that has ended
-    ControlModel missing_;              // stands for every control that does not exist; nobody looks at it
+    IDialogEvents* events_ = nullptr; // null: no window
+    std::optional<int> result_;       // of a modal run that has ended
+    ControlModel missing_;            // stands for every control that does not exist; nobody looks at it
 };
 
 class CScriptedPanel : public IPanelWindow {

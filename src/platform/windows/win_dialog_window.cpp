@@ -80,14 +80,14 @@ WinDialogWindow* WinDialogWindow::Of(HWND window)
     return nullptr;
 }
 
-bool WinDialogWindow::Create(IDialogHandler& handler, HWND owner)
+bool WinDialogWindow::Create(IDialogEvents& events, HWND owner)
 {
     if (window_ != nullptr) {
         return false;
     }
     const INITCOMMONCONTROLSEX classes{sizeof classes, ICC_BAR_CLASSES | ICC_LISTVIEW_CLASSES};
     InitCommonControlsEx(&classes);
-    handler_ = &handler;
+    events_ = &events;
     owner_ = owner;
     owner_messages_ = WinMessages(owner);
     ended_ = false;
@@ -96,12 +96,12 @@ bool WinDialogWindow::Create(IDialogHandler& handler, HWND owner)
     return window_ != nullptr;
 }
 
-int WinDialogWindow::RunModal(IDialogHandler& handler)
+int WinDialogWindow::RunModal(IDialogEvents& events)
 {
     HWND owner = GetActiveWindow();
     {
         const OthersDisabled disabled(owner);
-        if (!Create(handler, owner)) {
+        if (!Create(events, owner)) {
             return -1;
         }
         if (!ended_) {
@@ -117,10 +117,10 @@ int WinDialogWindow::RunModal(IDialogHandler& handler)
     return result_;
 }
 
-bool WinDialogWindow::CreateModeless(IDialogHandler& handler, IDialogWindow* owner)
+bool WinDialogWindow::CreateModeless(IDialogEvents& events, IDialogWindow* owner)
 {
     const auto* window = static_cast<WinDialogWindow*>(owner); // windows of one front end know each other
-    return Create(handler, window != nullptr ? window->window_ : nullptr);
+    return Create(events, window != nullptr ? window->window_ : nullptr);
 }
 
 int WinDialogWindow::RunLoop()
@@ -166,7 +166,7 @@ bool WinDialogWindow::PreTranslate(MSG& message)
     HWND window = window_;
     try {
         const KeyPress press{static_cast<int>(message.wParam), IsKeyDown(VK_CONTROL), IsKeyDown(VK_SHIFT)};
-        if (message.message == WM_KEYDOWN && handler_->PreTranslateMessage(press)) {
+        if (message.message == WM_KEYDOWN && events_->PreTranslateMessage(press)) {
             return true;
         }
     } catch (...) {
@@ -222,10 +222,10 @@ INT_PTR WinDialogWindow::Handle(UINT message, WPARAM word, LPARAM value)
     case WM_SETCURSOR:
         return HandleSetCursor();
     case WM_PAINT:
-        handler_->OnPaint();
+        events_->OnPaint();
         return FALSE;
     case WM_DESTROY:
-        handler_->OnDestroy();
+        events_->OnDestroy();
         return FALSE;
     case WM_NCDESTROY:
         HandleGone();
@@ -239,7 +239,7 @@ INT_PTR WinDialogWindow::Handle(UINT message, WPARAM word, LPARAM value)
 INT_PTR WinDialogWindow::HandleInit()
 {
     HWND before = GetFocus();
-    handler_->OnInitDialog();
+    events_->OnInitDialog();
     return GetFocus() == before ? TRUE : FALSE;
 }
 
@@ -248,13 +248,13 @@ INT_PTR WinDialogWindow::HandleCommand(WPARAM word)
     const int id = LOWORD(word);
     switch (HIWORD(word)) {
     case BN_CLICKED: // of a tool, too
-        handler_->OnCommand(id);
+        events_->OnCommand(id);
         return TRUE;
     case CBN_SELCHANGE:
-        handler_->OnSelectionChange(id);
+        events_->OnSelectionChange(id);
         return TRUE;
     case EN_CHANGE:
-        handler_->OnTextChange(id);
+        events_->OnTextChange(id);
         return TRUE;
     default:
         return FALSE;
@@ -267,7 +267,7 @@ INT_PTR WinDialogWindow::HandleNotify(const NMHDR& notice)
         return FALSE;
     }
     auto& request = const_cast<NMTTDISPINFOW&>(reinterpret_cast<const NMTTDISPINFOW&>(notice));
-    tip_text_ = WideText(handler_->ToolTipText(static_cast<int>(notice.idFrom)));
+    tip_text_ = WideText(events_->ToolTipText(static_cast<int>(notice.idFrom)));
     request.lpszText = tip_text_.data();
     return TRUE;
 }

@@ -22,8 +22,8 @@ public:
     // A message on its way to a window of this dialog. True: used up. The dialog may be gone afterwards.
     bool PreTranslate(MSG& message);
 
-    int RunModal(IDialogHandler& handler) override;
-    bool CreateModeless(IDialogHandler& handler, IDialogWindow* owner) override;
+    int RunModal(IDialogEvents& events) override;
+    bool CreateModeless(IDialogEvents& events, IDialogWindow* owner) override;
     void EndModal(int result) override;
     void Destroy() override;
     [[nodiscard]] bool Exists() const override { return window_ != nullptr; }
@@ -86,7 +86,7 @@ public:
 private:
     static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM word, LPARAM value) noexcept;
 
-    bool Create(IDialogHandler& handler, HWND owner);
+    bool Create(IDialogEvents& events, HWND owner);
     int RunLoop();
     INT_PTR Handle(UINT message, WPARAM word, LPARAM value);
     INT_PTR HandleInit();
@@ -106,7 +106,7 @@ private:
     HWND window_ = nullptr;
     HWND owner_ = nullptr;
     HWND toolbar_ = nullptr;
-    IDialogHandler* handler_ = nullptr;
+    IDialogEvents* events_ = nullptr;
     WinMessages owner_messages_{nullptr};
     bool ended_ = false;
     int result_ = -1;

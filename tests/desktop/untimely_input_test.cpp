@@ -1,0 +1,242 @@
+// Input that waits at a real X server while the selection dialog is busy, and that comes when it has gone on: the
+// whole table, with real keys and a real pointer. Runs under under_x_server.
+
+#include "desktop/hosted_control_factory.h"
+#include "desktop/qt_dialog_windows.h"
+#include "resources/resource_ids.h"
+#include "selection/partkeep_read_dlg.h"
+#include "settings/process_values.h"
+#include "tests/desktop/played_user.h"
+#include "tests/desktop/x_close.h"
+#include "tests/support/scripted_control.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/untimely_input.h"
+
+#include <gtest/gtest.h>
+
+#include <QAbstractNativeEventFilter>
+#include <QApplication>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <QTreeWidget>
+
+#include <cstdlib>
+#include <utility>
+
+namespace partkeep {
+namespace {
+
+constexpr int shift_key = 50; // what it does to nobody tells that all keys before it have come
+
+class CBrowserWidget : public QWidget {
+public:
+    CBrowserWidget(ControlScript& script, QWidget* parent) : QWidget(parent), script_(script)
+    {
+        setFocusPolicy(Qt::StrongFocus);
+    }
+
+protected:
+    void mousePressEvent(QMouseEvent*) override { script_.FireClick(); }
+
+private:
+    ControlScript& script_;
+};
+
+class CScriptedFactory : public IQtControlFactory {
+public:
+    explicit CScriptedFactory(ControlScript& script) : script_(script) {}
+    [[nodiscard]] std::unique_ptr<IHostedControl> Create(const ClassId&, QWidget* parent, QWidget*& widget) override
+    {
+        widget = new CBrowserWidget(script_, parent);
+        return script_.MakeControl();
+    }
+
+private:
+    ControlScript& script_;
+};
+
+class UntimelyInput : public ::testing::Test, public QAbstractNativeEventFilter {
+protected:
+    UntimelyInput()
+    {
+        std::filesystem::create_directories(folder.Path("Work"));
+        std::filesystem::create_directories(folder.Path("Install"));
+        TheProcessValues() = {folder.Core(u"Work") + u"\\", 1};
+        browser.currentServer = u"SRV1";
+        browser.currentFolder = u"F";
+        browser.On(BrowserOperation::SetCurrentServer, ControlResult());
+        browser.On(BrowserOperation::SetCurrentFolder, ControlResult());
+        browser.filesByKind = {{24, {u".iga"}}};
+        for (const char16_t* name : {u"A", u"B", u"C"}) {
+            browser.list.push_back({name, u"SRV1", u"F", 15000, u"", u"", u"", true});
+        }
+        qApp->installNativeEventFilter(this);
+    }
+
+    bool nativeEventFilter(const QByteArray&, void* message, qintptr*) override
+    {
+        constexpr int key_press = 2;
+        const auto* bytes = static_cast<const std::uint8_t*>(message);
+        all_came = all_came || ((bytes[0] & 0x7F) == key_press && bytes[1] == shift_key);
+        return false;
+    }
+
+    static void Xdotool(const std::string& words) { ASSERT_EQ(std::system(("xdotool " + words).c_str()), 0) << words; }
+    static std::string PointedAt(int number, int id, const char* clicks = "click 1 ")
+    {
+        QWidget* widget = ControlOf(number, id);
+        const QPoint place = widget == nullptr ? QPoint() : widget->mapToGlobal(widget->rect().center());
+        return "mousemove " + std::to_string(place.x()) + " " + std::to_string(place.y()) + " " + clicks;
+    }
+    static std::string Words(Input input)
+    {
+        switch (input) {
+        case Input::Enter:
+            return "key Return ";
+        case Input::Escape:
+            return "key Escape ";
+        case Input::SelectAll:
+            return "key ctrl+a ";
+        case Input::DoubleClickOnOk:
+            return PointedAt(RES_SELECTION_DIALOG, RES_LOAD, "click 1 click 1 ");
+        case Input::Cancel:
+            return PointedAt(RES_SELECTION_DIALOG, id_cancel);
+        case Input::Add:
+            return PointedAt(RES_SELECTION_DIALOG, RES_ADD);
+        case Input::Remove:
+            return PointedAt(RES_SELECTED_PARTS_DIALOG, RES_REMOVE);
+        case Input::LaserTool:
+            return PointedAt(RES_SELECTION_DIALOG, RES_FILTER_LASER);
+        case Input::Click:
+            return PointedAt(RES_SELECTION_DIALOG, RES_BROWSER);
+        case Input::CloseBox:
+            break;
+        }
+        return "";
+    }
+    // While the thread is busy here nothing of it is dispatched.
+    void SendPair()
+    {
+        if (std::exchange(sent, true)) {
+            return;
+        }
+        std::string words;
+        for (const Input input : {first, second}) {
+            words += Words(input);
+            if (input == Input::CloseBox) {
+                words.empty() ? void() : Xdotool(std::exchange(words, ""));
+                AskToClose(WindowOf(RES_SELECTION_DIALOG)->winId());
+            }
+        }
+        Xdotool(words + "key Shift_L");
+    }
+
+    // One turn of the one who works the dialog, in whatever loop runs.
+    void Turn()
+    {
+        QWidget* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        QWidget* keypad = WindowOf(RES_QUANTITY_KEYPAD);
+        if (step == Step::Open && ControlOf(RES_SELECTION_DIALOG, RES_ADD) != nullptr) {
+            step = Step::List;
+            browser.selection = {browser.list[0]};
+            PressLater(ControlOf(RES_SELECTION_DIALOG, RES_ADD));
+        } else if (step == Step::List && WindowOf(RES_SELECTED_PARTS_DIALOG) != nullptr) {
+            step = Step::Busy;
+            MakeBusy();
+        } else if (step == Step::Busy && !sent) {
+            if (busy == Busy::Keypad && keypad != nullptr && keypad->isActiveWindow()) {
+                static_cast<QLineEdit*>(ControlOf(RES_QUANTITY_KEYPAD, RES_QUANTITY))->setText("7");
+                SendPair();
+            } else if (busy == Busy::Message && box != nullptr && box->isActiveWindow()) {
+                SendPair();
+            }
+        } else if (sent && all_came && ++quiet_turns > 2) {
+            quiet_turns = 0;
+            PressLater(box != nullptr      ? box->findChild<QPushButton*>()
+                       : keypad != nullptr ? ControlOf(RES_QUANTITY_KEYPAD, RES_OK)
+                                           : ControlOf(RES_SELECTION_DIALOG, RES_LOAD));
+        }
+    }
+    void MakeBusy()
+    {
+        static_cast<QTreeWidget*>(ControlOf(RES_SELECTED_PARTS_DIALOG, RES_PART_LIST))
+            ->topLevelItem(0)
+            ->setSelected(true);
+        browser.selection = {browser.list[busy == Busy::Message ? 0 : 1]};
+        static_cast<QAbstractButton*>(ControlOf(RES_SELECTION_DIALOG, RES_ASK_QUANTITY))
+            ->setChecked(busy == Busy::Keypad);
+        const std::string call = busy == Busy::Click ? "ReadPartAttributes" : "CopyPartFiles";
+        browser.onCall = [this, call] {
+            const bool here = busy != Busy::Keypad && busy != Busy::Message && recorder.lines.back().starts_with(call);
+            here ? SendPair() : void();
+        };
+        if (busy == Busy::Click) {
+            browser.FireClick();
+        } else {
+            PressLater(ControlOf(RES_SELECTION_DIALOG, busy == Busy::Load ? RES_LOAD : RES_ADD));
+        }
+    }
+    static void PressLater(QWidget* button) // not inside a turn, which would wait for what it opens
+    {
+        if (button != nullptr) {
+            QMetaObject::invokeMethod(button, "click", Qt::QueuedConnection);
+        }
+    }
+
+    std::string Outcome()
+    {
+        step = Step::Open;
+        sent = all_came = false;
+        quiet_turns = 0;
+        recorder.lines.clear();
+        browser.onCall = nullptr;
+        std::filesystem::remove(folder.Path("Install/ZanPartkeepConfig.xml"));
+        CScriptedFactory factory(browser);
+        CQtDialogWindows windows(&factory);
+        CPartkeepReadDlg dialog(windows);
+        dialog.installFolder = folder.Core(u"Install");
+        dialog.workingFolder = TheProcessValues().workingFolder;
+        dialog.multiSelection = true;
+        QTimer turns;
+        QObject::connect(&turns, &QTimer::timeout, &turns, [this] { Turn(); });
+        turns.start(5);
+        if (dialog.DoModal() != id_ok) {
+            return "cancel";
+        }
+        std::string outcome = "ok ";
+        for (const PartRecord& part : dialog.resultParts) {
+            outcome += NarrowText(part.PartName);
+        }
+        const std::string options = ReadBytes(folder.Path("Install/ZanPartkeepConfig.xml"));
+        return outcome + " " + options.at(options.find("<FilterState>") + 13);
+    }
+
+    enum class Step { Open, List, Busy };
+
+    CTemporaryFolder folder;
+    Recorder recorder;
+    ControlScript browser{recorder};
+    Busy busy = Busy::Load;
+    Input first = Input::Enter;
+    Input second = Input::Enter;
+    Step step = Step::Open;
+    bool sent = false;
+    bool all_came = false;
+    int quiet_turns = 0;
+};
+
+TEST_F(UntimelyInput, HasItsOneOutcomeOnARealScreen)
+{
+    for (int row = 0; row < busy_count * input_count * input_count; ++row) {
+        busy = static_cast<Busy>(row / input_count / input_count);
+        first = static_cast<Input>(row / input_count % input_count);
+        second = static_cast<Input>(row % input_count);
+        const std::string label = UntimelyRow(busy, first, second);
+        EXPECT_EQ(Outcome(), CUntimelyRun::Outcome(busy, first, second)) << label;
+    }
+}
+
+} // namespace
+} // namespace partkeep

@@ -1,0 +1,251 @@
+// Events that come when nobody expects them, and what fails in the middle of them: on the model of the windows, where
+// anything may come at any moment.
+
+#include "selection/event_guards.h"
+#include "tests/selection/selection_run.h"
+#include "tests/support/untimely_input.h"
+
+#include <cstdlib>
+#include <deque>
+#include <new>
+#include <regex>
+
+namespace {
+
+// Allocations of this program until one fails; none does for 0.
+std::size_t allocations_left = 0;
+bool fails_for_good = false;
+bool one_failed = false;
+
+} // namespace
+
+void* operator new(std::size_t size)
+{
+    if (allocations_left > 0 && --allocations_left == 0) {
+        allocations_left = fails_for_good ? 1 : 0;
+        one_failed = true;
+        throw std::bad_alloc();
+    }
+    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+namespace partkeep {
+namespace {
+
+constexpr KeyPress enter_key{key_return, false, false};
+
+class EventDoor : public SelectionRun {
+protected:
+    // To the window that has the keys, whatever lies over it.
+    void Give(CScriptedWindow& window, Input input)
+    {
+        if (!window.Exists()) {
+            return;
+        }
+        CScriptedWindow* keypad = windows.Find(RES_QUANTITY_KEYPAD);
+        CScriptedWindow& keys = keypad != nullptr ? *keypad : window;
+        switch (input) {
+        case Input::Enter:
+            return keys.PressKey(enter_key);
+        case Input::Escape:
+            return keys.PressKey({key_escape, false, false});
+        case Input::SelectAll:
+            return keys.PressKey({key_a, true, false});
+        case Input::DoubleClickOnOk:
+            window.Events().OnCommand(RES_LOAD);
+            return window.Events().OnCommand(RES_LOAD);
+        case Input::Cancel:
+        case Input::CloseBox:
+            return window.Events().OnCommand(id_cancel);
+        case Input::Add:
+            return window.Events().OnCommand(RES_ADD);
+        case Input::Remove:
+            if (CScriptedWindow* list = windows.Find(RES_SELECTED_PARTS_DIALOG)) { // gone after a cancel
+                list->Events().OnCommand(RES_REMOVE);
+            }
+            return;
+        case Input::LaserTool:
+            return window.Events().OnCommand(RES_FILTER_LASER);
+        case Input::Click:
+            return browser.FireClick();
+        }
+    }
+    void GiveAll(CScriptedWindow& window)
+    {
+        while (!pending.empty() && window.Exists()) {
+            const Input input = pending.front();
+            pending.pop_front();
+            Give(window, input);
+        }
+    }
+
+    // `pumped`: the control hands the input on while it is asked; else it waits for the dialog's own loop, and for
+    // that of a message.
+    std::string OutcomeOf(Busy busy, bool pumped, CScriptedWindow& window)
+    {
+        Select("A");
+        Give(window, Input::Add);
+        windows.Find(RES_SELECTED_PARTS_DIALOG)->SelectRows(RES_PART_LIST, {0});
+        Select(busy == Busy::Message ? "A" : "B");
+        const auto selection = browser.selection;
+        Select("A B C");
+        browser.selection = selection;
+        windows.messages.whileOpen = [&] { GiveAll(window); };
+        browser.onCall = [&] {
+            pumped&& recorder.lines.back().starts_with(busy == Busy::Click ? "ReadPart" : "Copy") ? GiveAll(window)
+                                                                                                  : void();
+        };
+        window.controls[RES_ASK_QUANTITY].check = busy == Busy::Keypad ? 1 : 0;
+        windows.Play(RES_QUANTITY_KEYPAD, {[&](CScriptedWindow& keypad) {
+                         keypad.TypeText(RES_QUANTITY, u"7");
+                         GiveAll(window);
+                         keypad.Ended() ? void() : keypad.PressKey(enter_key);
+                     }});
+        Give(window, busy == Busy::Load ? Input::Enter : busy == Busy::Click ? Input::Click : Input::Add);
+        GiveAll(window);
+        window.controls[RES_ASK_QUANTITY].check = 0;
+        if (!window.Ended()) {
+            Give(window, Input::Enter);
+        }
+        return {};
+    }
+
+    // A run that comes by every browser call and every handler.
+    std::vector<UserAction> WholeRun()
+    {
+        return {[this](CScriptedWindow& window) {
+            Select("A B");
+            browser.FireClick();
+            window.controls[RES_ASK_QUANTITY].check = 1;
+            Type(u"5");
+            Give(window, Input::Add);
+            if (CScriptedWindow* list = windows.Find(RES_SELECTED_PARTS_DIALOG)) {
+                list->SelectRows(RES_PART_LIST, {1});
+                Type(u"6");
+                list->Events().OnCommand(RES_CHANGE_QUANTITY);
+            }
+            Select("C");
+            Type(u"7");
+            Give(window, Input::Enter);
+            window.Ended() ? void() : Give(window, Input::Cancel);
+        }};
+    }
+    // Whatever came in between: nothing is left over, and no settings file is half an old and half a new one.
+    void CheckWhatIsLeft(int result)
+    {
+        EXPECT_TRUE(windows.existing.empty());
+        EXPECT_EQ(browser.controls + picture.controls, 0);
+        dialog.reset();
+        EXPECT_EQ(RoomForBlocks(), room);
+        const std::string servers = ReadBytes(folder.Path("Install/kpdservers.ini"));
+        const std::regex whole(R"((SRV1|OLD|-9999)\r\n(X|A\\B)\r\n(inch|metric)\r\n(OLD\r\n)?-9999\r\n0\r\n)");
+        EXPECT_TRUE(servers == old_servers || std::regex_match(servers, whole)) << servers;
+        const std::string options = ReadBytes(folder.Path("Install/ZanPartkeepConfig.xml"));
+        EXPECT_TRUE(options == old_options || (result == id_ok && options.find(">true</") != std::string::npos));
+    }
+    int RunWhole(std::size_t failing_allocation = 0)
+    {
+        WriteBytes(folder.Path("Install/kpdservers.ini"), old_servers);
+        WriteBytes(folder.Path("Install/ZanPartkeepConfig.xml"), old_options);
+        windows.scripts.clear();
+        recorder.lines.clear();
+        browser.images = {{"2D", "x"}, {"3D", "y"}, {"PNG", "z"}};
+        int result = id_cancel;
+        try {
+            auto actions = WholeRun();
+            allocations_left = failing_allocation;
+            result = Run(std::move(actions));
+        } catch (const std::bad_alloc&) { // of the windows themselves: the host object's to take
+        }
+        allocations_left = 0;
+        browser.onCall = nullptr;
+        return result;
+    }
+
+    std::deque<Input> pending;
+    const std::size_t room = RoomForBlocks();
+    const std::string old_servers = "OLD\r\nX\r\ninch\r\nOLD\r\n-9999\r\n0\r\n";
+    const std::string old_options = "<?xml version=\"1.0\"?><R/>";
+};
+
+TEST_F(EventDoor, UntimelyInputHasItsOneOutcome)
+{
+    for (int row = 0; row < busy_count * input_count * input_count * 2; ++row) {
+        const auto busy = static_cast<Busy>(row / 2 / input_count / input_count);
+        const auto first = static_cast<Input>(row / 2 / input_count % input_count);
+        const auto second = static_cast<Input>(row / 2 % input_count);
+        SCOPED_TRACE(UntimelyRow(busy, first, second) + (row % 2 == 0 ? "" : ", pumped"));
+        std::filesystem::remove(folder.Path("Install/ZanPartkeepConfig.xml"));
+        windows.scripts.clear();
+        pending = {first, second};
+        const int result = Run({[&](CScriptedWindow& window) { OutcomeOf(busy, row % 2 != 0, window); }});
+        browser.onCall = nullptr;
+        windows.messages.whileOpen = nullptr;
+        std::string outcome = "cancel";
+        if (result == id_ok) {
+            outcome = "ok ";
+            for (const PartRecord& part : dialog->resultParts) {
+                outcome += NarrowText(part.PartName);
+            }
+            const std::string options = ReadBytes(folder.Path("Install/ZanPartkeepConfig.xml"));
+            outcome += std::string(" ") + options.at(options.find("<FilterState>") + 13);
+        }
+        EXPECT_EQ(outcome, CUntimelyRun::Outcome(busy, first, second));
+        ASSERT_FALSE(HasFailure());
+    }
+}
+
+TEST_F(EventDoor, AnyEventInsideAnyCallLeavesTheRunWhole)
+{
+    ASSERT_EQ(RunWhole(), id_ok);
+    const auto calls = std::ranges::count_if(recorder.lines, [](const auto& line) { return line.ends_with(")"); });
+    const std::pair<const char*, std::function<void(CScriptedWindow&)>> events[] = {
+        {"click", [this](CScriptedWindow&) { browser.FireClick(); }},
+        {"cancel", [](CScriptedWindow& window) { window.Events().OnCommand(id_cancel); }},
+        {"paint", [](CScriptedWindow& window) { window.Paint(); }},
+        {"destroy", [](CScriptedWindow& window) { window.Destroy(); }},
+        {"failure", [](CScriptedWindow&) { throw std::bad_alloc(); }},
+    };
+    for (const auto& [name, event] : events) {
+        for (std::ptrdiff_t at = 1; at <= calls; ++at) {
+            SCOPED_TRACE(name + std::string(" at call ") + std::to_string(at));
+            std::ptrdiff_t call = 0;
+            int inside = 0;
+            browser.onCall = [&, &event = event] {
+                EXPECT_TRUE(++inside == 1 || name == std::string("destroy")) << "a call inside a call";
+                CScriptedWindow* window = windows.Find(RES_SELECTION_DIALOG);
+                const CLastly left([&] { --inside; });
+                ++call == at&& window != nullptr ? event(*window) : void();
+            };
+            CheckWhatIsLeft(RunWhole());
+            ASSERT_FALSE(HasFailure());
+        }
+    }
+}
+
+TEST_F(EventDoor, AnyAllocationMayFailOnceAndForGood)
+{
+    for (const bool for_good : {false, true}) {
+        fails_for_good = for_good;
+        one_failed = true;
+        for (std::size_t at = 1; std::exchange(one_failed, false); at += 1 + at / 50) {
+            SCOPED_TRACE((for_good ? "for good from " : "once at ") + std::to_string(at));
+            CheckWhatIsLeft(RunWhole(at));
+            ASSERT_FALSE(HasFailure());
+        }
+    }
+}
+
+} // namespace
+} // namespace partkeep

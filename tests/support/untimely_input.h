@@ -1,0 +1,110 @@
+// Input that comes while the selection dialog is busy, and what must become of it: one table for the model of the
+// windows and for both front ends. In each run part A is listed and its row selected, B is selected in the browser
+// (A again, where a message is to tell that it is listed), the dialog is made busy, and two inputs come at once.
+// Then what is still open is answered by Enter, last of all the dialog itself.
+#pragma once
+
+#include <string>
+
+namespace partkeep {
+
+enum class Busy { Load, Add, Click, Keypad, Message };
+enum class Input { Enter, Escape, DoubleClickOnOk, Cancel, CloseBox, Add, Remove, LaserTool, Click, SelectAll };
+
+inline constexpr const char* busy_names[] = {"Load", "Add", "click", "keypad", "message"};
+inline constexpr const char* input_names[] = {"Enter", "Escape", "double click on OK", "Cancel", "close box",
+                                              "Add",   "Remove", "LASER tool",         "click",  "Ctrl+A"};
+[[nodiscard]] inline std::string UntimelyRow(Busy busy, Input first, Input second)
+{
+    return std::string(busy_names[static_cast<int>(busy)]) + ": " + input_names[static_cast<int>(first)] + ", " +
+           input_names[static_cast<int>(second)];
+}
+inline constexpr int busy_count = 5;
+inline constexpr int input_count = 10;
+
+// Follows the dialog by letters of parts.
+class CUntimelyRun {
+public:
+    // "cancel", or "ok", the parts that the host gets and the filter that is saved, such as "ok AB 0".
+    static std::string Outcome(Busy busy, Input first, Input second)
+    {
+        CUntimelyRun run(busy);
+        run.Take(first);
+        run.Take(second);
+        if (run.over_ != Over::Nothing && run.over_ != Over::Closing) {
+            run.Answer(true);
+        }
+        return run.end_.empty() ? run.Loaded() : run.end_;
+    }
+
+private:
+    enum class Over { Nothing, Keypad, Message, Closing }; // a window that closes takes what waits along
+
+    explicit CUntimelyRun(Busy busy)
+    {
+        if (busy == Busy::Load) {
+            end_ = Loaded();
+        } else if (busy == Busy::Add) {
+            Add();
+        } else if (busy != Busy::Click) {
+            over_ = busy == Busy::Keypad ? Over::Keypad : Over::Message;
+        }
+        selected_ = busy == Busy::Message ? "A" : selected_;
+    }
+
+    void Take(Input input)
+    {
+        const bool answer = input == Input::Enter || input == Input::Escape;
+        if (!end_.empty() || over_ != Over::Nothing) {
+            if (answer && end_.empty() && over_ != Over::Closing) {
+                Answer(input == Input::Enter);
+            }
+            return;
+        }
+        if (input == Input::Enter || input == Input::DoubleClickOnOk) {
+            end_ = Loaded();
+        } else if (input == Input::Escape || input == Input::Cancel || input == Input::CloseBox) {
+            end_ = "cancel";
+        } else if (input == Input::Add) {
+            selected_.empty() ? void(over_ = Over::Message) : Add();
+        } else if (input == Input::Remove) {
+            listed_.erase(0, row_selected_ ? 1 : 0);
+            row_selected_ = false;
+        } else if (input == Input::LaserTool) {
+            filter_ = "2";
+        } else if (input == Input::SelectAll) {
+            selected_ = "ABC";
+        }
+    }
+    void Answer(bool accept)
+    {
+        if (over_ == Over::Keypad && accept) {
+            Add();
+        }
+        selected_.clear();
+        over_ = Over::Closing;
+    }
+    void Add()
+    {
+        listed_ = Listed();
+        selected_.clear();
+    }
+    [[nodiscard]] std::string Listed() const
+    {
+        std::string all = listed_;
+        for (const char part : selected_) {
+            all += all.find(part) == std::string::npos ? std::string(1, part) : "";
+        }
+        return all;
+    }
+    [[nodiscard]] std::string Loaded() const { return "ok " + Listed() + " " + filter_; }
+
+    std::string listed_ = "A";
+    std::string selected_ = "B";
+    std::string filter_ = "0";
+    bool row_selected_ = true;
+    Over over_ = Over::Nothing;
+    std::string end_;
+};
+
+} // namespace partkeep
