@@ -8,6 +8,7 @@
 #include "partdata/part_record.h"
 #include "partdata/staging.h"
 #include "platform/dialog_window.h"
+#include "platform/files.h"
 #include "selection/preview_images.h"
 #include "selection/selected_parts_dlg.h"
 #include "settings/local_strings.h"
@@ -91,7 +92,8 @@ private:
     ServerListState state_;       // currentServer, lastFolder, displayUnit, serverTable, viewState
     std::u16string lookupFolder_; // the browser's folder at the last look-up
     MachineFilterState filter_;   // FilterState, dataKind
-    StagingFolders folders_;      // previewFolder, unpackFolder
+    OldFile options_file_ = OldFile::Dropped;
+    StagingFolders folders_; // previewFolder, unpackFolder
     std::u16string partNameText_;
     std::u16string commentText_;
     IconHandle dialogIcon_ = nullptr;
