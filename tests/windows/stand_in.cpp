@@ -98,6 +98,9 @@ public:
         if (stand_in->fireInsideCalls) {
             Fire(DISPID_CLICK);
         }
+        if (stand_in->pumpInsideCalls) {
+            StandIn::Pump();
+        }
         std::vector<ControlArgument> arguments;
         for (UINT left = parameters->cArgs; left > 0; --left) {
             arguments.push_back(ArgumentOf(parameters->rgvarg[left - 1]));
@@ -308,6 +311,15 @@ void StandIn::Offer(Kind kind)
 void StandIn::Withdraw(Kind kind)
 {
     CoRevokeClassObject(std::exchange(offered[kind], 0));
+}
+
+void StandIn::Pump()
+{
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
 }
 
 void StandIn::Fire(long dispatch_id) const

@@ -5,7 +5,9 @@
 #include "platform/windows/dispatch_call.h"
 #include "platform/windows/site_window.h"
 
+#include <algorithm>
 #include <cstring>
+#include <vector>
 
 namespace partkeep {
 
@@ -62,16 +64,48 @@ private:
     IID source_;
 };
 
-// One more call runs for as long as this lives.
-class RunningCall {
+// The events that a control fires while it is called. They must outlast the call: a control that pumps messages in it
+// would dispatch whatever was posted at once.
+class KeptEvents {
 public:
-    explicit RunningCall(int& count) : count_(count) { ++count_; }
-    ~RunningCall() { --count_; }
-    RunningCall(const RunningCall&) = delete;
-    RunningCall& operator=(const RunningCall&) = delete;
+    // One more call runs for as long as this lives. Behind the outermost one the events are on their way again.
+    class Call {
+    public:
+        Call(KeptEvents& events, const HWND& window) : events_(events), window_(window) { ++events_.calls_; }
+        ~Call()
+        {
+            if (--events_.calls_ == 0) {
+                events_.PostTo(window_);
+            }
+        }
+        Call(const Call&) = delete;
+        Call& operator=(const Call&) = delete;
+
+    private:
+        KeptEvents& events_;
+        const HWND& window_; // null by then where the control is closed in the call
+    };
+
+    // False when no call runs. Several of a kind become one.
+    bool Keep(std::int32_t event)
+    {
+        if (calls_ > 0 && std::ranges::find(events_, event) == events_.end()) {
+            events_.push_back(event);
+        }
+        return calls_ > 0;
+    }
 
 private:
-    int& count_;
+    void PostTo(HWND window)
+    {
+        for (const std::int32_t event : events_) {
+            PostLateEvent(window, event);
+        }
+        events_.clear();
+    }
+
+    std::vector<std::int32_t> events_;
+    int calls_ = 0;
 };
 
 class HostedContent final : public SiteContent {
@@ -80,14 +114,13 @@ public:
     ~HostedContent() override { Close(); }
 
     bool Create(const ControlOrder& order);
-    void OnEvent(std::int32_t dispatch_id);
 
     ControlResult Invoke(std::int32_t dispatch_id, InvokeKind kind, std::span<const ControlArgument> arguments,
                          ControlType result) override;
     void SetEventSink(std::function<void(std::int32_t)> sink) override { listener_ = std::move(sink); }
     void OnSize(const RECT& client) override;
     void OnFocus() override;
-    void OnLateEvent(std::int32_t dispatch_id) override;
+    void OnEvent(std::int32_t dispatch_id) override;
     void OnDestroy() override { Close(); }
     bool TranslateKey(MSG& message) override;
 
@@ -104,7 +137,7 @@ private:
     ComPtr<EventSink> sink_;
     DWORD connection_ = 0;
     bool ole_started_ = false;
-    int calls_running_ = 0;
+    KeptEvents kept_;
     std::function<void(std::int32_t)> listener_;
 };
 
@@ -248,24 +281,19 @@ ControlResult HostedContent::Invoke(std::int32_t dispatch_id, InvokeKind kind,
     if (!control) {
         return {};
     }
-    const RunningCall running(calls_running_);
+    const KeptEvents::Call running(kept_, window_);
     return CallDispatch(*control.Get(), dispatch_id, kind, arguments, result);
 }
 
-// The caller of an operation is never called back from within it, so what a control fires there comes later.
+// The caller of an operation is never called back from within it, so what a control fires there comes later, and
+// what comes late during another call waits for that one too. What the listener throws must not reach the control,
+// which knows nothing of it.
 void HostedContent::OnEvent(std::int32_t dispatch_id)
 {
-    if (calls_running_ > 0) {
-        PostLateEvent(window_, dispatch_id);
-    } else {
-        OnLateEvent(dispatch_id);
-    }
-}
-
-// What the listener throws must not reach the control, which knows nothing of it.
-void HostedContent::OnLateEvent(std::int32_t dispatch_id)
-{
     try {
+        if (kept_.Keep(dispatch_id)) {
+            return;
+        }
         if (const auto listener = listener_; listener) {
             listener(dispatch_id);
         }
