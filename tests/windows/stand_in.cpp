@@ -92,6 +92,18 @@ public:
         }
     }
 
+    VARIANT Ambient(DISPID property) const
+    {
+        VARIANT value;
+        VariantInit(&value);
+        DISPPARAMS none{};
+        ComPtr<IDispatch> container;
+        if (SUCCEEDED(site_->QueryInterface(IID_IDispatch, container.PutVoid()))) {
+            container->Invoke(property, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &value, nullptr, nullptr);
+        }
+        return value;
+    }
+
     HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                                      EXCEPINFO*, UINT*) override
     {
@@ -311,6 +323,11 @@ void StandIn::Offer(Kind kind)
 void StandIn::Withdraw(Kind kind)
 {
     CoRevokeClassObject(std::exchange(offered[kind], 0));
+}
+
+VARIANT StandIn::Ambient(DISPID property) const
+{
+    return live_browser->Ambient(property);
 }
 
 void StandIn::Pump()

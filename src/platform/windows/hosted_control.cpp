@@ -2,6 +2,7 @@
 
 #include "platform/windows/com_ptr.h"
 #include "platform/windows/control_site.h"
+#include "platform/windows/dialog_scale.h"
 #include "platform/windows/dispatch_call.h"
 #include "platform/windows/site_window.h"
 
@@ -174,13 +175,11 @@ IID SourceInterface(IUnknown& control, IConnectionPointContainer& container)
     return source;
 }
 
-void SetExtentOf(IOleObject& object, const std::optional<SIZE>& extent, const RECT& client)
+void SetExtentOf(HWND window, IOleObject& object, const std::optional<SIZE>& extent, const RECT& client)
 {
     constexpr int units_per_inch = 2540;
-    HDC screen = GetDC(nullptr);
-    SIZEL size{MulDiv(client.right, units_per_inch, GetDeviceCaps(screen, LOGPIXELSX)),
-               MulDiv(client.bottom, units_per_inch, GetDeviceCaps(screen, LOGPIXELSY))};
-    ReleaseDC(nullptr, screen);
+    const int dpi = DpiOf(window);
+    SIZEL size{MulDiv(client.right, units_per_inch, dpi), MulDiv(client.bottom, units_per_inch, dpi)};
     if (extent) {
         size = {extent->cx, extent->cy};
     }
@@ -222,7 +221,7 @@ bool HostedContent::Activate(const ControlOrder& order)
     if (!site_first) {
         object_->SetClientSite(site_.Get());
     }
-    SetExtentOf(*object_.Get(), order.extent, client);
+    SetExtentOf(window_, *object_.Get(), order.extent, client);
     const HRESULT active = object_->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, site_.Get(), 0, window_, &client);
     if (!order.visible) {
         object_->DoVerb(OLEIVERB_HIDE, nullptr, site_.Get(), 0, window_, &client);
@@ -306,7 +305,7 @@ void HostedContent::OnSize(const RECT& client)
 {
     ComPtr<IOleInPlaceObject> in_place;
     if (object_ && SUCCEEDED(object_->QueryInterface(IID_IOleInPlaceObject, in_place.PutVoid()))) {
-        SetExtentOf(*object_.Get(), std::nullopt, client);
+        SetExtentOf(window_, *object_.Get(), std::nullopt, client);
         in_place->SetObjectRects(&client, &client);
     }
 }
