@@ -99,7 +99,7 @@ void CPartkeepReadDlg::SetCaptions()
 void CPartkeepReadDlg::ReadOptions()
 {
     std::int16_t prompt = 0;
-    ReadOptionsFile(OptionsFilePath(), prompt, filter_.FilterState);
+    options_file_ = ReadOptionsFile(OptionsFilePath(), prompt, filter_.FilterState);
     if (const MachineFilter* filter = FindFilterByState(filter_.FilterState)) {
         filter_.dataKind = filter->dataKind;
     }

@@ -7,6 +7,7 @@
 #include "partdata/part_lookup.h"
 #include "partdata/part_record.h"
 #include "partdata/staging.h"
+#include "platform/files.h"
 #include "selection/event_door.h"
 #include "selection/preview_images.h"
 #include "selection/selected_parts_dlg.h"
@@ -98,7 +99,8 @@ private:
     ServerListState state_;       // currentServer, lastFolder, displayUnit, serverTable, viewState
     std::u16string lookupFolder_; // the browser's folder at the last look-up
     MachineFilterState filter_;   // FilterState, dataKind
-    StagingFolders folders_;      // previewFolder, unpackFolder
+    OldFile options_file_ = OldFile::Dropped;
+    StagingFolders folders_; // previewFolder, unpackFolder
     std::u16string partNameText_;
     std::u16string commentText_;
     IconHandle dialogIcon_ = nullptr;

@@ -32,26 +32,25 @@ void ReadLeaf(const CXmlElement& leaf, std::int16_t& quantity_prompt, std::int16
 
 } // namespace
 
-void ReadOptionsFile(std::u16string_view path, std::int16_t& quantity_prompt, std::int16_t& filter_state)
+OldFile ReadOptionsFile(std::u16string_view path, std::int16_t& quantity_prompt, std::int16_t& filter_state)
 {
-    if (!PathExists(path)) {
-        return;
-    }
-    auto text = ReadTextFile(path);
+    bool in_trouble = false;
+    auto text = ReadTextFile(path, &in_trouble);
     if (!text) {
-        return;
+        return in_trouble ? OldFile::Kept : OldFile::Dropped;
     }
     std::istringstream stream(std::move(*text));
     CXmlDocument document;
-    if (!ReadXml(stream, document)) {
-        return;
+    if (ReadXml(stream, document)) {
+        for (CXmlIterator leaf = document.Begin(); leaf != document.End(); ++leaf) {
+            ReadLeaf(*leaf, quantity_prompt, filter_state);
+        }
     }
-    for (CXmlIterator leaf = document.Begin(); leaf != document.End(); ++leaf) {
-        ReadLeaf(*leaf, quantity_prompt, filter_state);
-    }
+    return OldFile::Dropped;
 }
 
-void WriteOptionsFile(std::u16string_view path, std::int16_t quantity_prompt, std::int16_t filter_state)
+void WriteOptionsFile(std::u16string_view path, std::int16_t quantity_prompt, std::int16_t filter_state,
+                      OldFile old_file)
 {
     CXmlElement root(root_name, utf8_code_page);
     const bool complete = !root.AddChild(prompt_name, quantity_prompt != 0).IsEmpty() &&
@@ -60,7 +59,7 @@ void WriteOptionsFile(std::u16string_view path, std::int16_t quantity_prompt, st
     document = root;
     std::ostringstream stream;
     if (complete && WriteXml(stream, document) && stream.good()) {
-        ReplaceTextFile(path, stream.str());
+        ReplaceTextFile(path, stream.str(), old_file);
     }
 }
 

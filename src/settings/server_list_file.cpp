@@ -175,7 +175,7 @@ std::string FormatServerList(const ServerListState& state)
 
 void LoadServerList(ServerListState& state, std::u16string_view install_folder, CKPDKeyManager& browser)
 {
-    const auto text = ReadTextFile(std::u16string(install_folder) + std::u16string(file_name));
+    const auto text = ReadTextFile(std::u16string(install_folder) + std::u16string(file_name), &state.fileUnread);
     if (text && ParseServerList(*text, state)) {
         browser.SetCurrentFolder(state.lastFolder);
     }
@@ -190,7 +190,8 @@ void SaveServerList(ServerListState& state, std::u16string_view install_folder, 
     state.viewState.assign(max_view_state_values, 0);
     browser.GetViewState(state.viewState.data());
     state.viewState.resize(count);
-    ReplaceTextFile(std::u16string(install_folder) + std::u16string(file_name), FormatServerList(state));
+    ReplaceTextFile(std::u16string(install_folder) + std::u16string(file_name), FormatServerList(state),
+                    state.fileUnread ? OldFile::Kept : OldFile::Dropped);
 }
 
 std::vector<std::int16_t> PaddedViewState(const std::vector<std::int16_t>& view_state)

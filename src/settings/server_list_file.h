@@ -18,6 +18,7 @@ struct ServerListState {
     std::int32_t displayUnit = 0; // 0 metric, 1 inch
     ServerTable serverTable;
     std::vector<std::int16_t> viewState;
+    bool fileUnread = false; // the system could not read it, so what it holds must not be lost
 };
 
 // Reads the text of the file, lines ending in LF, bytes in the system's code page. What the text doesn't hold stays
@@ -26,11 +27,11 @@ bool ParseServerList(std::string_view text, ServerListState& state);
 
 [[nodiscard]] std::string FormatServerList(const ServerListState& state);
 
-// Without a readable file nothing changes. Sends the browser to the folder that the file names.
+// Without a readable file nothing changes but `fileUnread`. Sends the browser to the folder that the file names.
 void LoadServerList(ServerListState& state, std::u16string_view install_folder, CKPDKeyManager& browser);
 
 // Takes servers, current server and view state from the browser, whose control must exist, and replaces the file.
-// A file that can't be written stays as it is.
+// A file that can't be written stays as it is. One that could not be read is kept beside the new one.
 void SaveServerList(ServerListState& state, std::u16string_view install_folder, CKPDKeyManager& browser);
 
 // The stored values as the browser takes them: with no count passed along it may read as many as there can be, so

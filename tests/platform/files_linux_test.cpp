@@ -151,6 +151,7 @@ TEST_F(Folder, AReadOnlyDiskChangesNothing)
     }
     {
         const CReadOnlyFolder read_only(folder_.Path(), file_);
+        EXPECT_FALSE(ReplaceTextFile(Core(u"a.ini"), "new", OldFile::Kept)) << "there is no place for the old one";
         EXPECT_TRUE(Replace("new")) << "in place, where only the file is writable";
     }
     EXPECT_EQ(ReadBytes(file_), "new");

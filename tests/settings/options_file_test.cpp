@@ -39,6 +39,21 @@ TEST_F(OptionsFile, IsWrittenByteForByteWithCrLf)
     EXPECT_EQ(NamesIn(folder_.Path()).size(), 1U);
 }
 
+TEST_F(OptionsFile, TellsWhenTheOldOneMustBeKept)
+{
+    std::int16_t prompt = kept;
+    std::int16_t filter = kept;
+    Put(complete_file);
+    {
+        const CReadTrouble trouble(folder_.Path("ZanPartkeepConfig.xml"));
+        EXPECT_EQ(ReadOptionsFile(Path(), prompt, filter), OldFile::Kept);
+        EXPECT_EQ(std::pair(prompt, filter), std::pair(kept, kept));
+    }
+    WriteOptionsFile(Path(), 0, 0, OldFile::Kept);
+    EXPECT_EQ(ReadBytes(folder_.Path("ZanPartkeepConfig.xml.kept1")), complete_file);
+    EXPECT_EQ(ReadOptionsFile(Path(), prompt, filter), OldFile::Dropped);
+}
+
 TEST_F(OptionsFile, OverwritesOnlyWhatTheFileHolds)
 {
     const std::string declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
@@ -58,8 +73,8 @@ TEST_F(OptionsFile, OverwritesOnlyWhatTheFileHolds)
     };
     std::int16_t prompt = kept;
     std::int16_t filter = kept;
-    ReadOptionsFile(Path(), prompt, filter); // there is no file yet
-    ReadOptionsFile(folder_.Core(), prompt, filter);
+    EXPECT_EQ(ReadOptionsFile(Path(), prompt, filter), OldFile::Dropped) << "no file";
+    EXPECT_EQ(ReadOptionsFile(folder_.Core(), prompt, filter), OldFile::Dropped) << "a folder";
     for (const auto& [label, file, prompt_read, filter_read] : rows) {
         Put(file);
         ReadOptionsFile(Path(), prompt, filter);

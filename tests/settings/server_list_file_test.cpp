@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <memory>
 #include <numeric>
 
 namespace partkeep {
@@ -152,6 +153,27 @@ TEST_F(ServerListFileOnDisk, SavesWhatTheBrowserGives)
     const std::vector<std::int16_t> padded = PaddedViewState(state.viewState);
     EXPECT_EQ(padded.size(), max_view_state_values);
     EXPECT_EQ(std::accumulate(padded.begin(), padded.end(), 0), -18);
+}
+
+TEST_F(ServerListFileOnDisk, WhatCouldNotBeReadIsKeptBesideTheNextSave)
+{
+    const auto load_and_save = [this](const std::string& old, bool in_trouble) {
+        WriteBytes(file_, old);
+        ServerListState state;
+        {
+            const auto trouble = in_trouble ? std::make_unique<CReadTrouble>(file_) : nullptr;
+            LoadServerList(state, folder_.Core(), browser_);
+        }
+        SaveServerList(state, folder_.Core(), browser_);
+        EXPECT_EQ(ReadBytes(file_), "-9999\r\n-9999\r\nmetric\r\n-9999\r\n0\r\n");
+    };
+    load_and_save("read", false);
+    for (int run = 1; run <= 10; ++run) {
+        load_and_save("old " + std::to_string(run), true);
+    }
+    EXPECT_EQ(ReadBytes(folder_.Path("kpdservers.ini.kept1")), "old 1");
+    EXPECT_EQ(ReadBytes(folder_.Path("kpdservers.ini.kept9")), "old 10");
+    EXPECT_EQ(NamesIn(folder_.Path()).size(), 10U);
 }
 
 TEST_F(ServerListFileOnDisk, SendsTheBrowserToTheFolderUnlessItIsMarked)

@@ -40,8 +40,8 @@ inline void CheckControls(IDialogWindow& window, SuiteHandler& handler)
     EXPECT_EQ(window.SelectedEntry(RES_UNIT), 1);
     window.ResetEntries(RES_UNIT);
     EXPECT_EQ(window.SelectedEntry(RES_UNIT), -1);
-    window.MoveControl(RES_ADD, {10, 20, 110, 45});
-    EXPECT_EQ(window.MapToDialog(RES_ADD, window.ControlClientRect(RES_ADD)), (Rect{10, 20, 110, 45}));
+    window.MoveControl(RES_ADD, {12, 20, 112, 44}); // multiples of four are whole pixels on denser screens too
+    EXPECT_EQ(window.MapToDialog(RES_ADD, window.ControlClientRect(RES_ADD)), (Rect{12, 20, 112, 44}));
     window.SetText(absent, u"x");
     window.MoveControl(absent, {0, 0, 1, 1});
     EXPECT_EQ(window.Text(absent), u"");
@@ -64,9 +64,9 @@ inline void CheckToolbarAndPanel(IDialogWindow& window)
     panel->Move(panel->MapToDialog({0, 0, 149, 149}));
     EXPECT_EQ(panel->ClientRect(), (Rect{0, 0, 149, 149}));
     const Rect place = panel->MapToDialog({});
-    window.MoveAllControls(3, 20);
-    EXPECT_EQ(window.MapToDialog(RES_ADD, {}), (Rect{13, 40, 13, 40}));
-    EXPECT_EQ(panel->MapToDialog({}), (Rect{place.left + 3, place.top + 20, place.left + 3, place.top + 20}));
+    window.MoveAllControls(4, 20);
+    EXPECT_EQ(window.MapToDialog(RES_ADD, {}), (Rect{16, 40, 16, 40}));
+    EXPECT_EQ(panel->MapToDialog({}), (Rect{place.left + 4, place.top + 20, place.left + 4, place.top + 20}));
     window.PlaceToolbar();
 }
 

@@ -32,6 +32,19 @@ private:
 void WriteBytes(const std::filesystem::path& path, std::string_view bytes);
 [[nodiscard]] std::string ReadBytes(const std::filesystem::path& path);
 
+// While it lives, the system has an error of its own for whoever reads the file: not missing, not forbidden.
+class CReadTrouble {
+public:
+    explicit CReadTrouble(std::filesystem::path file);
+    ~CReadTrouble();
+    CReadTrouble(const CReadTrouble&) = delete;
+    CReadTrouble& operator=(const CReadTrouble&) = delete;
+
+private:
+    std::filesystem::path file_;
+    void* lock_ = nullptr;
+};
+
 // The names in a folder in sorted order, in UTF-8, hidden ones included.
 [[nodiscard]] std::vector<std::string> NamesIn(const std::filesystem::path& folder);
 

@@ -92,11 +92,26 @@ public:
         }
     }
 
+    VARIANT Ambient(DISPID property) const
+    {
+        VARIANT value;
+        VariantInit(&value);
+        DISPPARAMS none{};
+        ComPtr<IDispatch> container;
+        if (SUCCEEDED(site_->QueryInterface(IID_IDispatch, container.PutVoid()))) {
+            container->Invoke(property, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &value, nullptr, nullptr);
+        }
+        return value;
+    }
+
     HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                                      EXCEPINFO*, UINT*) override
     {
         if (stand_in->fireInsideCalls) {
             Fire(DISPID_CLICK);
+        }
+        if (stand_in->pumpInsideCalls) {
+            StandIn::Pump();
         }
         std::vector<ControlArgument> arguments;
         for (UINT left = parameters->cArgs; left > 0; --left) {
@@ -308,6 +323,20 @@ void StandIn::Offer(Kind kind)
 void StandIn::Withdraw(Kind kind)
 {
     CoRevokeClassObject(std::exchange(offered[kind], 0));
+}
+
+VARIANT StandIn::Ambient(DISPID property) const
+{
+    return live_browser->Ambient(property);
+}
+
+void StandIn::Pump()
+{
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
 }
 
 void StandIn::Fire(long dispatch_id) const

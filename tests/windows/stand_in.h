@@ -6,6 +6,8 @@
 
 #include <windows.h>
 
+#include <oaidl.h>
+
 namespace partkeep {
 
 struct StandIn {
@@ -15,14 +17,18 @@ struct StandIn {
     enum Kind { Browser, Picture };
     void Offer(Kind kind); // both are at the beginning
     void Withdraw(Kind kind);
-    void Fire(long dispatch_id) const; // from the browser that lives
+    void Fire(long dispatch_id) const;                    // from the browser that lives
+    [[nodiscard]] VARIANT Ambient(DISPID property) const; // as the browser that lives gets it from its container
 
     Recorder recorder; // each call that reached a control, with a note where its types were not the contract's
     ControlScript script{recorder};
-    bool fireInsideCalls = false;
-    int controls = 0; // of the component model, alive
+    bool fireInsideCalls = false; // a click
+    bool pumpInsideCalls = false; // messages, behind the click
+    int controls = 0;             // of the component model, alive
     HWND browserWindow = nullptr;
     DWORD offered[2]{}; // cookies of the class objects, 0 for none
+
+    static void Pump(); // what is in this thread's queue
 
     static constexpr int row_height = 20; // a click on row i selects entry i of the list
 };

@@ -20,7 +20,7 @@ rm -f "$WINE_HOME/ready"
 # The screen comes first: a session begun without one never gets one. The server picks a free number itself.
 if ! alive screen; then
     rm -f "$WINE_HOME/display"
-    setsid sh -c 'exec Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$1" 9>&-' - "$WINE_HOME/display" \
+    setsid sh -c 'exec Xvfb -displayfd 3 -screen 0 2560x1600x24 -nolisten tcp 3>"$1" 9>&-' - "$WINE_HOME/display" \
         >/dev/null 2>&1 </dev/null &
     echo $! >"$WINE_HOME/screen.pid"
     tries=0

@@ -1,6 +1,7 @@
 // The three dialogs with real windows and real input, over the stand-in controls, and the container by itself.
 
 #include "host/partkeep_read_impl.h"
+#include "platform/windows/com_ptr.h"
 #include "platform/windows/hosted_control.h"
 #include "platform/windows/live_counts.h"
 #include "platform/windows/site_window.h"
@@ -19,6 +20,7 @@
 
 #include <commctrl.h>
 #include <ole2.h>
+#include <olectl.h>
 
 #include <algorithm>
 #include <cstring>
@@ -98,6 +100,14 @@ protected:
     PartkeepReadImpl object{HostServices{registry, messages, controls, windows}};
 };
 
+double ScreenScale()
+{
+    HDC screen = GetDC(nullptr);
+    const double scale = GetDeviceCaps(screen, LOGPIXELSX) / 96.0;
+    ReleaseDC(nullptr, screen);
+    return scale;
+}
+
 TEST_F(WindowsDialogs, DoWhatEveryFrontEndDoes)
 {
     CheckDialogWindows(windows);
@@ -106,6 +116,13 @@ TEST_F(WindowsDialogs, DoWhatEveryFrontEndDoes)
 std::array<LONG, 4> Sides(const RECT& area)
 {
     return {area.left, area.top, area.right, area.bottom};
+}
+
+RECT FrameOf(HWND window)
+{
+    RECT frame;
+    GetWindowRect(window, &frame);
+    return frame;
 }
 
 // In the dialog's client coordinates, without the frame if asked for.
@@ -117,29 +134,46 @@ RECT PlaceOf(HWND window, bool client = false)
     return place;
 }
 
+// Whatever the density, the places are the same in pixels of 96 dpi. The control with this id; of two panels, which.
 TEST_F(WindowsDialogs, StartUpLaysOutTheSelectionDialog)
 {
+    const std::tuple<const char*, int, int, std::array<double, 4>> rows[]{
+        {"browser", RES_BROWSER, 0, {5, 30, 808, 359}},
+        {"2D", RES_IMAGE_PANEL, 0, {6, 400, 155, 549}},
+        {"3D", RES_IMAGE_PANEL, 1, {176, 400, 325, 549}},
+        {"caption", RES_CAPTION_2D, 0, {10.5, 382.4, 159, 395.4}},
+        {"name", RES_PART_NAME, 0, {492, 450.6, 736.5, 471.8}},
+        {"button", RES_CANCEL, 0, {696, 527, 777, 551.4}}};
     Run(false, [&](DialogDriver& driver, HWND dialog) {
         driver.SavePicture(dialog, "selection");
-        RECT client;
-        GetClientRect(dialog, &client);
-        EXPECT_EQ(Sides(PlaceOf(GetDlgItem(dialog, RES_BROWSER))),
-                  (std::array{5L, 10L + 20, client.right - 5, client.bottom - 230 + 20}));
-        std::vector<LONG> lefts;
+        const double scale = ScreenScale();
+        std::vector<HWND> children;
         for (HWND child = GetWindow(dialog, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
-            if (GetDlgCtrlID(child) == RES_IMAGE_PANEL) {
-                const RECT inner = PlaceOf(child, true);
-                const LONG top = client.bottom - 190 + 20 + 1; // the frame is one pixel wide
-                EXPECT_EQ(Sides(inner), (std::array{inner.left, top, inner.left + 149, top + 149}));
-                lefts.push_back(inner.left);
+            children.push_back(IsWindowVisible(child) ? child : nullptr);
+        }
+        std::erase(children, nullptr);
+        for (const auto& [label, id, which, expected] : rows) {
+            std::vector<HWND> found = children;
+            std::erase_if(found, [id = id](HWND child) { return GetDlgCtrlID(child) != id; });
+            std::ranges::sort(found, {}, [](HWND child) { return PlaceOf(child).left; });
+            ASSERT_GT(found.size(), static_cast<std::size_t>(which)) << label;
+            const auto place = Sides(PlaceOf(found[static_cast<std::size_t>(which)], id == RES_IMAGE_PANEL));
+            for (std::size_t side = 0; side < place.size(); ++side) {
+                EXPECT_NEAR(place[side], expected[side] * scale, 2) << label << ' ' << side;
             }
         }
-        std::ranges::sort(lefts);
-        EXPECT_EQ(lefts, (std::vector{5L + 1, 175L + 1}));
-        RECT units{328, 242, 328 + 80, 0};
-        MapDialogRect(dialog, &units);
-        const RECT box = PlaceOf(GetDlgItem(dialog, RES_UNIT));
-        EXPECT_EQ(Sides(box), (std::array{units.left, units.top + 20, units.right, box.bottom}));
+        for (std::size_t one = 0; one < children.size(); ++one) {
+            for (std::size_t other = 0; other < one; ++other) {
+                const RECT places[]{PlaceOf(children[one]), PlaceOf(children[other])};
+                RECT shared;
+                EXPECT_FALSE(IntersectRect(&shared, &places[0], &places[1]))
+                    << GetDlgCtrlID(children[one]) << " and " << GetDlgCtrlID(children[other]);
+            }
+        }
+        HWND bar = FindWindowExW(dialog, nullptr, TOOLBARCLASSNAMEW, nullptr);
+        const LRESULT tool = SendMessageW(bar, TB_GETBUTTONSIZE, 0, 0);
+        EXPECT_NEAR(LOWORD(tool), 23 * scale, 1);
+        EXPECT_NEAR(HIWORD(tool), 22 * scale, 1);
         EXPECT_TRUE(Called("extent 4419 4471"));
         EXPECT_FALSE(IsWindowEnabled(host));
         EXPECT_EQ(GetWindow(dialog, GW_OWNER), host);
@@ -149,6 +183,27 @@ TEST_F(WindowsDialogs, StartUpLaysOutTheSelectionDialog)
     EXPECT_TRUE(IsWindowEnabled(host));
     EXPECT_EQ(GetActiveWindow(), host);
     EXPECT_EQ(Count(), 0);
+}
+
+TEST_F(WindowsDialogs, ControlsAreToldWhatTheirDialogLooksLike)
+{
+    Run(false, [&](DialogDriver& driver, HWND dialog) {
+        Between([&] {
+            EXPECT_EQ(stand_in.Ambient(DISPID_AMBIENT_BACKCOLOR).lVal, static_cast<LONG>(0x80000000 | COLOR_3DFACE));
+            EXPECT_EQ(stand_in.Ambient(DISPID_AMBIENT_FORECOLOR).lVal, static_cast<LONG>(0x80000000 | COLOR_BTNTEXT));
+            VARIANT name = stand_in.Ambient(DISPID_AMBIENT_DISPLAYNAME);
+            EXPECT_STREQ(name.bstrVal, selection_title);
+            VARIANT font = stand_in.Ambient(DISPID_AMBIENT_FONT);
+            ComPtr<IFont> own;
+            ASSERT_EQ(font.pdispVal->QueryInterface(IID_IFont, own.PutVoid()), S_OK);
+            CY size{};
+            own->get_Size(&size);
+            EXPECT_NEAR(static_cast<double>(size.int64) / 10000, RES_FONT_POINTS, 0.5);
+            VariantClear(&name);
+            VariantClear(&font);
+        });
+        driver.Leave(dialog, VK_ESCAPE);
+    });
 }
 
 TEST_F(WindowsDialogs, CaptionsFollowTheLanguage)
@@ -224,6 +279,12 @@ TEST_F(WindowsDialogs, AddListsPartsWhoseQuantitiesChangeAndLoadTakesThem)
         HWND list_window = driver.Window(L"Selected Parts");
         HWND list = GetDlgItem(list_window, RES_PART_LIST);
         driver.Until("three rows", [&] { return SendMessageW(list, LVM_GETITEMCOUNT, 0, 0) == 3; });
+        driver.WaitForFocus(dialog, RES_ADD);
+        for (const int id : {RES_BROWSER, RES_ADD, RES_LOAD, RES_CANCEL}) {
+            RECT shared;
+            const RECT places[]{FrameOf(GetDlgItem(dialog, id)), FrameOf(list_window)};
+            EXPECT_FALSE(IntersectRect(&shared, &places[0], &places[1])) << id;
+        }
         SetFocus(list);
         driver.Click(list, 20, 30);
         driver.Until("a selected row", [&] { return SendMessageW(list, LVM_GETSELECTEDCOUNT, 0, 0) == 1; });
@@ -398,13 +459,16 @@ TEST_F(WindowsDialogs, EventsInsideACallComeBehindIt)
     const std::unique_ptr<IHostedControl> control = controls.CreateHidden(part_browser_class_id, 1, 10, 10);
     std::vector<std::int32_t> events;
     control->SetEventSink([&](std::int32_t event) { events.push_back(event); });
-    stand_in.fireInsideCalls = true;
-    control->Invoke(36, InvokeKind::Method, {}, ControlType::Bool);
-    EXPECT_TRUE(events.empty());
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-        DispatchMessageW(&message);
-    }
+    const auto call = [&](bool fires, bool pumps) {
+        stand_in.fireInsideCalls = fires;
+        stand_in.pumpInsideCalls = pumps;
+        control->Invoke(36, InvokeKind::Method, {}, ControlType::Bool);
+        EXPECT_TRUE(events.empty());
+    };
+    call(true, false);
+    call(false, true); // which would take in what the first has left
+    call(true, true);
+    StandIn::Pump();
     stand_in.Fire(1);
     EXPECT_EQ(events, (std::vector<std::int32_t>{-600, 1}));
 }

@@ -12,7 +12,25 @@ HRESULT HostObjectFactory::QueryInterface(REFIID id, void** result)
     }
     const bool known = id == IID_IUnknown || id == IID_IClassFactory;
     *result = known ? static_cast<IClassFactory*>(this) : nullptr;
-    return known ? S_OK : E_NOINTERFACE;
+    if (!known) {
+        return E_NOINTERFACE;
+    }
+    AddRef();
+    return S_OK;
+}
+
+ULONG HostObjectFactory::AddRef()
+{
+    TheModule().Lock();
+    return ++references_;
+}
+
+// The lock goes last: without it the library may be taken away from under this very call.
+ULONG HostObjectFactory::Release()
+{
+    const ULONG left = --references_;
+    TheModule().Unlock();
+    return left;
 }
 
 HRESULT HostObjectFactory::CreateInstance(IUnknown* outer, REFIID id, void** result)

@@ -7,6 +7,10 @@
 #include "platform/windows/win_messages.h"
 #include "platform/windows/win_registry.h"
 
+namespace __gnu_cxx {
+void __freeres() noexcept; // declared in no header of the run-time
+}
+
 namespace partkeep {
 
 ComponentModule& TheModule()
@@ -30,6 +34,9 @@ void ComponentModule::End(bool process_ends)
         description->Release();
     }
     UnregisterSiteWindows(instance_);
+    // The run-time that is linked in sets memory aside for exceptions when there is none left. Each load would leave
+    // another such reserve behind in the host; nothing throws from here on.
+    __gnu_cxx::__freeres();
 }
 
 std::wstring ComponentModule::FileName() const

@@ -21,7 +21,7 @@ public:
     // At its end. Nothing of the component model is called when the whole process goes.
     void End(bool process_ends);
 
-    void Lock() { ++locks_; } // one per object and per lock of a host
+    void Lock() { ++locks_; } // one per object, per reference on the factory and per lock of a host
     void Unlock() { --locks_; }
     [[nodiscard]] bool MayUnload() const { return locks_ == 0; }
 

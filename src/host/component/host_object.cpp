@@ -129,7 +129,7 @@ HRESULT HostObject::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* argu
             return TYPE_E_CANTLOADLIBRARY;
         }
         LentArguments lent;
-        const HRESULT status = lent.Take(*description.Get(), id, arguments);
+        const HRESULT status = lent.Take(*description.Get(), id, arguments, bad_argument);
         if (FAILED(status)) {
             return status;
         }

@@ -85,7 +85,7 @@ LentArguments::~LentArguments()
     }
 }
 
-HRESULT LentArguments::Take(ITypeInfo& description, DISPID id, DISPPARAMS* arguments)
+HRESULT LentArguments::Take(ITypeInfo& description, DISPID id, DISPPARAMS* arguments, UINT* bad_argument)
 {
     if (arguments == nullptr || (arguments->cArgs > 0 && arguments->rgvarg == nullptr) ||
         arguments->cNamedArgs > arguments->cArgs ||
@@ -108,11 +108,13 @@ HRESULT LentArguments::Take(ITypeInfo& description, DISPID id, DISPPARAMS* argum
         const UINT parameter = position < arguments->cNamedArgs
                                    ? static_cast<UINT>(arguments->rgdispidNamedArgs[position])
                                    : count - 1 - position;
-        if (parameter >= count) {
-            return DISP_E_PARAMNOTFOUND;
-        }
-        const HRESULT status = TakeArgument(arguments_[position], function.Get()->lprgelemdescParam[parameter]);
+        const HRESULT status = parameter < count
+                                   ? TakeArgument(arguments_[position], function.Get()->lprgelemdescParam[parameter])
+                                   : DISP_E_PARAMNOTFOUND;
         if (FAILED(status)) {
+            if (bad_argument != nullptr) {
+                *bad_argument = position;
+            }
             return status;
         }
     }

@@ -19,8 +19,9 @@ public:
     LentArguments(const LentArguments&) = delete;
     LentArguments& operator=(const LentArguments&) = delete;
 
-    // Failure for arguments that cannot be read: null where there must be something.
-    HRESULT Take(ITypeInfo& description, DISPID id, DISPPARAMS* arguments);
+    // Failure for arguments that cannot be read: null where there must be something. Where one argument is to blame,
+    // `bad_argument`, which may be null, gets its place in the caller's array.
+    HRESULT Take(ITypeInfo& description, DISPID id, DISPPARAMS* arguments, UINT* bad_argument);
 
     // The arguments for the call: references to typed variables only, everything else as it was.
     [[nodiscard]] DISPPARAMS* Parameters() { return &parameters_; }

@@ -13,6 +13,15 @@ namespace {
 constexpr std::size_t max_text_bytes = std::size_t{1} << 30U;
 constexpr std::size_t chunk_bytes = std::size_t{64} << 10U;
 
+// By errno of the call that has just failed. Gives the nothing that was read.
+std::nullopt_t NotRead(bool* in_trouble)
+{
+    if (in_trouble != nullptr) {
+        *in_trouble = errno != ENOENT && errno != ENOTDIR && errno != EACCES && errno != EPERM;
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 CFileHandle CFileHandle::Open(const std::string& native, int flags, unsigned mode)
@@ -43,12 +52,14 @@ bool CFileHandle::Close()
 }
 
 // The size that the system tells is a hint only: it is 0 for files that are made up while they are read.
-std::optional<std::string> ReadWholeFile(const std::string& native)
+std::optional<std::string> ReadWholeFile(const std::string& native, bool* in_trouble)
 {
     const CFileHandle file = CFileHandle::Open(native, O_RDONLY);
     struct stat status {};
-    if (!file.IsOpen() || fstat(file.Descriptor(), &status) != 0 || !S_ISREG(status.st_mode) ||
-        static_cast<std::size_t>(status.st_size) > max_text_bytes) {
+    if (!file.IsOpen() || fstat(file.Descriptor(), &status) != 0) {
+        return NotRead(in_trouble);
+    }
+    if (!S_ISREG(status.st_mode) || static_cast<std::size_t>(status.st_size) > max_text_bytes) {
         return std::nullopt;
     }
     std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
@@ -63,7 +74,7 @@ std::optional<std::string> ReadWholeFile(const std::string& native)
             return bytes;
         }
         if (count < 0 && errno != EINTR) {
-            return std::nullopt;
+            return NotRead(in_trouble);
         }
         size += count > 0 ? static_cast<std::size_t>(count) : 0;
     }

@@ -137,19 +137,19 @@ void CFileSearch::Forget()
     *listings_ = {};
 }
 
-std::optional<std::string> ReadTextFile(std::u16string_view path)
+std::optional<std::string> ReadTextFile(std::u16string_view path, bool* in_trouble)
 {
-    std::optional<std::string> bytes = ReadWholeFile(FindOnDisk(path));
+    std::optional<std::string> bytes = ReadWholeFile(FindOnDisk(path), in_trouble);
     if (bytes) {
         FromTextMode(*bytes);
     }
     return bytes;
 }
 
-bool ReplaceTextFile(std::u16string_view path, std::string_view text)
+bool ReplaceTextFile(std::u16string_view path, std::string_view text, OldFile old_file)
 {
     const std::string native = FindOnDisk(path);
-    return !native.empty() && ReplaceWholeFile(native, ToTextMode(text));
+    return !native.empty() && ReplaceWholeFile(native, ToTextMode(text), old_file);
 }
 
 std::string NativePath(std::u16string_view path)

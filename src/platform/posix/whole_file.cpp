@@ -193,6 +193,28 @@ bool WriteInPlace(const CFileHandle& file, std::string_view bytes)
     return file.WriteAll(bytes) && ftruncate(file.Descriptor(), size) == 0 && fsync(file.Descriptor()) == 0;
 }
 
+// The name under which the old file stays when its own goes to the new one: a second name for it, which needs no
+// reading, or a copy where the file system has no such names. The first number that is free; the last one gives way.
+std::optional<std::string> KeepBeside(const std::string& target, const CFileHandle& old_file)
+{
+    constexpr char last_number = '9';
+    for (char number = '1'; number <= last_number; ++number) {
+        const std::string name = target + ".kept" + number;
+        if (number == last_number) {
+            unlink(name.c_str());
+        }
+        if (link(target.c_str(), name.c_str()) == 0) {
+            return name;
+        }
+        if (errno != EEXIST) {
+            const std::optional<std::string> bytes = ReadWholeFile(target);
+            const bool copied = bytes && ReplaceFromBeside(name, old_file, *bytes) == Outcome::Done;
+            return copied ? std::optional(name) : std::nullopt;
+        }
+    }
+    return std::nullopt;
+}
+
 bool IsRegular(const CFileHandle& file)
 {
     struct stat status {};
@@ -201,14 +223,23 @@ bool IsRegular(const CFileHandle& file)
 
 } // namespace
 
-bool ReplaceWholeFile(const std::string& native, std::string_view bytes)
+bool ReplaceWholeFile(const std::string& native, std::string_view bytes, OldFile old)
 {
     const std::string target = FollowLinks(native);
     CFileHandle old_file = CFileHandle::Open(target, O_WRONLY);
     if (old_file.IsOpen() ? !IsRegular(old_file) : errno != ENOENT || target.ends_with('/')) {
         return false;
     }
+    const bool keeps = old == OldFile::Kept && old_file.IsOpen();
+    const std::optional<std::string> kept = keeps ? KeepBeside(target, old_file) : std::nullopt;
+    if (keeps && !kept) {
+        return false;
+    }
     const Outcome outcome = ReplaceFromBeside(target, old_file, bytes);
+    if (kept && outcome != Outcome::Done) {
+        unlink(kept->c_str());
+        return false;
+    }
     if (outcome == Outcome::Forbidden && old_file.IsOpen()) {
         const bool written = WriteInPlace(old_file, bytes);
         return old_file.Close() && written;

@@ -1,4 +1,4 @@
-// Between the logic's pixels, which are those of 96 dpi, and the pixels of the screen.
+// Between the logic's pixels, which are those of 96 dpi, and the pixels of one window.
 #pragma once
 
 #include "platform/geometry.h"
@@ -9,34 +9,36 @@ namespace partkeep {
 
 inline constexpr int logical_dpi = 96;
 
-[[nodiscard]] inline int ScreenDpi()
-{
-    HDC screen = GetDC(nullptr);
-    const int dpi = GetDeviceCaps(screen, LOGPIXELSX);
-    ReleaseDC(nullptr, screen);
-    return dpi > 0 ? dpi : logical_dpi;
-}
+// The density by which the system lays out dialogs where this window is. How much of the screen's own density a
+// process sees is its host's decision; it is asked for each time, and never set.
+[[nodiscard]] int DpiOf(HWND window);
 
-[[nodiscard]] inline int ToDevice(int logical)
-{
-    return MulDiv(logical, ScreenDpi(), logical_dpi);
-}
+class DialogScale {
+public:
+    explicit DialogScale(HWND window) : dpi_(DpiOf(window)) {}
 
-[[nodiscard]] inline int ToLogical(int device)
-{
-    return MulDiv(device, logical_dpi, ScreenDpi());
-}
+    [[nodiscard]] bool IsPlain() const { return dpi_ == logical_dpi; }
+    [[nodiscard]] int ToDevice(int logical) const { return MulDiv(logical, dpi_, logical_dpi); }
+    [[nodiscard]] int ToLogical(int device) const { return MulDiv(device, logical_dpi, dpi_); }
 
-[[nodiscard]] inline RECT ToDevice(const Rect& area)
-{
-    return {ToDevice(area.left), ToDevice(area.top), ToDevice(area.right), ToDevice(area.bottom)};
-}
+    // Sizes come out the same wherever an area lies.
+    [[nodiscard]] RECT ToDevice(const Rect& area) const
+    {
+        const int left = ToDevice(area.left);
+        const int top = ToDevice(area.top);
+        return {left, top, left + ToDevice(area.Width()), top + ToDevice(area.Height())};
+    }
+    [[nodiscard]] Rect ToLogical(const RECT& area) const
+    {
+        const int left = ToLogical(static_cast<int>(area.left));
+        const int top = ToLogical(static_cast<int>(area.top));
+        return {left, top, left + ToLogical(static_cast<int>(area.right - area.left)),
+                top + ToLogical(static_cast<int>(area.bottom - area.top))};
+    }
 
-[[nodiscard]] inline Rect ToLogical(const RECT& area)
-{
-    return {ToLogical(static_cast<int>(area.left)), ToLogical(static_cast<int>(area.top)),
-            ToLogical(static_cast<int>(area.right)), ToLogical(static_cast<int>(area.bottom))};
-}
+private:
+    int dpi_;
+};
 
 [[nodiscard]] inline RECT ClientOf(HWND window)
 {
@@ -47,18 +49,24 @@ inline constexpr int logical_dpi = 96;
     return client;
 }
 
+[[nodiscard]] inline Rect LogicalClientOf(HWND window)
+{
+    return DialogScale(window).ToLogical(ClientOf(window));
+}
+
 // From the client area of one window to that of another.
 [[nodiscard]] inline Rect MapArea(HWND from, HWND to, const Rect& area)
 {
-    RECT device = ToDevice(area);
+    const DialogScale scale(to);
+    RECT device = scale.ToDevice(area);
     MapWindowPoints(from, to, reinterpret_cast<POINT*>(&device), 2);
-    return ToLogical(device);
+    return scale.ToLogical(device);
 }
 
 // Moves a window so that its client area comes to lie there, in the coordinates of its parent.
 inline void MoveClientArea(HWND window, const Rect& area, bool repaint)
 {
-    RECT device = ToDevice(area);
+    RECT device = DialogScale(window).ToDevice(area);
     AdjustWindowRectEx(&device, static_cast<DWORD>(GetWindowLongPtrW(window, GWL_STYLE)), FALSE,
                        static_cast<DWORD>(GetWindowLongPtrW(window, GWL_EXSTYLE)));
     MoveWindow(window, device.left, device.top, device.right - device.left, device.bottom - device.top,

@@ -16,6 +16,16 @@ DWORD ChunkOf(std::size_t size)
     return static_cast<DWORD>(std::min(size, chunk_bytes));
 }
 
+// By the error of the call that has just failed. Gives the nothing that was read.
+std::nullopt_t NotRead(bool* in_trouble)
+{
+    const DWORD error = GetLastError();
+    if (in_trouble != nullptr) {
+        *in_trouble = error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND && error != ERROR_ACCESS_DENIED;
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 CFileHandle CFileHandle::Open(const std::u16string& system_path, DWORD access, DWORD disposition)
@@ -43,11 +53,14 @@ bool CFileHandle::Close()
     return handle == INVALID_HANDLE_VALUE || CloseHandle(handle) != 0;
 }
 
-std::optional<std::string> ReadWholeFile(const std::u16string& system_path)
+std::optional<std::string> ReadWholeFile(const std::u16string& system_path, bool* in_trouble)
 {
     const CFileHandle file = CFileHandle::Open(system_path, GENERIC_READ, OPEN_EXISTING);
     LARGE_INTEGER told_size{};
-    if (!file.IsOpen() || !file.IsDiskFile() || GetFileSizeEx(file.Handle(), &told_size) == 0 ||
+    if (!file.IsOpen()) {
+        return NotRead(in_trouble);
+    }
+    if (!file.IsDiskFile() || GetFileSizeEx(file.Handle(), &told_size) == 0 ||
         told_size.QuadPart > static_cast<LONGLONG>(max_text_bytes)) {
         return std::nullopt;
     }
@@ -56,7 +69,7 @@ std::optional<std::string> ReadWholeFile(const std::u16string& system_path)
     while (size < bytes.size()) {
         DWORD count = 0;
         if (ReadFile(file.Handle(), bytes.data() + size, ChunkOf(bytes.size() - size), &count, nullptr) == 0) {
-            return std::nullopt;
+            return NotRead(in_trouble);
         }
         if (count == 0) {
             break; // it was cut meanwhile

@@ -129,19 +129,19 @@ bool CFileSearch::FileExists(std::u16string_view path)
 
 void CFileSearch::Forget() {}
 
-std::optional<std::string> ReadTextFile(std::u16string_view path)
+std::optional<std::string> ReadTextFile(std::u16string_view path, bool* in_trouble)
 {
-    std::optional<std::string> bytes = ReadWholeFile(SystemPath(path));
+    std::optional<std::string> bytes = ReadWholeFile(SystemPath(path), in_trouble);
     if (bytes) {
         FromTextMode(*bytes);
     }
     return bytes;
 }
 
-bool ReplaceTextFile(std::u16string_view path, std::string_view text)
+bool ReplaceTextFile(std::u16string_view path, std::string_view text, OldFile old_file)
 {
     const std::u16string system_path = SystemPath(path);
-    return !system_path.empty() && ReplaceWholeFile(system_path, ToTextMode(text));
+    return !system_path.empty() && ReplaceWholeFile(system_path, ToTextMode(text), old_file);
 }
 
 // The system finds names without regard to case, so that no spelling needs to be looked up.

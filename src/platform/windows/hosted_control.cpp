@@ -2,7 +2,9 @@
 
 #include "platform/windows/com_ptr.h"
 #include "platform/windows/control_site.h"
+#include "platform/windows/dialog_scale.h"
 #include "platform/windows/dispatch_call.h"
+#include "platform/windows/kept_events.h"
 #include "platform/windows/site_window.h"
 
 #include <cstring>
@@ -62,32 +64,19 @@ private:
     IID source_;
 };
 
-// One more call runs for as long as this lives.
-class RunningCall {
-public:
-    explicit RunningCall(int& count) : count_(count) { ++count_; }
-    ~RunningCall() { --count_; }
-    RunningCall(const RunningCall&) = delete;
-    RunningCall& operator=(const RunningCall&) = delete;
-
-private:
-    int& count_;
-};
-
 class HostedContent final : public SiteContent {
 public:
     explicit HostedContent(HWND window) : window_(window), site_(new ControlSite(window)) {}
     ~HostedContent() override { Close(); }
 
     bool Create(const ControlOrder& order);
-    void OnEvent(std::int32_t dispatch_id);
 
     ControlResult Invoke(std::int32_t dispatch_id, InvokeKind kind, std::span<const ControlArgument> arguments,
                          ControlType result) override;
     void SetEventSink(std::function<void(std::int32_t)> sink) override { listener_ = std::move(sink); }
     void OnSize(const RECT& client) override;
     void OnFocus() override;
-    void OnLateEvent(std::int32_t dispatch_id) override;
+    void OnEvent(std::int32_t dispatch_id) override;
     void OnDestroy() override { Close(); }
     bool TranslateKey(MSG& message) override;
 
@@ -104,7 +93,7 @@ private:
     ComPtr<EventSink> sink_;
     DWORD connection_ = 0;
     bool ole_started_ = false;
-    int calls_running_ = 0;
+    KeptEvents kept_;
     std::function<void(std::int32_t)> listener_;
 };
 
@@ -141,13 +130,11 @@ IID SourceInterface(IUnknown& control, IConnectionPointContainer& container)
     return source;
 }
 
-void SetExtentOf(IOleObject& object, const std::optional<SIZE>& extent, const RECT& client)
+void SetExtentOf(HWND window, IOleObject& object, const std::optional<SIZE>& extent, const RECT& client)
 {
     constexpr int units_per_inch = 2540;
-    HDC screen = GetDC(nullptr);
-    SIZEL size{MulDiv(client.right, units_per_inch, GetDeviceCaps(screen, LOGPIXELSX)),
-               MulDiv(client.bottom, units_per_inch, GetDeviceCaps(screen, LOGPIXELSY))};
-    ReleaseDC(nullptr, screen);
+    const int dpi = DpiOf(window);
+    SIZEL size{MulDiv(client.right, units_per_inch, dpi), MulDiv(client.bottom, units_per_inch, dpi)};
     if (extent) {
         size = {extent->cx, extent->cy};
     }
@@ -189,7 +176,7 @@ bool HostedContent::Activate(const ControlOrder& order)
     if (!site_first) {
         object_->SetClientSite(site_.Get());
     }
-    SetExtentOf(*object_.Get(), order.extent, client);
+    SetExtentOf(window_, *object_.Get(), order.extent, client);
     const HRESULT active = object_->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, site_.Get(), 0, window_, &client);
     if (!order.visible) {
         object_->DoVerb(OLEIVERB_HIDE, nullptr, site_.Get(), 0, window_, &client);
@@ -248,24 +235,19 @@ ControlResult HostedContent::Invoke(std::int32_t dispatch_id, InvokeKind kind,
     if (!control) {
         return {};
     }
-    const RunningCall running(calls_running_);
+    const KeptEvents::Call running(kept_, window_);
     return CallDispatch(*control.Get(), dispatch_id, kind, arguments, result);
 }
 
-// The caller of an operation is never called back from within it, so what a control fires there comes later.
+// The caller of an operation is never called back from within it, so what a control fires there comes later, and
+// what comes late during another call waits for that one too. What the listener throws must not reach the control,
+// which knows nothing of it.
 void HostedContent::OnEvent(std::int32_t dispatch_id)
 {
-    if (calls_running_ > 0) {
-        PostLateEvent(window_, dispatch_id);
-    } else {
-        OnLateEvent(dispatch_id);
-    }
-}
-
-// What the listener throws must not reach the control, which knows nothing of it.
-void HostedContent::OnLateEvent(std::int32_t dispatch_id)
-{
     try {
+        if (kept_.Keep(dispatch_id)) {
+            return;
+        }
         if (const auto listener = listener_; listener) {
             listener(dispatch_id);
         }
@@ -278,7 +260,7 @@ void HostedContent::OnSize(const RECT& client)
 {
     ComPtr<IOleInPlaceObject> in_place;
     if (object_ && SUCCEEDED(object_->QueryInterface(IID_IOleInPlaceObject, in_place.PutVoid()))) {
-        SetExtentOf(*object_.Get(), std::nullopt, client);
+        SetExtentOf(window_, *object_.Get(), std::nullopt, client);
         in_place->SetObjectRects(&client, &client);
     }
 }

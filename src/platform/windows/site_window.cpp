@@ -43,7 +43,7 @@ bool HandleSiteMessage(HWND site, SiteContent& content, UINT message, WPARAM wor
         content.OnFocus();
         return true;
     case late_event_message:
-        content.OnLateEvent(static_cast<std::int32_t>(word));
+        content.OnEvent(static_cast<std::int32_t>(word));
         return true;
     case WM_DESTROY:
         content.OnDestroy();
@@ -128,7 +128,9 @@ SiteContent* ContentOfSite(HWND site)
 
 void PostLateEvent(HWND site, std::int32_t dispatch_id)
 {
-    PostMessageW(site, late_event_message, static_cast<WPARAM>(dispatch_id), 0);
+    if (site != nullptr) {
+        PostMessageW(site, late_event_message, static_cast<WPARAM>(dispatch_id), 0);
+    }
 }
 
 HWND CreateHiddenFrame(HINSTANCE module)

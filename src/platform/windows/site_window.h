@@ -26,7 +26,7 @@ public:
     virtual void OnPaint(HDC, const RECT& /*client*/) {}
     virtual void OnSize(const RECT& /*client*/) {}
     virtual void OnFocus() {}
-    virtual void OnLateEvent(std::int32_t /*dispatch_id*/) {}
+    virtual void OnEvent(std::int32_t /*dispatch_id*/) {}
     virtual void OnDestroy() {}
 
     // True when the content has used the key up.
@@ -43,7 +43,7 @@ void UnregisterSiteWindows(HINSTANCE module);
 void SetSiteContent(HWND site, std::shared_ptr<SiteContent> content);
 [[nodiscard]] SiteContent* ContentOfSite(HWND site); // null for a window of another kind
 
-// Brings an event to the content when the call that is running now is over.
+// Brings an event to the content by the message queue. Does nothing for a null window.
 void PostLateEvent(HWND site, std::int32_t dispatch_id);
 
 // A frame that is never shown, as parent of a control that isn't either.

@@ -131,10 +131,31 @@ bool WriteInPlace(const std::u16string& target, std::string_view bytes)
     return file.Close() && written;
 }
 
+// The name under which the old file stays when its own goes to the new one: a second name for it, which needs no
+// reading, or a copy where the file system has no such names. The first number that is free; the last one gives way.
+std::optional<std::u16string> KeepBeside(const std::u16string& target)
+{
+    constexpr char16_t last_number = u'9';
+    for (char16_t number = u'1'; number <= last_number; ++number) {
+        const std::u16string name = target + u".kept" + number;
+        if (number == last_number) {
+            DeleteFileW(AsWide(name.c_str()));
+        }
+        if (CreateHardLinkW(AsWide(name.c_str()), AsWide(target.c_str()), nullptr) != 0 ||
+            CopyFileW(AsWide(target.c_str()), AsWide(name.c_str()), TRUE) != 0) {
+            return name;
+        }
+        if (const DWORD error = GetLastError(); error != ERROR_FILE_EXISTS && error != ERROR_ALREADY_EXISTS) {
+            return std::nullopt;
+        }
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 // The old file is closed again before it is replaced: the system refuses to replace one that is open.
-bool ReplaceWholeFile(const std::u16string& system_path, std::string_view bytes)
+bool ReplaceWholeFile(const std::u16string& system_path, std::string_view bytes, OldFile old)
 {
     std::u16string target = system_path;
     bool target_exists = false;
@@ -148,7 +169,16 @@ bool ReplaceWholeFile(const std::u16string& system_path, std::string_view bytes)
             target = FinalPath(old_file, system_path);
         }
     }
+    const bool keeps = old == OldFile::Kept && target_exists;
+    const std::optional<std::u16string> kept = keeps ? KeepBeside(target) : std::nullopt;
+    if (keeps && !kept) {
+        return false;
+    }
     const Outcome outcome = ReplaceFromBeside(target, target_exists, bytes);
+    if (kept && outcome != Outcome::Done) {
+        DeleteFileW(AsWide(kept->c_str()));
+        return false;
+    }
     if (outcome == Outcome::Forbidden && target_exists) {
         return WriteInPlace(target, bytes);
     }

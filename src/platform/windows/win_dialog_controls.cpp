@@ -8,6 +8,7 @@
 #include "platform/windows/wide_text.h"
 #include "platform/windows/win_dialog_window.h"
 #include "platform/windows/win_panel.h"
+#include "resources/dialog_templates.h"
 
 #include <commctrl.h>
 #include <objbase.h>
@@ -38,9 +39,20 @@ std::u16string WinDialogWindow::Text(int id) const
     return FromWide(text);
 }
 
+// A control that is disabled while it has the focus leaves it to nobody, and the keys with it. It gets it back.
 void WinDialogWindow::Enable(int id, bool enabled)
 {
-    EnableWindow(Control(id), enabled ? TRUE : FALSE);
+    HWND control = Control(id);
+    if (!enabled && control != nullptr && GetFocus() == control) {
+        disabled_with_focus_ = id;
+    }
+    EnableWindow(control, enabled ? TRUE : FALSE);
+    if (enabled && disabled_with_focus_ == id) {
+        disabled_with_focus_ = 0;
+        if (GetFocus() == nullptr && GetActiveWindow() == window_) {
+            Focus(id);
+        }
+    }
 }
 
 void WinDialogWindow::ShowControl(int id, bool visible)
@@ -75,7 +87,7 @@ int WinDialogWindow::Check(int id) const
 
 Rect WinDialogWindow::ControlClientRect(int id) const
 {
-    return ToLogical(ClientOf(Control(id)));
+    return LogicalClientOf(Control(id));
 }
 
 Rect WinDialogWindow::MapToDialog(int id, const Rect& client_area) const
@@ -146,7 +158,7 @@ void WinDialogWindow::InsertColumn(int id, int column, std::u16string_view heade
     description.mask = LVCF_FMT | LVCF_TEXT | LVCF_WIDTH;
     description.fmt = LVCFMT_LEFT;
     description.pszText = text.data();
-    description.cx = ToDevice(width);
+    description.cx = DialogScale(window_).ToDevice(width);
     Send(id, LVM_INSERTCOLUMNW, static_cast<WPARAM>(column), reinterpret_cast<LPARAM>(&description));
 }
 
@@ -210,7 +222,7 @@ int WinDialogWindow::NextSelectedRow(int id, int after) const
 
 std::unique_ptr<IHostedControl> WinDialogWindow::CreateHostedControl(const ClassId& class_id, int id, const Rect& area)
 {
-    HWND site = CreateSiteWindow(module_, window_, id, ToDevice(area), WS_VISIBLE | WS_TABSTOP);
+    HWND site = CreateSiteWindow(module_, window_, id, DialogScale(window_).ToDevice(area), WS_VISIBLE | WS_TABSTOP);
     if (site == nullptr) {
         return nullptr;
     }
@@ -232,7 +244,7 @@ std::unique_ptr<IHostedControl> WinDialogWindow::TemplateControl(int id)
         FAILED(CLSIDFromString(class_name.data(), &order.class_id))) {
         return nullptr;
     }
-    order.extent = InitialExtent(module_, template_number_, id);
+    order.extent = InitialExtent(module_, template_.number, id);
     std::shared_ptr<SiteContent> content = CreateControlInSite(site, order);
     if (content == nullptr) {
         content = MakePicturePanel(site);
@@ -243,7 +255,7 @@ std::unique_ptr<IHostedControl> WinDialogWindow::TemplateControl(int id)
 
 std::unique_ptr<IPanelWindow> WinDialogWindow::CreatePanel(int id, const Rect& area)
 {
-    return MakePanel(module_, window_, id, ToDevice(area));
+    return MakePanel(module_, window_, id, DialogScale(window_).ToDevice(area));
 }
 
 } // namespace partkeep

@@ -7,6 +7,7 @@
 
 #include <commctrl.h>
 
+#include <utility>
 #include <vector>
 
 namespace partkeep {
@@ -14,6 +15,33 @@ namespace partkeep {
 namespace {
 
 constexpr int toolbar_id = 0xE800; // far from the ids of templates and commands
+constexpr int frame_width = 7;     // what the system's own buttons have round their picture at 96 dpi
+constexpr int frame_height = 7;
+
+// A strip of pictures in the size of the screen's density; each by itself, so that none takes colour from the next.
+HBITMAP ScaledStrip(HBITMAP strip, const ToolbarTemplate& toolbar, const DialogScale& scale)
+{
+    const int width = scale.ToDevice(toolbar.button_width);
+    const int height = scale.ToDevice(toolbar.button_height);
+    const int count = static_cast<int>(toolbar.commands.size());
+    HDC screen = GetDC(nullptr);
+    HDC from = CreateCompatibleDC(screen);
+    HDC to = CreateCompatibleDC(screen);
+    HBITMAP scaled = CreateCompatibleBitmap(screen, width * count, height);
+    HGDIOBJ old_from = SelectObject(from, strip);
+    HGDIOBJ old_to = SelectObject(to, scaled);
+    SetStretchBltMode(to, HALFTONE);
+    for (int picture = 0; picture < count; ++picture) {
+        StretchBlt(to, picture * width, 0, width, height, from, picture * toolbar.button_width, 0, toolbar.button_width,
+                   toolbar.button_height, SRCCOPY);
+    }
+    SelectObject(from, old_from);
+    SelectObject(to, old_to);
+    DeleteDC(from);
+    DeleteDC(to);
+    ReleaseDC(nullptr, screen);
+    return scaled;
+}
 
 } // namespace
 
@@ -25,7 +53,13 @@ bool WinDialogWindow::CreateToolbar(const ToolbarTemplate& toolbar)
         return false;
     }
     SendMessageW(toolbar_, TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON), 0);
-    SendMessageW(toolbar_, TB_SETBITMAPSIZE, 0, MAKELPARAM(toolbar.button_width, toolbar.button_height));
+    const DialogScale scale(window_);
+    const auto size = [&scale](int width, int height) {
+        return MAKELPARAM(scale.ToDevice(width), scale.ToDevice(height));
+    };
+    SendMessageW(toolbar_, TB_SETBITMAPSIZE, 0, size(toolbar.button_width, toolbar.button_height));
+    SendMessageW(toolbar_, TB_SETBUTTONSIZE, 0,
+                 size(toolbar.button_width + frame_width, toolbar.button_height + frame_height));
     return AddToolbarButtons(toolbar) > 0;
 }
 
@@ -33,6 +67,10 @@ bool WinDialogWindow::CreateToolbar(const ToolbarTemplate& toolbar)
 int WinDialogWindow::AddToolbarButtons(const ToolbarTemplate& toolbar)
 {
     toolbar_bitmap_ = CreateMappedBitmap(module_, toolbar.number, 0, nullptr, 0);
+    if (const DialogScale scale(window_); toolbar_bitmap_ != nullptr && !scale.IsPlain()) {
+        HBITMAP plain = std::exchange(toolbar_bitmap_, ScaledStrip(toolbar_bitmap_, toolbar, scale));
+        DeleteObject(plain);
+    }
     if (toolbar_bitmap_ != nullptr) {
         ++TheLiveCounts().gdi_objects;
         TBADDBITMAP strip{nullptr, reinterpret_cast<UINT_PTR>(toolbar_bitmap_)};
@@ -60,11 +98,12 @@ Rect WinDialogWindow::ClientRectBesideToolbar() const
         GetWindowRect(toolbar_, &bar);
         client.top += bar.bottom - bar.top;
     }
-    return ToLogical(client);
+    return DialogScale(window_).ToLogical(client);
 }
 
 void WinDialogWindow::MoveAllControls(int dx, int dy)
 {
+    const DialogScale scale(window_);
     for (HWND child = GetWindow(window_, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
         if (child == toolbar_) {
             continue;
@@ -72,7 +111,7 @@ void WinDialogWindow::MoveAllControls(int dx, int dy)
         RECT place;
         GetWindowRect(child, &place);
         MapWindowPoints(nullptr, window_, reinterpret_cast<POINT*>(&place), 2);
-        SetWindowPos(child, nullptr, place.left + ToDevice(dx), place.top + ToDevice(dy), 0, 0,
+        SetWindowPos(child, nullptr, place.left + scale.ToDevice(dx), place.top + scale.ToDevice(dy), 0, 0,
                      SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOREDRAW);
     }
 }

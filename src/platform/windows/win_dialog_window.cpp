@@ -8,6 +8,7 @@
 
 #include <commctrl.h>
 
+#include <utility>
 #include <vector>
 
 namespace partkeep {
@@ -67,7 +68,7 @@ private:
 
 std::unique_ptr<IDialogWindow> WinDialogs::Make(const DialogTemplate& dialog)
 {
-    return std::make_unique<WinDialogWindow>(module_, dialog.number);
+    return std::make_unique<WinDialogWindow>(module_, dialog);
 }
 
 WinDialogWindow* WinDialogWindow::Of(HWND window)
@@ -92,7 +93,7 @@ bool WinDialogWindow::Create(IDialogEvents& events, HWND owner)
     owner_messages_ = WinMessages(owner);
     ended_ = false;
     result_ = -1;
-    CreateDialogParamW(module_, MAKEINTRESOURCEW(template_number_), owner, Procedure, reinterpret_cast<LPARAM>(this));
+    CreateDialogParamW(module_, MAKEINTRESOURCEW(template_.number), owner, Procedure, reinterpret_cast<LPARAM>(this));
     return window_ != nullptr;
 }
 
@@ -119,6 +120,8 @@ int WinDialogWindow::RunModal(IDialogEvents& events)
 
 bool WinDialogWindow::CreateModeless(IDialogEvents& events, IDialogWindow* owner)
 {
+    modeless_ = true;
+    placed_ = false;
     const auto* window = static_cast<WinDialogWindow*>(owner); // windows of one front end know each other
     return Create(events, window != nullptr ? window->window_ : nullptr);
 }
@@ -235,12 +238,14 @@ INT_PTR WinDialogWindow::Handle(UINT message, WPARAM word, LPARAM value)
     }
 }
 
-// The system gives the focus to the first control unless the logic has given it to another.
+// The system gives the focus to the first control unless the logic has given it to another. A modeless window must not
+// take it from its owner, in which the user goes on.
 INT_PTR WinDialogWindow::HandleInit()
 {
+    PlaceTemplateControls();
     HWND before = GetFocus();
     events_->OnInitDialog();
-    return GetFocus() == before ? TRUE : FALSE;
+    return GetFocus() == before && !modeless_ ? TRUE : FALSE;
 }
 
 INT_PTR WinDialogWindow::HandleCommand(WPARAM word)
@@ -312,7 +317,14 @@ void WinDialogWindow::SetSmallIcon(IconHandle icon)
 
 void WinDialogWindow::Show(bool visible)
 {
-    ShowWindow(window_, visible ? SW_SHOW : SW_HIDE);
+    if (!visible || !modeless_) {
+        ShowWindow(window_, visible ? SW_SHOW : SW_HIDE);
+        return;
+    }
+    if (!std::exchange(placed_, true)) {
+        PlaceBesideOwner();
+    }
+    SetWindowPos(window_, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW);
 }
 
 void WinDialogWindow::EnableOwner(bool enabled)
@@ -349,7 +361,7 @@ void WinDialogWindow::EndWait()
 
 Rect WinDialogWindow::ClientRect() const
 {
-    return ToLogical(ClientOf(window_));
+    return LogicalClientOf(window_);
 }
 
 } // namespace partkeep

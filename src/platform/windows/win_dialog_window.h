@@ -11,7 +11,7 @@ namespace partkeep {
 
 class WinDialogWindow final : public IDialogWindow {
 public:
-    WinDialogWindow(HINSTANCE module, int template_number) : module_(module), template_number_(template_number) {}
+    WinDialogWindow(HINSTANCE module, const DialogTemplate& dialog) : module_(module), template_(dialog) {}
     ~WinDialogWindow() override { Destroy(); }
     WinDialogWindow(const WinDialogWindow&) = delete;
     WinDialogWindow& operator=(const WinDialogWindow&) = delete;
@@ -90,6 +90,8 @@ private:
     int RunLoop();
     INT_PTR Handle(UINT message, WPARAM word, LPARAM value);
     INT_PTR HandleInit();
+    void PlaceTemplateControls();
+    void PlaceBesideOwner();
     INT_PTR HandleCommand(WPARAM word);
     INT_PTR HandleNotify(const NMHDR& notice);
     INT_PTR HandleSetCursor();
@@ -102,14 +104,17 @@ private:
     int AddToolbarButtons(const ToolbarTemplate& toolbar);
 
     HINSTANCE module_;
-    int template_number_;
+    const DialogTemplate& template_;
     HWND window_ = nullptr;
     HWND owner_ = nullptr;
     HWND toolbar_ = nullptr;
     IDialogEvents* events_ = nullptr;
     WinMessages owner_messages_{nullptr};
+    bool modeless_ = false;
+    bool placed_ = false; // beside its owner
     bool ended_ = false;
     int result_ = -1;
+    int disabled_with_focus_ = 0; // the control's id
     int wait_depth_ = 0;
     HCURSOR cursor_before_wait_ = nullptr;
     HBITMAP toolbar_bitmap_ = nullptr;

@@ -39,7 +39,7 @@ public:
     [[nodiscard]] bool Exists() const { return window_ != nullptr; }
 
     void SetPainter(std::function<void(IDeviceContext&)> painter) override { painter_ = std::move(painter); }
-    [[nodiscard]] Rect ClientRect() const override { return ToLogical(ClientOf(window_)); }
+    [[nodiscard]] Rect ClientRect() const override { return LogicalClientOf(window_); }
     [[nodiscard]] Rect MapToDialog(const Rect& area) const override { return MapArea(window_, dialog_, area); }
     void Move(const Rect& area) override { MoveClientArea(window_, area, true); }
     void Show(bool visible) override { ShowWindow(window_, visible ? SW_SHOW : SW_HIDE); }
@@ -82,7 +82,7 @@ void WinPanel::Paint() const
     PAINTSTRUCT paint;
     HDC context = BeginPaint(window_, &paint);
     const RECT client = ClientOf(window_);
-    if (ScreenDpi() == logical_dpi) {
+    if (DialogScale(window_).IsPlain()) {
         PaintOn(context);
     } else {
         PaintScaled(context, client);
@@ -105,12 +105,13 @@ void WinPanel::PaintOn(HDC context) const
 // The logic paints in its own pixels, and the picture is enlarged to those of the screen.
 void WinPanel::PaintScaled(HDC context, const RECT& client) const
 {
-    const Rect logical = ToLogical(client);
+    const Rect logical = DialogScale(window_).ToLogical(client);
     HDC memory = CreateCompatibleDC(context);
     HBITMAP bitmap = CreateCompatibleBitmap(context, logical.right, logical.bottom);
     HGDIOBJ previous = SelectObject(memory, bitmap);
     PaintOn(memory);
-    SetStretchBltMode(context, COLORONCOLOR);
+    SetStretchBltMode(context, HALFTONE);
+    SetBrushOrgEx(context, 0, 0, nullptr);
     StretchBlt(context, 0, 0, client.right, client.bottom, memory, 0, 0, logical.right, logical.bottom, SRCCOPY);
     SelectObject(memory, previous);
     DeleteObject(bitmap);

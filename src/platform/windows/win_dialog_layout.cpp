@@ -1,0 +1,112 @@
+// Where a dialog's controls stand, and where a window stands that accompanies a dialog.
+
+#include "platform/companion_place.h"
+#include "platform/windows/dialog_scale.h"
+#include "platform/windows/site_window.h"
+#include "platform/windows/win_dialog_window.h"
+#include "resources/dialog_templates.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace partkeep {
+
+namespace {
+
+// The browser and the pictures stand at distances told in pixels among controls placed in dialog units. Within these
+// bounds of the units, in pixels of 96 dpi, they keep clear of each other.
+constexpr int min_base_width = 6;
+constexpr int min_base_height = 13;
+constexpr int max_base_height = 14;
+
+class DialogUnits {
+public:
+    explicit DialogUnits(HWND dialog) : scale_(dialog)
+    {
+        RECT base{0, 0, 4, 8};
+        MapDialogRect(dialog, &base);
+        width_ = std::max(scale_.ToLogical(static_cast<int>(base.right)), min_base_width);
+        height_ = std::clamp(scale_.ToLogical(static_cast<int>(base.bottom)), min_base_height, max_base_height);
+    }
+
+    [[nodiscard]] int Across(int units) const { return MulDiv(units, scale_.ToDevice(4 * width_), 16); }
+    [[nodiscard]] int Down(int units) const { return MulDiv(units, scale_.ToDevice(8 * height_), 64); }
+
+private:
+    DialogScale scale_;
+    int width_ = 0;
+    int height_ = 0;
+};
+
+RECT FrameOf(HWND window)
+{
+    RECT frame{};
+    GetWindowRect(window, &frame);
+    return frame;
+}
+
+Rect AsArea(const RECT& area)
+{
+    return {static_cast<int>(area.left), static_cast<int>(area.top), static_cast<int>(area.right),
+            static_cast<int>(area.bottom)};
+}
+
+// Its middle stays.
+void ResizeClient(HWND dialog, int width, int height)
+{
+    const RECT frame = FrameOf(dialog);
+    const RECT client = ClientOf(dialog);
+    const int wider = width - static_cast<int>(client.right);
+    const int higher = height - static_cast<int>(client.bottom);
+    if (wider != 0 || higher != 0) {
+        MoveWindow(dialog, frame.left - wider / 2, frame.top - higher / 2, frame.right - frame.left + wider,
+                   frame.bottom - frame.top + higher, FALSE);
+    }
+}
+
+bool IsPushButton(HWND window)
+{
+    return (SendMessageW(window, WM_GETDLGCODE, 0, 0) & (DLGC_DEFPUSHBUTTON | DLGC_UNDEFPUSHBUTTON)) != 0;
+}
+
+// What the user works with while the other window is open: the hosted control that was put in, and the buttons.
+std::vector<Rect> AreasToStayVisible(HWND dialog, int picture)
+{
+    std::vector<Rect> areas;
+    for (HWND child = GetWindow(dialog, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+        const bool hosted = ContentOfSite(child) != nullptr && GetDlgCtrlID(child) != picture;
+        if (IsWindowVisible(child) && (hosted || IsPushButton(child))) {
+            areas.push_back(AsArea(FrameOf(child)));
+        }
+    }
+    return areas;
+}
+
+} // namespace
+
+// The system lays a dialog out by the size of the font alone, which grows by whole pixels: at each density the
+// controls would stand elsewhere among those that are placed by pixels. They are placed anew, by the same units at all.
+void WinDialogWindow::PlaceTemplateControls()
+{
+    const DialogUnits units(window_);
+    ResizeClient(window_, units.Across(template_.width), units.Down(template_.height));
+    for (const auto& control : template_.controls) {
+        MoveWindow(Control(control.id), units.Across(control.x), units.Down(control.y), units.Across(control.width),
+                   units.Down(control.height), FALSE);
+    }
+}
+
+void WinDialogWindow::PlaceBesideOwner()
+{
+    MONITORINFO screen{};
+    screen.cbSize = sizeof screen;
+    if (owner_ == nullptr || !GetMonitorInfoW(MonitorFromWindow(owner_, MONITOR_DEFAULTTONEAREST), &screen)) {
+        return;
+    }
+    const Rect frame = AsArea(FrameOf(window_));
+    const Rect place = CompanionPlace(AsArea(FrameOf(owner_)), AsArea(screen.rcWork), frame.Width(), frame.Height(),
+                                      AreasToStayVisible(owner_, RES_PICTURE));
+    SetWindowPos(window_, nullptr, place.left, place.top, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+} // namespace partkeep
