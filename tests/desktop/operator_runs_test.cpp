@@ -151,13 +151,21 @@ TEST(OperatorRuns, OnTheSampleLibrary)
              "PLATESBracketsL/BRK-1.iga", "",
              "start go click count into staged clear SetDisplayUnit RefreshPartList count into leave",
              ServersFile("PLATES", "Brackets\\L", "inch", sample_servers)},
-            {"a disk that is full behind the first part", "go PLATES Brackets\\L; select BRK-1 BRK-8; disk 8192; load",
-             "BRK-1" + in + ".iga", ".filler; PLATESBracketsL/BRK-1.iga", no_files + "BRK-8'" + title,
-             "start go click count into staged*2 leave"},
-            {"a read-only disk", "go PLATES Brackets\\L; select BRK-1 BRK-2; disk readonly; add; load", "", "",
-             no_files + "BRK-1'" + title + "; " + no_files + "BRK-2'" + title,
-             "start go click count into staged*2 clear count into leave"},
         });
+}
+
+TEST(OperatorRuns, OnADiskThatFails)
+{
+    PARTKEEP_NEEDS_MOUNTS();
+    PlayEach(SampleLibraries(),
+             {
+                 {"full behind the first part", "go PLATES Brackets\\L; select BRK-1 BRK-8; disk 8192; load",
+                  "BRK-1 x1 PLATES|Brackets\\L PLATESBracketsL .iga", ".filler; PLATESBracketsL/BRK-1.iga",
+                  no_files + "BRK-8'" + title, "start go click count into staged*2 leave"},
+                 {"read-only", "go PLATES Brackets\\L; select BRK-1 BRK-2; disk readonly; add; load", "", "",
+                  no_files + "BRK-1'" + title + "; " + no_files + "BRK-2'" + title,
+                  "start go click count into staged*2 clear count into leave"},
+             });
 }
 
 TEST(OperatorRuns, AtTheLimits)

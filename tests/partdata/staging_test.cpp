@@ -190,6 +190,7 @@ TEST_F(Staging, SecondRemovalHitsNoNeighbour)
 #ifndef _WIN32
 TEST_F(Staging, WithoutAWorkingFolderNothingInTheRootIsDeleted)
 {
+    PARTKEEP_NEEDS_MOUNTS();
     const CMountedDisk disk(work_); // who may mount may also change the root
     WriteBytes(work_ / "P.iga", "x");
     for (const char16_t* nothing : {u"", u"\\"}) {

@@ -21,6 +21,7 @@ class SessionCopy : public LibraryShop {};
 
 TEST_F(SessionCopy, AFullOrReadOnlyDiskLeavesNoPartOfAFile)
 {
+    PARTKEEP_NEEDS_MOUNTS();
     const std::string large(100000, 'x');
     libraries_.Fill(u"SRV1"_s, [&large](CLibraryWriter& writer) {
         const auto part = writer.PutPart(*writer.MakeFolder(u"Plates\\2008"_s), u"P1"_s, std::nullopt);
@@ -92,6 +93,7 @@ TEST_F(SessionCopy, EveryPieceArrivesInItsPlaceAndOfOneState)
 
 TEST_F(SessionCopy, AFullDiskUnderTheLibraryLeavesItAsItWas)
 {
+    PARTKEEP_NEEDS_MOUNTS();
     CMountedDisk disk(target_.Path(), "4m");
     const fs::path file = target_.Path("S.kpl");
     LibraryProblem problem;

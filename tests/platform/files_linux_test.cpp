@@ -113,6 +113,7 @@ TEST_F(Folder, ReplacingFollowsLinks)
 
 TEST_F(Folder, AFullDiskLeavesTheOldOrTheNew)
 {
+    PARTKEEP_NEEDS_MOUNTS();
     {
         const CMountedDisk no_room_beside(folder_.Path(), "256k,nr_inodes=2"); // the folder itself and one file
         WriteBytes(file_, "old");
@@ -141,6 +142,7 @@ TEST_F(Folder, AFullDiskLeavesTheOldOrTheNew)
 
 TEST_F(Folder, AReadOnlyDiskChangesNothing)
 {
+    PARTKEEP_NEEDS_MOUNTS();
     WriteBytes(file_, "old and longer");
     fs::create_directory(folder_.Path("sub"));
     {
@@ -167,7 +169,9 @@ TEST_F(Folder, RightsDecideBetweenBesideInPlaceAndNothing)
         {"the same in a folder where only owners rename", 01777, 0666, false, false, true, true},
     };
     for (const auto& [label, folder_mode, file_mode, owns_folder, owns_file, replaced, same_file] : rows) {
-        ASSERT_TRUE(owns_file || CanOwnForOthers()) << label << ": only root can make such a file";
+        if (!owns_file && !CanOwnForOthers()) {
+            continue;
+        }
         const CTemporaryFolder folder;
         const fs::path file = folder.Path("a.ini");
         WriteBytes(file, "old");
@@ -185,6 +189,9 @@ TEST_F(Folder, RightsDecideBetweenBesideInPlaceAndNothing)
         EXPECT_EQ(after.st_ino == before.st_ino, same_file) << label;
         EXPECT_EQ(std::tie(after.st_mode, after.st_uid), std::tie(before.st_mode, before.st_uid)) << label;
         EXPECT_EQ(NamesIn(folder.Path()), Names{"a.ini"}) << label;
+    }
+    if (!CanOwnForOthers()) {
+        GTEST_SKIP() << "the rows with files of someone else: only root can make them";
     }
 }
 

@@ -223,6 +223,7 @@ TEST_F(Load, AFileInTheStagingFoldersPlaceDropsThePart)
 #ifndef _WIN32
 TEST_F(Load, AnInstallationThatCannotBeWrittenChangesNothingElse)
 {
+    PARTKEEP_NEEDS_MOUNTS();
     StartIn("A\\B");
     const std::string before = ReadBytes(folder.Path("Install/kpdservers.ini"));
     Select("P1");

@@ -2,16 +2,17 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
 #include <grp.h>
 #include <linux/capability.h>
 #include <sched.h>
+#include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace partkeep {
@@ -24,8 +25,7 @@ constexpr uid_t nobody = 65534;
 void Require(bool done, const char* what)
 {
     if (!done) {
-        std::perror(what);
-        std::abort();
+        throw std::system_error(errno, std::generic_category(), what);
     }
 }
 
@@ -34,25 +34,29 @@ void WriteTo(const char* path, const std::string& text)
     Require((std::ofstream(path) << text).flush().good(), path);
 }
 
-// Whether this process was root before it entered a namespace.
-bool EnterNamespace()
+// Root needs no user namespace, unless it is the root of a container that holds the right back.
+void EnterNamespace()
 {
     const uid_t user = geteuid();
     const gid_t group = getegid();
-    Require(unshare(user == 0 ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER) == 0, "mount namespace");
-    if (user != 0) {
+    if (unshare(CLONE_NEWNS) != 0) {
+        Require(unshare(CLONE_NEWNS | CLONE_NEWUSER) == 0, "mount namespace");
         WriteTo("/proc/self/setgroups", "deny");
         WriteTo("/proc/self/uid_map", "0 " + std::to_string(user) + " 1");
         WriteTo("/proc/self/gid_map", "0 " + std::to_string(group) + " 1");
     }
     Require(mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "private mounts");
-    return user == 0;
 }
 
-bool IsRealRoot()
+void Mount(const std::filesystem::path& where, const std::string& options)
 {
-    static const bool real_root = EnterNamespace();
-    return real_root;
+    Require(mount("partkeep-test", where.c_str(), "tmpfs", 0, options.c_str()) == 0, "mount");
+}
+
+void EnterNamespaceOnce()
+{
+    static const bool entered = (EnterNamespace(), true);
+    static_cast<void>(entered);
 }
 
 // With all that is mounted below.
@@ -76,22 +80,59 @@ void BindOnItself(const std::filesystem::path& what)
     Require(mount(what.c_str(), what.c_str(), nullptr, MS_BIND, nullptr) == 0, "bind mount");
 }
 
-// In a namespace of a single user there is nobody else to become; giving up the capabilities does the same.
+// What is thrown ends the child process with a signal.
+[[noreturn]] void EndWith(const std::function<bool()>& action) noexcept
+{
+    _exit(action() ? 0 : 1);
+}
+
+// In a child process, so that this one stays as it is.
+bool Succeeds(const std::function<bool()>& action)
+{
+    std::fflush(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+        EndWith(action);
+    }
+    int status = 0;
+    Require(child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status), "child");
+    return WEXITSTATUS(status) == 0;
+}
+
+bool BecomeNobody()
+{
+    return setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0;
+}
+
+// Where there is nobody else to become, giving up the capabilities does the same.
 void DropPrivileges()
 {
     __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
     __user_cap_data_struct none[2]{};
-    const bool dropped = IsRealRoot() ? setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0
-                                      : syscall(SYS_capset, &header, none) == 0;
-    Require(dropped, "privileges");
+    Require(CanOwnForOthers() ? BecomeNobody() : syscall(SYS_capset, &header, none) == 0, "privileges");
 }
 
 } // namespace
 
+bool CanMount()
+{
+    static const bool can = Succeeds([] {
+        try {
+            EnterNamespace();
+            Mount("/", "");
+            return true;
+        } catch (const std::system_error& problem) {
+            std::fprintf(stderr, "%s\n", problem.what());
+            return false;
+        }
+    });
+    return can;
+}
+
 CMountedDisk::CMountedDisk(std::filesystem::path folder, const std::string& size) : folder_(std::move(folder))
 {
-    IsRealRoot();
-    Require(mount("partkeep-test", folder_.c_str(), "tmpfs", 0, ("mode=0777,size=" + size).c_str()) == 0, "mount");
+    EnterNamespaceOnce();
+    Mount(folder_, "mode=0777,size=" + size);
 }
 
 CMountedDisk::~CMountedDisk()
@@ -118,7 +159,7 @@ void CMountedDisk::SetReadOnly(bool read_only)
 CReadOnlyFolder::CReadOnlyFolder(std::filesystem::path folder, const std::filesystem::path& writable_file)
     : folder_(std::move(folder))
 {
-    IsRealRoot();
+    EnterNamespaceOnce();
     BindOnItself(folder_);
     if (!writable_file.empty()) {
         BindOnItself(writable_file);
@@ -133,26 +174,23 @@ CReadOnlyFolder::~CReadOnlyFolder()
 
 void GiveToUnprivilegedUser(const std::filesystem::path& path)
 {
-    Require(!IsRealRoot() || lchown(path.c_str(), nobody, nobody) == 0, "chown");
+    Require(!CanOwnForOthers() || lchown(path.c_str(), nobody, nobody) == 0, "chown");
 }
 
 bool CanOwnForOthers()
 {
-    return IsRealRoot();
+    return Succeeds([] {
+        const int file = memfd_create("partkeep-test", MFD_CLOEXEC);
+        return fchown(file, nobody, nobody) == 0 && BecomeNobody();
+    });
 }
 
 bool RunWithoutPrivileges(const std::function<bool()>& action)
 {
-    IsRealRoot();
-    std::fflush(nullptr);
-    const pid_t child = fork();
-    if (child == 0) {
+    return Succeeds([&action] {
         DropPrivileges();
-        _exit(action() ? 0 : 1);
-    }
-    int status = 0;
-    Require(child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status), "child");
-    return WEXITSTATUS(status) == 0;
+        return action();
+    });
 }
 
 } // namespace partkeep

@@ -1,5 +1,5 @@
-// Real faults of a Linux file system: a disk that is full or read-only, and a user without rights. Needs root, or
-// else a user namespace, which is entered by itself; where neither can be had the test program ends with an error.
+// Real faults of a Linux file system: a disk that is full or read-only, and a user without rights. Mounts need root, or
+// else a user namespace, which is entered by itself; where neither can be had the cases that mount are skipped.
 #pragma once
 
 #include <cstddef>
@@ -8,6 +8,14 @@
 #include <string>
 
 namespace partkeep {
+
+// Whether this process may mount, for itself alone.
+[[nodiscard]] bool CanMount();
+
+// Begins a case that mounts.
+#define PARTKEEP_NEEDS_MOUNTS()                                                                                        \
+    if (!CanMount())                                                                                                   \
+    GTEST_SKIP() << "no process may mount here, not even in a user namespace"
 
 // A small file system of its own on an existing folder, seen by this process alone and gone with the object.
 // Declare it behind the folder that it stands in.
@@ -40,10 +48,10 @@ private:
     std::filesystem::path folder_;
 };
 
-// Makes the user that RunWithoutPrivileges runs as the owner of a file or folder.
+// Makes the user that RunWithoutPrivileges runs as the owner of a file or folder, where that is not this one.
 void GiveToUnprivilegedUser(const std::filesystem::path& path);
 
-// Whether what was not given to that user belongs to someone else. In a user namespace, all is the user's own.
+// Whether what was not given to that user belongs to someone else. That takes root, outside of any user namespace.
 [[nodiscard]] bool CanOwnForOthers();
 
 // Runs `action` in a child process that no permission is waived for, and gives its result.

@@ -33,6 +33,11 @@ fi
 
 . "$here/wine_env.sh"
 if [ ! -f "$WINEPREFIX/system.reg" ]; then
+    if [ "${WINEARCH:-}" = win32 ]; then
+        # The 32-bit user32.dll needs this one, which only a later step of making the prefix would bring.
+        mkdir -p "$WINEPREFIX/drive_c/windows/system32"
+        cp /usr/lib/i386-linux-gnu/wine/i386-windows/zlib1.dll "$WINEPREFIX/drive_c/windows/system32"
+    fi
     wineboot -i >/dev/null 2>&1 9>&-
     # No window manager is there to wait for.
     wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1 9>&-

@@ -1,5 +1,6 @@
 # Installs the component, builds consumers against the installed copy by its CMake package and by pkg-config, and
-# runs them. BUILD, SOURCE and PLACE come from the command line.
+# runs them. BUILD, SOURCE, PLACE and FLAGS come from the command line. The consumers are built by the tool that
+# built the component: no other need be there.
 file(REMOVE_RECURSE "${PLACE}")
 function(must)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
@@ -10,7 +11,10 @@ function(must)
 endfunction()
 
 must(${CMAKE_COMMAND} --install "${BUILD}" --prefix "${PLACE}/prefix")
-must(${CMAKE_COMMAND} -S "${SOURCE}" -B "${PLACE}/build" "-DCMAKE_PREFIX_PATH=${PLACE}/prefix" "-DCMAKE_CXX_FLAGS=${FLAGS}" "-DCMAKE_C_FLAGS=${FLAGS}")
+load_cache("${BUILD}" READ_WITH_PREFIX built_by_ CMAKE_GENERATOR CMAKE_MAKE_PROGRAM)
+must(${CMAKE_COMMAND} -S "${SOURCE}" -B "${PLACE}/build" -G "${built_by_CMAKE_GENERATOR}"
+  "-DCMAKE_MAKE_PROGRAM=${built_by_CMAKE_MAKE_PROGRAM}"
+  "-DCMAKE_PREFIX_PATH=${PLACE}/prefix" "-DCMAKE_CXX_FLAGS=${FLAGS}" "-DCMAKE_C_FLAGS=${FLAGS}")
 must(${CMAKE_COMMAND} --build "${PLACE}/build")
 must("${PLACE}/build/c_consumer")
 must("${PLACE}/build/cpp_consumer")
