@@ -5,10 +5,8 @@
 #include "platform/control.h"
 
 #include <cstdint>
-#include <initializer_list>
+#include <functional>
 #include <memory>
-#include <string>
-#include <string_view>
 
 namespace partkeep {
 
@@ -24,31 +22,20 @@ public:
     void Detach() { control_.reset(); }
     [[nodiscard]] bool HasControl() const { return control_ != nullptr; }
 
-    void SetEventSink(std::function<void(std::int32_t)> sink);
+    void SetEventSink(std::function<void(std::int32_t)> sink)
+    {
+        if (control_ != nullptr) {
+            control_->SetEventSink(std::move(sink));
+        }
+    }
 
 protected:
-    using Arguments = std::initializer_list<ControlArgument>;
-
-    // The one way to the control. A result of another type than asked for counts as none.
-    [[nodiscard]] ControlResult InvokeHelper(std::int32_t dispatch_id, InvokeKind kind, ControlType result,
-                                             Arguments arguments);
-
-    void InvokeNone(std::int32_t dispatch_id, Arguments arguments = {}, InvokeKind kind = InvokeKind::Method);
-    bool InvokeBool(std::int32_t dispatch_id, Arguments arguments = {});
-    std::int16_t InvokeInt16(std::int32_t dispatch_id, Arguments arguments = {});
-    std::int32_t InvokeInt32(std::int32_t dispatch_id, Arguments arguments = {});
-    std::u16string InvokeText(std::int32_t dispatch_id, Arguments arguments = {}, InvokeKind kind = InvokeKind::Method);
-
-    static ControlArgument Text(std::u16string_view text) { return {ControlType::Text, text}; }
-    static ControlArgument Int16(std::int16_t value) { return {ControlType::Int16, value}; }
-    static ControlArgument Int16Ref(std::int16_t* values)
+    // The one way to the control: calls the operation of one row of its contract.
+    template <typename Row, typename... Given>
+    auto InvokeHelper(Given... given)
     {
-        return {ControlType::Int16Ref, static_cast<void*>(values)};
+        return Row::Invoke(control_.get(), given...);
     }
-    static ControlArgument Int32Ref(std::int32_t* value) { return {ControlType::Int32Ref, static_cast<void*>(value)}; }
-    static ControlArgument TextRef(void* text) { return {ControlType::TextRef, text}; }
-    static ControlArgument UnknownRef(void* block) { return {ControlType::UnknownRef, block}; }
-    static ControlArgument Unknown(void* object) { return {ControlType::Unknown, object}; }
 
 private:
     std::unique_ptr<IHostedControl> control_;
