@@ -5,10 +5,8 @@
 #include "platform/control.h"
 
 #include <cstdint>
-#include <initializer_list>
+#include <functional>
 #include <memory>
-#include <string>
-#include <string_view>
 
 namespace partkeep {
 
@@ -33,34 +31,46 @@ public:
     void Detach() { control_.reset(); }
     [[nodiscard]] bool HasControl() const { return control_ != nullptr; }
 
-    void SetEventSink(std::function<void(std::int32_t)> sink);
+    void SetEventSink(std::function<void(std::int32_t)> sink)
+    {
+        if (control_ != nullptr) {
+            control_->SetEventSink(std::move(sink));
+        }
+    }
     void SetCallWatch(ICallWatch* watch) { watch_ = watch; } // borrowed; null for none
 
 protected:
-    using Arguments = std::initializer_list<ControlArgument>;
-
-    // The one way to the control. A result of another type than asked for counts as none.
-    [[nodiscard]] ControlResult InvokeHelper(std::int32_t dispatch_id, InvokeKind kind, ControlType result,
-                                             Arguments arguments);
-
-    void InvokeNone(std::int32_t dispatch_id, Arguments arguments = {}, InvokeKind kind = InvokeKind::Method);
-    bool InvokeBool(std::int32_t dispatch_id, Arguments arguments = {});
-    std::int16_t InvokeInt16(std::int32_t dispatch_id, Arguments arguments = {});
-    std::int32_t InvokeInt32(std::int32_t dispatch_id, Arguments arguments = {});
-    std::u16string InvokeText(std::int32_t dispatch_id, Arguments arguments = {}, InvokeKind kind = InvokeKind::Method);
-
-    static ControlArgument Text(std::u16string_view text) { return {ControlType::Text, text}; }
-    static ControlArgument Int16(std::int16_t value) { return {ControlType::Int16, value}; }
-    static ControlArgument Int16Ref(std::int16_t* values)
+    // The one way to the control: calls the operation of one row of its contract.
+    template <typename Row, typename... Given>
+    auto InvokeHelper(Given... given)
     {
-        return {ControlType::Int16Ref, static_cast<void*>(values)};
+        const std::shared_ptr<IHostedControl> control = control_; // the window may go while the call runs
+        const CWatchedCall watched(control != nullptr ? watch_ : nullptr);
+        return Row::Invoke(control.get(), given...);
     }
-    static ControlArgument Int32Ref(std::int32_t* value) { return {ControlType::Int32Ref, static_cast<void*>(value)}; }
-    static ControlArgument TextRef(void* text) { return {ControlType::TextRef, text}; }
-    static ControlArgument UnknownRef(void* block) { return {ControlType::UnknownRef, block}; }
-    static ControlArgument Unknown(void* object) { return {ControlType::Unknown, object}; }
 
 private:
+    class CWatchedCall {
+    public:
+        explicit CWatchedCall(ICallWatch* watch) : watch_(watch)
+        {
+            if (watch_ != nullptr) {
+                watch_->CallBegins();
+            }
+        }
+        ~CWatchedCall()
+        {
+            if (watch_ != nullptr) {
+                watch_->CallEnds();
+            }
+        }
+        CWatchedCall(const CWatchedCall&) = delete;
+        CWatchedCall& operator=(const CWatchedCall&) = delete;
+
+    private:
+        ICallWatch* watch_;
+    };
+
     std::shared_ptr<IHostedControl> control_; // shared with the calls under way
     ICallWatch* watch_ = nullptr;
 };

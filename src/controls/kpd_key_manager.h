@@ -1,10 +1,11 @@
-// The one way to the part browser: a member per operation of its contract, and nothing else. Each member holds
-// only dispatch id, argument types and result type; the control does the work. What an operation writes
-// through a pointer is told in part_browser_contract.h.
+// The one way to the part browser: a member per operation of its contract, and nothing else. Each member
+// calls the row of its name; the control does the work.
 #pragma once
 
 #include "controls/control_wrapper.h"
 #include "controls/part_browser_contract.h"
+
+#include <algorithm>
 
 namespace partkeep {
 
@@ -18,49 +19,67 @@ struct PartAttributeBlocks {
     std::int32_t thickness = 0;                        // 4, in 1/10000
     std::int32_t argument5 = 0;
     std::int16_t argument6 = 0;
-    std::array<char, long_text_bytes> material{}; // 7
-    std::array<char, long_text_bytes> argument8{};
-    std::array<char, long_text_bytes> machine{}; // 9
+    LongText material{}; // 7
+    LongText argument8{};
+    LongText machine{}; // 9
     std::int32_t argument10 = 0;
     std::int32_t argument11 = 0;
-    std::array<char, long_text_bytes> comment{}; // 12
+    LongText comment{}; // 12
     std::int16_t argument13 = 0;
     std::int16_t argument14 = 0;
 };
 
 class CKPDKeyManager : public CControlWrapper {
 public:
-    bool ConnectServer(std::u16string_view server);
-    void DisconnectServer();
-    bool SetTargetFolder(std::u16string_view folder);
-    std::u16string GetPreviewFileTitle();
-    bool SetDataKind(std::int16_t kind_mask);
-    std::int32_t GetLastStatus();
-    std::u16string GetCurrentServer();
-    void SetCurrentServer(std::u16string_view server);
-    void SetDisplayUnit(std::int16_t unit); // 1 inch, 0 metric
-    void SelectNextServer();
-    void OpenFolderSelection();
-    bool SetCurrentFolder(std::u16string_view folder);
-    std::u16string GetCurrentFolder();
-    bool RefreshPartList();
-    bool GetServerList(ServerTable& table);
-    bool SetServerList(const ServerTable& table);
-    bool GetViewState(std::int16_t* values); // room for GetViewStateCount values
-    std::int16_t GetViewStateCount();        // never negative
+    bool ConnectServer(std::u16string_view server) { return InvokeHelper<browser::ConnectServer>(server); }
+    void DisconnectServer() { InvokeHelper<browser::DisconnectServer>(); }
+    bool SetTargetFolder(std::u16string_view folder) { return InvokeHelper<browser::SetTargetFolder>(folder); }
+    std::u16string GetPreviewFileTitle() { return InvokeHelper<browser::GetPreviewFileTitle>(); }
+    bool SetDataKind(std::int16_t kind_mask) { return InvokeHelper<browser::SetDataKind>(kind_mask); }
+    std::int32_t GetLastStatus() { return InvokeHelper<browser::GetLastStatus>(); }
+    std::u16string GetCurrentServer() { return InvokeHelper<browser::GetCurrentServer>(); }
+    void SetCurrentServer(std::u16string_view server) { InvokeHelper<browser::SetCurrentServer>(server); }
+    // 1 inch, 0 metric
+    void SetDisplayUnit(std::int16_t unit) { InvokeHelper<browser::SetDisplayUnit>(unit); }
+    void SelectNextServer() { InvokeHelper<browser::SelectNextServer>(); }
+    void OpenFolderSelection() { InvokeHelper<browser::OpenFolderSelection>(); }
+    bool SetCurrentFolder(std::u16string_view folder) { return InvokeHelper<browser::SetCurrentFolder>(folder); }
+    std::u16string GetCurrentFolder() { return InvokeHelper<browser::GetCurrentFolder>(); }
+    bool RefreshPartList() { return InvokeHelper<browser::RefreshPartList>(); }
+    bool GetServerList(ServerTable& table) { return InvokeHelper<browser::GetServerList>(&table); }
+    // A copy, so that the control can't write to the caller's.
+    bool SetServerList(ServerTable table) { return InvokeHelper<browser::SetServerList>(&table); }
+    // Room for GetViewStateCount values.
+    bool GetViewState(std::int16_t* values) { return InvokeHelper<browser::GetViewState>(values); }
+    // Never negative.
+    std::int16_t GetViewStateCount() { return std::max<std::int16_t>(0, InvokeHelper<browser::GetViewStateCount>()); }
     // The control may read max_view_state_values values whatever the file gave.
-    void SetViewState(const std::int16_t* values);
-    bool SetPartFilter(std::int16_t kind_mask);
+    void SetViewState(const std::int16_t* values) { InvokeHelper<browser::SetViewState>(values); }
+    bool SetPartFilter(std::int16_t kind_mask) { return InvokeHelper<browser::SetPartFilter>(kind_mask); }
     // `image`: image_block_bytes that begin with the request tag. `scratch`: scratch_block_bytes.
-    bool ReadPartImage(std::u16string_view working_folder, void* image, void* scratch);
-    std::int16_t MoveFocus(std::int16_t code);
-    bool CopyPartFiles(std::u16string_view server, std::u16string_view part_path);
+    bool ReadPartImage(std::u16string_view working_folder, void* image, void* scratch)
+    {
+        return InvokeHelper<browser::ReadPartImage>(working_folder, image, scratch);
+    }
+    std::int16_t MoveFocus(std::int16_t code) { return InvokeHelper<browser::MoveFocus>(code); }
+    bool CopyPartFiles(std::u16string_view server, std::u16string_view part_path)
+    {
+        return InvokeHelper<browser::CopyPartFiles>(server, part_path);
+    }
     // Material, machine name and comment end in a NUL afterwards, whatever the control wrote.
     bool ReadPartAttributes(std::u16string_view server, std::u16string_view part_path, PartAttributeBlocks& blocks);
-    std::int32_t GetSelectedPartCount(); // never negative
+    // Never negative.
+    std::int32_t GetSelectedPartCount()
+    {
+        return std::max<std::int32_t>(0, InvokeHelper<browser::GetSelectedPartCount>());
+    }
     // Buffers of at least short_text_bytes, zeroed by the caller.
-    std::int32_t GetSelectedPart(std::int16_t index, char* server, char* folder, char* part_name);
-    std::int16_t SelectAllParts(std::int16_t select); // 1 selects all, 0 clears
+    std::int32_t GetSelectedPart(std::int16_t index, char* server, char* folder, char* part_name)
+    {
+        return InvokeHelper<browser::GetSelectedPart>(index, server, folder, part_name);
+    }
+    // 1 selects all, 0 clears.
+    std::int16_t SelectAllParts(std::int16_t select) { return InvokeHelper<browser::SelectAllParts>(select); }
 };
 
 } // namespace partkeep

@@ -2,66 +2,23 @@
 // values exchanged. Shared by the side that calls (CKPDKeyManager) and by every implementation.
 #pragma once
 
-#include "platform/control.h"
+#include "controls/typed_contract.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <span>
+#include <string>
+#include <tuple>
 
 namespace partkeep {
 
 inline constexpr ClassId part_browser_class_id{
     0x4C1CDCBC, 0x4146, 0x4EFC, {0x96, 0x93, 0xAE, 0x68, 0x00, 0x75, 0x2C, 0x57}};
 
-enum class BrowserOperation : std::int32_t {
-    ConnectServer = 2,
-    DisconnectServer = 3,
-    SetTargetFolder = 10,
-    GetPreviewFileTitle = 12,
-    SetDataKind = 13,
-    GetLastStatus = 14,
-    GetCurrentServer = 15,
-    SetCurrentServer = 16,
-    SetDisplayUnit = 17,
-    SelectNextServer = 27,
-    OpenFolderSelection = 29,
-    SetCurrentFolder = 30,
-    GetCurrentFolder = 31,
-    RefreshPartList = 36,
-    GetServerList = 38,
-    SetServerList = 39,
-    GetViewState = 40,
-    GetViewStateCount = 41,
-    SetViewState = 43,
-    SetPartFilter = 44,
-    ReadPartImage = 47,
-    MoveFocus = 49,
-    CopyPartFiles = 56,
-    ReadPartAttributes = 57,
-    GetSelectedPartCount = 79,
-    GetSelectedPart = 80,
-    SelectAllParts = 100,
-};
-
 enum class BrowserEvent : std::int32_t {
     Click = -600, // without parameters: the user clicked or changed the selection
     Second = 1,   // without parameters; nothing listens to it
 };
-
-// One row of the contract's table.
-struct OperationSignature {
-    BrowserOperation operation;
-    const char* name;
-    ControlType result;
-    std::span<const ControlType> arguments;
-};
-
-// Every operation once, by rising dispatch id.
-[[nodiscard]] std::span<const OperationSignature> BrowserSignatures();
-
-// Null for an id that is not in the contract.
-[[nodiscard]] const OperationSignature* FindBrowserSignature(std::int32_t dispatch_id);
 
 // The server table: ten slots of narrow text in the system code page; the first empty slot ends the list.
 inline constexpr std::size_t server_slots = 10;
@@ -74,11 +31,19 @@ struct ServerTable {
 };
 static_assert(sizeof(ServerTable) == 2600);
 
+inline void EndTexts(ServerTable* table)
+{
+    for (auto& slot : table->slots) {
+        slot.back() = '\0';
+    }
+}
+
 // Narrow text outputs. The smallest buffer a caller gives for server, folder and part name is 100 bytes; part
 // name alone may come with 256. Material, machine name and comment have 256 bytes.
 inline constexpr std::size_t short_text_bytes = 100;
 inline constexpr std::size_t long_text_bytes = 256;
 inline constexpr std::size_t part_name_units = 256; // the 512-byte block of ReadPartAttributes
+using LongText = std::array<char, long_text_bytes>;
 
 inline constexpr std::size_t image_block_bytes = 24000;
 inline constexpr std::size_t scratch_block_bytes = 256;
@@ -98,5 +63,47 @@ inline constexpr std::int16_t focus_at_start = -1;
 inline constexpr std::int16_t focus_at_paint = 15;
 
 inline constexpr std::int32_t status_list_outdated = -2; // of GetLastStatus: rebuild the list
+
+// Every operation once, by rising dispatch id.
+// clang-format off
+#define PARTKEEP_BROWSER_OPERATIONS(ROW)                                                                               \
+    ROW(2, Method, ConnectServer, bool(ControlText server))                                                            \
+    ROW(3, Method, DisconnectServer, void())                                                                           \
+    ROW(10, Method, SetTargetFolder, bool(ControlText folder))                                                         \
+    ROW(12, Method, GetPreviewFileTitle, std::u16string())                                                             \
+    ROW(13, Method, SetDataKind, bool(std::int16_t kind_mask))                                                         \
+    ROW(14, Method, GetLastStatus, std::int32_t())                                                                     \
+    ROW(15, Method, GetCurrentServer, std::u16string())                                                                \
+    ROW(16, Method, SetCurrentServer, void(ControlText server))                                                        \
+    ROW(17, Method, SetDisplayUnit, void(std::int16_t unit))                                                           \
+    ROW(27, Method, SelectNextServer, void())                                                                          \
+    ROW(29, Method, OpenFolderSelection, void())                                                                       \
+    ROW(30, Method, SetCurrentFolder, bool(ControlText folder))                                                        \
+    ROW(31, Method, GetCurrentFolder, std::u16string())                                                                \
+    ROW(36, Method, RefreshPartList, bool())                                                                           \
+    ROW(38, Method, GetServerList, bool(ServerTable* table))                                                           \
+    ROW(39, Method, SetServerList, bool(ServerTable* table))                                                           \
+    ROW(40, Method, GetViewState, bool(std::int16_t* values))                                                          \
+    ROW(41, Method, GetViewStateCount, std::int16_t())                                                                 \
+    ROW(43, Method, SetViewState, void(const std::int16_t* values))                                                    \
+    ROW(44, Method, SetPartFilter, bool(std::int16_t kind_mask))                                                       \
+    ROW(47, Method, ReadPartImage, bool(ControlText working_folder, void* image, void* scratch))                       \
+    ROW(49, Method, MoveFocus, std::int16_t(std::int16_t code))                                                        \
+    ROW(56, Method, CopyPartFiles, bool(ControlText server, ControlText part_path))                                    \
+    ROW(57, Method, ReadPartAttributes,                                                                                \
+        bool(ControlText server, ControlText part_path, char16_t* part_name, std::int32_t* thickness, std::int32_t*,   \
+             std::int16_t*, LongText* material, LongText*, LongText* machine, std::int32_t*, std::int32_t*,            \
+             LongText* comment, std::int16_t*, std::int16_t*))                                                         \
+    ROW(79, Method, GetSelectedPartCount, std::int32_t())                                                              \
+    ROW(80, Method, GetSelectedPart, std::int32_t(std::int16_t index, char* server, char* folder, char* part_name))    \
+    ROW(100, Method, SelectAllParts, std::int16_t(std::int16_t select))
+// clang-format on
+
+enum class BrowserOperation : std::int32_t { PARTKEEP_BROWSER_OPERATIONS(PARTKEEP_ROW_ID) };
+
+namespace browser {
+PARTKEEP_BROWSER_OPERATIONS(PARTKEEP_ROW_TYPE)
+inline constexpr std::tuple contract{PARTKEEP_BROWSER_OPERATIONS(PARTKEEP_ROW_ELEMENT)};
+} // namespace browser
 
 } // namespace partkeep

@@ -3,28 +3,23 @@
 #pragma once
 
 #include "controls/control_wrapper.h"
+#include "controls/picture_contract.h"
 
 namespace partkeep {
 
-inline constexpr ClassId picture_control_class_id{
-    0xDBE2F81A, 0xE533, 0x4E67, {0xA6, 0xCD, 0xA0, 0x5F, 0x41, 0xA9, 0x62, 0x7E}};
-
-enum class PictureOperation : std::int32_t {
-    ImagePath = 1, // property
-    Second = 2,
-    AboutBox = -552,
-};
-
 class CzXZanPicCtrl : public CControlWrapper {
 public:
-    std::u16string GetImagePath();
+    std::u16string GetImagePath() { return InvokeHelper<picture::GetImagePath>(); }
 
     // Full path of a picture file, shown at once, or empty text for no picture. The control closes the file before
     // this returns. A file that is missing or no picture leaves the control empty; nothing is reported.
-    void SetImagePath(std::u16string_view path);
+    void SetImagePath(std::u16string_view path) { InvokeHelper<picture::SetImagePath>(path); }
 
-    std::int16_t SecondOperation(void* object);
-    void AboutBox();
+    std::int16_t SecondOperation(void* object)
+    {
+        return InvokeHelper<picture::SecondOperation>(static_cast<AutomationObject*>(object));
+    }
+    void AboutBox() { InvokeHelper<picture::AboutBox>(); }
 };
 
 } // namespace partkeep

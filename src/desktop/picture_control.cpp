@@ -1,6 +1,5 @@
 #include "desktop/picture_control.h"
 
-#include "controls/zan_pic_ctrl.h"
 #include "desktop/spoken_role.h"
 #include "platform/files.h"
 
@@ -59,21 +58,7 @@ void CPictureWidget::paintEvent(QPaintEvent*)
 ControlResult CPictureControl::Invoke(std::int32_t dispatch_id, InvokeKind kind,
                                       std::span<const ControlArgument> arguments, ControlType result)
 {
-    if (dispatch_id == static_cast<std::int32_t>(PictureOperation::Second)) {
-        return result == ControlType::Int16 ? ControlResult(std::int16_t{0}) : ControlResult();
-    }
-    if (dispatch_id != static_cast<std::int32_t>(PictureOperation::ImagePath)) {
-        return {};
-    }
-    if (kind == InvokeKind::PropertyGet) {
-        return path_;
-    }
-    if (kind == InvokeKind::PropertyPut && arguments.size() == 1) {
-        if (const auto* path = std::get_if<std::u16string_view>(&arguments[0].value)) {
-            SetImagePath(*path);
-        }
-    }
-    return {};
+    return Dispatch(picture::contract, MemberCalls<CPictureControl>{*this}, {dispatch_id, kind, arguments, result});
 }
 
 void CPictureControl::SetImagePath(std::u16string_view path)

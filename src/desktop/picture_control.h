@@ -2,7 +2,7 @@
 // whole when its path is set and not kept open.
 #pragma once
 
-#include "platform/control.h"
+#include "controls/picture_contract.h"
 
 #include <QImage>
 #include <QPointer>
@@ -32,9 +32,13 @@ public:
                          ControlType result) override;
     void SetEventSink(std::function<void(std::int32_t)>) override {} // it has no events
 
-private:
+    // The contract's operations.
+    [[nodiscard]] std::u16string GetImagePath() const { return path_; }
     void SetImagePath(std::u16string_view path);
+    static std::int16_t SecondOperation(AutomationObject* /*object*/) { return 0; }
+    static void AboutBox() {}
 
+private:
     QPointer<CPictureWidget> widget_;
     std::u16string path_;
 };

@@ -2,237 +2,97 @@
 
 #include "partlibrary/narrow_text.h"
 
-#include <algorithm>
-#include <string_view>
+#include <type_traits>
 
 namespace partkeep {
 
 namespace {
 
-constexpr std::int16_t automation_true = -1;
-
-using Arguments = std::span<const ControlArgument>;
-
-ControlResult FromBool(bool value)
+void Put(char* buffer, const QString& text)
 {
-    return value ? automation_true : std::int16_t{0};
+    if (buffer != nullptr) {
+        CopyNarrow(text, {buffer, short_text_bytes});
+    }
 }
 
-std::u16string_view TextAt(Arguments arguments, std::size_t index)
+void Put(LongText* buffer, const QString& text)
 {
-    const auto* text = std::get_if<std::u16string_view>(&arguments[index].value);
-    return text != nullptr ? *text : std::u16string_view{};
-}
-
-std::int16_t Int16At(Arguments arguments, std::size_t index)
-{
-    const auto* value = std::get_if<std::int16_t>(&arguments[index].value);
-    return value != nullptr ? *value : std::int16_t{0};
-}
-
-// Null when the caller passed none.
-template <typename T>
-T* PointerAt(Arguments arguments, std::size_t index)
-{
-    void* const* pointer = std::get_if<void*>(&arguments[index].value);
-    return pointer != nullptr ? static_cast<T*>(*pointer) : nullptr;
-}
-
-void WriteText(Arguments arguments, std::size_t index, const QString& text, std::size_t bytes)
-{
-    if (char* buffer = PointerAt<char>(arguments, index); buffer != nullptr) {
-        CopyNarrow(text, {buffer, bytes});
+    if (buffer != nullptr) {
+        CopyNarrow(text, *buffer);
     }
 }
 
 template <typename T>
-void WriteValue(Arguments arguments, std::size_t index, T value)
+void Put(T* target, std::type_identity_t<T> value)
 {
-    if (T* target = PointerAt<T>(arguments, index); target != nullptr) {
+    if (target != nullptr) {
         *target = value;
     }
 }
 
-bool HoldsValue(const ControlArgument& argument)
-{
-    switch (argument.type) {
-    case ControlType::Text:
-        return std::holds_alternative<std::u16string_view>(argument.value);
-    case ControlType::Int16:
-        return std::holds_alternative<std::int16_t>(argument.value);
-    default:
-        return std::holds_alternative<void*>(argument.value);
-    }
-}
+// The session's own members, and what stands between them and the caller's memory. Null pointers are no room.
+struct SessionCalls : MemberCalls<CBrowserSession> {
+    using MemberCalls::operator();
 
-bool Matches(const OperationSignature& signature, Arguments arguments)
-{
-    return std::equal(signature.arguments.begin(), signature.arguments.end(), arguments.begin(), arguments.end(),
-                      [](ControlType type, const ControlArgument& argument) {
-                          return type == argument.type && HoldsValue(argument);
-                      });
-}
-
-// Positions of ReadPartAttributes' outputs, from 0. What the component never reads is cleared.
-ControlResult ReadAttributes(CBrowserSession& session, Arguments arguments)
-{
-    const auto part = session.ReadPartAttributes(TextAt(arguments, 0), TextAt(arguments, 1));
-    if (!part) {
-        return FromBool(false);
+    bool operator()(browser::GetServerList, ServerTable* table) const
+    {
+        return table != nullptr && target.GetServerList(*table);
     }
-    WriteValue<std::int32_t>(arguments, 3, part->thickness);
-    WriteText(arguments, 6, part->material, long_text_bytes);
-    WriteText(arguments, 8, part->machine, long_text_bytes);
-    WriteText(arguments, 11, part->comment, long_text_bytes);
-    WriteText(arguments, 7, {}, long_text_bytes);
-    for (const std::size_t position : {4U, 9U, 10U}) {
-        WriteValue<std::int32_t>(arguments, position, 0);
+    bool operator()(browser::SetServerList, ServerTable* table) const
+    {
+        return table != nullptr && target.SetServerList(*table);
     }
-    for (const std::size_t position : {5U, 12U, 13U}) {
-        WriteValue<std::int16_t>(arguments, position, 0);
+    bool operator()(browser::GetViewState, std::int16_t* values) const
+    {
+        return values != nullptr &&
+               target.GetViewState(std::span<std::int16_t, view_state_values>(values, view_state_values));
     }
-    return FromBool(true);
-}
-
-ControlResult GetSelected(CBrowserSession& session, Arguments arguments)
-{
-    const auto part = session.GetSelectedPart(Int16At(arguments, 0));
-    if (!part) {
-        return std::int32_t{0};
+    void operator()(browser::SetViewState, const std::int16_t* values) const
+    {
+        if (values != nullptr) {
+            target.SetViewState(std::span<const std::int16_t, view_state_values>(values, view_state_values));
+        }
     }
-    WriteText(arguments, 1, part->server, short_text_bytes);
-    WriteText(arguments, 2, part->folder, short_text_bytes);
-    WriteText(arguments, 3, part->name, short_text_bytes);
-    return std::int32_t{1};
-}
-
-ControlResult ReadImage(CBrowserSession& session, Arguments arguments)
-{
-    char* image = PointerAt<char>(arguments, 1);
-    return FromBool(image != nullptr &&
-                    session.ReadPartImage(std::span<char, image_block_bytes>(image, image_block_bytes)));
-}
-
-ControlResult ExchangeServers(CBrowserSession& session, Arguments arguments, bool get)
-{
-    auto* table = PointerAt<ServerTable>(arguments, 0);
-    if (table == nullptr) {
-        return FromBool(false);
+    bool operator()(browser::ReadPartImage, ControlText /*working_folder*/, void* image, void* /*scratch*/) const
+    {
+        return image != nullptr &&
+               target.ReadPartImage(std::span<char, image_block_bytes>(static_cast<char*>(image), image_block_bytes));
     }
-    return FromBool(get ? session.GetServerList(*table) : session.SetServerList(*table));
-}
-
-ControlResult ExchangeViewState(CBrowserSession& session, Arguments arguments, bool get)
-{
-    auto* values = PointerAt<std::int16_t>(arguments, 0);
-    if (values == nullptr) {
-        return FromBool(false);
+    // What the component never reads is cleared.
+    bool operator()(browser::ReadPartAttributes, ControlText server, ControlText part_path, char16_t* /*part_name*/,
+                    std::int32_t* thickness, std::int32_t* argument5, std::int16_t* argument6, LongText* material,
+                    LongText* argument8, LongText* machine, std::int32_t* argument10, std::int32_t* argument11,
+                    LongText* comment, std::int16_t* argument13, std::int16_t* argument14) const
+    {
+        const auto part = target.ReadPartAttributes(server, part_path);
+        if (!part) {
+            return false;
+        }
+        Put(thickness, part->thickness);
+        Put(material, part->material);
+        Put(machine, part->machine);
+        Put(comment, part->comment);
+        Put(argument8, QString());
+        for (std::int32_t* unread : {argument5, argument10, argument11}) {
+            Put(unread, 0);
+        }
+        for (std::int16_t* unread : {argument6, argument13, argument14}) {
+            Put(unread, 0);
+        }
+        return true;
     }
-    if (get) {
-        return FromBool(session.GetViewState(std::span<std::int16_t, view_state_values>(values, view_state_values)));
+    std::int32_t operator()(browser::GetSelectedPart, std::int16_t index, char* server, char* folder,
+                            char* part_name) const
+    {
+        const auto part = target.GetSelectedPart(index);
+        if (part) {
+            Put(server, part->server);
+            Put(folder, part->folder);
+            Put(part_name, part->name);
+        }
+        return part ? 1 : 0;
     }
-    session.SetViewState(std::span<const std::int16_t, view_state_values>(values, view_state_values));
-    return {};
-}
-
-// Operations on one text.
-ControlResult DispatchText(CBrowserSession& session, BrowserOperation operation, Arguments arguments)
-{
-    const std::u16string_view text = TextAt(arguments, 0);
-    switch (operation) {
-    case BrowserOperation::ConnectServer:
-        return FromBool(session.ConnectServer(text));
-    case BrowserOperation::SetTargetFolder:
-        return FromBool(session.SetTargetFolder(text));
-    case BrowserOperation::SetCurrentFolder:
-        return FromBool(session.SetCurrentFolder(text));
-    case BrowserOperation::SetCurrentServer:
-        session.SetCurrentServer(text);
-        return {};
-    case BrowserOperation::CopyPartFiles:
-        return FromBool(session.CopyPartFiles(text, TextAt(arguments, 1)));
-    case BrowserOperation::ReadPartAttributes:
-        return ReadAttributes(session, arguments);
-    default:
-        return ReadImage(session, arguments);
-    }
-}
-
-// Operations on one 16-bit number.
-ControlResult DispatchNumber(CBrowserSession& session, BrowserOperation operation, Arguments arguments)
-{
-    const std::int16_t number = Int16At(arguments, 0);
-    switch (operation) {
-    case BrowserOperation::SetDataKind:
-        return FromBool(session.SetDataKind(number));
-    case BrowserOperation::SetDisplayUnit:
-        session.SetDisplayUnit(number);
-        return {};
-    case BrowserOperation::SetPartFilter:
-        return FromBool(session.SetPartFilter(number));
-    case BrowserOperation::MoveFocus:
-        return session.MoveFocus(number);
-    case BrowserOperation::SelectAllParts:
-        return session.SelectAllParts(number);
-    default:
-        return GetSelected(session, arguments);
-    }
-}
-
-ControlResult DispatchBlock(CBrowserSession& session, BrowserOperation operation, Arguments arguments)
-{
-    switch (operation) {
-    case BrowserOperation::GetServerList:
-    case BrowserOperation::SetServerList:
-        return ExchangeServers(session, arguments, operation == BrowserOperation::GetServerList);
-    default:
-        return ExchangeViewState(session, arguments, operation == BrowserOperation::GetViewState);
-    }
-}
-
-ControlResult DispatchPlain(CBrowserSession& session, BrowserOperation operation)
-{
-    switch (operation) {
-    case BrowserOperation::DisconnectServer:
-        session.DisconnectServer();
-        return {};
-    case BrowserOperation::SelectNextServer:
-        session.SelectNextServer();
-        return {};
-    case BrowserOperation::OpenFolderSelection:
-        session.OpenFolderSelection();
-        return {};
-    case BrowserOperation::GetPreviewFileTitle:
-        return session.GetPreviewFileTitle();
-    case BrowserOperation::GetLastStatus:
-        return session.GetLastStatus();
-    case BrowserOperation::GetCurrentServer:
-        return session.GetCurrentServer();
-    case BrowserOperation::GetCurrentFolder:
-        return session.GetCurrentFolder();
-    case BrowserOperation::RefreshPartList:
-        return FromBool(session.RefreshPartList());
-    case BrowserOperation::GetViewStateCount:
-        return session.GetViewStateCount();
-    default:
-        return session.GetSelectedPartCount();
-    }
-}
-
-ControlResult Dispatch(CBrowserSession& session, const OperationSignature& signature, Arguments arguments)
-{
-    if (arguments.empty()) {
-        return DispatchPlain(session, signature.operation);
-    }
-    switch (signature.arguments.front()) {
-    case ControlType::Text:
-        return DispatchText(session, signature.operation, arguments);
-    case ControlType::Int16:
-        return DispatchNumber(session, signature.operation, arguments);
-    default:
-        return DispatchBlock(session, signature.operation, arguments);
-    }
-}
+};
 
 } // namespace
 
@@ -249,15 +109,10 @@ CSessionControl::~CSessionControl()
 ControlResult CSessionControl::Invoke(std::int32_t dispatch_id, InvokeKind kind,
                                       std::span<const ControlArgument> arguments, ControlType result)
 {
-    const OperationSignature* signature = FindBrowserSignature(dispatch_id);
-    if (signature == nullptr || kind != InvokeKind::Method || result != signature->result ||
-        !Matches(*signature, arguments)) {
-        return {};
-    }
     ++calls_;
     ControlResult answer;
     try {
-        answer = Dispatch(*session_, *signature, arguments);
+        answer = Dispatch(browser::contract, SessionCalls{{*session_}}, {dispatch_id, kind, arguments, result});
     } catch (...) {
         answer = {}; // no result: the caller reads false, 0 or empty text
     }

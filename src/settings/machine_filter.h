@@ -2,6 +2,9 @@
 // and as a mask that the part browser understands.
 #pragma once
 
+#include "controls/part_browser_contract.h"
+#include "resources/resource_ids.h"
+
 #include <array>
 #include <cstdint>
 
@@ -14,16 +17,16 @@ struct MachineFilter {
 };
 
 inline constexpr std::array<MachineFilter, 4> machine_filters{{
-    {0, 32773, 24}, // PART
-    {1, 32774, 20}, // NCT
-    {2, 32775, 10}, // LASER
-    {3, 32776, 15}, // MARVEN
+    {0, RES_FILTER_PART, part_data_kind},
+    {1, RES_FILTER_NCT, nct_data_kind},
+    {2, RES_FILTER_LASER, laser_data_kind},
+    {3, RES_FILTER_MARVEN, marven_data_kind},
 }};
 
-// The choice as a dialog holds it. The mask stays -1 as long as FilterState is none of the table's.
+// The choice as a dialog holds it. The mask stays all_data_kinds as long as FilterState is none of the table's.
 struct MachineFilterState {
     std::int16_t FilterState = 0;
-    std::int16_t dataKind = -1;
+    std::int16_t dataKind = all_data_kinds;
 };
 
 // Null for a number outside the table.

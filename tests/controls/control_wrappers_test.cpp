@@ -76,13 +76,37 @@ Result Expected(ControlType type, std::int32_t number)
                                      : std::visit([](const auto& value) { return Result(value); }, Given(type, number));
 }
 
+// Dispatch id, types of the arguments, type of the result, by the automation interface's numbers.
+constexpr const char* types =
+    "2: 8 >11, 3: >0, 10: 8 >11, 12: >8, 13: 2 >11, 14: >3, 15: >8, 16: 8 >0, 17: 2 >0, 27: >0, 29: >0, "
+    "30: 8 >11, 31: >8, 36: >11, 38: 16397 >11, 39: 16397 >11, 40: 16386 >11, 41: >2, 43: 16386 >0, "
+    "44: 2 >11, 47: 8 16397 16397 >11, 49: 2 >2, 56: 8 8 >11, "
+    "57: 8 8 16392 16387 16387 16386 16392 16392 16392 16387 16387 16392 16386 16386 >11, 79: >3, "
+    "80: 2 16392 16392 16392 >3, 100: 2 >2, ";
+
+// An implementation without a member, or with a member of another result, does not compile.
+struct Half {
+    std::u16string GetImagePath();
+    bool SecondOperation(AutomationObject*);
+};
+template <typename Operation>
+constexpr bool answered = Operation::template answered_by<Operation, MemberCalls<Half>>;
+static_assert(answered<picture::GetImagePath>);
+static_assert(!answered<picture::SetImagePath> && !answered<picture::SecondOperation>);
+
 TEST(KpdKeyManager, EachMemberCallsAsTheContractTells)
 {
-    ASSERT_EQ(rows.size(), BrowserSignatures().size());
+    ASSERT_EQ(rows.size(), browser_signatures.size());
+    std::string told;
     for (std::size_t index = 0; index < rows.size(); ++index) {
         const auto& [operation, noted, call] = rows[index];
-        const OperationSignature& signature = BrowserSignatures()[index];
+        const OperationSignature& signature = browser_signatures[index];
         ASSERT_EQ(operation, signature.operation);
+        told += std::to_string(static_cast<int>(operation)) + ":";
+        for (const ControlType type : signature.arguments) {
+            told += " " + std::to_string(static_cast<int>(type));
+        }
+        told += " >" + std::to_string(static_cast<int>(signature.result)) + ", ";
         const bool counts = operation == GetViewStateCount || operation == GetSelectedPartCount;
         for (const std::int32_t number : {-1, 5}) {
             Recorder recorder;
@@ -96,6 +120,7 @@ TEST(KpdKeyManager, EachMemberCallsAsTheContractTells)
         Manager empty;
         EXPECT_EQ(call(empty), Expected(signature.result, 0)) << signature.name << " without control";
     }
+    EXPECT_EQ(told, types);
 }
 
 TEST(KpdKeyManager, EndsTextsThatAControlFillsToTheBrim)

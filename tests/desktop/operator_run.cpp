@@ -3,6 +3,7 @@
 #include "platform/files.h"
 #include "resources/resource_ids.h"
 #include "settings/process_values.h"
+#include "tests/support/browser_signatures.h"
 
 #include <sstream>
 

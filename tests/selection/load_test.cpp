@@ -188,14 +188,14 @@ TEST_F(Load, SurvivesABrowserThatFailsEverywhereOrAnswersGarbage)
 {
     std::vector<UserAction> actions = {[this](CScriptedWindow&) { browser.FireClick(); }, user::Press(RES_ADD),
                                        user::Press(RES_LOAD)};
-    for (const OperationSignature& signature : BrowserSignatures()) {
+    for (const OperationSignature& signature : browser_signatures) {
         browser.On(signature.operation, ControlResult());
     }
     browser.On(BrowserOperation::GetSelectedPartCount, ControlResult(std::int32_t{2}));
     EXPECT_EQ(Run(actions), id_ok);
     EXPECT_TRUE(dialog->resultParts.empty());
 
-    for (const OperationSignature& signature : BrowserSignatures()) {
+    for (const OperationSignature& signature : browser_signatures) {
         const bool text = signature.result == ControlType::Text;
         const bool number = signature.result == ControlType::Int32;
         browser.On(signature.operation, text     ? ControlResult(std::u16string(70000, u'\\'))

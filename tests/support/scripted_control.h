@@ -4,7 +4,7 @@
 // outlives the controls made from it.
 #pragma once
 
-#include "controls/part_browser_contract.h"
+#include "tests/support/browser_signatures.h"
 #include "tests/support/recorder.h"
 
 #include <map>

@@ -431,7 +431,7 @@ TEST_F(WindowsDialogs, EveryOperationArrivesWithTheContractsTypes)
     const std::unique_ptr<IHostedControl> control = controls.CreateHidden(part_browser_class_id, 12033342, 100, 100);
     ASSERT_NE(control, nullptr);
     std::vector<std::int16_t> block(max_view_state_values);
-    for (const OperationSignature& signature : BrowserSignatures()) {
+    for (const OperationSignature& signature : browser_signatures) {
         std::vector<ControlArgument> arguments;
         for (const ControlType type : signature.arguments) {
             arguments.push_back({type, static_cast<void*>(block.data())});
@@ -451,7 +451,7 @@ TEST_F(WindowsDialogs, EveryOperationArrivesWithTheContractsTypes)
             << line;
         EXPECT_EQ(std::holds_alternative<std::u16string>(result), signature.result == ControlType::Text) << line;
     }
-    EXPECT_EQ(stand_in.recorder.lines.size(), BrowserSignatures().size());
+    EXPECT_EQ(stand_in.recorder.lines.size(), browser_signatures.size());
 }
 
 TEST_F(WindowsDialogs, EventsInsideACallComeBehindIt)
