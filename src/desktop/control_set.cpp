@@ -62,6 +62,19 @@ void CControlSet::AddHosted(int id, QWidget* widget)
     controls_.push_back({id, ControlKind::HostedControl, widget, {}, false});
 }
 
+std::vector<QRect> CControlSet::WorkingAreas() const
+{
+    std::vector<QRect> areas;
+    for (const DialogControl& control : controls_) {
+        const bool added = control.kind == ControlKind::HostedControl && !control.in_tab_order;
+        const bool button = control.kind == ControlKind::PushButton || control.kind == ControlKind::DefaultPushButton;
+        if (control.widget != nullptr && control.widget->isVisible() && (added || button)) {
+            areas.emplace_back(control.widget->mapToGlobal(QPoint()), control.widget->size());
+        }
+    }
+    return areas;
+}
+
 void CControlSet::BindLabels()
 {
     for (const DialogControl& control : controls_) {

@@ -30,6 +30,10 @@ public:
     // One made at run time, already in its place.
     void AddHosted(int id, QWidget* widget);
 
+    // What the user goes on with while another window is open, on the screen: the hosted controls that were added, and
+    // the push buttons.
+    [[nodiscard]] std::vector<QRect> WorkingAreas() const;
+
     // Gives each label the control that it stands before: its access letter goes there.
     void BindLabels();
 

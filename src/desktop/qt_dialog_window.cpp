@@ -8,6 +8,7 @@
 #include "desktop/qt_input.h"
 #include "desktop/qt_keys.h"
 #include "desktop/qt_values.h"
+#include "platform/companion_place.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -21,8 +22,6 @@
 namespace partkeep {
 
 namespace {
-
-constexpr int gap_beside_owner = 8;
 
 // Counts an event for as long as it is told.
 class CToldEvent {
@@ -100,9 +99,9 @@ bool CQtDialogWindow::CreateModeless(IDialogEvents& events, IDialogWindow* owner
     if (!HasScreen() || Exists()) {
         return false;
     }
-    const auto* owner_window = dynamic_cast<CQtDialogWindow*>(owner);
+    owner_dialog_ = dynamic_cast<CQtDialogWindow*>(owner);
     modeless_ = true;
-    Open(events, owner_window == nullptr ? nullptr : owner_window->frame_.data());
+    Open(events, owner_dialog_ == nullptr ? nullptr : owner_dialog_->frame_.data());
     // The user goes on in the owner: a window that only shows what was added must not take the keys from it.
     frame_->setAttribute(Qt::WA_ShowWithoutActivating);
     return true;
@@ -245,17 +244,21 @@ void CQtDialogWindow::BringUp()
     }
 }
 
-// To its right where the screen has room, else over its right edge.
 void CQtDialogWindow::PlaceBesideOwner()
 {
     if (!owner_) {
         return;
     }
-    const QRect screen = owner_->screen()->availableGeometry();
+    std::vector<Rect> stay_visible;
+    for (const QRect& area : owner_dialog_->controls_.WorkingAreas()) {
+        stay_visible.push_back(ToRect(area));
+    }
     const QRect owner = owner_->frameGeometry();
-    const int beside = owner.right() + gap_beside_owner;
-    const int rightmost = screen.right() - frame_->width() - gap_beside_owner;
-    frame_->move(std::min(beside, std::max(rightmost, screen.left())), std::max(owner.top(), screen.top()));
+    const QSize border = owner.size() - owner_->size(); // that of this window is not known before it is shown
+    const Rect place =
+        CompanionPlace(ToRect(owner), ToRect(owner_->screen()->availableGeometry()), frame_->width() + border.width(),
+                       frame_->height() + border.height(), stay_visible);
+    frame_->move(place.left, place.top);
 }
 
 // ---- Events

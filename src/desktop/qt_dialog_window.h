@@ -116,6 +116,7 @@ private:
     IDialogEvents* events_ = nullptr; // null: no window
     QPointer<CDialogFrame> frame_;
     QPointer<QWidget> owner_;
+    const CQtDialogWindow* owner_dialog_ = nullptr; // of a modeless window; good for as long as `owner_` is
     CControlSet controls_;
     CQtMessages messages_;
     mutable QIcon parent_icon_;                                        // what the handle of ParentSmallIcon points to
