@@ -24,7 +24,7 @@ public:
     int shown = 0;
 };
 
-class CSilentWindow : public IDialogWindow {
+class CSilentWindow : public IDialogWindow, public IDialogFields, public IReportList, public IToolbar {
 public:
     // `press` is called once the dialog stands.
     CSilentWindow(CSilentMessages& messages, std::function<std::unique_ptr<IHostedControl>()> make_control,
@@ -44,6 +44,9 @@ public:
     void EndModal(int result) override { result_ = result; }
     void Destroy() override {}
     [[nodiscard]] bool Exists() const override { return true; }
+    [[nodiscard]] IDialogFields& Fields() override { return *this; }
+    [[nodiscard]] IReportList& ReportList() override { return *this; }
+    [[nodiscard]] IToolbar& Toolbar() override { return *this; }
     void SetTitle(std::u16string_view) override {}
     [[nodiscard]] IconHandle ParentSmallIcon() const override { return nullptr; }
     void SetSmallIcon(IconHandle) override {}

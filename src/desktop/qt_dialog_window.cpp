@@ -122,7 +122,7 @@ void CQtDialogWindow::Open(IDialogEvents& events, QWidget* owner)
         events.OnInitDialog();
     }
     if (frame_ && frame_->focusWidget() == nullptr) {
-        MoveFocusByOrder(true);
+        fields_.MoveFocusByOrder(true);
     }
 }
 
@@ -283,7 +283,7 @@ bool CQtDialogWindow::DefaultKey(const KeyPress& press)
 {
     switch (press.key) {
     case key_tab:
-        MoveFocusByOrder(!press.shift);
+        fields_.MoveFocusByOrder(!press.shift);
         return true;
     case key_return:
         PressDefault();

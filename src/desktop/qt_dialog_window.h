@@ -5,7 +5,10 @@
 #include "desktop/control_set.h"
 #include "desktop/dialog_frame.h"
 #include "desktop/hosted_control_factory.h"
+#include "desktop/qt_dialog_fields.h"
+#include "desktop/qt_dialog_toolbar.h"
 #include "desktop/qt_messages.h"
+#include "desktop/qt_report_list.h"
 #include "platform/dialog_window.h"
 
 #include <QEventLoop>
@@ -14,8 +17,6 @@
 #include <map>
 
 namespace partkeep {
-
-class CQtToolbar;
 
 class CQtDialogWindow : public IDialogWindow, private IDialogFrameEvents {
 public:
@@ -43,43 +44,9 @@ public:
     [[nodiscard]] Rect ClientRect() const override;
     [[nodiscard]] IMessages& OwnerMessages() override { return messages_; }
 
-    void SetText(int id, std::u16string_view text) override;
-    [[nodiscard]] std::u16string Text(int id) const override;
-    void Enable(int id, bool enabled) override;
-    void ShowControl(int id, bool visible) override;
-    void SetReadOnly(int id) override;
-    void LimitText(int id, int characters) override;
-    void ClearSelectedText(int id) override;
-    void SetCheck(int id, int state) override;
-    [[nodiscard]] int Check(int id) const override;
-    [[nodiscard]] Rect ControlClientRect(int id) const override;
-    [[nodiscard]] Rect MapToDialog(int id, const Rect& client_area) const override;
-    void MoveControl(int id, const Rect& area) override;
-
-    void Focus(int id) override;
-    [[nodiscard]] int FocusedControl() const override;
-    void MoveFocusByOrder(bool forward) override;
-
-    void ResetEntries(int id) override;
-    void InsertEntry(int id, int index, std::u16string_view text) override;
-    void SelectEntry(int id, int index) override;
-    [[nodiscard]] int SelectedEntry(int id) const override;
-
-    void InsertColumn(int id, int column, std::u16string_view header, int width) override;
-    void SetFullRowSelect(int id) override;
-    void InsertRow(int id, int row, std::u16string_view text) override;
-    void SetCell(int id, int row, int column, std::u16string_view text) override;
-    [[nodiscard]] std::u16string Cell(int id, int row, int column) const override;
-    void DeleteRow(int id, int row) override;
-    [[nodiscard]] int SelectedRowCount(int id) const override;
-    [[nodiscard]] int NextSelectedRow(int id, int after) const override;
-
-    bool CreateToolbar(const ToolbarTemplate& toolbar) override;
-    [[nodiscard]] Rect ClientRectBesideToolbar() const override;
-    void MoveAllControls(int dx, int dy) override;
-    void PlaceToolbar() override;
-    void EnableToolTips() override;
-    void PressTool(int command, bool pressed) override;
+    [[nodiscard]] IDialogFields& Fields() override { return fields_; }
+    [[nodiscard]] IReportList& ReportList() override { return list_; }
+    [[nodiscard]] IToolbar& Toolbar() override { return toolbar_; }
 
     [[nodiscard]] std::unique_ptr<IHostedControl> CreateHostedControl(const ClassId& class_id, int id,
                                                                       const Rect& area) override;
@@ -118,11 +85,13 @@ private:
     QPointer<QWidget> owner_;
     const CQtDialogWindow* owner_dialog_ = nullptr; // of a modeless window; good for as long as `owner_` is
     CControlSet controls_;
+    CQtDialogFields fields_{frame_, controls_};
+    CQtReportList list_{controls_};
+    CQtDialogToolbar toolbar_{frame_, events_, [this](int command) { Command(command); }};
     CQtMessages messages_;
     mutable QIcon parent_icon_;                                        // what the handle of ParentSmallIcon points to
     std::map<int, std::unique_ptr<IHostedControl>> template_controls_; // until they are asked for
     std::vector<QPointer<QWidget>> panels_;
-    QPointer<CQtToolbar> toolbar_;
     QEventLoop* loop_ = nullptr; // null: no modal run
     bool ended_ = false;
     bool modeless_ = false;

@@ -76,6 +76,65 @@ public:
     virtual void Invalidate(bool erase) = 0;
 };
 
+// The controls of a dialog by id. One that does not exist ignores what is set and answers empty, false or 0.
+class IDialogFields {
+public:
+    virtual ~IDialogFields() = default;
+
+    virtual void SetText(int id, std::u16string_view text) = 0;
+    [[nodiscard]] virtual std::u16string Text(int id) const = 0;
+    virtual void Enable(int id, bool enabled) = 0;
+    virtual void ShowControl(int id, bool visible) = 0;
+    virtual void SetReadOnly(int id) = 0;
+    virtual void LimitText(int id, int characters) = 0; // typed text only; program text passes
+    virtual void ClearSelectedText(int id) = 0;         // WM_CLEAR
+    virtual void SetCheck(int id, int state) = 0;
+    [[nodiscard]] virtual int Check(int id) const = 0;
+    [[nodiscard]] virtual Rect ControlClientRect(int id) const = 0;                    // left and top 0
+    [[nodiscard]] virtual Rect MapToDialog(int id, const Rect& client_area) const = 0; // to dialog coordinates
+    virtual void MoveControl(int id, const Rect& area) = 0;                            // dialog coordinates, repaints
+
+    // Keyboard focus.
+    virtual void Focus(int id) = 0;
+    [[nodiscard]] virtual int FocusedControl() const = 0; // 0: none; the hosting id for a window inside one
+    virtual void MoveFocusByOrder(bool forward) = 0;      // the dialog's own tab order
+
+    // Drop-down list.
+    virtual void ResetEntries(int id) = 0;
+    virtual void InsertEntry(int id, int index, std::u16string_view text) = 0;
+    virtual void SelectEntry(int id, int index) = 0;
+    [[nodiscard]] virtual int SelectedEntry(int id) const = 0; // -1: none
+};
+
+// Report lists by id, which answer like fields where there is none.
+class IReportList {
+public:
+    virtual ~IReportList() = default;
+
+    virtual void InsertColumn(int id, int column, std::u16string_view header, int width) = 0; // left-aligned
+    virtual void SetFullRowSelect(int id) = 0;
+    virtual void InsertRow(int id, int row, std::u16string_view text) = 0;
+    virtual void SetCell(int id, int row, int column, std::u16string_view text) = 0;
+    [[nodiscard]] virtual std::u16string Cell(int id, int row, int column) const = 0;
+    virtual void DeleteRow(int id, int row) = 0;
+    [[nodiscard]] virtual int SelectedRowCount(int id) const = 0;
+    [[nodiscard]] virtual int NextSelectedRow(int id, int after) const = 0; // after -1: the first; -1: none
+};
+
+// The tool bar, at the top of the client area.
+class IToolbar {
+public:
+    virtual ~IToolbar() = default;
+
+    virtual bool CreateToolbar(const ToolbarTemplate& toolbar) = 0;
+    [[nodiscard]] virtual Rect ClientRectBesideToolbar() const = 0; // what the bar leaves of the client area
+    virtual void MoveAllControls(int dx, int dy) = 0;               // without repainting; panels move along
+    virtual void PlaceToolbar() = 0;
+    virtual void EnableToolTips() = 0; // of the bar and of the dialog
+    virtual void PressTool(int command, bool pressed) = 0;
+};
+
+// The window itself, its run, and what is in it.
 class IDialogWindow {
 public:
     virtual ~IDialogWindow() = default;
@@ -105,48 +164,10 @@ public:
     [[nodiscard]] virtual Rect ClientRect() const = 0;
     [[nodiscard]] virtual IMessages& OwnerMessages() = 0; // messages owned by this window's owner
 
-    // Controls by id. A control that does not exist ignores what is set and answers empty, false or 0.
-    virtual void SetText(int id, std::u16string_view text) = 0;
-    [[nodiscard]] virtual std::u16string Text(int id) const = 0;
-    virtual void Enable(int id, bool enabled) = 0;
-    virtual void ShowControl(int id, bool visible) = 0;
-    virtual void SetReadOnly(int id) = 0;
-    virtual void LimitText(int id, int characters) = 0; // typed text only; program text passes
-    virtual void ClearSelectedText(int id) = 0;         // WM_CLEAR
-    virtual void SetCheck(int id, int state) = 0;
-    [[nodiscard]] virtual int Check(int id) const = 0;
-    [[nodiscard]] virtual Rect ControlClientRect(int id) const = 0;                    // left and top 0
-    [[nodiscard]] virtual Rect MapToDialog(int id, const Rect& client_area) const = 0; // to dialog coordinates
-    virtual void MoveControl(int id, const Rect& area) = 0;                            // dialog coordinates, repaints
-
-    // Keyboard focus.
-    virtual void Focus(int id) = 0;
-    [[nodiscard]] virtual int FocusedControl() const = 0; // 0: none; the hosting id for a window inside one
-    virtual void MoveFocusByOrder(bool forward) = 0;      // the dialog's own tab order
-
-    // Drop-down list.
-    virtual void ResetEntries(int id) = 0;
-    virtual void InsertEntry(int id, int index, std::u16string_view text) = 0;
-    virtual void SelectEntry(int id, int index) = 0;
-    [[nodiscard]] virtual int SelectedEntry(int id) const = 0; // -1: none
-
-    // Report list.
-    virtual void InsertColumn(int id, int column, std::u16string_view header, int width) = 0; // left-aligned
-    virtual void SetFullRowSelect(int id) = 0;
-    virtual void InsertRow(int id, int row, std::u16string_view text) = 0;
-    virtual void SetCell(int id, int row, int column, std::u16string_view text) = 0;
-    [[nodiscard]] virtual std::u16string Cell(int id, int row, int column) const = 0;
-    virtual void DeleteRow(int id, int row) = 0;
-    [[nodiscard]] virtual int SelectedRowCount(int id) const = 0;
-    [[nodiscard]] virtual int NextSelectedRow(int id, int after) const = 0; // after -1: the first; -1: none
-
-    // Toolbar, at the top of the client area.
-    virtual bool CreateToolbar(const ToolbarTemplate& toolbar) = 0;
-    [[nodiscard]] virtual Rect ClientRectBesideToolbar() const = 0; // what the bar leaves of the client area
-    virtual void MoveAllControls(int dx, int dy) = 0;               // without repainting; panels move along
-    virtual void PlaceToolbar() = 0;
-    virtual void EnableToolTips() = 0; // of the bar and of the dialog
-    virtual void PressTool(int command, bool pressed) = 0;
+    // What is in it; good for as long as this is, and without effect while no window exists.
+    [[nodiscard]] virtual IDialogFields& Fields() = 0;
+    [[nodiscard]] virtual IReportList& ReportList() = 0;
+    [[nodiscard]] virtual IToolbar& Toolbar() = 0;
 
     // Children made at run time. The results live no longer than the window.
     // Null when the control cannot be created. Afterwards the control answers to its id as any other.

@@ -12,12 +12,12 @@ namespace {
 // Add takes no second press while it runs, nor does Load from where parts are being added.
 class CButtonsDisabled {
 public:
-    explicit CButtonsDisabled(IDialogWindow& window) : window_(window) { window_.Enable(RES_ADD, false); }
+    explicit CButtonsDisabled(IDialogFields& fields) : fields_(fields) { fields_.Enable(RES_ADD, false); }
     ~CButtonsDisabled()
     {
-        window_.Enable(RES_ADD, true);
+        fields_.Enable(RES_ADD, true);
         if (load_too_) {
-            window_.Enable(RES_LOAD, true);
+            fields_.Enable(RES_LOAD, true);
         }
     }
     CButtonsDisabled(const CButtonsDisabled&) = delete;
@@ -26,11 +26,11 @@ public:
     void DisableLoad()
     {
         load_too_ = true;
-        window_.Enable(RES_LOAD, false);
+        fields_.Enable(RES_LOAD, false);
     }
 
 private:
-    IDialogWindow& window_;
+    IDialogFields& fields_;
     bool load_too_ = false;
 };
 
@@ -38,7 +38,7 @@ private:
 
 void CPartkeepReadDlg::OnAdd()
 {
-    CButtonsDisabled buttons(*window_);
+    CButtonsDisabled buttons(window_->Fields());
     const std::int32_t count = browser_.GetSelectedPartCount();
     if (count == 0 || count > max_selected_parts) {
         Tell(count == 0 ? LocalString::SelectParts : LocalString::TooManyParts);
@@ -89,7 +89,7 @@ void CPartkeepReadDlg::AddSelectedParts(std::int32_t count, const std::u16string
 bool CPartkeepReadDlg::AskQuantity(std::u16string& quantity)
 {
     quantity = u"1";
-    if (window_->Check(RES_ASK_QUANTITY) == 0) {
+    if (window_->Fields().Check(RES_ASK_QUANTITY) == 0) {
         return true;
     }
     CQuantityKeypadDlg keypad(door_, dialogIcon_);

@@ -38,8 +38,8 @@ CPartkeepReadDlg::ClickOutcome CPartkeepReadDlg::FollowClick()
 {
     const CWaitIndication wait(*window_);
     preview_->Blank();
-    window_->SetText(RES_PART_NAME, u"");
-    window_->SetText(RES_COMMENT, u"");
+    window_->Fields().SetText(RES_PART_NAME, u"");
+    window_->Fields().SetText(RES_COMMENT, u"");
     if (browser_.GetSelectedPartCount() == 0) {
         state_.currentServer = browser_.GetCurrentServer();
         return ClickOutcome::NothingSelected;
@@ -62,8 +62,8 @@ CPartkeepReadDlg::ClickOutcome CPartkeepReadDlg::FollowClick()
 
 void CPartkeepReadDlg::ShowPartTexts()
 {
-    window_->SetText(RES_PART_NAME, partNameText_);
-    window_->SetText(RES_COMMENT, commentText_);
+    window_->Fields().SetText(RES_PART_NAME, partNameText_);
+    window_->Fields().SetText(RES_COMMENT, commentText_);
 }
 
 } // namespace partkeep

@@ -28,15 +28,15 @@ void CPartkeepReadDlg::OnKey(const KeyPress& press)
 // of its own inside.
 void CPartkeepReadDlg::OnTabKey(bool forward)
 {
-    const int focused = window_->FocusedControl();
+    const int focused = window_->Fields().FocusedControl();
     const std::int16_t code = forward ? focus_forward : focus_backward;
     if (focused == RES_BROWSER) {
         if (browser_.MoveFocus(code) == 0) {
-            window_->Focus(forward ? RES_UNIT : id_cancel);
+            window_->Fields().Focus(forward ? RES_UNIT : id_cancel);
         }
         return;
     }
-    window_->MoveFocusByOrder(forward);
+    window_->Fields().MoveFocusByOrder(forward);
     if (focused == (forward ? id_cancel : RES_UNIT)) {
         browser_.MoveFocus(code);
     }
@@ -71,7 +71,7 @@ void CPartkeepReadDlg::OnSelectionChange(int id)
 
 void CPartkeepReadDlg::OnUnitChange()
 {
-    state_.displayUnit = window_->SelectedEntry(RES_UNIT) == 0 ? 0 : 1;
+    state_.displayUnit = window_->Fields().SelectedEntry(RES_UNIT) == 0 ? 0 : 1;
     ApplyDisplayUnit(true);
 }
 
@@ -88,10 +88,10 @@ void CPartkeepReadDlg::OnFilter(const MachineFilter& filter)
 {
     for (const MachineFilter& other : machine_filters) {
         if (other.command != filter.command) {
-            window_->PressTool(other.command, false);
+            window_->Toolbar().PressTool(other.command, false);
         }
     }
-    window_->PressTool(filter.command, true);
+    window_->Toolbar().PressTool(filter.command, true);
     filter_.dataKind = filter.dataKind;
     browser_.SetPartFilter(filter.dataKind);
     filter_.FilterState = filter.FilterState;

@@ -48,8 +48,8 @@ void CPartkeepReadDlg::OnInitDialog()
     folders_.previewFolder = TheProcessValues().workingFolder + u"Lumora_ForPNG";
     MakeDirectory(folders_.previewFolder);
     preview_->Create();
-    window_->SetReadOnly(RES_PART_NAME);
-    window_->SetReadOnly(RES_COMMENT);
+    window_->Fields().SetReadOnly(RES_PART_NAME);
+    window_->Fields().SetReadOnly(RES_COMMENT);
     SetCaptions();
     LoadServerList(state_, installFolder, browser_);
     settingsRead_ = true;
@@ -57,12 +57,12 @@ void CPartkeepReadDlg::OnInitDialog()
     ApplyDisplayUnit(state_.displayUnit != metric);
     ReadOptions();
     BuildToolbar();
-    window_->SelectEntry(RES_UNIT, state_.displayUnit);
+    window_->Fields().SelectEntry(RES_UNIT, state_.displayUnit);
     ShowPartTexts();
     HandStateToBrowser();
     window_->UpdateNow();
     browser_.MoveFocus(focus_at_start);
-    window_->Focus(RES_BROWSER);
+    window_->Fields().Focus(RES_BROWSER);
     ConnectToLastPlace(folder_to_restore);
 }
 
@@ -82,18 +82,19 @@ void CPartkeepReadDlg::CreateBrowser()
 
 void CPartkeepReadDlg::SetCaptions()
 {
-    window_->SetText(RES_CAPTION_3D, LoadLocalString(LocalString::Image3D));
-    window_->SetText(RES_CAPTION_2D, LoadLocalString(LocalString::Image2D));
-    window_->SetText(RES_UNIT_CAPTION, LoadLocalString(LocalString::DisplayUnit));
-    window_->SetText(RES_PART_NAME_CAPTION, LoadLocalString(LocalString::PartsName) + u" (&P)");
-    window_->SetText(RES_COMMENT_CAPTION, LoadLocalString(LocalString::Comment));
-    window_->SetText(RES_LOAD, LoadLocalString(LocalString::Ok));
-    window_->SetText(id_cancel, LoadLocalString(LocalString::Cancel));
-    window_->SetText(RES_ADD, LoadLocalString(LocalString::Add));
-    window_->SetText(RES_ASK_QUANTITY, LoadLocalString(LocalString::InputQuantity));
-    window_->ResetEntries(RES_UNIT);
-    window_->InsertEntry(RES_UNIT, 0, LoadLocalString(LocalString::Metric));
-    window_->InsertEntry(RES_UNIT, 1, LoadLocalString(LocalString::Inch));
+    IDialogFields& fields = window_->Fields();
+    fields.SetText(RES_CAPTION_3D, LoadLocalString(LocalString::Image3D));
+    fields.SetText(RES_CAPTION_2D, LoadLocalString(LocalString::Image2D));
+    fields.SetText(RES_UNIT_CAPTION, LoadLocalString(LocalString::DisplayUnit));
+    fields.SetText(RES_PART_NAME_CAPTION, LoadLocalString(LocalString::PartsName) + u" (&P)");
+    fields.SetText(RES_COMMENT_CAPTION, LoadLocalString(LocalString::Comment));
+    fields.SetText(RES_LOAD, LoadLocalString(LocalString::Ok));
+    fields.SetText(id_cancel, LoadLocalString(LocalString::Cancel));
+    fields.SetText(RES_ADD, LoadLocalString(LocalString::Add));
+    fields.SetText(RES_ASK_QUANTITY, LoadLocalString(LocalString::InputQuantity));
+    fields.ResetEntries(RES_UNIT);
+    fields.InsertEntry(RES_UNIT, 0, LoadLocalString(LocalString::Metric));
+    fields.InsertEntry(RES_UNIT, 1, LoadLocalString(LocalString::Inch));
 }
 
 void CPartkeepReadDlg::ReadOptions()
@@ -103,18 +104,19 @@ void CPartkeepReadDlg::ReadOptions()
     if (const MachineFilter* filter = FindFilterByState(filter_.FilterState)) {
         filter_.dataKind = filter->dataKind;
     }
-    window_->SetCheck(RES_ASK_QUANTITY, prompt);
+    window_->Fields().SetCheck(RES_ASK_QUANTITY, prompt);
 }
 
 void CPartkeepReadDlg::BuildToolbar()
 {
-    window_->CreateToolbar(filter_toolbar_template);
-    const int shift = window_->ClientRectBesideToolbar().left - window_->ClientRect().left;
-    window_->MoveAllControls(shift, toolbar_room);
-    window_->PlaceToolbar();
-    window_->EnableToolTips();
+    IToolbar& bar = window_->Toolbar();
+    bar.CreateToolbar(filter_toolbar_template);
+    const int shift = bar.ClientRectBesideToolbar().left - window_->ClientRect().left;
+    bar.MoveAllControls(shift, toolbar_room);
+    bar.PlaceToolbar();
+    bar.EnableToolTips();
     if (const MachineFilter* filter = FindFilterByState(filter_.FilterState)) {
-        window_->PressTool(filter->command, true);
+        bar.PressTool(filter->command, true);
     }
 }
 

@@ -59,7 +59,7 @@ void CPreviewImages::Create()
     panel3D_.SetClientExtent(pane_extent);
     panel2D_.SetClientExtent(pane_extent);
     picture_.Attach(window_.TemplateControl(RES_PICTURE));
-    window_.ShowControl(RES_PICTURE, false); // it stands in the template, on the panel's spot
+    window_.Fields().ShowControl(RES_PICTURE, false); // it stands in the template, on the panel's spot
 }
 
 void CPreviewImages::Destroy()
@@ -73,7 +73,7 @@ void CPreviewImages::Blank()
 {
     panel3D_.SetImage(nullptr);
     panel2D_.SetImage(nullptr);
-    window_.ShowControl(RES_PICTURE, false);
+    window_.Fields().ShowControl(RES_PICTURE, false);
     panel2D_.Show(true);
     picture_.SetImagePath(u"");
 }
@@ -98,7 +98,7 @@ void CPreviewImages::RefreshPreviewImages(std::u16string_view working_folder)
     if (answers.png) {
         ShowPicture(preview_path);
     } else if (answers.image2D) {
-        window_.ShowControl(RES_PICTURE, false);
+        window_.Fields().ShowControl(RES_PICTURE, false);
         panel2D_.Show(true);
         panel2D_.SetImage(image2D_);
     }
@@ -155,11 +155,11 @@ void CPreviewImages::ShowPicture(const std::u16string& preview_path)
     browser_.SetDataKind(nct_data_kind);
     const std::u16string picture_path = preview_path + browser_.GetPreviewFileTitle() + u".PNG";
     panel2D_.Show(false);
-    Rect area = window_.ControlClientRect(RES_PICTURE);
+    Rect area = window_.Fields().ControlClientRect(RES_PICTURE);
     area.right = pane_extent;
     area.bottom = pane_extent;
-    window_.MoveControl(RES_PICTURE, window_.MapToDialog(RES_PICTURE, area));
-    window_.ShowControl(RES_PICTURE, true);
+    window_.Fields().MoveControl(RES_PICTURE, window_.Fields().MapToDialog(RES_PICTURE, area));
+    window_.Fields().ShowControl(RES_PICTURE, true);
     picture_.SetImagePath(picture_path);
 }
 

@@ -89,10 +89,10 @@ CQuantityKeypadDlg::CQuantityKeypadDlg(CEventDoor& door, IconHandle icon)
 void CQuantityKeypadDlg::OnInitDialog()
 {
     window_.SetSmallIcon(dialogIcon_);
-    window_.LimitText(RES_QUANTITY, static_cast<int>(max_characters));
-    window_.SetText(RES_QUANTITY_CAPTION, LoadLocalString(LocalString::PartNumber));
-    window_.SetText(RES_CANCEL, LoadLocalString(LocalString::Cancel));
-    window_.SetText(RES_OK, LoadLocalString(LocalString::Ok));
+    window_.Fields().LimitText(RES_QUANTITY, static_cast<int>(max_characters));
+    window_.Fields().SetText(RES_QUANTITY_CAPTION, LoadLocalString(LocalString::PartNumber));
+    window_.Fields().SetText(RES_CANCEL, LoadLocalString(LocalString::Cancel));
+    window_.Fields().SetText(RES_OK, LoadLocalString(LocalString::Ok));
     window_.SetTitle(LoadLocalString(LocalString::InputQuantity));
 }
 
@@ -116,21 +116,21 @@ void CQuantityKeypadDlg::OnCommand(int id)
 void CQuantityKeypadDlg::OnTextChange(int id)
 {
     if (id == RES_QUANTITY) {
-        quantityText_ = window_.Text(RES_QUANTITY);
+        quantityText_ = window_.Fields().Text(RES_QUANTITY);
     }
 }
 
 // The digits land at the end, wherever the caret stands, and pass by the limit on typed text.
 void CQuantityKeypadDlg::OnDigit(const char16_t* digits)
 {
-    window_.ClearSelectedText(RES_QUANTITY);
-    window_.SetText(RES_QUANTITY, quantityText_ + digits);
+    window_.Fields().ClearSelectedText(RES_QUANTITY);
+    window_.Fields().SetText(RES_QUANTITY, quantityText_ + digits);
 }
 
 // Blanks at the end count for no check but stay in the field and in the result.
 void CQuantityKeypadDlg::OnOK()
 {
-    quantityText_ = window_.Text(RES_QUANTITY);
+    quantityText_ = window_.Fields().Text(RES_QUANTITY);
     const std::u16string_view text = WithoutBlanksAtEnd(quantityText_);
     if (text.empty()) {
         return;

@@ -46,16 +46,17 @@ void CSelectedPartsDlg::OnInitDialog()
 {
     window_->SetSmallIcon(dialogIcon_);
     window_->SetTitle(LoadLocalString(LocalString::SelectedParts));
-    window_->SetText(RES_REMOVE, LoadLocalString(LocalString::Remove));
-    window_->SetText(RES_CHANGE_QUANTITY, LoadLocalString(LocalString::ChangeQuantity));
+    window_->Fields().SetText(RES_REMOVE, LoadLocalString(LocalString::Remove));
+    window_->Fields().SetText(RES_CHANGE_QUANTITY, LoadLocalString(LocalString::ChangeQuantity));
 }
 
 void CSelectedPartsDlg::InitColumns()
 {
+    IReportList& list = window_->ReportList();
     for (const ColumnLayout& layout : columns) {
-        window_->InsertColumn(RES_PART_LIST, layout.column, LoadLocalString(layout.header), layout.width);
+        list.InsertColumn(RES_PART_LIST, layout.column, LoadLocalString(layout.header), layout.width);
     }
-    window_->SetFullRowSelect(RES_PART_LIST);
+    list.SetFullRowSelect(RES_PART_LIST);
 }
 
 void CSelectedPartsDlg::AddLastPartRow()
@@ -76,9 +77,10 @@ void CSelectedPartsDlg::AddAllRows()
 
 void CSelectedPartsDlg::AddRow(int row, const PartRecord& part)
 {
-    window_->InsertRow(RES_PART_LIST, row, part.PartName);
-    window_->SetCell(RES_PART_LIST, row, path_column, PathOf(part));
-    window_->SetCell(RES_PART_LIST, row, quantity_column, part.Qty);
+    IReportList& list = window_->ReportList();
+    list.InsertRow(RES_PART_LIST, row, part.PartName);
+    list.SetCell(RES_PART_LIST, row, path_column, PathOf(part));
+    list.SetCell(RES_PART_LIST, row, quantity_column, part.Qty);
 }
 
 void CSelectedPartsDlg::Show()
@@ -118,19 +120,20 @@ void CSelectedPartsDlg::OnCommand(int id)
 // Each deletion shifts the rows below it, so each pass asks anew for the first selected row.
 void CSelectedPartsDlg::OnRemove()
 {
-    for (int left = window_->SelectedRowCount(RES_PART_LIST); left > 0; --left) {
-        const int row = window_->NextSelectedRow(RES_PART_LIST, -1);
+    IReportList& list = window_->ReportList();
+    for (int left = list.SelectedRowCount(RES_PART_LIST); left > 0; --left) {
+        const int row = list.NextSelectedRow(RES_PART_LIST, -1);
         if (row < 0 || row >= static_cast<int>(selectedParts.size())) {
             return;
         }
-        window_->DeleteRow(RES_PART_LIST, row);
+        list.DeleteRow(RES_PART_LIST, row);
         selectedParts.erase(std::next(selectedParts.begin(), row));
     }
 }
 
 void CSelectedPartsDlg::OnChangeQty()
 {
-    if (window_->SelectedRowCount(RES_PART_LIST) == 0) {
+    if (window_->ReportList().SelectedRowCount(RES_PART_LIST) == 0) {
         return;
     }
     CQuantityKeypadDlg keypad(door_, dialogIcon_);
@@ -147,12 +150,12 @@ int CSelectedPartsDlg::RunOverOwner(CQuantityKeypadDlg& keypad)
 
 void CSelectedPartsDlg::SetSelectedQuantities(std::u16string_view quantity)
 {
-    int row = window_->NextSelectedRow(RES_PART_LIST, -1);
-    for (int left = window_->SelectedRowCount(RES_PART_LIST); left > 0 && row >= 0; --left) {
-        UpdatePartQty(window_->Cell(RES_PART_LIST, row, name_column), window_->Cell(RES_PART_LIST, row, path_column),
-                      quantity);
-        window_->SetCell(RES_PART_LIST, row, quantity_column, quantity);
-        row = window_->NextSelectedRow(RES_PART_LIST, row);
+    IReportList& list = window_->ReportList();
+    int row = list.NextSelectedRow(RES_PART_LIST, -1);
+    for (int left = list.SelectedRowCount(RES_PART_LIST); left > 0 && row >= 0; --left) {
+        UpdatePartQty(list.Cell(RES_PART_LIST, row, name_column), list.Cell(RES_PART_LIST, row, path_column), quantity);
+        list.SetCell(RES_PART_LIST, row, quantity_column, quantity);
+        row = list.NextSelectedRow(RES_PART_LIST, row);
     }
 }
 

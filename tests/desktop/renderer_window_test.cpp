@@ -94,13 +94,13 @@ protected:
     {
         handler_.init = [this] {
             hosted_ = window_->CreateHostedControl(part_browser_class_id, RES_BROWSER, {5, 30, 500, 300});
-            window_->CreateToolbar(filter_toolbar_template);
-            window_->PlaceToolbar();
-            window_->EnableToolTips();
-            window_->PressTool(RES_FILTER_PART, true);
-            window_->InsertEntry(RES_UNIT, 0, u"Metric");
-            window_->InsertEntry(RES_UNIT, 1, u"Inch");
-            window_->SelectEntry(RES_UNIT, 0);
+            window_->Toolbar().CreateToolbar(filter_toolbar_template);
+            window_->Toolbar().PlaceToolbar();
+            window_->Toolbar().EnableToolTips();
+            window_->Toolbar().PressTool(RES_FILTER_PART, true);
+            window_->Fields().InsertEntry(RES_UNIT, 0, u"Metric");
+            window_->Fields().InsertEntry(RES_UNIT, 1, u"Inch");
+            window_->Fields().SelectEntry(RES_UNIT, 0);
             panel_ = window_->CreatePanel(RES_IMAGE_PANEL, {5, 379, 155, 529});
             handler_.notes.clear();
         };
@@ -109,7 +109,7 @@ protected:
     }
     [[nodiscard]] UserStep Focusing(int id)
     {
-        return [=, this] { window_->Focus(id); };
+        return [=, this] { window_->Fields().Focus(id); };
     }
 
     CFieldFactory factory_;
@@ -123,7 +123,7 @@ protected:
 TEST_F(QtWindow, TellsTheLogicOfKeysCommandsAndChoices)
 {
     const UserStep in_field = [this] { factory_.field->setFocus(); };
-    const UserStep focus = [this] { handler_.notes += " on" + std::to_string(window_->FocusedControl()); };
+    const UserStep focus = [this] { handler_.notes += " on" + std::to_string(window_->Fields().FocusedControl()); };
     const UserStep tab = Pressing(dialog, Qt::Key_Tab);
     const UserStep enter = Pressing(dialog, Qt::Key_Return);
     const UserStep control_a = Pressing(dialog, Qt::Key_A, Qt::ControlModifier);
@@ -158,8 +158,9 @@ TEST_F(QtWindow, TellsTheLogicOfKeysCommandsAndChoices)
         {"Enter elsewhere", {Focusing(RES_PART_NAME), enter}, " key13 command1"},
         {"access keys", {alt(Qt::Key_P), focus, alt(Qt::Key_M), focus, alt(Qt::Key_U), focus}, " on203 on204 on202"},
         {"Tab passes over what is hidden, disabled or made at run time",
-         {[this] { window_->Enable(RES_COMMENT, false); }, [this] { window_->ShowControl(RES_ASK_QUANTITY, false); },
-          Focusing(RES_CANCEL), tab, focus, tab, focus, tab, focus, tab, tab, focus},
+         {[this] { window_->Fields().Enable(RES_COMMENT, false); },
+          [this] { window_->Fields().ShowControl(RES_ASK_QUANTITY, false); }, Focusing(RES_CANCEL), tab, focus, tab,
+          focus, tab, focus, tab, tab, focus},
          " key9 on203 key9 on210 key9 on202 key9 key9 on201"},
         {"key on the closed list", {Focusing(RES_UNIT), Pressing(dialog, Qt::Key_Down)}, " key40 selection202"},
         {"Enter takes what the open list shows, then is the dialog's",

@@ -28,64 +28,65 @@ struct SuiteHandler : IDialogEvents {
 inline void CheckControls(IDialogWindow& window, SuiteHandler& handler)
 {
     constexpr int absent = 999;
-    window.LimitText(RES_PART_NAME, 3);
-    window.SetText(RES_PART_NAME, u"部品 & text");
-    EXPECT_EQ(window.Text(RES_PART_NAME), u"部品 & text") << "the limit is for typed text";
+    window.Fields().LimitText(RES_PART_NAME, 3);
+    window.Fields().SetText(RES_PART_NAME, u"部品 & text");
+    EXPECT_EQ(window.Fields().Text(RES_PART_NAME), u"部品 & text") << "the limit is for typed text";
     EXPECT_EQ(std::exchange(handler.notes, ""), " text203");
-    window.SetCheck(RES_ASK_QUANTITY, 1);
-    EXPECT_EQ(window.Check(RES_ASK_QUANTITY), 1);
-    window.InsertEntry(RES_UNIT, 0, u"Inch");
-    window.InsertEntry(RES_UNIT, 0, u"Metric");
-    window.SelectEntry(RES_UNIT, 1);
-    EXPECT_EQ(window.SelectedEntry(RES_UNIT), 1);
-    window.ResetEntries(RES_UNIT);
-    EXPECT_EQ(window.SelectedEntry(RES_UNIT), -1);
-    window.MoveControl(RES_ADD, {12, 20, 112, 44}); // multiples of four are whole pixels on denser screens too
-    EXPECT_EQ(window.MapToDialog(RES_ADD, window.ControlClientRect(RES_ADD)), (Rect{12, 20, 112, 44}));
-    window.SetText(absent, u"x");
-    window.MoveControl(absent, {0, 0, 1, 1});
-    EXPECT_EQ(window.Text(absent), u"");
-    EXPECT_EQ(window.Check(absent), 0);
-    EXPECT_EQ(window.SelectedEntry(absent), -1);
-    EXPECT_EQ(window.NextSelectedRow(absent, -1), -1);
-    EXPECT_EQ(window.MapToDialog(absent, {0, 0, 5, 5}), Rect());
+    window.Fields().SetCheck(RES_ASK_QUANTITY, 1);
+    EXPECT_EQ(window.Fields().Check(RES_ASK_QUANTITY), 1);
+    window.Fields().InsertEntry(RES_UNIT, 0, u"Inch");
+    window.Fields().InsertEntry(RES_UNIT, 0, u"Metric");
+    window.Fields().SelectEntry(RES_UNIT, 1);
+    EXPECT_EQ(window.Fields().SelectedEntry(RES_UNIT), 1);
+    window.Fields().ResetEntries(RES_UNIT);
+    EXPECT_EQ(window.Fields().SelectedEntry(RES_UNIT), -1);
+    window.Fields().MoveControl(RES_ADD, {12, 20, 112, 44}); // multiples of four are whole pixels on denser screens too
+    EXPECT_EQ(window.Fields().MapToDialog(RES_ADD, window.Fields().ControlClientRect(RES_ADD)),
+              (Rect{12, 20, 112, 44}));
+    window.Fields().SetText(absent, u"x");
+    window.Fields().MoveControl(absent, {0, 0, 1, 1});
+    EXPECT_EQ(window.Fields().Text(absent), u"");
+    EXPECT_EQ(window.Fields().Check(absent), 0);
+    EXPECT_EQ(window.Fields().SelectedEntry(absent), -1);
+    EXPECT_EQ(window.ReportList().NextSelectedRow(absent, -1), -1);
+    EXPECT_EQ(window.Fields().MapToDialog(absent, {0, 0, 5, 5}), Rect());
     EXPECT_EQ(window.CreateHostedControl({1, 2, 3, {}}, absent, {0, 0, 9, 9}), nullptr) << "no such class";
     EXPECT_EQ(handler.notes, "") << "only the user's changes are told";
 }
 
 inline void CheckToolbarAndPanel(IDialogWindow& window)
 {
-    EXPECT_EQ(window.ClientRectBesideToolbar(), window.ClientRect());
-    ASSERT_TRUE(window.CreateToolbar(filter_toolbar_template));
-    EXPECT_GT(window.ClientRectBesideToolbar().top, 15);
-    EXPECT_EQ(window.ClientRectBesideToolbar().bottom, window.ClientRect().bottom);
+    EXPECT_EQ(window.Toolbar().ClientRectBesideToolbar(), window.ClientRect());
+    ASSERT_TRUE(window.Toolbar().CreateToolbar(filter_toolbar_template));
+    EXPECT_GT(window.Toolbar().ClientRectBesideToolbar().top, 15);
+    EXPECT_EQ(window.Toolbar().ClientRectBesideToolbar().bottom, window.ClientRect().bottom);
     const std::unique_ptr<IPanelWindow> panel = window.CreatePanel(RES_IMAGE_PANEL, {5, 379, 155, 529});
     EXPECT_LT(panel->ClientRect().Width(), 150) << "sunken";
     panel->Move(panel->MapToDialog({0, 0, 149, 149}));
     EXPECT_EQ(panel->ClientRect(), (Rect{0, 0, 149, 149}));
     const Rect place = panel->MapToDialog({});
-    window.MoveAllControls(4, 20);
-    EXPECT_EQ(window.MapToDialog(RES_ADD, {}), (Rect{16, 40, 16, 40}));
+    window.Toolbar().MoveAllControls(4, 20);
+    EXPECT_EQ(window.Fields().MapToDialog(RES_ADD, {}), (Rect{16, 40, 16, 40}));
     EXPECT_EQ(panel->MapToDialog({}), (Rect{place.left + 4, place.top + 20, place.left + 4, place.top + 20}));
-    window.PlaceToolbar();
+    window.Toolbar().PlaceToolbar();
 }
 
 inline void CheckList(IDialogWindow& window)
 {
     const std::u16string long_text(600, u'x');
     for (int column = 0; column < 2; ++column) {
-        window.InsertColumn(RES_PART_LIST, column, u"header", 90);
+        window.ReportList().InsertColumn(RES_PART_LIST, column, u"header", 90);
     }
     for (int row = 0; row < 3; ++row) {
-        window.InsertRow(RES_PART_LIST, row, std::u16string(1, static_cast<char16_t>(u'C' - row)));
-        window.SetCell(RES_PART_LIST, row, 1, long_text);
+        window.ReportList().InsertRow(RES_PART_LIST, row, std::u16string(1, static_cast<char16_t>(u'C' - row)));
+        window.ReportList().SetCell(RES_PART_LIST, row, 1, long_text);
     }
-    window.DeleteRow(RES_PART_LIST, 1);
-    EXPECT_EQ(window.Cell(RES_PART_LIST, 0, 0), u"C") << "in the order of adding";
-    EXPECT_EQ(window.Cell(RES_PART_LIST, 1, 0), u"A");
-    EXPECT_EQ(window.Cell(RES_PART_LIST, 1, 1), long_text);
-    EXPECT_EQ(window.SelectedRowCount(RES_PART_LIST), 0);
-    EXPECT_EQ(window.NextSelectedRow(RES_PART_LIST, -1), -1);
+    window.ReportList().DeleteRow(RES_PART_LIST, 1);
+    EXPECT_EQ(window.ReportList().Cell(RES_PART_LIST, 0, 0), u"C") << "in the order of adding";
+    EXPECT_EQ(window.ReportList().Cell(RES_PART_LIST, 1, 0), u"A");
+    EXPECT_EQ(window.ReportList().Cell(RES_PART_LIST, 1, 1), long_text);
+    EXPECT_EQ(window.ReportList().SelectedRowCount(RES_PART_LIST), 0);
+    EXPECT_EQ(window.ReportList().NextSelectedRow(RES_PART_LIST, -1), -1);
 }
 
 inline void CheckDialogWindows(IDialogWindows& windows)
@@ -104,8 +105,8 @@ inline void CheckDialogWindows(IDialogWindows& windows)
     window->Destroy(); // does nothing
     EXPECT_FALSE(window->Exists() || list->Exists());
     EXPECT_EQ(std::exchange(handler.notes, ""), " destroy destroy");
-    window->SetText(RES_PART_NAME, u"gone");
-    EXPECT_EQ(window->Text(RES_PART_NAME), u"");
+    window->Fields().SetText(RES_PART_NAME, u"gone");
+    EXPECT_EQ(window->Fields().Text(RES_PART_NAME), u"");
     handler.init = [&] { window->EndModal(7); };
     EXPECT_EQ(window->RunModal(handler), 7) << "ends before it shows";
     EXPECT_EQ(handler.notes, " destroy");

@@ -67,7 +67,7 @@ struct ControlModel {
     std::function<void(IDeviceContext&)> painter{};
 };
 
-class CScriptedWindow : public IDialogWindow {
+class CScriptedWindow : public IDialogWindow, public IDialogFields, public IReportList, public IToolbar {
 public:
     CScriptedWindow(CScriptedWindows& windows, const DialogTemplate& dialog) : windows_(windows), template_(dialog) {}
     ~CScriptedWindow() override { Close(); }
@@ -201,6 +201,10 @@ public:
     void EndWait() override { Note(--waits < 0 ? "EndWait too often" : "EndWait"); }
     [[nodiscard]] Rect ClientRect() const override { return InPixels(0, 0, template_.width, template_.height); }
     [[nodiscard]] IMessages& OwnerMessages() override { return windows_.messages; }
+
+    [[nodiscard]] IDialogFields& Fields() override { return *this; }
+    [[nodiscard]] IReportList& ReportList() override { return *this; }
+    [[nodiscard]] IToolbar& Toolbar() override { return *this; }
 
     // ---- Controls
 

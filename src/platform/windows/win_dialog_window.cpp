@@ -182,7 +182,7 @@ bool WinDialogWindow::PreTranslate(MSG& message)
 // Escape belongs to the dialog even where a hosted control would take every key.
 bool WinDialogWindow::TranslateInHostedControl(MSG& message)
 {
-    SiteContent* content = ContentOfSite(FocusedChild());
+    SiteContent* content = ContentOfSite(FocusedChildOf(window_));
     if (content == nullptr) {
         return false;
     }
@@ -292,12 +292,7 @@ void WinDialogWindow::HandleGone()
     RemovePropW(window_, dialog_property);
     --TheLiveCounts().windows;
     window_ = nullptr;
-    toolbar_ = nullptr;
-    if (toolbar_bitmap_ != nullptr) {
-        DeleteObject(toolbar_bitmap_);
-        toolbar_bitmap_ = nullptr;
-        --TheLiveCounts().gdi_objects;
-    }
+    toolbar_.Forget();
 }
 
 void WinDialogWindow::SetTitle(std::u16string_view title)

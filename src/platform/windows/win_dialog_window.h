@@ -3,7 +3,10 @@
 #pragma once
 
 #include "platform/dialog_window.h"
+#include "platform/windows/win_dialog_fields.h"
 #include "platform/windows/win_messages.h"
+#include "platform/windows/win_report_list.h"
+#include "platform/windows/win_toolbar.h"
 
 #include <windows.h>
 
@@ -40,43 +43,9 @@ public:
     [[nodiscard]] Rect ClientRect() const override;
     [[nodiscard]] IMessages& OwnerMessages() override { return owner_messages_; }
 
-    void SetText(int id, std::u16string_view text) override;
-    [[nodiscard]] std::u16string Text(int id) const override;
-    void Enable(int id, bool enabled) override;
-    void ShowControl(int id, bool visible) override;
-    void SetReadOnly(int id) override;
-    void LimitText(int id, int characters) override;
-    void ClearSelectedText(int id) override;
-    void SetCheck(int id, int state) override;
-    [[nodiscard]] int Check(int id) const override;
-    [[nodiscard]] Rect ControlClientRect(int id) const override;
-    [[nodiscard]] Rect MapToDialog(int id, const Rect& client_area) const override;
-    void MoveControl(int id, const Rect& area) override;
-
-    void Focus(int id) override;
-    [[nodiscard]] int FocusedControl() const override;
-    void MoveFocusByOrder(bool forward) override;
-
-    void ResetEntries(int id) override;
-    void InsertEntry(int id, int index, std::u16string_view text) override;
-    void SelectEntry(int id, int index) override;
-    [[nodiscard]] int SelectedEntry(int id) const override;
-
-    void InsertColumn(int id, int column, std::u16string_view header, int width) override;
-    void SetFullRowSelect(int id) override;
-    void InsertRow(int id, int row, std::u16string_view text) override;
-    void SetCell(int id, int row, int column, std::u16string_view text) override;
-    [[nodiscard]] std::u16string Cell(int id, int row, int column) const override;
-    void DeleteRow(int id, int row) override;
-    [[nodiscard]] int SelectedRowCount(int id) const override;
-    [[nodiscard]] int NextSelectedRow(int id, int after) const override;
-
-    bool CreateToolbar(const ToolbarTemplate& toolbar) override;
-    [[nodiscard]] Rect ClientRectBesideToolbar() const override;
-    void MoveAllControls(int dx, int dy) override;
-    void PlaceToolbar() override;
-    void EnableToolTips() override;
-    void PressTool(int command, bool pressed) override;
+    [[nodiscard]] IDialogFields& Fields() override { return fields_; }
+    [[nodiscard]] IReportList& ReportList() override { return list_; }
+    [[nodiscard]] IToolbar& Toolbar() override { return toolbar_; }
 
     [[nodiscard]] std::unique_ptr<IHostedControl> CreateHostedControl(const ClassId& class_id, int id,
                                                                       const Rect& area) override;
@@ -99,25 +68,22 @@ private:
     bool TranslateInHostedControl(MSG& message);
 
     [[nodiscard]] HWND Control(int id) const { return GetDlgItem(window_, id); }
-    [[nodiscard]] HWND FocusedChild() const; // the child of the dialog that has the focus or holds it
-    LRESULT Send(int id, UINT message, WPARAM word = 0, LPARAM value = 0) const;
-    int AddToolbarButtons(const ToolbarTemplate& toolbar);
 
     HINSTANCE module_;
     const DialogTemplate& template_;
     HWND window_ = nullptr;
     HWND owner_ = nullptr;
-    HWND toolbar_ = nullptr;
+    WinDialogFields fields_{window_};
+    WinReportList list_{window_};
+    WinToolbar toolbar_{module_, window_};
     IDialogEvents* events_ = nullptr;
     WinMessages owner_messages_{nullptr};
     bool modeless_ = false;
     bool placed_ = false; // beside its owner
     bool ended_ = false;
     int result_ = -1;
-    int disabled_with_focus_ = 0; // the control's id
     int wait_depth_ = 0;
     HCURSOR cursor_before_wait_ = nullptr;
-    HBITMAP toolbar_bitmap_ = nullptr;
     std::wstring tip_text_; // lent to the tool tip that asked last
 };
 

@@ -10,10 +10,12 @@ partkeep_library(partkeep_windows
     windows/picture_panel.cpp
     windows/site_window.cpp
     windows/win_dialog_controls.cpp
+    windows/win_dialog_fields.cpp
     windows/win_dialog_layout.cpp
-    windows/win_dialog_toolbar.cpp
     windows/win_dialog_window.cpp
     windows/win_messages.cpp
     windows/win_panel.cpp
     windows/win_registry.cpp
+    windows/win_report_list.cpp
+    windows/win_toolbar.cpp
   LINK partkeep_platform partkeep_string_resource windowscodecs comctl32 msimg32 ole32 oleaut32 uuid gdi32 user32 advapi32)

@@ -1,8 +1,7 @@
-// The dialog's toolbar: a bar of the system's common controls at the top of the client area.
+#include "platform/windows/win_toolbar.h"
 
 #include "platform/windows/dialog_scale.h"
 #include "platform/windows/live_counts.h"
-#include "platform/windows/win_dialog_window.h"
 #include "resources/dialog_templates.h"
 
 #include <commctrl.h>
@@ -45,36 +44,46 @@ HBITMAP ScaledStrip(HBITMAP strip, const ToolbarTemplate& toolbar, const DialogS
 
 } // namespace
 
-bool WinDialogWindow::CreateToolbar(const ToolbarTemplate& toolbar)
+void WinToolbar::Forget()
 {
-    toolbar_ = CreateWindowExW(0, TOOLBARCLASSNAMEW, L"", WS_CHILD | WS_VISIBLE | TBSTYLE_TOOLTIPS | CCS_TOP, 0, 0, 0,
-                               0, window_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(toolbar_id)), module_, nullptr);
-    if (toolbar_ == nullptr) {
+    bar_ = nullptr;
+    if (bitmap_ != nullptr) {
+        DeleteObject(bitmap_);
+        bitmap_ = nullptr;
+        --TheLiveCounts().gdi_objects;
+    }
+}
+
+bool WinToolbar::CreateToolbar(const ToolbarTemplate& toolbar)
+{
+    bar_ = CreateWindowExW(0, TOOLBARCLASSNAMEW, L"", WS_CHILD | WS_VISIBLE | TBSTYLE_TOOLTIPS | CCS_TOP, 0, 0, 0, 0,
+                           window_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(toolbar_id)), module_, nullptr);
+    if (bar_ == nullptr) {
         return false;
     }
-    SendMessageW(toolbar_, TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON), 0);
+    SendMessageW(bar_, TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON), 0);
     const DialogScale scale(window_);
     const auto size = [&scale](int width, int height) {
         return MAKELPARAM(scale.ToDevice(width), scale.ToDevice(height));
     };
-    SendMessageW(toolbar_, TB_SETBITMAPSIZE, 0, size(toolbar.button_width, toolbar.button_height));
-    SendMessageW(toolbar_, TB_SETBUTTONSIZE, 0,
+    SendMessageW(bar_, TB_SETBITMAPSIZE, 0, size(toolbar.button_width, toolbar.button_height));
+    SendMessageW(bar_, TB_SETBUTTONSIZE, 0,
                  size(toolbar.button_width + frame_width, toolbar.button_height + frame_height));
-    return AddToolbarButtons(toolbar) > 0;
+    return AddButtons(toolbar) > 0;
 }
 
 // The bitmap's grey becomes the user's button colour.
-int WinDialogWindow::AddToolbarButtons(const ToolbarTemplate& toolbar)
+int WinToolbar::AddButtons(const ToolbarTemplate& toolbar)
 {
-    toolbar_bitmap_ = CreateMappedBitmap(module_, toolbar.number, 0, nullptr, 0);
-    if (const DialogScale scale(window_); toolbar_bitmap_ != nullptr && !scale.IsPlain()) {
-        HBITMAP plain = std::exchange(toolbar_bitmap_, ScaledStrip(toolbar_bitmap_, toolbar, scale));
+    bitmap_ = CreateMappedBitmap(module_, toolbar.number, 0, nullptr, 0);
+    if (const DialogScale scale(window_); bitmap_ != nullptr && !scale.IsPlain()) {
+        HBITMAP plain = std::exchange(bitmap_, ScaledStrip(bitmap_, toolbar, scale));
         DeleteObject(plain);
     }
-    if (toolbar_bitmap_ != nullptr) {
+    if (bitmap_ != nullptr) {
         ++TheLiveCounts().gdi_objects;
-        TBADDBITMAP strip{nullptr, reinterpret_cast<UINT_PTR>(toolbar_bitmap_)};
-        SendMessageW(toolbar_, TB_ADDBITMAP, toolbar.commands.size(), reinterpret_cast<LPARAM>(&strip));
+        TBADDBITMAP strip{nullptr, reinterpret_cast<UINT_PTR>(bitmap_)};
+        SendMessageW(bar_, TB_ADDBITMAP, toolbar.commands.size(), reinterpret_cast<LPARAM>(&strip));
     }
     std::vector<TBBUTTON> buttons;
     for (const int command : toolbar.commands) {
@@ -85,27 +94,27 @@ int WinDialogWindow::AddToolbarButtons(const ToolbarTemplate& toolbar)
         button.fsStyle = BTNS_BUTTON;
         buttons.push_back(button);
     }
-    SendMessageW(toolbar_, TB_ADDBUTTONSW, buttons.size(), reinterpret_cast<LPARAM>(buttons.data()));
+    SendMessageW(bar_, TB_ADDBUTTONSW, buttons.size(), reinterpret_cast<LPARAM>(buttons.data()));
     return static_cast<int>(buttons.size());
 }
 
-Rect WinDialogWindow::ClientRectBesideToolbar() const
+Rect WinToolbar::ClientRectBesideToolbar() const
 {
     RECT client = ClientOf(window_);
-    if (toolbar_ != nullptr) {
-        SendMessageW(toolbar_, TB_AUTOSIZE, 0, 0);
+    if (bar_ != nullptr) {
+        SendMessageW(bar_, TB_AUTOSIZE, 0, 0);
         RECT bar;
-        GetWindowRect(toolbar_, &bar);
+        GetWindowRect(bar_, &bar);
         client.top += bar.bottom - bar.top;
     }
     return DialogScale(window_).ToLogical(client);
 }
 
-void WinDialogWindow::MoveAllControls(int dx, int dy)
+void WinToolbar::MoveAllControls(int dx, int dy)
 {
     const DialogScale scale(window_);
     for (HWND child = GetWindow(window_, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
-        if (child == toolbar_) {
+        if (child == bar_) {
             continue;
         }
         RECT place;
@@ -116,21 +125,21 @@ void WinDialogWindow::MoveAllControls(int dx, int dy)
     }
 }
 
-void WinDialogWindow::PlaceToolbar()
+void WinToolbar::PlaceToolbar()
 {
-    SendMessageW(toolbar_, TB_AUTOSIZE, 0, 0);
-    ShowWindow(toolbar_, SW_SHOW);
+    SendMessageW(bar_, TB_AUTOSIZE, 0, 0);
+    ShowWindow(bar_, SW_SHOW);
 }
 
-void WinDialogWindow::EnableToolTips()
+void WinToolbar::EnableToolTips()
 {
-    HWND tips = reinterpret_cast<HWND>(SendMessageW(toolbar_, TB_GETTOOLTIPS, 0, 0));
+    HWND tips = reinterpret_cast<HWND>(SendMessageW(bar_, TB_GETTOOLTIPS, 0, 0));
     SendMessageW(tips, TTM_ACTIVATE, TRUE, 0);
 }
 
-void WinDialogWindow::PressTool(int command, bool pressed)
+void WinToolbar::PressTool(int command, bool pressed)
 {
-    SendMessageW(toolbar_, TB_PRESSBUTTON, static_cast<WPARAM>(command), MAKELPARAM(pressed ? TRUE : FALSE, 0));
+    SendMessageW(bar_, TB_PRESSBUTTON, static_cast<WPARAM>(command), MAKELPARAM(pressed ? TRUE : FALSE, 0));
 }
 
 } // namespace partkeep

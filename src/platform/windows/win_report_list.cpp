@@ -1,0 +1,81 @@
+#include "platform/windows/win_report_list.h"
+
+#include "platform/windows/dialog_scale.h"
+#include "platform/windows/wide.h"
+#include "platform/windows/wide_text.h"
+#include "platform/windows/win_dialog_fields.h"
+
+#include <commctrl.h>
+
+namespace partkeep {
+
+void WinReportList::InsertColumn(int id, int column, std::u16string_view header, int width)
+{
+    std::wstring text = WideText(header);
+    LVCOLUMNW description{};
+    description.mask = LVCF_FMT | LVCF_TEXT | LVCF_WIDTH;
+    description.fmt = LVCFMT_LEFT;
+    description.pszText = text.data();
+    description.cx = DialogScale(window_).ToDevice(width);
+    SendToControl(window_, id, LVM_INSERTCOLUMNW, static_cast<WPARAM>(column), reinterpret_cast<LPARAM>(&description));
+}
+
+void WinReportList::SetFullRowSelect(int id)
+{
+    SendToControl(window_, id, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_FULLROWSELECT, LVS_EX_FULLROWSELECT);
+}
+
+void WinReportList::InsertRow(int id, int row, std::u16string_view text)
+{
+    std::wstring cell = WideText(text);
+    LVITEMW item{};
+    item.mask = LVIF_TEXT;
+    item.iItem = row;
+    item.pszText = cell.data();
+    SendToControl(window_, id, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
+}
+
+void WinReportList::SetCell(int id, int row, int column, std::u16string_view text)
+{
+    std::wstring cell = WideText(text);
+    LVITEMW item{};
+    item.iSubItem = column;
+    item.pszText = cell.data();
+    SendToControl(window_, id, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+}
+
+// The list answers how much it has copied, never how much there is: the buffer grows until the text fits.
+std::u16string WinReportList::Cell(int id, int row, int column) const
+{
+    for (std::wstring cell(256, L'\0');; cell.assign(cell.size() * 2, L'\0')) {
+        LVITEMW item{};
+        item.iSubItem = column;
+        item.pszText = cell.data();
+        item.cchTextMax = static_cast<int>(cell.size());
+        const auto copied = static_cast<std::size_t>(
+            SendToControl(window_, id, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item)));
+        if (copied + 1 < cell.size()) {
+            return FromWide({item.pszText, copied});
+        }
+    }
+}
+
+void WinReportList::DeleteRow(int id, int row)
+{
+    SendToControl(window_, id, LVM_DELETEITEM, static_cast<WPARAM>(row));
+}
+
+int WinReportList::SelectedRowCount(int id) const
+{
+    return static_cast<int>(SendToControl(window_, id, LVM_GETSELECTEDCOUNT));
+}
+
+int WinReportList::NextSelectedRow(int id, int after) const
+{
+    if (GetDlgItem(window_, id) == nullptr) {
+        return -1;
+    }
+    return static_cast<int>(SendToControl(window_, id, LVM_GETNEXTITEM, static_cast<WPARAM>(after), LVNI_SELECTED));
+}
+
+} // namespace partkeep

@@ -1,0 +1,27 @@
+// The report lists of a dialog window by id. Borrows the place of the window's handle, which is null while none exists.
+#pragma once
+
+#include "platform/dialog_window.h"
+
+#include <windows.h>
+
+namespace partkeep {
+
+class WinReportList final : public IReportList {
+public:
+    explicit WinReportList(const HWND& window) : window_(window) {}
+
+    void InsertColumn(int id, int column, std::u16string_view header, int width) override;
+    void SetFullRowSelect(int id) override;
+    void InsertRow(int id, int row, std::u16string_view text) override;
+    void SetCell(int id, int row, int column, std::u16string_view text) override;
+    [[nodiscard]] std::u16string Cell(int id, int row, int column) const override;
+    void DeleteRow(int id, int row) override;
+    [[nodiscard]] int SelectedRowCount(int id) const override;
+    [[nodiscard]] int NextSelectedRow(int id, int after) const override;
+
+private:
+    const HWND& window_;
+};
+
+} // namespace partkeep
