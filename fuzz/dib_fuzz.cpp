@@ -2,11 +2,8 @@
 // decoder that draws on a screen shows what the plain one of the tests shows.
 #include "controls/dib_helpers.h"
 #include "controls/image_panel.h"
-#include "tests/support/raster_context.h"
-
-#ifdef PARTKEEP_FUZZ_DIB_PIXELS
 #include "desktop/dib_pixels.h"
-#endif
+#include "tests/support/raster_context.h"
 
 #include <cstdlib>
 #include <memory>
@@ -59,9 +56,8 @@ void Require(bool condition)
     }
 }
 
-void CompareDecoders([[maybe_unused]] const DibView& view)
+void CompareDecoders(const DibView& view)
 {
-#ifdef PARTKEEP_FUZZ_DIB_PIXELS
     Picture plain = DecodePlainly(view);
     const DibPixels pixels(view);
     for (int y = 0; y < plain.height; ++y) {
@@ -70,7 +66,6 @@ void CompareDecoders([[maybe_unused]] const DibView& view)
             Require((color == 0 ? untouched : color & 0xFFFFFF) == plain.At(x, y));
         }
     }
-#endif
 }
 
 void PaintAll(HDIB block, const Rects& rects)

@@ -1,1 +1,0 @@
-partkeep_fuzz(server_list_file_fuzz SOURCES server_list_file_fuzz.cpp LINK partkeep_server_list_file)

@@ -1,1 +1,0 @@
-partkeep_library(partkeep_string_table SOURCES string_table.cpp)

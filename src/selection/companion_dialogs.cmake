@@ -1,3 +1,0 @@
-partkeep_library(partkeep_companion_dialogs
-  SOURCES event_door.cpp quantity_keypad_dlg.cpp selected_parts_dlg.cpp
-  LINK partkeep_controls partkeep_partdata partkeep_templates partkeep_local_strings)

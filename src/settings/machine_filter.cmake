@@ -1,1 +1,0 @@
-partkeep_library(partkeep_machine_filter SOURCES machine_filter.cpp LINK partkeep_browser_contract)

@@ -1,1 +1,0 @@
-partkeep_library(partkeep_options_file SOURCES options_file.cpp LINK partkeep_xml partkeep_platform)

@@ -1,1 +1,0 @@
-partkeep_library(partkeep_process_values SOURCES process_values.cpp)

@@ -1,3 +1,0 @@
-partkeep_test(qt_device_context_test
-  SOURCES qt_device_context_test.cpp
-  LINK partkeep_qt_device_context partkeep_dib_sample)

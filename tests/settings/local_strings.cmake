@@ -1,1 +1,0 @@
-partkeep_test(local_strings_test SOURCES local_strings_test.cpp LINK partkeep_local_strings)

@@ -1,1 +1,0 @@
-partkeep_test(machine_filter_test SOURCES machine_filter_test.cpp LINK partkeep_machine_filter)

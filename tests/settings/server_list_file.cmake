@@ -1,3 +1,0 @@
-partkeep_test(server_list_file_test
-  SOURCES server_list_file_test.cpp
-  LINK partkeep_server_list_file partkeep_scripted_control partkeep_test_support)
