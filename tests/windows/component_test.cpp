@@ -1,9 +1,9 @@
 // The library as hosts and tools meet it: entry points, registration, resources, the object through every kind of
 // call, the exported functions. Nothing of the component is linked into this program.
 
-#include "platform/windows/com_ptr.h"
 #include "tests/support/dib_sample.h"
 #include "tests/windows/stand_in.h"
+#include "windows/com_ptr.h"
 
 #include "partkeep_read.h"
 

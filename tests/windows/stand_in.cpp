@@ -1,9 +1,9 @@
 #include "tests/windows/stand_in.h"
 
 #include "controls/zan_pic_ctrl.h"
-#include "platform/windows/com_ptr.h"
-#include "platform/windows/hosted_control.h"
 #include "platform/windows/wide.h"
+#include "windows/com_ptr.h"
+#include "windows/hosted_control.h"
 
 #include <ocidl.h>
 #include <ole2.h>

@@ -1,12 +1,6 @@
 // The three dialogs with real windows and real input, over the stand-in controls, and the container by itself.
 
 #include "host/partkeep_read_impl.h"
-#include "platform/windows/com_ptr.h"
-#include "platform/windows/hosted_control.h"
-#include "platform/windows/live_counts.h"
-#include "platform/windows/site_window.h"
-#include "platform/windows/win_dialog_window.h"
-#include "platform/windows/win_messages.h"
 #include "resources/resource_ids.h"
 #include "settings/process_values.h"
 #include "tests/selection/selection_run.h"
@@ -15,6 +9,12 @@
 #include "tests/support/temporary_folder.h"
 #include "tests/windows/dialog_driver.h"
 #include "tests/windows/stand_in.h"
+#include "windows/com_ptr.h"
+#include "windows/hosted_control.h"
+#include "windows/live_counts.h"
+#include "windows/site_window.h"
+#include "windows/win_dialog_window.h"
+#include "windows/win_messages.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The seven bitmap functions under the names and with the argument types by which other modules call them.
 
 #include "controls/dib_helpers.h"
-#include "platform/windows/gdi_device_context.h"
+#include "windows/gdi_device_context.h"
 
 #include <windows.h>
 

@@ -1,11 +1,11 @@
 #include "host/component/component_module.h"
 
 #include "host/component/identity.h"
-#include "platform/windows/hosted_control.h"
-#include "platform/windows/site_window.h"
-#include "platform/windows/win_dialog_window.h"
-#include "platform/windows/win_messages.h"
 #include "platform/windows/win_registry.h"
+#include "windows/hosted_control.h"
+#include "windows/site_window.h"
+#include "windows/win_dialog_window.h"
+#include "windows/win_messages.h"
 
 namespace __gnu_cxx {
 void __freeres() noexcept; // declared in no header of the run-time

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "host/host_services.h"
-#include "platform/windows/com_ptr.h"
+#include "windows/com_ptr.h"
 
 #include <windows.h>
 

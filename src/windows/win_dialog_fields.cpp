@@ -1,8 +1,8 @@
-#include "platform/windows/win_dialog_fields.h"
+#include "windows/win_dialog_fields.h"
 
-#include "platform/windows/dialog_scale.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/wide_text.h"
+#include "windows/dialog_scale.h"
 
 namespace partkeep {
 

@@ -2,7 +2,7 @@
 // Reference-counted, since a control may hold it for longer than the window lives; Close cuts that tie.
 #pragma once
 
-#include "platform/windows/live_counts.h"
+#include "windows/live_counts.h"
 
 #include <windows.h>
 

@@ -1,4 +1,4 @@
-#include "platform/windows/win_messages.h"
+#include "windows/win_messages.h"
 
 #include "platform/windows/wide_text.h"
 

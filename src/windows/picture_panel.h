@@ -2,7 +2,7 @@
 // picture fills the site. The file is read at once and never kept open.
 #pragma once
 
-#include "platform/windows/site_window.h"
+#include "windows/site_window.h"
 
 namespace partkeep {
 

@@ -8,7 +8,7 @@
 //
 // and the data of a hosted control begin with a version of 4 bytes and the extent, 4 bytes each way.
 
-#include "platform/windows/dialog_init_data.h"
+#include "windows/dialog_init_data.h"
 
 #include <cstring>
 #include <span>

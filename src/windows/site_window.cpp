@@ -1,6 +1,6 @@
-#include "platform/windows/site_window.h"
+#include "windows/site_window.h"
 
-#include "platform/windows/live_counts.h"
+#include "windows/live_counts.h"
 
 namespace partkeep {
 

@@ -1,10 +1,10 @@
 // Where a dialog's controls stand, and where a window stands that accompanies a dialog.
 
 #include "platform/companion_place.h"
-#include "platform/windows/dialog_scale.h"
-#include "platform/windows/site_window.h"
-#include "platform/windows/win_dialog_window.h"
 #include "resources/dialog_templates.h"
+#include "windows/dialog_scale.h"
+#include "windows/site_window.h"
+#include "windows/win_dialog_window.h"
 
 #include <algorithm>
 #include <vector>

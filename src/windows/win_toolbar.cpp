@@ -1,8 +1,8 @@
-#include "platform/windows/win_toolbar.h"
+#include "windows/win_toolbar.h"
 
-#include "platform/windows/dialog_scale.h"
-#include "platform/windows/live_counts.h"
 #include "resources/dialog_templates.h"
+#include "windows/dialog_scale.h"
+#include "windows/live_counts.h"
 
 #include <commctrl.h>
 

@@ -1,8 +1,8 @@
-#include "platform/windows/picture_panel.h"
+#include "windows/picture_panel.h"
 
-#include "platform/windows/com_ptr.h"
-#include "platform/windows/live_counts.h"
 #include "platform/windows/wide_text.h"
+#include "windows/com_ptr.h"
+#include "windows/live_counts.h"
 
 #include <wincodec.h>
 

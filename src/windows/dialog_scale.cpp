@@ -1,4 +1,4 @@
-#include "platform/windows/dialog_scale.h"
+#include "windows/dialog_scale.h"
 
 namespace partkeep {
 

@@ -1,4 +1,4 @@
-#include "platform/windows/gdi_device_context.h"
+#include "windows/gdi_device_context.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,12 +1,12 @@
 // The children of a dialog window that are made at run time.
 
-#include "platform/windows/dialog_init_data.h"
-#include "platform/windows/dialog_scale.h"
-#include "platform/windows/hosted_control.h"
-#include "platform/windows/picture_panel.h"
-#include "platform/windows/win_dialog_window.h"
-#include "platform/windows/win_panel.h"
 #include "resources/dialog_templates.h"
+#include "windows/dialog_init_data.h"
+#include "windows/dialog_scale.h"
+#include "windows/hosted_control.h"
+#include "windows/picture_panel.h"
+#include "windows/win_dialog_window.h"
+#include "windows/win_panel.h"
 
 #include <objbase.h>
 

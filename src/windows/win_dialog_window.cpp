@@ -1,10 +1,10 @@
-#include "platform/windows/win_dialog_window.h"
+#include "windows/win_dialog_window.h"
 
-#include "platform/windows/dialog_scale.h"
-#include "platform/windows/live_counts.h"
-#include "platform/windows/site_window.h"
 #include "platform/windows/wide_text.h"
 #include "resources/dialog_templates.h"
+#include "windows/dialog_scale.h"
+#include "windows/live_counts.h"
+#include "windows/site_window.h"
 
 #include <commctrl.h>
 

@@ -1,11 +1,11 @@
-#include "platform/windows/hosted_control.h"
+#include "windows/hosted_control.h"
 
-#include "platform/windows/com_ptr.h"
-#include "platform/windows/control_site.h"
-#include "platform/windows/dialog_scale.h"
-#include "platform/windows/dispatch_call.h"
-#include "platform/windows/kept_events.h"
-#include "platform/windows/site_window.h"
+#include "windows/com_ptr.h"
+#include "windows/control_site.h"
+#include "windows/dialog_scale.h"
+#include "windows/dispatch_call.h"
+#include "windows/kept_events.h"
+#include "windows/site_window.h"
 
 #include <cstring>
 

@@ -1,4 +1,4 @@
-#include "platform/windows/dispatch_call.h"
+#include "windows/dispatch_call.h"
 
 #include "platform/windows/wide.h"
 

@@ -1,7 +1,7 @@
 // What waits for the end of a control's calls.
 #pragma once
 
-#include "platform/windows/site_window.h"
+#include "windows/site_window.h"
 
 #include <algorithm>
 #include <vector>

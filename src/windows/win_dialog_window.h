@@ -3,10 +3,10 @@
 #pragma once
 
 #include "platform/dialog_window.h"
-#include "platform/windows/win_dialog_fields.h"
-#include "platform/windows/win_messages.h"
-#include "platform/windows/win_report_list.h"
-#include "platform/windows/win_toolbar.h"
+#include "windows/win_dialog_fields.h"
+#include "windows/win_messages.h"
+#include "windows/win_report_list.h"
+#include "windows/win_toolbar.h"
 
 #include <windows.h>
 

@@ -1,8 +1,8 @@
-#include "platform/windows/win_panel.h"
+#include "windows/win_panel.h"
 
-#include "platform/windows/dialog_scale.h"
-#include "platform/windows/gdi_device_context.h"
-#include "platform/windows/live_counts.h"
+#include "windows/dialog_scale.h"
+#include "windows/gdi_device_context.h"
+#include "windows/live_counts.h"
 
 namespace partkeep {
 

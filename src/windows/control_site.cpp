@@ -1,6 +1,6 @@
-#include "platform/windows/control_site.h"
+#include "windows/control_site.h"
 
-#include "platform/windows/dialog_scale.h"
+#include "windows/dialog_scale.h"
 
 #include <oleauto.h>
 

@@ -1,9 +1,9 @@
-#include "platform/windows/win_report_list.h"
+#include "windows/win_report_list.h"
 
-#include "platform/windows/dialog_scale.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/wide_text.h"
-#include "platform/windows/win_dialog_fields.h"
+#include "windows/dialog_scale.h"
+#include "windows/win_dialog_fields.h"
 
 #include <commctrl.h>
 
