@@ -2,7 +2,7 @@
 
 #include "tests/desktop/operator_run.h"
 
-#include "desktop/desktop_services.h"
+#include "interface/desktop_services.h"
 #include "partkeep_read.h"
 #include "partlibrary/tool/sample_library.h"
 #include "resources/resource_ids.h"

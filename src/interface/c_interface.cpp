@@ -3,8 +3,8 @@
 
 #include "partkeep_read.h"
 
-#include "desktop/desktop_services.h"
 #include "host/partkeep_read_impl.h"
+#include "interface/desktop_services.h"
 #include "platform/files.h"
 #include "platform/text.h"
 

@@ -1,4 +1,4 @@
-#include "desktop/desktop_services.h"
+#include "interface/desktop_services.h"
 
 #include "desktop/pane/pane_places.h"
 #include "desktop/pane/part_browser_factory.h"
