@@ -53,7 +53,7 @@ bool CPartLookup::QueryPartInfo(std::u16string_view server, std::u16string_view 
     return true;
 }
 
-bool CPartLookup::IsPartListed(std::int16_t index, const std::list<PartRecord>& list, bool show_message)
+bool CPartLookup::IsPartListed(std::int16_t index, const std::list<PartRecord>& list, WhenListed what)
 {
     PartRecord entry;
     entry.PartName = NameSelectedEntry(index);
@@ -65,7 +65,7 @@ bool CPartLookup::IsPartListed(std::int16_t index, const std::list<PartRecord>& 
     if (std::none_of(list.begin(), list.end(), [&entry](const auto& listed) { return IsSamePart(listed, entry); })) {
         return false;
     }
-    if (show_message) {
+    if (what == WhenListed::TellUser) {
         ShowPlainMessage(messages_, LoadLocalString(LocalString::TheSelectedPart) + u" " + entry.PartName + u" " +
                                         LoadLocalString(LocalString::IsAlreadyAdded));
     }

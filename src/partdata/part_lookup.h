@@ -33,9 +33,9 @@ public:
     bool QueryPartInfo(std::u16string_view server, std::u16string_view folder, std::u16string_view name,
                        PartRecord& record);
 
-    // True when the entry must not be taken: it has no name, or it is in the list, which `show_message` tells the
-    // user.
-    bool IsPartListed(std::int16_t index, const std::list<PartRecord>& list, bool show_message);
+    // True when the entry must not be taken: it has no name, or it is in the list.
+    enum class WhenListed { BeSilent, TellUser };
+    bool IsPartListed(std::int16_t index, const std::list<PartRecord>& list, WhenListed what);
 
     // Fills the record and has the part's files copied into the browser's target folder, which must be the staging
     // folder already. Whether files arrived is not looked at. False when the entry has no name: the user has been

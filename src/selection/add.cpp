@@ -73,7 +73,7 @@ void CPartkeepReadDlg::AddSelectedParts(std::int32_t count, const std::u16string
     browser_.SetTargetFolder(staging_path + u"\\");
     for (std::int32_t entry = 0; entry < count; ++entry) {
         const auto index = static_cast<std::int16_t>(entry);
-        if (lookup_->IsPartListed(index, selectedPartsDlg_->selectedParts, true)) {
+        if (lookup_->IsPartListed(index, selectedPartsDlg_->selectedParts, CPartLookup::WhenListed::TellUser)) {
             continue;
         }
         PartRecord record;

@@ -72,15 +72,13 @@ void CPartkeepReadDlg::OnSelectionChange(int id)
 void CPartkeepReadDlg::OnUnitChange()
 {
     state_.displayUnit = window_->Fields().SelectedEntry(RES_UNIT) == 0 ? 0 : 1;
-    ApplyDisplayUnit(true);
+    SendDisplayUnit();
+    browser_.RefreshPartList();
 }
 
-void CPartkeepReadDlg::ApplyDisplayUnit(bool refresh)
+void CPartkeepReadDlg::SendDisplayUnit()
 {
     browser_.SetDisplayUnit(static_cast<std::int16_t>(state_.displayUnit));
-    if (refresh) {
-        browser_.RefreshPartList();
-    }
 }
 
 // The tools are plain buttons, so they are kept exclusive here.

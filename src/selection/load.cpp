@@ -58,7 +58,7 @@ void CPartkeepReadDlg::StageSelection(std::int32_t count, const std::u16string& 
     for (std::int32_t entry = first; entry < count; ++entry) {
         const auto index = static_cast<std::int16_t>(entry);
         PartRecord record;
-        if (!lookup_->IsPartListed(index, load_list, false) &&
+        if (!lookup_->IsPartListed(index, load_list, CPartLookup::WhenListed::BeSilent) &&
             lookup_->StagePart(index, staging_path, quantity, record)) {
             load_list.push_back(record);
         }
@@ -68,25 +68,19 @@ void CPartkeepReadDlg::StageSelection(std::int32_t count, const std::u16string& 
     }
 }
 
-// File paths come from the disk, the rest from the record; a part without files is dropped.
+// Whole records, so that no field is forgotten, apart from what the disk has to tell. A part without files is dropped.
 void CPartkeepReadDlg::FillResultParts(const std::list<PartRecord>& load_list)
 {
     CFileSearch search; // nothing is copied any more
     for (const PartRecord& source : load_list) {
-        PartRecord part;
-        part.PartName = source.PartName;
-        part.MaterialType = source.MaterialType;
-        if (!FindStagedFiles(source.stagingFolder + u"\\", part, folders_, entrance_->OwnerMessages(), search)) {
-            continue;
+        PartRecord part = source;
+        for (std::u16string* of_the_disk :
+             {&part.stagingFolder, &part.FilePathName, &part.SYFileName, &part.NCFileName}) {
+            of_the_disk->clear();
         }
-        part.PartComment = source.PartComment;
-        part.Qty = source.Qty;
-        part.folderName = source.folderName;
-        part.serverName = source.serverName;
-        part.Thickness = source.Thickness;
-        part.MachineName = source.MachineName;
-        part.MachineType = source.MachineType;
-        resultParts.push_back(part);
+        if (FindStagedFiles(source.stagingFolder + u"\\", part, folders_, entrance_->OwnerMessages(), search)) {
+            resultParts.push_back(part);
+        }
     }
 }
 

@@ -54,7 +54,10 @@ void CPartkeepReadDlg::OnInitDialog()
     LoadServerList(state_, installFolder, browser_);
     settingsRead_ = true;
     const std::u16string folder_to_restore = state_.lastFolder;
-    ApplyDisplayUnit(state_.displayUnit != metric);
+    SendDisplayUnit();
+    if (state_.displayUnit != metric) {
+        browser_.RefreshPartList();
+    }
     ReadOptions();
     BuildToolbar();
     window_->Fields().SelectEntry(RES_UNIT, state_.displayUnit);

@@ -64,7 +64,7 @@ private:
     void HandStateToBrowser();
     void ConnectToLastPlace(const std::u16string& folder);
     void WalkToCurrentServer();
-    void ApplyDisplayUnit(bool refresh);
+    void SendDisplayUnit();
 
     // Shell
     void OnTabKey(bool forward);

@@ -81,7 +81,7 @@ TEST_F(PartLookup, PartWithoutAttributesIsStagedAndOneWithoutNameIsNot)
     ASSERT_TRUE(lookup_.StagePart(2, u"F", u"1", record_));
     EXPECT_EQ(record_, (PartRecord{u"", u"P3", u"", u"", u"SRV", u"A\\B", u"F", 0.0, u"1", u"", u"", u"", 0}));
     browser_.Detach(); // without a browser no entry has a name
-    EXPECT_TRUE(lookup_.IsPartListed(0, {}, true));
+    EXPECT_TRUE(lookup_.IsPartListed(0, {}, CPartLookup::WhenListed::TellUser));
     EXPECT_FALSE(lookup_.StagePart(0, u"F", u"1", record_));
 }
 
@@ -98,7 +98,10 @@ TEST_F(PartLookup, OnlyNameServerAndFolderMakeAPartListed)
     };
     for (const auto& [label, index, last, listed, message] : rows) {
         for (const bool show : {true, false}) {
-            EXPECT_EQ(lookup_.IsPartListed(index, {Named(u"X", u"SRV", u"A\\B"), last}, show), listed);
+            EXPECT_EQ(
+                lookup_.IsPartListed(index, {Named(u"X", u"SRV", u"A\\B"), last},
+                                     show ? CPartLookup::WhenListed::TellUser : CPartLookup::WhenListed::BeSilent),
+                listed);
             EXPECT_EQ(recorder_.Take(), Steps(Naming(index) + (show ? message : ""))) << label;
         }
     }
