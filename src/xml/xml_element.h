@@ -23,8 +23,9 @@ public:
     CXmlElement() = default;
     // A new element.
     CXmlElement(const char* name, std::uint32_t code_page);
-    // A new text leaf.
+    // A new text leaf. A null string is an empty text; one that found no memory gives an empty handle.
     CXmlElement(const char* name, const CXmlString& value, std::uint32_t code_page);
+    CXmlElement(const char* name, std::string_view value, std::uint32_t code_page);
     // Points at a finished block's root. Null gives an empty handle; a block without references is destroyed when
     // the handle finds no memory.
     explicit CXmlElement(std::byte* block);
@@ -55,7 +56,9 @@ public:
 
     // The node that holds the attributes: it has no name, and its children are the attributes.
     [[nodiscard]] CXmlElement GetAttributes() const;
+    // The value is taken as that of a text leaf.
     CXmlElement AddAttribute(const char* name, const CXmlString& value);
+    CXmlElement AddAttribute(const char* name, std::string_view value);
 
     // The children, or a holder's attributes. Include xml_iterator.h.
     [[nodiscard]] CXmlIterator Begin() const;
