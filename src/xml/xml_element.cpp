@@ -126,6 +126,7 @@ CXmlElement CXmlElement::Link(std::byte* node, std::byte*& tail, CXmlElement chi
     if (child.IsEmpty()) {
         return child;
     }
+    NoteLink(block_, child.block_);
     std::byte* slot = EndOfChain(tail == nullptr ? LastSlotOf(node) : tail);
     HangBlock(slot, child.block_);
     AddReference(child.block_);

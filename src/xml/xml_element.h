@@ -86,15 +86,21 @@ private:
     friend class CXmlIterator;
 
     CXmlElement(CXmlShared<CXmlNameTable> table, std::byte* node, std::byte* block);
+    void Hold() const
+    {
+        AddReference(block_);
+        HoldRoom(block_);
+    }
     void Drop()
     {
         if (block_ != nullptr) {
+            --HeadOf(block_)->held;
             ReleaseBlock(block_);
         }
     }
     [[nodiscard]] bool IsElement() const { return node_ != nullptr && NodeKind(node_) == XmlKind::element; }
     [[nodiscard]] bool HasScalar() const { return node_ != nullptr && NodeKind(node_) > XmlKind::element; }
-    static CXmlElement Link(std::byte* node, std::byte*& tail, CXmlElement child);
+    CXmlElement Link(std::byte* node, std::byte*& tail, CXmlElement child);
 
     CXmlShared<CXmlNameTable> table_; // null on a block of a single name, which is read where it stands
     std::byte* node_ = nullptr;
@@ -133,7 +139,7 @@ public:
 inline CXmlElement::CXmlElement(CXmlShared<CXmlNameTable> table, std::byte* node, std::byte* block)
     : table_(std::move(table)), node_(node), block_(block)
 {
-    AddReference(block_);
+    Hold();
 }
 
 inline CXmlElement::CXmlElement(const CXmlElement& other)
@@ -141,7 +147,7 @@ inline CXmlElement::CXmlElement(const CXmlElement& other)
       attributes_tail_(other.attributes_tail_)
 {
     if (block_ != nullptr) {
-        AddReference(block_);
+        Hold();
     }
 }
 
@@ -185,7 +191,7 @@ inline CXmlElement::CXmlElement(std::byte* block)
     }
     node_ = RootOf(block);
     block_ = block;
-    AddReference(block_);
+    Hold();
 }
 
 } // namespace partkeep

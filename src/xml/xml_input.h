@@ -41,6 +41,8 @@ public:
 
     // Sets the stream's end state once there is nothing more.
     [[nodiscard]] bool AtEnd() { return at_ == end_ && !Refill(); }
+    // Bytes that lie in the window still.
+    [[nodiscard]] std::size_t Ahead() const { return static_cast<std::size_t>(end_ - at_); }
     // The next byte, left where it is; 0xFF at the end.
     [[nodiscard]] char Peek() { return AtEnd() ? '\xFF' : *at_; }
 

@@ -86,7 +86,7 @@ public:
     ~CXmlIterator()
     {
         if (block_ != nullptr && !table_) {
-            UnpinBlock(block_);
+            UnholdRoom(block_);
         }
     }
 
@@ -119,12 +119,12 @@ private:
     {
         Pin();
     }
-    // Without a table the block itself keeps the name, see xml_block.h. An end is a position alone, and keeps nothing,
+    // Without a table the block's room keeps the name, see xml_room.h. An end is a position alone, and keeps nothing,
     // which would slow a walk down.
     void Pin()
     {
         if (block_ != nullptr && !table_) {
-            PinBlock(block_);
+            HoldRoom(block_);
         }
     }
 

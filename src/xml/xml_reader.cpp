@@ -91,12 +91,17 @@ CXmlReader::~CXmlReader()
 std::byte* CXmlReader::Run()
 {
     ParseDeclaration();
+    CXmlTreeBuilder tree(input_.Ahead());
+    if (tree.HasFailed()) {
+        input_.Fail();
+    }
     input_.SkipTo('<', true);
     std::byte* root = nullptr;
     while (root == nullptr && !input_.HasFailed() && !input_.AtEnd()) {
         root = ParseElement();
         input_.SkipTo('<', true);
     }
+    tree.Finish(root);
     return root;
 }
 

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include "xml/xml_memory.h"
 
@@ -37,6 +38,33 @@ std::size_t watched_memory::Asked()
 std::size_t watched_memory::LivePieces()
 {
     return live;
+}
+
+const std::size_t partkeep::xml_least_for_own_pages = 0;
+
+partkeep::XmlRoom partkeep::TakeXmlRoom(std::size_t size)
+{
+    return ResizeXmlRoom(nullptr, 0, size);
+}
+
+partkeep::XmlRoom partkeep::ResizeXmlRoom(XmlHead* head, std::size_t used, std::size_t size)
+{
+    void* memory = AllocateXml(sizeof(XmlHead) + size, alignof(XmlHead));
+    if (memory == nullptr) {
+        return {};
+    }
+    auto* moved = head == nullptr ? new (memory) XmlHead : new (memory) XmlHead(*head);
+    if (head != nullptr) {
+        std::memcpy(moved + 1, head + 1, used);
+        GiveXmlRoom(head);
+    }
+    moved->size = size;
+    return {moved, reinterpret_cast<std::byte*>(moved + 1) + size};
+}
+
+void partkeep::GiveXmlRoom(XmlHead* head)
+{
+    FreeXml(head, sizeof(XmlHead) + head->size);
 }
 
 void* partkeep::AllocateXml(std::size_t size, std::size_t)
