@@ -1,7 +1,6 @@
 #include "xml/xml_input.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <streambuf>
 
@@ -77,25 +76,6 @@ void CXmlInput::GiveBack()
         GetArea::Take(*stream_.rdbuf(), at_ - begin_);
     }
     begin_ = at_;
-}
-
-void CXmlInput::Seek(char byte)
-{
-    while (!AtEnd()) {
-        const void* found = std::memchr(at_, byte, static_cast<std::size_t>(end_ - at_));
-        at_ = found == nullptr ? end_ : static_cast<const char*>(found);
-        if (found != nullptr) {
-            return;
-        }
-    }
-}
-
-void CXmlInput::SkipTo(const XmlByteSet& set, bool consume)
-{
-    while (!AtEnd() && !set.Has(*at_)) {
-        ++at_;
-    }
-    at_ += consume && at_ != end_ ? 1 : 0;
 }
 
 bool CXmlInput::Gather(const char* start)
