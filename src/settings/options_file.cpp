@@ -1,6 +1,5 @@
 #include "settings/options_file.h"
 
-#include <sstream>
 #include <string>
 
 #include "platform/files.h"
@@ -37,13 +36,9 @@ void ReadOptionsFile(std::u16string_view path, std::int16_t& quantity_prompt, st
     if (!PathExists(path)) {
         return;
     }
-    auto text = ReadTextFile(path);
-    if (!text) {
-        return;
-    }
-    std::istringstream stream(std::move(*text));
+    const auto text = ReadTextFile(path);
     CXmlDocument document;
-    if (!ReadXml(stream, document)) {
+    if (!text || !ReadXml(*text, document)) {
         return;
     }
     for (CXmlIterator leaf = document.Begin(); leaf != document.End(); ++leaf) {
@@ -58,9 +53,9 @@ void WriteOptionsFile(std::u16string_view path, std::int16_t quantity_prompt, st
                           !root.AddChild(filter_name, filter_state).IsEmpty();
     CXmlDocument document;
     document = root;
-    std::ostringstream stream;
-    if (complete && WriteXml(stream, document) && stream.good()) {
-        ReplaceTextFile(path, stream.str());
+    std::string text;
+    if (complete && WriteXml(text, document)) {
+        ReplaceTextFile(path, text);
     }
 }
 

@@ -63,11 +63,8 @@ private:
     {
         std::byte* root = RootOf(block);
         DropChain(LinkOf(root));
-        if (HeadOf(block)->tree != nullptr) {
-            if (DropTree(block)) {
-                return;
-            }
-            BreakTree(HeadOf(block));
+        if (HeadOf(block)->tree != nullptr && DropTree(block)) {
+            return;
         }
         if (NodeKind(root) != XmlKind::element) {
             DropLeaf(root);
@@ -82,6 +79,9 @@ private:
     static void FreeBlock(std::byte* block)
     {
         FreeExtensionCells(NameArrayOf(block));
+        if (HeadOf(block)->tree != nullptr) {
+            BreakTree(HeadOf(block));
+        }
         FreeXmlBlock(block);
     }
 

@@ -1,6 +1,6 @@
-// Looks for bytes, compares and copies short runs of them where they lie: no calls, no reads and no writes outside the
-// bounds given. The searches go sixteen bytes at a time where the machine can, and one by one otherwise; both ways give
-// the same.
+// Looks for bytes, compares and copies short runs of them where they lie. Nothing outside the bounds given is read or
+// written, but where a function says by how much. The searches go sixteen bytes at a time where the machine can, and
+// one by one otherwise; both ways give the same.
 #pragma once
 
 #include <bit>
@@ -64,6 +64,16 @@ template <XmlByteSet Set>
     return at;
 }
 
+// Copies up to the first NUL or `size` bytes, and gives the position behind them. Up to 15 bytes more may be read and
+// written.
+inline char* CopyToNul(char* to, const char* from, std::size_t size)
+{
+    for (; size != 0 && *from != '\0'; --size) {
+        *to++ = *from++;
+    }
+    return to;
+}
+
 } // namespace xml_bytes_plain
 
 #ifdef __SSE2__
@@ -105,15 +115,56 @@ template <XmlByteSet Set>
     return xml_bytes_plain::Find<Set>(at, end);
 }
 
+inline char* CopyToNul(char* to, const char* from, std::size_t size)
+{
+    constexpr std::size_t width = sizeof(__m128i);
+    for (;; to += width, from += width, size -= width) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), bytes);
+        const auto nuls = static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128())));
+        const auto up_to_nul = static_cast<std::size_t>(std::countr_zero(nuls | std::uint32_t{1} << width));
+        if (up_to_nul < width || size <= width) {
+            return to + (up_to_nul < size ? up_to_nul : size);
+        }
+    }
+}
+
 } // namespace xml_bytes_wide
 
+using xml_bytes_wide::CopyToNul;
 using xml_bytes_wide::Find;
 
 #else
 
+using xml_bytes_plain::CopyToNul;
 using xml_bytes_plain::Find;
 
 #endif
+
+// As wide as an address, such as stands behind every name in a block.
+using XmlWord = std::uintptr_t;
+
+// Copies word by word: up to a word less a byte more may be read and written.
+inline char* CopyByWords(char* to, const char* from, std::size_t size)
+{
+    for (std::size_t at = 0; at < size; at += sizeof(XmlWord)) {
+        XmlWord word;
+        std::memcpy(&word, from + at, sizeof word);
+        std::memcpy(to + at, &word, sizeof word);
+    }
+    return to + size;
+}
+
+// The first bytes as a number; a whole word may be read where `size` is not 0.
+inline XmlWord FirstWord(const char* at, std::size_t size)
+{
+    XmlWord word = 0;
+    if (size != 0) {
+        std::memcpy(&word, at, sizeof word);
+        word = size < sizeof word ? word & ((XmlWord{1} << 8 * size) - 1) : word;
+    }
+    return word;
+}
 
 // Copies in pieces that may overlap; neither source nor target is touched outside its `size` bytes.
 inline void CopyShort(void* target, const void* source, std::size_t size)

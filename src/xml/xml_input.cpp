@@ -36,17 +36,17 @@ bool CXmlInput::Refill()
         }
     }
     GiveBack();
-    std::streambuf* buffer = stream_.rdbuf();
+    std::streambuf* buffer = stream_->rdbuf();
     using Traits = std::streambuf::traits_type;
     Traits::int_type next = Traits::eof();
     try {
         next = buffer == nullptr ? Traits::eof() : buffer->sgetc();
     } catch (...) {
-        stream_.setstate(std::ios_base::badbit); // as the stream's own reads do
+        stream_->setstate(std::ios_base::badbit); // as the stream's own reads do
     }
     if (Traits::eq_int_type(next, Traits::eof())) {
         ended_ = true;
-        stream_.setstate(std::ios_base::eofbit);
+        stream_->setstate(std::ios_base::eofbit);
         return false;
     }
     begin_ = GetArea::At(*buffer);
@@ -63,17 +63,17 @@ bool CXmlInput::Refill()
 // Tells the stream what was taken from the window.
 void CXmlInput::GiveBack()
 {
-    if (at_ == begin_) {
+    if (at_ == begin_ || stream_ == nullptr) {
         return;
     }
     if (begin_ == &single_) {
         try {
-            stream_.rdbuf()->sbumpc();
+            stream_->rdbuf()->sbumpc();
         } catch (...) {
-            stream_.setstate(std::ios_base::badbit);
+            stream_->setstate(std::ios_base::badbit);
         }
     } else {
-        GetArea::Take(*stream_.rdbuf(), at_ - begin_);
+        GetArea::Take(*stream_->rdbuf(), at_ - begin_);
     }
     begin_ = at_;
 }

@@ -1,5 +1,5 @@
-// Byte input of the parser: a window straight onto the stream's own buffer, so that bytes are looked at where they
-// lie and nothing is read ahead: when the input goes, the stream stands behind the last byte taken.
+// Byte input of the parser: a window straight onto a text or a stream's own buffer, so that bytes are looked at where
+// they lie and nothing is read ahead: when the input goes, the stream stands behind the last byte taken.
 #pragma once
 
 #include <array>
@@ -19,7 +19,12 @@ using CXmlToken = std::string_view;
 
 class CXmlInput {
 public:
-    explicit CXmlInput(std::istream& stream) : stream_(stream), ended_(stream.eof()) {}
+    explicit CXmlInput(std::istream& stream) : stream_(&stream), ended_(stream.eof()) {}
+    // They are the only window.
+    explicit CXmlInput(std::string_view bytes)
+        : begin_(bytes.data()), at_(begin_), end_(begin_ + bytes.size()), ended_(true)
+    {
+    }
     CXmlInput(const CXmlInput&) = delete;
     CXmlInput& operator=(const CXmlInput&) = delete;
     ~CXmlInput() { GiveBack(); }
@@ -122,7 +127,7 @@ private:
     [[nodiscard]] bool Refill();
     void GiveBack();
 
-    std::istream& stream_;
+    std::istream* stream_ = nullptr;
     const char* begin_ = nullptr;
     const char* at_ = nullptr;
     const char* end_ = nullptr;

@@ -22,7 +22,7 @@ struct XmlHead {
     std::uint32_t live = 0; // blocks that have not gone
     XmlTree* tree = nullptr;
     XmlHead* next = nullptr; // of the tree's, while it has one
-    std::size_t size = 0;    // the source's own: 0 for a page
+    std::size_t size = 0;    // of the room of a single block; 0 for a page
 };
 
 struct XmlRoom {
@@ -33,10 +33,6 @@ struct XmlRoom {
 // A head with `size` bytes behind it at least, which begin at an even address. What is longer than a share of a page
 // has a head of its own, and nothing over.
 [[nodiscard]] XmlRoom TakeXmlRoom(std::size_t size);
-
-// A head of its own with exactly `size` bytes behind it, of which `used` are those behind `head`; that one has moved
-// when there is memory, and is as it was when there is none. Null for a new one.
-[[nodiscard]] XmlRoom ResizeXmlRoom(XmlHead* head, std::size_t used, std::size_t size);
 
 void GiveXmlRoom(XmlHead* head);
 

@@ -1,7 +1,6 @@
 #include "xml/xml_memory.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <new>
 
 namespace partkeep {
@@ -173,31 +172,20 @@ void FreeXml(void* memory, std::size_t size)
 
 XmlRoom TakeXmlRoom(std::size_t size)
 {
-    if (size > largest_piece) {
-        return ResizeXmlRoom(nullptr, 0, size);
-    }
-    void* page = pool.TakePage();
-    if (page == nullptr) {
-        return {};
-    }
-    return {new (page) XmlHead, static_cast<std::byte*>(page) + page_size};
-}
-
-XmlRoom ResizeXmlRoom(XmlHead* head, std::size_t, std::size_t size)
-{
-    void* memory = std::realloc(head, sizeof(XmlHead) + size);
+    const bool alone = size > largest_piece;
+    void* memory = alone ? ::operator new(sizeof(XmlHead) + size, std::nothrow) : pool.TakePage();
     if (memory == nullptr) {
         return {};
     }
-    auto* resized = head == nullptr ? new (memory) XmlHead : static_cast<XmlHead*>(memory);
-    resized->size = size;
-    return {resized, reinterpret_cast<std::byte*>(resized + 1) + size};
+    auto* head = new (memory) XmlHead;
+    head->size = alone ? size : 0;
+    return {head, static_cast<std::byte*>(memory) + (alone ? sizeof(XmlHead) + size : page_size)};
 }
 
 void GiveXmlRoom(XmlHead* head)
 {
     if (head->size != 0) {
-        std::free(head);
+        ::operator delete(head);
     } else {
         pool.GivePage(head);
     }

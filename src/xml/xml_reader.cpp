@@ -58,7 +58,10 @@ void Append(std::byte*& tail, std::byte* block)
 
 class CXmlReader {
 public:
-    explicit CXmlReader(std::istream& stream) : input_(stream) {}
+    template <class Source>
+    explicit CXmlReader(Source& source) : input_(source)
+    {
+    }
     CXmlReader(const CXmlReader&) = delete;
     CXmlReader& operator=(const CXmlReader&) = delete;
     ~CXmlReader();
@@ -389,6 +392,16 @@ std::byte* CXmlReader::Checked(std::byte* block)
     return block;
 }
 
+template <class Source>
+bool ReadInto(CXmlDocument& document, Source& source)
+{
+    const CXmlElement root(CXmlReader(source).Run());
+    if (!root.IsEmpty()) {
+        document = root;
+    }
+    return !root.IsEmpty();
+}
+
 } // namespace
 
 bool ReadXml(std::istream& stream, CXmlDocument& document)
@@ -399,12 +412,14 @@ bool ReadXml(std::istream& stream, CXmlDocument& document)
     // A stream that throws at its caller's wish does so when all is done: nothing may fly through half a document.
     const std::ios_base::iostate thrown = stream.exceptions();
     stream.exceptions(std::ios_base::goodbit);
-    const CXmlElement root(CXmlReader(stream).Run());
-    if (!root.IsEmpty()) {
-        document = root;
-    }
+    const bool read = ReadInto(document, stream);
     stream.exceptions(thrown);
-    return !root.IsEmpty();
+    return read;
+}
+
+bool ReadXml(std::string_view text, CXmlDocument& document)
+{
+    return ReadInto(document, text);
 }
 
 } // namespace partkeep

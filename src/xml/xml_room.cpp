@@ -55,6 +55,7 @@ std::byte* CutFromNewRoom(std::size_t size)
     if (growing != nullptr) {
         room.head->tree = growing;
         room.head->next = std::exchange(growing->heads, room.head);
+        growing->room += static_cast<std::size_t>(room.end - RoomOf(room.head));
     }
     std::byte* block = PutReach(RoomOf(room.head), room.head);
     std::byte* behind = RoomOf(room.head) + RoomFor(size);
@@ -115,6 +116,29 @@ void CXmlTreeBuilder::Finish(std::byte* root)
     } else if (root == nullptr) {
         FreeTree(tree);
     }
+}
+
+std::byte* AllocateXmlTreeBlock(std::size_t size)
+{
+    std::byte* block = AllocateXmlBlock(size);
+    if (block == nullptr || HeadOf(block)->size == 0 || HeadOf(block)->tree != nullptr) {
+        return block;
+    }
+    // Without memory for that it stays ordinary.
+    if (void* memory = AllocateXml(sizeof(XmlTree), alignof(XmlTree)); memory != nullptr) {
+        HeadOf(block)->tree = new (memory) XmlTree{block, HeadOf(block), size};
+    }
+    return block;
+}
+
+// What was read is linked, and takes more than twice the room of its text; a copy takes about as much.
+std::size_t GuessLengthOf(std::byte* block)
+{
+    const XmlTree* tree = HeadOf(block)->tree;
+    if (tree == nullptr || tree->root != block) {
+        return 0;
+    }
+    return tree->heads->next == nullptr ? tree->room : tree->room / 2;
 }
 
 void BreakTree(XmlHead* head)

@@ -31,6 +31,7 @@ extern XmlCursor xml_cursor;
 struct XmlTree {
     std::byte* root = nullptr; // while it is being built, it has none
     XmlHead* heads = nullptr;
+    std::size_t room = 0; // of them all
 };
 
 inline std::byte* RoomOf(XmlHead* head)
@@ -116,6 +117,12 @@ private:
     XmlCursor outer_;
     bool failed_ = false;
 };
+
+// Room for a block that has everything under it in itself: a tree, where it has room of its own.
+[[nodiscard]] std::byte* AllocateXmlTreeBlock(std::size_t size);
+
+// About as many bytes as the tree under a block takes when it is written; 0 where nothing is known of it.
+[[nodiscard]] std::size_t GuessLengthOf(std::byte* block);
 
 // Makes ordinary blocks of a tree, whose head this is.
 void BreakTree(XmlHead* head);

@@ -44,22 +44,13 @@ const std::size_t partkeep::xml_least_for_own_pages = 0;
 
 partkeep::XmlRoom partkeep::TakeXmlRoom(std::size_t size)
 {
-    return ResizeXmlRoom(nullptr, 0, size);
-}
-
-partkeep::XmlRoom partkeep::ResizeXmlRoom(XmlHead* head, std::size_t used, std::size_t size)
-{
     void* memory = AllocateXml(sizeof(XmlHead) + size, alignof(XmlHead));
     if (memory == nullptr) {
         return {};
     }
-    auto* moved = head == nullptr ? new (memory) XmlHead : new (memory) XmlHead(*head);
-    if (head != nullptr) {
-        std::memcpy(moved + 1, head + 1, used);
-        GiveXmlRoom(head);
-    }
-    moved->size = size;
-    return {moved, reinterpret_cast<std::byte*>(moved + 1) + size};
+    auto* head = new (memory) XmlHead;
+    head->size = size;
+    return {head, reinterpret_cast<std::byte*>(head + 1) + size};
 }
 
 void partkeep::GiveXmlRoom(XmlHead* head)
