@@ -5,9 +5,6 @@
 #include <tinyxml2.h>
 
 #include <cstring>
-#include <istream>
-#include <ostream>
-#include <streambuf>
 #include <string_view>
 
 #include "xml/xml_iterator.h"
@@ -17,27 +14,6 @@
 namespace xml_bench {
 
 namespace {
-
-// Streams over memory, without a copy on the way in.
-class TextBuffer : public std::streambuf {
-public:
-    explicit TextBuffer(const std::string& text)
-    {
-        char* begin = const_cast<char*>(text.data());
-        setg(begin, begin, begin + text.size());
-    }
-    explicit TextBuffer(std::string& out) : out_(&out) {}
-
-protected:
-    std::streamsize xsputn(const char* bytes, std::streamsize count) override
-    {
-        out_->append(bytes, static_cast<std::size_t>(count));
-        return count;
-    }
-
-private:
-    std::string* out_ = nullptr;
-};
 
 template <class T>
 struct Holding : Document {
@@ -67,9 +43,7 @@ public:
     DocumentPtr Read(const std::string& text) const override
     {
         auto result = std::make_unique<Holding<Tree>>();
-        TextBuffer buffer(text);
-        std::istream stream(&buffer);
-        partkeep::ReadXml(stream, result->document);
+        partkeep::ReadXml(text, result->document);
         return result;
     }
     std::string Write(const Document& document) const override { return Written(Of<Tree>(document)); }
@@ -95,9 +69,7 @@ public:
     int ReadOptions(const std::string& text) const override
     {
         Tree document;
-        TextBuffer buffer(text);
-        std::istream stream(&buffer);
-        partkeep::ReadXml(stream, document);
+        partkeep::ReadXml(text, document);
         int options = 0;
         for (auto leaf = document.Begin(); leaf != document.End(); ++leaf) {
             const partkeep::CXmlElement option = *leaf;
@@ -123,9 +95,7 @@ private:
     static std::string Written(const Tree& document)
     {
         std::string text;
-        TextBuffer buffer(text);
-        std::ostream stream(&buffer);
-        partkeep::WriteXml(stream, document);
+        partkeep::WriteXml(text, document);
         return text;
     }
     static std::size_t WalkElement(const partkeep::CXmlElement& element)

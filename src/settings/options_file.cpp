@@ -1,6 +1,5 @@
 #include "settings/options_file.h"
 
-#include <sstream>
 #include <string>
 
 #include "platform/files.h"
@@ -35,13 +34,12 @@ void ReadLeaf(const CXmlElement& leaf, std::int16_t& quantity_prompt, std::int16
 OldFile ReadOptionsFile(std::u16string_view path, std::int16_t& quantity_prompt, std::int16_t& filter_state)
 {
     bool in_trouble = false;
-    auto text = ReadTextFile(path, &in_trouble);
+    const auto text = ReadTextFile(path, &in_trouble);
     if (!text) {
         return in_trouble ? OldFile::Kept : OldFile::Dropped;
     }
-    std::istringstream stream(std::move(*text));
     CXmlDocument document;
-    if (ReadXml(stream, document)) {
+    if (ReadXml(*text, document)) {
         for (CXmlIterator leaf = document.Begin(); leaf != document.End(); ++leaf) {
             ReadLeaf(*leaf, quantity_prompt, filter_state);
         }
@@ -57,9 +55,9 @@ void WriteOptionsFile(std::u16string_view path, std::int16_t quantity_prompt, st
                           !root.AddChild(filter_name, filter_state).IsEmpty();
     CXmlDocument document;
     document = root;
-    std::ostringstream stream;
-    if (complete && WriteXml(stream, document) && stream.good()) {
-        ReplaceTextFile(path, stream.str(), old_file);
+    std::string text;
+    if (complete && WriteXml(text, document)) {
+        ReplaceTextFile(path, text, old_file);
     }
 }
 

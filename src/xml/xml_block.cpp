@@ -6,11 +6,6 @@ namespace partkeep {
 
 namespace {
 
-// An even address can't end in the bytes of a skipped id, so that the link bytes at an iteration's end, which a
-// step reads as an id, never pass for one.
-constexpr std::size_t block_alignment = 4;
-constexpr std::size_t largest_block = 0xFFFFFFFFU - xml_pin_width;
-
 void FreeExtensionCells(std::byte* array)
 {
     const XmlKind item = ItemKind(NodeKind(array));
@@ -68,6 +63,9 @@ private:
     {
         std::byte* root = RootOf(block);
         DropChain(LinkOf(root));
+        if (HeadOf(block)->tree != nullptr && DropTree(block)) {
+            return;
+        }
         if (NodeKind(root) != XmlKind::element) {
             DropLeaf(root);
         } else if (IsHolder(root)) {
@@ -81,9 +79,10 @@ private:
     static void FreeBlock(std::byte* block)
     {
         FreeExtensionCells(NameArrayOf(block));
-        if (LoadField<std::uint32_t>(block - xml_pin_width) == 0) {
-            FreeUnpinnedBlock(block);
+        if (HeadOf(block)->tree != nullptr) {
+            BreakTree(HeadOf(block));
         }
+        FreeXmlBlock(block);
     }
 
     static void DropLeaf(std::byte* leaf)
@@ -144,15 +143,6 @@ private:
 
 } // namespace
 
-std::byte* AllocateXmlBlock(std::size_t size)
-{
-    if (size > largest_block) {
-        return nullptr;
-    }
-    auto* memory = static_cast<std::byte*>(AllocateXml(size + xml_pin_width, block_alignment));
-    return memory == nullptr ? nullptr : PutField(memory, std::uint32_t{0});
-}
-
 std::byte* MakeElementBlock(std::string_view name, std::uint32_t code_page)
 {
     std::byte* block = AllocateXmlBlock(XmlPlaces::ElementSize(name.size()));
@@ -184,12 +174,6 @@ void DestroyBlock(std::byte* block)
 {
     PutField(block + XmlPlaces::references, std::uint32_t{0});
     CXmlDying().Destroy(block);
-}
-
-void FreeUnpinnedBlock(std::byte* block)
-{
-    const auto size = static_cast<std::size_t>(LinkOf(NameArrayOf(block)) - block);
-    FreeXml(block - xml_pin_width, size + xml_pin_width);
 }
 
 } // namespace partkeep

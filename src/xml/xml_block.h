@@ -11,8 +11,7 @@
 //   array      id, negative kind, size, items, extension head, link; the name array has id 0 and no link
 //
 // `size` counts from behind itself up to the link. Links, heads and owner are as wide as an address, and every
-// distance follows from that width. Nothing is aligned. In front of each block, and no part of it, stands a
-// count of the iterators that keep its names readable.
+// distance follows from that width. Nothing is aligned, but blocks themselves stand at even addresses.
 #pragma once
 
 #include <cstddef>
@@ -20,6 +19,7 @@
 #include <string_view>
 
 #include "xml/xml_field.h"
+#include "xml/xml_room.h"
 
 namespace partkeep {
 
@@ -257,7 +257,6 @@ inline void HangBlock(std::byte* slot, std::byte* block)
 
 // Making blocks: null when there is no memory, and for a name or text that 32-bit sizes can't hold. The new
 // block has 0 references and no owner.
-[[nodiscard]] std::byte* AllocateXmlBlock(std::size_t size);
 [[nodiscard]] std::byte* MakeElementBlock(std::string_view name, std::uint32_t code_page);
 [[nodiscard]] std::byte* MakeTextBlock(std::string_view name, std::string_view text, std::uint32_t code_page);
 [[nodiscard]] std::byte* MakeFixedBlock(std::string_view name, XmlKind kind, std::string_view value,
@@ -274,25 +273,6 @@ inline void ReleaseBlock(std::byte* block)
         PutField(block + XmlPlaces::references, count - 1);
     } else {
         DestroyBlock(block);
-    }
-}
-
-// A pinned block's bytes outlive its destruction, so that its names stay readable for an iterator.
-inline constexpr std::size_t xml_pin_width = 4;
-
-inline void PinBlock(std::byte* block)
-{
-    PutField(block - xml_pin_width, LoadField<std::uint32_t>(block - xml_pin_width) + 1);
-}
-
-void FreeUnpinnedBlock(std::byte* block);
-
-inline void UnpinBlock(std::byte* block)
-{
-    const std::uint32_t left = LoadField<std::uint32_t>(block - xml_pin_width) - 1;
-    PutField(block - xml_pin_width, left);
-    if (left == 0 && References(block) == 0) {
-        FreeUnpinnedBlock(block);
     }
 }
 

@@ -30,8 +30,8 @@ CXmlCompactor::CXmlCompactor(std::byte* source, std::byte* source_block, std::ui
 {
     const bool convertible = source_code_page_ == target_code_page_ ||
                              (IsConvertible(source_code_page_) && IsConvertible(target_code_page_));
-    if (convertible && Walk(source, source_block)) {
-        result = Build();
+    if (convertible && PutHeader() && Walk(source, source_block) && PutPiece() && PutNames()) {
+        result = Finish();
     }
 }
 
@@ -45,7 +45,7 @@ bool CXmlCompactor::Walk(std::byte* source, std::byte* source_block)
             taken = EnterElement(walk);
             break;
         case CXmlWalk::Step::leaf:
-            taken = AddLeaf(walk, walk.Node(), walk.Block());
+            taken = AddLeaf(walk, walk.Node(), walk.Link(), walk.Block());
             break;
         case CXmlWalk::Step::leave:
             taken = LeaveElement(walk.Node());
@@ -65,15 +65,16 @@ bool CXmlCompactor::EnterElement(CXmlWalk& walk)
 {
     std::byte* element = walk.Node();
     std::byte* holder = HolderOf(element);
-    const std::size_t holder_size = size_ + XmlPlaces::counted + XmlPlaces::head;
+    const std::size_t holder_size = Size() + XmlPlaces::counted + XmlPlaces::head;
     std::uint16_t id = 0;
-    if (!TakeId(walk, element, walk.Block(), id) || !open_.Add(static_cast<std::uint32_t>(size_ + XmlPlaces::head)) ||
+    if (!TakeId(walk, element, walk.Link(), walk.Block(), id) ||
+        !open_.Add(static_cast<std::uint32_t>(Size() + XmlPlaces::head)) ||
         !AddPiece(element, XmlPlaces::counted + XmlPlaces::holder, id, true)) {
         return false;
     }
     const std::byte* end = LinkOf(holder);
     for (XmlPosition at = FirstPositionIn(holder); at.current != end; at.Step()) {
-        if (!AddLeaf(walk, at.current, at.InChain() ? BlockOfRoot(at.current) : walk.Block())) {
+        if (!AddLeaf(walk, at.current, LinkOf(at.current), at.InChain() ? BlockOfRoot(at.current) : walk.Block())) {
             return false;
         }
     }
@@ -87,26 +88,26 @@ bool CXmlCompactor::LeaveElement(std::byte* element)
     return EndRange(place, NodeSize(element)) && AddLink(LinkOf(element));
 }
 
-bool CXmlCompactor::AddLeaf(CXmlWalk& walk, std::byte* leaf, std::byte* block)
+bool CXmlCompactor::AddLeaf(CXmlWalk& walk, std::byte* leaf, std::byte* link, std::byte* block)
 {
     std::uint16_t id = 0;
-    if (!TakeId(walk, leaf, block, id)) {
+    if (!TakeId(walk, leaf, link, block, id)) {
         return false;
     }
     const XmlKind kind = NodeKind(leaf);
     if (IsArray(kind)) {
-        return AddArray(leaf, id) && AddLink(LinkOf(leaf));
+        return AddArray(leaf, id) && AddLink(link);
     }
     if (kind == XmlKind::text && source_code_page_ != target_code_page_) {
-        return AddPiece(leaf, XmlPlaces::head, id, false) && AddText(leaf + XmlPlaces::head) && AddLink(LinkOf(leaf));
+        return AddPiece(leaf, XmlPlaces::head, id, false) && AddText(leaf + XmlPlaces::head) && AddLink(link);
     }
-    return AddPiece(leaf, static_cast<std::size_t>(BehindNode(leaf) - leaf), id, true);
+    return AddPiece(leaf, static_cast<std::size_t>(link + xml_address_width - leaf), id, true);
 }
 
 // All items come to stand in one run, with an extension head of 0.
 bool CXmlCompactor::AddArray(std::byte* array, std::uint16_t id)
 {
-    const std::size_t place = size_ + XmlPlaces::head;
+    const std::size_t place = Size() + XmlPlaces::head;
     if (!AddPiece(array, XmlPlaces::counted, id, false)) {
         return false;
     }
@@ -128,23 +129,29 @@ bool CXmlCompactor::AddText(const std::byte* cell)
     if (source_code_page_ == target_code_page_) {
         return AddPiece(cell, 4 + CellText(cell).size(), 0, false);
     }
-    CXmlTextCell transcoded = TranscodeText(CellText(cell), source_code_page_, target_code_page_);
-    const std::byte* bytes = transcoded.Bytes();
-    const std::size_t length = transcoded.Size();
-    return bytes != nullptr && temporaries_.Add(std::move(transcoded)) && AddPiece(bytes, length, 0, false);
+    const CXmlTextCell transcoded = TranscodeText(CellText(cell), source_code_page_, target_code_page_);
+    if (transcoded.Bytes() == nullptr || transcoded.Size() > largest_size - Size() || !PutPiece()) {
+        return false;
+    }
+    std::byte* at = builder_.Add(transcoded.Size());
+    if (at != nullptr) {
+        CopyShort(at, transcoded.Bytes(), transcoded.Size());
+    }
+    return at != nullptr;
 }
 
 // `new_id` stays 0 where the node keeps its id.
-bool CXmlCompactor::TakeId(CXmlWalk& walk, const std::byte* node, const std::byte* block, std::uint16_t& new_id)
+bool CXmlCompactor::TakeId(CXmlWalk& walk, const std::byte* node, const std::byte* link, const std::byte* block,
+                           std::uint16_t& new_id)
 {
     const std::uint16_t old_id = NodeId(node);
     if (old_id == 0) {
         return true;
     }
-    CXmlWalk::Name* entry = walk.EntryOf(node, block);
+    CXmlWalk::Entry* entry = walk.EntryOf(node, block);
     std::uint16_t id = entry == nullptr ? std::uint16_t{0} : entry->note;
     if (id == 0) {
-        id = InternRecent(walk.NameOf(node, block));
+        id = InternRecent(walk.NameOf(node, link, block));
     }
     if (id == 0) {
         return false;
@@ -159,12 +166,14 @@ bool CXmlCompactor::TakeId(CXmlWalk& walk, const std::byte* node, const std::byt
 // Linked nodes bring the same few names in blocks of their own: those seen last are known without a search.
 std::uint16_t CXmlCompactor::InternRecent(std::string_view name)
 {
-    const std::size_t mixed = name.empty() ? 0
-                                           : std::size_t{5} * static_cast<std::uint8_t>(name.front()) +
-                                                 static_cast<std::uint8_t>(name.back());
-    Recent& recent = recent_[(mixed + name.size()) % recent_.size()];
-    if (recent.id == 0 || recent.name != name) {
-        recent = {name, Intern(name)};
+    const XmlWord first = FirstWord(name.data(), name.size());
+    const std::uint32_t mixed =
+        (static_cast<std::uint32_t>(first ^ first >> 24) + static_cast<std::uint32_t>(name.size())) * 2654435769U;
+    Recent& recent = recent_[mixed >> 26];
+    const bool known = recent.id != 0 && recent.first == first && recent.name.size() == name.size() &&
+                       (name.size() <= sizeof first || recent.name == name);
+    if (!known) {
+        recent = {first, name, Intern(name)};
     }
     return recent.id;
 }
@@ -178,71 +187,68 @@ std::uint16_t CXmlCompactor::Intern(std::string_view name)
     return transcoded.IsNull() ? std::uint16_t{0} : names_.Intern(transcoded.View());
 }
 
-bool CXmlCompactor::AddNewPiece(const Piece& piece)
-{
-    constexpr std::size_t part_size = 4096;
-    if ((pieces_.IsEmpty() || pieces_.Last().Size() == part_size) && !pieces_.Add({})) {
-        return false;
-    }
-    return pieces_.Last().Add(piece);
-}
-
 // What has come since the size field at `place` makes up its value.
 bool CXmlCompactor::EndRange(std::size_t place, std::uint32_t old_size)
 {
-    const auto size = static_cast<std::uint32_t>(size_ - place - 4);
+    const auto size = static_cast<std::uint32_t>(Size() - place - 4);
     return size == old_size || ranges_.Add({static_cast<std::uint32_t>(place), size});
 }
 
-std::byte* CXmlCompactor::Build()
+bool CXmlCompactor::PutLong(const Piece& piece)
 {
-    std::size_t whole = size_ + XmlPlaces::counted + xml_address_width;
-    for (const CXmlString& name : names_.Names()) {
-        whole += 4 + std::size_t{name.Length()};
-    }
-    if (whole > largest_size) {
-        return nullptr;
-    }
-    std::byte* block = AllocateXmlBlock(whole);
-    if (block == nullptr) {
-        return nullptr;
-    }
-    std::byte* at = xml_pack::Header<xml_address_width>(block, target_code_page_);
-    for (const CXmlVector<Piece>& part : pieces_) {
-        for (const Piece& piece : part) {
-            at = PutPiece(at, piece);
+    const std::byte* bytes = piece.address;
+    std::size_t length = piece.length;
+    if (piece.id != 0) {
+        std::byte* at = builder_.Add(sizeof piece.id);
+        if (at == nullptr) {
+            return false;
         }
+        PutField(at, piece.id);
+        bytes += sizeof piece.id;
+        length -= sizeof piece.id;
     }
-    PutNames(at);
+    if (!piece.clears_link) {
+        return builder_.AddLong(bytes, length);
+    }
+    return builder_.AddLong(bytes, length - sizeof zero_slot) && builder_.AddLong(zero_slot, sizeof zero_slot);
+}
+
+std::byte* CXmlCompactor::Finish()
+{
+    std::byte* block = builder_.Finish();
     for (const Range& range : ranges_) {
-        PutField(block + range.place, range.size);
+        if (block != nullptr) {
+            PutField(block + range.place, range.size);
+        }
     }
     return block;
 }
 
-std::byte* CXmlCompactor::PutPiece(std::byte* at, const Piece& piece)
+bool CXmlCompactor::PutHeader()
 {
-    std::memcpy(at, piece.address, piece.length);
-    if (piece.id != 0) {
-        PutField(at, piece.id);
+    std::byte* at = builder_.Add(XmlPlaces::root);
+    if (at != nullptr) {
+        xml_pack::Header<xml_address_width>(at, target_code_page_);
     }
-    at += piece.length;
-    if (piece.clears_link) {
-        PutField(at - xml_address_width, static_cast<std::byte*>(nullptr));
-    }
-    return at;
+    return at != nullptr;
 }
 
-std::byte* CXmlCompactor::PutNames(std::byte* at) const
+bool CXmlCompactor::PutNames()
 {
-    std::byte* start = at = xml_pack::Head(at, 0, XmlKind::text_array);
-    at += 4;
+    std::size_t size = XmlPlaces::counted + xml_address_width;
+    for (const CXmlString& name : names_.Names()) {
+        size += 4 + std::size_t{name.Length()};
+    }
+    std::byte* at = size > largest_size - builder_.Size() ? nullptr : builder_.Add(size);
+    if (at == nullptr) {
+        return false;
+    }
+    at = PutField(xml_pack::Head(at, 0, XmlKind::text_array), static_cast<std::uint32_t>(size - XmlPlaces::counted));
     for (const CXmlString& name : names_.Names()) {
         at = PutBytes(PutField(at, name.Length()), name.View());
     }
-    at = PutField(at, static_cast<std::byte*>(nullptr));
-    PutField(start, static_cast<std::uint32_t>(at - start - 4));
-    return at;
+    PutField(at, static_cast<std::byte*>(nullptr));
+    return true;
 }
 
 } // namespace partkeep

@@ -3,7 +3,6 @@
 #include "xml/xml_array.h"
 #include "xml/xml_compactor.h"
 #include "xml/xml_iterator.h"
-#include "xml/xml_walk.h"
 
 namespace partkeep {
 
@@ -26,34 +25,43 @@ bool IsFreeStanding(const CXmlElement& element)
     return element.Node() == RootOf(element.Block()) && OwnerOf(element.Block()) == nullptr;
 }
 
-// A free-standing child that can hang itself under the parent: alone, and not above the parent in its tree.
-enum class Linkable : std::uint8_t { yes, no, unknown };
+enum class Answer : std::uint8_t { yes, no, unknown };
 
-Linkable IsLinkable(const CXmlElement& child, const CXmlElement& parent)
+// Whether `wanted` hangs somewhere under an element, be it under a node that iteration passes over. Unknown when
+// there is no memory.
+Answer Contains(std::byte* root, const std::byte* wanted)
+{
+    CXmlVector<std::byte*> waiting;
+    for (std::byte* element = root; element != nullptr;) {
+        const std::byte* end = LinkOf(element);
+        for (XmlPosition at = AnyFirstPositionIn(element); at.current != end; at.StepToAny()) {
+            if (at.InChain() && BlockOfRoot(at.current) == wanted) {
+                return Answer::yes;
+            }
+            if (NodeKind(at.current) == XmlKind::element && !waiting.Add(at.current)) {
+                return Answer::unknown;
+            }
+        }
+        element = waiting.IsEmpty() ? nullptr : waiting.Last();
+        if (element != nullptr) {
+            waiting.RemoveLast();
+        }
+    }
+    return Answer::no;
+}
+
+// Whether a child can hang itself under the parent: free-standing, alone, and not above the parent in its tree.
+Answer IsLinkable(const CXmlElement& child, const CXmlElement& parent)
 {
     if (!IsFreeStanding(child) || LoadField<std::byte*>(LinkOf(child.Node())) != nullptr ||
         child.Block() == parent.Block()) {
-        return Linkable::no;
+        return Answer::no;
     }
     if (OwnerOf(parent.Block()) == nullptr || NodeKind(child.Node()) != XmlKind::element) {
-        return Linkable::yes;
+        return Answer::yes;
     }
-    CXmlWalk walk(child.Node(), child.Block());
-    for (;;) {
-        switch (walk.Next()) {
-        case CXmlWalk::Step::enter:
-            if (walk.Block() == parent.Block()) {
-                return Linkable::no;
-            }
-            break;
-        case CXmlWalk::Step::done:
-            return Linkable::yes;
-        case CXmlWalk::Step::failed:
-            return Linkable::unknown;
-        default:
-            break;
-        }
-    }
+    const Answer contains = Contains(child.Node(), parent.Block());
+    return contains == Answer::unknown ? contains : contains == Answer::yes ? Answer::no : Answer::yes;
 }
 
 } // namespace
@@ -63,8 +71,13 @@ CXmlElement::CXmlElement(const char* name, std::uint32_t code_page)
 {
 }
 
+CXmlElement::CXmlElement(const char* name, std::string_view value, std::uint32_t code_page)
+    : CXmlElement(MakeTextBlock(NameView(name), value, code_page))
+{
+}
+
 CXmlElement::CXmlElement(const char* name, const CXmlString& value, std::uint32_t code_page)
-    : CXmlElement(MakeTextBlock(NameView(name), value.View(), code_page))
+    : CXmlElement(value.IsLost() ? nullptr : MakeTextBlock(NameView(name), value.View(), code_page))
 {
 }
 
@@ -113,6 +126,7 @@ CXmlElement CXmlElement::Link(std::byte* node, std::byte*& tail, CXmlElement chi
     if (child.IsEmpty()) {
         return child;
     }
+    NoteLink(block_, child.block_);
     std::byte* slot = EndOfChain(tail == nullptr ? LastSlotOf(node) : tail);
     HangBlock(slot, child.block_);
     AddReference(child.block_);
@@ -127,9 +141,9 @@ CXmlElement CXmlElement::AppendChild(const CXmlElement& child)
         return {};
     }
     switch (IsLinkable(child, *this)) {
-    case Linkable::yes:
+    case Answer::yes:
         return Link(node_, children_tail_, child);
-    case Linkable::no:
+    case Answer::no:
         return Link(node_, children_tail_, CXmlElement(CompactXml(child.node_, child.block_, GetCodePage())));
     default:
         return {};
@@ -137,6 +151,11 @@ CXmlElement CXmlElement::AppendChild(const CXmlElement& child)
 }
 
 CXmlElement CXmlElement::AddAttribute(const char* name, const CXmlString& value)
+{
+    return value.IsLost() ? CXmlElement() : AddAttribute(name, value.View());
+}
+
+CXmlElement CXmlElement::AddAttribute(const char* name, std::string_view value)
 {
     if (!IsElement() || IsHolder(node_)) {
         return {};

@@ -23,8 +23,9 @@ public:
     CXmlElement() = default;
     // A new element.
     CXmlElement(const char* name, std::uint32_t code_page);
-    // A new text leaf.
+    // A new text leaf. A null string is an empty text; one that found no memory gives an empty handle.
     CXmlElement(const char* name, const CXmlString& value, std::uint32_t code_page);
+    CXmlElement(const char* name, std::string_view value, std::uint32_t code_page);
     // Points at a finished block's root. Null gives an empty handle; a block without references is destroyed when
     // the handle finds no memory.
     explicit CXmlElement(std::byte* block);
@@ -55,7 +56,9 @@ public:
 
     // The node that holds the attributes: it has no name, and its children are the attributes.
     [[nodiscard]] CXmlElement GetAttributes() const;
+    // The value is taken as that of a text leaf.
     CXmlElement AddAttribute(const char* name, const CXmlString& value);
+    CXmlElement AddAttribute(const char* name, std::string_view value);
 
     // The children, or a holder's attributes. Include xml_iterator.h.
     [[nodiscard]] CXmlIterator Begin() const;
@@ -83,15 +86,21 @@ private:
     friend class CXmlIterator;
 
     CXmlElement(CXmlShared<CXmlNameTable> table, std::byte* node, std::byte* block);
+    void Hold() const
+    {
+        AddReference(block_);
+        HoldRoom(block_);
+    }
     void Drop()
     {
         if (block_ != nullptr) {
+            --HeadOf(block_)->held;
             ReleaseBlock(block_);
         }
     }
     [[nodiscard]] bool IsElement() const { return node_ != nullptr && NodeKind(node_) == XmlKind::element; }
     [[nodiscard]] bool HasScalar() const { return node_ != nullptr && NodeKind(node_) > XmlKind::element; }
-    static CXmlElement Link(std::byte* node, std::byte*& tail, CXmlElement child);
+    CXmlElement Link(std::byte* node, std::byte*& tail, CXmlElement child);
 
     CXmlShared<CXmlNameTable> table_; // null on a block of a single name, which is read where it stands
     std::byte* node_ = nullptr;
@@ -130,7 +139,7 @@ public:
 inline CXmlElement::CXmlElement(CXmlShared<CXmlNameTable> table, std::byte* node, std::byte* block)
     : table_(std::move(table)), node_(node), block_(block)
 {
-    AddReference(block_);
+    Hold();
 }
 
 inline CXmlElement::CXmlElement(const CXmlElement& other)
@@ -138,7 +147,7 @@ inline CXmlElement::CXmlElement(const CXmlElement& other)
       attributes_tail_(other.attributes_tail_)
 {
     if (block_ != nullptr) {
-        AddReference(block_);
+        Hold();
     }
 }
 
@@ -182,7 +191,7 @@ inline CXmlElement::CXmlElement(std::byte* block)
     }
     node_ = RootOf(block);
     block_ = block;
-    AddReference(block_);
+    Hold();
 }
 
 } // namespace partkeep

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <type_traits>
 
+#include "xml/xml_bytes.h"
+
 namespace partkeep {
 
 static_assert(std::endian::native == std::endian::little, "packed fields are stored as the machine holds them");
@@ -31,9 +33,7 @@ inline std::byte* PutField(std::byte* at, T value)
 
 inline std::byte* PutBytes(std::byte* at, std::string_view bytes)
 {
-    if (!bytes.empty()) {
-        std::memcpy(at, bytes.data(), bytes.size());
-    }
+    CopyShort(at, bytes.data(), bytes.size());
     return at + bytes.size();
 }
 

@@ -1,7 +1,6 @@
 #include "xml/xml_input.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <streambuf>
 
@@ -37,17 +36,17 @@ bool CXmlInput::Refill()
         }
     }
     GiveBack();
-    std::streambuf* buffer = stream_.rdbuf();
+    std::streambuf* buffer = stream_->rdbuf();
     using Traits = std::streambuf::traits_type;
     Traits::int_type next = Traits::eof();
     try {
         next = buffer == nullptr ? Traits::eof() : buffer->sgetc();
     } catch (...) {
-        stream_.setstate(std::ios_base::badbit); // as the stream's own reads do
+        stream_->setstate(std::ios_base::badbit); // as the stream's own reads do
     }
     if (Traits::eq_int_type(next, Traits::eof())) {
         ended_ = true;
-        stream_.setstate(std::ios_base::eofbit);
+        stream_->setstate(std::ios_base::eofbit);
         return false;
     }
     begin_ = GetArea::At(*buffer);
@@ -64,38 +63,19 @@ bool CXmlInput::Refill()
 // Tells the stream what was taken from the window.
 void CXmlInput::GiveBack()
 {
-    if (at_ == begin_) {
+    if (at_ == begin_ || stream_ == nullptr) {
         return;
     }
     if (begin_ == &single_) {
         try {
-            stream_.rdbuf()->sbumpc();
+            stream_->rdbuf()->sbumpc();
         } catch (...) {
-            stream_.setstate(std::ios_base::badbit);
+            stream_->setstate(std::ios_base::badbit);
         }
     } else {
-        GetArea::Take(*stream_.rdbuf(), at_ - begin_);
+        GetArea::Take(*stream_->rdbuf(), at_ - begin_);
     }
     begin_ = at_;
-}
-
-void CXmlInput::Seek(char byte)
-{
-    while (!AtEnd()) {
-        const void* found = std::memchr(at_, byte, static_cast<std::size_t>(end_ - at_));
-        at_ = found == nullptr ? end_ : static_cast<const char*>(found);
-        if (found != nullptr) {
-            return;
-        }
-    }
-}
-
-void CXmlInput::SkipTo(const XmlByteSet& set, bool consume)
-{
-    while (!AtEnd() && !set.Has(*at_)) {
-        ++at_;
-    }
-    at_ += consume && at_ != end_ ? 1 : 0;
 }
 
 bool CXmlInput::Gather(const char* start)

@@ -16,26 +16,32 @@ struct XmlPosition {
 
     [[nodiscard]] bool InChain() const { return resume != nullptr; }
 
+    // To the next node, also to one that iteration passes over.
+    void StepToAny()
+    {
+        std::byte* link = LinkOf(current);
+        if (auto* block = LoadField<std::byte*>(link)) {
+            if (resume == nullptr) {
+                resume = link + xml_address_width;
+            }
+            current = RootOf(block);
+        } else if (resume != nullptr) {
+            current = std::exchange(resume, nullptr);
+        } else {
+            current = link + xml_address_width;
+        }
+    }
+
     void Step()
     {
         do {
-            std::byte* link = LinkOf(current);
-            if (auto* block = LoadField<std::byte*>(link)) {
-                if (resume == nullptr) {
-                    resume = link + xml_address_width;
-                }
-                current = RootOf(block);
-            } else if (resume != nullptr) {
-                current = std::exchange(resume, nullptr);
-            } else {
-                current = link + xml_address_width;
-            }
+            StepToAny();
         } while (NodeId(current) == xml_skipped_id);
     }
 };
 
 // A leaf's end is its beginning.
-inline XmlPosition FirstPositionIn(std::byte* node)
+inline XmlPosition AnyFirstPositionIn(std::byte* node)
 {
     if (NodeKind(node) != XmlKind::element) {
         return {nullptr, LinkOf(node)};
@@ -47,8 +53,12 @@ inline XmlPosition FirstPositionIn(std::byte* node)
         inline_start = slot + xml_address_width;
     }
     auto* block = LoadField<std::byte*>(slot);
-    XmlPosition first =
-        block == nullptr ? XmlPosition{nullptr, inline_start} : XmlPosition{inline_start, RootOf(block)};
+    return block == nullptr ? XmlPosition{nullptr, inline_start} : XmlPosition{inline_start, RootOf(block)};
+}
+
+inline XmlPosition FirstPositionIn(std::byte* node)
+{
+    XmlPosition first = AnyFirstPositionIn(node);
     if (first.current != LinkOf(node) && NodeId(first.current) == xml_skipped_id) {
         first.Step();
     }
@@ -76,7 +86,7 @@ public:
     ~CXmlIterator()
     {
         if (block_ != nullptr && !table_) {
-            UnpinBlock(block_);
+            UnholdRoom(block_);
         }
     }
 
@@ -109,12 +119,12 @@ private:
     {
         Pin();
     }
-    // Without a table the block itself keeps the name, see xml_block.h. An end is a position alone, and keeps nothing,
+    // Without a table the block's room keeps the name, see xml_room.h. An end is a position alone, and keeps nothing,
     // which would slow a walk down.
     void Pin()
     {
         if (block_ != nullptr && !table_) {
-            PinBlock(block_);
+            HoldRoom(block_);
         }
     }
 

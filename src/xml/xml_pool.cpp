@@ -7,9 +7,9 @@ namespace partkeep {
 
 namespace {
 
-// Small pieces are cut one behind the other from aligned pages, in the order in which a document is built,
-// so that a walk reads memory forwards. A page goes back as a whole when its last piece has gone: nodes
-// die with their document, hence a list of free pieces would cost more than it would save.
+// Pages are aligned, so that a piece finds its page. Small pieces are cut from one page, one behind the other, and
+// blocks from pages of their own; a page goes back as a whole when its last piece has gone: nodes die with their
+// document, hence a list of free pieces would cost more than it would save.
 constexpr std::size_t page_alignment = std::size_t{64} * 1024;
 // A little short of the alignment, which leaves the heap's own header room between two pages.
 constexpr std::size_t page_size = page_alignment - 64;
@@ -27,7 +27,7 @@ std::byte* StartOf(Page* page)
     return reinterpret_cast<std::byte*>(page) + sizeof(Page);
 }
 
-void ReturnPage(Page* page)
+void FreePage(void* page)
 {
     ::operator delete (page, std::align_val_t{page_alignment});
 }
@@ -42,6 +42,10 @@ public:
 
     void* Take(std::size_t size, std::size_t alignment);
     void Give(void* memory, std::size_t size);
+
+    // Null when there is no memory.
+    void* TakePage();
+    void GivePage(void* memory);
 
 private:
     bool NextPage();
@@ -59,7 +63,7 @@ CXmlPool::~CXmlPool()
 {
     closed_ = true;
     if (current_ != nullptr && current_->live == 0) {
-        ReturnPage(current_);
+        FreePage(current_);
     }
     // A page still in use is returned by whoever frees its last piece.
     current_ = nullptr;
@@ -67,7 +71,7 @@ CXmlPool::~CXmlPool()
     while (spare_ != nullptr) {
         Page* page = spare_;
         spare_ = page->next;
-        ReturnPage(page);
+        FreePage(page);
     }
 }
 
@@ -86,22 +90,35 @@ void* CXmlPool::Take(std::size_t size, std::size_t alignment)
     return piece;
 }
 
-bool CXmlPool::NextPage()
+void* CXmlPool::TakePage()
 {
-    Page* page = spare_;
-    if (page != nullptr) {
+    if (Page* page = spare_; page != nullptr) {
         spare_ = page->next;
         --spare_count_;
-    } else {
-        void* memory = ::operator new (page_size, std::align_val_t{page_alignment}, std::nothrow);
-        if (memory == nullptr) {
-            return false;
-        }
-        page = new (memory) Page;
+        return page;
     }
-    current_ = page;
-    at_ = StartOf(page);
-    end_ = reinterpret_cast<std::byte*>(page) + page_size;
+    return ::operator new (page_size, std::align_val_t{page_alignment}, std::nothrow);
+}
+
+void CXmlPool::GivePage(void* memory)
+{
+    if (closed_ || spare_count_ == most_spare_pages) {
+        FreePage(memory);
+        return;
+    }
+    spare_ = new (memory) Page{spare_};
+    ++spare_count_;
+}
+
+bool CXmlPool::NextPage()
+{
+    void* memory = TakePage();
+    if (memory == nullptr) {
+        return false;
+    }
+    current_ = new (memory) Page;
+    at_ = StartOf(current_);
+    end_ = static_cast<std::byte*>(memory) + page_size;
     return true;
 }
 
@@ -121,20 +138,17 @@ void CXmlPool::Retire(Page* page)
 {
     if (page == current_) {
         at_ = StartOf(page);
-        return;
+    } else {
+        GivePage(page);
     }
-    if (closed_ || spare_count_ == most_spare_pages) {
-        ReturnPage(page);
-        return;
-    }
-    page->next = spare_;
-    spare_ = page;
-    ++spare_count_;
 }
 
 constinit CXmlPool pool;
 
 } // namespace
+
+// An eighth of a page, when parsed.
+const std::size_t xml_least_for_own_pages = 4096;
 
 void* AllocateXml(std::size_t size, std::size_t alignment)
 {
@@ -154,6 +168,27 @@ void FreeXml(void* memory, std::size_t size)
         return;
     }
     pool.Give(memory, size);
+}
+
+XmlRoom TakeXmlRoom(std::size_t size)
+{
+    const bool alone = size > largest_piece;
+    void* memory = alone ? ::operator new(sizeof(XmlHead) + size, std::nothrow) : pool.TakePage();
+    if (memory == nullptr) {
+        return {};
+    }
+    auto* head = new (memory) XmlHead;
+    head->size = alone ? size : 0;
+    return {head, static_cast<std::byte*>(memory) + (alone ? sizeof(XmlHead) + size : page_size)};
+}
+
+void GiveXmlRoom(XmlHead* head)
+{
+    if (head->size != 0) {
+        ::operator delete(head);
+    } else {
+        pool.GivePage(head);
+    }
 }
 
 } // namespace partkeep

@@ -12,10 +12,18 @@ namespace {
 
 constexpr XmlByteSet XmlElementNameSet(">/ \n\t");
 constexpr XmlByteSet XmlAttributeNameSet("= \n\t");
+constexpr XmlByteSet XmlTextSet("<");
 constexpr XmlByteSet XmlSpaceSet(" \n\t");
 constexpr XmlByteSet XmlDeclWordSet("?<=\" \n\t");
 constexpr XmlByteSet XmlDeclValueSet("<>=\" \n\t");
-constexpr XmlByteSet dash_set("-");
+// A NUL ends a name, though not its token.
+constexpr XmlByteSet element_name_or_nul("\0>/ \n\t");
+constexpr XmlByteSet attribute_name_or_nul("\0= \n\t");
+constexpr XmlByteSet question_mark("?");
+constexpr XmlByteSet quote("\"");
+constexpr XmlByteSet slash("/");
+constexpr XmlByteSet tag_end(">");
+constexpr XmlByteSet dash("-");
 
 constexpr std::string_view comment_start = "!--";
 constexpr std::string_view comment_end = "--";
@@ -33,16 +41,27 @@ std::string_view SingleNameOf(const std::byte* block)
     return {reinterpret_cast<const char*>(length + 4), LoadField<std::uint32_t>(length)};
 }
 
+// The place behind `name>`; null where something else stands.
+const char* BehindEndTag(const char* at, const char* end, std::string_view name)
+{
+    const bool stands = static_cast<std::size_t>(end - at) > name.size() && EqualShort(at, name.data(), name.size()) &&
+                        at[name.size()] == '>';
+    return stands ? at + name.size() + 1 : nullptr;
+}
+
 void Append(std::byte*& tail, std::byte* block)
 {
     HangBlock(tail, block);
-    AddReference(block);
+    PutField(block + XmlPlaces::references, std::uint32_t{1}); // the link's; nobody else knows the block yet
     tail = LinkOf(RootOf(block));
 }
 
 class CXmlReader {
 public:
-    explicit CXmlReader(std::istream& stream) : input_(stream) {}
+    template <class Source>
+    explicit CXmlReader(Source& source) : input_(source)
+    {
+    }
     CXmlReader(const CXmlReader&) = delete;
     CXmlReader& operator=(const CXmlReader&) = delete;
     ~CXmlReader();
@@ -64,15 +83,18 @@ private:
     void ParseDeclaration();
     void TakeEncoding();
     std::byte* ParseElement();
+    [[nodiscard]] bool QuickElement(Outcome& outcome);
     Outcome StartElement();
     Outcome OpenOrLeaf(std::byte* block);
+    Outcome Open(std::byte* block);
     Outcome FinishElement();
     std::byte* FinishLeaf();
     std::byte* ParseAttributes();
     std::byte* MakeElement();
+    [[nodiscard]] bool QuickAttribute(std::byte*& tail);
     [[nodiscard]] bool AddAttribute(std::byte*& tail);
     void SkipComment(CXmlToken first_word);
-    bool ParseEndTag(std::string_view name);
+    bool ParseEndTag(const CXmlToken& name);
     // Notes the failure when there is no block.
     std::byte* Checked(std::byte* block);
 
@@ -91,36 +113,41 @@ CXmlReader::~CXmlReader()
 std::byte* CXmlReader::Run()
 {
     ParseDeclaration();
-    input_.SkipTo('<', true);
+    CXmlTreeBuilder tree(input_.Ahead());
+    if (tree.HasFailed()) {
+        input_.Fail();
+    }
+    input_.SkipTo<XmlTextSet>(true);
     std::byte* root = nullptr;
     while (root == nullptr && !input_.HasFailed() && !input_.AtEnd()) {
         root = ParseElement();
-        input_.SkipTo('<', true);
+        input_.SkipTo<XmlTextSet>(true);
     }
+    tree.Finish(root);
     return root;
 }
 
 void CXmlReader::ParseDeclaration()
 {
     code_page_ = utf8_code_page;
-    input_.SkipTo('?', true);
-    input_.SkipTo(XmlSpaceSet, true);
-    input_.SkipSet(XmlDeclWordSet);
-    CXmlToken word = input_.ReadToken(XmlDeclWordSet);
+    input_.SkipTo<question_mark>(true);
+    input_.SkipTo<XmlSpaceSet>(true);
+    input_.SkipSet<XmlDeclWordSet>();
+    CXmlToken word = input_.ReadToken<XmlDeclWordSet>();
     while (!input_.AtEnd() && !input_.HasFailed() && UpToNul(word) != ">") {
         if (UpToNul(word) == "encoding") {
             TakeEncoding();
         }
-        input_.SkipSet(XmlDeclWordSet);
-        word = input_.ReadToken(XmlDeclWordSet);
+        input_.SkipSet<XmlDeclWordSet>();
+        word = input_.ReadToken<XmlDeclWordSet>();
     }
 }
 
 // A name that found no memory must not pass for an unknown one: the document would be read in another code page.
 void CXmlReader::TakeEncoding()
 {
-    input_.SkipTo('"', true);
-    const CXmlString name(input_.ReadToken(XmlDeclValueSet));
+    input_.SkipTo<quote>(true);
+    const CXmlString name(input_.ReadToken<XmlDeclValueSet>());
     if (name.IsNull()) {
         input_.Fail();
     }
@@ -136,9 +163,13 @@ std::byte* CXmlReader::ParseElement()
             if (outcome.block != nullptr) {
                 Append(open_.Last().tail, outcome.block);
             }
-            input_.SkipTo('<', true);
+            input_.SkipTo<XmlTextSet>(true);
         }
-        outcome = input_.AtEnd() || input_.Peek() == '/' ? FinishElement() : StartElement();
+        if (input_.AtEnd() || input_.Peek() == '/') {
+            outcome = FinishElement();
+        } else if (!QuickElement(outcome)) {
+            outcome = StartElement();
+        }
     }
     // Nothing that came out when memory failed is sure to be whole: its name may be lost.
     if (input_.HasFailed() && outcome.block != nullptr) {
@@ -148,15 +179,46 @@ std::byte* CXmlReader::ParseElement()
     return outcome.block;
 }
 
+// The quick way through what lies in the window in its usual form, <name>text</name> or <name>text<child. Where it is
+// anything else, nothing has been taken, and the careful way goes through it again.
+bool CXmlReader::QuickElement(Outcome& outcome)
+{
+    const char* name = input_.At();
+    const char* end = input_.End();
+    const char* name_end = Find<element_name_or_nul>(name, end);
+    if (name_end == end || *name_end != '>' || name_end == name || *name == '!' || open_.Size() == xml_nesting_limit) {
+        return false;
+    }
+    const char* text = name_end + 1;
+    const char* text_end = Find<XmlTextSet>(text, end);
+    const std::string_view name_view(name, static_cast<std::size_t>(name_end - name));
+    if (end - text_end < 2) {
+        return false;
+    }
+    if (text_end[1] != '/') {
+        input_.TakeTo(text_end + 1);
+        outcome = Open(Checked(MakeElementBlock(name_view, code_page_)));
+        return true;
+    }
+    const char* behind = BehindEndTag(text_end + 2, end, name_view);
+    if (behind == nullptr) {
+        return false;
+    }
+    input_.TakeTo(behind);
+    outcome = {Checked(MakeTextBlock(name_view, {text, static_cast<std::size_t>(text_end - text)}, code_page_))};
+    return true;
+}
+
 // The input stands behind a "<".
 CXmlReader::Outcome CXmlReader::StartElement()
 {
-    const CXmlToken word = input_.ReadToken(XmlElementNameSet);
+    const CXmlToken word = input_.ReadToken<element_name_or_nul>();
     if (word.substr(0, comment_start.size()) == comment_start) {
         SkipComment(word);
         return {};
     }
-    input_.Hold(CXmlInput::element_name, UpToNul(word));
+    input_.Hold(CXmlInput::element_name, word);
+    input_.SkipTo<XmlElementNameSet>(false);
     if (input_.Held(CXmlInput::element_name).empty()) {
         return {};
     }
@@ -169,7 +231,7 @@ CXmlReader::Outcome CXmlReader::StartElement()
         return {block};
     }
     const bool closed = input_.Peek() == '/';
-    input_.SkipTo('>', true);
+    input_.SkipTo<tag_end>(true);
     if (closed) {
         return {block != nullptr ? block : MakeElement()};
     }
@@ -179,14 +241,17 @@ CXmlReader::Outcome CXmlReader::StartElement()
 // Behind a start tag. `block` is null for an element without attributes: only that can be a leaf.
 CXmlReader::Outcome CXmlReader::OpenOrLeaf(std::byte* block)
 {
-    input_.Hold(CXmlInput::text, input_.ReadToken('<'));
-    input_.SkipTo('<', true);
+    input_.Hold(CXmlInput::text, input_.ReadToken<XmlTextSet>());
+    input_.SkipTo<XmlTextSet>(true);
     if (block == nullptr && input_.Peek() == '/') {
         return {FinishLeaf()};
     }
-    if (block == nullptr) {
-        block = MakeElement();
-    }
+    return Open(block != nullptr ? block : MakeElement());
+}
+
+// Nothing where there is no block.
+CXmlReader::Outcome CXmlReader::Open(std::byte* block)
+{
     if (block == nullptr) {
         return {};
     }
@@ -205,13 +270,10 @@ std::byte* CXmlReader::MakeElement()
 
 std::byte* CXmlReader::FinishLeaf()
 {
-    std::byte* leaf =
-        Checked(MakeTextBlock(input_.Held(CXmlInput::element_name), input_.Held(CXmlInput::text), code_page_));
-    if (leaf != nullptr && !ParseEndTag(SingleNameOf(leaf))) {
-        DestroyBlock(leaf);
+    if (!ParseEndTag(input_.Held(CXmlInput::element_name))) {
         return nullptr;
     }
-    return leaf;
+    return Checked(MakeTextBlock(input_.Held(CXmlInput::element_name), input_.Held(CXmlInput::text), code_page_));
 }
 
 CXmlReader::Outcome CXmlReader::FinishElement()
@@ -227,13 +289,17 @@ CXmlReader::Outcome CXmlReader::FinishElement()
 }
 
 // False for a foreign name; the input then stays in front of the rest of the tag.
-bool CXmlReader::ParseEndTag(std::string_view name)
+bool CXmlReader::ParseEndTag(const CXmlToken& name)
 {
-    input_.SkipTo('/', true);
-    if (!input_.SkipWord(name, XmlElementNameSet) && UpToNul(input_.ReadToken(XmlElementNameSet)) != name) {
+    input_.SkipTo<slash>(true);
+    if (const char* behind = BehindEndTag(input_.At(), input_.End(), name)) {
+        input_.TakeTo(behind);
+        return true;
+    }
+    if (!input_.SkipWord<XmlElementNameSet>(name) && UpToNul(input_.ReadToken<XmlElementNameSet>()) != name) {
         return false;
     }
-    input_.SkipTo('>', true);
+    input_.SkipTo<tag_end>(true);
     return !input_.HasFailed();
 }
 
@@ -242,7 +308,7 @@ std::byte* CXmlReader::ParseAttributes()
 {
     std::byte* block = nullptr;
     std::byte* tail = nullptr;
-    input_.SkipSet(XmlSpaceSet);
+    input_.SkipSet<XmlSpaceSet>();
     while (!input_.AtEnd() && input_.Peek() != '/' && input_.Peek() != '>') {
         if (block == nullptr) {
             block = MakeElement();
@@ -251,20 +317,45 @@ std::byte* CXmlReader::ParseAttributes()
             }
             tail = LastSlotOf(HolderOf(RootOf(block)));
         }
-        if (!AddAttribute(tail)) {
+        if (!QuickAttribute(tail) && !AddAttribute(tail)) {
             DestroyBlock(block);
             return nullptr;
         }
-        input_.SkipSet(XmlSpaceSet);
+        input_.SkipSet<XmlSpaceSet>();
     }
     return block;
 }
 
+// name="value", all in the window. False where it is anything else, with nothing taken.
+bool CXmlReader::QuickAttribute(std::byte*& tail)
+{
+    const char* name = input_.At();
+    const char* end = input_.End();
+    const char* name_end = Find<attribute_name_or_nul>(name, end);
+    if (end - name_end < 2 || name_end[0] != '=' || name_end[1] != '"') {
+        return false;
+    }
+    const char* value = name_end + 2;
+    const char* value_end = Find<quote>(value, end);
+    if (value_end == end) {
+        return false;
+    }
+    std::byte* attribute = MakeTextBlock({name, static_cast<std::size_t>(name_end - name)},
+                                         {value, static_cast<std::size_t>(value_end - value)}, code_page_);
+    if (attribute == nullptr) {
+        return false;
+    }
+    input_.TakeTo(value_end + 1);
+    Append(tail, attribute);
+    return true;
+}
+
 bool CXmlReader::AddAttribute(std::byte*& tail)
 {
-    input_.Hold(CXmlInput::attribute_name, UpToNul(input_.ReadToken(XmlAttributeNameSet)));
-    input_.SkipTo('"', true);
-    const CXmlToken value = input_.ReadToken('"');
+    input_.Hold(CXmlInput::attribute_name, input_.ReadToken<attribute_name_or_nul>());
+    input_.SkipTo<XmlAttributeNameSet>(false);
+    input_.SkipTo<quote>(true);
+    const CXmlToken value = input_.ReadToken<quote>();
     if (input_.HasFailed()) {
         return false;
     }
@@ -273,7 +364,7 @@ bool CXmlReader::AddAttribute(std::byte*& tail)
         return false;
     }
     Append(tail, attribute);
-    input_.SkipTo('"', true);
+    input_.SkipTo<quote>(true);
     return true;
 }
 
@@ -286,8 +377,8 @@ void CXmlReader::SkipComment(CXmlToken first_word)
         return;
     }
     while (!input_.AtEnd()) {
-        input_.SkipTo('-', false);
-        if (input_.SkipSet(dash_set) >= comment_end.size() && input_.Peek() == '>') {
+        input_.SkipTo<dash>(false);
+        if (input_.SkipSet<dash>() >= comment_end.size() && input_.Peek() == '>') {
             return;
         }
     }
@@ -301,6 +392,16 @@ std::byte* CXmlReader::Checked(std::byte* block)
     return block;
 }
 
+template <class Source>
+bool ReadInto(CXmlDocument& document, Source& source)
+{
+    const CXmlElement root(CXmlReader(source).Run());
+    if (!root.IsEmpty()) {
+        document = root;
+    }
+    return !root.IsEmpty();
+}
+
 } // namespace
 
 bool ReadXml(std::istream& stream, CXmlDocument& document)
@@ -311,12 +412,14 @@ bool ReadXml(std::istream& stream, CXmlDocument& document)
     // A stream that throws at its caller's wish does so when all is done: nothing may fly through half a document.
     const std::ios_base::iostate thrown = stream.exceptions();
     stream.exceptions(std::ios_base::goodbit);
-    const CXmlElement root(CXmlReader(stream).Run());
-    if (!root.IsEmpty()) {
-        document = root;
-    }
+    const bool read = ReadInto(document, stream);
     stream.exceptions(thrown);
-    return !root.IsEmpty();
+    return read;
+}
+
+bool ReadXml(std::string_view text, CXmlDocument& document)
+{
+    return ReadInto(document, text);
 }
 
 } // namespace partkeep

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <istream>
+#include <string_view>
 
 #include "xml/xml_element.h"
 
@@ -17,5 +18,8 @@ inline constexpr std::size_t xml_nesting_limit = 1000;
 // failed, no element came out, the nesting limit was passed, or there was no memory. The stream stands behind the
 // first "<" after the root, or at its end. Carriage returns are ordinary bytes: open the stream in text mode.
 bool ReadXml(std::istream& stream, CXmlDocument& document);
+
+// The same from memory.
+bool ReadXml(std::string_view text, CXmlDocument& document);
 
 } // namespace partkeep

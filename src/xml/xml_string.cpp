@@ -28,14 +28,19 @@ std::byte* MakeCell(std::string_view text)
 
 } // namespace
 
+std::byte CXmlString::lost_cell_[cell_overhead] = {{}, {}, {}, {}, {}, std::byte{1}};
+
 CXmlString::CXmlString(const char* text, std::ptrdiff_t length)
 {
     if (text != nullptr) {
-        cell_ = MakeCell({text, length == -1 ? std::strlen(text) : static_cast<std::size_t>(length)});
+        Take(MakeCell({text, length == -1 ? std::strlen(text) : static_cast<std::size_t>(length)}));
     }
 }
 
-CXmlString::CXmlString(std::string_view text) : cell_(MakeCell(text)) {}
+CXmlString::CXmlString(std::string_view text)
+{
+    Take(MakeCell(text));
+}
 
 void CXmlString::Free()
 {

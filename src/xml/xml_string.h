@@ -14,7 +14,7 @@ namespace partkeep {
 class CXmlString {
 public:
     CXmlString() = default;
-    // Bytes up to their terminator when `length` is -1. Null when `text` is null, and when there is no memory.
+    // Bytes up to their terminator when `length` is -1. Null when `text` is null, lost when there is no memory.
     explicit CXmlString(const char* text, std::ptrdiff_t length = -1);
     explicit CXmlString(std::string_view text);
     CXmlString(const CXmlString& other) : cell_(other.cell_) { AddReference(); }
@@ -26,29 +26,40 @@ public:
     }
     ~CXmlString() { DropReference(); }
 
-    [[nodiscard]] bool IsNull() const { return cell_ == nullptr; }
+    [[nodiscard]] bool IsNull() const { return cell_ == nullptr || IsLost(); }
+    // True of a null string that should have held a text, and of its copies: there was no memory.
+    [[nodiscard]] bool IsLost() const { return cell_ == lost_cell_; }
     // Not counting the terminator; 0 for a null string.
     [[nodiscard]] std::uint32_t Length() const { return cell_ == nullptr ? 0 : LoadField<std::uint32_t>(cell_); }
     // NUL-terminated; null for a null string. Valid while any copy lives.
     [[nodiscard]] const char* Text() const
     {
-        return cell_ == nullptr ? nullptr : reinterpret_cast<const char*>(cell_ + length_width);
+        return IsNull() ? nullptr : reinterpret_cast<const char*>(cell_ + length_width);
     }
     [[nodiscard]] std::string_view View() const { return {Text(), Length()}; }
     // 0 for a null string.
-    [[nodiscard]] std::uint32_t References() const
-    {
-        return cell_ == nullptr ? 0 : LoadField<std::uint32_t>(ReferencesPlace());
-    }
+    [[nodiscard]] std::uint32_t References() const { return IsNull() ? 0 : CellReferences(); }
 
 private:
     static constexpr std::size_t length_width = 4;
 
+    // An empty text that stands for all that is lost. The one reference that nobody holds keeps it.
+    static std::byte lost_cell_[];
+
+    [[nodiscard]] std::uint32_t CellReferences() const { return LoadField<std::uint32_t>(ReferencesPlace()); }
     [[nodiscard]] std::byte* ReferencesPlace() const { return cell_ + length_width + Length() + 1; }
+    // Takes the cell; null is a cell that found no memory.
+    void Take(std::byte* cell)
+    {
+        cell_ = cell == nullptr ? lost_cell_ : cell;
+        if (cell == nullptr) {
+            AddReference();
+        }
+    }
     void AddReference()
     {
         if (cell_ != nullptr) {
-            PutField(ReferencesPlace(), References() + 1);
+            PutField(ReferencesPlace(), CellReferences() + 1);
         }
     }
     void DropReference()
@@ -56,7 +67,7 @@ private:
         if (cell_ == nullptr) {
             return;
         }
-        if (const std::uint32_t left = References() - 1; left != 0) {
+        if (const std::uint32_t left = CellReferences() - 1; left != 0) {
             PutField(ReferencesPlace(), left);
         } else {
             Free();

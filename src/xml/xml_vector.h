@@ -46,6 +46,15 @@ public:
         return true;
     }
 
+    // Room for one more element, to be filled in place; null when there is no memory.
+    [[nodiscard]] T* AddPlace() requires std::is_trivially_copyable_v<T>
+    {
+        if ((begin_ == nullptr || Size() == capacity_) && !Grow(Size() + 1)) {
+            return nullptr;
+        }
+        return end_++;
+    }
+
     // Adds `count` elements bytewise.
     [[nodiscard]] bool AddRun(const T* values, std::size_t count) requires std::is_trivially_copyable_v<T>
     {

@@ -22,7 +22,7 @@ public:
     };
 
     // A name of a block with several, and room for what the walker's user has found out about it.
-    struct Name {
+    struct Entry {
         std::string_view text;
         std::uint16_t note = 0;
     };
@@ -30,45 +30,142 @@ public:
     // The node itself is walked too; the chain on its link is not.
     CXmlWalk(std::byte* node, std::byte* block) : node_(node), block_(block) {}
 
-    Step Next();
+    Step Next()
+    {
+        if (leaving_) {
+            Leave();
+        }
+        if (levels_.IsEmpty()) {
+            return Start();
+        }
+        Level& level = levels_.Last();
+        std::byte* at = level.next;
+        do {
+            at = Behind(at, level.resume);
+            if (at == level.end) {
+                node_ = level.node;
+                block_ = level.block;
+                link_ = at;
+                leaving_ = true; // the names stay until the user has seen the node
+                return Step::leave;
+            }
+            link_ = level.next = LinkOf(at);
+            node_ = at;
+            at = link_;
+        } while (NodeId(node_) == xml_skipped_id);
+        block_ = level.resume != nullptr ? BlockOfRoot(node_) : level.block;
+        return Visit();
+    }
 
     [[nodiscard]] std::byte* Node() const { return node_; }
+    // The current node's link slot.
+    [[nodiscard]] std::byte* Link() const { return link_; }
     [[nodiscard]] std::byte* Block() const { return block_; }
-    // Elements around the current node.
-    [[nodiscard]] std::size_t Depth() const;
 
-    // Of the current node or one of its attributes, which stands in `block`. Empty for a node without a name.
-    [[nodiscard]] std::string_view NameOf(const std::byte* node, const std::byte* block);
-    // Null where the block has no entry of its own, since its only name is read where it stands.
-    [[nodiscard]] Name* EntryOf(const std::byte* node, const std::byte* block)
+    // Of the current node or one of its attributes, which stands in `block` and has its link slot at `link`. Empty for
+    // a node without a name. Up to an address's width behind it can be read.
+    [[nodiscard]] std::string_view NameOf(const std::byte* node, const std::byte* link, const std::byte* block)
     {
-        if (frames_.IsEmpty() || frames_.Last().names == none || frames_.Last().block != block) {
+        const Entry* entry = EntryOf(node, block);
+        if (entry != nullptr) {
+            return entry->text;
+        }
+        const std::byte* names = node == RootOf(block) ? link + xml_address_width : NameArrayOf(block);
+        const bool first = NodeId(node) == 1 && NodeSize(names) > xml_address_width;
+        return first ? FirstNameIn(names) : NameInArray(names, NodeId(node));
+    }
+    [[nodiscard]] std::string_view Name() { return NameOf(node_, link_, block_); }
+
+    // Null where the block has no entry of its own, since its only name is read where it stands.
+    [[nodiscard]] Entry* EntryOf(const std::byte* node, const std::byte* block)
+    {
+        if (levels_.IsEmpty() || levels_.Last().names == none || levels_.Last().block != block) {
             return nullptr;
         }
-        CXmlVector<Name>& names = tables_[frames_.Last().names];
+        CXmlVector<Entry>& names = tables_[levels_.Last().names];
         const std::uint16_t id = NodeId(node);
         return id == 0 || id > names.Size() ? nullptr : &names[id - 1U];
     }
 
 private:
-    struct Frame {
+    struct Level {
         std::byte* node;
         std::byte* block;
-        XmlPosition at;
-        std::byte* end;
+        std::byte* end;    // its link slot
+        std::byte* next;   // the slot behind which the walk goes on
+        std::byte* resume; // in a chain, the inline position behind it
         std::size_t names; // position in tables_, or none
         bool owns_names;
     };
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
-    Step Visit();
-    [[nodiscard]] bool Enter();
-    void Leave();
+    // The node behind a slot: the chain's that hangs there, or the one that stands there.
+    static std::byte* Behind(std::byte* slot, std::byte*& resume)
+    {
+        if (auto* block = LoadField<std::byte*>(slot)) {
+            if (resume == nullptr) {
+                resume = slot + xml_address_width;
+            }
+            return RootOf(block);
+        }
+        return resume != nullptr ? std::exchange(resume, nullptr) : slot + xml_address_width;
+    }
+    static std::string_view FirstNameIn(const std::byte* names)
+    {
+        const std::byte* length = names + XmlPlaces::counted;
+        return {reinterpret_cast<const char*>(length + 4), LoadField<std::uint32_t>(length)};
+    }
+    static std::string_view NameInArray(const std::byte* names, std::uint16_t id);
+
+    Step Start();
+    Step Visit()
+    {
+        if (NodeKind(node_) != XmlKind::element) {
+            return Step::leaf;
+        }
+        return Enter() ? Step::enter : Step::failed;
+    }
+    [[nodiscard]] bool Enter()
+    {
+        std::size_t names = none;
+        bool owns_names = false;
+        if (!levels_.IsEmpty() && levels_.Last().block == block_) {
+            names = levels_.Last().names;
+        } else if (!HasSingleName(block_)) {
+            if (!AddTable()) {
+                return false;
+            }
+            names = tables_.Size() - 1;
+            owns_names = true;
+        }
+        Level* level = levels_.AddPlace();
+        if (level == nullptr) {
+            return false;
+        }
+        level->node = node_;
+        level->block = block_;
+        level->end = link_;
+        level->next = LinkOf(HolderOf(node_));
+        level->resume = nullptr;
+        level->names = names;
+        level->owns_names = owns_names;
+        return true;
+    }
+    [[nodiscard]] bool AddTable();
+    void Leave()
+    {
+        leaving_ = false;
+        if (levels_.Last().owns_names) {
+            tables_.RemoveLast();
+        }
+        levels_.RemoveLast();
+    }
 
     std::byte* node_;
     std::byte* block_;
-    CXmlVector<Frame> frames_;
-    CXmlVector<CXmlVector<Name>> tables_;
+    std::byte* link_ = nullptr;
+    CXmlVector<Level> levels_;
+    CXmlVector<CXmlVector<Entry>> tables_;
     bool started_ = false;
     bool leaving_ = false;
 };

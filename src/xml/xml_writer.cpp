@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <string_view>
+#include <utility>
 
 #include "xml/xml_array.h"
 #include "xml/xml_code_page.h"
@@ -12,34 +14,110 @@ namespace partkeep {
 
 namespace {
 
+// Where the text goes, in large pieces.
+class CXmlSink {
+public:
+    virtual ~CXmlSink() = default;
+    // False when nothing more need come.
+    [[nodiscard]] virtual bool Take(std::string_view text) = 0;
+};
+
+class CXmlStreamSink final : public CXmlSink {
+public:
+    explicit CXmlStreamSink(std::ostream& stream) : stream_(stream) {}
+    bool Take(std::string_view text) override
+    {
+        stream_.write(text.data(), static_cast<std::streamsize>(text.size()));
+        return true;
+    }
+
+private:
+    std::ostream& stream_;
+};
+
+class CXmlTextSink final : public CXmlSink {
+public:
+    // Growing by doubling, a long text would take fresh memory more than twice.
+    explicit CXmlTextSink(std::size_t guess)
+    {
+        try {
+            text_.reserve(guess);
+        } catch (const std::bad_alloc&) {
+            text_.clear(); // it may turn out to be shorter
+        }
+    }
+    bool Take(std::string_view text) override
+    {
+        try {
+            text_.append(text);
+            return true;
+        } catch (const std::bad_alloc&) {
+            return false; // a string knows no other way to say it
+        }
+    }
+    [[nodiscard]] std::string& Text() { return text_; }
+
+private:
+    std::string text_;
+};
+
 class CXmlWriter {
 public:
-    CXmlWriter(std::ostream& stream, std::uint8_t pretty, std::int32_t indent)
-        : stream_(stream), pretty_(pretty), indent_(indent)
+    CXmlWriter(CXmlSink& sink, std::uint8_t pretty, std::int32_t indent) : sink_(sink), pretty_(pretty), indent_(indent)
     {
     }
 
+    // False when there is no memory.
     bool Write(const CXmlElement& root);
 
 private:
     bool WriteElement(const CXmlElement& element);
-    void WriteStartTag(CXmlWalk& walk);
     void WriteAttributes(CXmlWalk& walk);
     void WriteLeaf(CXmlWalk& walk);
     void WriteValue(const std::byte* leaf);
     void WriteArray(const std::byte* array);
-    void WriteEndTag(std::string_view name);
     void WriteNewLine(std::size_t depth);
 
+    // `bytes` is a literal.
+    template <std::size_t Length>
+    void PutMark(const char (&bytes)[Length])
+    {
+        MakeRoom(Length - 1);
+        std::memcpy(at_, bytes, Length - 1);
+        at_ += Length - 1;
+    }
+    void PutName(std::string_view name)
+    {
+        if (MakeRoom(name.size())) {
+            at_ = CopyByWords(at_, name.data(), name.size());
+        } else {
+            Put(name);
+        }
+    }
+    // A text in a block, up to its first NUL.
+    void PutText(std::string_view text)
+    {
+        if (MakeRoom(text.size())) {
+            at_ = CopyToNul(at_, text.data(), text.size());
+        } else {
+            Put(text.substr(0, text.find('\0')));
+        }
+    }
     void Put(std::string_view bytes);
-    void PutText(std::string_view text);
-    void Flush();
+    // True when that many bytes, and what copies write beyond them, fit into the buffer now.
+    bool MakeRoom(std::size_t size) { return size <= static_cast<std::size_t>(end_ - at_) || Flush(size); }
+    bool Flush(std::size_t needed);
 
-    std::ostream& stream_;
+    static constexpr std::size_t buffer_size = std::size_t{16} * 1024;
+    static constexpr std::size_t slack = 16;
+
+    CXmlSink& sink_;
+    bool failed_ = false;
     std::uint8_t pretty_;
     std::int32_t indent_;
-    std::size_t used_ = 0;
-    char buffer_[std::size_t{16} * 1024];
+    char* at_ = buffer_;
+    char* end_ = buffer_ + buffer_size;
+    char buffer_[buffer_size + slack];
 };
 
 bool CXmlWriter::Write(const CXmlElement& root)
@@ -50,47 +128,45 @@ bool CXmlWriter::Write(const CXmlElement& root)
     }
     Put("\"?>");
     const bool whole = WriteElement(root);
-    Flush();
-    return whole;
+    Flush(0);
+    return whole && !failed_;
 }
 
 bool CXmlWriter::WriteElement(const CXmlElement& element)
 {
     CXmlWalk walk(element.Node(), element.Block());
+    std::size_t depth = 0;
     bool start_tag_open = false;
     for (;;) {
         const CXmlWalk::Step step = walk.Next();
         if (step == CXmlWalk::Step::done || step == CXmlWalk::Step::failed) {
             return step == CXmlWalk::Step::done;
         }
-        if (step == CXmlWalk::Step::leave && start_tag_open) {
-            Put("/>");
+        const bool leaves = step == CXmlWalk::Step::leave;
+        depth -= leaves ? 1 : 0;
+        if (leaves && start_tag_open) {
+            PutMark("/>");
             start_tag_open = false;
             continue;
         }
         if (start_tag_open) {
-            Put(">");
+            PutMark(">");
         }
-        if (pretty_ != 0) {
-            WriteNewLine(walk.Depth());
-        }
+        WriteNewLine(depth);
         start_tag_open = step == CXmlWalk::Step::enter;
-        if (step == CXmlWalk::Step::enter) {
-            WriteStartTag(walk);
-        } else if (step == CXmlWalk::Step::leaf) {
+        if (step == CXmlWalk::Step::leaf) {
             WriteLeaf(walk);
+            continue;
+        }
+        leaves ? PutMark("</") : PutMark("<");
+        PutName(walk.Name());
+        if (leaves) {
+            PutMark(">");
         } else {
-            WriteEndTag(walk.NameOf(walk.Node(), walk.Block()));
+            WriteAttributes(walk); // how the tag ends depends on whether children follow
+            ++depth;
         }
     }
-}
-
-// Without its final ">", which depends on whether children follow.
-void CXmlWriter::WriteStartTag(CXmlWalk& walk)
-{
-    Put("<");
-    Put(walk.NameOf(walk.Node(), walk.Block()));
-    WriteAttributes(walk);
 }
 
 void CXmlWriter::WriteAttributes(CXmlWalk& walk)
@@ -98,30 +174,36 @@ void CXmlWriter::WriteAttributes(CXmlWalk& walk)
     std::byte* holder = HolderOf(walk.Node());
     const std::byte* end = LinkOf(holder);
     for (XmlPosition at = FirstPositionIn(holder); at.current != end; at.Step()) {
-        Put(" ");
-        Put(walk.NameOf(at.current, at.InChain() ? BlockOfRoot(at.current) : walk.Block()));
-        Put("=\"");
+        PutMark(" ");
+        std::byte* block = at.InChain() ? BlockOfRoot(at.current) : walk.Block();
+        PutName(walk.NameOf(at.current, LinkOf(at.current), block));
+        PutMark("=\"");
         WriteValue(at.current);
-        Put("\"");
+        PutMark("\"");
     }
 }
 
 void CXmlWriter::WriteLeaf(CXmlWalk& walk)
 {
-    const std::string_view name = walk.NameOf(walk.Node(), walk.Block());
-    Put("<");
-    Put(name);
-    Put(">");
+    const std::string_view name = walk.Name();
+    PutMark("<");
+    PutName(name);
+    PutMark(">");
     WriteValue(walk.Node());
-    WriteEndTag(name);
+    PutMark("</");
+    PutName(name);
+    PutMark(">");
 }
 
 void CXmlWriter::WriteValue(const std::byte* leaf)
 {
-    if (IsArray(NodeKind(leaf))) {
+    const XmlKind kind = NodeKind(leaf);
+    if (kind == XmlKind::text) {
+        PutText({reinterpret_cast<const char*>(leaf + XmlPlaces::counted), NodeSize(leaf)});
+    } else if (IsArray(kind)) {
         WriteArray(leaf);
     } else {
-        PutText(ScalarAsText(ScalarOf(leaf)));
+        Put(ScalarAsText(ScalarOf(leaf)));
     }
 }
 
@@ -130,65 +212,73 @@ void CXmlWriter::WriteArray(const std::byte* array)
     bool first = true;
     for (XmlItems item(array); !item.AtEnd(); item.Next()) {
         if (!first) {
-            Put(" ");
+            PutMark(" ");
         }
         first = false;
-        PutText(ScalarAsText(item.Scalar()));
+        const std::string_view text = ScalarAsText(item.Scalar());
+        Put(text.substr(0, text.find('\0')));
     }
-}
-
-void CXmlWriter::WriteEndTag(std::string_view name)
-{
-    Put("</");
-    Put(name);
-    Put(">");
 }
 
 void CXmlWriter::WriteNewLine(std::size_t depth)
 {
+    if (pretty_ == 0) {
+        return;
+    }
+    PutMark("\n");
     constexpr std::string_view blanks = "                                                                ";
-    Put("\n");
     for (std::size_t left = depth * static_cast<std::size_t>(indent_); left != 0;) {
         const std::size_t run = std::min(left, blanks.size());
-        Put(blanks.substr(0, run));
+        PutName(blanks.substr(0, run));
         left -= run;
     }
 }
 
 void CXmlWriter::Put(std::string_view bytes)
 {
-    if (bytes.size() > sizeof buffer_ - used_) {
-        Flush();
-        if (bytes.size() > sizeof buffer_) {
-            stream_.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-            return;
-        }
-    }
-    if (!bytes.empty()) {
-        std::memcpy(buffer_ + used_, bytes.data(), bytes.size());
-        used_ += bytes.size();
+    if (MakeRoom(bytes.size())) {
+        CopyShort(at_, bytes.data(), bytes.size());
+        at_ += bytes.size();
+    } else {
+        failed_ = failed_ || !sink_.Take(bytes);
     }
 }
 
-void CXmlWriter::PutText(std::string_view text)
+// Empties the buffer; true when it has room for `needed` bytes then.
+bool CXmlWriter::Flush(std::size_t needed)
 {
-    Put(text.substr(0, text.find('\0')));
+    failed_ = failed_ || !sink_.Take({buffer_, static_cast<std::size_t>(at_ - buffer_)});
+    at_ = buffer_;
+    return needed <= buffer_size;
 }
 
-void CXmlWriter::Flush()
+bool IsDocument(const CXmlDocument& document)
 {
-    stream_.write(buffer_, static_cast<std::streamsize>(used_));
-    used_ = 0;
+    return !document.IsEmpty() && !IsHolder(document.Node());
 }
 
 } // namespace
 
 bool WriteXml(std::ostream& stream, const CXmlDocument& document)
 {
-    if (stream.fail() || document.IsEmpty() || IsHolder(document.Node())) {
+    if (stream.fail() || !IsDocument(document)) {
         return false;
     }
-    return CXmlWriter(stream, document.pretty, document.indent).Write(document);
+    CXmlStreamSink sink(stream);
+    return CXmlWriter(sink, document.pretty, document.indent).Write(document);
+}
+
+bool WriteXml(std::string& text, const CXmlDocument& document)
+{
+    if (!IsDocument(document)) {
+        return false;
+    }
+    CXmlTextSink sink(GuessLengthOf(document.Block()));
+    if (!CXmlWriter(sink, document.pretty, document.indent).Write(document)) {
+        return false;
+    }
+    text = std::move(sink.Text());
+    return true;
 }
 
 } // namespace partkeep

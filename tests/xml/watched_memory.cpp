@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include "xml/xml_memory.h"
 
@@ -37,6 +38,24 @@ std::size_t watched_memory::Asked()
 std::size_t watched_memory::LivePieces()
 {
     return live;
+}
+
+const std::size_t partkeep::xml_least_for_own_pages = 0;
+
+partkeep::XmlRoom partkeep::TakeXmlRoom(std::size_t size)
+{
+    void* memory = AllocateXml(sizeof(XmlHead) + size, alignof(XmlHead));
+    if (memory == nullptr) {
+        return {};
+    }
+    auto* head = new (memory) XmlHead;
+    head->size = size;
+    return {head, reinterpret_cast<std::byte*>(head + 1) + size};
+}
+
+void partkeep::GiveXmlRoom(XmlHead* head)
+{
+    FreeXml(head, sizeof(XmlHead) + head->size);
 }
 
 void* partkeep::AllocateXml(std::size_t size, std::size_t)

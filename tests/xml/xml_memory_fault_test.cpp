@@ -71,6 +71,18 @@ TEST(XmlMemoryFault, ACopyEndsWholeOrReportsFailureAndLeavesItsParent)
     }
 }
 
+TEST(XmlMemoryFault, ATextThatWasLostIsNotTakenForAnEmptyOne)
+{
+    FailEachAllocation("<r x=\"v\" y=\"\" z=\"w\"><t>u</t></r>", [] {
+        CXmlElement root("r", 65001);
+        const bool made = !root.AddAttribute("x", CXmlString("v")).IsEmpty() &&
+                          !root.AddAttribute("y", CXmlString()).IsEmpty() && !root.AddAttribute("z", "w").IsEmpty() &&
+                          !root.AppendChild(CXmlElement("t", CXmlString("u"), 65001)).IsEmpty();
+        watched_memory::StopFailing();
+        return made ? Show(root) : "-";
+    });
+}
+
 TEST(XmlMemoryFault, AnAppendOrAReadingOfValuesReportsFailure)
 {
     FailEachAllocation("r|true", [] {

@@ -9,6 +9,7 @@ using namespace partkeep;
 using namespace xml_test;
 
 extern "C" int FuzzXmlParse(const unsigned char* data, std::size_t size);
+extern "C" int FuzzXmlReaderModel(const unsigned char* data, std::size_t size);
 
 namespace {
 
@@ -74,6 +75,7 @@ TEST(XmlReader, TakesEveryInputToItsOutcome)
     for (const auto& row : rows) {
         const std::string text = row.declared ? Declared(row.text) : row.text;
         EXPECT_EQ(row.shown.starts_with("<?") ? Write(Read(text)) : Show(Read(text)), row.shown) << row.label;
+        FuzzXmlReaderModel(reinterpret_cast<const unsigned char*>(text.data()), text.size());
         // The same end in windows of any width, with a stream that throws, and, but for failure, with no memory.
         for (int width = 0; width < 20; ++width) {
             for (int allocation = 0; allocation < 30; ++allocation) {
@@ -110,6 +112,8 @@ TEST(XmlReader, RefusesWhatIsNestedTooDeep)
         for (std::size_t at = 0; at < 2 * depth; ++at) {
             nested += at < depth ? "<a>" : "</a>";
         }
+        const std::string limited = Declared(nested);
+        FuzzXmlReaderModel(reinterpret_cast<const unsigned char*>(limited.data()), limited.size());
         EXPECT_TRUE(Show(Read(Declared(nested + "<R/>"))) == (depth > xml_nesting_limit ? "-" : nested)) << depth;
     }
 }
@@ -135,10 +139,12 @@ TEST(XmlReader, ReadsADocumentThatIsCutOrSpoiltAnywhere)
     const auto limit = 20 * time_to_read(text, {}) + std::chrono::milliseconds(1);
     for (std::size_t at = 0; at < text.size(); ++at) {
         EXPECT_LE(time_to_read(text.substr(0, at), limit), limit) << "cut at " << at;
+        FuzzXmlReaderModel(reinterpret_cast<const unsigned char*>(text.data()), at);
         std::string spoilt = text;
         for (const char byte : {static_cast<char>(~text[at]), static_cast<char>(text[at] ^ 1), '"', '<', '\0'}) {
             spoilt[at] = byte;
             EXPECT_LE(time_to_read(spoilt, limit), limit) << spoilt;
+            FuzzXmlReaderModel(reinterpret_cast<const unsigned char*>(spoilt.data()), spoilt.size());
         }
     }
 }

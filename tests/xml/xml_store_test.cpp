@@ -60,6 +60,24 @@ TEST(XmlStore, CountsHandlesAndTheLink)
     EXPECT_EQ(OwnerOf(child.Block()), nullptr) << "free-standing again";
 }
 
+TEST(XmlStore, CopiesWhatContainsTheParentEvenUnderASkippedNode)
+{
+    for (const bool compact : {false, true}) {
+        CXmlElement above("a", 65001);
+        CXmlElement skipped = above.AppendChild(Read(Declared("<x><z/></x>")));
+        if (compact) {
+            CXmlElement other("a", 65001);
+            above = other.AppendChild(above);
+            other = CXmlElement();
+            skipped = *above.Begin();
+        }
+        CXmlElement parent = skipped.AppendChild(CXmlElement("y", 65001));
+        PutField(skipped.Node(), xml_skipped_id);
+        EXPECT_NE(parent.AppendChild(above).Node(), above.Node());
+        EXPECT_EQ(Show(parent) + Show(above), "<y><a/></y><a/>");
+    }
+}
+
 TEST(XmlStore, ANameStaysReadableWhileAnIteratorLives)
 {
     for (const bool compact : {false, true}) {
