@@ -9,6 +9,7 @@ partkeep_library(partkeep_windows
     windows/hosted_control.cpp
     windows/picture_panel.cpp
     windows/site_window.cpp
+    windows/waiting_input.cpp
     windows/win_dialog_controls.cpp
     windows/win_dialog_layout.cpp
     windows/win_dialog_toolbar.cpp
