@@ -58,8 +58,8 @@ public:
     virtual ControlResult Invoke(std::int32_t dispatch_id, InvokeKind kind, std::span<const ControlArgument> arguments,
                                  ControlType result) = 0;
 
-    // Receives the dispatch id of each event; an empty function ends it. Called on the control's thread, never
-    // from inside Invoke.
+    // Receives the dispatch id of each event; an empty function ends it. Called on the control's thread, from inside
+    // Invoke too where the control fires there.
     virtual void SetEventSink(std::function<void(std::int32_t)> sink) = 0;
 };
 

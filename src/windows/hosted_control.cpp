@@ -4,7 +4,6 @@
 #include "windows/control_site.h"
 #include "windows/dialog_scale.h"
 #include "windows/dispatch_call.h"
-#include "windows/kept_events.h"
 #include "windows/site_window.h"
 
 #include <cstring>
@@ -76,7 +75,7 @@ public:
     void SetEventSink(std::function<void(std::int32_t)> sink) override { listener_ = std::move(sink); }
     void OnSize(const RECT& client) override;
     void OnFocus() override;
-    void OnEvent(std::int32_t dispatch_id) override;
+    void OnEvent(std::int32_t dispatch_id);
     void OnDestroy() override { Close(); }
     bool TranslateKey(MSG& message) override;
 
@@ -93,7 +92,6 @@ private:
     ComPtr<EventSink> sink_;
     DWORD connection_ = 0;
     bool ole_started_ = false;
-    KeptEvents kept_;
     std::function<void(std::int32_t)> listener_;
 };
 
@@ -235,19 +233,13 @@ ControlResult HostedContent::Invoke(std::int32_t dispatch_id, InvokeKind kind,
     if (!control) {
         return {};
     }
-    const KeptEvents::Call running(kept_, window_);
     return CallDispatch(*control.Get(), dispatch_id, kind, arguments, result);
 }
 
-// The caller of an operation is never called back from within it, so what a control fires there comes later, and
-// what comes late during another call waits for that one too. What the listener throws must not reach the control,
-// which knows nothing of it.
+// The listener may close this, and the copy of it may find no memory, which must not reach the control.
 void HostedContent::OnEvent(std::int32_t dispatch_id)
 {
     try {
-        if (kept_.Keep(dispatch_id)) {
-            return;
-        }
         if (const auto listener = listener_; listener) {
             listener(dispatch_id);
         }

@@ -8,7 +8,6 @@ namespace {
 
 constexpr wchar_t site_class_name[] = L"PartkeepControlSite";
 constexpr wchar_t frame_class_name[] = L"PartkeepHiddenFrame";
-constexpr UINT late_event_message = WM_APP + 1;
 
 using ContentHolder = std::shared_ptr<SiteContent>;
 
@@ -28,7 +27,7 @@ void PaintSite(HWND site, SiteContent& content)
 }
 
 // True when the message needs nothing more.
-bool HandleSiteMessage(HWND site, SiteContent& content, UINT message, WPARAM word)
+bool HandleSiteMessage(HWND site, SiteContent& content, UINT message)
 {
     RECT client;
     switch (message) {
@@ -41,9 +40,6 @@ bool HandleSiteMessage(HWND site, SiteContent& content, UINT message, WPARAM wor
         return false;
     case WM_SETFOCUS:
         content.OnFocus();
-        return true;
-    case late_event_message:
-        content.OnEvent(static_cast<std::int32_t>(word));
         return true;
     case WM_DESTROY:
         content.OnDestroy();
@@ -63,7 +59,7 @@ LRESULT CALLBACK SiteProcedure(HWND site, UINT message, WPARAM word, LPARAM valu
     ContentHolder* holder = HolderOf(site);
     if (holder != nullptr && *holder != nullptr) {
         const ContentHolder content = *holder; // what it does may destroy the window
-        if (HandleSiteMessage(site, *content, message, word)) {
+        if (HandleSiteMessage(site, *content, message)) {
             return 0;
         }
     }
@@ -124,13 +120,6 @@ SiteContent* ContentOfSite(HWND site)
     }
     ContentHolder* holder = HolderOf(site);
     return holder != nullptr ? holder->get() : nullptr;
-}
-
-void PostLateEvent(HWND site, std::int32_t dispatch_id)
-{
-    if (site != nullptr) {
-        PostMessageW(site, late_event_message, static_cast<WPARAM>(dispatch_id), 0);
-    }
 }
 
 HWND CreateHiddenFrame(HINSTANCE module)

@@ -26,7 +26,6 @@ public:
     virtual void OnPaint(HDC, const RECT& /*client*/) {}
     virtual void OnSize(const RECT& /*client*/) {}
     virtual void OnFocus() {}
-    virtual void OnEvent(std::int32_t /*dispatch_id*/) {}
     virtual void OnDestroy() {}
 
     // True when the content has used the key up.
@@ -42,9 +41,6 @@ void UnregisterSiteWindows(HINSTANCE module);
 
 void SetSiteContent(HWND site, std::shared_ptr<SiteContent> content);
 [[nodiscard]] SiteContent* ContentOfSite(HWND site); // null for a window of another kind
-
-// Brings an event to the content by the message queue. Does nothing for a null window.
-void PostLateEvent(HWND site, std::int32_t dispatch_id);
 
 // A frame that is never shown, as parent of a control that isn't either.
 [[nodiscard]] HWND CreateHiddenFrame(HINSTANCE module);

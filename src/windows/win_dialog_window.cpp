@@ -5,17 +5,18 @@
 #include "windows/dialog_scale.h"
 #include "windows/live_counts.h"
 #include "windows/site_window.h"
+#include "windows/waiting_input.h"
 
 #include <commctrl.h>
 
 #include <utility>
-#include <vector>
 
 namespace partkeep {
 
 namespace {
 
 constexpr wchar_t dialog_property[] = L"PartkeepDialog";
+constexpr wchar_t disabled_property[] = L"PartkeepDisabledBy";
 
 bool IsKeyDown(int key)
 {
@@ -27,41 +28,56 @@ bool IsKeyMessage(const MSG& message)
     return message.message >= WM_KEYFIRST && message.message <= WM_KEYLAST;
 }
 
+// Before whatever a paint leads to: a message shown from there would be painted over and over.
+void Validate(HWND window)
+{
+    PAINTSTRUCT paint;
+    BeginPaint(window, &paint);
+    EndPaint(window, &paint);
+}
+
 // While a dialog runs modally, its owner and every other dialog of this component on the thread are disabled: a
-// list left enabled beside it could start a second run of what is going on.
+// list left enabled beside it could start a second run of what is going on. The windows themselves bear the mark of
+// who disabled them, which needs no memory of ours and goes with a window that goes meanwhile.
 class OthersDisabled {
 public:
-    explicit OthersDisabled(HWND owner)
+    explicit OthersDisabled(HWND owner) : owner_(owner)
     {
-        Disable(owner);
-        EnumThreadWindows(GetCurrentThreadId(), Visit, reinterpret_cast<LPARAM>(this));
+        Disable(owner_);
+        EnumThreadWindows(GetCurrentThreadId(), Disable, reinterpret_cast<LPARAM>(this));
     }
     ~OthersDisabled()
     {
-        for (HWND window : disabled_) {
-            EnableWindow(window, TRUE);
-        }
+        Enable(owner_, reinterpret_cast<LPARAM>(this));
+        EnumThreadWindows(GetCurrentThreadId(), Enable, reinterpret_cast<LPARAM>(this));
     }
     OthersDisabled(const OthersDisabled&) = delete;
     OthersDisabled& operator=(const OthersDisabled&) = delete;
 
 private:
-    static BOOL CALLBACK Visit(HWND window, LPARAM self)
+    static BOOL CALLBACK Disable(HWND window, LPARAM self) noexcept
     {
         if (GetPropW(window, dialog_property) != nullptr) {
             reinterpret_cast<OthersDisabled*>(self)->Disable(window);
         }
         return TRUE;
     }
+    static BOOL CALLBACK Enable(HWND window, LPARAM self) noexcept
+    {
+        if (GetPropW(window, disabled_property) == reinterpret_cast<HANDLE>(self)) {
+            RemovePropW(window, disabled_property);
+            EnableWindow(window, TRUE);
+        }
+        return TRUE;
+    }
     void Disable(HWND window)
     {
-        if (window != nullptr && IsWindowEnabled(window)) {
+        if (IsWindowEnabled(window) && SetPropW(window, disabled_property, this)) {
             EnableWindow(window, FALSE);
-            disabled_.push_back(window);
         }
     }
 
-    std::vector<HWND> disabled_;
+    HWND owner_; // may be of another kind and even of another thread
 };
 
 } // namespace
@@ -109,6 +125,7 @@ int WinDialogWindow::RunModal(IDialogEvents& events)
             Show(true);
         }
         result_ = RunLoop();
+        DropWaitingInput();
     }
     // The owner is enabled again by now: were it not, the system would give the focus to another program.
     if (owner != nullptr && GetActiveWindow() == window_) {
@@ -151,6 +168,7 @@ void WinDialogWindow::EndModal(int result)
 {
     result_ = result;
     ended_ = true;
+    EnableWindow(window_, FALSE);
     PostMessageW(window_, WM_NULL, 0, 0); // wakes the loop
 }
 
@@ -166,16 +184,11 @@ bool WinDialogWindow::PreTranslate(MSG& message)
     if (!IsKeyMessage(message)) {
         return false;
     }
-    HWND window = window_;
-    try {
-        const KeyPress press{static_cast<int>(message.wParam), IsKeyDown(VK_CONTROL), IsKeyDown(VK_SHIFT)};
-        if (message.message == WM_KEYDOWN && events_->PreTranslateMessage(press)) {
-            return true;
-        }
-    } catch (...) {
-        EndModal(-1);
+    const KeyPress press{static_cast<int>(message.wParam), IsKeyDown(VK_CONTROL), IsKeyDown(VK_SHIFT)};
+    if (message.message == WM_KEYDOWN && events_->PreTranslateMessage(press)) {
         return true;
     }
+    HWND window = window_;
     return TranslateInHostedControl(message) || IsDialogMessageW(window, &message);
 }
 
@@ -205,12 +218,7 @@ INT_PTR WinDialogWindow::Procedure(HWND window, UINT message, WPARAM word, LPARA
     if (dialog == nullptr) {
         return FALSE;
     }
-    try {
-        return dialog->Handle(message, word, value);
-    } catch (...) {
-        dialog->EndModal(-1); // nothing may fly through the system's frames
-        return TRUE;
-    }
+    return dialog->Handle(message, word, value);
 }
 
 INT_PTR WinDialogWindow::Handle(UINT message, WPARAM word, LPARAM value)
@@ -224,9 +232,13 @@ INT_PTR WinDialogWindow::Handle(UINT message, WPARAM word, LPARAM value)
         return HandleNotify(*reinterpret_cast<const NMHDR*>(value));
     case WM_SETCURSOR:
         return HandleSetCursor();
+    case WM_CLOSE: // the system would post the command behind whatever waits
+        events_->OnCommand(id_cancel);
+        return TRUE;
     case WM_PAINT:
+        Validate(window_);
         events_->OnPaint();
-        return FALSE;
+        return TRUE;
     case WM_DESTROY:
         events_->OnDestroy();
         return FALSE;
@@ -272,7 +284,11 @@ INT_PTR WinDialogWindow::HandleNotify(const NMHDR& notice)
         return FALSE;
     }
     auto& request = const_cast<NMTTDISPINFOW&>(reinterpret_cast<const NMTTDISPINFOW&>(notice));
-    tip_text_ = WideText(events_->ToolTipText(static_cast<int>(notice.idFrom)));
+    try {
+        tip_text_ = WideText(events_->ToolTipText(static_cast<int>(notice.idFrom)));
+    } catch (...) {
+        tip_text_.clear(); // nothing may fly through the system's frames
+    }
     request.lpszText = tip_text_.data();
     return TRUE;
 }

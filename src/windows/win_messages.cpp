@@ -1,6 +1,7 @@
 #include "windows/win_messages.h"
 
 #include "platform/windows/wide_text.h"
+#include "windows/waiting_input.h"
 
 namespace partkeep {
 
@@ -36,6 +37,7 @@ void WinMessages::Show(const Message& message)
     HWND active = GetActiveWindow();
     const bool owner_disabled = owner_ != nullptr && !IsWindowEnabled(owner_);
     MessageBoxW(owner_, WideText(message.text).c_str(), WideText(message.title).c_str(), MB_OK | kind);
+    DropWaitingInput();
     if (owner_disabled) {
         EnableWindow(owner_, FALSE);
     }

@@ -92,13 +92,9 @@ void WinPanel::Paint() const
 
 void WinPanel::PaintOn(HDC context) const
 {
-    try {
-        if (painter_) {
-            GdiDeviceContext device(context);
-            painter_(device);
-        }
-    } catch (...) {
-        return; // the picture is left out
+    if (painter_) {
+        GdiDeviceContext device(context);
+        painter_(device);
     }
 }
 

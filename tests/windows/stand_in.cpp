@@ -107,12 +107,6 @@ public:
     HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                                      EXCEPINFO*, UINT*) override
     {
-        if (stand_in->fireInsideCalls) {
-            Fire(DISPID_CLICK);
-        }
-        if (stand_in->pumpInsideCalls) {
-            StandIn::Pump();
-        }
         std::vector<ControlArgument> arguments;
         for (UINT left = parameters->cArgs; left > 0; --left) {
             arguments.push_back(ArgumentOf(parameters->rgvarg[left - 1]));
@@ -123,10 +117,11 @@ public:
                                 : flags == DISPATCH_PROPERTYPUT ? InvokeKind::PropertyPut
                                                                 : InvokeKind::PropertyGet;
         const ControlResult answer = scripted_->Invoke(id, kind, arguments, type);
-        if (result != nullptr) {
+        const HRESULT status = std::exchange(stand_in->callStatus, S_OK);
+        if (result != nullptr && SUCCEEDED(status)) {
             PutResult(*result, type, answer);
         }
-        return S_OK;
+        return status;
     }
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
@@ -243,17 +238,20 @@ private:
 LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM word, LPARAM value)
 {
     ControlScript& script = stand_in->script;
-    if (message == WM_LBUTTONDOWN && window == stand_in->browserWindow) {
+    const bool selects = message == WM_LBUTTONDOWN;
+    if (window != stand_in->browserWindow || (!selects && message != WM_RBUTTONDOWN)) {
+        return DefWindowProcW(window, message, word, value);
+    }
+    SetFocus(window);
+    if (selects) {
         const auto row = static_cast<std::size_t>(HIWORD(value) / StandIn::row_height);
-        SetFocus(window);
         script.selection.clear();
         if (row < script.list.size()) {
             script.selection.push_back(script.list[row]);
         }
-        live_browser->Fire(DISPID_CLICK);
-        return 0;
     }
-    return DefWindowProcW(window, message, word, value);
+    live_browser->Fire(DISPID_CLICK);
+    return 0;
 }
 
 class Factory final : public IClassFactory {

@@ -22,15 +22,14 @@ struct StandIn {
 
     Recorder recorder; // each call that reached a control, with a note where its types were not the contract's
     ControlScript script{recorder};
-    bool fireInsideCalls = false; // a click
-    bool pumpInsideCalls = false; // messages, behind the click
-    int controls = 0;             // of the component model, alive
+    HRESULT callStatus = S_OK; // of the browser's next call; a refused one answers nothing
+    int controls = 0;          // of the component model, alive
     HWND browserWindow = nullptr;
     DWORD offered[2]{}; // cookies of the class objects, 0 for none
 
     static void Pump(); // what is in this thread's queue
 
-    static constexpr int row_height = 20; // a click on row i selects entry i of the list
+    static constexpr int row_height = 20; // a click on row i selects entry i of the list; the right button selects none
 };
 
 } // namespace partkeep

@@ -454,25 +454,6 @@ TEST_F(WindowsDialogs, EveryOperationArrivesWithTheContractsTypes)
     EXPECT_EQ(stand_in.recorder.lines.size(), browser_signatures.size());
 }
 
-TEST_F(WindowsDialogs, EventsInsideACallComeBehindIt)
-{
-    const std::unique_ptr<IHostedControl> control = controls.CreateHidden(part_browser_class_id, 1, 10, 10);
-    std::vector<std::int32_t> events;
-    control->SetEventSink([&](std::int32_t event) { events.push_back(event); });
-    const auto call = [&](bool fires, bool pumps) {
-        stand_in.fireInsideCalls = fires;
-        stand_in.pumpInsideCalls = pumps;
-        control->Invoke(36, InvokeKind::Method, {}, ControlType::Bool);
-        EXPECT_TRUE(events.empty());
-    };
-    call(true, false);
-    call(false, true); // which would take in what the first has left
-    call(true, true);
-    StandIn::Pump();
-    stand_in.Fire(1);
-    EXPECT_EQ(events, (std::vector<std::int32_t>{-600, 1}));
-}
-
 TEST_F(WindowsDialogs, NoControlIsMadeWhereItsPointersWouldBeMarshalled)
 {
     stand_in.Withdraw(StandIn::Browser);
