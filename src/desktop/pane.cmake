@@ -1,5 +1,4 @@
 # The part browser's pane.
-partkeep_library(partkeep_part_pages SOURCES "${PROJECT_SOURCE_DIR}/src/partlibrary/part_pages.cpp" LINK partkeep_library)
 
 partkeep_library(partkeep_pane
   SOURCES
@@ -19,4 +18,4 @@ partkeep_library(partkeep_pane
     pane/part_pictures.cpp
     pane/part_row_delegate.cpp
     pane/server_tree_model.cpp
-  LINK partkeep_part_pages partkeep_readable_colours Qt6::Widgets)
+  LINK partkeep_library partkeep_readable_colours Qt6::Widgets)
