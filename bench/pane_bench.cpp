@@ -3,7 +3,8 @@
 // milliseconds. The library takes minutes to fill; it stays in the temporary folder for the next run.
 #include "desktop/pane/browser_pane.h"
 #include "desktop/pane/pane_widgets.h"
-#include "partlibrary/library_writer.h"
+#include "partlibrary/sqlite/sqlite_library.h"
+#include "partlibrary/sqlite/sqlite_writer.h"
 
 #include <benchmark/benchmark.h>
 
@@ -47,7 +48,7 @@ QString FolderName(int parts)
 }
 
 // Names in the order of import, as a shop numbers them, with attributes that repeat.
-void FillFolder(CLibraryWriter& writer, int parts)
+void FillFolder(ILibraryWriter& writer, int parts)
 {
     static const char* materials[] = {"SPCC", "SUS304", "AL5052", "SECC", "SPHC", "Cu"};
     const auto folder = writer.MakeFolder(FolderName(parts));
@@ -65,15 +66,15 @@ void MakeLibrary()
 {
     const QString file = LibraryFolder() + QStringLiteral("/BENCH.kpl");
     LibraryProblem problem;
-    if (CPartLibrary::Open(file, problem) != nullptr) {
+    if (CSqliteLibrary::Open(file, problem) != nullptr) {
         return;
     }
     fs::create_directories(LibraryFolder().toStdString());
     const QString unfinished = LibraryFolder() + QStringLiteral("/unfinished");
     fs::remove(unfinished.toStdString());
-    Require(CLibraryWriter::Create(unfinished, problem), problem);
+    Require(CSqliteWriter::Create(unfinished, problem), problem);
     {
-        const auto writer = CLibraryWriter::Open(unfinished, problem);
+        const auto writer = CSqliteWriter::Open(unfinished, problem);
         Require(writer != nullptr, problem);
         Require(writer->Begin(), writer->Problem());
         FillFolder(*writer, small_folder);
@@ -86,8 +87,7 @@ void MakeLibrary()
 class CShownPane {
 public:
     CShownPane()
-        : session_(std::make_shared<CBrowserSession>(CLibraryFolder(LibraryFolder()))),
-          pane_(session_, CLibraryFolder(LibraryFolder()), {}, nullptr)
+        : session_(std::make_shared<CBrowserSession>(CLibraryFolder(LibraryFolder()))), pane_(session_, {}, nullptr)
     {
         pane_.resize(802, 330);
         pane_.show();
@@ -99,7 +99,7 @@ public:
 
     void Open(int parts)
     {
-        session_->OpenFolder(FolderName(parts));
+        session_->Go(QStringLiteral("BENCH"), FolderName(parts));
         FirstRows();
     }
     void Settle()
@@ -237,7 +237,7 @@ void ChooseFolder(benchmark::State& state)
     CTimes first;
     CTimes whole;
     for (auto _ : state) {
-        pane.Session().OpenFolder({});
+        pane.Session().Go(QStringLiteral("BENCH"), {});
         pane.Settle();
         first.Measure([&] { pane.Open(parts); });
         whole.Measure([&] { pane.Settle(); });
@@ -300,7 +300,7 @@ BENCHMARK(SelectAll)->Arg(small_folder)->Arg(large_folder)->Iterations(3)->Unit(
 void Memory(benchmark::State& state)
 {
     CShownPane pane;
-    pane.Session().Library()->Connection().Execute(QStringLiteral("PRAGMA cache_size=16"));
+    dynamic_cast<CSqliteLibrary&>(*pane.Session().Library()).Connection().StreamContent(true);
     const auto held = [] {
         const struct mallinfo2 info = mallinfo2();
         return static_cast<double>(info.uordblks + info.hblkhd);

@@ -1,8 +1,9 @@
 // The part library beside `cp`, and beside itself at two sizes. Each copying benchmark runs both sides by turns
 // in every iteration and reports the medians and their quotient. Everything lies in one temporary folder.
-#include "partlibrary/browser_session.h"
-#include "partlibrary/library_import.h"
-#include "partlibrary/library_writer.h"
+#include "partlibrary/import/library_import.h"
+#include "partlibrary/session/browser_session.h"
+#include "partlibrary/sqlite/sqlite_writer.h"
+#include "platform/files.h"
 
 #include <benchmark/benchmark.h>
 
@@ -120,7 +121,7 @@ QString MakeEmptyLibrary(const fs::path& path)
 {
     const QString file = Native(path) + QStringLiteral(".kpl");
     LibraryProblem problem;
-    Require(CLibraryWriter::Create(file, problem), problem);
+    Require(CSqliteWriter::Create(file, problem), problem);
     return file;
 }
 
@@ -128,7 +129,7 @@ void Import(const QString& file, const fs::path& source)
 {
     LibraryProblem problem;
     ImportReport report;
-    const auto writer = CLibraryWriter::Open(file, problem);
+    const auto writer = CSqliteWriter::Open(file, problem);
     Require(writer != nullptr && ImportFolder(*writer, {Native(source), {}, {}}, report, problem), problem);
 }
 
@@ -165,7 +166,7 @@ void Compare(benchmark::State& state, const std::function<double()>& library, co
 // As the component copies without a machine filter: all that a part has.
 void CopyParts(CBrowserSession& session, int parts, const fs::path& target)
 {
-    session.SetTargetFolder(Native(target).toStdU16String());
+    session.SetTargetFolder(CorePath(target.string()));
     session.SetDataKind(all_data_kinds);
     for (int part = 0; part < parts; ++part) {
         const std::u16string path = u"\\P" + QString::number(part).toStdU16String();
@@ -267,7 +268,7 @@ const QString& LibraryOfSize(int parts)
     }
     server = QStringLiteral("parts%1").arg(parts);
     LibraryProblem problem;
-    const auto writer = CLibraryWriter::Open(MakeEmptyLibrary(Folder().Path(server.toStdString())), problem);
+    const auto writer = CSqliteWriter::Open(MakeEmptyLibrary(Folder().Path(server.toStdString())), problem);
     Require(writer != nullptr && writer->Begin(), problem);
     for (int part = 0; part < parts; ++part) {
         const auto folder = writer->MakeFolder(FolderName(part / parts_per_folder));
@@ -305,8 +306,9 @@ void BM_ListFolder(benchmark::State& state)
     for (auto _ : state) {
         const int folder = static_cast<int>(random() % static_cast<unsigned>(parts / parts_per_folder));
         session.SetCurrentFolder(FolderName(folder).toStdU16String());
-        const auto page = session.Library()->Parts().Page(session.ListView(), std::nullopt, parts_per_folder);
-        Require(page && page->rows.size() == parts_per_folder, session.Library()->Problem());
+        const auto list = session.Library()->List(session.ListView(), parts_per_folder, nullptr);
+        list->Finish();
+        Require(list->Rows(0, parts_per_folder).size() == parts_per_folder, session.Library()->Problem());
     }
 }
 BENCHMARK(BM_ListFolder)->Arg(10000)->Arg(1000000)->Unit(benchmark::kMicrosecond);

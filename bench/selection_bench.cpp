@@ -1,7 +1,7 @@
 // A Load of the selection dialog: its own share, over a browser that does nothing, and the whole of it from a part
 // library beside `cp` of the same files. docs/selection-run.md holds the command and the table.
-#include "partlibrary/library_writer.h"
-#include "partlibrary/session_control.h"
+#include "partlibrary/session/session_control.h"
+#include "partlibrary/sqlite/sqlite_writer.h"
 #include "platform/files.h"
 #include "platform/text.h"
 #include "resources/resource_ids.h"
@@ -143,8 +143,8 @@ void MakeLibrary(const CBenchRun& run)
 {
     const QString file = QString::fromStdString(run.Path("Libraries/SRV1.kpl").string());
     LibraryProblem problem;
-    Require(CLibraryWriter::Create(file, problem), problem);
-    const auto writer = CLibraryWriter::Open(file, problem);
+    Require(CSqliteWriter::Create(file, problem), problem);
+    const auto writer = CSqliteWriter::Open(file, problem);
     Require(writer != nullptr && writer->Begin(), problem);
     const auto folder = writer->MakeFolder(QStringLiteral("F"));
     fs::create_directories(run.Path("Files"));
@@ -192,9 +192,8 @@ void LoadBesideCp(benchmark::State& state, bool first)
                 return std::make_unique<CSessionControl>(session);
             },
             [&] {
-                session->OpenServer(QStringLiteral("SRV1"));
-                session->OpenFolder(QStringLiteral("F"));
-                session->Select(session->Library()->Parts().Ids(session->ListView()).value());
+                session->Go(QStringLiteral("SRV1"), QStringLiteral("F"));
+                session->Select(session->Library()->Ids(session->ListView()).value());
             },
             library_parts));
         const auto start = std::chrono::steady_clock::now();

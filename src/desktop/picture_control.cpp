@@ -1,7 +1,9 @@
 #include "desktop/picture_control.h"
 
+#include "desktop/qt_values.h"
 #include "desktop/spoken_role.h"
 #include "platform/files.h"
+#include "platform/text.h"
 
 #include <QFile>
 #include <QPainter>
@@ -16,7 +18,7 @@ constexpr int focus_margin = 1;
 
 QImage ReadPicture(std::u16string_view path)
 {
-    QFile file(QString::fromStdString(NativePath(path)));
+    QFile file(ToQString(WidenText(NativePath(path), utf8_code_page)));
     if (path.empty() || !FileExists(path) || !file.open(QIODevice::ReadOnly) || file.size() > max_file_bytes) {
         return {};
     }

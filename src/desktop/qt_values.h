@@ -1,6 +1,7 @@
 // The core's values as Qt's and back: UTF-16 text and rectangles, whose right and bottom edges differ by one.
 #pragma once
 
+#include "partlibrary/library/library_text.h"
 #include "platform/geometry.h"
 
 #include <QRect>
@@ -13,12 +14,12 @@ namespace partkeep {
 
 inline QString ToQString(std::u16string_view text)
 {
-    return QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size()));
+    return FromWide(text);
 }
 
 inline std::u16string ToText(const QString& text)
 {
-    return text.toStdU16String();
+    return ToWide(text);
 }
 
 inline QRect ToQRect(const Rect& area)

@@ -2,8 +2,8 @@
 
 #include "desktop/pane/pane_places.h"
 #include "desktop/pane/part_browser_factory.h"
-#include "partlibrary/library_folder.h"
-#include "partlibrary/session_control.h"
+#include "partlibrary/session/library_folder.h"
+#include "partlibrary/session/session_control.h"
 #include "settings/process_values.h"
 
 namespace partkeep {

@@ -1,5 +1,6 @@
 // Files and folders by wide text paths, joined with backslashes by their callers and taken unchanged.
-// A forward slash counts as a separator too. Names are found without regard to case: on a file system
+// Where the system separates by "/", a core path that holds one is refused: what comes from outside is converted by
+// CorePath where it enters. Names are found without regard to case: on a file system
 // that has case the exact spelling wins, otherwise the first in sorted order, for creation as well.
 // A relative path starts at the process's current folder. No operation throws; all fail by result.
 #pragma once
@@ -30,7 +31,7 @@ bool RemoveFile(std::u16string_view path);
 
 // The absolute path of each entry of a folder, "." and ".." left out, in sorted order. `folder` must end in
 // its separator: a text that does not lists nothing, so that no neighbour is hit by a path cut short.
-// The folder part of each result is `folder` as given, made absolute.
+// The folder part of each result is `folder` as given, made absolute, "." and ".." resolved by their text.
 [[nodiscard]] std::vector<std::u16string> ListFolder(std::u16string_view folder);
 
 // Those of them that `wanted` accepts: far cheaper than all where they are few.

@@ -162,7 +162,7 @@ const std::map<std::string, COperatorRun::Verbs::Verb> COperatorRun::Verbs::all 
     // In the browser.
     {"go",
      [](auto& run, auto&, auto& words) {
-         EXPECT_TRUE(run.session_->OpenServer(Qt(words[1])) && run.session_->OpenFolder(Qt(words[2])));
+         EXPECT_TRUE(run.session_->Go(Qt(words[1]), Qt(words[2])));
      }},
     {"select",
      [](auto& run, auto&, auto& words) {
@@ -172,7 +172,7 @@ const std::map<std::string, COperatorRun::Verbs::Verb> COperatorRun::Verbs::all 
      }},
     {"first",
      [](auto& run, auto&, auto& words) {
-         auto ids = run.session_->Library()->Parts().Ids(run.session_->ListView()).value();
+         auto ids = run.session_->Library()->Ids(run.session_->ListView()).value();
          ids.resize(std::stoul(words[1]));
          run.session_->Select(ids);
      }},
@@ -185,7 +185,7 @@ const std::map<std::string, COperatorRun::Verbs::Verb> COperatorRun::Verbs::all 
     {"delete",
      [](auto& run, auto&, auto& words) {
          LibraryProblem problem;
-         const auto writer = CLibraryWriter::Open(run.LibraryFile(run.session_->CurrentServer()), problem);
+         const auto writer = CSqliteWriter::Open(run.LibraryFile(run.session_->CurrentServer()), problem);
          EXPECT_TRUE(writer != nullptr && writer->Begin() &&
                      writer->RemovePart(run.session_->CurrentFolder().id, Qt(words[1])) && writer->Commit());
      }},
@@ -305,7 +305,7 @@ QString COperatorRun::LibraryFile(const QString& server) const
 void COperatorRun::CheckPart(const PartRecord& record, const Lines& files) const
 {
     LibraryProblem problem;
-    const auto library = CPartLibrary::Open(LibraryFile(Qt(Narrow(record.serverName))), problem);
+    const auto library = CSqliteLibrary::Open(LibraryFile(Qt(Narrow(record.serverName))), problem);
     if (library == nullptr) {
         return;
     }

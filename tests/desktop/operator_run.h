@@ -3,7 +3,7 @@
 #pragma once
 
 #include "host/partkeep_read_impl.h"
-#include "partlibrary/session_control.h"
+#include "partlibrary/session/session_control.h"
 #include "tests/partlibrary/library_fixture.h"
 #include "tests/support/linux_faults.h"
 #include "tests/support/memory_registry.h"

@@ -38,7 +38,7 @@ const std::string long_part = Repeated("钣", 33);
 void FillEdges(CTestLibraries& libraries)
 {
     using enum FileSlot;
-    libraries.Fill(u"EDGE"_s, [](CLibraryWriter& writer) {
+    libraries.Fill(u"EDGE"_s, [](ILibraryWriter& writer) {
         for (int number = 1; number <= 257; ++number) {
             PutTestPart(writer, u"Many"_s, u'P' + QString::number(number), SetOf(Iga));
         }
@@ -47,7 +47,7 @@ void FillEdges(CTestLibraries& libraries)
         }
         PutTestPart(writer, u"v1.2"_s, u"P"_s, SetOf(Iga));
     });
-    libraries.Fill(QString::fromStdString(long_server), [](CLibraryWriter& writer) {
+    libraries.Fill(QString::fromStdString(long_server), [](ILibraryWriter& writer) {
         PutTestPart(writer, QString::fromStdString(long_folder), QString::fromStdString(long_part), SetOf(Bmf));
     });
 }

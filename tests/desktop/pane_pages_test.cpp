@@ -1,5 +1,6 @@
 // Rows by number against the library's own plain listing, in a folder long enough for the positions kept on the way.
-#include "partlibrary/part_pages.h"
+#include "partlibrary/sqlite/part_pages.h"
+#include "partlibrary/sqlite/sqlite_library.h"
 #include "tests/partlibrary/library_fixture.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +15,7 @@ protected:
     static void SetUpTestSuite()
     {
         libraries_ = new CTestLibraries;
-        libraries_->Fill(QStringLiteral("Long"), [](CLibraryWriter& writer) {
+        libraries_->Fill(QStringLiteral("Long"), [](ILibraryWriter& writer) {
             const auto folder = writer.MakeFolder(QStringLiteral("F"));
             for (int i = 0; i < parts; ++i) {
                 // In no order, and many alike in each column.
@@ -29,7 +30,7 @@ protected:
             }
         });
         LibraryProblem problem;
-        library_ = CPartLibrary::Open(libraries_->FileOf(QStringLiteral("Long")), problem).release();
+        library_ = CSqliteLibrary::Open(libraries_->FileOf(QStringLiteral("Long")), problem).release();
     }
     static void TearDownTestSuite()
     {
@@ -37,11 +38,11 @@ protected:
         delete libraries_;
     }
     static CTestLibraries* libraries_;
-    static CPartLibrary* library_;
+    static CSqliteLibrary* library_;
 };
 
 CTestLibraries* PartPages::libraries_ = nullptr;
-CPartLibrary* PartPages::library_ = nullptr;
+CSqliteLibrary* PartPages::library_ = nullptr;
 
 TEST_F(PartPages, GiveTheRowsOfThePlainListingAnywhere)
 {
@@ -66,12 +67,13 @@ TEST_F(PartPages, GiveTheRowsOfThePlainListingAnywhere)
         {"nothing", -1, "zzz", PartColumn::Name, false, 0},
         {"pairs without the word", -1, "krb", PartColumn::Name, false, 0},
     };
-    const qint64 folder = *library_->FindFolder(QStringLiteral("F"));
+    const qint64 folder = library_->FindFolder(QStringLiteral("F"))->id;
     for (const auto& row : rows) {
         SCOPED_TRACE(row.label);
         const PartListView view{folder, row.filter, QString::fromUtf8(row.search), row.sort, row.descending};
-        const std::vector<PartId> all = *library_->Parts().Ids(view);
-        CPartPages pages(library_->Connection(), view, parts);
+        const std::vector<PartId> all = *library_->Ids(view);
+        const auto list = library_->List(view, parts, nullptr);
+        IPartListing& pages = *list;
         pages.Finish();
         ASSERT_TRUE(pages.Complete());
         ASSERT_EQ(pages.Count(), static_cast<qint64>(all.size()));
@@ -89,7 +91,7 @@ TEST_F(PartPages, GiveTheRowsOfThePlainListingAnywhere)
 
 TEST_F(PartPages, NarrowOnlyWhatTheyHoldWhole)
 {
-    const qint64 folder = *library_->FindFolder(QStringLiteral("F"));
+    const qint64 folder = library_->FindFolder(QStringLiteral("F"))->id;
     const auto view = [folder](const char* search) {
         return PartListView{folder, -1, QString::fromUtf8(search), PartColumn::Name, false};
     };
@@ -103,13 +105,14 @@ TEST_F(PartPages, NarrowOnlyWhatTheyHoldWhole)
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.narrower);
-        CPartPages wider(library_->Connection(), view(row.wider), parts);
-        EXPECT_FALSE(CPartPages(library_->Connection(), view(row.narrower), parts).NarrowFrom(wider)) << "not scanned";
+        const auto connection = library_->ShareConnection();
+        CPartPages wider(connection, view(row.wider), parts);
+        EXPECT_FALSE(CPartPages(connection, view(row.narrower), parts).NarrowFrom(wider)) << "not scanned";
         wider.Finish();
-        CPartPages narrower(library_->Connection(), view(row.narrower), parts);
+        CPartPages narrower(connection, view(row.narrower), parts);
         EXPECT_EQ(narrower.NarrowFrom(wider), row.narrows);
         narrower.Finish();
-        EXPECT_EQ(narrower.Ids(0, parts), *library_->Parts().Ids(view(row.narrower)));
+        EXPECT_EQ(narrower.Ids(0, parts), *library_->Ids(view(row.narrower)));
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include "desktop/pane/pane_places.h"
 #include "desktop/pane/pane_texts.h"
+#include "platform/files.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -143,7 +144,7 @@ TEST_F(PaneState, APlacesFileThatMakesNoSenseIsPassedOver)
 
 TEST_F(PaneState, TheShownListIsExported)
 {
-    libraries_.Fill(u"SRV1"_s, [](CLibraryWriter& writer) {
+    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
         PutTestPart(writer, u"Plates\\2008"_s, u"P5"_s, 1, {20000, u"SPCC, hard"_s, {}, u"6\" wide"_s});
     });
     CPlayedPane pane(libraries_, {.filter = part_data_kind});
@@ -175,7 +176,7 @@ TEST_F(PaneState, ACopyShowsItsPartFromInsideTheCall)
     bool ran = false;
     QMetaObject::invokeMethod(
         pane.pane, [&ran] { ran = true; }, Qt::QueuedConnection);
-    pane.browser.SetTargetFolder(libraries_.Folder().toStdU16String());
+    pane.browser.SetTargetFolder(CorePath(libraries_.Folder().toStdString()));
     pane.browser.SetDataKind(part_data_kind);
     EXPECT_TRUE(pane.browser.CopyPartFiles(u"SRV1", u"Plates\\2008\\P1"));
     EXPECT_TRUE(painted.text.contains(u"P1"_s)) << painted.text.toStdString();

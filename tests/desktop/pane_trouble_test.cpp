@@ -3,8 +3,6 @@
 
 #include <QElapsedTimer>
 #include <QFile>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 
 namespace partkeep {
 namespace {
@@ -12,20 +10,18 @@ namespace {
 class PaneTrouble : public testing::Test {
 protected:
     PaneTrouble() { libraries_.MakeShop(); }
-    ~PaneTrouble() override { QSqlDatabase::removeDatabase(u"locker"_s); }
 
-    void Lock() const
+    void Lock()
     {
-        QSqlDatabase other = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"locker"_s);
-        other.setDatabaseName(file_);
-        ASSERT_TRUE(other.open());
-        QSqlQuery(u"BEGIN EXCLUSIVE"_s, other);
+        LibraryProblem problem;
+        locker_ = CConnection::Open(file_, OpenMode::Write, problem);
+        ASSERT_TRUE(locker_->Execute("BEGIN EXCLUSIVE"));
     }
-    static void Unlock() { QSqlQuery(u"ROLLBACK"_s, QSqlDatabase::database(u"locker"_s)); }
 
     CTestLibraries libraries_;
     const QString file_ = libraries_.FileOf(u"SRV1"_s);
     const QString aside_ = file_ + u'x';
+    std::shared_ptr<CConnection> locker_;
 };
 
 TEST_F(PaneTrouble, IsToldInALineAndEndsWithTheTrouble)
@@ -57,7 +53,7 @@ TEST_F(PaneTrouble, IsToldInALineAndEndsWithTheTrouble)
              library.write(QByteArray(4096, '\xA5'));
          },
          restore, damaged},
-        {"locked", [this] { Lock(); }, [] { Unlock(); },
+        {"locked", [this] { Lock(); }, [this] { locker_.reset(); },
          "Server SRV1 is in use by another program. Try again in a moment."},
     };
     for (const auto& row : rows) {
@@ -68,11 +64,12 @@ TEST_F(PaneTrouble, IsToldInALineAndEndsWithTheTrouble)
         QElapsedTimer time;
         time.start();
         pane.Key(Qt::Key_F5);
-        EXPECT_EQ(pane.ProblemLine(), row.line);
+        EXPECT_TRUE(QString::fromStdString(pane.ProblemLine()).startsWith(QLatin1String(row.line)));
         ClickRow(*pane.pane, 0);
         pane.browser.RefreshPartList();
-        EXPECT_EQ(pane.ProblemLine(), row.line);
-        EXPECT_LT(time.elapsed(), 20000);
+        EXPECT_TRUE(QString::fromStdString(pane.ProblemLine()).startsWith(QLatin1String(row.line)))
+            << pane.ProblemLine();
+        EXPECT_LT(time.elapsed(), 8000);
         row.end();
         QTest::mouseClick(ButtonIn(*pane.pane, u"Try again"_s), Qt::LeftButton);
         Settle(*pane.pane);
@@ -99,7 +96,7 @@ TEST_F(PaneTrouble, ALibraryThatVanishesUnderTheUsersHandsIsNoticed)
 
 TEST_F(PaneTrouble, ALibraryCutShortWhileItIsShownHangsNothing)
 {
-    libraries_.Fill(u"Long"_s, [](CLibraryWriter& writer) {
+    libraries_.Fill(u"Long"_s, [](ILibraryWriter& writer) {
         for (int i = 0; i < 3000; ++i) {
             PutTestPart(writer, u"F"_s, QString::number(i), 1, {0, {}, {}, QString(200, QChar(u'x'))});
         }
@@ -124,7 +121,7 @@ TEST_F(PaneTrouble, ALibraryCutShortWhileItIsShownHangsNothing)
 TEST_F(PaneTrouble, AnEmptyListSaysWhatToDo)
 {
     const CTestLibraries nothing;
-    libraries_.Fill(u"SRV1"_s, [](CLibraryWriter& writer) { static_cast<void>(writer.MakeFolder(u"Hollow"_s)); });
+    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) { static_cast<void>(writer.MakeFolder(u"Hollow"_s)); });
     const struct {
         const char* label;
         const CTestLibraries& libraries;

@@ -64,7 +64,7 @@ TEST_F(LibraryDamage, TurnedBytesNeverReachATargetFolder)
 
 TEST_F(LibraryDamage, AChangedOrMissingPieceIsFound)
 {
-    libraries_.Fill(u"SRV1"_s, [](CLibraryWriter& writer) {
+    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
         const auto part = writer.PutPart(1, u"Large"_s, std::nullopt);
         ASSERT_TRUE(writer.PutFile(*part, FileSlot::Iga, QByteArray(200000, 'x'))); // in four pieces
     });
@@ -74,22 +74,35 @@ TEST_F(LibraryDamage, AChangedOrMissingPieceIsFound)
         const char* told; // by a copy of the part; empty when it succeeds
         const char* found;
     } rows[] = {
-        {"DELETE FROM part_file WHERE id < 0", "", ""},
-        {"UPDATE part_file SET content = zeroblob(65408) WHERE rest = 69184", "has changed", "part Large"},
-        {"DELETE FROM part_file WHERE rest = 69184", "is missing", "is missing"},
-        {"UPDATE part_file SET rest = rest + 1 WHERE rest = 69184", "is missing", "is missing"},
-        {"DELETE FROM part_file WHERE id = (SELECT max(id) FROM part_file)", "is missing", "lacks its end"},
-        {"UPDATE part SET slots = 5 WHERE name = 'Large'", "is missing", "missing or left over"},
-        {"UPDATE part_file SET id = 104857600 WHERE content = CAST('P2.bmf' AS BLOB)", "", "no part"},
+        {"DELETE FROM piece WHERE id < 0", "", ""},
+        {"UPDATE piece SET content = zeroblob(65408) WHERE id % 65536 = 1", "content", "part Large"},
+        {"DELETE FROM piece WHERE id % 65536 = 1", "content", "part Large"},
+        {"UPDATE piece SET id = id + 1 WHERE id % 65536 = 3", "content", "part Large"},
+        {"DELETE FROM piece WHERE id = (SELECT max(id) FROM piece)", "content", "part Large"},
+        {"UPDATE part_file SET bytes = 65408 WHERE bytes = 200000", "a row", "row of a file"},
+        {"UPDATE part_file SET content = 1 WHERE bytes = 200000", "a row", "row of a file"},
+        {"UPDATE part SET slots = 5 WHERE name = 'Large'", "a row", "part Large: the row"},
+        {"UPDATE part SET thickness = thickness + 4294967296 WHERE name = 'Large'", "a row", "part Large: the row"},
+        {"DELETE FROM part_file WHERE bytes = 200000", "a file is missing", "missing or left over"},
+        {"UPDATE part_file SET id = 1600 WHERE id = 49", "", "no part"},
+        {"DELETE FROM part_file WHERE id = 49", "", "belongs to no file"},
+        {"UPDATE part SET search_text = '' WHERE name = 'P2'", "", "search text"},
+        {"UPDATE part SET comment_key = x'00' WHERE name = 'P2'", "", "keys"},
+        {"INSERT INTO part_search(rowid, pairs) VALUES(1, 'zz')", "", "search index"},
+        {"UPDATE library SET next_part = 2", "", "numbers"},
+        {"UPDATE folder SET parent = 3 WHERE id = 2", "", "not as it was stored"},
+        {"UPDATE folder SET sort_key = x'' WHERE id = 2", "", "its key"},
         {"UPDATE folder SET parts = 7", "", "count of parts"},
     };
     for (const auto& row : rows) {
         WriteBytes(file_, sound_);
         Forge(QString::fromLatin1(row.damage));
-        session_.ClearProblem();
-        session_.ConnectServer(u"SRV1");
-        EXPECT_EQ(Copy(u"\\Large"), *row.told == '\0') << row.damage;
-        EXPECT_NE(ProblemText(session_.Problem()).find(row.told), std::string::npos) << row.damage;
+        CBrowserSession session{CLibraryFolder(libraries_.Folder())};
+        session.SetTargetFolder(target_.Core());
+        session.SetDataKind(-1);
+        session.Go(u"SRV1"_s, {});
+        EXPECT_EQ(session.CopyPartFiles(u"SRV1", u"\\Large"), *row.told == '\0') << row.damage;
+        EXPECT_NE(ProblemText(session.Problem()).find(row.told), std::string::npos) << row.damage;
         EXPECT_EQ(Take().size(), *row.told == '\0' ? 1U : 0U) << row.damage;
         EXPECT_NE(Check().find(row.found), std::string::npos) << row.damage << ": " << Check();
         EXPECT_EQ(Check().empty(), *row.found == '\0') << row.damage << ": " << Check();
@@ -121,30 +134,56 @@ TEST_F(LibraryDamage, WhatIsNoLibraryIsTold)
         std::filesystem::remove_all(file_);
         row.make();
         LibraryProblem problem;
-        EXPECT_EQ(CPartLibrary::Open(library_file_, problem), nullptr) << row.label;
+        EXPECT_EQ(CSqliteLibrary::Open(library_file_, problem), nullptr) << row.label;
         EXPECT_EQ(problem.fault, row.fault) << row.label << ": " << ProblemText(problem);
     }
 }
 
-// A writer that was cut off leaves its journal; the next reader takes the changes back.
-TEST_F(LibraryDamage, AnInterruptedWriteIsTakenBack)
+// A writer that was cut off leaves its journal: it is taken back when the next reader comes, or while one is reading.
+// Beside another library, or another state of the same, it is set aside.
+TEST_F(LibraryDamage, AnInterruptedWriteIsTakenBackWhereItBelongs)
 {
     LibraryProblem problem;
-    auto writer = CLibraryConnection::Open(library_file_, OpenMode::Write, problem);
+    auto writer = CConnection::Open(library_file_, OpenMode::Write, problem);
     for (const char* sql :
-         {"PRAGMA cache_spill=1", "PRAGMA cache_size=2", "BEGIN", "DELETE FROM part_file",
-          "UPDATE part SET comment = 'half'", "INSERT INTO part_file VALUES(9000, 0, 0, zeroblob(4000000))"}) {
-        ASSERT_TRUE(writer->Execute(QString::fromLatin1(sql))) << sql;
+         {"PRAGMA cache_spill=1", "PRAGMA cache_size=2", "BEGIN", "PRAGMA user_version=3", "DELETE FROM piece",
+          "UPDATE part SET comment = 'half'", "INSERT INTO piece VALUES(900000, 0, zeroblob(4000000))"}) {
+        ASSERT_TRUE(writer->Execute(sql)) << sql;
     }
     const std::string half = ReadBytes(file_);
     const std::string journal = ReadBytes(file_ + "-journal");
     writer.reset();
     ASSERT_NE(half, sound_);
-    WriteBytes(file_, half);
-    WriteBytes(file_ + "-journal", journal);
+    const auto leave = [&](const std::string& library) {
+        WriteBytes(file_, library);
+        WriteBytes(file_ + "-journal", journal);
+    };
+    leave(half);
     EXPECT_EQ(UseServer(), "");
     EXPECT_TRUE(CopyP1());
     EXPECT_EQ(session_.ReadPartAttributes(u"SRV1", u"Plates\\2008\\P1")->comment, u"取付板"_s);
+    leave(half); // while session_ has the library open
+    EXPECT_TRUE(CopyP1()) << ProblemText(session_.Problem());
+    EXPECT_EQ(Check(), "");
+
+    for (const QString& name : {u"L"_s, u"M"_s}) {
+        libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& other) { PutTestPart(other, u"Later"_s, name, 1); });
+    }
+    const std::string later = ReadBytes(file_);
+    leave(later);
+    EXPECT_EQ(Check(), "") << "a later state of the same library";
+    EXPECT_TRUE(ReadBytes(file_) == later);
+    std::filesystem::remove(file_);
+    ASSERT_TRUE(CSqliteWriter::Create(library_file_, problem));
+    const std::string other = ReadBytes(file_);
+    leave(other);
+    EXPECT_EQ(Check(), "") << "another library";
+    EXPECT_TRUE(ReadBytes(file_) == other);
+    std::size_t aside = 0;
+    for (const std::string& name : NamesIn(std::filesystem::path(file_).parent_path())) {
+        aside += name.find("-journal-foreign-") != std::string::npos ? 1 : 0;
+    }
+    EXPECT_EQ(aside, 2U) << "nothing is deleted";
 }
 
 } // namespace

@@ -1,6 +1,9 @@
 #include "tests/partlibrary/library_fixture.h"
 
-#include "partlibrary/library_check.h"
+#include "partlibrary/library/library_text.h"
+#include "partlibrary/sqlite/library_check.h"
+#include "partlibrary/sqlite/library_rows.h"
+#include "partlibrary/sqlite/schema.h"
 
 #include <QFile>
 
@@ -38,7 +41,7 @@ QByteArray SmallPng()
     return QByteArray("\x89PNG\r\n\x1a\n", 8) + "picture";
 }
 
-void PutTestPart(CLibraryWriter& writer, const QString& folder, const QString& name, SlotSet slots,
+void PutTestPart(ILibraryWriter& writer, const QString& folder, const QString& name, SlotSet slots,
                  const PartAttributes& attributes)
 {
     const auto folder_id = writer.MakeFolder(folder);
@@ -53,12 +56,12 @@ void PutTestPart(CLibraryWriter& writer, const QString& folder, const QString& n
     }
 }
 
-void CTestLibraries::Fill(const QString& server, const std::function<void(CLibraryWriter&)>& fill)
+void CTestLibraries::Fill(const QString& server, const std::function<void(ILibraryWriter&)>& fill)
 {
     LibraryProblem problem;
     const QString file = FileOf(server);
-    Require(QFile::exists(file) || CLibraryWriter::Create(file, problem), problem);
-    const auto writer = CLibraryWriter::Open(file, problem);
+    Require(QFile::exists(file) || CSqliteWriter::Create(file, problem), problem);
+    const auto writer = CSqliteWriter::Open(file, problem);
     Require(writer != nullptr, problem);
     Require(writer->Begin(), writer->Problem());
     fill(*writer);
@@ -68,7 +71,7 @@ void CTestLibraries::Fill(const QString& server, const std::function<void(CLibra
 void CTestLibraries::MakeShop()
 {
     using enum FileSlot;
-    Fill(u"SRV1"_s, [](CLibraryWriter& writer) {
+    Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
         const QString folder = u"Plates\\2008"_s;
         const SlotSet everything = SlotsOfMask(-1) | SetOf(Flat) | SetOf(Bent) | SetOf(Png);
         PutTestPart(writer, u"Plates"_s, u"Top"_s, SetOf(Iga));
@@ -78,7 +81,7 @@ void CTestLibraries::MakeShop()
         PutTestPart(writer, folder, u"p1"_s, SetOf(Sy5));
         PutTestPart(writer, folder, u"Bare"_s, 0);
     });
-    Fill(u"板金"_s, [](CLibraryWriter& writer) { PutTestPart(writer, u"筐体"_s, u"カバー1"_s, SetOf(Iga)); });
+    Fill(u"板金"_s, [](ILibraryWriter& writer) { PutTestPart(writer, u"筐体"_s, u"カバー1"_s, SetOf(Iga)); });
 }
 
 LibraryShop::LibraryShop()
@@ -102,9 +105,35 @@ std::vector<std::string> LibraryShop::Take()
 void LibraryShop::Forge(const QString& sql)
 {
     LibraryProblem problem;
-    const auto connection = CLibraryConnection::Open(library_file_, OpenMode::Write, problem);
+    const auto connection = CConnection::Open(library_file_, OpenMode::Write, problem);
     Require(connection != nullptr, problem);
-    Require(connection->Execute(sql), connection->Problem());
+    Require(connection->Execute(ToUtf8(sql)), connection->Problem());
+}
+
+void LibraryShop::ForgePart(const QString& name)
+{
+    LibraryProblem problem;
+    const auto connection = CConnection::Open(library_file_, OpenMode::Write, problem);
+    PartRow row;
+    {
+        CStatement find(*connection, std::string("SELECT ") + part_row_columns + " FROM part WHERE slots = 127");
+        Require(find.Next(), problem);
+        static_cast<void>(ReadPartRow(find, row));
+    }
+    row.name = name;
+    Require(connection->Execute("UPDATE part SET name = ?, sum = ? WHERE id = ?", name,
+                                PartSum(connection->Salt(), row), row.id),
+            connection->Problem());
+}
+
+void LibraryShop::ForgeFolder(const QString& path)
+{
+    LibraryProblem problem;
+    const auto connection = CConnection::Open(library_file_, OpenMode::Write, problem);
+    const QString name = path.mid(path.lastIndexOf(u'\\') + 1);
+    Require(connection->Execute("UPDATE folder SET name = ?, path = ?, sum = ? WHERE id = 2", name, path,
+                                FolderSum(connection->Salt(), 2, root_folder, ToUtf8(name), ToUtf8(path))),
+            connection->Problem());
 }
 
 std::string LibraryShop::Check() const

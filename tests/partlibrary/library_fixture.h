@@ -1,9 +1,9 @@
 // Small libraries in a temporary folder, and a browser session on them.
 #pragma once
 
-#include "partlibrary/browser_session.h"
-#include "partlibrary/library_writer.h"
-#include "partlibrary/part_library.h"
+#include "partlibrary/session/browser_session.h"
+#include "partlibrary/sqlite/sqlite_library.h"
+#include "partlibrary/sqlite/sqlite_writer.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ using namespace Qt::StringLiterals;
 [[nodiscard]] QByteArray SmallPng();
 
 // Adds a part with the given files; a file's content is "<name><extension>" but for pictures.
-void PutTestPart(CLibraryWriter& writer, const QString& folder, const QString& name, SlotSet slots,
+void PutTestPart(ILibraryWriter& writer, const QString& folder, const QString& name, SlotSet slots,
                  const PartAttributes& attributes = {});
 
 class CTestLibraries {
@@ -31,7 +31,7 @@ public:
     [[nodiscard]] QString FileOf(const QString& server) const { return Folder() + u'/' + server + u".kpl"_s; }
 
     // Makes the library if need be and runs `fill` in one transaction; ends the test when anything fails.
-    void Fill(const QString& server, const std::function<void(CLibraryWriter&)>& fill);
+    void Fill(const QString& server, const std::function<void(ILibraryWriter&)>& fill);
 
     // "SRV1" with the folders Plates and Plates\2008, the latter with the parts P1 (everything), P2 (.bmf),
     // P10 (.iga, .NCD), p1 (.SY5) and Bare (nothing); Plates with Top (.iga). "板金" with 筐体 and カバー1.
@@ -54,6 +54,11 @@ protected:
 
     // Changes SRV1 behind the back of whoever reads it.
     void Forge(const QString& sql);
+
+    // Makes the part P1, or the folder Plates, one of this name, as a library from elsewhere may have it: its row is
+    // sound but for the name.
+    void ForgePart(const QString& name);
+    void ForgeFolder(const QString& path);
 
     // What the tool's check has to say of SRV1, in lines; nothing for a sound library.
     [[nodiscard]] std::string Check() const;

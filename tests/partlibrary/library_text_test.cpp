@@ -1,9 +1,9 @@
 // Names that are let in, text cut to buffers, the order and search of text, and the table of attributes.
-#include "partlibrary/attribute_table.h"
-#include "partlibrary/library_folder.h"
-#include "partlibrary/library_names.h"
-#include "partlibrary/narrow_text.h"
-#include "partlibrary/sort_text.h"
+#include "partlibrary/import/attribute_table.h"
+#include "partlibrary/library/library_names.h"
+#include "partlibrary/library/library_text.h"
+#include "partlibrary/library/sort_text.h"
+#include "partlibrary/session/library_folder.h"
 #include "tests/support/memory_registry.h"
 
 #include <gtest/gtest.h>
@@ -56,6 +56,15 @@ TEST(LibraryNames, FollowTheSystemCodePage)
     SetSystemCodePage(utf8_code_page);
 }
 
+TEST(LibraryText, KeepsEveryUnitAndShowsControlCharacters)
+{
+    for (const std::u16string text : {u"\uFEFFP", u"\uFFFEP", u"P\uFEFF", u"\uFEFF"}) {
+        EXPECT_EQ(ToWide(FromWide(text)), text);
+        EXPECT_EQ(FromUtf8(ToUtf8(FromWide(text))), FromWide(text));
+    }
+    EXPECT_EQ(Printable(u"a\x1B[31m\u0085\u202E板"_s), "a\\x1B[31m\\x85\\u202E板");
+}
+
 TEST(NarrowText, IsCutAtACharacter)
 {
     EXPECT_EQ(NarrowWithin(u"abc"_s, 3), "abc");
@@ -74,11 +83,13 @@ TEST(SortText, OrdersNaturally)
     const QStringList ordered{u"2"_s,   u"10"_s,    u"P"_s,      u"p1"_s, u"P2"_s,  u"P2A"_s,
                               u"P10"_s, u"P10-2"_s, u"P10-12"_s, u"Q"_s,  u"板2"_s, u"板１０"_s};
     for (qsizetype i = 0; i + 1 < ordered.size(); ++i) {
-        EXPECT_LT(NaturalKey(FoldText(ordered[i])), NaturalKey(FoldText(ordered[i + 1]))) << ordered[i].toStdString();
+        EXPECT_LT(SortKey(ordered[i]), SortKey(ordered[i + 1])) << ordered[i].toStdString();
     }
-    EXPECT_EQ(NaturalKey(FoldText(u"ＡＢ００7"_s)), NaturalKey(FoldText(u"ab7"_s)));
-    EXPECT_EQ(NaturalKey(u"0"_s), NaturalKey(u"000"_s));
-    EXPECT_EQ(NaturalKey(QString(300, u'8')).size(), max_sort_key_bytes);
+    EXPECT_EQ(SortKey(u"ＡＢ００7"_s), SortKey(u"ab7"_s));
+    EXPECT_EQ(FoldText(u"Müller é ｶﾞ がギ"_s), u"muller e ガ ガギ"_s);
+    EXPECT_NE(FoldText(u"か"_s), FoldText(u"が"_s));
+    EXPECT_EQ(SortKey(u"0"_s), SortKey(u"000"_s));
+    EXPECT_EQ(SortKey(QString(300, u'x')).size(), max_sort_key_bytes);
 }
 
 TEST(AttributeTable, ReadsWhatSpreadsheetsWrite)

@@ -121,7 +121,7 @@ TEST_F(LibraryTool, AnImportThatFailsLeavesTheLibraryAsItWas)
     fs::create_symlink("gone", "in/Q.iga");
     ExpectTrouble({"import", library_, "in"}, "reading failed");
     LibraryProblem problem;
-    const auto other = CLibraryWriter::Open(library_file_, problem);
+    const auto other = CSqliteWriter::Open(library_file_, problem);
     ASSERT_TRUE(other != nullptr && other->Begin());
     ExpectTrouble({"import", library_, "in"}, "in use");
 }
@@ -137,6 +137,24 @@ TEST_F(LibraryTool, AFolderThatCannotBeReadIsNotPassedOver)
     EXPECT_TRUE(RunWithoutPrivileges([&] {
         return Run({"import", "S.kpl", "in"}) == 1 && err_.str().find("a folder cannot be read") != std::string::npos;
     }));
+}
+
+TEST_F(LibraryTool, KeysOfOtherRulesAreReadAndMadeAnew)
+{
+    ASSERT_EQ(Run({"list", library_}), 0);
+    const std::string list = out_.str();
+    Forge(u"UPDATE library SET keys = 'older'"_s);
+    Forge(u"UPDATE part SET search_text = '?', name_key = x'31'"_s);
+    EXPECT_EQ(Run({"list", library_}), 0) << "in the order of its keys";
+    ExpectTrouble({"import", library_, "."}, "check --rebuild");
+    EXPECT_EQ(Run({"check", library_}), 1);
+    EXPECT_EQ(Run({"check", library_, "--rebuild"}), 0) << err_.str();
+    EXPECT_EQ(Run({"list", library_}), 0);
+    EXPECT_EQ(out_.str(), list);
+    session_.Go(u"SRV1"_s, u"Plates\\2008"_s);
+    session_.SearchFor(u"たれっと"_s);
+    session_.SelectAllParts(1);
+    EXPECT_EQ(session_.GetSelectedPartCount(), 1);
 }
 
 TEST_F(LibraryTool, SaysInOneLineWhatIsWrong)
@@ -180,11 +198,11 @@ TEST_F(LibraryTool, TheSampleHasWhatOneWantsToTry)
         ASSERT_EQ(Run({"list", file}), 0);
         lists += out_.str();
         LibraryProblem problem;
-        const auto library = CPartLibrary::Open(QString::fromStdString(file), problem);
-        library->ReadFiles(1, SetOf(FileSlot::Flat) | SetOf(FileSlot::Bent), [&](FileSlot, const QByteArray& content) {
-            pictures += content.size() == 14 + 40 + 1024 + 152 * 149 ? 1 : 0; // 149 by 149 pixels, just fitting
-            return true;
-        });
+        const auto library = CSqliteLibrary::Open(QString::fromStdString(file), problem);
+        for (const FileSlot slot : {FileSlot::Flat, FileSlot::Bent}) {
+            const auto content = library->ReadFile(1, slot);
+            pictures += content && content->size() == 14 + 40 + 1024 + 152 * 149 ? 1 : 0; // 149 by 149 pixels, just fit
+        }
     }
     EXPECT_EQ(pictures, 6U);
     EXPECT_GE(std::count(lists.begin(), lists.end(), '\n'), 60);

@@ -1,6 +1,6 @@
 // The contract, operation by operation, as the component's own class calls it.
 #include "controls/kpd_key_manager.h"
-#include "partlibrary/session_control.h"
+#include "partlibrary/session/session_control.h"
 #include "platform/text.h"
 #include "tests/partlibrary/library_fixture.h"
 
@@ -124,23 +124,21 @@ TEST_F(SessionControl, AttributesComeAsStored)
     }
 }
 
-TEST_F(SessionControl, TextsAreCutToTheirBuffers)
+TEST_F(SessionControl, WhatTheCodePageCannotHoldIsNotGivenOut)
 {
-    const std::u16string name(33, u'板'); // 99 bytes
-    libraries_.Fill(u"SRV1"_s, [&](CLibraryWriter& writer) {
-        PutTestPart(writer, u"Long"_s, QString::fromStdU16String(name), 1, {0, {}, {}, QString(85, u'長')});
+    const std::u16string name(33, u'钣'); // 99 bytes
+    libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& writer) {
+        PutTestPart(writer, u"Long"_s, FromWide(name), 1, {0, {}, {}, QString(85, u'长')});
     });
     Enter(u"Long");
     browser_.SelectAllParts(1);
-    SetSystemCodePage(utf7_code_page); // the same texts are longer here
-    std::string texts(3 * short_text_bytes, '#');
     PartAttributeBlocks blocks(u"");
-    EXPECT_EQ(browser_.GetSelectedPart(0, &texts[200], &texts[200], texts.data()), 1);
     EXPECT_TRUE(browser_.ReadPartAttributes(u"SRV1", u"Long\\" + name, blocks));
-    EXPECT_TRUE(name.starts_with(WidenText(texts.c_str()))) << texts;
-    SetSystemCodePage(utf8_code_page);
-    EXPECT_EQ(texts.substr(short_text_bytes - 1, 2), std::string("\0#", 2));
     EXPECT_EQ(blocks.comment.back(), '\0');
+    SetSystemCodePage(shift_jis_code_page);
+    EXPECT_EQ(SelectedName(0), "#");
+    EXPECT_FALSE(browser_.ReadPartAttributes(u"SRV1", u"Long\\" + name, blocks));
+    SetSystemCodePage(utf8_code_page);
 }
 
 TEST_F(SessionControl, KindsArriveByMask)
@@ -192,8 +190,8 @@ TEST_F(SessionControl, OnlyWhatIsShownStaysSelectedInTheOrderShown)
         {"none", [&] { browser_.SelectAllParts(0); }, {}, false},
         {"by the user", [&] { inner_->Select({1}); }, {""}, true}, // a part of another folder
         {"folder", [&] { browser_.SetCurrentFolder(u"Plates"); }, {}, false},
-        {"user's folder", [&] { inner_->OpenFolder(u"Plates\\2008"_s); }, {}, true},
-        {"user's server", [&] { inner_->OpenServer(u"板金"_s); }, {}, true},
+        {"user's folder", [&] { inner_->Go(u"SRV1"_s, u"Plates\\2008"_s); }, {}, true},
+        {"user's server", [&] { inner_->Go(u"板金"_s, {}); }, {}, true},
     };
     for (const auto& row : rows) {
         clicks.clear();
@@ -215,17 +213,17 @@ TEST_F(SessionControl, ServersJoinTheTableWhileThereIsRoomAndOutliveTheirLibrary
     table.slots[0] = {"SRV1"};
     inner_->SetServerList(table);
     EXPECT_EQ(inner_->OtherServers(), QStringList(u"板金"_s));
-    EXPECT_TRUE(inner_->OpenServer(u"板金"_s));
+    EXPECT_TRUE(inner_->Go(u"板金"_s, {}));
     EXPECT_EQ(inner_->Servers().size() * 10 + inner_->ServerCursor(), 21);
     table.slots.fill({"full"});
     inner_->SetServerList(table);
-    EXPECT_TRUE(inner_->OpenServer(u"板金"_s));
+    EXPECT_TRUE(inner_->Go(u"板金"_s, {}));
     EXPECT_EQ(inner_->Servers().size(), 10);
     browser_.SetCurrentServer(u"gone");
     EXPECT_EQ(browser_.GetCurrentServer(), u"gone");
     EXPECT_EQ(inner_->Problem().fault, LibraryFault::NotFound);
     EXPECT_FALSE(browser_.SetCurrentFolder(u"New"));
-    libraries_.Fill(u"gone"_s, [](CLibraryWriter& writer) { PutTestPart(writer, u"New"_s, u"N"_s, 1); });
+    libraries_.Fill(u"gone"_s, [](ILibraryWriter& writer) { PutTestPart(writer, u"New"_s, u"N"_s, 1); });
     EXPECT_TRUE(browser_.RefreshPartList());
     EXPECT_EQ(browser_.GetCurrentFolder(), u"New");
 }
@@ -252,7 +250,7 @@ TEST_F(SessionControl, ADeletedPartHasNoNameAndOutdatesTheList)
 {
     Enter(u"Plates\\2008");
     ASSERT_TRUE(inner_->SelectParts({u"P1"_s, u"P2"_s}));
-    libraries_.Fill(u"SRV1"_s, [](CLibraryWriter& writer) {
+    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
         ASSERT_TRUE(writer.RemovePart(*writer.MakeFolder(u"Plates\\2008"_s), u"P1"_s));
     });
     EXPECT_EQ(SelectedName(0), "");

@@ -1,4 +1,6 @@
 // Copies that meet a full or read-only disk, other spellings, and names that must not leave the folder.
+#include "platform/files.h"
+#include "platform/posix/temporary_files.h"
 #include "platform/text.h"
 #include "tests/partlibrary/library_fixture.h"
 #include "tests/support/linux_faults.h"
@@ -7,9 +9,11 @@
 #include <chrono>
 #include <climits>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <set>
 #include <thread>
+#include <unistd.h>
 
 namespace partkeep {
 namespace {
@@ -23,7 +27,7 @@ TEST_F(SessionCopy, AFullOrReadOnlyDiskLeavesNoPartOfAFile)
 {
     PARTKEEP_NEEDS_MOUNTS();
     const std::string large(100000, 'x');
-    libraries_.Fill(u"SRV1"_s, [&large](CLibraryWriter& writer) {
+    libraries_.Fill(u"SRV1"_s, [&large](ILibraryWriter& writer) {
         const auto part = writer.PutPart(*writer.MakeFolder(u"Plates\\2008"_s), u"P1"_s, std::nullopt);
         ASSERT_TRUE(writer.PutFile(*part, FileSlot::Ncd, QByteArray::fromStdString(large))); // the last of the four
     });
@@ -54,13 +58,13 @@ QByteArray VersionOf(qsizetype size, std::uint32_t version)
     return content;
 }
 
-// Two threads read, and a writer replaces the part's files again and again.
+// A writer replaces the part's files again and again.
 TEST_F(SessionCopy, EveryPieceArrivesInItsPlaceAndOfOneState)
 {
     const std::pair<FileSlot, qsizetype> files[] = {
         {FileSlot::Iga, 0}, {FileSlot::Bmf, 65408}, {FileSlot::Sy5, 65409}, {FileSlot::Ncd, 900000}};
     const auto put = [&](std::uint32_t version) {
-        libraries_.Fill(u"SRV1"_s, [&](CLibraryWriter& writer) {
+        libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& writer) {
             const auto part = writer.PutPart(1, u"Two"_s, std::nullopt);
             for (const auto& [slot, size] : files) {
                 ASSERT_TRUE(writer.PutFile(*part, slot, VersionOf(size, version)));
@@ -97,9 +101,9 @@ TEST_F(SessionCopy, AFullDiskUnderTheLibraryLeavesItAsItWas)
     CMountedDisk disk(target_.Path(), "4m");
     const fs::path file = target_.Path("S.kpl");
     LibraryProblem problem;
-    ASSERT_TRUE(CLibraryWriter::Create(QString::fromStdString(file), problem)) << ProblemText(problem);
+    ASSERT_TRUE(CSqliteWriter::Create(QString::fromStdString(file), problem)) << ProblemText(problem);
     const std::string before = ReadBytes(file);
-    auto writer = CLibraryWriter::Open(QString::fromStdString(file), problem);
+    auto writer = CSqliteWriter::Open(QString::fromStdString(file), problem);
     ASSERT_TRUE(writer != nullptr && writer->Begin());
     const auto part = writer->PutPart(1, u"P"_s, std::nullopt);
     EXPECT_FALSE(writer->PutFile(*part, FileSlot::Iga, QByteArray(5000000, 'x')) && writer->Commit());
@@ -107,7 +111,7 @@ TEST_F(SessionCopy, AFullDiskUnderTheLibraryLeavesItAsItWas)
     writer.reset();
     EXPECT_TRUE(ReadBytes(file) == before);
     disk.Fill();
-    EXPECT_FALSE(CLibraryWriter::Create(QString::fromStdString(target_.Path("T.kpl")), problem));
+    EXPECT_FALSE(CSqliteWriter::Create(QString::fromStdString(target_.Path("T.kpl")), problem));
     EXPECT_EQ(problem.fault, LibraryFault::DiskFull) << ProblemText(problem);
     EXPECT_EQ(NamesIn(target_.Path()), (Names{".filler", "S.kpl"}));
 }
@@ -130,6 +134,28 @@ TEST_F(SessionCopy, ReplacesAFileOfAnotherSpelling)
     WriteBytes(target_.Path("P1.bMF"), "old");
     EXPECT_TRUE(CopyP1());
     EXPECT_EQ(ReadBytes(target_.Path("P1.bMF")), "P1.bmf");
+}
+
+TEST_F(SessionCopy, WhatDeadProcessesLeftGoesAndWhatLivesStays)
+{
+    const auto begin = [&](const std::string& name) {
+        const int descriptor = open(target_.Path(name).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+        HoldTemporaryFile(descriptor);
+        return descriptor;
+    };
+    const std::string dead = NewTemporaryName();
+    const std::string living = NewTemporaryName();
+    const std::string elsewhere = ".partkeep-00000000-" + std::string(32, '1') + ".tmp"; // another machine's
+    close(begin(dead));
+    close(begin(elsewhere));
+    const int held = begin(living);
+    EXPECT_TRUE(CopyP1());
+    EXPECT_EQ(NamesIn(target_.Path()).size(), 6U) << "four files";
+    EXPECT_FALSE(fs::exists(target_.Path(dead)));
+    fs::last_write_time(target_.Path(elsewhere), fs::file_time_type::clock::now() - std::chrono::hours(25));
+    close(held);
+    EXPECT_TRUE(ReplaceTextFile(target_.Core(u"a.ini"), "a")) << "a save looks too";
+    EXPECT_EQ(NamesIn(target_.Path()).size(), 5U);
 }
 
 TEST_F(SessionCopy, AFolderOrALinkInTheWayDoesNoHarm)
@@ -155,7 +181,8 @@ TEST_F(SessionCopy, TargetsThatCannotTakeAFileAreRefused)
     longest += "/" + std::string(PATH_MAX - 1 - longest.size() - 4, 'e');
     fs::create_directories(longest);
     const std::pair<std::u16string, LibraryFault> rows[] = {
-        {std::u16string(longest.begin(), longest.end()), LibraryFault::PathTooLong},
+        {CorePath(longest), LibraryFault::PathTooLong},
+        {u"/tmp", LibraryFault::WriteFailed}, // no separator of the core's
         {target_.Core(std::u16string(PATH_MAX, u'd')), LibraryFault::PathTooLong},
         {target_.Core(u"missing"), LibraryFault::WriteFailed},
         {std::u16string(1, u'\0'), LibraryFault::WriteFailed},
@@ -168,21 +195,87 @@ TEST_F(SessionCopy, TargetsThatCannotTakeAFileAreRefused)
     EXPECT_EQ(NamesIn(longest), Names());
 }
 
-// A library that was not filled by our own writer.
-TEST_F(SessionCopy, NamesThatWouldLeaveTheFolderAreRefusedAgain)
+// A library that was not filled by our own writer: such names are shown to nobody, counted, and never become part of a
+// path.
+TEST_F(SessionCopy, NamesThatWouldLeaveTheFolderAreNeverLetThrough)
 {
-    for (const QString& name : {u"..\\..\\up"_s, u"../up"_s, u"/tmp/up"_s, u"C:up"_s, u".."_s, u"nul"_s, u"up "_s}) {
-        Forge(u"UPDATE part SET name = '%1' WHERE slots = 127"_s.arg(name));
-        session_.ConnectServer(u"SRV1");
-        session_.SetCurrentFolder(u"Plates\\2008");
-        session_.SetPartFilter(15);
-        session_.SelectAllParts(1);
-        EXPECT_EQ(session_.GetPreviewFileTitle(), u"") << name.toStdString();
-        EXPECT_EQ(session_.Problem().fault, LibraryFault::NameRefused) << name.toStdString();
-        EXPECT_FALSE(Copy(u"Plates\\2008\\" + name.toStdU16String())) << name.toStdString();
-        EXPECT_NE(Check(), "") << name.toStdString();
+    const QString names[] = {u"..\\..\\up"_s, u"../up"_s, u"/tmp/up"_s, u"C:up"_s,          u".."_s,
+                             u"nul"_s,        u"up "_s,   u"up\nup"_s,  QString(100, u'u'), {}};
+    for (const QString& name : names) {
+        SCOPED_TRACE(name.toStdString());
+        ForgePart(name);
+        CBrowserSession session{CLibraryFolder(libraries_.Folder())};
+        session.SetTargetFolder(target_.Core());
+        session.Go(u"SRV1"_s, u"Plates\\2008"_s);
+        session.SelectAllParts(1);
+        EXPECT_EQ(session.GetSelectedPartCount(), 4);
+        EXPECT_EQ(session.Library()->Refused(), 1);
+        session.Select({4}); // by its number, which only a wrong list could give
+        EXPECT_FALSE(session.GetSelectedPart(0));
+        EXPECT_EQ(session.GetPreviewFileTitle(), u"");
+        EXPECT_FALSE(session.CopyPartFiles(u"SRV1", u"Plates\\2008\\" + name.toStdU16String()));
+        EXPECT_NE(Check(), "");
     }
-    EXPECT_EQ(Take(), Names());
+    ForgePart(u"P1"_s);
+    EXPECT_EQ(Check(), "");
+    for (const QString& path : {u"/../../evil"_s, u"..\\evil"_s, u"a\nb"_s, u"a\\"_s, u"Other\\name"_s}) {
+        SCOPED_TRACE(path.toStdString());
+        ForgeFolder(path);
+        CBrowserSession session{CLibraryFolder(libraries_.Folder())};
+        session.SetTargetFolder(target_.Core());
+        session.ConnectServer(u"SRV1");
+        EXPECT_EQ(session.Folders(u"SRV1"_s, {})->size(), 0U);
+        EXPECT_EQ(session.Library()->Refused(), 1);
+        session.SetCurrentFolder(path.toStdU16String());
+        EXPECT_EQ(session.GetCurrentFolder(), path.startsWith(u"Other"_s) ? u"Other\\name" : u"");
+        EXPECT_EQ(session.CopyPartFiles(u"SRV1", path.toStdU16String() + u"\\Top"), path.startsWith(u"Other"_s));
+        EXPECT_NE(Check(), "");
+    }
+    EXPECT_EQ(Take(), Names{"Top.iga"});
+}
+
+// A lock costs a wait once; what was selected is known all the same.
+TEST_F(SessionCopy, ALockIsWaitedForOnceAndNamesAreRemembered)
+{
+    session_.Go(u"SRV1"_s, u"Plates\\2008"_s);
+    session_.SelectAllParts(1);
+    ASSERT_EQ(session_.GetSelectedPart(1)->name, u"P1"_s);
+    LibraryProblem problem;
+    const auto other = CConnection::Open(library_file_, OpenMode::Write, problem);
+    ASSERT_TRUE(other->Execute("BEGIN EXCLUSIVE"));
+    CBrowserSession late{CLibraryFolder(libraries_.Folder())};
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_FALSE(CopyP1());
+    EXPECT_EQ(session_.GetSelectedPart(2)->name, u"p1"_s);
+    EXPECT_FALSE(CopyP1() || session_.ReadPartAttributes(u"SRV1", u"Plates\\2008\\P1"));
+    EXPECT_FALSE(late.Go(u"SRV1"_s, u"Plates"_s) || late.ConnectServer(u"SRV1") || late.Folders(u"SRV1"_s, {}));
+    const auto waited = std::chrono::steady_clock::now() - begin;
+    EXPECT_EQ(late.Problem().fault, LibraryFault::Busy);
+    EXPECT_LT(waited, std::chrono::milliseconds(5000)) << "once for each session";
+    ASSERT_TRUE(other->Execute("ROLLBACK"));
+    EXPECT_TRUE(CopyP1()) << "at once when it is free";
+    EXPECT_FALSE(late.ConnectServer(u"SRV1"));
+    EXPECT_TRUE(late.Refresh()) << "the user tries again";
+    EXPECT_EQ(late.GetCurrentFolder(), u"Plates");
+}
+
+// A copy goes on with the library that was opened; what stands in its place is told, and read after a refresh.
+TEST_F(SessionCopy, AReplacedLibraryIsToldAndNeverMixed)
+{
+    session_.Go(u"SRV1"_s, u"Plates\\2008"_s);
+    session_.SelectAllParts(1);
+    fs::rename(library_file_.toStdString(), target_.Path("aside"));
+    EXPECT_EQ(session_.Problem().fault, LibraryFault::NotFound);
+    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) { PutTestPart(writer, u"Plates\\2008"_s, u"P1"_s, 8); });
+    EXPECT_EQ(session_.Problem().fault, LibraryFault::Replaced);
+    EXPECT_TRUE(CopyP1());
+    fs::remove(target_.Path("aside"));
+    EXPECT_EQ(Take().size(), 4U) << "of the library that is shown";
+    EXPECT_TRUE(session_.RefreshPartList());
+    EXPECT_EQ(session_.GetSelectedPartCount(), 0) << "the same numbers, other parts";
+    EXPECT_TRUE(CopyP1());
+    EXPECT_EQ(Take(), Names{"P1.NCD"});
+    EXPECT_FALSE(session_.Problem());
 }
 
 } // namespace

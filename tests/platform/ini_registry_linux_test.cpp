@@ -34,7 +34,7 @@ TEST_F(IniRegistry, AnswersAsARegistry)
                                          "[HKEY_LOCAL_MACHINE\\both]\nshared=u");
     const std::tuple<const char*, RegistryRoot, std::u16string_view, std::u16string_view, std::optional<std::u16string>>
         rows[] = {
-            {"case and separator", machine, u"SOFTWARE\\velmar\\orvic\\", u"INSTALLPATH", u"/opt/orvic; = 部品"},
+            {"case and separator", machine, u"SOFTWARE\\velmar\\orvic\\", u"INSTALLPATH", u"\\opt\\orvic; = 部品"},
             {"empty value", machine, u"software\\Velmar\\ORVIC", u"empty", u""},
             {"no default value", machine, u"software\\Velmar\\ORVIC", u"", u""},
             {"section that comes again", machine, u"software\\Velmar\\ORVIC", u"late", u"1"},

@@ -47,8 +47,10 @@ TEST(LocalStrings, HaveTheSameNumbersInEveryLanguage)
 TEST(LocalStrings, NeutralLanguageFollowsTheUsersLocale)
 {
     const std::tuple<const char*, const char*, const char*, std::int32_t> rows[] = {
-        {"ja_JP.UTF-8", "", "", 2},      {"", "zh_CN.UTF-8", "ja_JP", 3}, {"", "", "zh_SG", 3},
-        {"zh_TW.UTF-8", "ja_JP", "", 1}, {"C.UTF-8", "", "ja_JP", 1},     {"", "", "de_DE", 1}};
+        {"ja_JP.UTF-8", "", "", 2},  {"", "zh_CN.UTF-8", "ja_JP", 3},
+        {"", "", "zh_SG", 3},        {"zh_TW.UTF-8", "ja_JP", "", 1},
+        {"C.UTF-8", "", "ja_JP", 1}, {"jam_JM", "", "", 1},
+        {"", "", "de_DE", 1}};
     for (const auto& [all, messages, lang, same_as] : rows) {
         setenv("LC_ALL", all, 1);
         setenv("LC_MESSAGES", messages, 1);

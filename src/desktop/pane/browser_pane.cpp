@@ -4,7 +4,6 @@
 #include "desktop/pane/pane_widgets.h"
 #include "desktop/pane/server_tree_model.h"
 
-#include <QFileInfo>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
@@ -22,12 +21,13 @@ constexpr qint64 id_block = 16384;
 
 } // namespace
 
-CBrowserPane::CBrowserPane(std::shared_ptr<CBrowserSession> session, CLibraryFolder folder,
-                           const PaneSettings& settings, QWidget* parent)
-    : QWidget(parent), session_(std::move(session)), folder_(std::move(folder)), settings_(settings),
-      places_(settings.places_file), model_(std::make_unique<CPartListModel>(settings.language)),
-      servers_(std::make_unique<CServerTreeModel>(
-          [this](const QString& server, qint64 folder_id) { return ReadFolders(server, folder_id); }))
+CBrowserPane::CBrowserPane(std::shared_ptr<CBrowserSession> session, const PaneSettings& settings, QWidget* parent)
+    : QWidget(parent), session_(std::move(session)), settings_(settings), places_(settings.places_file),
+      model_(std::make_unique<CPartListModel>(settings.language)),
+      servers_(std::make_unique<CServerTreeModel>([this](const QString& server, const QString& folder) {
+          const CBusyPointer busy;
+          return session_->Folders(server, folder);
+      }))
 {
     MakeWidgets();
     Connect();
@@ -121,13 +121,8 @@ void CBrowserPane::SelectionChanged()
     UpdateTexts();
 }
 
-// The library may just have been replaced, and its old rows are gone with it.
 void CBrowserPane::ProblemChanged()
 {
-    if (shown_library_ != session_->Library()) {
-        shown_library_ = nullptr;
-        model_->Clear();
-    }
     UpdateTexts();
 }
 
@@ -144,17 +139,16 @@ void CBrowserPane::ShowCurrentPlace()
 void CBrowserPane::ShowList(bool narrowed)
 {
     const PartRow* row = model_->Failed() ? nullptr : model_->Row(list_->currentIndex().row());
-    const PartId current = row != nullptr && shown_library_ == session_->Library() ? row->id : 0;
+    const PartId current = row != nullptr && model_->Library() == session_->Library() ? row->id : 0;
     const FolderRow& folder = session_->CurrentFolder();
     ++showing_;
     if (!narrowed) {
         pictures_.Clear();
     }
-    shown_library_ = session_->Library();
-    if (shown_library_ == nullptr || folder.id == 0) {
+    if (session_->Library() == nullptr || folder.id == 0) {
         model_->Clear();
     } else {
-        model_->Start(*shown_library_, session_->ListView(), folder.parts, session_->ShownUnit(), narrowed);
+        model_->Start(session_->ShareLibrary(), session_->ListView(), folder.parts, session_->ShownUnit(), narrowed);
         model_->Step();
     }
     list_->Header().setSortIndicator(static_cast<int>(session_->ListView().sort),
@@ -248,7 +242,6 @@ void CBrowserPane::EndAction(bool clicked)
     if (--actions_ > 0) {
         return;
     }
-    library_gone_ = shown_library_ != nullptr && !QFileInfo::exists(shown_library_->Connection().File());
     if (tree_->hasFocus() && !selection_changed_) {
         FollowTree(clicked);
     } else if (clicked || selection_changed_) {
@@ -292,16 +285,7 @@ PanePlace CBrowserPane::CurrentPlace() const
 void CBrowserPane::GoTo(const PanePlace& place)
 {
     const CBusyPointer busy;
-    library_gone_ = false;
-    const bool same_server = place.server == session_->CurrentServer() && session_->Library() != nullptr;
-    if (same_server) {
-        session_->OpenFolder(place.folder);
-    } else {
-        if (session_->ConnectServer(place.server.toStdU16String())) {
-            session_->SetCurrentFolder(place.folder.toStdU16String());
-        }
-        session_->OpenServer(place.server);
-    }
+    session_->Go(place.server, place.folder);
     RememberPlace();
     UpdateTexts();
 }
@@ -325,8 +309,7 @@ void CBrowserPane::GoUp()
 void CBrowserPane::Refresh()
 {
     const CBusyPointer busy;
-    library_gone_ = false;
-    if (session_->CurrentServer().isEmpty() || session_->RefreshPartList()) {
+    if (session_->CurrentServer().isEmpty() || session_->Refresh()) {
         ++showing_;
         servers_->Forget();
         --showing_;
@@ -371,17 +354,6 @@ void CBrowserPane::keyPressEvent(QKeyEvent* event)
     } else {
         QWidget::keyPressEvent(event);
     }
-}
-
-std::optional<std::vector<FolderRow>> CBrowserPane::ReadFolders(const QString& server, qint64 parent)
-{
-    if (server == session_->CurrentServer() && session_->Library() != nullptr) {
-        return session_->Library()->Folders(parent);
-    }
-    const CBusyPointer busy;
-    LibraryProblem problem;
-    const auto library = CPartLibrary::Open(folder_.FileOf(server), problem);
-    return library != nullptr ? library->Folders(parent) : std::nullopt;
 }
 
 } // namespace partkeep

@@ -10,7 +10,7 @@
 #include "desktop/pane/part_list_model.h"
 #include "desktop/pane/part_list_view.h"
 #include "desktop/pane/part_pictures.h"
-#include "partlibrary/browser_session.h"
+#include "partlibrary/session/browser_session.h"
 
 #include <QElapsedTimer>
 #include <QTimer>
@@ -39,8 +39,7 @@ struct PaneSettings {
 
 class CBrowserPane : public QWidget, private IBrowserPane, private IPartListEvents {
 public:
-    CBrowserPane(std::shared_ptr<CBrowserSession> session, CLibraryFolder folder, const PaneSettings& settings,
-                 QWidget* parent);
+    CBrowserPane(std::shared_ptr<CBrowserSession> session, const PaneSettings& settings, QWidget* parent);
     ~CBrowserPane() override;
 
     // For tests and the accessibility of the whole.
@@ -112,19 +111,16 @@ private:
     [[nodiscard]] QString EmptyText() const;
     [[nodiscard]] QString ProblemText() const;
     [[nodiscard]] LibraryProblem ShownProblem() const;
-    [[nodiscard]] std::optional<std::vector<FolderRow>> ReadFolders(const QString& server, qint64 parent);
     [[nodiscard]] QList<QWidget*> FocusStops() const;
     [[nodiscard]] QList<int> ShownColumns() const;
     [[nodiscard]] PanePlace CurrentPlace() const;
 
     std::shared_ptr<CBrowserSession> session_;
-    CLibraryFolder folder_;
     PaneSettings settings_;
     CPanePlaces places_;
     std::unique_ptr<CPartListModel> model_;
     std::unique_ptr<CServerTreeModel> servers_;
     CPartPictures pictures_;
-    CPartLibrary* shown_library_ = nullptr; // whose rows the list shows; compared, never read through
 
     QSplitter* splitter_ = nullptr;
     QToolButton* places_button_ = nullptr;
@@ -146,9 +142,8 @@ private:
     bool search_waits_ = false;
     bool searching_ = false; // the session is told of a search text
     bool pictures_shown_ = true;
-    bool library_gone_ = false; // its file was not there when the user last did something
-    int showing_ = 0;           // the selection and the tree follow the session, not the user
-    int actions_ = 0;           // events of the user that are under way
+    int showing_ = 0; // the selection and the tree follow the session, not the user
+    int actions_ = 0; // events of the user that are under way
     bool selection_changed_ = false;
     bool selection_waits_ = false; // for rows that are not known yet
 };

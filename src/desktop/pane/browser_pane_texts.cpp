@@ -20,6 +20,10 @@ PaneText TextOfFault(LibraryFault fault)
         return PaneText::ServerGone;
     case LibraryFault::Busy:
         return PaneText::ServerBusy;
+    case LibraryFault::Unfinished:
+        return PaneText::ServerUnfinished;
+    case LibraryFault::Replaced:
+        return PaneText::ServerReplaced;
     case LibraryFault::Damaged:
     case LibraryFault::NotALibrary:
         return PaneText::ServerDamaged;
@@ -82,11 +86,11 @@ QString CBrowserPane::EmptyText() const
     if (model_->rowCount() > 0 || (model_->Started() && !model_->Complete())) {
         return {};
     }
-    if (folder_.Path().isEmpty()) {
+    if (session_->LibraryFolder().Path().isEmpty()) {
         return Text(PaneText::EmptyNoFolder);
     }
     if (session_->Servers().isEmpty() && session_->OtherServers().isEmpty()) {
-        return Text(PaneText::EmptyNoServers).arg(folder_.Path());
+        return Text(PaneText::EmptyNoServers).arg(session_->LibraryFolder().Path());
     }
     if (!model_->Started()) {
         return Text(PaneText::EmptyChooseServer);
@@ -98,30 +102,31 @@ QString CBrowserPane::EmptyText() const
     return Text(session_->CurrentFolder().parts > 0 ? PaneText::EmptyFilter : PaneText::EmptyFolder);
 }
 
-// What the session met, what reading rows met, and a library whose file has gone while it was open.
+// What the session met, and what reading rows met.
 LibraryProblem CBrowserPane::ShownProblem() const
 {
-    if (session_->Problem()) {
-        return session_->Problem();
-    }
-    if (model_->Failed() && shown_library_ != nullptr && shown_library_ == session_->Library()) {
-        return shown_library_->Problem();
-    }
-    return library_gone_ ? LibraryProblem{LibraryFault::NotFound, session_->CurrentServer(), {}} : LibraryProblem{};
+    const LibraryProblem problem = session_->Problem();
+    const bool rows_failed =
+        model_->Failed() && model_->Library() != nullptr && model_->Library() == session_->Library();
+    return problem || !rows_failed ? problem : model_->Library()->Problem();
 }
 
 QString CBrowserPane::ProblemText() const
 {
     const LibraryProblem problem = ShownProblem();
     if (!problem) {
-        return {};
+        const qint64 refused = session_->Library() != nullptr ? session_->Library()->Refused() : 0;
+        return refused > 0 ? Text(PaneText::EntriesRefused).arg(Number(refused)) : QString();
     }
     const PaneText text = TextOfFault(problem.fault);
     const bool of_server = problem.fault == LibraryFault::NotFound && !problem.subject.isEmpty();
     const bool of_part = text == PaneText::CopyFailed;
     const QString server = of_server ? ServerOfFile(problem.subject) : session_->CurrentServer();
-    const QString line = Text(text);
-    return line.contains(QStringLiteral("%1")) ? line.arg(of_part ? problem.subject : server) : line;
+    QString line = Text(text);
+    line = line.contains(QStringLiteral("%1")) ? line.arg(of_part ? problem.subject : server) : line;
+    const QTime since = session_->FailsSince();
+    return since.isValid() ? line + QStringLiteral(" (%1)").arg(Text(PaneText::Since).arg(since.toString(u"HH:mm")))
+                           : line;
 }
 
 // Painted from inside the copy: no event is run, and the next text comes with the next paint. The pictures of a part

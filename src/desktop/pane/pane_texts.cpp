@@ -1,5 +1,7 @@
 #include "desktop/pane/pane_texts.h"
 
+#include "partlibrary/library/library_text.h"
+
 #include <QLocale>
 
 #include <array>
@@ -70,6 +72,15 @@ constexpr std::array<Row, static_cast<std::size_t>(PaneText::Count)> texts{{
     {u"Server %1 is in use by another program. Try again in a moment.",
      u"サーバー %1 は別のプログラムが使用中です。しばらくしてから再試行してください。",
      u"服务器 %1 正被其他程序使用。请稍后重试。"},
+    {u"Server %1 was left in the middle of a change that can only be taken back by somebody who may write there.",
+     u"サーバー %1 は変更の途中で中断されています。書き込み権限のあるユーザーだけが元に戻せます。",
+     u"服务器 %1 的更改被中断，只有具有写入权限的用户才能恢复。"},
+    {u"The library of server %1 was replaced. Try again to see the new one.",
+     u"サーバー %1 のライブラリが置き換えられました。再試行すると新しいものが表示されます。",
+     u"服务器 %1 的零件库已被替换。请重试以查看新的零件库。"},
+    {u"since %1", u"%1 から", u"自 %1 起"},
+    {u"%1 entries have names that are not allowed and are not shown.",
+     u"使用できない名前の項目が %1 件あり、表示されていません。", u"有 %1 个条目的名称不被允许，未显示。"},
     {u"The library of server %1 is damaged.", u"サーバー %1 のライブラリが破損しています。",
      u"服务器 %1 的零件库已损坏。"},
     {u"The library of server %1 cannot be read by this version.",
@@ -101,7 +112,7 @@ PaneLanguage PaneLanguageOf(std::int32_t language_id)
 
 QString PaneString(PaneText text, PaneLanguage language)
 {
-    return QString::fromUtf16(texts[static_cast<std::size_t>(text)][static_cast<std::size_t>(language)]);
+    return FromWide(texts[static_cast<std::size_t>(text)][static_cast<std::size_t>(language)]);
 }
 
 } // namespace partkeep

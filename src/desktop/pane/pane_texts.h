@@ -52,6 +52,10 @@ enum class PaneText {
     EmptySearch, // %1
     ServerGone,  // %1 server
     ServerBusy,
+    ServerUnfinished,
+    ServerReplaced,
+    Since,          // %1 time
+    EntriesRefused, // %1 how many
     ServerDamaged,
     ServerForeign,
     ServerRefused,

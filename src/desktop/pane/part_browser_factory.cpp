@@ -2,7 +2,7 @@
 
 #include "controls/part_browser_contract.h"
 #include "desktop/pane/browser_pane.h"
-#include "partlibrary/session_control.h"
+#include "partlibrary/session/session_control.h"
 
 namespace partkeep {
 
@@ -12,7 +12,7 @@ std::unique_ptr<IHostedControl> CPartBrowserFactory::Create(const ClassId& class
         return nullptr;
     }
     auto session = std::make_shared<CBrowserSession>(folder_);
-    widget = new CBrowserPane(session, folder_, {PaneLanguageOf(language_()), places_file_}, parent);
+    widget = new CBrowserPane(session, {PaneLanguageOf(language_()), places_file_}, parent);
     return std::make_unique<CSessionControl>(std::move(session));
 }
 

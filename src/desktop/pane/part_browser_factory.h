@@ -2,7 +2,7 @@
 #pragma once
 
 #include "desktop/hosted_control_factory.h"
-#include "partlibrary/library_folder.h"
+#include "partlibrary/session/library_folder.h"
 
 #include <QString>
 

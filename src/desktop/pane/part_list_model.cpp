@@ -28,23 +28,20 @@ void CPartListModel::Clear()
 {
     beginResetModel();
     pages_.reset();
-    library_ = nullptr;
+    library_.reset();
     rows_ = 0;
     failed_ = false;
     cache_.clear();
     endResetModel();
 }
 
-void CPartListModel::Start(CPartLibrary& library, const PartListView& view, qint64 parts_in_folder, DisplayUnit unit,
-                           bool narrowed)
+void CPartListModel::Start(std::shared_ptr<IPartLibrary> library, const PartListView& view, qint64 parts_in_folder,
+                           DisplayUnit unit, bool narrowed)
 {
-    auto pages = std::make_unique<CPartPages>(library.Connection(), view, parts_in_folder);
-    if (narrowed && pages_ != nullptr && library_ == &library) {
-        pages->NarrowFrom(*pages_);
-    }
+    auto pages = library->List(view, parts_in_folder, narrowed && library == library_ ? pages_.get() : nullptr);
     beginResetModel();
     pages_ = std::move(pages);
-    library_ = &library;
+    library_ = std::move(library);
     unit_ = unit;
     rows_ = 0;
     failed_ = false;

@@ -2,8 +2,7 @@
 #pragma once
 
 #include "desktop/pane/pane_texts.h"
-#include "partlibrary/browser_session.h"
-#include "partlibrary/part_pages.h"
+#include "partlibrary/session/browser_session.h"
 
 #include <QAbstractTableModel>
 #include <QCache>
@@ -25,14 +24,15 @@ public:
 
     // Shows nothing.
     void Clear();
-    // Begins anew; nothing is read yet. `library` must outlive the rows: Clear before it goes. `narrowed`: the user has
-    // typed on, and what the list holds now may be all there is to look at.
-    void Start(CPartLibrary& library, const PartListView& view, qint64 parts_in_folder, DisplayUnit unit,
-               bool narrowed);
+    // Begins anew; nothing is read yet. `narrowed`: the user has typed on, and what the list holds now may be all there
+    // is to look at.
+    void Start(std::shared_ptr<IPartLibrary> library, const PartListView& view, qint64 parts_in_folder,
+               DisplayUnit unit, bool narrowed);
     // Scans one slice and shows what it found. False when there is nothing left to scan.
     bool Step();
     void Finish();
 
+    [[nodiscard]] const IPartLibrary* Library() const { return library_.get(); } // whose rows these are; null: none
     [[nodiscard]] bool Started() const { return pages_ != nullptr; }
     [[nodiscard]] bool Complete() const { return pages_ == nullptr || pages_->Complete(); }
     // Reading has failed: nothing more is read until the next start. The library holds the problem.
@@ -63,8 +63,8 @@ private:
 
     PaneLanguage language_;
     DisplayUnit unit_ = DisplayUnit::Metric;
-    CPartLibrary* library_ = nullptr;
-    std::unique_ptr<CPartPages> pages_;
+    std::shared_ptr<IPartLibrary> library_;
+    std::unique_ptr<IPartListing> pages_;
     int rows_ = 0; // told to the views
     mutable QCache<int, Page> cache_;
     mutable bool failed_ = false;

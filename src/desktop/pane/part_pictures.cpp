@@ -43,7 +43,7 @@ QPixmap CPartPictures::Picture(const PartRow& row)
                                     [&row](FileSlot slot) { return (row.slots & SetOf(slot)) != 0; });
     const bool asked = std::any_of(wanted_.begin(), wanted_.end(), [&](const Wanted& it) { return it.part == row.id; });
     if (found != std::end(preferred_slots) && !asked) {
-        wanted_.push_back({row.id, SetOf(*found)});
+        wanted_.push_back({row.id, *found});
         if (wanted_.size() > most_wanted) {
             wanted_.erase(wanted_.begin());
         }
@@ -51,18 +51,14 @@ QPixmap CPartPictures::Picture(const PartRow& row)
     return {};
 }
 
-PartId CPartPictures::ReadNext(CPartLibrary& library)
+PartId CPartPictures::ReadNext(IPartLibrary& library)
 {
     if (wanted_.empty()) {
         return 0;
     }
     const Wanted next = wanted_.back();
     wanted_.pop_back();
-    QPixmap picture;
-    library.ReadFiles(next.part, next.slots, [&](FileSlot, const QByteArray& content) {
-        picture = Fit(content);
-        return true;
-    });
+    const QPixmap picture = Fit(library.ReadFile(next.part, next.slot).value_or(QByteArray()));
     pictures_.insert(next.part, new QPixmap(picture)); // an empty one too, lest it be asked for again
     return next.part;
 }

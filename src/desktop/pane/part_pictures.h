@@ -2,7 +2,7 @@
 // last few hundred parts.
 #pragma once
 
-#include "partlibrary/part_library.h"
+#include "partlibrary/library/part_library.h"
 
 #include <QCache>
 #include <QPixmap>
@@ -25,12 +25,12 @@ public:
 
     [[nodiscard]] bool HasWork() const { return !wanted_.empty(); }
     // Reads the picture that was asked for last. The part that it belongs to; 0: there was none.
-    PartId ReadNext(CPartLibrary& library);
+    PartId ReadNext(IPartLibrary& library);
 
 private:
     struct Wanted {
         PartId part;
-        SlotSet slots;
+        FileSlot slot;
     };
 
     [[nodiscard]] QPixmap Fit(const QByteArray& content) const;

@@ -1,12 +1,10 @@
 #include "desktop/pane/server_tree_model.h"
 
-#include "partlibrary/library_schema.h"
-
 namespace partkeep {
 
 namespace {
 
-enum Role { server_role = Qt::UserRole, folder_role, id_role, has_folders_role, fetched_role };
+enum Role { server_role = Qt::UserRole, folder_role, has_folders_role, fetched_role };
 
 } // namespace
 
@@ -22,7 +20,6 @@ QStandardItem* CServerTreeModel::MakeServer(const QString& server) const
     auto* item = new QStandardItem(server_icon_, server);
     item->setEditable(false);
     item->setData(server, server_role);
-    item->setData(root_folder, id_role);
     item->setData(true, has_folders_role);
     return item;
 }
@@ -33,7 +30,6 @@ QStandardItem* CServerTreeModel::MakeFolder(const QString& server, const FolderR
     item->setEditable(false);
     item->setData(server, server_role);
     item->setData(row.path, folder_role);
-    item->setData(row.id, id_role);
     item->setData(row.has_folders, has_folders_role);
     return item;
 }
@@ -130,7 +126,7 @@ void CServerTreeModel::fetchMore(const QModelIndex& parent)
     }
     QStandardItem* branch = itemFromIndex(parent);
     const QString server = ServerOf(parent);
-    const auto rows = reader_(server, parent.data(id_role).toLongLong());
+    const auto rows = reader_(server, FolderOf(parent));
     if (!parent.parent().isValid()) {
         branch->setIcon(rows ? server_icon_ : away_icon_);
     }

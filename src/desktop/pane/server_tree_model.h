@@ -1,7 +1,7 @@
 // Servers and their folders as a tree; folders are read when a branch opens.
 #pragma once
 
-#include "partlibrary/part_library.h"
+#include "partlibrary/library/part_library.h"
 
 #include <QStandardItemModel>
 #include <QStringList>
@@ -15,7 +15,8 @@ namespace partkeep {
 class CServerTreeModel : public QStandardItemModel {
 public:
     // The folders in a folder of a server; nothing when the server cannot be reached.
-    using FolderReader = std::function<std::optional<std::vector<FolderRow>>(const QString& server, qint64 parent)>;
+    using FolderReader =
+        std::function<std::optional<std::vector<FolderRow>>(const QString& server, const QString& folder)>;
 
     explicit CServerTreeModel(FolderReader reader) : reader_(std::move(reader)) {}
 

@@ -1,17 +1,17 @@
 #include "partlibrary/tool/commands.h"
 
-#include "partlibrary/library_check.h"
-#include "partlibrary/library_folder.h"
-#include "partlibrary/library_import.h"
-#include "partlibrary/library_names.h"
-#include "partlibrary/library_schema.h"
-#include "partlibrary/library_writer.h"
-#include "partlibrary/part_library.h"
+#include "partlibrary/import/library_import.h"
+#include "partlibrary/library/library_names.h"
+#include "partlibrary/library/library_text.h"
+#include "partlibrary/session/library_folder.h"
+#include "partlibrary/sqlite/library_check.h"
+#include "partlibrary/sqlite/sqlite_library.h"
+#include "partlibrary/sqlite/sqlite_writer.h"
 #include "partlibrary/tool/sample_library.h"
-#include "platform/text.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <ostream>
 #include <string>
 
@@ -19,7 +19,7 @@ namespace partkeep {
 
 namespace {
 
-constexpr int page_rows = 500;
+constexpr qint64 page_rows = 500;
 
 struct ToolOptions {
     std::string library;
@@ -28,6 +28,7 @@ struct ToolOptions {
     std::string table;
     unsigned code_page = utf8_code_page;
     bool replace = false;
+    bool rebuild = false;
 };
 
 struct Streams {
@@ -43,36 +44,36 @@ int Fail(const Streams& streams, const LibraryProblem& problem)
 
 QString Native(const std::string& path)
 {
-    return QString::fromStdString(path);
+    return FromUtf8(path);
 }
 
 // A shell makes backslashes awkward, so folders may be given with either separator.
 QString FolderOption(const std::string& folder)
 {
-    return QString::fromStdString(folder).replace(u'/', u'\\');
+    return FolderPath(FromUtf8(folder).replace(u'/', u'\\'));
 }
 
 int Create(const ToolOptions& options, const Streams& streams)
 {
     const QString file = Native(options.library);
     LibraryProblem problem;
-    if (!file.endsWith(QString::fromUtf16(library_extension))) {
+    if (!file.endsWith(FromWide(library_extension))) {
         return Fail(streams, {LibraryFault::NameRefused, file, QStringLiteral("a library's name ends in .kpl")});
     }
     if (const NameFault fault = CheckName(ServerOfFile(file)); fault != NameFault::None) {
         return Fail(streams, {LibraryFault::NameRefused, file, NameFaultText(fault)});
     }
-    if (!CLibraryWriter::Create(file, problem)) {
+    if (!CSqliteWriter::Create(file, problem)) {
         return Fail(streams, problem);
     }
-    streams.out << "created " << options.library << '\n';
+    streams.out << "created " << Printable(Native(options.library)) << '\n';
     return 0;
 }
 
 int Import(const ToolOptions& options, const Streams& streams)
 {
     LibraryProblem problem;
-    const auto writer = CLibraryWriter::Open(Native(options.library), problem);
+    const auto writer = CSqliteWriter::Open(Native(options.library), problem);
     if (writer == nullptr) {
         return Fail(streams, problem);
     }
@@ -82,7 +83,7 @@ int Import(const ToolOptions& options, const Streams& streams)
         return Fail(streams, problem);
     }
     for (const QString& skipped : report.skipped) {
-        streams.err << "partkeep-library: " << skipped.toStdString() << ": skipped (no file of a part)\n";
+        streams.err << "partkeep-library: " << Printable(skipped) << ": skipped (no file of a part)\n";
     }
     streams.out << "imported " << report.parts << " parts with " << report.files << " files\n";
     return 0;
@@ -96,67 +97,63 @@ std::string SlotNames(SlotSet slots)
             continue;
         }
         names += names.empty() ? "" : " ";
-        names += row.tag.empty() ? QString::fromUtf16(row.extension).toStdString() : std::string(row.tag);
+        names += row.tag.empty() ? ToUtf8(FromWide(row.extension)) : std::string(row.tag);
     }
     return names;
 }
 
-// Names and attributes hold no control characters, so a tab keeps columns apart.
 void PrintPart(const QString& folder, const PartRow& part, std::ostream& out)
 {
     const QString thickness = QString::number(part.thickness / 10000.0, 'f', 4);
     for (const QString& text : {folder, part.name, thickness, part.material, part.machine}) {
-        out << text.toStdString() << '\t';
+        out << Printable(text) << '\t';
     }
-    out << SlotNames(part.slots) << '\t' << part.comment.toStdString() << '\n';
+    out << SlotNames(part.slots) << '\t' << Printable(part.comment) << '\n';
 }
 
-bool PrintFolder(CPartLibrary& library, const FolderRow& folder, std::ostream& out)
+bool PrintFolder(CSqliteLibrary& library, const FolderRow& folder, std::ostream& out)
 {
     PartListView view;
     view.folder = folder.id;
-    std::optional<PartPosition> after;
-    for (;;) {
-        const auto page = library.Parts().Page(view, after, page_rows);
-        if (!page) {
-            return false;
-        }
-        if (page->rows.empty()) {
-            return true;
-        }
-        for (const PartRow& part : page->rows) {
+    const auto list = library.List(view, folder.parts, nullptr);
+    list->Finish();
+    for (qint64 first = 0; first < list->Count(); first += page_rows) {
+        const std::vector<PartRow> rows = list->Rows(first, page_rows);
+        for (const PartRow& part : rows) {
             PrintPart(folder.path, part, out);
         }
-        after = page->positions.back();
+        if (static_cast<qint64>(rows.size()) < std::min(page_rows, list->Count() - first)) {
+            return false;
+        }
     }
+    return !list->Failed();
 }
 
-// The depth is bounded by the length of a folder's path.
-bool PrintTree(CPartLibrary& library, const FolderRow& folder, std::ostream& out) // NOLINT(misc-no-recursion)
+// Each step down makes the path longer, and a path has a longest.
+bool PrintTree(CSqliteLibrary& library, const FolderRow& folder, std::ostream& out) // NOLINT(misc-no-recursion)
 {
-    const auto folders = library.Folders(folder.id);
+    const auto folders = library.Folders(folder.path);
     if (!folders || !PrintFolder(library, folder, out)) {
         return false;
     }
-    for (const FolderRow& inner : *folders) {
-        if (!PrintTree(library, inner, out)) {
-            return false;
-        }
-    }
-    return true;
+    return std::all_of(folders->begin(), folders->end(),
+                       [&](const FolderRow& inner) { return PrintTree(library, inner, out); });
 }
 
 int List(const ToolOptions& options, const Streams& streams)
 {
     LibraryProblem problem;
-    const auto library = CPartLibrary::Open(Native(options.library), problem);
+    const auto library = CSqliteLibrary::Open(Native(options.library), problem);
     if (library == nullptr) {
         return Fail(streams, problem);
     }
-    const auto id = library->FindFolder(FolderOption(options.folder));
-    const auto folder = id ? library->Folder(*id) : std::nullopt;
+    const auto folder = library->FindFolder(FolderOption(options.folder));
     if (!folder || !PrintTree(*library, *folder, streams.out)) {
         return Fail(streams, library->Problem());
+    }
+    if (library->Refused() > 0) {
+        streams.err << "partkeep-library: " << library->Refused() << " folders or parts with names that are refused\n";
+        return 1;
     }
     return 0;
 }
@@ -164,18 +161,22 @@ int List(const ToolOptions& options, const Streams& streams)
 int Check(const ToolOptions& options, const Streams& streams)
 {
     LibraryProblem problem;
+    const auto writer = options.rebuild ? CSqliteWriter::Open(Native(options.library), problem) : nullptr;
+    if (options.rebuild && (writer == nullptr || !writer->Rebuild())) {
+        return Fail(streams, writer != nullptr ? writer->Problem() : problem);
+    }
     const auto check = CheckLibrary(Native(options.library), problem);
     if (!check) {
         return Fail(streams, problem);
     }
     for (const QString& finding : check->findings) {
-        streams.err << "partkeep-library: " << options.library << ": " << finding.toStdString() << '\n';
+        streams.err << "partkeep-library: " << Printable(Native(options.library)) << ": " << Printable(finding) << '\n';
     }
     if (!check->findings.isEmpty()) {
         return 1;
     }
-    streams.out << options.library << " is sound: " << check->folders << " folders, " << check->parts << " parts, "
-                << check->files << " files\n";
+    streams.out << Printable(Native(options.library)) << " is sound: " << check->folders << " folders, " << check->parts
+                << " parts, " << check->files << " files\n";
     return 0;
 }
 
@@ -187,7 +188,7 @@ int Sample(const ToolOptions& options, const Streams& streams)
         return Fail(streams, problem);
     }
     for (const QString& file : made) {
-        streams.out << "made " << file.toStdString() << '\n';
+        streams.out << "made " << Printable(file) << '\n';
     }
     return 0;
 }
@@ -219,7 +220,8 @@ int RunLibraryTool(int argc, const char* const* argv, std::ostream& out, std::os
     CLI::App* list = AddCommand(app, "list", "List the parts, a line each", options);
     list->add_option("--folder", options.folder, "Only this folder and those inside it");
 
-    const CLI::App* check = AddCommand(app, "check", "Look a library over", options);
+    CLI::App* check = AddCommand(app, "check", "Look a library over", options);
+    check->add_flag("--rebuild", options.rebuild, "First make all keys and the search index anew");
 
     CLI::App* sample = app.add_subcommand("sample", "Make the sample libraries");
     sample->add_option("folder", options.source, "An existing folder to put them into")->required();

@@ -1,7 +1,8 @@
 #include "partlibrary/tool/sample_library.h"
 
-#include "partlibrary/library_folder.h"
-#include "partlibrary/library_writer.h"
+#include "partlibrary/library/library_text.h"
+#include "partlibrary/session/library_folder.h"
+#include "partlibrary/sqlite/sqlite_writer.h"
 #include "partlibrary/tool/sample_pictures.h"
 
 #include <QFile>
@@ -85,7 +86,7 @@ SamplePart MeasuresOf(const SampleFolder& folder, int number)
 // Stands in for a CAD file: a readable head and bytes of a size as such files have, from a few KB to about 60.
 QByteArray MadeUpContent(const QString& name, FileSlot slot, int number)
 {
-    QByteArray content = "SAMPLE " + name.toUtf8() + QString::fromUtf16(KindOf(slot).extension).toUtf8() + "\r\n";
+    QByteArray content = "SAMPLE " + name.toUtf8() + FromWide(KindOf(slot).extension).toUtf8() + "\r\n";
     std::minstd_rand random(static_cast<unsigned>(number * 8 + static_cast<int>(slot) + 1));
     const int lines = 100 + number * 97 % 1500;
     for (int i = 0; i < lines; ++i) {
@@ -110,12 +111,12 @@ QByteArray ContentOf(const SampleFolder& folder, const QString& name, FileSlot s
     }
 }
 
-bool PutSamplePart(CLibraryWriter& writer, qint64 folder_id, const SampleFolder& folder, int number)
+bool PutSamplePart(CSqliteWriter& writer, qint64 folder_id, const SampleFolder& folder, int number)
 {
     const QString digits = QString::number(number);
-    const QString name = QString::fromUtf16(folder.name) + digits;
-    const PartAttributes attributes{folder.thickness, QString::fromUtf16(folder.material),
-                                    QString::fromUtf16(folder.machine), QString::fromUtf16(folder.comment) + digits};
+    const QString name = FromWide(folder.name) + digits;
+    const PartAttributes attributes{folder.thickness, FromWide(folder.material), FromWide(folder.machine),
+                                    FromWide(folder.comment) + digits};
     const auto part = writer.PutPart(folder_id, name, attributes);
     if (!part) {
         return false;
@@ -130,16 +131,16 @@ bool PutSamplePart(CLibraryWriter& writer, qint64 folder_id, const SampleFolder&
     return true;
 }
 
-bool FillLibrary(CLibraryWriter& writer, const QString& server)
+bool FillLibrary(CSqliteWriter& writer, const QString& server)
 {
     if (!writer.Begin()) {
         return false;
     }
     for (const SampleFolder& folder : sample_folders) {
-        if (server != QString::fromUtf16(folder.server)) {
+        if (server != FromWide(folder.server)) {
             continue;
         }
-        const auto id = writer.MakeFolder(QString::fromUtf16(folder.folder));
+        const auto id = writer.MakeFolder(FromWide(folder.folder));
         for (int number = 1; number <= folder.count; ++number) {
             if (!id || !PutSamplePart(writer, *id, folder, number)) {
                 return false;
@@ -151,10 +152,10 @@ bool FillLibrary(CLibraryWriter& writer, const QString& server)
 
 bool MakeLibrary(const QString& file, const QString& server, LibraryProblem& problem)
 {
-    if (!CLibraryWriter::Create(file, problem)) {
+    if (!CSqliteWriter::Create(file, problem)) {
         return false;
     }
-    auto writer = CLibraryWriter::Open(file, problem);
+    auto writer = CSqliteWriter::Open(file, problem);
     if (writer != nullptr && FillLibrary(*writer, server)) {
         return true;
     }
@@ -172,7 +173,7 @@ bool MakeSampleLibraries(const QString& folder, bool replace, QStringList& made,
 {
     QStringList servers;
     for (const SampleFolder& row : sample_folders) {
-        servers += QString::fromUtf16(row.server);
+        servers += FromWide(row.server);
     }
     servers.removeDuplicates();
     for (const QString& server : servers) {

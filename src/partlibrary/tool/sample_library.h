@@ -2,7 +2,7 @@
 // folders, and parts of which some lack files or pictures. The same every time.
 #pragma once
 
-#include "partlibrary/library_problem.h"
+#include "partlibrary/library/library_problem.h"
 
 #include <QString>
 #include <QStringList>

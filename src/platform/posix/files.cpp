@@ -16,14 +16,9 @@ namespace partkeep {
 
 namespace {
 
-bool IsSeparator(char16_t unit)
-{
-    return unit == u'\\' || unit == u'/';
-}
-
 bool EndsInSeparator(std::u16string_view path)
 {
-    return !path.empty() && IsSeparator(path.back());
+    return !path.empty() && path.back() == path_separator;
 }
 
 std::string WithoutFinalSeparator(std::string native)
@@ -39,24 +34,35 @@ bool ReadStatus(std::u16string_view path, struct stat& status)
     return stat(FindOnDisk(path).c_str(), &status) == 0;
 }
 
-// The folder as given where it is absolute; otherwise behind the current folder. Empty when that is gone.
+// By text alone: each name behind the one before, "." left out, ".." taking one away, as the other platform does it.
+// A dot that stays in the path would change which staged files count as a part's.
+std::u16string WithoutDots(std::u16string_view path)
+{
+    std::u16string plain;
+    while (!path.empty()) {
+        const std::size_t end = path.find(path_separator);
+        const std::u16string_view name = path.substr(0, end);
+        if (name == u"..") {
+            plain.resize(std::min(plain.size(), plain.rfind(path_separator)));
+        } else if (!name.empty() && name != u".") {
+            plain.append(1, path_separator).append(name);
+        }
+        path.remove_prefix(end == std::u16string_view::npos ? path.size() : end + 1);
+    }
+    return plain;
+}
+
+// With a separator at its end; a relative folder lies in the current one. Empty when that is gone.
 std::u16string MakeAbsolute(std::u16string_view folder)
 {
-    if (IsSeparator(folder.front())) {
-        return std::u16string(folder);
+    if (folder.front() == path_separator) {
+        return WithoutDots(folder) + path_separator;
     }
     std::array<char, PATH_MAX> current{};
     if (getcwd(current.data(), current.size()) == nullptr) {
         return {};
     }
-    while (folder.size() >= 2 && folder[0] == u'.' && IsSeparator(folder[1])) {
-        folder.remove_prefix(2);
-    }
-    std::u16string absolute = CorePath(current.data());
-    if (!EndsInSeparator(absolute)) {
-        absolute += path_separator;
-    }
-    return absolute.append(folder);
+    return WithoutDots(CorePath(current.data()) + path_separator + std::u16string(folder)) + path_separator;
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "platform/posix/utf8.h"
 #include "platform/text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 
@@ -13,6 +14,7 @@ namespace {
 
 constexpr std::string_view file_below_config_folder = "/partkeep-read/registry.ini";
 constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+constexpr char16_t install_path[] = u"installpath"; // a native path, which the core takes with its own separators
 constexpr char16_t code_page_key[] = u"SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage";
 
 std::u16string_view RootName(RegistryRoot root)
@@ -150,6 +152,9 @@ std::optional<std::u16string> CIniRegistry::ReadValue(RegistryRoot root, std::u1
     for (const std::string& file : {user_file_, machine_file_}) {
         Answer answer = SearchFile(file, WithoutFinalSeparators(full_key), name);
         if (answer.value) {
+            if (EqualNoCase(name, install_path)) {
+                std::replace(answer.value->begin(), answer.value->end(), u'/', u'\\');
+            }
             return std::move(answer.value);
         }
         key_found = key_found || answer.key_found;

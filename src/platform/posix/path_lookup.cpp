@@ -123,7 +123,7 @@ std::string CorrectSpelling(std::string_view native, Find find_other_spelling)
 template <typename Find>
 std::string FindBy(std::u16string_view path, Find find_other_spelling)
 {
-    if (path.find(u'\0') != std::u16string_view::npos) {
+    if (path.find(u'\0') != std::u16string_view::npos || path.find(u'/') != std::u16string_view::npos) {
         return {};
     }
     std::string native = Respell(path);

@@ -10,8 +10,9 @@
 namespace partkeep {
 
 // The path as it is spelled on disk as far as it exists, the rest as given. Separators become "/", runs of them
-// one; one at the end stays. Empty for an empty path and for one that holds a NUL. A path whose exact spelling
-// exists costs one call of the system; otherwise each folder with a missing name is read once.
+// one; one at the end stays. Empty for an empty path and for one that holds a NUL or a "/": inside the core that is
+// no separator, and no name has one. A path whose exact spelling exists costs one call of the system; otherwise each
+// folder with a missing name is read once.
 [[nodiscard]] std::string FindOnDisk(std::u16string_view path);
 
 // The same for many paths while nothing changes: no folder is read twice.

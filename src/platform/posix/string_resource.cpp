@@ -39,7 +39,7 @@ std::string_view UserLocale()
 std::uint32_t LanguageOfUser()
 {
     const std::string_view locale = UserLocale();
-    if (locale.starts_with("ja")) {
+    if (locale.substr(0, locale.find_first_of("_.@-")) == "ja") {
         return japanese;
     }
     const bool simplified = locale == "zh" || locale.starts_with("zh_CN") || locale.starts_with("zh_SG") ||

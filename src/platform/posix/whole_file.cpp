@@ -1,16 +1,14 @@
 #include "platform/posix/whole_file.h"
 
 #include "platform/posix/file_handle.h"
+#include "platform/posix/temporary_files.h"
 
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <optional>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -60,20 +58,6 @@ std::string FollowLinks(std::string native)
     return native;
 }
 
-// A name that nobody can foresee, so that nobody can put a link there first. The dot in front hides it and keeps
-// it from ever being taken for the file of a part.
-std::optional<std::string> TemporaryName(const std::string& target)
-{
-    std::array<std::uint64_t, 2> random{};
-    if (getrandom(random.data(), sizeof random, 0) != static_cast<ssize_t>(sizeof random)) {
-        return std::nullopt;
-    }
-    std::array<char, 48> name{};
-    std::snprintf(name.data(), name.size(), ".partkeep-%016jx%016jx.tmp", std::uintmax_t{random[0]},
-                  std::uintmax_t{random[1]});
-    return FolderOf(target) + name.data();
-}
-
 // Removes the file unless it was renamed away.
 class CTemporaryFile {
 public:
@@ -81,6 +65,7 @@ public:
         : name_(std::move(name)), handle_(CFileHandle::Open(name_, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode))
     {
         exists_ = handle_.IsOpen();
+        HoldTemporaryFile(handle_.Descriptor());
     }
     ~CTemporaryFile()
     {
@@ -93,11 +78,7 @@ public:
 
     [[nodiscard]] const CFileHandle& Handle() const { return handle_; }
 
-    bool FlushAndClose()
-    {
-        const bool flushed = fsync(handle_.Descriptor()) == 0;
-        return handle_.Close() && flushed;
-    }
+    [[nodiscard]] bool Flush() const { return fsync(handle_.Descriptor()) == 0; }
 
     Outcome RenameTo(const std::string& target)
     {
@@ -157,11 +138,12 @@ void FlushFolder(const std::string& target)
 // `old_file` is not open when there is no file yet.
 Outcome ReplaceFromBeside(const std::string& target, const CFileHandle& old_file, std::string_view bytes)
 {
-    const std::optional<std::string> name = TemporaryName(target);
-    if (!name) {
+    RemoveLeftOvers(FolderOf(target));
+    const std::string name = NewTemporaryName();
+    if (name.empty()) {
         return Outcome::Failed;
     }
-    CTemporaryFile beside(*name, old_file.IsOpen() ? 0600 : 0666);
+    CTemporaryFile beside(FolderOf(target) + name, old_file.IsOpen() ? 0600 : 0666);
     if (!beside.Handle().IsOpen()) {
         return WhyItFailed();
     }
@@ -171,7 +153,7 @@ Outcome ReplaceFromBeside(const std::string& target, const CFileHandle& old_file
     if (old_file.IsOpen() && !CopyRights(old_file, beside.Handle())) {
         return WhyItFailed();
     }
-    if (!beside.FlushAndClose()) {
+    if (!beside.Flush()) {
         return Outcome::Failed;
     }
     const Outcome outcome = beside.RenameTo(target);

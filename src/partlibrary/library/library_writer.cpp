@@ -1,0 +1,19 @@
+#include "partlibrary/library/library_writer.h"
+
+#include <algorithm>
+
+namespace partkeep {
+
+bool ILibraryWriter::PutFile(PartId part, FileSlot slot, const QByteArray& content)
+{
+    qsizetype at = 0;
+    const auto stored = Store(slot, [&](std::span<char> buffer) {
+        const auto size = std::min<qsizetype>(content.size() - at, static_cast<qsizetype>(buffer.size()));
+        std::copy_n(content.constData() + at, size, buffer.begin());
+        at += size;
+        return qint64{size};
+    });
+    return stored && PutFile(part, slot, *stored);
+}
+
+} // namespace partkeep

@@ -1,0 +1,111 @@
+// What a part library is to those who read it, whatever engine holds it: folders, ordered and searched lists, the
+// content of files. A library is used on the thread that opened it, and no call waits for more than two seconds
+// without a byte, waits inside the system excepted.
+//
+// Whatever stands in a library is foreign. A folder or a part whose name an import would refuse is never given; it
+// is counted. A row that is not as it was stored is a problem.
+#pragma once
+
+#include "partlibrary/library/library_problem.h"
+#include "partlibrary/library/part_list.h"
+
+#include <QByteArray>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace partkeep {
+
+struct FolderRow {
+    qint64 id = 0;
+    QString name; // the last component
+    QString path; // components joined by backslashes; empty for the root
+    qint64 parts = 0;
+    bool has_folders = false;
+};
+
+// Takes a block of a file, the first one even when the file is empty; blocks come in order, file after file. What it
+// gives ends the reading, unless it is no problem.
+using ContentSink = std::function<LibraryProblem(FileSlot, std::span<const char> block)>;
+
+// The rows of a list by number, for a pane that shows a few of very many. It is found out in slices of a few
+// milliseconds, between events.
+class IPartListing {
+public:
+    virtual ~IPartListing() = default;
+
+    // Scans one slice. False when there is nothing left to scan, or on an error.
+    virtual bool Step() = 0;
+    void Finish()
+    {
+        while (Step()) {
+        }
+    }
+
+    [[nodiscard]] virtual bool Complete() const = 0;
+    [[nodiscard]] virtual bool Failed() const = 0;  // the library holds the problem
+    [[nodiscard]] virtual qint64 Count() const = 0; // rows found so far
+    [[nodiscard]] virtual const PartListView& View() const = 0;
+
+    // Rows by number. A part that has gone since keeps its row, with an empty name. Fewer on an error.
+    [[nodiscard]] virtual std::vector<PartRow> Rows(qint64 first, qint64 limit) = 0;
+    [[nodiscard]] virtual std::vector<PartId> Ids(qint64 first, qint64 limit) = 0;
+
+    // The row of a part; nothing when the list does not show it, or has not come to it yet.
+    [[nodiscard]] virtual std::optional<qint64> RowOf(PartId part) = 0;
+};
+
+// What stands where a library was opened.
+enum class LibraryPlace { Same, Another, Nothing };
+
+class IPartLibrary {
+public:
+    virtual ~IPartLibrary() = default;
+
+    // What the last call that gave nothing met: NoFolder or NoPart for what is not there, else trouble.
+    [[nodiscard]] virtual const LibraryProblem& Problem() const = 0;
+
+    // Names are compared exactly.
+    [[nodiscard]] virtual std::optional<FolderRow> FindFolder(const QString& path) = 0;
+    [[nodiscard]] virtual std::optional<PartRow> FindPart(const QString& folder, const QString& name) = 0;
+    [[nodiscard]] virtual std::optional<PartRow> FindPart(PartId id) = 0;
+
+    // The folders directly inside one, in natural order. Nothing on an error.
+    [[nodiscard]] virtual std::optional<std::vector<FolderRow>> Folders(const QString& path) = 0;
+
+    // A list of a folder, nothing of it read yet. `parts` is what the folder counts; `wider` may be a list that this
+    // one narrows, or null. It keeps open what it needs of the library.
+    [[nodiscard]] virtual std::unique_ptr<IPartListing> List(const PartListView& view, qint64 parts,
+                                                             const IPartListing* wider) = 0;
+
+    // All ids in the order of the view, and those of `ids` that it shows. Nothing on an error.
+    [[nodiscard]] virtual std::optional<std::vector<PartId>> Ids(const PartListView& view) = 0;
+    [[nodiscard]] virtual std::optional<std::vector<PartId>> Visible(const PartListView& view,
+                                                                     const std::vector<PartId>& ids) = 0;
+
+    // Hands over the files in `slots` that the part has, all of one state. False on an error, on content that is not
+    // what was stored, and when the sink has a problem: what was handed over is then worth nothing.
+    virtual bool CopyFiles(PartId part, SlotSet slots, const ContentSink& sink) = 0;
+
+    // One file as a whole, empty where the part has none. Nothing on an error.
+    [[nodiscard]] std::optional<QByteArray> ReadFile(PartId part, FileSlot slot)
+    {
+        QByteArray content;
+        const bool read = CopyFiles(part, SetOf(slot), [&content](FileSlot, std::span<const char> block) {
+            content.append(block.data(), static_cast<qsizetype>(block.size()));
+            return LibraryProblem{};
+        });
+        return read ? std::optional(std::move(content)) : std::nullopt;
+    }
+
+    [[nodiscard]] virtual LibraryPlace Place() const = 0;
+    [[nodiscard]] virtual const QByteArray& Id() const = 0; // made with the library, and never made again
+
+    // Folders and parts that were met and not given because of their names.
+    [[nodiscard]] virtual qint64 Refused() const = 0;
+};
+
+} // namespace partkeep

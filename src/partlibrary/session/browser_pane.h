@@ -1,0 +1,36 @@
+// What a browser session tells the pane that draws it. Calls come on the session's thread, often from inside
+// a call of the component: a pane changes its widgets then, and fires no events and runs none.
+#pragma once
+
+#include "partlibrary/session/view_state.h"
+
+#include <QString>
+
+#include <cstdint>
+
+namespace partkeep {
+
+class IBrowserPane {
+public:
+    virtual ~IBrowserPane() = default;
+
+    virtual void ServersChanged() = 0;   // the table, the cursor, the current server or whether it is reached
+    virtual void FolderChanged() = 0;    // the current folder; rows and selection have changed with it
+    virtual void PartListChanged() = 0;  // rows must be read again: refresh, filter, order, search or unit
+    virtual void SelectionChanged() = 0; // not by the pane's own Select
+    virtual void ProblemChanged() = 0;   // the line for what cannot be reached or read
+
+    virtual void OpenFolderSelection() {} // a folder is about to be restored
+
+    // Keyboard focus by the contract's codes; nonzero while a Tab code keeps the focus inside.
+    virtual std::int16_t MoveFocus(std::int16_t /*code*/) { return 0; }
+
+    virtual void ApplyViewState(const ViewState& state) = 0;
+    virtual void CaptureViewState(ViewState& state) = 0;
+
+    // Around each copy of a part's files. A pane may repaint a line in place; it must not run events.
+    virtual void CopyStarted(const QString& /*part*/) {}
+    virtual void CopyEnded() {}
+};
+
+} // namespace partkeep

@@ -1,0 +1,148 @@
+// The open part browser without its screen: the state that the contract speaks of, one member per operation of
+// the contract, and what a pane needs to draw and to work it. Owns the open libraries; a pane that is attached
+// is borrowed. Everything happens on one thread.
+//
+// The operations of the contract answer by result and never show anything. What went wrong last stands in
+// Problem, for a pane to show. They never fire a click; what the user does through a pane does.
+#pragma once
+
+#include "controls/part_browser_contract.h"
+#include "partlibrary/library/library_text.h"
+#include "partlibrary/session/browser_pane.h"
+#include "partlibrary/session/folder_names.h"
+#include "partlibrary/session/open_libraries.h"
+#include "partlibrary/session/view_state.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace partkeep {
+
+enum class DisplayUnit : std::int16_t { Metric = 0, Inch = 1 };
+
+struct SelectedPart {
+    QString server;
+    QString folder;
+    QString name; // empty: the part is gone
+};
+
+class CStagedFiles;
+
+class CBrowserSession {
+public:
+    explicit CBrowserSession(CLibraryFolder folder);
+    ~CBrowserSession();
+    CBrowserSession(const CBrowserSession&) = delete;
+    CBrowserSession& operator=(const CBrowserSession&) = delete;
+
+    // The contract's operations.
+    bool ConnectServer(std::u16string_view server);
+    void DisconnectServer();
+    bool SetTargetFolder(std::u16string_view folder);
+    std::u16string GetPreviewFileTitle();
+    bool SetDataKind(std::int16_t kind_mask);
+    [[nodiscard]] std::int32_t GetLastStatus() const { return last_status_; }
+    [[nodiscard]] std::u16string GetCurrentServer() const { return ToWide(current_server_); }
+    void SetCurrentServer(std::u16string_view server);
+    void SetDisplayUnit(std::int16_t unit);
+    void SelectNextServer();
+    void OpenFolderSelection();
+    bool SetCurrentFolder(std::u16string_view folder);
+    [[nodiscard]] std::u16string GetCurrentFolder() const { return ToWide(current_folder_.path); }
+    bool RefreshPartList();
+    bool GetServerList(ServerTable& table) const;
+    bool SetServerList(const ServerTable& table);
+    bool GetViewState(std::span<std::int16_t, view_state_values> values);
+    [[nodiscard]] std::int16_t GetViewStateCount() const { return static_cast<std::int16_t>(view_state_values); }
+    void SetViewState(std::span<const std::int16_t, view_state_values> values);
+    bool SetPartFilter(std::int16_t kind_mask);
+    bool ReadPartImage(std::span<char, image_block_bytes> image);
+    std::int16_t MoveFocus(std::int16_t code);
+    bool CopyPartFiles(std::u16string_view server, std::u16string_view part_path);
+    [[nodiscard]] std::optional<PartRow> ReadPartAttributes(std::u16string_view server, std::u16string_view part_path);
+    [[nodiscard]] std::int32_t GetSelectedPartCount() const;
+    [[nodiscard]] std::optional<SelectedPart> GetSelectedPart(std::int16_t index);
+    std::int16_t SelectAllParts(std::int16_t select);
+
+    // For a pane. Null detaches it.
+    void AttachPane(IBrowserPane* pane) { pane_ = pane; }
+    void SetClickSink(std::function<void()> sink) { click_ = std::move(sink); }
+
+    [[nodiscard]] const QStringList& Servers() const { return servers_; } // the table, in order; at most ten
+    [[nodiscard]] QStringList OtherServers() const;                       // found in the folder, not in the table
+    [[nodiscard]] int ServerCursor() const { return cursor_; }            // index into Servers, or their count
+    [[nodiscard]] const QString& CurrentServer() const { return current_server_; }
+    [[nodiscard]] const CLibraryFolder& LibraryFolder() const { return libraries_.Folder(); }
+    [[nodiscard]] IPartLibrary* Library() { return library_.get(); } // of the current server; null: not reached
+    [[nodiscard]] std::shared_ptr<IPartLibrary> ShareLibrary() const { return library_; }
+    [[nodiscard]] const FolderRow& CurrentFolder() const { return current_folder_; } // id 0: none
+    [[nodiscard]] const PartListView& ListView() const { return view_; }
+    [[nodiscard]] DisplayUnit ShownUnit() const { return shown_unit_; }
+    [[nodiscard]] const std::vector<PartId>& Selection() const { return selection_; } // in the order of the list
+    void ClearProblem() { SetProblem({}); }
+
+    // What went wrong last, or what is wrong now with the file behind the library that is shown.
+    [[nodiscard]] LibraryProblem Problem() const;
+    [[nodiscard]] QTime FailsSince() const { return libraries_.FailsSince(current_server_); }
+
+    // The folders in one of any server's. Nothing where it is not reached; told only for the current server.
+    [[nodiscard]] std::optional<std::vector<FolderRow>> Folders(const QString& server, const QString& path);
+
+    // What the user does. Each fires one click at its end, except SortBy and Refresh.
+    bool Go(const QString& server, const QString& folder); // a server joins the table where there is room
+    bool Refresh();                                        // tries again what failed
+    void Select(std::vector<PartId> ids);                  // in the order of the list; empty for a click beside it
+    void SearchFor(const QString& text);                   // clicks only when the selection has changed
+    void SortBy(PartColumn column, bool descending);
+
+    // Selects by name in the current folder; false, with nothing changed, when one is not shown.
+    bool SelectParts(const QStringList& names);
+
+private:
+    [[nodiscard]] std::shared_ptr<IPartLibrary> Reach(const QString& server);
+    [[nodiscard]] std::shared_ptr<IPartLibrary> LibraryOf(std::u16string_view server);
+    bool MakeCurrent(const QString& server, std::shared_ptr<IPartLibrary> library);
+    bool EnterFolder(const QString& path);
+    void ListChanged();
+    bool KeepVisible();
+    void SetSelection(std::vector<PartId> ids);
+    void RememberNames(std::size_t index);
+    [[nodiscard]] std::optional<PartRow> FindByPath(IPartLibrary& library, std::u16string_view part_path);
+    [[nodiscard]] std::optional<PartRow> FirstSelected();
+    bool StageFiles(IPartLibrary& library, const PartRow& part, SlotSet slots);
+    bool SetProblem(const LibraryProblem& problem); // true for no problem
+    void Tell(void (IBrowserPane::*change)());
+    void Click();
+
+    COpenLibraries libraries_;
+    QStringList servers_;
+    int cursor_ = 0;
+    QString current_server_;
+    std::shared_ptr<IPartLibrary> library_;
+    FolderRow current_folder_;
+    std::optional<QString> wanted_folder_; // asked for before its server was there
+    PartListView view_;
+    std::vector<PartId> selection_;
+    std::vector<QString> selected_names_; // of the first of them, for when the library does not answer
+    std::optional<std::u16string> target_folder_;
+    CFolderNames target_names_;
+    std::int16_t data_kind_ = part_data_kind;
+    DisplayUnit unit_ = DisplayUnit::Metric;
+    DisplayUnit shown_unit_ = DisplayUnit::Metric;
+    ViewState view_state_;
+    std::int32_t last_status_ = 0;
+    LibraryProblem problem_;
+    IBrowserPane* pane_ = nullptr;
+    std::function<void()> click_;
+};
+
+} // namespace partkeep

@@ -1,0 +1,126 @@
+// The session's operations that read a part and write its files.
+#include "partlibrary/session/browser_session.h"
+
+#include "partlibrary/library/library_names.h"
+#include "partlibrary/library/library_text.h"
+#include "partlibrary/session/staged_files.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace partkeep {
+
+namespace {
+
+constexpr std::int32_t status_ok = 0;
+constexpr std::int32_t status_failed = -1;
+
+} // namespace
+
+bool CBrowserSession::SetTargetFolder(std::u16string_view folder)
+{
+    target_folder_ = std::u16string(folder);
+    return true;
+}
+
+bool CBrowserSession::SetDataKind(std::int16_t kind_mask)
+{
+    data_kind_ = kind_mask;
+    return true;
+}
+
+std::optional<PartRow> CBrowserSession::FindByPath(IPartLibrary& library, std::u16string_view part_path)
+{
+    const std::size_t separator = part_path.rfind(u'\\');
+    const bool in_root = separator == std::u16string_view::npos;
+    const QString folder = in_root ? QString() : FolderPath(FromWide(part_path.substr(0, separator)));
+    auto part = library.FindPart(folder, FromWide(in_root ? part_path : part_path.substr(separator + 1)));
+    if (!part) {
+        SetProblem(library.Problem());
+    }
+    return part;
+}
+
+std::optional<PartRow> CBrowserSession::ReadPartAttributes(std::u16string_view server, std::u16string_view part_path)
+{
+    const auto library = LibraryOf(server);
+    return library != nullptr ? FindByPath(*library, part_path) : std::nullopt;
+}
+
+bool CBrowserSession::CopyPartFiles(std::u16string_view server, std::u16string_view part_path)
+{
+    const auto library = LibraryOf(server);
+    const auto part = library != nullptr ? FindByPath(*library, part_path) : std::nullopt;
+    return part && StageFiles(*library, *part, SlotsOfMask(data_kind_));
+}
+
+bool CBrowserSession::StageFiles(IPartLibrary& library, const PartRow& part, SlotSet slots)
+{
+    if (!target_folder_) {
+        return SetProblem({LibraryFault::WriteFailed, part.name, QStringLiteral("no target folder is set")});
+    }
+    if (pane_ != nullptr) {
+        pane_->CopyStarted(part.name);
+    }
+    CStagedFiles files(*target_folder_, target_names_);
+    std::optional<FileSlot> begun;
+    const auto write = [&](FileSlot slot, std::span<const char> block) {
+        const bool open = begun == slot || files.Begin(ToWide(part.name) + KindOf(slot).extension);
+        begun = slot;
+        return open ? files.Write(block) : files.Problem();
+    };
+    const bool staged = library.CopyFiles(part.id, slots, write) && files.Commit();
+    if (pane_ != nullptr) {
+        pane_->CopyEnded();
+    }
+    return staged || SetProblem(files.Problem() ? files.Problem() : library.Problem());
+}
+
+// The entry that a picture is asked for; a deleted one makes the list outdated.
+std::optional<PartRow> CBrowserSession::FirstSelected()
+{
+    last_status_ = status_ok;
+    if (selection_.empty() || library_ == nullptr) {
+        return std::nullopt;
+    }
+    auto part = library_->FindPart(selection_.front());
+    if (!part) {
+        last_status_ = library_->Problem().fault == LibraryFault::NoPart ? status_list_outdated : status_failed;
+        SetProblem(library_->Problem());
+    }
+    return part;
+}
+
+// A PNG picture comes as a file later; its block only asks.
+bool CBrowserSession::ReadPartImage(std::span<char, image_block_bytes> image)
+{
+    const auto slot = SlotOfTag({image.data(), image.size()});
+    const auto part = FirstSelected();
+    if (!slot || !part || (part->slots & SetOf(*slot)) == 0) {
+        return false;
+    }
+    if (*slot == FileSlot::Png) {
+        return true;
+    }
+    const auto content = library_->ReadFile(part->id, *slot);
+    if (!content) {
+        last_status_ = status_failed;
+        SetProblem(library_->Problem());
+    }
+    const bool fits = content && static_cast<std::size_t>(content->size()) <= image.size();
+    if (fits) {
+        std::fill(std::copy(content->begin(), content->end(), image.begin()), image.end(), '\0');
+    }
+    return fits;
+}
+
+std::u16string CBrowserSession::GetPreviewFileTitle()
+{
+    const auto part = FirstSelected();
+    if (!part || (part->slots & SetOf(FileSlot::Png)) == 0 || !StageFiles(*library_, *part, SetOf(FileSlot::Png))) {
+        return {};
+    }
+    return ToWide(part->name);
+}
+
+} // namespace partkeep

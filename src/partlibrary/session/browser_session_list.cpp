@@ -1,0 +1,216 @@
+// The session's folders, list and selection.
+#include "partlibrary/library/library_names.h"
+#include "partlibrary/session/browser_session.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace partkeep {
+
+namespace {
+
+constexpr std::size_t most_names = 32768; // an index has 16 bits
+
+} // namespace
+
+void CBrowserSession::OpenFolderSelection()
+{
+    Tell(&IBrowserPane::OpenFolderSelection);
+}
+
+bool CBrowserSession::SetCurrentFolder(std::u16string_view folder)
+{
+    const QString path = FolderPath(FromWide(folder));
+    if (library_ == nullptr) {
+        wanted_folder_ = path;
+        return false;
+    }
+    SetProblem({});
+    return EnterFolder(path);
+}
+
+bool CBrowserSession::EnterFolder(const QString& path)
+{
+    const auto row = library_->FindFolder(path);
+    if (!row) {
+        return SetProblem(library_->Problem());
+    }
+    const bool same = row->id == current_folder_.id;
+    current_folder_ = *row;
+    view_.folder = row->id;
+    if (same) {
+        ListChanged();
+        return true;
+    }
+    view_.search.clear();
+    SetSelection({});
+    Tell(&IBrowserPane::FolderChanged);
+    return true;
+}
+
+// A library that has gone stays open as long as the system keeps it: what is listed can still be loaded.
+bool CBrowserSession::RefreshPartList()
+{
+    shown_unit_ = unit_;
+    auto library = current_server_.isEmpty() ? nullptr : Reach(current_server_);
+    if (library == nullptr) {
+        Tell(&IBrowserPane::PartListChanged);
+        return false;
+    }
+    if (library != library_) {
+        return MakeCurrent(current_server_, std::move(library));
+    }
+    if (!EnterFolder(current_folder_.path)) {
+        EnterFolder({});
+    }
+    return true;
+}
+
+bool CBrowserSession::Refresh()
+{
+    libraries_.Retry(current_server_);
+    return RefreshPartList();
+}
+
+bool CBrowserSession::SetPartFilter(std::int16_t kind_mask)
+{
+    view_.filter = kind_mask;
+    ListChanged();
+    return library_ != nullptr;
+}
+
+void CBrowserSession::SearchFor(const QString& text)
+{
+    view_.search = text;
+    const std::size_t before = selection_.size();
+    ListChanged();
+    if (selection_.size() != before) {
+        Click();
+    }
+}
+
+void CBrowserSession::SortBy(PartColumn column, bool descending)
+{
+    view_.sort = column;
+    view_.descending = descending;
+    view_state_.sort = column;
+    view_state_.descending = descending;
+    ListChanged();
+}
+
+// The rows first, so that a pane can find the selection among them.
+void CBrowserSession::ListChanged()
+{
+    const bool kept = KeepVisible();
+    Tell(&IBrowserPane::PartListChanged);
+    if (!kept) {
+        Tell(&IBrowserPane::SelectionChanged);
+    }
+}
+
+// What the list no longer shows is not selected any more. False when the selection has changed.
+bool CBrowserSession::KeepVisible()
+{
+    if (selection_.empty() || library_ == nullptr) {
+        return true;
+    }
+    auto visible = library_->Visible(view_, selection_);
+    if (!visible) {
+        SetProblem(library_->Problem());
+        return true;
+    }
+    const bool same = *visible == selection_;
+    if (!same) {
+        SetSelection(std::move(*visible));
+    }
+    return same;
+}
+
+void CBrowserSession::SetDisplayUnit(std::int16_t unit)
+{
+    unit_ = unit == static_cast<std::int16_t>(DisplayUnit::Inch) ? DisplayUnit::Inch : DisplayUnit::Metric;
+}
+
+// The selection.
+
+void CBrowserSession::Select(std::vector<PartId> ids)
+{
+    SetSelection(std::move(ids));
+    Click();
+}
+
+void CBrowserSession::SetSelection(std::vector<PartId> ids)
+{
+    selection_ = std::move(ids);
+    selected_names_.clear();
+}
+
+bool CBrowserSession::SelectParts(const QStringList& names)
+{
+    std::vector<PartId> ids;
+    for (const QString& name : names) {
+        const auto part = library_ != nullptr ? library_->FindPart(current_folder_.path, name) : std::nullopt;
+        if (!part) {
+            return false;
+        }
+        ids.push_back(part->id);
+    }
+    auto visible = library_ != nullptr ? library_->Visible(view_, ids) : std::nullopt;
+    if (!visible || visible->size() != ids.size()) {
+        return false;
+    }
+    SetSelection(std::move(*visible));
+    Tell(&IBrowserPane::SelectionChanged);
+    Click();
+    return true;
+}
+
+std::int16_t CBrowserSession::SelectAllParts(std::int16_t select)
+{
+    auto all = select == 1 && library_ != nullptr ? library_->Ids(view_) : std::nullopt;
+    const bool done = select != 1 || all.has_value();
+    SetSelection(std::move(all).value_or(std::vector<PartId>{}));
+    Tell(&IBrowserPane::SelectionChanged);
+    return done ? 1 : 0;
+}
+
+std::int32_t CBrowserSession::GetSelectedPartCount() const
+{
+    constexpr std::size_t most = std::numeric_limits<std::int32_t>::max();
+    return static_cast<std::int32_t>(std::min(selection_.size(), most));
+}
+
+// Who asks for the second will ask for all: their names are read while the library answers.
+void CBrowserSession::RememberNames(std::size_t index)
+{
+    const std::size_t wanted = index == 0 ? 1 : std::min(selection_.size(), most_names);
+    while (selected_names_.size() < wanted) {
+        const auto part = library_->FindPart(selection_[selected_names_.size()]);
+        if (!part && library_->Problem().fault != LibraryFault::NoPart) {
+            return;
+        }
+        selected_names_.push_back(part && part->folder == current_folder_.id ? part->name : QString());
+    }
+}
+
+// A part that has gone is told by an empty name, a library that does not answer by what it said before.
+std::optional<SelectedPart> CBrowserSession::GetSelectedPart(std::int16_t index)
+{
+    const auto place = static_cast<std::size_t>(std::max<std::int16_t>(index, 0));
+    if (index < 0 || place >= selection_.size() || library_ == nullptr) {
+        return std::nullopt;
+    }
+    RememberNames(place);
+    const auto part = library_->FindPart(selection_[place]);
+    if (!part && library_->Problem().fault != LibraryFault::NoPart) {
+        SetProblem(library_->Problem());
+        return place < selected_names_.size()
+                   ? std::optional(SelectedPart{current_server_, current_folder_.path, selected_names_[place]})
+                   : std::nullopt;
+    }
+    const QString name = part && part->folder == current_folder_.id ? part->name : QString();
+    return SelectedPart{current_server_, current_folder_.path, name};
+}
+
+} // namespace partkeep

@@ -1,0 +1,133 @@
+#include "partlibrary/session/staged_files.h"
+
+#include "partlibrary/library/library_text.h"
+#include "platform/files.h"
+#include "platform/posix/temporary_files.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace partkeep {
+
+namespace {
+
+constexpr mode_t new_file_mode = 0666; // less the process's mask, as for a file that is copied
+
+LibraryFault FaultOfError(int error)
+{
+    switch (error) {
+    case ENOSPC:
+    case EDQUOT:
+        return LibraryFault::DiskFull;
+    case ENAMETOOLONG:
+        return LibraryFault::PathTooLong;
+    default:
+        return LibraryFault::WriteFailed;
+    }
+}
+
+} // namespace
+
+CStagedFiles::CStagedFiles(std::u16string_view folder, CFolderNames& names)
+    : names_(names), folder_(folder.empty() ? "." : NativePath(folder))
+{
+    directory_ = open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (directory_ < 0) {
+        Fail(errno);
+    }
+}
+
+CStagedFiles::~CStagedFiles()
+{
+    for (const Entry& entry : entries_) {
+        unlinkat(directory_, entry.temporary.c_str(), 0);
+        close(entry.descriptor);
+    }
+    if (directory_ >= 0) {
+        close(directory_);
+    }
+}
+
+LibraryProblem CStagedFiles::ProblemOf(int error) const
+{
+    const std::string text = std::generic_category().message(error);
+    return {FaultOfError(error), FromUtf8(folder_), FromUtf8(text)};
+}
+
+bool CStagedFiles::Fail(int error)
+{
+    problem_ = ProblemOf(error);
+    return false;
+}
+
+bool CStagedFiles::Begin(std::u16string_view name)
+{
+    const std::string narrow = NarrowText(name, utf8_code_page);
+    if (!problem_ && (folder_.size() + 1 + narrow.size() >= PATH_MAX || narrow.size() > NAME_MAX)) {
+        Fail(ENAMETOOLONG);
+    }
+    if (problem_) {
+        return false;
+    }
+    const std::string temporary = NewTemporaryName();
+    const int descriptor =
+        openat(directory_, temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, new_file_mode);
+    if (descriptor < 0) {
+        return Fail(errno);
+    }
+    HoldTemporaryFile(descriptor);
+    entries_.push_back({std::u16string(name), temporary, descriptor});
+    return true;
+}
+
+LibraryProblem CStagedFiles::Write(std::span<const char> block) const
+{
+    while (!block.empty()) {
+        const ssize_t count = write(entries_.back().descriptor, block.data(), block.size());
+        if (count < 0 && errno != EINTR) {
+            return ProblemOf(errno);
+        }
+        block = block.subspan(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    }
+    return {};
+}
+
+// Some file systems tell only when a descriptor is closed that there was no room. A second one is closed for that: the
+// first holds the lock until the file has its name.
+bool CStagedFiles::EndAll()
+{
+    int error = 0;
+    for (const Entry& entry : entries_) {
+        const int second = dup(entry.descriptor);
+        error = second < 0 || close(second) != 0 ? errno : error;
+    }
+    return error == 0 || Fail(error);
+}
+
+// A file of another spelling keeps its name and takes the new content.
+bool CStagedFiles::Commit()
+{
+    if (problem_ || !EndAll()) {
+        return false;
+    }
+    names_.Update(directory_);
+    std::size_t placed = 0;
+    for (const Entry& entry : entries_) {
+        const std::string target = names_.SpellingOf(directory_, entry.name);
+        if (renameat(directory_, entry.temporary.c_str(), directory_, target.c_str()) != 0) {
+            Fail(errno);
+            break;
+        }
+        close(entry.descriptor);
+        ++placed;
+    }
+    entries_.erase(entries_.begin(), entries_.begin() + static_cast<std::ptrdiff_t>(placed));
+    return entries_.empty();
+}
+
+} // namespace partkeep

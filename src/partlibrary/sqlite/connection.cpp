@@ -1,0 +1,345 @@
+#include "partlibrary/sqlite/connection.h"
+
+#include "partlibrary/library/library_text.h"
+#include "partlibrary/sqlite/left_journal.h"
+#include "partlibrary/sqlite/schema.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <array>
+#include <sqlite3.h>
+#include <thread>
+#include <utility>
+
+namespace partkeep {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds most_work{2000}; // of a statement without a row
+constexpr milliseconds impatience{10000};
+constexpr std::array<int, 6> busy_waits_ms{1, 2, 5, 10, 20, 25};
+constexpr int progress_steps = 20000;
+constexpr int longest_value = 16 << 20; // bytes; a library's own rows stay far below
+
+// Look-ups in a large library want as many pages at hand as can be; content that streams through wants few.
+constexpr const char* read_cache = "PRAGMA cache_size=-131072";
+constexpr const char* content_cache = "PRAGMA cache_size=-512";
+constexpr const char* write_cache = "PRAGMA cache_size=-262144";
+
+// Changes stay in memory until the commit as far as they can: from the moment on that one reaches the file, nobody
+// can read.
+constexpr const char* write_spill = "PRAGMA cache_spill=8192";
+
+bool IsReading(OpenMode mode)
+{
+    return mode == OpenMode::Read || mode == OpenMode::ReadAll;
+}
+
+LibraryFault FaultOfCode(int code)
+{
+    if (code == SQLITE_READONLY_ROLLBACK || code == SQLITE_READONLY_RECOVERY) {
+        return LibraryFault::Unfinished;
+    }
+    switch (code & 0xFF) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+    case SQLITE_INTERRUPT:
+        return LibraryFault::Busy;
+    case SQLITE_NOMEM:
+        return LibraryFault::NoMemory;
+    case SQLITE_READONLY:
+        return LibraryFault::ReadOnly;
+    case SQLITE_IOERR:
+        return LibraryFault::ReadFailed;
+    case SQLITE_CORRUPT:
+        return LibraryFault::Damaged;
+    case SQLITE_FULL:
+        return LibraryFault::DiskFull;
+    case SQLITE_CANTOPEN:
+        return LibraryFault::CannotOpen;
+    case SQLITE_NOTADB:
+        return LibraryFault::NotALibrary;
+    default:
+        return LibraryFault::Failed;
+    }
+}
+
+// Opening a pipe or a device in place of a file could wait for ever.
+bool CheckFile(const QString& file, LibraryProblem& problem)
+{
+    const QFileInfo info(file);
+    if (!info.exists()) {
+        problem = {LibraryFault::NotFound, file, {}};
+    } else if (!info.isFile()) {
+        problem = {LibraryFault::NotALibrary, file, QStringLiteral("not a file")};
+    } else if (!info.isReadable()) {
+        problem = {LibraryFault::CannotOpen, file, QStringLiteral("permission denied")};
+    }
+    return !problem;
+}
+
+} // namespace
+
+std::shared_ptr<CConnection> CConnection::Open(const QString& file, OpenMode mode, LibraryProblem& problem)
+{
+    problem = {};
+    const QString absolute = QFileInfo(file).absoluteFilePath(); // the engine takes "file:" for more than a name
+    if (mode != OpenMode::Create && !CheckFile(absolute, problem)) {
+        return nullptr;
+    }
+    std::shared_ptr<CConnection> connection(new CConnection(absolute, mode));
+    const bool ours = mode != OpenMode::Write || SetForeignJournalAside(absolute, problem);
+    if (ours && connection->OpenFile() && connection->SetUp()) {
+        return connection;
+    }
+    problem = problem ? problem : connection->Problem();
+    return nullptr;
+}
+
+bool CConnection::OpenFile()
+{
+    const int access = IsReading(mode_)            ? SQLITE_OPEN_READONLY
+                       : mode_ == OpenMode::Create ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE
+                                                   : SQLITE_OPEN_READWRITE;
+    const int code = sqlite3_open_v2(ToUtf8(file_).c_str(), &database_, access | SQLITE_OPEN_NOMUTEX, nullptr);
+    if (code != SQLITE_OK) {
+        problem_ = EngineProblem(database_ != nullptr ? sqlite3_extended_errcode(database_) : code);
+        return false;
+    }
+    sqlite3_extended_result_codes(database_, 1);
+    sqlite3_busy_handler(database_, OnBusy, this);
+    sqlite3_limit(database_, SQLITE_LIMIT_LENGTH, longest_value);
+    sqlite3_db_config(database_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(database_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    if (mode_ == OpenMode::Read) {
+        sqlite3_progress_handler(database_, progress_steps, OnProgress, this);
+    }
+    return true;
+}
+
+// No memory mapping: a mapped library that somebody cuts short would end the host process.
+bool CConnection::SetUp()
+{
+    const bool ready = Execute("PRAGMA cell_size_check=1") && Execute("PRAGMA mmap_size=0") &&
+                       Execute("PRAGMA temp_store=2") && Execute(IsReading(mode_) ? read_cache : write_cache) &&
+                       (IsReading(mode_) || (Execute(write_spill) && Execute("PRAGMA secure_delete=0"))) &&
+                       AddRowFunctions(*this, database_);
+    return ready && (mode_ == OpenMode::Create ? CreateSchema(*this) : CheckSchema(*this));
+}
+
+CConnection::~CConnection()
+{
+    for (const auto& [sql, statement] : idle_) {
+        sqlite3_finalize(statement);
+    }
+    sqlite3_close_v2(database_);
+}
+
+LibraryPlace CConnection::Place() const
+{
+    int moved = 0;
+    sqlite3_file_control(database_, "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+    if (moved == 0) {
+        return LibraryPlace::Same;
+    }
+    return QFileInfo::exists(file_) ? LibraryPlace::Another : LibraryPlace::Nothing;
+}
+
+void CConnection::SetId(QByteArray id)
+{
+    id_ = std::move(id);
+    salt_ = static_cast<qint64>(id_.left(16).toULongLong(nullptr, 16));
+}
+
+// Not as a kept statement: the engine obeys this one while it prepares it.
+void CConnection::StreamContent(bool streaming)
+{
+    if (IsReading(mode_)) {
+        sqlite3_exec(database_, streaming ? content_cache : read_cache, nullptr, nullptr, nullptr);
+    }
+}
+
+LibraryProblem CConnection::EngineProblem(int code) const
+{
+    const char* text = database_ != nullptr ? sqlite3_errmsg(database_) : sqlite3_errstr(code);
+    return {FaultOfCode(code), file_, FromUtf8(text)};
+}
+
+int CConnection::OnBusy(void* connection, int tries)
+{
+    auto& self = *static_cast<CConnection*>(connection);
+    const auto now = Clock::now();
+    if (tries == 0) {
+        self.wait_began_ = now;
+    }
+    if (now < self.impatient_until_ && self.patience_ <= usual_patience) {
+        return 0;
+    }
+    if (now - self.wait_began_ >= self.patience_) {
+        self.impatient_until_ = now + impatience;
+        return 0;
+    }
+    const auto wait = std::min<std::size_t>(static_cast<std::size_t>(tries), busy_waits_ms.size() - 1);
+    std::this_thread::sleep_for(milliseconds(busy_waits_ms[wait]));
+    return 1;
+}
+
+// The clock is read only where a step takes long enough to come here.
+int CConnection::OnProgress(void* connection)
+{
+    auto& self = *static_cast<CConnection*>(connection);
+    const auto now = Clock::now();
+    if (!std::exchange(self.work_timed_, true)) {
+        self.work_began_ = now;
+    }
+    return now - self.work_began_ > most_work ? 1 : 0;
+}
+
+sqlite3_stmt* CConnection::Take(const std::string& sql)
+{
+    if (watcher_) {
+        watcher_(sql);
+    }
+    if (const auto idle = idle_.find(sql); idle != idle_.end()) {
+        return std::exchange(idle->second, nullptr);
+    }
+    return nullptr;
+}
+
+void CConnection::GiveBack(std::string sql, sqlite3_stmt* statement)
+{
+    sqlite3_finalize(std::exchange(idle_[std::move(sql)], statement));
+}
+
+// Statements.
+
+CStatement::CStatement(CConnection& connection, std::string sql)
+    : connection_(connection), sql_(std::move(sql)), statement_(connection.Take(sql_))
+{
+    if (statement_ != nullptr) {
+        return;
+    }
+    connection_.work_timed_ = false;
+    const auto prepare = [this] {
+        return sqlite3_prepare_v3(connection_.database_, sql_.data(), static_cast<int>(sql_.size()),
+                                  SQLITE_PREPARE_PERSISTENT, &statement_, nullptr);
+    };
+    int code = prepare(); // reads the tables' names when it is the first
+    if (code == SQLITE_READONLY_ROLLBACK && TakeBackLeftChanges(connection_.file_)) {
+        code = prepare();
+    }
+    if (code != SQLITE_OK) {
+        Fail(code);
+    }
+}
+
+CStatement::~CStatement()
+{
+    if (statement_ != nullptr) {
+        Reset();
+        connection_.GiveBack(std::move(sql_), statement_);
+    }
+}
+
+void CStatement::Reset()
+{
+    failed_ = statement_ == nullptr;
+    if (statement_ != nullptr) {
+        sqlite3_reset(statement_);
+        sqlite3_clear_bindings(statement_);
+    }
+}
+
+CStatement& CStatement::WithAll(const std::vector<SqlValue>& values)
+{
+    Reset();
+    int place = 0;
+    for (const SqlValue& value : values) {
+        std::visit([&](const auto& held) { Bind(++place, held); }, value);
+    }
+    return *this;
+}
+
+void CStatement::Bind(int place, qint64 value)
+{
+    sqlite3_bind_int64(statement_, place, value);
+}
+
+void CStatement::Bind(int place, const QString& value)
+{
+    const std::string text = ToUtf8(value);
+    sqlite3_bind_text64(statement_, place, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+}
+
+void CStatement::Bind(int place, const QByteArray& value)
+{
+    sqlite3_bind_blob64(statement_, place, value.constData(), static_cast<sqlite3_uint64>(value.size()),
+                        SQLITE_TRANSIENT);
+}
+
+void CStatement::Bind(int place, std::span<const char> value)
+{
+    const char* const bytes = value.data() != nullptr ? value.data() : "";
+    sqlite3_bind_blob64(statement_, place, bytes, value.size(), SQLITE_STATIC);
+}
+
+int CStatement::Step()
+{
+    connection_.work_timed_ = false;
+    return sqlite3_step(statement_);
+}
+
+// A writer may be cut off while somebody reads: what it left is taken back, and the statement begun again.
+bool CStatement::Next()
+{
+    if (failed_) {
+        return false;
+    }
+    int code = Step();
+    if (code == SQLITE_READONLY_ROLLBACK && TakeBackLeftChanges(connection_.file_)) {
+        sqlite3_reset(statement_);
+        code = Step();
+    }
+    return code == SQLITE_ROW || (code != SQLITE_DONE && Fail(code));
+}
+
+bool CStatement::Done()
+{
+    while (Next()) {
+    }
+    return !failed_;
+}
+
+bool CStatement::Fail(int code)
+{
+    failed_ = true;
+    connection_.problem_ = connection_.EngineProblem(code);
+    return false;
+}
+
+qint64 CStatement::Integer(int column) const
+{
+    return sqlite3_column_int64(statement_, column);
+}
+
+std::string_view CStatement::Raw(int column) const
+{
+    const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement_, column));
+    return {bytes != nullptr ? bytes : "", static_cast<std::size_t>(sqlite3_column_bytes(statement_, column))};
+}
+
+QString CStatement::Text(int column) const
+{
+    return FromUtf8(Raw(column));
+}
+
+QByteArray CStatement::Bytes(int column) const
+{
+    const std::string_view bytes = Raw(column);
+    return {bytes.data(), static_cast<qsizetype>(bytes.size())};
+}
+
+} // namespace partkeep

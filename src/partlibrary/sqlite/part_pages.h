@@ -1,0 +1,73 @@
+// The rows of a list by number, for a pane that shows a few of very many. Nothing is read whole: a scan walks the
+// list in slices of a few milliseconds, between events, and keeps the ids of the first rows and, for what lies
+// behind them, a position every few thousand rows. So any page is near a known one, and what is held does not grow
+// with the folder beyond that.
+//
+// A rare search text in a large folder is found through the search index first; a frequent one fills the first
+// page within a few slices of the walk.
+#pragma once
+
+#include "partlibrary/sqlite/part_query.h"
+
+#include <QStringList>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace partkeep {
+
+class CPartPages : public IPartListing {
+public:
+    // Parts in the folder as it counts them: tells small from large.
+    CPartPages(std::shared_ptr<CConnection> connection, PartListView view, qint64 parts_in_folder);
+
+    // Looks only among the rows of a list that this one's search narrows. False when that list does not hold
+    // all its ids, or shows something else. To be called before the first step.
+    bool NarrowFrom(const CPartPages& wider);
+
+    bool Step() override;
+    [[nodiscard]] bool Complete() const override { return phase_ == Phase::Complete; }
+    [[nodiscard]] bool Failed() const override { return phase_ == Phase::Failed; }
+    [[nodiscard]] qint64 Count() const override { return count_; }
+    [[nodiscard]] const PartListView& View() const override { return view_; }
+    [[nodiscard]] std::vector<PartRow> Rows(qint64 first, qint64 limit) override;
+    [[nodiscard]] std::vector<PartId> Ids(qint64 first, qint64 limit) override;
+    [[nodiscard]] std::optional<qint64> RowOf(PartId part) override;
+
+private:
+    enum class Phase { Among, Sample, Candidates, Walk, Complete, Failed };
+    struct Anchor {
+        std::optional<PartPosition> position; // the last row before; nothing: the start
+        qint64 rows = 0;                      // shown rows up to there
+    };
+
+    void StepAmong();
+    void StepSample();
+    void StepCandidates();
+    void StepWalk();
+    [[nodiscard]] std::optional<PartPosition> WindowEnd();
+    void TakeWindow(const std::optional<PartPosition>& end);
+    void AdaptWindow(qint64 nanoseconds);
+    void Fail() { phase_ = Phase::Failed; }
+    [[nodiscard]] const Anchor& AnchorBefore(qint64 row) const;
+    [[nodiscard]] CPartQuery From(qint64 first, qint64 limit, const std::string& columns) const;
+    [[nodiscard]] std::vector<PartRow> RowsByIds(qint64 first, qint64 limit);
+    [[nodiscard]] std::optional<PartPosition> PositionOf(PartId part);
+
+    std::shared_ptr<CConnection> connection_;
+    PartListView view_;
+    QStringList words_;
+    QStringList index_words_; // those of their pairs that the index is asked for
+    Phase phase_;
+    qint64 count_ = 0;
+    qint64 window_;
+    std::vector<PartId> ids_;        // of the first rows
+    std::vector<Anchor> anchors_;    // by rising rows; the first is the start
+    std::optional<PartPosition> at_; // where the walk stands
+    std::vector<PartId> candidates_;
+    qint64 candidates_to_ = 0; // ids up to here have been looked up in the index
+    qint64 last_id_ = 0;       // of the table
+};
+
+} // namespace partkeep

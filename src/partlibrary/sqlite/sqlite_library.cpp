@@ -1,0 +1,224 @@
+#include "partlibrary/sqlite/sqlite_library.h"
+
+#include "partlibrary/library/library_names.h"
+#include "partlibrary/library/sort_text.h"
+#include "partlibrary/sqlite/part_pages.h"
+#include "partlibrary/sqlite/schema.h"
+
+#include <algorithm>
+
+namespace partkeep {
+
+namespace {
+
+const std::string folders = std::string("SELECT ") + folder_row_columns + " FROM folder ";
+const std::string parts = std::string("SELECT ") + part_row_columns + " FROM part ";
+
+std::optional<std::vector<PartId>> ReadIds(CConnection& connection, const CPartQuery& query)
+{
+    CPartResult statement(connection, query);
+    std::vector<PartId> ids;
+    while (statement.Next()) {
+        ids.push_back(statement.Integer(0));
+    }
+    return statement.Failed() ? std::nullopt : std::optional(std::move(ids));
+}
+
+// Few pages at hand while this lives.
+class CStreaming {
+public:
+    explicit CStreaming(CConnection& connection) : connection_(connection) { connection_.StreamContent(true); }
+    ~CStreaming() { connection_.StreamContent(false); }
+    CStreaming(const CStreaming&) = delete;
+    CStreaming& operator=(const CStreaming&) = delete;
+
+private:
+    CConnection& connection_;
+};
+
+} // namespace
+
+std::unique_ptr<CSqliteLibrary> CSqliteLibrary::Open(const QString& file, LibraryProblem& problem)
+{
+    auto connection = CConnection::Open(file, OpenMode::Read, problem);
+    return connection != nullptr ? std::unique_ptr<CSqliteLibrary>(new CSqliteLibrary(std::move(connection))) : nullptr;
+}
+
+std::nullopt_t CSqliteLibrary::Refuse(LibraryFault fault, const QString& subject)
+{
+    connection_->SetProblem({fault, subject, {}});
+    return std::nullopt;
+}
+
+// A name that the gate would hold back is not looked for.
+std::optional<FolderRow> CSqliteLibrary::FindFolder(const QString& path)
+{
+    CStatement statement(*connection_, folders + "WHERE path = ?");
+    FolderRow row;
+    if (CheckFolderPath(path) != NameFault::None || !statement.With(path).Next()) {
+        return statement.Failed() ? std::nullopt : Refuse(LibraryFault::NoFolder, path);
+    }
+    const RowFault fault = ReadFolderRow(statement, row);
+    if (fault == RowFault::Damaged) {
+        connection_->SetProblem(DamagedRow(*connection_));
+        return std::nullopt;
+    }
+    return fault == RowFault::None ? std::optional(row) : Refuse(LibraryFault::NameRefused, path);
+}
+
+std::optional<PartRow> CSqliteLibrary::FindPart(const QString& folder, const QString& name)
+{
+    if (CheckFolderPath(folder) != NameFault::None || CheckName(name) != NameFault::None) {
+        return Refuse(LibraryFault::NameRefused, folder + u'\\' + name);
+    }
+    CStatement statement(*connection_, parts + "WHERE folder = (SELECT id FROM folder WHERE path = ?) AND name = ?");
+    return ReadPart(statement.With(folder, name), folder + u'\\' + name);
+}
+
+std::optional<PartRow> CSqliteLibrary::FindPart(PartId id)
+{
+    CStatement statement(*connection_, parts + "WHERE id = ?");
+    return ReadPart(statement.With(id), QString::number(id));
+}
+
+std::optional<PartRow> CSqliteLibrary::ReadPart(CStatement& statement, const QString& subject)
+{
+    PartRow row;
+    if (!statement.Next()) {
+        return statement.Failed() ? std::nullopt : Refuse(LibraryFault::NoPart, subject);
+    }
+    const RowFault fault = ReadPartRow(statement, row);
+    if (fault == RowFault::Damaged) {
+        connection_->SetProblem(DamagedRow(*connection_));
+        return std::nullopt;
+    }
+    return fault == RowFault::None ? std::optional(row) : Refuse(LibraryFault::NameRefused, subject);
+}
+
+// A row that claims to lie here has to have the path of this place.
+std::optional<std::vector<FolderRow>> CSqliteLibrary::Folders(const QString& path)
+{
+    CStatement statement(*connection_, folders + "WHERE parent = (SELECT id FROM folder WHERE path = ?) "
+                                                 "ORDER BY sort_key, name");
+    std::vector<FolderRow> rows;
+    FolderRow row;
+    for (statement.With(path); statement.Next();) {
+        const RowFault fault = ReadFolderRow(statement, row);
+        if (fault == RowFault::Damaged) {
+            connection_->SetProblem(DamagedRow(*connection_));
+            return std::nullopt;
+        }
+        if (fault == RowFault::None && row.path == (path.isEmpty() ? row.name : path + u'\\' + row.name)) {
+            rows.push_back(row);
+        } else {
+            connection_->CountRefused(-row.id);
+        }
+    }
+    return statement.Failed() ? std::nullopt : std::optional(std::move(rows));
+}
+
+std::unique_ptr<IPartListing> CSqliteLibrary::List(const PartListView& view, qint64 parts_in_folder,
+                                                   const IPartListing* wider)
+{
+    auto pages = std::make_unique<CPartPages>(connection_, view, parts_in_folder);
+    if (const auto* const known = dynamic_cast<const CPartPages*>(wider); known != nullptr) {
+        pages->NarrowFrom(*known);
+    }
+    return pages;
+}
+
+// A search may be rare, and then its index is quicker than the folder.
+std::optional<std::vector<PartId>> CSqliteLibrary::Ids(const PartListView& view)
+{
+    if (SearchWords(view.search).isEmpty()) {
+        return ReadIds(*connection_, CPartQuery(view, "part.id").Folder().Shown({}).Ordered());
+    }
+    CStatement count(*connection_, "SELECT parts FROM folder WHERE id = ?");
+    CPartPages pages(connection_, view, count.With(view.folder).Next() ? count.Integer(0) : 0);
+    pages.Finish();
+    auto ids = pages.Ids(0, pages.Count());
+    const bool whole = pages.Complete() && static_cast<qint64>(ids.size()) == pages.Count();
+    return whole ? std::optional(std::move(ids)) : std::nullopt;
+}
+
+std::optional<std::vector<PartId>> CSqliteLibrary::Visible(const PartListView& view, const std::vector<PartId>& ids)
+{
+    if (ids.empty()) {
+        return ids;
+    }
+    return ReadIds(*connection_, CPartQuery(view, "part.id").Among(ids).Shown(SearchWords(view.search)).Ordered());
+}
+
+// Content.
+
+std::optional<std::vector<FileRow>> CSqliteLibrary::Files(PartId part, SlotSet slots)
+{
+    CStatement statement(*connection_, std::string("SELECT ") + file_row_columns +
+                                           " FROM part_file WHERE id BETWEEN ? AND ? ORDER BY id");
+    std::vector<FileRow> files;
+    SlotSet found = 0;
+    for (statement.With(part * slots_per_part, part * slots_per_part + slots_per_part - 1); statement.Next();) {
+        FileRow file;
+        if (ReadFileRow(statement, file) != RowFault::None) {
+            connection_->SetProblem(DamagedRow(*connection_));
+            return std::nullopt;
+        }
+        if ((slots & SetOf(file.slot)) != 0) {
+            found |= SetOf(file.slot);
+            files.push_back(std::move(file));
+        }
+    }
+    if (!statement.Failed() && found != slots) {
+        connection_->SetProblem({LibraryFault::Damaged, connection_->File(), QStringLiteral("a file is missing")});
+    }
+    return !statement.Failed() && found == slots ? std::optional(std::move(files)) : std::nullopt;
+}
+
+bool CSqliteLibrary::CopyFiles(PartId part, SlotSet slots, const ContentSink& sink)
+{
+    const CStreaming few_pages(*connection_);
+    const CReadTransaction one_state(*connection_);
+    const auto row = one_state ? FindPart(part) : std::nullopt;
+    const auto files = row ? Files(part, slots & row->slots) : std::nullopt;
+    if (!files) {
+        return false;
+    }
+    for (const FileRow& file : *files) {
+        if (LibraryProblem problem = CopyPieces(file, sink)) {
+            connection_->SetProblem(std::move(problem));
+            return false;
+        }
+    }
+    return true;
+}
+
+LibraryProblem CSqliteLibrary::CopyPieces(const FileRow& file, const ContentSink& sink)
+{
+    const qint64 first = file.content * pieces_per_content;
+    const auto damage = [this] {
+        return LibraryProblem{LibraryFault::Damaged, connection_->File(), QStringLiteral("a file's content")};
+    };
+    CStatement pieces(*connection_, "SELECT id, sum, content FROM piece WHERE id BETWEEN ? AND ? ORDER BY id");
+    pieces.With(first, first + pieces_per_content - 1);
+    qint64 at = 0;
+    do { // an empty file begins too
+        const qint64 size = std::min<qint64>(piece_bytes, file.bytes - at);
+        const qint64 id = first + at / piece_bytes;
+        if (size > 0 && !pieces.Next()) {
+            return pieces.Failed() ? connection_->Problem() : damage();
+        }
+        const std::string_view piece = size > 0 ? pieces.Raw(2) : std::string_view();
+        const bool sound = size == 0 || (pieces.Integer(0) == id && static_cast<qint64>(piece.size()) == size &&
+                                         pieces.Integer(1) == PieceSum(connection_->Salt(), id, piece));
+        if (!sound) {
+            return damage();
+        }
+        if (LibraryProblem problem = sink(file.slot, piece)) {
+            return problem;
+        }
+        at += size;
+    } while (at < file.bytes);
+    return {};
+}
+
+} // namespace partkeep

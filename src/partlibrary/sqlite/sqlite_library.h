@@ -1,0 +1,46 @@
+// A part library in a SQLite file, open for reading. Parts that somebody adds or deletes meanwhile show at the next
+// call.
+#pragma once
+
+#include "partlibrary/library/part_library.h"
+#include "partlibrary/sqlite/connection.h"
+#include "partlibrary/sqlite/library_rows.h"
+
+#include <memory>
+
+namespace partkeep {
+
+class CSqliteLibrary : public IPartLibrary {
+public:
+    // Null on failure, with the reason. `file` is a native path.
+    [[nodiscard]] static std::unique_ptr<CSqliteLibrary> Open(const QString& file, LibraryProblem& problem);
+
+    [[nodiscard]] const LibraryProblem& Problem() const override { return connection_->Problem(); }
+    [[nodiscard]] std::optional<FolderRow> FindFolder(const QString& path) override;
+    [[nodiscard]] std::optional<PartRow> FindPart(const QString& folder, const QString& name) override;
+    [[nodiscard]] std::optional<PartRow> FindPart(PartId id) override;
+    [[nodiscard]] std::optional<std::vector<FolderRow>> Folders(const QString& path) override;
+    [[nodiscard]] std::unique_ptr<IPartListing> List(const PartListView& view, qint64 parts,
+                                                     const IPartListing* wider) override;
+    [[nodiscard]] std::optional<std::vector<PartId>> Ids(const PartListView& view) override;
+    [[nodiscard]] std::optional<std::vector<PartId>> Visible(const PartListView& view,
+                                                             const std::vector<PartId>& ids) override;
+    bool CopyFiles(PartId part, SlotSet slots, const ContentSink& sink) override;
+    [[nodiscard]] LibraryPlace Place() const override { return connection_->Place(); }
+    [[nodiscard]] const QByteArray& Id() const override { return connection_->Id(); }
+    [[nodiscard]] qint64 Refused() const override { return connection_->Refused(); }
+
+    [[nodiscard]] CConnection& Connection() { return *connection_; }
+    [[nodiscard]] std::shared_ptr<CConnection> ShareConnection() const { return connection_; }
+
+private:
+    explicit CSqliteLibrary(std::shared_ptr<CConnection> connection) : connection_(std::move(connection)) {}
+    std::nullopt_t Refuse(LibraryFault fault, const QString& subject);
+    [[nodiscard]] std::optional<PartRow> ReadPart(CStatement& statement, const QString& subject);
+    [[nodiscard]] std::optional<std::vector<FileRow>> Files(PartId part, SlotSet slots);
+    LibraryProblem CopyPieces(const FileRow& file, const ContentSink& sink);
+
+    std::shared_ptr<CConnection> connection_;
+};
+
+} // namespace partkeep

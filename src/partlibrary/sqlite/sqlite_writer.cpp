@@ -1,0 +1,354 @@
+#include "partlibrary/sqlite/sqlite_writer.h"
+
+#include "partlibrary/library/library_names.h"
+#include "partlibrary/library/library_text.h"
+#include "partlibrary/library/sort_text.h"
+#include "partlibrary/sqlite/left_journal.h"
+#include "partlibrary/sqlite/library_rows.h"
+#include "partlibrary/sqlite/schema.h"
+
+#include <QFile>
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <ctime>
+
+namespace partkeep {
+
+namespace {
+
+constexpr std::chrono::seconds commit_patience{60};
+constexpr qint64 importer_seconds = 60; // without a sign of life, and an importer counts as dead
+
+constexpr const char* forget_search = "INSERT INTO part_search(part_search, rowid, pairs) VALUES('delete', ?, ?)";
+
+} // namespace
+
+bool CSqliteWriter::Create(const QString& file, LibraryProblem& problem)
+{
+    if (QFile::exists(file)) {
+        problem = {LibraryFault::AlreadyThere, file, {}};
+        return false;
+    }
+    const QString temporary = file + u'~' + QString::number(QRandomGenerator::system()->generate64(), 16);
+    const bool made = CConnection::Open(temporary, OpenMode::Create, problem) != nullptr;
+    if (made && SetForeignJournalAside(file, problem) && QFile::rename(temporary, file)) {
+        return true;
+    }
+    if (made && !problem) {
+        problem = {QFile::exists(file) ? LibraryFault::AlreadyThere : LibraryFault::WriteFailed, file, {}};
+    }
+    problem.subject = file;
+    QFile::remove(temporary);
+    QFile::remove(temporary + QStringLiteral("-journal"));
+    return false;
+}
+
+std::unique_ptr<CSqliteWriter> CSqliteWriter::Open(const QString& file, LibraryProblem& problem)
+{
+    auto connection = CConnection::Open(file, OpenMode::Write, problem);
+    return connection != nullptr ? std::unique_ptr<CSqliteWriter>(new CSqliteWriter(std::move(connection))) : nullptr;
+}
+
+CSqliteWriter::CSqliteWriter(std::shared_ptr<CConnection> connection)
+    : connection_(std::move(connection)),
+      importer_(static_cast<qint64>(QRandomGenerator::system()->generate64() >> 1) | 1), piece_(piece_bytes)
+{
+}
+
+CSqliteWriter::~CSqliteWriter()
+{
+    Rollback();
+}
+
+bool CSqliteWriter::Refuse(LibraryFault fault, const QString& subject, const QString& detail)
+{
+    connection_->SetProblem({fault, subject, detail});
+    return false;
+}
+
+// Transactions.
+
+// The first page is changed before any other: the journal then begins with it, and tells whose it is.
+bool CSqliteWriter::BeginChange()
+{
+    open_ = connection_->Execute("BEGIN IMMEDIATE");
+    return open_ && connection_->Execute("PRAGMA user_version=" + std::to_string(library_version));
+}
+
+bool CSqliteWriter::Reserve()
+{
+    if (!BeginChange()) {
+        return false;
+    }
+    CStatement numbers(*connection_, "SELECT importer, importer_seen, next_part, next_content, keys FROM library");
+    if (!numbers.Next()) {
+        return numbers.Failed() ? false : Refuse(LibraryFault::Damaged, connection_->File(), {});
+    }
+    const qint64 other = numbers.Integer(0);
+    const qint64 silent = std::time(nullptr) - numbers.Integer(1);
+    if (early_ ? other != importer_ : other != 0 && silent >= 0 && silent < importer_seconds) {
+        return Refuse(LibraryFault::Busy, connection_->File(), QStringLiteral("another import is under way"));
+    }
+    if (!rebuilding_ && numbers.Text(4) != KeysVersion()) {
+        return Refuse(LibraryFault::OtherVersion, connection_->File(),
+                      QStringLiteral("its keys: check --rebuild makes them anew"));
+    }
+    next_part_ = numbers.Integer(2);
+    next_content_ = early_ ? next_content_ : numbers.Integer(3);
+    if (next_part_ <= 0 || next_part_ > max_part_id || next_content_ <= 0 || next_content_ > max_content_id) {
+        return Refuse(LibraryFault::Damaged, connection_->File(), QStringLiteral("its numbers are out of range"));
+    }
+    return early_ || RemoveLeftovers();
+}
+
+// What an importer had put aside when it was cut off.
+bool CSqliteWriter::RemoveLeftovers()
+{
+    return connection_->Execute("DELETE FROM piece WHERE id >= ?", next_content_ * pieces_per_content);
+}
+
+bool CSqliteWriter::Begin()
+{
+    early_ = false;
+    changed_ = false;
+    unsaved_bytes_ = 0;
+    if (Reserve()) {
+        return true;
+    }
+    Rollback();
+    return false;
+}
+
+// Content reaches the disk before the rest. The library's numbers stay behind it, so that it counts as left over until
+// the commit.
+bool CSqliteWriter::Flush()
+{
+    early_ = true;
+    unsaved_bytes_ = 0;
+    connection_->SetPatience(commit_patience);
+    open_ = !(connection_->Execute("UPDATE library SET importer = ?, importer_seen = ?", importer_,
+                                   qint64{std::time(nullptr)}) &&
+              connection_->Execute("COMMIT"));
+    connection_->SetPatience(usual_patience);
+    return !open_ && Reserve();
+}
+
+bool CSqliteWriter::SaveNumbers()
+{
+    return connection_->Execute("UPDATE library SET importer = 0, next_part = ?, next_content = ?", next_part_,
+                                next_content_);
+}
+
+bool CSqliteWriter::Commit()
+{
+    bool saved = SavePending();
+    for (const auto& [folder, count] : new_parts_) {
+        saved = saved && connection_->Execute("UPDATE folder SET parts = parts + ? WHERE id = ?", count, folder);
+    }
+    new_parts_.clear();
+    connection_->SetPatience(commit_patience);
+    open_ = !(saved && SaveNumbers() && connection_->Execute("COMMIT"));
+    connection_->SetPatience(usual_patience);
+    early_ = early_ && open_;
+    return !open_;
+}
+
+// Keeps the problem that led here.
+void CSqliteWriter::Rollback()
+{
+    const LibraryProblem problem = Problem();
+    if (std::exchange(open_, false)) {
+        connection_->Execute("ROLLBACK");
+    }
+    if (std::exchange(early_, false) && BeginChange()) {
+        const bool ours = connection_->Execute("UPDATE library SET importer = 0 WHERE importer = ?", importer_);
+        {
+            CStatement next(*connection_, "SELECT next_content FROM library WHERE importer = 0");
+            next_content_ = ours && next.Next() ? next.Integer(0) : max_content_id;
+        }
+        open_ = !connection_->Execute(RemoveLeftovers() ? "COMMIT" : "ROLLBACK");
+    }
+    connection_->SetProblem(problem);
+    pending_.reset();
+    folders_.clear();
+    new_parts_.clear();
+}
+
+bool CSqliteWriter::Rebuild()
+{
+    rebuilding_ = true;
+    bool done = Begin() && connection_->Execute("INSERT INTO part_search(part_search) VALUES('delete-all')") &&
+                connection_->Execute("UPDATE library SET keys = ?", KeysVersion());
+    {
+        CStatement folders(*connection_, "SELECT id, name FROM folder WHERE id <> ?");
+        for (folders.With(root_folder); done && folders.Next();) {
+            done = connection_->Execute("UPDATE folder SET sort_key = ? WHERE id = ?", SortKey(folders.Text(1)),
+                                        folders.Integer(0));
+        }
+        done = done && !folders.Failed();
+    }
+    const auto next = [this](PartRow& row) { // a row of its own each time, since the table changes
+        CStatement part(*connection_, part_with_search + "WHERE id > ? ORDER BY id LIMIT 1");
+        return part.With(row.id).Next() ? ReadPartRow(part, row) : RowFault::Refused;
+    };
+    for (PartRow row; done;) {
+        const PartId last = row.id;
+        const RowFault fault = next(row);
+        if (fault == RowFault::Damaged) {
+            connection_->SetProblem(DamagedRow(*connection_));
+        }
+        if (row.id == last || fault == RowFault::Damaged) {
+            done = !Problem();
+            break;
+        }
+        done = SaveWhole({row, std::nullopt, true}, true);
+    }
+    done = done && Commit();
+    Rollback();
+    return done;
+}
+
+// Folders and parts.
+
+std::optional<qint64> CSqliteWriter::MakeFolder(const QString& path)
+{
+    changed_ = true;
+    if (const NameFault fault = CheckFolderPath(path); fault != NameFault::None) {
+        Refuse(LibraryFault::NameRefused, path, NameFaultText(fault));
+        return std::nullopt;
+    }
+    if (const auto known = folders_.find(path); known != folders_.end()) {
+        return known->second;
+    }
+    std::optional<qint64> folder;
+    {
+        CStatement find(*connection_, "SELECT id FROM folder WHERE path = ?");
+        folder = find.With(path).Next() ? std::optional(find.Integer(0)) : std::nullopt;
+        if (find.Failed()) {
+            return std::nullopt;
+        }
+    }
+    folder = folder ? folder : AddFolder(path);
+    if (folder) {
+        folders_[path] = *folder;
+    }
+    return folder;
+}
+
+// The depth is bounded by the length of a path.
+std::optional<qint64> CSqliteWriter::AddFolder(const QString& path) // NOLINT(misc-no-recursion)
+{
+    const qsizetype separator = path.lastIndexOf(u'\\');
+    const std::optional<qint64> parent = MakeFolder(path.left(std::max<qsizetype>(separator, 0)));
+    CStatement last(*connection_, "SELECT max(id) FROM folder");
+    if (!parent || !last.Next()) {
+        return std::nullopt;
+    }
+    const qint64 id = last.Integer(0) + 1;
+    const QString name = path.sliced(separator + 1);
+    const bool added =
+        connection_->Execute("INSERT INTO folder VALUES(?, ?, ?, ?, ?, ?, 0)", id, *parent, name, path, SortKey(name),
+                             FolderSum(connection_->Salt(), id, *parent, ToUtf8(name), ToUtf8(path)));
+    return added ? std::optional(id) : std::nullopt;
+}
+
+// The part of the statement's first row becomes the pending one, none where there is no row. False on an error.
+bool CSqliteWriter::Take(CStatement& statement)
+{
+    PartRow row;
+    pending_.reset();
+    if (!statement.Next()) {
+        return !statement.Failed();
+    }
+    if (ReadPartRow(statement, row) == RowFault::Damaged) {
+        connection_->SetProblem(DamagedRow(*connection_));
+        return false;
+    }
+    pending_ = {std::move(row), statement.Text(part_row_column_count), false};
+    return true;
+}
+
+bool CSqliteWriter::Take(qint64 folder, const QString& name)
+{
+    CStatement find(*connection_, part_with_search + "WHERE folder = ? AND name = ?");
+    return SavePending() && Take(find.With(folder, name));
+}
+
+std::optional<PartId> CSqliteWriter::PutPart(qint64 folder, const QString& name,
+                                             const std::optional<PartAttributes>& attributes)
+{
+    changed_ = true;
+    if (const NameFault fault = CheckName(name); fault != NameFault::None) {
+        Refuse(LibraryFault::NameRefused, name, NameFaultText(fault));
+        return std::nullopt;
+    }
+    const PartAttributes given = attributes.value_or(PartAttributes{});
+    for (const QString* text : {&given.material, &given.machine, &given.comment}) {
+        if (const NameFault fault = CheckAttribute(*text); fault != NameFault::None) {
+            Refuse(LibraryFault::BadInput, name, QStringLiteral("attribute: ") + NameFaultText(fault));
+            return std::nullopt;
+        }
+    }
+    if (!Take(folder, name)) {
+        return std::nullopt;
+    }
+    if (!pending_) {
+        pending_ = {{next_part_++, folder, 0, 0, name, {}, {}, {}}, std::nullopt, true};
+        ++new_parts_[folder];
+    }
+    if (attributes) {
+        PartRow& row = pending_->row;
+        row = {row.id, folder, row.slots, given.thickness, name, given.material, given.machine, given.comment};
+        pending_->whole = true;
+    }
+    return pending_->row.id;
+}
+
+bool CSqliteWriter::SavePending()
+{
+    if (!pending_) {
+        return true;
+    }
+    const PendingPart part = *std::exchange(pending_, std::nullopt);
+    return part.whole ? SaveWhole(part, part.old_search.has_value())
+                      : connection_->Execute("UPDATE part SET slots = ?, sum = ? WHERE id = ?", qint64{part.row.slots},
+                                             PartSum(connection_->Salt(), part.row), part.row.id);
+}
+
+// The index has no copy of the text and must be told what to forget.
+bool CSqliteWriter::SaveWhole(const PendingPart& part, bool there)
+{
+    const PartRow& row = part.row;
+    const QString search_text = SearchText(row);
+    const bool forgotten =
+        !part.old_search || connection_->Execute(forget_search, row.id, SearchPairs(*part.old_search));
+    return forgotten &&
+           connection_->Execute(std::string(there ? "REPLACE" : "INSERT") +
+                                    " INTO part VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+                                row.id, row.folder, qint64{row.slots}, qint64{row.thickness}, row.name, row.material,
+                                row.machine, row.comment, PartSum(connection_->Salt(), row), search_text,
+                                SortKey(row.name), SortKey(row.material), SortKey(row.machine), SortKey(row.comment)) &&
+           connection_->Execute("INSERT INTO part_search(rowid, pairs) VALUES(?, ?)", row.id, SearchPairs(search_text));
+}
+
+bool CSqliteWriter::RemovePart(qint64 folder, const QString& name)
+{
+    changed_ = true;
+    if (!Take(folder, name)) {
+        return false;
+    }
+    if (!pending_) {
+        return Refuse(LibraryFault::NoPart, name, {});
+    }
+    const PendingPart part = *std::exchange(pending_, std::nullopt);
+    --new_parts_[folder];
+    bool removed = true;
+    for (const FileKind& kind : file_kinds) {
+        removed = removed && RemoveFile(part.row.id * slots_per_part + static_cast<qint64>(kind.slot));
+    }
+    return removed && connection_->Execute(forget_search, part.row.id, SearchPairs(*part.old_search)) &&
+           connection_->Execute("DELETE FROM part WHERE id = ?", part.row.id);
+}
+
+} // namespace partkeep
