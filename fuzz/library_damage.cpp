@@ -92,7 +92,7 @@ void ForgeRows(const QString& file, std::mt19937& random)
     for (unsigned count = 1 + random() % 4; connection != nullptr && count > 0; --count) {
         PartRow row{static_cast<qint64>(1 + random() % parts),
                     static_cast<qint64>(1 + random() % 4),
-                    random() % 200,
+                    static_cast<SlotSet>(random() % 200),
                     static_cast<std::int32_t>(random()),
                     name(),
                     name(),

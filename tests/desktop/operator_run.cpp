@@ -320,10 +320,7 @@ void COperatorRun::CheckPart(const PartRecord& record, const Lines& files) const
         const auto owner = library->FindPart(part_folder, Qt(native.stem().string()));
         ASSERT_TRUE(owner.has_value()) << native;
         const auto kind = std::ranges::find(file_kinds, native.extension().u16string(), &FileKind::extension);
-        library->ReadFiles(owner->id, SetOf(kind->slot), [&native](FileSlot, const QByteArray& content) {
-            EXPECT_TRUE(ReadBytes(native) == content.toStdString()) << native;
-            return true;
-        });
+        EXPECT_TRUE(ReadBytes(native) == library->ReadFile(owner->id, kind->slot)->toStdString()) << native;
     }
 }
 

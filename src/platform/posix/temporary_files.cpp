@@ -59,7 +59,9 @@ std::string NewTemporaryName()
 
 void HoldTemporaryFile(int descriptor)
 {
-    flock(descriptor, LOCK_EX | LOCK_NB);
+    if (descriptor >= 0) { // else errno still tells why there is no file
+        flock(descriptor, LOCK_EX | LOCK_NB);
+    }
 }
 
 void RemoveIfLeftOver(int directory, std::string_view name)
