@@ -1,0 +1,360 @@
+// Input that waits in the thread's queue while the selection dialog is busy, and what befalls a run in the middle of
+// a call of the browser. All input is posted from inside what keeps the dialog busy, so that it comes in a known
+// order: presses of a mouse button to the window that they are for, keys to the host's window. As with real keys it
+// is decided when they are taken out which window gets them, the one that has the focus by then.
+
+#include "host/component/component_module.h"
+#include "host/component/host_object.h"
+#include "host/component/identity.h"
+#include "platform/windows/com_ptr.h"
+#include "platform/windows/live_counts.h"
+#include "platform/windows/wide_text.h"
+#include "platform/windows/win_dialog_window.h"
+#include "resources/resource_ids.h"
+#include "selection/partkeep_read_dlg.h"
+#include "settings/process_values.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/untimely_input.h"
+#include "tests/windows/stand_in.h"
+
+#include <gtest/gtest.h>
+
+#include <commctrl.h>
+#include <olectl.h>
+
+#include <array>
+
+namespace partkeep {
+namespace {
+
+constexpr UINT_PTR turn_timer = 1;
+constexpr int most_turns = 200;
+constexpr UINT back_message = WM_APP + 1;
+
+class UntimelyInput : public testing::Test {
+protected:
+    UntimelyInput()
+    {
+        test = this;
+        MakeHost();
+        TheModule().Start(GetModuleHandleW(nullptr));
+        std::filesystem::create_directories(folder.Path("Work"));
+        std::filesystem::create_directories(folder.Path("Install"));
+        TheProcessValues() = {folder.Core(u"Work") + u"\\", 1};
+        script.list.clear();
+        for (const char16_t* name : {u"A", u"B", u"C"}) {
+            script.list.push_back({name, u"SERVER1", u"FOLDER1", 15000, u"", u"", u"", true});
+        }
+        hook = SetWindowsHookExW(WH_GETMESSAGE, AddressKeys, nullptr, GetCurrentThreadId());
+    }
+    ~UntimelyInput() override
+    {
+        UnhookWindowsHookEx(hook);
+        DestroyWindow(host);
+        TheModule().End(false);
+        TheProcessValues() = {};
+        CheckNothingIsLeft();
+    }
+
+    void MakeHost()
+    {
+        host = CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 300, 200, nullptr,
+                               nullptr, nullptr, nullptr);
+        SetWindowLongPtrW(host, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(HostProcedure));
+        SetActiveWindow(host);
+    }
+    static LRESULT CALLBACK HostProcedure(HWND window, UINT message, WPARAM word, LPARAM value)
+    {
+        if (message == WM_APP) {
+            test->Begin();
+        } else if (message == back_message && IsWindowEnabled(Dialog())) {
+            SetActiveWindow(Dialog());
+        } else if (message == WM_TIMER) {
+            test->Turn();
+        }
+        return DefWindowProcW(window, message, word, value);
+    }
+    static LRESULT CALLBACK AddressKeys(int code, WPARAM removes, LPARAM value)
+    {
+        MSG& message = *reinterpret_cast<MSG*>(value);
+        if (removes == PM_REMOVE && message.message == WM_KEYDOWN && message.hwnd == test->host) {
+            message.hwnd = GetFocus() != nullptr ? GetFocus() : GetActiveWindow();
+            const bool control = message.wParam == 'A';
+            std::array<BYTE, 256> keys{}; // by which a key becomes a character
+            GetKeyboardState(keys.data());
+            keys[VK_CONTROL] = control ? 0x80 : 0;
+            SetKeyboardState(keys.data());
+            // The screen's own view of the keyboard may still be on its way to a window that has just come.
+            for (int attempt = 0; attempt < 100 && (GetAsyncKeyState(VK_CONTROL) < 0) != control; ++attempt) {
+                keybd_event(VK_CONTROL, 0, control ? 0 : KEYEVENTF_KEYUP, 0);
+            }
+        }
+        return CallNextHookEx(nullptr, code, removes, value);
+    }
+
+    void CheckNothingIsLeft() const
+    {
+        const auto& [windows_left, gdi_objects_left, com_objects_left] = TheLiveCounts();
+        EXPECT_EQ((std::array<int, 4>{windows_left, gdi_objects_left, com_objects_left, stand_in.controls}),
+                  (std::array<int, 4>{}));
+        EXPECT_TRUE(TheModule().MayUnload());
+    }
+
+    static HWND Find(const wchar_t* title) { return FindWindowW(nullptr, title); }
+    static HWND Dialog() { return Find(L"Partkeep Read"); }
+    static HWND List() { return Find(L"Selected Parts"); }
+    static void Press(HWND dialog, int button) { SendMessageW(GetDlgItem(dialog, button), BM_CLICK, 0, 0); }
+
+    static void PostClick(HWND window, bool twice = false, int x = 5, int y = 5)
+    {
+        for (const UINT message : {WM_LBUTTONDOWN, WM_LBUTTONDBLCLK}) {
+            if (message == WM_LBUTTONDOWN || twice) {
+                PostMessageW(window, message, MK_LBUTTON, MAKELPARAM(x, y));
+                PostMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(x, y));
+            }
+        }
+    }
+    void Post(Input input) const
+    {
+        HWND dialog = Dialog();
+        HWND bar = FindWindowExW(dialog, nullptr, TOOLBARCLASSNAMEW, nullptr);
+        RECT tool{};
+        switch (input) {
+        case Input::Enter:
+        case Input::Escape:
+        case Input::SelectAll:
+            PostMessageW(host, WM_KEYDOWN,
+                         input == Input::Enter    ? VK_RETURN
+                         : input == Input::Escape ? VK_ESCAPE
+                                                  : 'A',
+                         1);
+            return;
+        case Input::DoubleClickOnOk:
+            return PostClick(GetDlgItem(dialog, RES_LOAD), true);
+        case Input::Cancel:
+            return PostClick(GetDlgItem(dialog, id_cancel));
+        case Input::CloseBox:
+            PostMessageW(dialog, WM_NCLBUTTONDOWN, HTCLOSE, 0);
+            PostMessageW(dialog, WM_LBUTTONUP, 0, 0);
+            return;
+        case Input::Add:
+            return PostClick(GetDlgItem(dialog, RES_ADD));
+        case Input::Remove:
+            PostClick(GetDlgItem(List(), RES_REMOVE));
+            PostMessageW(host, back_message, 0, 0); // keys in the list's window mean other things
+            return;
+        case Input::LaserTool:
+            SendMessageW(bar, TB_GETITEMRECT, 2, reinterpret_cast<LPARAM>(&tool));
+            return PostClick(bar, false, tool.left + 3, tool.top + 3);
+        case Input::Click:
+            PostMessageW(stand_in.browserWindow, WM_RBUTTONDOWN, MK_RBUTTON, 0);
+        }
+    }
+    void PostPair()
+    {
+        if (!std::exchange(posted, true)) {
+            Post(first);
+            Post(second);
+            pumped ? StandIn::Pump() : void();
+        }
+    }
+    // A key that a control takes out by a loop of its own goes to a window that does nothing with it.
+    [[nodiscard]] Input Counted(Input input) const
+    {
+        const bool key = input == Input::Enter || input == Input::Escape || input == Input::SelectAll;
+        return pumped && key ? Input::Click : input;
+    }
+
+    // The first thing that the dialog's loop does.
+    virtual void Begin()
+    {
+        script.selection = {script.list[0]};
+        Press(Dialog(), RES_ADD);
+        LVITEMW selected{};
+        selected.state = selected.stateMask = LVIS_SELECTED;
+        SendMessageW(GetDlgItem(List(), RES_PART_LIST), LVM_SETITEMSTATE, 0, reinterpret_cast<LPARAM>(&selected));
+        script.selection = {script.list[busy == Busy::Message ? 0 : 1]};
+        SendMessageW(GetDlgItem(Dialog(), RES_ASK_QUANTITY), BM_SETCHECK, busy == Busy::Keypad ? 1 : 0, 0);
+        const std::string call = busy == Busy::Click ? "ReadPartAttributes" : "CopyPartFiles";
+        script.onCall = [this, call] { stand_in.recorder.lines.back().starts_with(call) ? PostPair() : void(); };
+        SetTimer(host, turn_timer, 10, nullptr);
+        busy == Busy::Click ? stand_in.Fire(DISPID_CLICK) : Press(Dialog(), busy == Busy::Load ? RES_LOAD : RES_ADD);
+    }
+    // Once the queue is empty, in whatever loop runs by then.
+    virtual void Turn()
+    {
+        HWND box = Find(L"Kolvyn PartkeepRead");
+        HWND keypad = Find(L"Input Quantity");
+        if (++turns > most_turns) {
+            ADD_FAILURE() << "never ends";
+            EndDialog(box, IDOK);
+            DestroyWindow(Dialog());
+        } else if (!posted) {
+            keypad != nullptr ? SetDlgItemTextW(keypad, RES_QUANTITY, L"7") : TRUE;
+            box != nullptr || keypad != nullptr ? PostPair() : void();
+        } else if (box != nullptr) {
+            PostMessageW(box, WM_COMMAND, IDOK, 0);
+        } else {
+            PostMessageW(GetDlgItem(keypad != nullptr ? keypad : Dialog(), keypad != nullptr ? RES_OK : RES_LOAD),
+                         BM_CLICK, 0, 0);
+        }
+    }
+
+    std::string Outcome()
+    {
+        posted = false;
+        turns = 0;
+        std::filesystem::remove(folder.Path("Install/ZanPartkeepConfig.xml"));
+        SetActiveWindow(host);
+        CPartkeepReadDlg dialog(windows);
+        dialog.installFolder = folder.Core(u"Install");
+        dialog.workingFolder = TheProcessValues().workingFolder;
+        dialog.multiSelection = true;
+        PostMessageW(host, WM_APP, 0, 0);
+        const int result = dialog.DoModal();
+        KillTimer(host, turn_timer);
+        script.onCall = nullptr;
+        stand_in.recorder.lines.clear();
+        EXPECT_TRUE(IsWindowEnabled(host));
+        if (result != id_ok) {
+            return "cancel";
+        }
+        std::string outcome = "ok ";
+        for (const PartRecord& part : dialog.resultParts) {
+            outcome += NarrowText(part.PartName);
+        }
+        const std::string options = ReadBytes(folder.Path("Install/ZanPartkeepConfig.xml"));
+        return outcome + " " + options.at(options.find("<FilterState>") + 13);
+    }
+
+    static inline UntimelyInput* test = nullptr;
+    StandIn stand_in;
+    ControlScript& script = stand_in.script;
+    CTemporaryFolder folder;
+    HWND host = nullptr;
+    HHOOK hook = nullptr;
+    WinDialogs windows{GetModuleHandleW(nullptr)};
+    Busy busy = Busy::Load;
+    Input first = Input::Enter;
+    Input second = Input::Enter;
+    bool pumped = false; // the control takes out what waits while it is called
+    bool posted = false;
+    int turns = 0;
+};
+
+class WhileBusy : public UntimelyInput, public testing::WithParamInterface<Busy> {};
+
+INSTANTIATE_TEST_SUITE_P(UntimelyInput, WhileBusy,
+                         testing::Values(Busy::Load, Busy::Add, Busy::Click, Busy::Keypad, Busy::Message),
+                         [](const auto& row) { return std::string(busy_names[static_cast<int>(row.param)]); });
+
+TEST_P(WhileBusy, UntimelyInputHasItsOneOutcome)
+{
+    busy = GetParam();
+    for (int row = 0; row < input_count * input_count * 2; ++row) {
+        first = static_cast<Input>(row / 2 / input_count);
+        second = static_cast<Input>(row / 2 % input_count);
+        pumped = row % 2 != 0;
+        const bool called = busy != Busy::Keypad && busy != Busy::Message;
+        if (pumped && (!called || first != second)) {
+            continue; // the model has the other pairs
+        }
+        EXPECT_EQ(Outcome(), CUntimelyRun::Outcome(busy, Counted(first), Counted(second)))
+            << UntimelyRow(busy, first, second) << (pumped ? ", pumped" : "");
+    }
+}
+
+using Host = ComPtr<::IPartkeepReadImpl>;
+
+// A run that comes by every call of the browser, with an event at one of them.
+class EventInACall : public UntimelyInput {
+protected:
+    EventInACall()
+    {
+        const std::wstring install = WideText(folder.Core(u"Install"));
+        RegSetKeyValueW(HKEY_LOCAL_MACHINE, installation, L"installpath", REG_SZ, install.c_str(),
+                        static_cast<DWORD>((install.size() + 1) * sizeof(wchar_t)));
+    }
+    ~EventInACall() override { RegDeleteKeyW(HKEY_LOCAL_MACHINE, installation); }
+
+    void Begin() override
+    {
+        SetTimer(host, turn_timer, 10, nullptr); // for messages, and to leave what is still open
+        script.selection = {script.list[0]};
+        stand_in.Fire(DISPID_CLICK);
+        Press(Dialog(), RES_ADD);
+        script.selection = {script.list[1]};
+        Press(Dialog(), RES_LOAD);
+    }
+    void Turn() override
+    {
+        HWND box = Find(L"Kolvyn PartkeepRead");
+        PostMessageW(box != nullptr ? box : Dialog(), WM_COMMAND, box != nullptr ? IDOK : IDCANCEL, 0);
+    }
+
+    // Gives the number of calls.
+    int RunWith(const std::function<void()>& event, int at)
+    {
+        int calls = 0;
+        int inside = 0;
+        script.onCall = [&] {
+            EXPECT_LE(++inside, 1 + closing) << "a call inside a call";
+            ++calls == at ? event() : void();
+            --inside;
+        };
+        closing = 0;
+        SetActiveWindow(host);
+        EXPECT_EQ(HostObject::Create(nullptr, host_interface_id, object.PutVoid()), S_OK);
+        PostMessageW(host, WM_APP, 0, 0);
+        ::IPartkeepReadImpl* called = object.Get();
+        EXPECT_EQ(called->InvokePartkeepMultiSelection(1), S_OK);
+        KillTimer(host, turn_timer);
+        script.onCall = nullptr;
+        stand_in.recorder.lines.clear();
+        parts = 0;
+        object ? object->NumberOfPartsSelected(&parts) : S_FALSE;
+        object.Reset();
+        CheckNothingIsLeft();
+        return calls;
+    }
+
+    static constexpr wchar_t installation[] = L"software\\Velmar\\ORVIC";
+    Host object;
+    LONG parts = 0;
+    int closing = 0; // the close-down runs inside the call, too
+};
+
+TEST_F(EventInACall, LeavesTheRunWhole)
+{
+    const int calls = RunWith([] {}, 0);
+    ASSERT_GT(calls, 30);
+    ASSERT_EQ(parts, 2);
+    const std::tuple<const char*, LONG, std::function<void()>> rows[]{
+        {"click", 2, [this] { stand_in.Fire(DISPID_CLICK); }},
+        {"cancel", -1, [] { SendMessageW(Dialog(), WM_COMMAND, IDCANCEL, 0); }},
+        {"close", -1, [] { SendMessageW(Dialog(), WM_CLOSE, 0, 0); }},
+        {"the owner goes", -1,
+         [this] {
+             closing = 1;
+             DestroyWindow(host);
+         }},
+        {"quit", -1, [] { PostQuitMessage(7); }},
+        {"release", 0, [this] { object.Reset(); }},
+        {"refusal", -1, [this] { stand_in.callStatus = E_FAIL; }}};
+    for (const auto& [name, expected, event] : rows) {
+        for (int at = 1; at <= calls; ++at) {
+            SCOPED_TRACE(name + std::string(" at call ") + std::to_string(at));
+            RunWith(event, at);
+            EXPECT_TRUE(expected < 0 || parts == expected) << parts;
+            MSG message{};
+            const bool quits = PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE) != 0;
+            EXPECT_EQ(quits ? message.wParam : 0, name == std::string("quit") ? 7U : 0U);
+            EXPECT_TRUE(!IsWindow(host) || IsWindowEnabled(host));
+            IsWindow(host) ? void() : MakeHost();
+            ASSERT_FALSE(HasFailure());
+        }
+    }
+}
+
+} // namespace
+} // namespace partkeep
