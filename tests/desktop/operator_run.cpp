@@ -69,7 +69,7 @@ const std::map<std::string, std::string> call_groups = {
     {"folder", "OpenFolderSelection SetCurrentFolder"},
     {"count", "GetSelectedPartCount"},
     {"none", "GetSelectedPartCount GetCurrentServer"},
-    {"go", "none none"}, // a click for the server and one for the folder
+    {"go", "none"},
     {"click", "count GetSelectedPart ReadPartAttributes GetCurrentFolder ReadPartImage*3 GetLastStatus"},
     {"png", "SetTargetFolder SetDataKind GetPreviewFileTitle"},
     {"into", "SetDataKind SetTargetFolder"},

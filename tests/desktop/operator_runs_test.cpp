@@ -141,7 +141,7 @@ TEST(OperatorRuns, OnTheSampleLibrary)
                  in_aluminium + ".iga; AL-5" + in_aluminium + ".iga; AL-6" + in_aluminium + ".bmf",
              "PLATESBracketsL/AL-1.iga; PLATESBracketsL/AL-2.bmf; PLATESBracketsL/AL-3.bmf; "
              "PLATESBracketsL/AL-3.iga; PLATESBracketsL/AL-4.iga; PLATESBracketsL/AL-5.iga; PLATESBracketsL/AL-6.bmf",
-             "", "start go click click none SelectAllParts count into staged*6 leave"},
+             "", "start go click none SelectAllParts count into staged*6 leave"},
             {"files missing",
              "go PLATES Brackets\\L; select BRK-1 BRK-2 BRK-4; add; lose PLATESBracketsL/BRK-2.bmf; load",
              "BRK-1" + in + ".iga; BRK-4" + in + ".iga", "PLATESBracketsL/BRK-1.iga; PLATESBracketsL/BRK-4.iga",

@@ -3,42 +3,11 @@
 
 #include "selection/event_guards.h"
 #include "tests/selection/selection_run.h"
+#include "tests/support/failing_memory.h"
 #include "tests/support/untimely_input.h"
 
-#include <cstdlib>
 #include <deque>
-#include <new>
 #include <regex>
-
-namespace {
-
-// Allocations of this program until one fails; none does for 0.
-std::size_t allocations_left = 0;
-bool fails_for_good = false;
-bool one_failed = false;
-
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    if (allocations_left > 0 && --allocations_left == 0) {
-        allocations_left = fails_for_good ? 1 : 0;
-        one_failed = true;
-        throw std::bad_alloc();
-    }
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
 
 namespace partkeep {
 namespace {
@@ -164,11 +133,11 @@ protected:
         int result = id_cancel;
         try {
             auto actions = WholeRun();
-            allocations_left = failing_allocation;
+            failing_memory::allocations_left = failing_allocation;
             result = Run(std::move(actions));
         } catch (const std::bad_alloc&) { // of the windows themselves: the host object's to take
         }
-        allocations_left = 0;
+        failing_memory::allocations_left = 0;
         browser.onCall = nullptr;
         return result;
     }
@@ -237,9 +206,9 @@ TEST_F(EventDoor, AnyEventInsideAnyCallLeavesTheRunWhole)
 TEST_F(EventDoor, AnyAllocationMayFailOnceAndForGood)
 {
     for (const bool for_good : {false, true}) {
-        fails_for_good = for_good;
-        one_failed = true;
-        for (std::size_t at = 1; std::exchange(one_failed, false); at += 1 + at / 50) {
+        failing_memory::fails_for_good = for_good;
+        failing_memory::one_failed = true;
+        for (std::size_t at = 1; std::exchange(failing_memory::one_failed, false); at += 1 + at / 50) {
             SCOPED_TRACE((for_good ? "for good from " : "once at ") + std::to_string(at));
             CheckWhatIsLeft(RunWhole(at));
             ASSERT_FALSE(HasFailure());

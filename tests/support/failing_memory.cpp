@@ -1,0 +1,36 @@
+#include "tests/support/failing_memory.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace failing_memory {
+
+std::size_t allocations_left = 0;
+bool fails_for_good = false;
+bool one_failed = false;
+
+} // namespace failing_memory
+
+void* operator new(std::size_t size)
+{
+    using namespace failing_memory;
+    if (allocations_left > 0 && --allocations_left == 0) {
+        allocations_left = fails_for_good ? 1 : 0;
+        one_failed = true;
+        throw std::bad_alloc();
+    }
+    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
