@@ -14,8 +14,8 @@ constexpr std::size_t page_alignment = std::size_t{64} * 1024;
 // A little short of the alignment, which leaves the heap's own header room between two pages.
 constexpr std::size_t page_size = page_alignment - 64;
 constexpr std::size_t largest_piece = page_size / 8;
-// Kept for the next document rather than returned: 1 MB at most.
-constexpr std::uint32_t most_spare_pages = 16;
+// Kept for the next document rather than returned: 4 MB at most.
+constexpr std::uint32_t most_spare_pages = 64;
 
 struct Page {
     Page* next = nullptr;

@@ -56,6 +56,20 @@ void Append(std::byte*& tail, std::byte* block)
     tail = LinkOf(RootOf(block));
 }
 
+// A new text leaf at the end of a chain, made and hung in one go; false when there is no memory.
+inline bool AppendText(std::byte*& tail, std::string_view name, std::string_view text, std::uint32_t code_page)
+{
+    std::byte* block = AllocateXmlBlock(XmlPlaces::TextLeafSize(name.size(), text.size()));
+    if (block == nullptr) {
+        return false;
+    }
+    PackTextLeaf<xml_address_width>(block, name, text, code_page);
+    HangBlock(tail, block);
+    PutField(block + XmlPlaces::references, std::uint32_t{1});
+    tail = RootOf(block) + XmlPlaces::counted + text.size();
+    return true;
+}
+
 class CXmlReader {
 public:
     template <class Source>
@@ -85,6 +99,7 @@ private:
     std::byte* ParseElement();
     [[nodiscard]] bool QuickElement(Outcome& outcome);
     Outcome StartElement();
+    Outcome GoOnBehindName();
     Outcome OpenOrLeaf(std::byte* block);
     Outcome Open(std::byte* block);
     Outcome FinishElement();
@@ -186,12 +201,18 @@ bool CXmlReader::QuickElement(Outcome& outcome)
     const char* name = input_.At();
     const char* end = input_.End();
     const char* name_end = Find<element_name_or_nul>(name, end);
-    if (name_end == end || *name_end != '>' || name_end == name || *name == '!' || open_.Size() == xml_nesting_limit) {
+    if (name_end == end || *name_end == '\0' || name_end == name || *name == '!' || open_.Size() == xml_nesting_limit) {
         return false;
+    }
+    const std::string_view name_view(name, static_cast<std::size_t>(name_end - name));
+    if (*name_end != '>') {
+        input_.Hold(CXmlInput::element_name, name_view);
+        input_.TakeTo(name_end);
+        outcome = GoOnBehindName();
+        return true;
     }
     const char* text = name_end + 1;
     const char* text_end = Find<XmlTextSet>(text, end);
-    const std::string_view name_view(name, static_cast<std::size_t>(name_end - name));
     if (end - text_end < 2) {
         return false;
     }
@@ -205,7 +226,11 @@ bool CXmlReader::QuickElement(Outcome& outcome)
         return false;
     }
     input_.TakeTo(behind);
-    outcome = {Checked(MakeTextBlock(name_view, {text, static_cast<std::size_t>(text_end - text)}, code_page_))};
+    outcome = {};
+    const std::string_view text_view(text, static_cast<std::size_t>(text_end - text));
+    if (!AppendText(open_.Last().tail, name_view, text_view, code_page_)) {
+        input_.Fail();
+    }
     return true;
 }
 
@@ -226,6 +251,11 @@ CXmlReader::Outcome CXmlReader::StartElement()
         input_.Fail();
         return {};
     }
+    return GoOnBehindName();
+}
+
+CXmlReader::Outcome CXmlReader::GoOnBehindName()
+{
     std::byte* block = ParseAttributes();
     if (input_.HasFailed()) {
         return {block};
@@ -340,13 +370,12 @@ bool CXmlReader::QuickAttribute(std::byte*& tail)
     if (value_end == end) {
         return false;
     }
-    std::byte* attribute = MakeTextBlock({name, static_cast<std::size_t>(name_end - name)},
-                                         {value, static_cast<std::size_t>(value_end - value)}, code_page_);
-    if (attribute == nullptr) {
+    const std::string_view name_view(name, static_cast<std::size_t>(name_end - name));
+    const std::string_view value_view(value, static_cast<std::size_t>(value_end - value));
+    if (!AppendText(tail, name_view, value_view, code_page_)) {
         return false;
     }
     input_.TakeTo(value_end + 1);
-    Append(tail, attribute);
     return true;
 }
 
