@@ -6,16 +6,16 @@
 #include "host/component/component_module.h"
 #include "host/component/host_object.h"
 #include "host/component/identity.h"
-#include "platform/windows/com_ptr.h"
-#include "platform/windows/live_counts.h"
 #include "platform/windows/wide_text.h"
-#include "platform/windows/win_dialog_window.h"
 #include "resources/resource_ids.h"
 #include "selection/partkeep_read_dlg.h"
 #include "settings/process_values.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/untimely_input.h"
 #include "tests/windows/stand_in.h"
+#include "windows/com_ptr.h"
+#include "windows/live_counts.h"
+#include "windows/win_dialog_window.h"
 
 #include <gtest/gtest.h>
 
