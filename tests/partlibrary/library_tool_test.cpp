@@ -137,6 +137,7 @@ TEST_F(LibraryTool, AFolderThatCannotBeReadIsNotPassedOver)
     EXPECT_TRUE(RunWithoutPrivileges([&] {
         return Run({"import", "S.kpl", "in"}) == 1 && err_.str().find("a folder cannot be read") != std::string::npos;
     }));
+    fs::permissions("in/shut", fs::perms::owner_all); // so that it can be removed
 }
 
 TEST_F(LibraryTool, KeysOfOtherRulesAreReadAndMadeAnew)

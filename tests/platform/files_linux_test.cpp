@@ -189,6 +189,7 @@ TEST_F(Folder, RightsDecideBetweenBesideInPlaceAndNothing)
         EXPECT_EQ(after.st_ino == before.st_ino, same_file) << label;
         EXPECT_EQ(std::tie(after.st_mode, after.st_uid), std::tie(before.st_mode, before.st_uid)) << label;
         EXPECT_EQ(NamesIn(folder.Path()), Names{"a.ini"}) << label;
+        fs::permissions(folder.Path(), fs::perms::owner_all); // so that it can be removed
     }
     if (!CanOwnForOthers()) {
         GTEST_SKIP() << "the rows with files of someone else: only root can make them";
@@ -203,6 +204,7 @@ TEST_F(Folder, AnExactNameIsFoundWithoutTheList)
     fs::permissions(folder_.Path(), fs::perms(0111));
     EXPECT_TRUE(RunWithoutPrivileges(
         [&] { return FileExists(Core(u"a.ini")) && !FileExists(Core(u"A.ini")) && ListFolder(Core(u"")).empty(); }));
+    fs::permissions(folder_.Path(), fs::perms::owner_all); // so that it can be removed
 }
 
 } // namespace

@@ -208,7 +208,7 @@ TEST_F(EventDoor, AnyAllocationMayFailOnceAndForGood)
     for (const bool for_good : {false, true}) {
         failing_memory::fails_for_good = for_good;
         failing_memory::one_failed = true;
-        for (std::size_t at = 1; std::exchange(failing_memory::one_failed, false); at += 1 + at / 50) {
+        for (std::size_t at = 1; std::exchange(failing_memory::one_failed, false); at += 1 + at / 20) {
             SCOPED_TRACE((for_good ? "for good from " : "once at ") + std::to_string(at));
             CheckWhatIsLeft(RunWhole(at));
             ASSERT_FALSE(HasFailure());
