@@ -56,7 +56,7 @@ function(partkeep_test name)
   else()
     add_test(NAME ${name} COMMAND ${name})
   endif()
-  set_tests_properties(${name} PROPERTIES TIMEOUT 300 LABELS "${arg_LABELS}")
+  set_tests_properties(${name} PROPERTIES TIMEOUT 900 LABELS "${arg_LABELS}")
   if(PARTKEEP_SANITIZE)
     set_tests_properties(${name} PROPERTIES ENVIRONMENT
       "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0")
