@@ -44,14 +44,6 @@ std::u16string WithoutFinalSeparator(std::u16string system_path)
     return system_path;
 }
 
-// The folder as given where it is absolute.
-std::u16string MakeAbsolute(std::u16string_view folder)
-{
-    const bool on_drive = folder.size() > 2 && folder[1] == u':' && IsSeparator(folder[2]);
-    const bool on_share = folder.size() > 2 && IsSeparator(folder[0]) && IsSeparator(folder[1]);
-    return on_drive || on_share ? std::u16string(folder) : FullPath(folder);
-}
-
 } // namespace
 
 bool PathExists(std::u16string_view path)
@@ -96,7 +88,7 @@ std::vector<std::u16string> ListFolder(std::u16string_view folder)
     if (search == INVALID_HANDLE_VALUE) {
         return paths;
     }
-    const std::u16string prefix = MakeAbsolute(folder);
+    const std::u16string prefix = FullPath(folder);
     do {
         const std::u16string name = FromWide(entry.cFileName);
         if (name != u"." && name != u"..") {
