@@ -87,11 +87,16 @@ int CQtDialogWindow::RunModal(IDialogEvents& events)
 
 void CQtDialogWindow::RunLoop()
 {
+    // Nothing may be left pointing at the loop, whatever a control of ours throws through it.
+    struct CLoopEnd {
+        QEventLoop*& pointer;
+        ~CLoopEnd() { pointer = nullptr; }
+    };
     QEventLoop loop;
     loop_ = &loop;
+    const CLoopEnd end{loop_};
     loop.exec();
     DropWaitingInput();
-    loop_ = nullptr;
 }
 
 bool CQtDialogWindow::CreateModeless(IDialogEvents& events, IDialogWindow* owner)
@@ -428,8 +433,8 @@ void CQtDialogWindow::UpdateNow()
 
 void CQtDialogWindow::BeginWait()
 {
-    ++waits_;
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    ++waits_;
 }
 
 void CQtDialogWindow::EndWait()

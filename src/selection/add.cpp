@@ -2,6 +2,7 @@
 // collected from several folders and servers before a Load.
 
 #include "resources/resource_ids.h"
+#include "selection/event_guards.h"
 #include "selection/partkeep_read_dlg.h"
 #include "selection/quantity_keypad_dlg.h"
 
@@ -15,9 +16,9 @@ public:
     explicit CButtonsDisabled(IDialogFields& fields) : fields_(fields) { fields_.Enable(RES_ADD, false); }
     ~CButtonsDisabled()
     {
-        fields_.Enable(RES_ADD, true);
+        Quietly([this] { fields_.Enable(RES_ADD, true); });
         if (load_too_) {
-            fields_.Enable(RES_LOAD, true);
+            Quietly([this] { fields_.Enable(RES_LOAD, true); });
         }
     }
     CButtonsDisabled(const CButtonsDisabled&) = delete;

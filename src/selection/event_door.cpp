@@ -50,21 +50,27 @@ public:
     // Several clicks become one: each shows what is selected when it is handed on.
     void Keep(CDialogEntrance& entrance, const CDialogEntrance::Event& event)
     {
-        const bool known = IsClick({&entrance, event}) && std::any_of(kept_.begin(), end_, IsClick);
-        if (!known && end_ != kept_.end()) {
+        const bool click = IsClick({&entrance, event});
+        const bool known = click && std::any_of(kept_.begin(), end_, IsClick);
+        const auto room = click ? kept_.end() : kept_.end() - 1; // a click always finds a place
+        if (!known && end_ != room) {
             *end_++ = {&entrance, event};
         }
     }
 
-    // In the order of coming, each judged as if it came now.
+    // In the order of coming, each judged as if it came now. What a control fires again and again while it is asked
+    // waits for the next event, so that nobody hangs.
     void HandOn() noexcept
     {
-        while (state != State::Starts && handlers == 0 && door_.calls_ == 0 && door_.top_ == this &&
-               end_ != kept_.begin()) {
+        if (std::exchange(handing_on_, true)) {
+            return; // the outer one goes on
+        }
+        for (std::size_t left = most_kept_events; left > 0 && MayHandOn(); --left) {
             const Kept next = kept_.front();
             end_ = std::move(kept_.begin() + 1, end_, kept_.begin());
             next.entrance->Take(next.event);
         }
+        handing_on_ = false;
     }
 
     State state = State::Starts;
@@ -77,6 +83,11 @@ private:
         CDialogEntrance::Event event{};
     };
 
+    [[nodiscard]] bool MayHandOn() const
+    {
+        return state != State::Starts && handlers == 0 && door_.calls_ == 0 && door_.top_ == this &&
+               end_ != kept_.begin();
+    }
     static bool IsClick(const Kept& kept) { return kept.event.kind == CDialogEntrance::Kind::Click; }
 
     // What was meant for the windows as they stood is not meant for them as they stand behind a question.
@@ -85,6 +96,7 @@ private:
     CEventDoor& door_;
     IDialogWindow* window_;
     CRunLevel* below_;
+    bool handing_on_ = false;
     std::array<Kept, most_kept_events> kept_{};
     std::array<Kept, most_kept_events>::iterator end_ = kept_.begin();
 };
@@ -340,9 +352,17 @@ void CDialogEntrance::OnBrowserEvent(std::int32_t event) noexcept
 void CDialogEntrance::OnPaint() noexcept
 {
     if (door_.CallUnderWay()) {
-        paint_waits_ = true;
+        paint_waits_ = !painting_; // what a paint brings about itself is done with it
     } else {
+        TellPaint();
+    }
+}
+
+void CDialogEntrance::TellPaint() noexcept
+{
+    if (!std::exchange(painting_, true)) {
         Take({Kind::Paint});
+        painting_ = false;
     }
 }
 
@@ -377,7 +397,7 @@ void CDialogEntrance::CallEnds() noexcept
 {
     --door_.calls_;
     if (door_.calls_ == 0 && std::exchange(paint_waits_, false)) {
-        Take({Kind::Paint});
+        TellPaint();
     }
 }
 

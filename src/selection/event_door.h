@@ -106,6 +106,7 @@ private:
     void Deliver(const Event& event) noexcept;
     void Handle(const Event& event);
     void Recover(Kind kind) noexcept;
+    void TellPaint() noexcept;
 
     CEventDoor& door_;
     IDialogHandler& handler_;
@@ -114,6 +115,7 @@ private:
     bool closed_down_ = false;   // the close-down has begun
     bool gone_ = false;          // the window
     bool paint_waits_ = false;   // for the end of a call
+    bool painting_ = false;
     std::unique_ptr<IDialogWindow> window_;
 };
 

@@ -52,7 +52,6 @@ void CPartkeepReadDlg::OnInitDialog()
     window_->Fields().SetReadOnly(RES_COMMENT);
     SetCaptions();
     LoadServerList(state_, installFolder, browser_);
-    settingsRead_ = true;
     const std::u16string folder_to_restore = state_.lastFolder;
     SendDisplayUnit();
     if (state_.displayUnit != metric) {
@@ -67,6 +66,7 @@ void CPartkeepReadDlg::OnInitDialog()
     browser_.MoveFocus(focus_at_start);
     window_->Fields().Focus(RES_BROWSER);
     ConnectToLastPlace(folder_to_restore);
+    browserKnowsState_ = true;
 }
 
 // Without a browser the dialog opens all the same, and every call on it then does nothing.
@@ -162,8 +162,8 @@ void CPartkeepReadDlg::OnDestroy()
         selectedPartsDlg_->EmptyAndDestroy();
     }
     const CLastly close([this] { CloseBrowser(); });
-    // A start that failed half-way knows nothing that may replace what is stored.
-    if (browser_.HasControl() && settingsRead_) {
+    // Where the start ended half-way the browser knows nothing that may replace what is stored.
+    if (browser_.HasControl() && browserKnowsState_) {
         // A copy: the window may go while a call holds texts of the state itself.
         ServerListState closing = state_;
         SaveServerList(closing, installFolder, browser_);

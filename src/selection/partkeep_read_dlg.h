@@ -95,10 +95,10 @@ private:
     std::unique_ptr<CDialogEntrance> entrance_; // from the run's beginning on
     IDialogWindow* window_ = nullptr;           // the entrance's
     CKPDKeyManager browser_;
-    bool settingsRead_ = false;
-    ServerListState state_;       // currentServer, lastFolder, displayUnit, serverTable, viewState
-    std::u16string lookupFolder_; // the browser's folder at the last look-up
-    MachineFilterState filter_;   // FilterState, dataKind
+    bool browserKnowsState_ = false; // from the end of the start-up on
+    ServerListState state_;          // currentServer, lastFolder, displayUnit, serverTable, viewState
+    std::u16string lookupFolder_;    // the browser's folder at the last look-up
+    MachineFilterState filter_;      // FilterState, dataKind
     OldFile options_file_ = OldFile::Dropped;
     StagingFolders folders_; // previewFolder, unpackFolder
     std::u16string partNameText_;

@@ -35,14 +35,13 @@ public:
     // Does no harm when repeated.
     void EmptyAndDestroy();
 
-    void OnRemove();
-    void OnChangeQty();
-    void UpdatePartQty(std::u16string_view name, std::u16string_view path, std::u16string_view quantity);
-
 private:
     [[nodiscard]] IDialogHandler& Handler() { return *this; }
     void OnInitDialog() override;
     void OnCommand(int id) override;
+    void OnRemove();
+    void OnChangeQty();
+    void UpdatePartQty(std::u16string_view name, std::u16string_view path, std::u16string_view quantity);
     void AddRow(int row, const PartRecord& part);
     int RunOverOwner(CQuantityKeypadDlg& keypad);
     void SetSelectedQuantities(std::u16string_view quantity);

@@ -7,7 +7,6 @@
 #include "tests/support/untimely_input.h"
 
 #include <deque>
-#include <regex>
 
 namespace partkeep {
 namespace {
@@ -115,11 +114,12 @@ protected:
     {
         EXPECT_TRUE(windows.existing.empty());
         EXPECT_EQ(browser.controls + picture.controls, 0);
+        EXPECT_EQ(windows.disabledOwners, 0);
         dialog.reset();
         EXPECT_EQ(RoomForBlocks(), room);
         const std::string servers = ReadBytes(folder.Path("Install/kpdservers.ini"));
-        const std::regex whole(R"((SRV1|OLD|-9999)\r\n(X|A\\B)\r\n(inch|metric)\r\n(OLD\r\n)?-9999\r\n0\r\n)");
-        EXPECT_TRUE(servers == old_servers || std::regex_match(servers, whole)) << servers;
+        const bool follows_clicks = servers == new_servers || servers == unclicked_servers;
+        EXPECT_TRUE(servers == old_servers || follows_clicks) << servers;
         const std::string options = ReadBytes(folder.Path("Install/ZanPartkeepConfig.xml"));
         EXPECT_TRUE(options == old_options || (result == id_ok && options.find(">true</") != std::string::npos));
     }
@@ -145,6 +145,8 @@ protected:
     std::deque<Input> pending;
     const std::size_t room = RoomForBlocks();
     const std::string old_servers = "OLD\r\nX\r\ninch\r\nOLD\r\n-9999\r\n0\r\n";
+    const std::string new_servers = "SRV1\r\nA\\B\r\ninch\r\nOLD\r\n-9999\r\n0\r\n";
+    const std::string unclicked_servers = "SRV1\r\nX\r\ninch\r\nOLD\r\n-9999\r\n0\r\n";
     const std::string old_options = "<?xml version=\"1.0\"?><R/>";
 };
 
@@ -181,6 +183,7 @@ TEST_F(EventDoor, AnyEventInsideAnyCallLeavesTheRunWhole)
     const auto calls = std::ranges::count_if(recorder.lines, [](const auto& line) { return line.ends_with(")"); });
     const std::pair<const char*, std::function<void(CScriptedWindow&)>> events[] = {
         {"click", [this](CScriptedWindow&) { browser.FireClick(); }},
+        {"click for good", [this](CScriptedWindow&) { browser.FireClick(); }},
         {"cancel", [](CScriptedWindow& window) { window.Events().OnCommand(id_cancel); }},
         {"paint", [](CScriptedWindow& window) { window.Paint(); }},
         {"destroy", [](CScriptedWindow& window) { window.Destroy(); }},
@@ -195,7 +198,8 @@ TEST_F(EventDoor, AnyEventInsideAnyCallLeavesTheRunWhole)
                 EXPECT_TRUE(++inside == 1 || name == std::string("destroy")) << "a call inside a call";
                 CScriptedWindow* window = windows.Find(RES_SELECTION_DIALOG);
                 const CLastly left([&] { --inside; });
-                ++call == at&& window != nullptr ? event(*window) : void();
+                const bool again = call >= at && std::string_view(name).ends_with("for good");
+                (++call == at || again) && window != nullptr ? event(*window) : void();
             };
             CheckWhatIsLeft(RunWhole());
             ASSERT_FALSE(HasFailure());

@@ -41,6 +41,7 @@ public:
     std::vector<CScriptedWindow*> existing;                             // the active one last
     std::function<std::unique_ptr<IHostedControl>(int id)> makeControl; // none: no control can be created
     bool canMakeWindows = true;
+    int disabledOwners = 0; // at this moment
     IconHandle parentIcon = nullptr;
 };
 
@@ -194,7 +195,11 @@ public:
         Note("SetSmallIcon", icon == nullptr ? "none" : icon == windows_.parentIcon ? "parent's" : "other");
     }
     void Show(bool now_visible) override { Note("Show", visible = now_visible); }
-    void EnableOwner(bool enabled) override { Note("EnableOwner", owner->inputEnabled = enabled); }
+    void EnableOwner(bool enabled) override
+    {
+        windows_.disabledOwners += enabled ? -1 : 1;
+        Note("EnableOwner", owner->inputEnabled = enabled);
+    }
     void Invalidate() override { Note("Invalidate"); }
     void UpdateNow() override { Note("UpdateNow"); }
     void BeginWait() override { Note(++waits > 0 ? "BeginWait" : "BeginWait too late"); }

@@ -124,7 +124,7 @@ bool SetForeignJournalAside(const QString& library, LibraryProblem& problem)
     if (inode == 0 || file.IsBeingChanged()) {
         return true;
     }
-    const Owner owner = OwnerOf(ReadStart(journal, 3 * page_bytes), file.FirstPage());
+    const Owner owner = OwnerOf(ReadStart(journal, qsizetype{3} * page_bytes), file.FirstPage());
     if (owner != Owner::Another) {
         return owner == Owner::ThisState || Refuse(problem, library);
     }
