@@ -69,8 +69,8 @@ protected:
         const auto selection = browser.selection;
         Select("A B C");
         browser.selection = selection;
-        windows.messages.whileOpen = [&] { GiveAll(window); };
-        browser.onCall = [&] {
+        windows.messages.whileOpen = [this, &window] { GiveAll(window); };
+        browser.onCall = [this, busy, pumped, &window] {
             pumped&& recorder.lines.back().starts_with(busy == Busy::Click ? "ReadPart" : "Copy") ? GiveAll(window)
                                                                                                   : void();
         };
