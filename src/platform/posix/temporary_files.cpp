@@ -19,7 +19,7 @@ namespace partkeep {
 namespace {
 
 constexpr std::string_view name_start = ".partkeep-";
-constexpr time_t a_day = 24 * 60 * 60;
+constexpr time_t a_day = 86400;
 
 struct CCloseFolder {
     void operator()(DIR* folder) const { closedir(folder); }
