@@ -4,6 +4,7 @@
 #include <random>
 #include <vector>
 
+#include "watched_memory.h"
 #include "xml_test_support.h"
 
 using namespace partkeep;
@@ -58,6 +59,36 @@ TEST(XmlStore, CountsHandlesAndTheLink)
     root = CXmlElement();
     EXPECT_EQ(References(child.Block()), 2U);
     EXPECT_EQ(OwnerOf(child.Block()), nullptr) << "free-standing again";
+}
+
+// A tree with room of its own goes at once, or in parts when something of it is kept or something has come to it.
+TEST(XmlStore, LosesNothingOfATreeThatGoes)
+{
+    const std::size_t live = watched_memory::LivePieces();
+    std::string text = "<r><a x=\"1\"><b>t</b></a>";
+    for (int at = 0; at < 5000; ++at) {
+        text += "<c y=\"2\">" + std::string(at == 77 ? 10'000 : 0, 'u') + "</c>";
+    }
+    text += "</r>";
+    for (int kept = 0; kept < 6; ++kept) {
+        CXmlElement outer("outer", 65001);
+        const bool compact = kept == 5;
+        CXmlElement root = Read(Declared(text));
+        root = compact ? outer.AppendChild(*outer.AppendChild(root).Begin()) : root;
+        const CXmlElement child = kept == 1 ? *root.Begin() : CXmlElement();
+        const CXmlIterator it = kept == 2 ? root.Begin() : CXmlIterator();
+        const CXmlElement added = kept == 3 ? root.AddChild("n", true) : CXmlElement();
+        const CXmlElement linked = kept == 4 ? outer.AppendChild(root) : CXmlElement();
+        const std::string shown = Show(root);
+        if (kept != 4) {
+            root = CXmlElement();
+        }
+        outer = kept == 4 ? outer : CXmlElement();
+        EXPECT_EQ(child.IsEmpty() ? "" : Show(child), kept == 1 ? "<a x=\"1\"><b>t</b></a>" : "");
+        EXPECT_TRUE(kept != 3 || Show(added) == "<n>true</n>");
+        EXPECT_TRUE(kept != 4 || Show(linked) == shown);
+    }
+    EXPECT_EQ(watched_memory::LivePieces(), live);
 }
 
 TEST(XmlStore, CopiesWhatContainsTheParentEvenUnderASkippedNode)

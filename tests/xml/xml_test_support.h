@@ -1,6 +1,8 @@
 // What the tests of the XML library share: documents from text and back, and trees shown as one line.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -25,14 +27,17 @@ inline partkeep::CXmlDocument Read(const std::string& text)
     return document;
 }
 
-// Without line breaks; "-" when it was not written.
+// Without line breaks; "-" when it was not written. Into memory as into a stream.
 inline std::string Write(const partkeep::CXmlElement& root)
 {
     partkeep::CXmlDocument document;
     document = root;
     document.pretty = 0;
     std::ostringstream stream;
-    return partkeep::WriteXml(stream, document) ? stream.str() : "-";
+    const bool written = partkeep::WriteXml(stream, document);
+    std::string text = "-";
+    EXPECT_TRUE(!written || (partkeep::WriteXml(text, document) && text == stream.str()));
+    return written ? stream.str() : "-";
 }
 
 // As written, behind the declaration.
