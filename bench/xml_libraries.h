@@ -1,5 +1,5 @@
 // The XML libraries of the comparison, each as its own users would call it. A document is held behind a pointer; what
-// a library can't do is not offered.
+// a library cannot do is not offered.
 #pragma once
 
 #include <cstddef>

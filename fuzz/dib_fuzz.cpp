@@ -59,7 +59,7 @@ void Require(bool condition)
 void CompareDecoders(const DibView& view)
 {
     Picture plain = DecodePlainly(view);
-    const DibPixels pixels(view);
+    const CDibPixels pixels(view);
     for (int y = 0; y < plain.height; ++y) {
         for (int x = 0; x < plain.width; ++x) {
             const std::uint32_t color = pixels.At(x, plain.height - 1 - y);
@@ -86,7 +86,7 @@ void FuzzBlock(HDIB block, const Rects& rects)
 {
     SummingPalette palette;
     CreateDIBPalette(block, &palette);
-    const LockedDib dib(block);
+    const CLockedDib dib(block);
     const auto view = MakeDibView(dib.From(dib_file_header_bytes));
     if (view) {
         const auto figures = ReadDibFigures(view->header);
@@ -112,7 +112,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::memcpy(&rects, data, sizeof rects);
     HDIB block = AllocateBlock(size - sizeof rects);
     {
-        const BlockLock lock(block);
+        const CBlockLock lock(block);
         std::memcpy(lock.Address(), data + sizeof rects, size - sizeof rects);
     }
     FuzzBlock(block, rects);

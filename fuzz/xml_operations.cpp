@@ -172,7 +172,7 @@ private:
         }
         packed.append(reinterpret_cast<const char*>(&cell), sizeof cell);
         PutField(reinterpret_cast<std::byte*>(packed.data()), static_cast<std::uint32_t>(packed.size() - 4));
-        const auto kind = static_cast<XmlKind>(-static_cast<int>(texts ? XmlKind::text : XmlKind::signed_8));
+        const auto kind = static_cast<XmlKind>(-static_cast<int>(texts ? XmlKind::Text : XmlKind::Signed8));
         const CXmlElement array(MakeFixedBlock(name, kind, packed, 65001));
         const auto list = array.AsStringList();
         Check(list.has != 0 && list.value.Size() == items && array.AsString().has == 0, "items");

@@ -14,17 +14,17 @@ bool IsInfoHeader(const void* header)
 }
 
 // The old palette comes back when the bitmap is unlocked again: declare this before the lock.
-class BackgroundPalette {
+class CBackgroundPalette {
 public:
-    explicit BackgroundPalette(IDeviceContext& context) : context_(context) {}
-    ~BackgroundPalette()
+    explicit CBackgroundPalette(IDeviceContext& context) : context_(context) {}
+    ~CBackgroundPalette()
     {
         if (previous_ != nullptr) {
             static_cast<void>(context_.SelectPalette(previous_, true));
         }
     }
-    BackgroundPalette(const BackgroundPalette&) = delete;
-    BackgroundPalette& operator=(const BackgroundPalette&) = delete;
+    CBackgroundPalette(const CBackgroundPalette&) = delete;
+    CBackgroundPalette& operator=(const CBackgroundPalette&) = delete;
 
     void Select(const IPalette& palette) { previous_ = context_.SelectPalette(palette.Handle(), true); }
 
@@ -81,7 +81,7 @@ std::int32_t Copy(IDeviceContext& context, const Rect& target, const Rect& sourc
 }
 
 // A bare header begins with its own size, which the mark of a file header can never look like.
-std::size_t HeaderOffset(const LockedDib& dib)
+std::size_t HeaderOffset(const CLockedDib& dib)
 {
     const auto bytes = dib.From(0);
     if (bytes.size() < sizeof(std::uint32_t)) {
@@ -120,12 +120,12 @@ std::optional<ColorTable> FindColorTable(std::span<const std::byte> dib)
 }
 
 // A block that is freed with its scope.
-class OwnedBlock {
+class COwnedBlock {
 public:
-    explicit OwnedBlock(std::size_t bytes) : block_(AllocateBlock(bytes)) {}
-    ~OwnedBlock() { FreeBlock(block_); }
-    OwnedBlock(const OwnedBlock&) = delete;
-    OwnedBlock& operator=(const OwnedBlock&) = delete;
+    explicit COwnedBlock(std::size_t bytes) : block_(AllocateBlock(bytes)) {}
+    ~COwnedBlock() { FreeBlock(block_); }
+    COwnedBlock(const COwnedBlock&) = delete;
+    COwnedBlock& operator=(const COwnedBlock&) = delete;
 
     [[nodiscard]] MemoryHandle Handle() const { return block_; }
 
@@ -185,8 +185,8 @@ std::int32_t PaintDIB(IDeviceContext& context, const Rect* target, HDIB block, c
     if (block == nullptr || target == nullptr || source == nullptr) {
         return 0;
     }
-    BackgroundPalette background(context);
-    const LockedDib dib(block);
+    CBackgroundPalette background(context);
+    const CLockedDib dib(block);
     const auto view = MakeDibView(dib.From(dib_file_header_bytes));
     const auto figures = ReadDibFigures(dib.From(dib_file_header_bytes));
     if (!view || !HasExtents(*target) || !HasExtents(*source)) {
@@ -204,13 +204,13 @@ std::int32_t CreateDIBPalette(HDIB block, IPalette* palette)
     if (block == nullptr || palette == nullptr) {
         return 0;
     }
-    const LockedDib dib(block);
+    const CLockedDib dib(block);
     const auto table = FindColorTable(dib.From(HeaderOffset(dib)));
     if (!table) {
         return 0;
     }
-    const OwnedBlock record(palette_record_bytes + table->Count() * sizeof(PaletteEntry));
-    const BlockLock lock(record.Handle());
+    const COwnedBlock record(palette_record_bytes + table->Count() * sizeof(PaletteEntry));
+    const CBlockLock lock(record.Handle());
     if (lock.Address() == nullptr) {
         return 0;
     }

@@ -143,7 +143,7 @@ std::optional<DibView> MakeDibView(std::span<const std::byte> dib)
     return DibView{dib.first(figures->TableEnd()), pixels.first(pixel_bytes)};
 }
 
-std::span<const std::byte> LockedDib::From(std::size_t offset) const
+std::span<const std::byte> CLockedDib::From(std::size_t offset) const
 {
     const std::span bytes(static_cast<const std::byte*>(lock_.Address()), bytes_);
     return bytes.subspan(std::min(offset, bytes.size()));

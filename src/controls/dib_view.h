@@ -72,15 +72,15 @@ struct DibFigures {
 [[nodiscard]] std::optional<DibView> MakeDibView(std::span<const std::byte> dib);
 
 // Keeps a bitmap's block locked for a scope.
-class LockedDib {
+class CLockedDib {
 public:
-    explicit LockedDib(HDIB block) : lock_(block), bytes_(lock_.Address() != nullptr ? BlockSize(block) : 0) {}
+    explicit CLockedDib(HDIB block) : lock_(block), bytes_(lock_.Address() != nullptr ? BlockSize(block) : 0) {}
 
     // The block's bytes from `offset` on; empty for a handle that is no block, and where the block is shorter.
     [[nodiscard]] std::span<const std::byte> From(std::size_t offset) const;
 
 private:
-    BlockLock lock_;
+    CBlockLock lock_;
     std::size_t bytes_;
 };
 

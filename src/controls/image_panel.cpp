@@ -12,7 +12,7 @@ namespace {
 // The whole bitmap as a rectangle; nothing for a block that holds none.
 std::optional<Rect> WholeBitmap(HDIB block)
 {
-    const LockedDib dib(block);
+    const CLockedDib dib(block);
     const auto bytes = dib.From(dib_file_header_bytes);
     if (!MakeDibView(bytes)) {
         return {};

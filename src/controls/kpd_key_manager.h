@@ -47,7 +47,7 @@ public:
     std::u16string GetCurrentFolder() { return InvokeHelper<browser::GetCurrentFolder>(); }
     bool RefreshPartList() { return InvokeHelper<browser::RefreshPartList>(); }
     bool GetServerList(ServerTable& table) { return InvokeHelper<browser::GetServerList>(&table); }
-    // A copy, so that the control can't write to the caller's.
+    // A copy, so that the control cannot write to the caller's.
     bool SetServerList(ServerTable table) { return InvokeHelper<browser::SetServerList>(&table); }
     // Room for GetViewStateCount values.
     bool GetViewState(std::int16_t* values) { return InvokeHelper<browser::GetViewState>(values); }

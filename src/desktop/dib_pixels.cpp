@@ -21,14 +21,14 @@ std::uint32_t Packed(std::uint32_t red, std::uint32_t green, std::uint32_t blue)
 
 } // namespace
 
-DibPixels::Channel::Channel(std::uint32_t bits_of_pixel)
+CDibPixels::Channel::Channel(std::uint32_t bits_of_pixel)
     : mask(bits_of_pixel), shift(mask != 0 ? std::countr_zero(mask) : 0),
       length(static_cast<int>(std::bit_width(mask >> shift)))
 {
 }
 
 // A short share is repeated over the eight bits, so that all ones is full brightness; a long one loses its tail.
-std::uint32_t DibPixels::Channel::Value(std::uint32_t pixel) const
+std::uint32_t CDibPixels::Channel::Value(std::uint32_t pixel) const
 {
     const std::uint32_t share = (pixel & mask) >> shift;
     if (length == 0) {
@@ -44,7 +44,7 @@ std::uint32_t DibPixels::Channel::Value(std::uint32_t pixel) const
     return value;
 }
 
-DibPixels::DibPixels(const DibView& bitmap)
+CDibPixels::CDibPixels(const DibView& bitmap)
     : figures_(ReadDibFigures(bitmap.header).value_or(DibFigures{})), bytes_(bitmap.pixels)
 {
     if (figures_.bits > 8) {
@@ -57,7 +57,7 @@ DibPixels::DibPixels(const DibView& bitmap)
     }
 }
 
-void DibPixels::ReadTable(const DibView& bitmap)
+void CDibPixels::ReadTable(const DibView& bitmap)
 {
     table_.reserve(figures_.color_count);
     for (std::size_t offset = figures_.TableOffset(); offset < figures_.TableEnd(); offset += figures_.color_bytes) {
@@ -66,7 +66,7 @@ void DibPixels::ReadTable(const DibView& bitmap)
     }
 }
 
-void DibPixels::ReadChannels(const DibView& bitmap)
+void CDibPixels::ReadChannels(const DibView& bitmap)
 {
     Masks masks = figures_.bits == 16 ? masks_of_16_bits : masks_of_bytes;
     if (figures_.compression == DibCompression::BitFields) {
@@ -75,7 +75,7 @@ void DibPixels::ReadChannels(const DibView& bitmap)
     channels_ = {Channel(masks[0]), Channel(masks[1]), Channel(masks[2])};
 }
 
-std::uint32_t DibPixels::At(int x, int y) const
+std::uint32_t CDibPixels::At(int x, int y) const
 {
     const auto column = static_cast<std::size_t>(x);
     if (!indexes_.empty()) {
@@ -93,12 +93,12 @@ std::uint32_t DibPixels::At(int x, int y) const
     return TableColor(std::to_integer<unsigned>(*pixel) >> behind & ((1U << figures_.bits) - 1));
 }
 
-std::uint32_t DibPixels::TableColor(unsigned index) const
+std::uint32_t CDibPixels::TableColor(unsigned index) const
 {
     return index < table_.size() ? table_[index] : opaque;
 }
 
-std::uint32_t DibPixels::MaskedColor(const std::byte* pixel) const
+std::uint32_t CDibPixels::MaskedColor(const std::byte* pixel) const
 {
     std::uint32_t value = 0;
     for (unsigned bit = 0; bit < figures_.bits; bit += 8) {

@@ -10,10 +10,10 @@
 
 namespace partkeep {
 
-class DibPixels {
+class CDibPixels {
 public:
     // `bitmap` as MakeDibView gives it.
-    explicit DibPixels(const DibView& bitmap);
+    explicit CDibPixels(const DibView& bitmap);
 
     [[nodiscard]] int Width() const { return figures_.width; }
     [[nodiscard]] int Height() const { return figures_.height; }

@@ -95,7 +95,7 @@ std::vector<int> SourcesOf(const Axis& axis, int from, int count, int extent)
 }
 
 // Transparent where the bitmap has nothing to show. Null when there is no memory for it.
-QImage PictureOf(const Transfer& transfer, const QRect& area, const DibPixels& pixels, int rows_shown)
+QImage PictureOf(const Transfer& transfer, const QRect& area, const CDibPixels& pixels, int rows_shown)
 {
     QImage picture(area.size(), QImage::Format_ARGB32_Premultiplied);
     if (picture.isNull()) {
@@ -117,7 +117,7 @@ QImage PictureOf(const Transfer& transfer, const QRect& area, const DibPixels& p
 // False when there is nothing of the bitmap in the source, or no memory.
 bool Draw(QPainter& painter, const Transfer& transfer, const DibView& bitmap, int rows_shown)
 {
-    const DibPixels pixels(bitmap);
+    const CDibPixels pixels(bitmap);
     if (!transfer.across.Touches(pixels.Width()) || !transfer.up.Touches(rows_shown)) {
         return false;
     }
@@ -132,13 +132,13 @@ bool Draw(QPainter& painter, const Transfer& transfer, const DibView& bitmap, in
 
 } // namespace
 
-PaletteHandle QtDeviceContext::SelectPalette(PaletteHandle palette, bool)
+PaletteHandle CQtDeviceContext::SelectPalette(PaletteHandle palette, bool)
 {
     return std::exchange(selected_, palette);
 }
 
-int QtDeviceContext::SetDIBitsToDevice(int target_x, int target_y, int width, int height, int source_x, int source_y,
-                                       unsigned first_line, unsigned line_count, const DibView& bitmap)
+int CQtDeviceContext::SetDIBitsToDevice(int target_x, int target_y, int width, int height, int source_x, int source_y,
+                                        unsigned first_line, unsigned line_count, const DibView& bitmap)
 {
     const auto figures = ReadDibFigures(bitmap.header);
     if (!figures || width <= 0 || height <= 0 || width > max_length || height > max_length || first_line != 0) {
@@ -150,7 +150,7 @@ int QtDeviceContext::SetDIBitsToDevice(int target_x, int target_y, int width, in
     return Draw(painter_, {across, up}, bitmap, lines) ? lines : 0;
 }
 
-int QtDeviceContext::StretchDIBits(const Rect& target, const Rect& source, const DibView& bitmap)
+int CQtDeviceContext::StretchDIBits(const Rect& target, const Rect& source, const DibView& bitmap)
 {
     const auto figures = ReadDibFigures(bitmap.header);
     const auto transfer = MakeTransfer(target, source);
@@ -160,14 +160,14 @@ int QtDeviceContext::StretchDIBits(const Rect& target, const Rect& source, const
     return Draw(painter_, *transfer, bitmap, figures->height) ? figures->height : 0;
 }
 
-void QtDeviceContext::FillSolidRect(const Rect& area, ColorRef color)
+void CQtDeviceContext::FillSolidRect(const Rect& area, ColorRef color)
 {
     const QColor fill(static_cast<int>(color & 0xFF), static_cast<int>(color >> 8 & 0xFF),
                       static_cast<int>(color >> 16 & 0xFF));
     painter_.fillRect(QRect(QPoint(area.left, area.top), QPoint(area.right - 1, area.bottom - 1)), fill);
 }
 
-ColorRef QtDeviceContext::GetSysColor(int index) const
+ColorRef CQtDeviceContext::GetSysColor(int index) const
 {
     if (index != system_color_3d_face) {
         return 0;

@@ -8,9 +8,9 @@
 
 namespace partkeep {
 
-class QtDeviceContext final : public IDeviceContext {
+class CQtDeviceContext final : public IDeviceContext {
 public:
-    explicit QtDeviceContext(QPainter& painter) : painter_(painter) {}
+    explicit CQtDeviceContext(QPainter& painter) : painter_(painter) {}
 
     // Kept and given back only: a painter has no palette.
     PaletteHandle SelectPalette(PaletteHandle palette, bool background) override;

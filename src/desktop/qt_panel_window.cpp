@@ -23,7 +23,7 @@ void CPanelFrame::paintEvent(QPaintEvent* event)
     QPainter canvas(this);
     canvas.setClipRect(contentsRect());
     canvas.translate(contentsRect().topLeft());
-    QtDeviceContext context(canvas);
+    CQtDeviceContext context(canvas);
     painter(context);
 }
 

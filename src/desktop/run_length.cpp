@@ -9,11 +9,11 @@ namespace {
 constexpr std::int16_t left_out = -1;
 
 // What the second byte of a code means when the first one is 0; from 3 on it counts the pixels that follow.
-enum Escape : unsigned { end_of_line = 0, end_of_bitmap = 1, delta = 2 };
+enum Escape : unsigned { EndOfLine = 0, EndOfBitmap = 1, Delta = 2 };
 
-class RunExpander {
+class CRunExpander {
 public:
-    RunExpander(const DibFigures& figures, std::span<const std::byte> codes)
+    CRunExpander(const DibFigures& figures, std::span<const std::byte> codes)
         : codes_(codes), width_(static_cast<std::size_t>(figures.width)),
           height_(static_cast<std::size_t>(figures.height)), nibbles_(figures.compression == DibCompression::Rle4),
           indexes_(width_ * height_, left_out)
@@ -65,13 +65,13 @@ private:
     bool ObeyEscape(unsigned escape)
     {
         switch (escape) {
-        case end_of_line:
+        case EndOfLine:
             x_ = 0;
             ++y_;
             return true;
-        case end_of_bitmap:
+        case EndOfBitmap:
             return false;
-        case delta:
+        case Delta:
             return Skip();
         default:
             return PutLiteral(escape);
@@ -117,7 +117,7 @@ private:
 
 std::vector<std::int16_t> ExpandRuns(const DibFigures& figures, std::span<const std::byte> codes)
 {
-    return RunExpander(figures, codes).Expand();
+    return CRunExpander(figures, codes).Expand();
 }
 
 } // namespace partkeep

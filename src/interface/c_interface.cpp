@@ -28,11 +28,11 @@ std::u16string WideInput(const char* text)
 }
 
 // One text output on its way out: written when the operation has written it, and only when the host asks for it.
-class Output {
+class COutput {
 public:
     enum class Form { Text, Path };
 
-    explicit Output(char** target, Form form = Form::Text) : target_(target), form_(form) {}
+    explicit COutput(char** target, Form form = Form::Text) : target_(target), form_(form) {}
 
     std::u16string* Receiver() { return target_ != nullptr ? &text_ : nullptr; }
 
@@ -175,11 +175,11 @@ int32_t partkeep_read_get_selected_part_info(partkeep_read* object, char** part_
                                              char** quantity)
 {
     return Run(object, PARTKEEP_READ_FALSE, [&](auto& impl) {
-        Output file(part_file_name, Output::Form::Path);
-        Output name(part_name);
-        Output comment(part_comment);
-        Output material(material_type);
-        Output qty(quantity);
+        COutput file(part_file_name, COutput::Form::Path);
+        COutput name(part_name);
+        COutput comment(part_comment);
+        COutput material(material_type);
+        COutput qty(quantity);
         double part_thickness = 0.0;
         const HostResult result = impl.GetSelectedPartInfo(file.Receiver(), name.Receiver(), comment.Receiver(),
                                                            material.Receiver(), &part_thickness, qty.Receiver());
@@ -199,16 +199,16 @@ int32_t partkeep_read_get_part_info(partkeep_read* object, int32_t index, char**
                                     int32_t* machine_type, double* thickness, char** quantity)
 {
     return Run(object, PARTKEEP_READ_OK, [&](auto& impl) {
-        Output server(server_name);
-        Output folder(folder_name);
-        Output file(file_path_name, Output::Form::Path);
-        Output sy(sy_file_name, Output::Form::Path);
-        Output nc(nc_file_name, Output::Form::Path);
-        Output name(part_name);
-        Output comment(part_comment);
-        Output material(material_type);
-        Output machine(machine_name);
-        Output qty(quantity);
+        COutput server(server_name);
+        COutput folder(folder_name);
+        COutput file(file_path_name, COutput::Form::Path);
+        COutput sy(sy_file_name, COutput::Form::Path);
+        COutput nc(nc_file_name, COutput::Form::Path);
+        COutput name(part_name);
+        COutput comment(part_comment);
+        COutput material(material_type);
+        COutput machine(machine_name);
+        COutput qty(quantity);
         ClearAll(server, folder, file, sy, nc, name, comment, material, machine, qty);
         impl.GetPartInfo(index, server.Receiver(), folder.Receiver(), file.Receiver(), sy.Receiver(), nc.Receiver(),
                          name.Receiver(), comment.Receiver(), material.Receiver(), machine.Receiver(), machine_type,
@@ -224,11 +224,11 @@ int32_t partkeep_read_read_cad_data(partkeep_read* object, const char* server_na
                                     char** quantity)
 {
     return Run(object, PARTKEEP_READ_FALSE, [&](auto& impl) {
-        Output file(file_path_name, Output::Form::Path);
-        Output name(read_part_name);
-        Output comment(part_comment);
-        Output material(material_type);
-        Output qty(quantity);
+        COutput file(file_path_name, COutput::Form::Path);
+        COutput name(read_part_name);
+        COutput comment(part_comment);
+        COutput material(material_type);
+        COutput qty(quantity);
         ClearAll(file, name, comment, material, qty);
         const HostResult result = impl.ReadCADDataForTessara(
             WideInput(server_name), WideInput(folder_name), WideInput(part_name), WideInput(data_type), file.Receiver(),

@@ -83,7 +83,7 @@ bool CPartLookup::StagePart(std::int16_t index, std::u16string_view staging_fold
     ClearStagedPart(std::u16string(staging_folder) + path_separator, name);
 
     PartRecord part;
-    // A part whose attributes can't be read is staged all the same.
+    // A part whose attributes cannot be read is staged all the same.
     QueryPartInfo(state_.currentServer, state_.lookupFolder, name, part);
     part.Qty = quantity;
     part.PartName = name;

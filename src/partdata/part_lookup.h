@@ -28,7 +28,7 @@ public:
     // is gone. The server and folder that the entry reports for itself count for nothing.
     std::u16string NameSelectedEntry(std::int16_t index);
 
-    // Sets MachineName, MaterialType, PartComment and Thickness. False when the browser doesn't know the part;
+    // Sets MachineName, MaterialType, PartComment and Thickness. False when the browser does not know the part;
     // the record is then untouched.
     bool QueryPartInfo(std::u16string_view server, std::u16string_view folder, std::u16string_view name,
                        PartRecord& record);

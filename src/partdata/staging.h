@@ -1,5 +1,5 @@
 // The local side of fetching parts: flat folders under the process's working folder, what is cleared from them,
-// what is found in them, and two temporary folders. Paths are joined as text and never normalised. What can't be
+// what is found in them, and two temporary folders. Paths are joined as text and never normalised. What cannot be
 // made or deleted is left as it is, without a word: the missing file shows when a part's files are looked for.
 #pragma once
 

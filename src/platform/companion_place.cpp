@@ -29,9 +29,9 @@ Stretch Down(const Rect& area)
 
 // Where the companion may begin in one direction: wherever it would touch an edge of something. In between it would
 // hide no less. What comes first is preferred.
-class Starts {
+class CStarts {
 public:
-    Starts(Stretch screen, int length)
+    CStarts(Stretch screen, int length)
         : length_(length), first_(screen.from), last_(std::max(screen.from, screen.to - length))
     {
     }
@@ -78,8 +78,8 @@ std::int64_t SharedArea(const Rect& one, const Rect& other)
 
 Rect CompanionPlace(const Rect& owner, const Rect& screen, int width, int height, std::span<const Rect> to_stay_visible)
 {
-    Starts across(Across(screen), width);
-    Starts down(Down(screen), height);
+    CStarts across(Across(screen), width);
+    CStarts down(Down(screen), height);
     across.AddBeside(Across(owner));
     across.AddInside(Across(owner));
     down.AddInside(Down(owner));

@@ -56,7 +56,7 @@ private:
     std::unique_ptr<Listings> listings_; // null where the system itself finds a name in any case
 };
 
-// The whole file in text mode: each CR LF becomes LF, a lone CR or LF stays. Nothing when it can't be read
+// The whole file in text mode: each CR LF becomes LF, a lone CR or LF stays. Nothing when it cannot be read
 // to its end. The byte 0x1A is ordinary. `in_trouble` tells that the file was not read although it may be there for
 // us: the system had an error other than that it is missing or forbidden, and the next try may succeed.
 [[nodiscard]] std::optional<std::string> ReadTextFile(std::u16string_view path, bool* in_trouble = nullptr);
@@ -64,10 +64,10 @@ private:
 enum class OldFile { Dropped, Kept };
 
 // Replaces a file as a whole in text mode: each LF becomes CR LF. Old content or new, never in between:
-// written beside, flushed, checked and renamed; links are followed, mode and owner kept. A file that can't
+// written beside, flushed, checked and renamed; links are followed, mode and owner kept. A file that cannot
 // be opened for writing is left alone. Only where permission forbids a file beside it is it written in place.
 // `Kept` leaves an old file beside the new one, its name followed by ".kept1" or the next number that is free, and
-// writes nothing where that can't be done. Behind nine of them the ninth is replaced.
+// writes nothing where that cannot be done. Behind nine of them the ninth is replaced.
 bool ReplaceTextFile(std::u16string_view path, std::string_view text, OldFile old_file = OldFile::Dropped);
 
 // The platform's own spelling of a path: separators native, each component as it is spelled on disk as far

@@ -29,17 +29,17 @@ void UnlockBlock(MemoryHandle block);
 void FreeBlock(MemoryHandle block);
 
 // Keeps a block locked for a scope.
-class BlockLock {
+class CBlockLock {
 public:
-    explicit BlockLock(MemoryHandle block) : block_(block), address_(LockBlock(block)) {}
-    ~BlockLock()
+    explicit CBlockLock(MemoryHandle block) : block_(block), address_(LockBlock(block)) {}
+    ~CBlockLock()
     {
         if (address_ != nullptr) {
             UnlockBlock(block_);
         }
     }
-    BlockLock(const BlockLock&) = delete;
-    BlockLock& operator=(const BlockLock&) = delete;
+    CBlockLock(const CBlockLock&) = delete;
+    CBlockLock& operator=(const CBlockLock&) = delete;
 
     [[nodiscard]] void* Address() const { return address_; }
 

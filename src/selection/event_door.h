@@ -60,7 +60,7 @@ public:
     // shows none.
     [[nodiscard]] IMessages& OwnerMessages() { return messages_; }
 
-    // The painter as a front end may call it: a picture that can't be painted is left out.
+    // The painter as a front end may call it: a picture that cannot be painted is left out.
     [[nodiscard]] static PanelPainter Guarded(PanelPainter painter);
 
     void OnBrowserEvent(std::int32_t event) noexcept;

@@ -20,7 +20,7 @@ constexpr std::string_view tagPNG = "PNG";
 
 void WriteTag(MemoryHandle block, std::string_view tag)
 {
-    const BlockLock lock(block);
+    const CBlockLock lock(block);
     std::memcpy(lock.Address(), tag.data(), tag.size());
 }
 
@@ -144,7 +144,7 @@ CPreviewImages::Answers CPreviewImages::ReadImages(std::u16string_view working_f
 bool CPreviewImages::ReadImage(std::u16string_view working_folder, MemoryHandle image)
 {
     std::array<std::byte, scratch_block_bytes> scratch{};
-    const BlockLock lock(image);
+    const CBlockLock lock(image);
     return browser_.ReadPartImage(working_folder, lock.Address(), scratch.data());
 }
 

@@ -12,7 +12,7 @@ namespace partkeep {
 
 namespace {
 
-enum Column { name_column, path_column, quantity_column };
+enum Column { NameColumn, PathColumn, QuantityColumn };
 
 struct ColumnLayout {
     Column column;
@@ -21,9 +21,9 @@ struct ColumnLayout {
 };
 
 constexpr ColumnLayout columns[] = {
-    {name_column, LocalString::PartName, 130},
-    {path_column, LocalString::Path, 150},
-    {quantity_column, LocalString::Quantity, 55},
+    {NameColumn, LocalString::PartName, 130},
+    {PathColumn, LocalString::Path, 150},
+    {QuantityColumn, LocalString::Quantity, 55},
 };
 
 std::u16string PathOf(const PartRecord& part)
@@ -79,8 +79,8 @@ void CSelectedPartsDlg::AddRow(int row, const PartRecord& part)
 {
     IReportList& list = window_->ReportList();
     list.InsertRow(RES_PART_LIST, row, part.PartName);
-    list.SetCell(RES_PART_LIST, row, path_column, PathOf(part));
-    list.SetCell(RES_PART_LIST, row, quantity_column, part.Qty);
+    list.SetCell(RES_PART_LIST, row, PathColumn, PathOf(part));
+    list.SetCell(RES_PART_LIST, row, QuantityColumn, part.Qty);
 }
 
 void CSelectedPartsDlg::Show()
@@ -153,8 +153,8 @@ void CSelectedPartsDlg::SetSelectedQuantities(std::u16string_view quantity)
     IReportList& list = window_->ReportList();
     int row = list.NextSelectedRow(RES_PART_LIST, -1);
     for (int left = list.SelectedRowCount(RES_PART_LIST); left > 0 && row >= 0; --left) {
-        UpdatePartQty(list.Cell(RES_PART_LIST, row, name_column), list.Cell(RES_PART_LIST, row, path_column), quantity);
-        list.SetCell(RES_PART_LIST, row, quantity_column, quantity);
+        UpdatePartQty(list.Cell(RES_PART_LIST, row, NameColumn), list.Cell(RES_PART_LIST, row, PathColumn), quantity);
+        list.SetCell(RES_PART_LIST, row, QuantityColumn, quantity);
         row = list.NextSelectedRow(RES_PART_LIST, row);
     }
 }

@@ -13,7 +13,7 @@ namespace partkeep {
 // Answers how the file is to be replaced: one that the system could not read must not be lost.
 OldFile ReadOptionsFile(std::u16string_view path, std::int16_t& quantity_prompt, std::int16_t& filter_state);
 
-// Replaces the file as a whole. One that can't be written stays as it is, and nothing is said.
+// Replaces the file as a whole. One that cannot be written stays as it is, and nothing is said.
 void WriteOptionsFile(std::u16string_view path, std::int16_t quantity_prompt, std::int16_t filter_state,
                       OldFile old_file = OldFile::Dropped);
 

@@ -74,7 +74,7 @@ private:
     std::string_view rest_;
 };
 
-// Leaves the slot alone when the name doesn't fit: cut short it would be another server's.
+// Leaves the slot alone when the name does not fit: cut short it would be another server's.
 bool PutName(ServerTable& table, std::size_t slot, std::string_view name)
 {
     if (slot >= server_slots || name.size() >= server_slot_bytes) {

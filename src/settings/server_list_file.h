@@ -21,7 +21,7 @@ struct ServerListState {
     bool fileUnread = false; // the system could not read it, so what it holds must not be lost
 };
 
-// Reads the text of the file, lines ending in LF, bytes in the system's code page. What the text doesn't hold stays
+// Reads the text of the file, lines ending in LF, bytes in the system's code page. What the text does not hold stays
 // as it was in `state`. True when it names a folder, the empty one included, to which the browser is to go.
 bool ParseServerList(std::string_view text, ServerListState& state);
 
@@ -31,7 +31,7 @@ bool ParseServerList(std::string_view text, ServerListState& state);
 void LoadServerList(ServerListState& state, std::u16string_view install_folder, CKPDKeyManager& browser);
 
 // Takes servers, current server and view state from the browser, whose control must exist, and replaces the file.
-// A file that can't be written stays as it is. One that could not be read is kept beside the new one.
+// A file that cannot be written stays as it is. One that could not be read is kept beside the new one.
 void SaveServerList(ServerListState& state, std::u16string_view install_folder, CKPDKeyManager& browser);
 
 // The stored values as the browser takes them: with no count passed along it may read as many as there can be, so

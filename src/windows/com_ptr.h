@@ -6,23 +6,23 @@
 namespace partkeep {
 
 template <class T>
-class ComPtr {
+class CComPtr {
 public:
-    ComPtr() = default;
-    explicit ComPtr(T* object) : object_(object) // adds a reference
+    CComPtr() = default;
+    explicit CComPtr(T* object) : object_(object) // adds a reference
     {
         if (object_ != nullptr) {
             object_->AddRef();
         }
     }
-    ComPtr(const ComPtr& other) : ComPtr(other.object_) {}
-    ComPtr(ComPtr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
-    ComPtr& operator=(ComPtr other) noexcept
+    CComPtr(const CComPtr& other) : CComPtr(other.object_) {}
+    CComPtr(CComPtr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+    CComPtr& operator=(CComPtr other) noexcept
     {
         std::swap(object_, other.object_);
         return *this;
     }
-    ~ComPtr() { Reset(); }
+    ~CComPtr() { Reset(); }
 
     // The place for an out-argument that brings its own reference.
     [[nodiscard]] T** Put()

@@ -54,7 +54,7 @@ HRESULT PutTitle(VARIANT& result, HWND dialog)
 
 } // namespace
 
-HRESULT ControlSite::QueryInterface(REFIID id, void** result)
+HRESULT CControlSite::QueryInterface(REFIID id, void** result)
 {
     if (result == nullptr) {
         return E_POINTER;
@@ -77,7 +77,7 @@ HRESULT ControlSite::QueryInterface(REFIID id, void** result)
     return S_OK;
 }
 
-ULONG ControlSite::Release()
+ULONG CControlSite::Release()
 {
     const ULONG left = --references_;
     if (left == 0) {
@@ -86,26 +86,26 @@ ULONG ControlSite::Release()
     return left;
 }
 
-HRESULT ControlSite::GetMoniker(DWORD, DWORD, IMoniker** moniker)
+HRESULT CControlSite::GetMoniker(DWORD, DWORD, IMoniker** moniker)
 {
     *moniker = nullptr;
     return E_NOTIMPL;
 }
 
-HRESULT ControlSite::GetContainer(IOleContainer** container)
+HRESULT CControlSite::GetContainer(IOleContainer** container)
 {
     *container = nullptr;
     return E_NOINTERFACE;
 }
 
-HRESULT ControlSite::GetWindow(HWND* window)
+HRESULT CControlSite::GetWindow(HWND* window)
 {
     *window = window_;
     return window_ != nullptr ? S_OK : E_FAIL;
 }
 
-HRESULT ControlSite::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document, LPRECT place,
-                                      LPRECT clip, LPOLEINPLACEFRAMEINFO info)
+HRESULT CControlSite::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document, LPRECT place,
+                                       LPRECT clip, LPOLEINPLACEFRAMEINFO info)
 {
     *document = nullptr;
     *frame = nullptr;
@@ -123,19 +123,19 @@ HRESULT ControlSite::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWin
     return S_OK;
 }
 
-HRESULT ControlSite::GetExtendedControl(IDispatch** control)
+HRESULT CControlSite::GetExtendedControl(IDispatch** control)
 {
     *control = nullptr;
     return E_NOTIMPL;
 }
 
-HRESULT ControlSite::GetTypeInfoCount(UINT* count)
+HRESULT CControlSite::GetTypeInfoCount(UINT* count)
 {
     *count = 0;
     return S_OK;
 }
 
-HRESULT ControlSite::Invoke(DISPID property, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*, UINT*)
+HRESULT CControlSite::Invoke(DISPID property, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*, UINT*)
 {
     if (result == nullptr) {
         return E_POINTER;

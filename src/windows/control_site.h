@@ -15,15 +15,15 @@
 
 namespace partkeep {
 
-class ControlSite final : public IOleClientSite,
-                          public IOleInPlaceSite,
-                          public IOleInPlaceFrame,
-                          public IOleControlSite,
-                          public IDispatch {
+class CControlSite final : public IOleClientSite,
+                           public IOleInPlaceSite,
+                           public IOleInPlaceFrame,
+                           public IOleControlSite,
+                           public IDispatch {
 public:
-    explicit ControlSite(HWND window) : window_(window) { ++TheLiveCounts().com_objects; }
-    ControlSite(const ControlSite&) = delete;
-    ControlSite& operator=(const ControlSite&) = delete;
+    explicit CControlSite(HWND window) : window_(window) { ++TheLiveCounts().com_objects; }
+    CControlSite(const CControlSite&) = delete;
+    CControlSite& operator=(const CControlSite&) = delete;
 
     void Close() { window_ = nullptr; }
 
@@ -80,7 +80,7 @@ public:
                                      UINT*) override;
 
 private:
-    ~ControlSite() { --TheLiveCounts().com_objects; }
+    ~CControlSite() { --TheLiveCounts().com_objects; }
 
     std::atomic<ULONG> references_{0};
     HWND window_;

@@ -13,9 +13,9 @@ inline constexpr int logical_dpi = 96;
 // process sees is its host's decision; it is asked for each time, and never set.
 [[nodiscard]] int DpiOf(HWND window);
 
-class DialogScale {
+class CDialogScale {
 public:
-    explicit DialogScale(HWND window) : dpi_(DpiOf(window)) {}
+    explicit CDialogScale(HWND window) : dpi_(DpiOf(window)) {}
 
     [[nodiscard]] bool IsPlain() const { return dpi_ == logical_dpi; }
     [[nodiscard]] int ToDevice(int logical) const { return MulDiv(logical, dpi_, logical_dpi); }
@@ -51,13 +51,13 @@ private:
 
 [[nodiscard]] inline Rect LogicalClientOf(HWND window)
 {
-    return DialogScale(window).ToLogical(ClientOf(window));
+    return CDialogScale(window).ToLogical(ClientOf(window));
 }
 
 // From the client area of one window to that of another.
 [[nodiscard]] inline Rect MapArea(HWND from, HWND to, const Rect& area)
 {
-    const DialogScale scale(to);
+    const CDialogScale scale(to);
     RECT device = scale.ToDevice(area);
     MapWindowPoints(from, to, reinterpret_cast<POINT*>(&device), 2);
     return scale.ToLogical(device);
@@ -66,7 +66,7 @@ private:
 // Moves a window so that its client area comes to lie there, in the coordinates of its parent.
 inline void MoveClientArea(HWND window, const Rect& area, bool repaint)
 {
-    RECT device = DialogScale(window).ToDevice(area);
+    RECT device = CDialogScale(window).ToDevice(area);
     AdjustWindowRectEx(&device, static_cast<DWORD>(GetWindowLongPtrW(window, GWL_STYLE)), FALSE,
                        static_cast<DWORD>(GetWindowLongPtrW(window, GWL_EXSTYLE)));
     MoveWindow(window, device.left, device.top, device.right - device.left, device.bottom - device.top,

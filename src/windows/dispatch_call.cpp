@@ -13,15 +13,15 @@ namespace partkeep {
 namespace {
 
 // The arguments of one call as the automation interface wants them: last one first.
-class CallArguments {
+class CCallArguments {
 public:
-    explicit CallArguments(std::span<const ControlArgument> arguments)
+    explicit CCallArguments(std::span<const ControlArgument> arguments)
     {
         variants_.reserve(arguments.size());
         std::transform(arguments.rbegin(), arguments.rend(), std::back_inserter(variants_), VariantOf);
     }
     // Only texts belong to this call; everything else is borrowed.
-    ~CallArguments()
+    ~CCallArguments()
     {
         for (VARIANT& variant : variants_) {
             if (variant.vt == VT_BSTR) {
@@ -29,8 +29,8 @@ public:
             }
         }
     }
-    CallArguments(const CallArguments&) = delete;
-    CallArguments& operator=(const CallArguments&) = delete;
+    CCallArguments(const CCallArguments&) = delete;
+    CCallArguments& operator=(const CCallArguments&) = delete;
 
     [[nodiscard]] VARIANT* Data() { return variants_.data(); }
     [[nodiscard]] UINT Count() const { return static_cast<UINT>(variants_.size()); }
@@ -103,7 +103,7 @@ static_assert(static_cast<VARTYPE>(ControlType::UnknownRef) == (VT_BYREF | VT_UN
 ControlResult CallDispatch(IDispatch& object, std::int32_t dispatch_id, InvokeKind kind,
                            std::span<const ControlArgument> arguments, ControlType result)
 {
-    CallArguments call(arguments);
+    CCallArguments call(arguments);
     DISPID put_name = DISPID_PROPERTYPUT;
     const bool put = kind == InvokeKind::PropertyPut;
     DISPPARAMS parameters{call.Data(), put ? &put_name : nullptr, call.Count(), put ? 1U : 0U};

@@ -19,18 +19,18 @@ const BITMAPINFO* HeaderOf(const DibView& bitmap)
 
 } // namespace
 
-PaletteHandle GdiDeviceContext::SelectPalette(PaletteHandle palette, bool background)
+PaletteHandle CGdiDeviceContext::SelectPalette(PaletteHandle palette, bool background)
 {
     return ::SelectPalette(context_, static_cast<HPALETTE>(palette), background ? TRUE : FALSE);
 }
 
-void GdiDeviceContext::SetStretchBltMode(int mode)
+void CGdiDeviceContext::SetStretchBltMode(int mode)
 {
     ::SetStretchBltMode(context_, mode);
 }
 
-int GdiDeviceContext::SetDIBitsToDevice(int target_x, int target_y, int width, int height, int source_x, int source_y,
-                                        unsigned first_line, unsigned line_count, const DibView& bitmap)
+int CGdiDeviceContext::SetDIBitsToDevice(int target_x, int target_y, int width, int height, int source_x, int source_y,
+                                         unsigned first_line, unsigned line_count, const DibView& bitmap)
 {
     // The call takes unsigned sizes: a negative one would turn into a huge one.
     if (width <= 0 || height <= 0) {
@@ -41,33 +41,33 @@ int GdiDeviceContext::SetDIBitsToDevice(int target_x, int target_y, int width, i
                                DIB_RGB_COLORS);
 }
 
-int GdiDeviceContext::StretchDIBits(const Rect& target, const Rect& source, const DibView& bitmap)
+int CGdiDeviceContext::StretchDIBits(const Rect& target, const Rect& source, const DibView& bitmap)
 {
     return ::StretchDIBits(context_, target.left, target.top, target.Width(), target.Height(), source.left, source.top,
                            source.Width(), source.Height(), bitmap.pixels.data(), HeaderOf(bitmap), DIB_RGB_COLORS,
                            SRCCOPY);
 }
 
-void GdiDeviceContext::FillSolidRect(const Rect& area, ColorRef color)
+void CGdiDeviceContext::FillSolidRect(const Rect& area, ColorRef color)
 {
     const RECT opaque{area.left, area.top, area.right, area.bottom};
     SetBkColor(context_, color);
     ExtTextOutW(context_, 0, 0, ETO_OPAQUE, &opaque, nullptr, 0, nullptr);
 }
 
-ColorRef GdiDeviceContext::GetSysColor(int index) const
+ColorRef CGdiDeviceContext::GetSysColor(int index) const
 {
     return ::GetSysColor(index);
 }
 
-GdiPalette::~GdiPalette()
+CGdiPalette::~CGdiPalette()
 {
     if (palette_ != nullptr) {
         DeleteObject(palette_);
     }
 }
 
-bool GdiPalette::CreatePalette(std::span<const PaletteEntry> entries)
+bool CGdiPalette::CreatePalette(std::span<const PaletteEntry> entries)
 {
     std::vector<std::byte> record(offsetof(LOGPALETTE, palPalEntry) + entries.size_bytes());
     auto* header = reinterpret_cast<LOGPALETTE*>(record.data());

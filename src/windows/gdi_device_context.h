@@ -9,9 +9,9 @@
 
 namespace partkeep {
 
-class GdiDeviceContext final : public IDeviceContext {
+class CGdiDeviceContext final : public IDeviceContext {
 public:
-    explicit GdiDeviceContext(HDC context) : context_(context) {}
+    explicit CGdiDeviceContext(HDC context) : context_(context) {}
 
     PaletteHandle SelectPalette(PaletteHandle palette, bool background) override;
     void SetStretchBltMode(int mode) override;
@@ -26,12 +26,12 @@ private:
 };
 
 // Owns its palette. A second CreatePalette replaces the first one; no device context may have it selected.
-class GdiPalette final : public IPalette {
+class CGdiPalette final : public IPalette {
 public:
-    GdiPalette() = default;
-    ~GdiPalette() override;
-    GdiPalette(const GdiPalette&) = delete;
-    GdiPalette& operator=(const GdiPalette&) = delete;
+    CGdiPalette() = default;
+    ~CGdiPalette() override;
+    CGdiPalette(const CGdiPalette&) = delete;
+    CGdiPalette& operator=(const CGdiPalette&) = delete;
 
     bool CreatePalette(std::span<const PaletteEntry> entries) override;
     [[nodiscard]] PaletteHandle Handle() const override { return palette_; }

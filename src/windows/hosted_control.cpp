@@ -12,17 +12,17 @@ namespace partkeep {
 
 namespace {
 
-class HostedContent;
+class CHostedContent;
 
 // Hears the control's events for as long as its content listens.
-class EventSink final : public IDispatch {
+class CEventSink final : public IDispatch {
 public:
-    EventSink(HostedContent* content, const IID& source) : content_(content), source_(source)
+    CEventSink(CHostedContent* content, const IID& source) : content_(content), source_(source)
     {
         ++TheLiveCounts().com_objects;
     }
-    EventSink(const EventSink&) = delete;
-    EventSink& operator=(const EventSink&) = delete;
+    CEventSink(const CEventSink&) = delete;
+    CEventSink& operator=(const CEventSink&) = delete;
 
     void Close() { content_ = nullptr; }
 
@@ -56,17 +56,17 @@ public:
                                      UINT*) override;
 
 private:
-    ~EventSink() { --TheLiveCounts().com_objects; }
+    ~CEventSink() { --TheLiveCounts().com_objects; }
 
     std::atomic<ULONG> references_{0};
-    HostedContent* content_;
+    CHostedContent* content_;
     IID source_;
 };
 
-class HostedContent final : public SiteContent {
+class CHostedContent final : public CSiteContent {
 public:
-    explicit HostedContent(HWND window) : window_(window), site_(new ControlSite(window)) {}
-    ~HostedContent() override { Close(); }
+    explicit CHostedContent(HWND window) : window_(window), site_(new CControlSite(window)) {}
+    ~CHostedContent() override { Close(); }
 
     bool Create(const ControlOrder& order);
 
@@ -85,19 +85,19 @@ private:
     void Close();
 
     HWND window_;
-    ComPtr<ControlSite> site_;
-    ComPtr<IOleObject> object_;
-    ComPtr<IDispatch> dispatch_;
-    ComPtr<IConnectionPoint> point_;
-    ComPtr<EventSink> sink_;
+    CComPtr<CControlSite> site_;
+    CComPtr<IOleObject> object_;
+    CComPtr<IDispatch> dispatch_;
+    CComPtr<IConnectionPoint> point_;
+    CComPtr<CEventSink> sink_;
     DWORD connection_ = 0;
     bool ole_started_ = false;
     std::function<void(std::int32_t)> listener_;
 };
 
-HRESULT EventSink::Invoke(DISPID event, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*)
+HRESULT CEventSink::Invoke(DISPID event, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*)
 {
-    const ComPtr<EventSink> self(this);
+    const CComPtr<CEventSink> self(this);
     if (content_ != nullptr) {
         content_->OnEvent(event);
     }
@@ -115,13 +115,13 @@ bool InSingleThreadedApartment()
 IID SourceInterface(IUnknown& control, IConnectionPointContainer& container)
 {
     IID source = IID_NULL;
-    ComPtr<IProvideClassInfo2> information;
+    CComPtr<IProvideClassInfo2> information;
     if (SUCCEEDED(control.QueryInterface(IID_IProvideClassInfo2, information.PutVoid())) &&
         SUCCEEDED(information->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &source))) {
         return source;
     }
-    ComPtr<IEnumConnectionPoints> points;
-    ComPtr<IConnectionPoint> first;
+    CComPtr<IEnumConnectionPoints> points;
+    CComPtr<IConnectionPoint> first;
     if (SUCCEEDED(container.EnumConnectionPoints(points.Put())) && points->Next(1, first.Put(), nullptr) == S_OK) {
         first->GetConnectionInterface(&source);
     }
@@ -139,7 +139,7 @@ void SetExtentOf(HWND window, IOleObject& object, const std::optional<SIZE>& ext
     object.SetExtent(DVASPECT_CONTENT, &size);
 }
 
-bool HostedContent::Create(const ControlOrder& order)
+bool CHostedContent::Create(const ControlOrder& order)
 {
     ole_started_ = SUCCEEDED(OleInitialize(nullptr));
     if (!InSingleThreadedApartment()) {
@@ -157,7 +157,7 @@ bool HostedContent::Create(const ControlOrder& order)
 }
 
 // Some controls want their site before their state and say so.
-bool HostedContent::Activate(const ControlOrder& order)
+bool CHostedContent::Activate(const ControlOrder& order)
 {
     RECT client;
     GetClientRect(window_, &client);
@@ -167,7 +167,7 @@ bool HostedContent::Activate(const ControlOrder& order)
     if (site_first) {
         object_->SetClientSite(site_.Get());
     }
-    ComPtr<IPersistStreamInit> state;
+    CComPtr<IPersistStreamInit> state;
     if (SUCCEEDED(object_->QueryInterface(IID_IPersistStreamInit, state.PutVoid()))) {
         state->InitNew();
     }
@@ -183,9 +183,9 @@ bool HostedContent::Activate(const ControlOrder& order)
     return SUCCEEDED(active);
 }
 
-void HostedContent::Connect()
+void CHostedContent::Connect()
 {
-    ComPtr<IConnectionPointContainer> container;
+    CComPtr<IConnectionPointContainer> container;
     if (FAILED(object_->QueryInterface(IID_IConnectionPointContainer, container.PutVoid()))) {
         return;
     }
@@ -193,13 +193,13 @@ void HostedContent::Connect()
     if (source == IID_NULL || FAILED(container->FindConnectionPoint(source, point_.Put()))) {
         return;
     }
-    sink_ = ComPtr<EventSink>(new EventSink(this, source));
+    sink_ = CComPtr<CEventSink>(new CEventSink(this, source));
     if (FAILED(point_->Advise(sink_.Get(), &connection_))) {
         point_.Reset();
     }
 }
 
-void HostedContent::Close()
+void CHostedContent::Close()
 {
     window_ = nullptr;
     listener_ = nullptr;
@@ -213,7 +213,7 @@ void HostedContent::Close()
     }
     dispatch_.Reset();
     if (object_) {
-        const ComPtr<IOleObject> object = std::move(object_);
+        const CComPtr<IOleObject> object = std::move(object_);
         object->Close(OLECLOSE_NOSAVE);
         object->SetClientSite(nullptr);
     }
@@ -226,10 +226,10 @@ void HostedContent::Close()
     }
 }
 
-ControlResult HostedContent::Invoke(std::int32_t dispatch_id, InvokeKind kind,
-                                    std::span<const ControlArgument> arguments, ControlType result)
+ControlResult CHostedContent::Invoke(std::int32_t dispatch_id, InvokeKind kind,
+                                     std::span<const ControlArgument> arguments, ControlType result)
 {
-    const ComPtr<IDispatch> control = dispatch_; // outlives a close from within the call
+    const CComPtr<IDispatch> control = dispatch_; // outlives a close from within the call
     if (!control) {
         return {};
     }
@@ -237,7 +237,7 @@ ControlResult HostedContent::Invoke(std::int32_t dispatch_id, InvokeKind kind,
 }
 
 // The listener may close this, and the copy of it may find no memory, which must not reach the control.
-void HostedContent::OnEvent(std::int32_t dispatch_id)
+void CHostedContent::OnEvent(std::int32_t dispatch_id)
 {
     try {
         if (const auto listener = listener_; listener) {
@@ -248,18 +248,18 @@ void HostedContent::OnEvent(std::int32_t dispatch_id)
     }
 }
 
-void HostedContent::OnSize(const RECT& client)
+void CHostedContent::OnSize(const RECT& client)
 {
-    ComPtr<IOleInPlaceObject> in_place;
+    CComPtr<IOleInPlaceObject> in_place;
     if (object_ && SUCCEEDED(object_->QueryInterface(IID_IOleInPlaceObject, in_place.PutVoid()))) {
         SetExtentOf(window_, *object_.Get(), std::nullopt, client);
         in_place->SetObjectRects(&client, &client);
     }
 }
 
-void HostedContent::OnFocus()
+void CHostedContent::OnFocus()
 {
-    ComPtr<IOleInPlaceObject> in_place;
+    CComPtr<IOleInPlaceObject> in_place;
     HWND control_window = nullptr;
     if (!object_ || FAILED(object_->QueryInterface(IID_IOleInPlaceObject, in_place.PutVoid()))) {
         return;
@@ -272,45 +272,47 @@ void HostedContent::OnFocus()
     }
 }
 
-bool HostedContent::TranslateKey(MSG& message)
+bool CHostedContent::TranslateKey(MSG& message)
 {
-    ComPtr<IOleInPlaceActiveObject> active;
+    CComPtr<IOleInPlaceActiveObject> active;
     return object_ && SUCCEEDED(object_->QueryInterface(IID_IOleInPlaceActiveObject, active.PutVoid())) &&
            active->TranslateAccelerator(&message) == S_OK;
 }
 
 // The content belongs to the window, and the frame of a hidden one to this.
-class WinHostedControl final : public IHostedControl {
+class CWinHostedControl final : public IHostedControl {
 public:
-    WinHostedControl(std::shared_ptr<SiteContent> content, HWND frame) : content_(std::move(content)), frame_(frame) {}
-    ~WinHostedControl() override
+    CWinHostedControl(std::shared_ptr<CSiteContent> content, HWND frame) : content_(std::move(content)), frame_(frame)
+    {
+    }
+    ~CWinHostedControl() override
     {
         content_->SetEventSink(nullptr);
         if (frame_ != nullptr) {
             DestroyWindow(frame_);
         }
     }
-    WinHostedControl(const WinHostedControl&) = delete;
-    WinHostedControl& operator=(const WinHostedControl&) = delete;
+    CWinHostedControl(const CWinHostedControl&) = delete;
+    CWinHostedControl& operator=(const CWinHostedControl&) = delete;
 
     ControlResult Invoke(std::int32_t dispatch_id, InvokeKind kind, std::span<const ControlArgument> arguments,
                          ControlType result) override
     {
-        const std::shared_ptr<SiteContent> content = content_;
+        const std::shared_ptr<CSiteContent> content = content_;
         return content->Invoke(dispatch_id, kind, arguments, result);
     }
     void SetEventSink(std::function<void(std::int32_t)> sink) override { content_->SetEventSink(std::move(sink)); }
 
 private:
-    std::shared_ptr<SiteContent> content_;
+    std::shared_ptr<CSiteContent> content_;
     HWND frame_;
 };
 
 } // namespace
 
-std::shared_ptr<SiteContent> CreateControlInSite(HWND site, const ControlOrder& order)
+std::shared_ptr<CSiteContent> CreateControlInSite(HWND site, const ControlOrder& order)
 {
-    auto content = std::make_shared<HostedContent>(site);
+    auto content = std::make_shared<CHostedContent>(site);
     if (!content->Create(order)) {
         return nullptr;
     }
@@ -318,9 +320,9 @@ std::shared_ptr<SiteContent> CreateControlInSite(HWND site, const ControlOrder& 
     return content;
 }
 
-std::unique_ptr<IHostedControl> MakeHostedControl(std::shared_ptr<SiteContent> content)
+std::unique_ptr<IHostedControl> MakeHostedControl(std::shared_ptr<CSiteContent> content)
 {
-    return std::make_unique<WinHostedControl>(std::move(content), nullptr);
+    return std::make_unique<CWinHostedControl>(std::move(content), nullptr);
 }
 
 CLSID SystemClassId(const ClassId& id)
@@ -330,12 +332,12 @@ CLSID SystemClassId(const ClassId& id)
     return converted;
 }
 
-std::unique_ptr<IHostedControl> HiddenControls::CreateHidden(const ClassId& class_id, std::int32_t control_id,
-                                                             int width, int height)
+std::unique_ptr<IHostedControl> CHiddenControls::CreateHidden(const ClassId& class_id, std::int32_t control_id,
+                                                              int width, int height)
 {
     HWND frame = CreateHiddenFrame(module_);
     HWND site = CreateSiteWindow(module_, frame, control_id, {0, 0, width, height}, 0);
-    std::shared_ptr<SiteContent> content;
+    std::shared_ptr<CSiteContent> content;
     if (site != nullptr) {
         content = CreateControlInSite(site, {SystemClassId(class_id), false, std::nullopt});
     }
@@ -343,7 +345,7 @@ std::unique_ptr<IHostedControl> HiddenControls::CreateHidden(const ClassId& clas
         DestroyWindow(frame);
         return nullptr;
     }
-    return std::make_unique<WinHostedControl>(std::move(content), frame);
+    return std::make_unique<CWinHostedControl>(std::move(content), frame);
 }
 
 } // namespace partkeep

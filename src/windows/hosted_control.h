@@ -10,7 +10,7 @@
 
 namespace partkeep {
 
-class SiteContent;
+class CSiteContent;
 
 struct ControlOrder {
     CLSID class_id{};
@@ -20,16 +20,16 @@ struct ControlOrder {
 
 // Fills a site window with a control. Null when it cannot be created, or not on this thread: the pointers that
 // travel through the calls are good in this apartment alone, so a control that would live in another is refused.
-[[nodiscard]] std::shared_ptr<SiteContent> CreateControlInSite(HWND site, const ControlOrder& order);
+[[nodiscard]] std::shared_ptr<CSiteContent> CreateControlInSite(HWND site, const ControlOrder& order);
 
 // The interface to what fills a site window.
-[[nodiscard]] std::unique_ptr<IHostedControl> MakeHostedControl(std::shared_ptr<SiteContent> content);
+[[nodiscard]] std::unique_ptr<IHostedControl> MakeHostedControl(std::shared_ptr<CSiteContent> content);
 
 [[nodiscard]] CLSID SystemClassId(const ClassId& id);
 
-class HiddenControls final : public IHiddenControls {
+class CHiddenControls final : public IHiddenControls {
 public:
-    explicit HiddenControls(HINSTANCE module) : module_(module) {}
+    explicit CHiddenControls(HINSTANCE module) : module_(module) {}
 
     [[nodiscard]] std::unique_ptr<IHostedControl> CreateHidden(const ClassId& class_id, std::int32_t control_id,
                                                                int width, int height) override;

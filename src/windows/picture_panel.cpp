@@ -16,12 +16,12 @@ namespace {
 constexpr std::int32_t image_path_property = 1;
 constexpr UINT max_extent = 8192; // per direction: a file must not decide how much memory goes
 
-class PictureBitmap {
+class CPictureBitmap {
 public:
-    PictureBitmap() = default;
-    ~PictureBitmap() { Clear(); }
-    PictureBitmap(const PictureBitmap&) = delete;
-    PictureBitmap& operator=(const PictureBitmap&) = delete;
+    CPictureBitmap() = default;
+    ~CPictureBitmap() { Clear(); }
+    CPictureBitmap(const CPictureBitmap&) = delete;
+    CPictureBitmap& operator=(const CPictureBitmap&) = delete;
 
     // The pixels, top row first, 32 bits each; null when there is no memory.
     void* Allocate(LONG width, LONG height)
@@ -54,12 +54,12 @@ private:
 };
 
 // The first picture of a file as premultiplied colours; null where the file is none or cannot be read.
-ComPtr<IWICBitmapSource> DecodeFile(const std::wstring& path)
+CComPtr<IWICBitmapSource> DecodeFile(const std::wstring& path)
 {
-    ComPtr<IWICImagingFactory> factory;
-    ComPtr<IWICBitmapDecoder> decoder;
-    ComPtr<IWICBitmapFrameDecode> frame;
-    ComPtr<IWICFormatConverter> converter;
+    CComPtr<IWICImagingFactory> factory;
+    CComPtr<IWICBitmapDecoder> decoder;
+    CComPtr<IWICBitmapFrameDecode> frame;
+    CComPtr<IWICFormatConverter> converter;
     const bool decoded =
         SUCCEEDED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
                                    factory.PutVoid())) &&
@@ -68,12 +68,12 @@ ComPtr<IWICBitmapSource> DecodeFile(const std::wstring& path)
         SUCCEEDED(decoder->GetFrame(0, frame.Put())) && SUCCEEDED(factory->CreateFormatConverter(converter.Put())) &&
         SUCCEEDED(converter->Initialize(frame.Get(), GUID_WICPixelFormat32bppPBGRA, WICBitmapDitherTypeNone, nullptr,
                                         0.0, WICBitmapPaletteTypeCustom));
-    return ComPtr<IWICBitmapSource>(decoded ? converter.Get() : nullptr);
+    return CComPtr<IWICBitmapSource>(decoded ? converter.Get() : nullptr);
 }
 
-bool ReadPicture(const std::wstring& path, PictureBitmap& bitmap)
+bool ReadPicture(const std::wstring& path, CPictureBitmap& bitmap)
 {
-    const ComPtr<IWICBitmapSource> source = DecodeFile(path);
+    const CComPtr<IWICBitmapSource> source = DecodeFile(path);
     UINT width = 0;
     UINT height = 0;
     if (!source || FAILED(source->GetSize(&width, &height)) || width == 0 || height == 0 || width > max_extent ||
@@ -96,9 +96,9 @@ RECT FitInto(const RECT& client, SIZE picture)
     return {left, top, left + width, top + height};
 }
 
-class PicturePanel final : public SiteContent {
+class CPicturePanel final : public CSiteContent {
 public:
-    explicit PicturePanel(HWND site) : site_(site)
+    explicit CPicturePanel(HWND site) : site_(site)
     {
         SetWindowLongPtrW(site, GWL_STYLE, GetWindowLongPtrW(site, GWL_STYLE) & ~WS_TABSTOP); // nothing to do in it
     }
@@ -150,14 +150,14 @@ private:
 
     HWND site_;
     std::u16string path_;
-    PictureBitmap picture_;
+    CPictureBitmap picture_;
 };
 
 } // namespace
 
-std::shared_ptr<SiteContent> MakePicturePanel(HWND site)
+std::shared_ptr<CSiteContent> MakePicturePanel(HWND site)
 {
-    return std::make_shared<PicturePanel>(site);
+    return std::make_shared<CPicturePanel>(site);
 }
 
 } // namespace partkeep

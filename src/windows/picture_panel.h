@@ -6,6 +6,6 @@
 
 namespace partkeep {
 
-[[nodiscard]] std::shared_ptr<SiteContent> MakePicturePanel(HWND site);
+[[nodiscard]] std::shared_ptr<CSiteContent> MakePicturePanel(HWND site);
 
 } // namespace partkeep

@@ -9,14 +9,14 @@ namespace {
 constexpr wchar_t site_class_name[] = L"PartkeepControlSite";
 constexpr wchar_t frame_class_name[] = L"PartkeepHiddenFrame";
 
-using ContentHolder = std::shared_ptr<SiteContent>;
+using ContentHolder = std::shared_ptr<CSiteContent>;
 
 ContentHolder* HolderOf(HWND site)
 {
     return reinterpret_cast<ContentHolder*>(GetWindowLongPtrW(site, GWLP_USERDATA));
 }
 
-void PaintSite(HWND site, SiteContent& content)
+void PaintSite(HWND site, CSiteContent& content)
 {
     PAINTSTRUCT paint;
     HDC context = BeginPaint(site, &paint);
@@ -27,7 +27,7 @@ void PaintSite(HWND site, SiteContent& content)
 }
 
 // True when the message needs nothing more.
-bool HandleSiteMessage(HWND site, SiteContent& content, UINT message)
+bool HandleSiteMessage(HWND site, CSiteContent& content, UINT message)
 {
     RECT client;
     switch (message) {
@@ -106,14 +106,14 @@ HWND CreateSiteWindow(HINSTANCE module, HWND parent, int id, const RECT& area, D
                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), module, nullptr);
 }
 
-void SetSiteContent(HWND site, std::shared_ptr<SiteContent> content)
+void SetSiteContent(HWND site, std::shared_ptr<CSiteContent> content)
 {
     if (ContentHolder* holder = HolderOf(site); holder != nullptr) {
         *holder = std::move(content);
     }
 }
 
-SiteContent* ContentOfSite(HWND site)
+CSiteContent* ContentOfSite(HWND site)
 {
     if (site == nullptr || reinterpret_cast<WNDPROC>(GetWindowLongPtrW(site, GWLP_WNDPROC)) != SiteProcedure) {
         return nullptr;

@@ -15,9 +15,9 @@ namespace partkeep {
 // template; a window class of that name makes such a template work without rewriting it.
 inline constexpr wchar_t picture_control_class_name[] = L"" RES_PICTURE_CLASS;
 
-class SiteContent {
+class CSiteContent {
 public:
-    virtual ~SiteContent() = default;
+    virtual ~CSiteContent() = default;
 
     virtual ControlResult Invoke(std::int32_t dispatch_id, InvokeKind kind, std::span<const ControlArgument> arguments,
                                  ControlType result) = 0;
@@ -39,10 +39,10 @@ void UnregisterSiteWindows(HINSTANCE module);
 // Null when the window cannot be made. The style is added to that of a child.
 [[nodiscard]] HWND CreateSiteWindow(HINSTANCE module, HWND parent, int id, const RECT& area, DWORD style);
 
-void SetSiteContent(HWND site, std::shared_ptr<SiteContent> content);
-[[nodiscard]] SiteContent* ContentOfSite(HWND site); // null for a window of another kind
+void SetSiteContent(HWND site, std::shared_ptr<CSiteContent> content);
+[[nodiscard]] CSiteContent* ContentOfSite(HWND site); // null for a window of another kind
 
-// A frame that is never shown, as parent of a control that isn't either.
+// A frame that is never shown, as parent of a control that is not either.
 [[nodiscard]] HWND CreateHiddenFrame(HINSTANCE module);
 
 } // namespace partkeep

@@ -14,13 +14,13 @@
 
 namespace partkeep {
 
-std::unique_ptr<IHostedControl> WinDialogWindow::CreateHostedControl(const ClassId& class_id, int id, const Rect& area)
+std::unique_ptr<IHostedControl> CWinDialogWindow::CreateHostedControl(const ClassId& class_id, int id, const Rect& area)
 {
-    HWND site = CreateSiteWindow(module_, window_, id, DialogScale(window_).ToDevice(area), WS_VISIBLE | WS_TABSTOP);
+    HWND site = CreateSiteWindow(module_, window_, id, CDialogScale(window_).ToDevice(area), WS_VISIBLE | WS_TABSTOP);
     if (site == nullptr) {
         return nullptr;
     }
-    std::shared_ptr<SiteContent> content = CreateControlInSite(site, {SystemClassId(class_id), true, std::nullopt});
+    std::shared_ptr<CSiteContent> content = CreateControlInSite(site, {SystemClassId(class_id), true, std::nullopt});
     if (content == nullptr) {
         DestroyWindow(site);
         return nullptr;
@@ -29,7 +29,7 @@ std::unique_ptr<IHostedControl> WinDialogWindow::CreateHostedControl(const Class
 }
 
 // A place whose control is not installed shows pictures by itself.
-std::unique_ptr<IHostedControl> WinDialogWindow::TemplateControl(int id)
+std::unique_ptr<IHostedControl> CWinDialogWindow::TemplateControl(int id)
 {
     HWND site = Control(id);
     std::array<wchar_t, 64> class_name{};
@@ -39,7 +39,7 @@ std::unique_ptr<IHostedControl> WinDialogWindow::TemplateControl(int id)
         return nullptr;
     }
     order.extent = InitialExtent(module_, template_.number, id);
-    std::shared_ptr<SiteContent> content = CreateControlInSite(site, order);
+    std::shared_ptr<CSiteContent> content = CreateControlInSite(site, order);
     if (content == nullptr) {
         content = MakePicturePanel(site);
         SetSiteContent(site, content);
@@ -47,9 +47,9 @@ std::unique_ptr<IHostedControl> WinDialogWindow::TemplateControl(int id)
     return MakeHostedControl(std::move(content));
 }
 
-std::unique_ptr<IPanelWindow> WinDialogWindow::CreatePanel(int id, const Rect& area)
+std::unique_ptr<IPanelWindow> CWinDialogWindow::CreatePanel(int id, const Rect& area)
 {
-    return MakePanel(module_, window_, id, DialogScale(window_).ToDevice(area));
+    return MakePanel(module_, window_, id, CDialogScale(window_).ToDevice(area));
 }
 
 } // namespace partkeep

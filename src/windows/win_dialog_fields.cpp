@@ -21,12 +21,12 @@ HWND FocusedChildOf(HWND dialog)
     return child;
 }
 
-void WinDialogFields::SetText(int id, std::u16string_view text)
+void CWinDialogFields::SetText(int id, std::u16string_view text)
 {
     SetDlgItemTextW(window_, id, WideText(text).c_str());
 }
 
-std::u16string WinDialogFields::Text(int id) const
+std::u16string CWinDialogFields::Text(int id) const
 {
     HWND control = Control(id);
     if (control == nullptr) {
@@ -38,7 +38,7 @@ std::u16string WinDialogFields::Text(int id) const
 }
 
 // A control that is disabled while it has the focus leaves it to nobody, and the keys with it. It gets it back.
-void WinDialogFields::Enable(int id, bool enabled)
+void CWinDialogFields::Enable(int id, bool enabled)
 {
     HWND control = Control(id);
     if (!enabled && control != nullptr && GetFocus() == control) {
@@ -53,89 +53,89 @@ void WinDialogFields::Enable(int id, bool enabled)
     }
 }
 
-void WinDialogFields::ShowControl(int id, bool visible)
+void CWinDialogFields::ShowControl(int id, bool visible)
 {
     ShowWindow(Control(id), visible ? SW_SHOW : SW_HIDE);
 }
 
-void WinDialogFields::SetReadOnly(int id)
+void CWinDialogFields::SetReadOnly(int id)
 {
     SendToControl(window_, id, EM_SETREADONLY, TRUE);
 }
 
-void WinDialogFields::LimitText(int id, int characters)
+void CWinDialogFields::LimitText(int id, int characters)
 {
     SendToControl(window_, id, EM_LIMITTEXT, static_cast<WPARAM>(characters));
 }
 
-void WinDialogFields::ClearSelectedText(int id)
+void CWinDialogFields::ClearSelectedText(int id)
 {
     SendToControl(window_, id, WM_CLEAR);
 }
 
-void WinDialogFields::SetCheck(int id, int state)
+void CWinDialogFields::SetCheck(int id, int state)
 {
     SendToControl(window_, id, BM_SETCHECK, static_cast<WPARAM>(state));
 }
 
-int WinDialogFields::Check(int id) const
+int CWinDialogFields::Check(int id) const
 {
     return static_cast<int>(SendToControl(window_, id, BM_GETCHECK));
 }
 
-Rect WinDialogFields::ControlClientRect(int id) const
+Rect CWinDialogFields::ControlClientRect(int id) const
 {
     return LogicalClientOf(Control(id));
 }
 
-Rect WinDialogFields::MapToDialog(int id, const Rect& client_area) const
+Rect CWinDialogFields::MapToDialog(int id, const Rect& client_area) const
 {
     HWND control = Control(id);
     return control != nullptr ? MapArea(control, window_, client_area) : Rect{};
 }
 
-void WinDialogFields::MoveControl(int id, const Rect& area)
+void CWinDialogFields::MoveControl(int id, const Rect& area)
 {
     if (HWND control = Control(id); control != nullptr) {
         MoveClientArea(control, area, true);
     }
 }
 
-void WinDialogFields::Focus(int id)
+void CWinDialogFields::Focus(int id)
 {
     if (HWND control = Control(id); control != nullptr) {
         SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
     }
 }
 
-int WinDialogFields::FocusedControl() const
+int CWinDialogFields::FocusedControl() const
 {
     HWND child = window_ != nullptr ? FocusedChildOf(window_) : nullptr;
     return child != nullptr ? GetDlgCtrlID(child) : 0;
 }
 
-void WinDialogFields::MoveFocusByOrder(bool forward)
+void CWinDialogFields::MoveFocusByOrder(bool forward)
 {
     SendMessageW(window_, WM_NEXTDLGCTL, forward ? 0 : 1, FALSE);
 }
 
-void WinDialogFields::ResetEntries(int id)
+void CWinDialogFields::ResetEntries(int id)
 {
     SendToControl(window_, id, CB_RESETCONTENT);
 }
 
-void WinDialogFields::InsertEntry(int id, int index, std::u16string_view text)
+void CWinDialogFields::InsertEntry(int id, int index, std::u16string_view text)
 {
     const std::wstring entry = WideText(text);
     SendToControl(window_, id, CB_INSERTSTRING, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(entry.c_str()));
 }
 
-void WinDialogFields::SelectEntry(int id, int index)
+void CWinDialogFields::SelectEntry(int id, int index)
 {
     SendToControl(window_, id, CB_SETCURSEL, static_cast<WPARAM>(index));
 }
 
-int WinDialogFields::SelectedEntry(int id) const
+int CWinDialogFields::SelectedEntry(int id) const
 {
     return Control(id) != nullptr ? static_cast<int>(SendToControl(window_, id, CB_GETCURSEL)) : -1;
 }

@@ -13,9 +13,9 @@ LRESULT SendToControl(HWND dialog, int id, UINT message, WPARAM word = 0, LPARAM
 // The child of the dialog that has the focus or holds it; null for none.
 [[nodiscard]] HWND FocusedChildOf(HWND dialog);
 
-class WinDialogFields final : public IDialogFields {
+class CWinDialogFields final : public IDialogFields {
 public:
-    explicit WinDialogFields(const HWND& window) : window_(window) {}
+    explicit CWinDialogFields(const HWND& window) : window_(window) {}
 
     void SetText(int id, std::u16string_view text) override;
     [[nodiscard]] std::u16string Text(int id) const override;

@@ -19,9 +19,9 @@ constexpr int min_base_width = 6;
 constexpr int min_base_height = 13;
 constexpr int max_base_height = 14;
 
-class DialogUnits {
+class CDialogUnits {
 public:
-    explicit DialogUnits(HWND dialog) : scale_(dialog)
+    explicit CDialogUnits(HWND dialog) : scale_(dialog)
     {
         RECT base{0, 0, 4, 8};
         MapDialogRect(dialog, &base);
@@ -33,7 +33,7 @@ public:
     [[nodiscard]] int Down(int units) const { return MulDiv(units, scale_.ToDevice(8 * height_), 64); }
 
 private:
-    DialogScale scale_;
+    CDialogScale scale_;
     int width_ = 0;
     int height_ = 0;
 };
@@ -86,9 +86,9 @@ std::vector<Rect> AreasToStayVisible(HWND dialog, int picture)
 
 // The system lays a dialog out by the size of the font alone, which grows by whole pixels: at each density the
 // controls would stand elsewhere among those that are placed by pixels. They are placed anew, by the same units at all.
-void WinDialogWindow::PlaceTemplateControls()
+void CWinDialogWindow::PlaceTemplateControls()
 {
-    const DialogUnits units(window_);
+    const CDialogUnits units(window_);
     ResizeClient(window_, units.Across(template_.width), units.Down(template_.height));
     for (const auto& control : template_.controls) {
         MoveWindow(Control(control.id), units.Across(control.x), units.Down(control.y), units.Across(control.width),
@@ -96,7 +96,7 @@ void WinDialogWindow::PlaceTemplateControls()
     }
 }
 
-void WinDialogWindow::PlaceBesideOwner()
+void CWinDialogWindow::PlaceBesideOwner()
 {
     MONITORINFO screen{};
     screen.cbSize = sizeof screen;

@@ -39,26 +39,26 @@ void Validate(HWND window)
 // While a dialog runs modally, its owner and every other dialog of this component on the thread are disabled: a
 // list left enabled beside it could start a second run of what is going on. The windows themselves bear the mark of
 // who disabled them, which needs no memory of ours and goes with a window that goes meanwhile.
-class OthersDisabled {
+class COthersDisabled {
 public:
-    explicit OthersDisabled(HWND owner) : owner_(owner)
+    explicit COthersDisabled(HWND owner) : owner_(owner)
     {
         Disable(owner_);
         EnumThreadWindows(GetCurrentThreadId(), Disable, reinterpret_cast<LPARAM>(this));
     }
-    ~OthersDisabled()
+    ~COthersDisabled()
     {
         Enable(owner_, reinterpret_cast<LPARAM>(this));
         EnumThreadWindows(GetCurrentThreadId(), Enable, reinterpret_cast<LPARAM>(this));
     }
-    OthersDisabled(const OthersDisabled&) = delete;
-    OthersDisabled& operator=(const OthersDisabled&) = delete;
+    COthersDisabled(const COthersDisabled&) = delete;
+    COthersDisabled& operator=(const COthersDisabled&) = delete;
 
 private:
     static BOOL CALLBACK Disable(HWND window, LPARAM self) noexcept
     {
         if (GetPropW(window, dialog_property) != nullptr) {
-            reinterpret_cast<OthersDisabled*>(self)->Disable(window);
+            reinterpret_cast<COthersDisabled*>(self)->Disable(window);
         }
         return TRUE;
     }
@@ -82,22 +82,22 @@ private:
 
 } // namespace
 
-std::unique_ptr<IDialogWindow> WinDialogs::Make(const DialogTemplate& dialog)
+std::unique_ptr<IDialogWindow> CWinDialogs::Make(const DialogTemplate& dialog)
 {
-    return std::make_unique<WinDialogWindow>(module_, dialog);
+    return std::make_unique<CWinDialogWindow>(module_, dialog);
 }
 
-WinDialogWindow* WinDialogWindow::Of(HWND window)
+CWinDialogWindow* CWinDialogWindow::Of(HWND window)
 {
     for (; window != nullptr; window = GetAncestor(window, GA_PARENT)) {
         if (HANDLE dialog = GetPropW(window, dialog_property); dialog != nullptr) {
-            return static_cast<WinDialogWindow*>(dialog);
+            return static_cast<CWinDialogWindow*>(dialog);
         }
     }
     return nullptr;
 }
 
-bool WinDialogWindow::Create(IDialogEvents& events, HWND owner)
+bool CWinDialogWindow::Create(IDialogEvents& events, HWND owner)
 {
     if (window_ != nullptr) {
         return false;
@@ -106,18 +106,18 @@ bool WinDialogWindow::Create(IDialogEvents& events, HWND owner)
     InitCommonControlsEx(&classes);
     events_ = &events;
     owner_ = owner;
-    owner_messages_ = WinMessages(owner);
+    owner_messages_ = CWinMessages(owner);
     ended_ = false;
     result_ = -1;
     CreateDialogParamW(module_, MAKEINTRESOURCEW(template_.number), owner, Procedure, reinterpret_cast<LPARAM>(this));
     return window_ != nullptr;
 }
 
-int WinDialogWindow::RunModal(IDialogEvents& events)
+int CWinDialogWindow::RunModal(IDialogEvents& events)
 {
     HWND owner = GetActiveWindow();
     {
-        const OthersDisabled disabled(owner);
+        const COthersDisabled disabled(owner);
         if (!Create(events, owner)) {
             return -1;
         }
@@ -135,15 +135,15 @@ int WinDialogWindow::RunModal(IDialogEvents& events)
     return result_;
 }
 
-bool WinDialogWindow::CreateModeless(IDialogEvents& events, IDialogWindow* owner)
+bool CWinDialogWindow::CreateModeless(IDialogEvents& events, IDialogWindow* owner)
 {
     modeless_ = true;
     placed_ = false;
-    const auto* window = static_cast<WinDialogWindow*>(owner); // windows of one front end know each other
+    const auto* window = static_cast<CWinDialogWindow*>(owner); // windows of one front end know each other
     return Create(events, window != nullptr ? window->window_ : nullptr);
 }
 
-int WinDialogWindow::RunLoop()
+int CWinDialogWindow::RunLoop()
 {
     while (!ended_ && window_ != nullptr) {
         MSG message;
@@ -155,7 +155,7 @@ int WinDialogWindow::RunLoop()
         if (got < 0) {
             return -1;
         }
-        WinDialogWindow* dialog = Of(message.hwnd);
+        CWinDialogWindow* dialog = Of(message.hwnd);
         if (dialog == nullptr || !dialog->PreTranslate(message)) {
             TranslateMessage(&message);
             DispatchMessageW(&message);
@@ -164,7 +164,7 @@ int WinDialogWindow::RunLoop()
     return ended_ ? result_ : -1;
 }
 
-void WinDialogWindow::EndModal(int result)
+void CWinDialogWindow::EndModal(int result)
 {
     result_ = result;
     ended_ = true;
@@ -172,14 +172,14 @@ void WinDialogWindow::EndModal(int result)
     PostMessageW(window_, WM_NULL, 0, 0); // wakes the loop
 }
 
-void WinDialogWindow::Destroy()
+void CWinDialogWindow::Destroy()
 {
     if (window_ != nullptr) {
         DestroyWindow(window_);
     }
 }
 
-bool WinDialogWindow::PreTranslate(MSG& message)
+bool CWinDialogWindow::PreTranslate(MSG& message)
 {
     if (!IsKeyMessage(message)) {
         return false;
@@ -193,9 +193,9 @@ bool WinDialogWindow::PreTranslate(MSG& message)
 }
 
 // Escape belongs to the dialog even where a hosted control would take every key.
-bool WinDialogWindow::TranslateInHostedControl(MSG& message)
+bool CWinDialogWindow::TranslateInHostedControl(MSG& message)
 {
-    SiteContent* content = ContentOfSite(FocusedChildOf(window_));
+    CSiteContent* content = ContentOfSite(FocusedChildOf(window_));
     if (content == nullptr) {
         return false;
     }
@@ -206,22 +206,22 @@ bool WinDialogWindow::TranslateInHostedControl(MSG& message)
     return content->TranslateKey(message);
 }
 
-INT_PTR WinDialogWindow::Procedure(HWND window, UINT message, WPARAM word, LPARAM value) noexcept
+INT_PTR CWinDialogWindow::Procedure(HWND window, UINT message, WPARAM word, LPARAM value) noexcept
 {
     if (message == WM_INITDIALOG) {
-        auto* created = reinterpret_cast<WinDialogWindow*>(value);
+        auto* created = reinterpret_cast<CWinDialogWindow*>(value);
         created->window_ = window;
         SetPropW(window, dialog_property, created);
         ++TheLiveCounts().windows;
     }
-    auto* dialog = static_cast<WinDialogWindow*>(GetPropW(window, dialog_property));
+    auto* dialog = static_cast<CWinDialogWindow*>(GetPropW(window, dialog_property));
     if (dialog == nullptr) {
         return FALSE;
     }
     return dialog->Handle(message, word, value);
 }
 
-INT_PTR WinDialogWindow::Handle(UINT message, WPARAM word, LPARAM value)
+INT_PTR CWinDialogWindow::Handle(UINT message, WPARAM word, LPARAM value)
 {
     switch (message) {
     case WM_INITDIALOG:
@@ -252,7 +252,7 @@ INT_PTR WinDialogWindow::Handle(UINT message, WPARAM word, LPARAM value)
 
 // The system gives the focus to the first control unless the logic has given it to another. A modeless window must not
 // take it from its owner, in which the user goes on.
-INT_PTR WinDialogWindow::HandleInit()
+INT_PTR CWinDialogWindow::HandleInit()
 {
     PlaceTemplateControls();
     HWND before = GetFocus();
@@ -260,7 +260,7 @@ INT_PTR WinDialogWindow::HandleInit()
     return GetFocus() == before && !modeless_ ? TRUE : FALSE;
 }
 
-INT_PTR WinDialogWindow::HandleCommand(WPARAM word)
+INT_PTR CWinDialogWindow::HandleCommand(WPARAM word)
 {
     const int id = LOWORD(word);
     switch (HIWORD(word)) {
@@ -278,7 +278,7 @@ INT_PTR WinDialogWindow::HandleCommand(WPARAM word)
     }
 }
 
-INT_PTR WinDialogWindow::HandleNotify(const NMHDR& notice)
+INT_PTR CWinDialogWindow::HandleNotify(const NMHDR& notice)
 {
     if (notice.code != TTN_GETDISPINFOW || notice.idFrom == 0) {
         return FALSE;
@@ -293,7 +293,7 @@ INT_PTR WinDialogWindow::HandleNotify(const NMHDR& notice)
     return TRUE;
 }
 
-INT_PTR WinDialogWindow::HandleSetCursor()
+INT_PTR CWinDialogWindow::HandleSetCursor()
 {
     if (wait_depth_ == 0) {
         return FALSE;
@@ -303,7 +303,7 @@ INT_PTR WinDialogWindow::HandleSetCursor()
     return TRUE;
 }
 
-void WinDialogWindow::HandleGone()
+void CWinDialogWindow::HandleGone()
 {
     RemovePropW(window_, dialog_property);
     --TheLiveCounts().windows;
@@ -311,22 +311,22 @@ void WinDialogWindow::HandleGone()
     toolbar_.Forget();
 }
 
-void WinDialogWindow::SetTitle(std::u16string_view title)
+void CWinDialogWindow::SetTitle(std::u16string_view title)
 {
     SetWindowTextW(window_, WideText(title).c_str());
 }
 
-IconHandle WinDialogWindow::ParentSmallIcon() const
+IconHandle CWinDialogWindow::ParentSmallIcon() const
 {
     return owner_ != nullptr ? reinterpret_cast<IconHandle>(SendMessageW(owner_, WM_GETICON, ICON_SMALL, 0)) : nullptr;
 }
 
-void WinDialogWindow::SetSmallIcon(IconHandle icon)
+void CWinDialogWindow::SetSmallIcon(IconHandle icon)
 {
     SendMessageW(window_, WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(icon));
 }
 
-void WinDialogWindow::Show(bool visible)
+void CWinDialogWindow::Show(bool visible)
 {
     if (!visible || !modeless_) {
         ShowWindow(window_, visible ? SW_SHOW : SW_HIDE);
@@ -338,24 +338,24 @@ void WinDialogWindow::Show(bool visible)
     SetWindowPos(window_, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW);
 }
 
-void WinDialogWindow::EnableOwner(bool enabled)
+void CWinDialogWindow::EnableOwner(bool enabled)
 {
     if (owner_ != nullptr) {
         EnableWindow(owner_, enabled ? TRUE : FALSE);
     }
 }
 
-void WinDialogWindow::Invalidate()
+void CWinDialogWindow::Invalidate()
 {
     InvalidateRect(window_, nullptr, FALSE);
 }
 
-void WinDialogWindow::UpdateNow()
+void CWinDialogWindow::UpdateNow()
 {
     UpdateWindow(window_);
 }
 
-void WinDialogWindow::BeginWait()
+void CWinDialogWindow::BeginWait()
 {
     HCURSOR before = SetCursor(LoadCursorW(nullptr, reinterpret_cast<LPCWSTR>(IDC_WAIT)));
     if (wait_depth_++ == 0) {
@@ -363,14 +363,14 @@ void WinDialogWindow::BeginWait()
     }
 }
 
-void WinDialogWindow::EndWait()
+void CWinDialogWindow::EndWait()
 {
     if (wait_depth_ > 0 && --wait_depth_ == 0) {
         SetCursor(cursor_before_wait_);
     }
 }
 
-Rect WinDialogWindow::ClientRect() const
+Rect CWinDialogWindow::ClientRect() const
 {
     return LogicalClientOf(window_);
 }

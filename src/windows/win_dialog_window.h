@@ -12,15 +12,15 @@
 
 namespace partkeep {
 
-class WinDialogWindow final : public IDialogWindow {
+class CWinDialogWindow final : public IDialogWindow {
 public:
-    WinDialogWindow(HINSTANCE module, const DialogTemplate& dialog) : module_(module), template_(dialog) {}
-    ~WinDialogWindow() override { Destroy(); }
-    WinDialogWindow(const WinDialogWindow&) = delete;
-    WinDialogWindow& operator=(const WinDialogWindow&) = delete;
+    CWinDialogWindow(HINSTANCE module, const DialogTemplate& dialog) : module_(module), template_(dialog) {}
+    ~CWinDialogWindow() override { Destroy(); }
+    CWinDialogWindow(const CWinDialogWindow&) = delete;
+    CWinDialogWindow& operator=(const CWinDialogWindow&) = delete;
 
     // The dialog that a window belongs to; null for a window of somebody else.
-    [[nodiscard]] static WinDialogWindow* Of(HWND window);
+    [[nodiscard]] static CWinDialogWindow* Of(HWND window);
 
     // A message on its way to a window of this dialog. True: used up. The dialog may be gone afterwards.
     bool PreTranslate(MSG& message);
@@ -73,11 +73,11 @@ private:
     const DialogTemplate& template_;
     HWND window_ = nullptr;
     HWND owner_ = nullptr;
-    WinDialogFields fields_{window_};
-    WinReportList list_{window_};
-    WinToolbar toolbar_{module_, window_};
+    CWinDialogFields fields_{window_};
+    CWinReportList list_{window_};
+    CWinToolbar toolbar_{module_, window_};
     IDialogEvents* events_ = nullptr;
-    WinMessages owner_messages_{nullptr};
+    CWinMessages owner_messages_{nullptr};
     bool modeless_ = false;
     bool placed_ = false; // beside its owner
     bool ended_ = false;
@@ -87,10 +87,10 @@ private:
     std::wstring tip_text_; // lent to the tool tip that asked last
 };
 
-class WinDialogs final : public IDialogWindows {
+class CWinDialogs final : public IDialogWindows {
 public:
     // The module that holds the templates, the toolbar's bitmap and the window classes of hosted controls.
-    explicit WinDialogs(HINSTANCE module) : module_(module) {}
+    explicit CWinDialogs(HINSTANCE module) : module_(module) {}
 
     [[nodiscard]] std::unique_ptr<IDialogWindow> Make(const DialogTemplate& dialog) override;
 

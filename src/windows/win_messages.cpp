@@ -31,7 +31,7 @@ HWND MainWindowOfThread()
 
 // A message of a dialog is owned by that dialog's owner, which the dialog has disabled. Not every version of the
 // system leaves it so when the message is answered, and the active window would be the owner instead of the dialog.
-void WinMessages::Show(const Message& message)
+void CWinMessages::Show(const Message& message)
 {
     const UINT kind = message.kind == MessageKind::Exclamation ? MB_ICONEXCLAMATION : MB_TASKMODAL;
     HWND active = GetActiveWindow();
@@ -46,9 +46,9 @@ void WinMessages::Show(const Message& message)
     }
 }
 
-void ThreadMessages::Show(const Message& message)
+void CThreadMessages::Show(const Message& message)
 {
-    WinMessages(MainWindowOfThread()).Show(message);
+    CWinMessages(MainWindowOfThread()).Show(message);
 }
 
 } // namespace partkeep

@@ -7,10 +7,10 @@
 
 namespace partkeep {
 
-class WinMessages final : public IMessages {
+class CWinMessages final : public IMessages {
 public:
     // Null: the message has no owner.
-    explicit WinMessages(HWND owner) : owner_(owner) {}
+    explicit CWinMessages(HWND owner) : owner_(owner) {}
 
     void Show(const Message& message) override;
 
@@ -19,7 +19,7 @@ private:
 };
 
 // Owned by whichever window is the thread's main one when the message comes.
-class ThreadMessages final : public IMessages {
+class CThreadMessages final : public IMessages {
 public:
     void Show(const Message& message) override;
 };

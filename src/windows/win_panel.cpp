@@ -8,13 +8,13 @@ namespace partkeep {
 
 namespace {
 
-class WinPanel;
+class CWinPanel;
 
 constexpr wchar_t panel_property[] = L"PartkeepPanel";
 
-class WinPanel final : public IPanelWindow {
+class CWinPanel final : public IPanelWindow {
 public:
-    WinPanel(HINSTANCE module, HWND dialog, int id, const RECT& area)
+    CWinPanel(HINSTANCE module, HWND dialog, int id, const RECT& area)
         : dialog_(dialog), window_(CreateWindowExW(0, L"STATIC", L"", WS_CHILD | WS_VISIBLE | SS_SUNKEN, area.left,
                                                    area.top, area.right - area.left, area.bottom - area.top, dialog,
                                                    reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), module, nullptr))
@@ -27,14 +27,14 @@ public:
         plain_ =
             reinterpret_cast<WNDPROC>(SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Procedure)));
     }
-    ~WinPanel() override
+    ~CWinPanel() override
     {
         if (window_ != nullptr) {
             DestroyWindow(window_);
         }
     }
-    WinPanel(const WinPanel&) = delete;
-    WinPanel& operator=(const WinPanel&) = delete;
+    CWinPanel(const CWinPanel&) = delete;
+    CWinPanel& operator=(const CWinPanel&) = delete;
 
     [[nodiscard]] bool Exists() const { return window_ != nullptr; }
 
@@ -57,9 +57,9 @@ private:
     std::function<void(IDeviceContext&)> painter_;
 };
 
-LRESULT WinPanel::Procedure(HWND window, UINT message, WPARAM word, LPARAM value) noexcept
+LRESULT CWinPanel::Procedure(HWND window, UINT message, WPARAM word, LPARAM value) noexcept
 {
-    auto* panel = static_cast<WinPanel*>(GetPropW(window, panel_property));
+    auto* panel = static_cast<CWinPanel*>(GetPropW(window, panel_property));
     if (panel == nullptr) {
         return DefWindowProcW(window, message, word, value);
     }
@@ -77,12 +77,12 @@ LRESULT WinPanel::Procedure(HWND window, UINT message, WPARAM word, LPARAM value
     return CallWindowProcW(plain, window, message, word, value);
 }
 
-void WinPanel::Paint() const
+void CWinPanel::Paint() const
 {
     PAINTSTRUCT paint;
     HDC context = BeginPaint(window_, &paint);
     const RECT client = ClientOf(window_);
-    if (DialogScale(window_).IsPlain()) {
+    if (CDialogScale(window_).IsPlain()) {
         PaintOn(context);
     } else {
         PaintScaled(context, client);
@@ -90,18 +90,18 @@ void WinPanel::Paint() const
     EndPaint(window_, &paint);
 }
 
-void WinPanel::PaintOn(HDC context) const
+void CWinPanel::PaintOn(HDC context) const
 {
     if (painter_) {
-        GdiDeviceContext device(context);
+        CGdiDeviceContext device(context);
         painter_(device);
     }
 }
 
 // The logic paints in its own pixels, and the picture is enlarged to those of the screen.
-void WinPanel::PaintScaled(HDC context, const RECT& client) const
+void CWinPanel::PaintScaled(HDC context, const RECT& client) const
 {
-    const Rect logical = DialogScale(window_).ToLogical(client);
+    const Rect logical = CDialogScale(window_).ToLogical(client);
     HDC memory = CreateCompatibleDC(context);
     HBITMAP bitmap = CreateCompatibleBitmap(context, logical.right, logical.bottom);
     HGDIOBJ previous = SelectObject(memory, bitmap);
@@ -118,7 +118,7 @@ void WinPanel::PaintScaled(HDC context, const RECT& client) const
 
 std::unique_ptr<IPanelWindow> MakePanel(HINSTANCE module, HWND dialog, int id, const RECT& area)
 {
-    auto panel = std::make_unique<WinPanel>(module, dialog, id, area);
+    auto panel = std::make_unique<CWinPanel>(module, dialog, id, area);
     if (!panel->Exists()) {
         return nullptr;
     }

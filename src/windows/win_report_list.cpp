@@ -9,23 +9,23 @@
 
 namespace partkeep {
 
-void WinReportList::InsertColumn(int id, int column, std::u16string_view header, int width)
+void CWinReportList::InsertColumn(int id, int column, std::u16string_view header, int width)
 {
     std::wstring text = WideText(header);
     LVCOLUMNW description{};
     description.mask = LVCF_FMT | LVCF_TEXT | LVCF_WIDTH;
     description.fmt = LVCFMT_LEFT;
     description.pszText = text.data();
-    description.cx = DialogScale(window_).ToDevice(width);
+    description.cx = CDialogScale(window_).ToDevice(width);
     SendToControl(window_, id, LVM_INSERTCOLUMNW, static_cast<WPARAM>(column), reinterpret_cast<LPARAM>(&description));
 }
 
-void WinReportList::SetFullRowSelect(int id)
+void CWinReportList::SetFullRowSelect(int id)
 {
     SendToControl(window_, id, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_FULLROWSELECT, LVS_EX_FULLROWSELECT);
 }
 
-void WinReportList::InsertRow(int id, int row, std::u16string_view text)
+void CWinReportList::InsertRow(int id, int row, std::u16string_view text)
 {
     std::wstring cell = WideText(text);
     LVITEMW item{};
@@ -35,7 +35,7 @@ void WinReportList::InsertRow(int id, int row, std::u16string_view text)
     SendToControl(window_, id, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
 }
 
-void WinReportList::SetCell(int id, int row, int column, std::u16string_view text)
+void CWinReportList::SetCell(int id, int row, int column, std::u16string_view text)
 {
     std::wstring cell = WideText(text);
     LVITEMW item{};
@@ -45,7 +45,7 @@ void WinReportList::SetCell(int id, int row, int column, std::u16string_view tex
 }
 
 // The list answers how much it has copied, never how much there is: the buffer grows until the text fits.
-std::u16string WinReportList::Cell(int id, int row, int column) const
+std::u16string CWinReportList::Cell(int id, int row, int column) const
 {
     for (std::wstring cell(256, L'\0');; cell.assign(cell.size() * 2, L'\0')) {
         LVITEMW item{};
@@ -60,17 +60,17 @@ std::u16string WinReportList::Cell(int id, int row, int column) const
     }
 }
 
-void WinReportList::DeleteRow(int id, int row)
+void CWinReportList::DeleteRow(int id, int row)
 {
     SendToControl(window_, id, LVM_DELETEITEM, static_cast<WPARAM>(row));
 }
 
-int WinReportList::SelectedRowCount(int id) const
+int CWinReportList::SelectedRowCount(int id) const
 {
     return static_cast<int>(SendToControl(window_, id, LVM_GETSELECTEDCOUNT));
 }
 
-int WinReportList::NextSelectedRow(int id, int after) const
+int CWinReportList::NextSelectedRow(int id, int after) const
 {
     if (GetDlgItem(window_, id) == nullptr) {
         return -1;

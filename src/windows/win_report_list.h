@@ -7,9 +7,9 @@
 
 namespace partkeep {
 
-class WinReportList final : public IReportList {
+class CWinReportList final : public IReportList {
 public:
-    explicit WinReportList(const HWND& window) : window_(window) {}
+    explicit CWinReportList(const HWND& window) : window_(window) {}
 
     void InsertColumn(int id, int column, std::u16string_view header, int width) override;
     void SetFullRowSelect(int id) override;

@@ -18,7 +18,7 @@ constexpr int frame_width = 7;     // what the system's own buttons have round t
 constexpr int frame_height = 7;
 
 // A strip of pictures in the size of the screen's density; each by itself, so that none takes colour from the next.
-HBITMAP ScaledStrip(HBITMAP strip, const ToolbarTemplate& toolbar, const DialogScale& scale)
+HBITMAP ScaledStrip(HBITMAP strip, const ToolbarTemplate& toolbar, const CDialogScale& scale)
 {
     const int width = scale.ToDevice(toolbar.button_width);
     const int height = scale.ToDevice(toolbar.button_height);
@@ -44,7 +44,7 @@ HBITMAP ScaledStrip(HBITMAP strip, const ToolbarTemplate& toolbar, const DialogS
 
 } // namespace
 
-void WinToolbar::Forget()
+void CWinToolbar::Forget()
 {
     bar_ = nullptr;
     if (bitmap_ != nullptr) {
@@ -54,7 +54,7 @@ void WinToolbar::Forget()
     }
 }
 
-bool WinToolbar::CreateToolbar(const ToolbarTemplate& toolbar)
+bool CWinToolbar::CreateToolbar(const ToolbarTemplate& toolbar)
 {
     bar_ = CreateWindowExW(0, TOOLBARCLASSNAMEW, L"", WS_CHILD | WS_VISIBLE | TBSTYLE_TOOLTIPS | CCS_TOP, 0, 0, 0, 0,
                            window_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(toolbar_id)), module_, nullptr);
@@ -62,7 +62,7 @@ bool WinToolbar::CreateToolbar(const ToolbarTemplate& toolbar)
         return false;
     }
     SendMessageW(bar_, TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON), 0);
-    const DialogScale scale(window_);
+    const CDialogScale scale(window_);
     const auto size = [&scale](int width, int height) {
         return MAKELPARAM(scale.ToDevice(width), scale.ToDevice(height));
     };
@@ -73,10 +73,10 @@ bool WinToolbar::CreateToolbar(const ToolbarTemplate& toolbar)
 }
 
 // The bitmap's grey becomes the user's button colour.
-int WinToolbar::AddButtons(const ToolbarTemplate& toolbar)
+int CWinToolbar::AddButtons(const ToolbarTemplate& toolbar)
 {
     bitmap_ = CreateMappedBitmap(module_, toolbar.number, 0, nullptr, 0);
-    if (const DialogScale scale(window_); bitmap_ != nullptr && !scale.IsPlain()) {
+    if (const CDialogScale scale(window_); bitmap_ != nullptr && !scale.IsPlain()) {
         HBITMAP plain = std::exchange(bitmap_, ScaledStrip(bitmap_, toolbar, scale));
         DeleteObject(plain);
     }
@@ -98,7 +98,7 @@ int WinToolbar::AddButtons(const ToolbarTemplate& toolbar)
     return static_cast<int>(buttons.size());
 }
 
-Rect WinToolbar::ClientRectBesideToolbar() const
+Rect CWinToolbar::ClientRectBesideToolbar() const
 {
     RECT client = ClientOf(window_);
     if (bar_ != nullptr) {
@@ -107,12 +107,12 @@ Rect WinToolbar::ClientRectBesideToolbar() const
         GetWindowRect(bar_, &bar);
         client.top += bar.bottom - bar.top;
     }
-    return DialogScale(window_).ToLogical(client);
+    return CDialogScale(window_).ToLogical(client);
 }
 
-void WinToolbar::MoveAllControls(int dx, int dy)
+void CWinToolbar::MoveAllControls(int dx, int dy)
 {
-    const DialogScale scale(window_);
+    const CDialogScale scale(window_);
     for (HWND child = GetWindow(window_, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
         if (child == bar_) {
             continue;
@@ -125,19 +125,19 @@ void WinToolbar::MoveAllControls(int dx, int dy)
     }
 }
 
-void WinToolbar::PlaceToolbar()
+void CWinToolbar::PlaceToolbar()
 {
     SendMessageW(bar_, TB_AUTOSIZE, 0, 0);
     ShowWindow(bar_, SW_SHOW);
 }
 
-void WinToolbar::EnableToolTips()
+void CWinToolbar::EnableToolTips()
 {
     HWND tips = reinterpret_cast<HWND>(SendMessageW(bar_, TB_GETTOOLTIPS, 0, 0));
     SendMessageW(tips, TTM_ACTIVATE, TRUE, 0);
 }
 
-void WinToolbar::PressTool(int command, bool pressed)
+void CWinToolbar::PressTool(int command, bool pressed)
 {
     SendMessageW(bar_, TB_PRESSBUTTON, static_cast<WPARAM>(command), MAKELPARAM(pressed ? TRUE : FALSE, 0));
 }

@@ -8,10 +8,10 @@
 
 namespace partkeep {
 
-class WinToolbar final : public IToolbar {
+class CWinToolbar final : public IToolbar {
 public:
     // `module` holds the bar's bitmap.
-    WinToolbar(HINSTANCE module, const HWND& window) : module_(module), window_(window) {}
+    CWinToolbar(HINSTANCE module, const HWND& window) : module_(module), window_(window) {}
 
     bool CreateToolbar(const ToolbarTemplate& toolbar) override;
     [[nodiscard]] Rect ClientRectBesideToolbar() const override;

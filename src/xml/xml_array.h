@@ -8,9 +8,9 @@
 
 namespace partkeep {
 
-class XmlItems {
+class CXmlItems {
 public:
-    explicit XmlItems(const std::byte* array)
+    explicit CXmlItems(const std::byte* array)
         : kind_(ItemKind(NodeKind(array))), inline_end_(LinkOf(array) - xml_address_width),
           item_(array + XmlPlaces::counted)
     {
@@ -25,7 +25,7 @@ public:
     [[nodiscard]] XmlKind Kind() const { return kind_; }
     [[nodiscard]] std::size_t Width() const
     {
-        return kind_ == XmlKind::text ? 4 + LoadField<std::uint32_t>(item_) : ValueWidth(kind_);
+        return kind_ == XmlKind::Text ? 4 + LoadField<std::uint32_t>(item_) : ValueWidth(kind_);
     }
     // Of an array of texts.
     [[nodiscard]] std::string_view Text() const
@@ -35,7 +35,7 @@ public:
 
     [[nodiscard]] XmlScalar Scalar() const
     {
-        return kind_ == XmlKind::text ? XmlScalar{kind_, item_ + 4, LoadField<std::uint32_t>(item_)}
+        return kind_ == XmlKind::Text ? XmlScalar{kind_, item_ + 4, LoadField<std::uint32_t>(item_)}
                                       : XmlScalar{kind_, item_, 0};
     }
 

@@ -11,7 +11,7 @@ void FreeExtensionCells(std::byte* array)
     const XmlKind item = ItemKind(NodeKind(array));
     auto* cell = LoadField<std::byte*>(LastSlotOf(array));
     while (cell != nullptr) {
-        const std::size_t width = item == XmlKind::text ? 4 + LoadField<std::uint32_t>(cell) : ValueWidth(item);
+        const std::size_t width = item == XmlKind::Text ? 4 + LoadField<std::uint32_t>(cell) : ValueWidth(item);
         auto* next = LoadField<std::byte*>(cell + width);
         FreeXml(cell, width + xml_address_width);
         cell = next;
@@ -46,7 +46,7 @@ private:
             if (left != 0) {
                 return;
             }
-            if (NodeKind(RootOf(block)) == XmlKind::element) {
+            if (NodeKind(RootOf(block)) == XmlKind::Element) {
                 PutField(block + XmlPlaces::owner, first_);
                 first_ = block;
                 return;
@@ -66,7 +66,7 @@ private:
         if (HeadOf(block)->tree != nullptr && DropTree(block)) {
             return;
         }
-        if (NodeKind(root) != XmlKind::element) {
+        if (NodeKind(root) != XmlKind::Element) {
             DropLeaf(root);
         } else if (IsHolder(root)) {
             DropAttributes(root);
@@ -110,7 +110,7 @@ private:
         std::byte* at = EnterElement(root);
         for (;;) {
             std::byte* end = LinkOf(element);
-            if (at != end && NodeKind(at) == XmlKind::element) {
+            if (at != end && NodeKind(at) == XmlKind::Element) {
                 std::byte* behind = EnterElement(at);
                 PutField(HolderOf(at) + XmlPlaces::counted, element);
                 element = at;

@@ -26,18 +26,18 @@ namespace partkeep {
 inline constexpr std::size_t xml_address_width = sizeof(std::byte*);
 
 enum class XmlKind : std::int8_t {
-    element = 0,
-    text = 1,
-    boolean = 2,
-    unsigned_8 = 3,
-    signed_8 = 4,
-    unsigned_16 = 5,
-    signed_16 = 6,
-    unsigned_32 = 7,
-    signed_32 = 8,
-    float_32 = 9,
-    float_64 = 10,
-    text_array = -1,
+    Element = 0,
+    Text = 1,
+    Boolean = 2,
+    Unsigned8 = 3,
+    Signed8 = 4,
+    Unsigned16 = 5,
+    Signed16 = 6,
+    Unsigned32 = 7,
+    Signed32 = 8,
+    Float32 = 9,
+    Float64 = 10,
+    TextArray = -1,
 };
 
 inline constexpr std::uint8_t xml_block_mark = 0x1F;
@@ -100,7 +100,7 @@ inline std::byte* Header(std::byte* block, std::uint32_t code_page)
 template <std::size_t Width>
 inline void LinkAndName(std::byte* at, std::string_view name)
 {
-    at = Head(Zeros<Width>(at), 0, XmlKind::text_array);
+    at = Head(Zeros<Width>(at), 0, XmlKind::TextArray);
     at = PutField(at, static_cast<std::uint32_t>(name.size() + 4 + Width));
     at = PutField(at, static_cast<std::uint32_t>(name.size()));
     Zeros<Width>(PutBytes(at, name));
@@ -113,9 +113,9 @@ template <std::size_t Width>
 inline void PackElement(std::byte* block, std::string_view name, std::uint32_t code_page)
 {
     using Layout = XmlLayout<Width>;
-    std::byte* at = xml_pack::Head(xml_pack::Header<Width>(block, code_page), 1, XmlKind::element);
+    std::byte* at = xml_pack::Head(xml_pack::Header<Width>(block, code_page), 1, XmlKind::Element);
     at = PutField(at, static_cast<std::uint32_t>(Layout::new_element - Layout::counted));
-    at = PutField(xml_pack::Head(at, 0, XmlKind::element), static_cast<std::uint32_t>(Width));
+    at = PutField(xml_pack::Head(at, 0, XmlKind::Element), static_cast<std::uint32_t>(Width));
     xml_pack::LinkAndName<Width>(xml_pack::Zeros<2 * Width>(at), name); // chain head and the holder's link
 }
 
@@ -131,7 +131,7 @@ inline void PackFixedLeaf(std::byte* block, std::string_view name, XmlKind kind,
 template <std::size_t Width>
 inline void PackTextLeaf(std::byte* block, std::string_view name, std::string_view text, std::uint32_t code_page)
 {
-    std::byte* at = xml_pack::Head(xml_pack::Header<Width>(block, code_page), 1, XmlKind::text);
+    std::byte* at = xml_pack::Head(xml_pack::Header<Width>(block, code_page), 1, XmlKind::Text);
     at = PutField(at, static_cast<std::uint32_t>(text.size()));
     xml_pack::LinkAndName<Width>(PutBytes(at, text), name);
 }
@@ -155,7 +155,7 @@ inline std::uint32_t NodeSize(const std::byte* node)
 
 inline bool IsArray(XmlKind kind)
 {
-    return kind < XmlKind::element;
+    return kind < XmlKind::Element;
 }
 
 // The kind of an array's items.
@@ -171,7 +171,7 @@ inline std::size_t ValueWidth(XmlKind fixed)
 
 inline bool IsHolder(const std::byte* node)
 {
-    return NodeKind(node) == XmlKind::element && NodeId(node) == 0;
+    return NodeKind(node) == XmlKind::Element && NodeId(node) == 0;
 }
 
 // The node's link slot; for the name array, which has none, the position behind it.
@@ -179,7 +179,7 @@ template <class Byte>
 inline Byte* LinkOf(Byte* node)
 {
     const XmlKind kind = NodeKind(node);
-    return kind < XmlKind::boolean ? node + XmlPlaces::counted + NodeSize(node)
+    return kind < XmlKind::Boolean ? node + XmlPlaces::counted + NodeSize(node)
                                    : node + XmlPlaces::head + ValueWidth(kind);
 }
 
@@ -255,7 +255,7 @@ inline void HangBlock(std::byte* slot, std::byte* block)
     PutField(block + XmlPlaces::owner, slot);
 }
 
-// Making blocks: null when there is no memory, and for a name or text that 32-bit sizes can't hold. The new
+// Making blocks: null when there is no memory, and for a name or text that 32-bit sizes cannot hold. The new
 // block has 0 references and no owner.
 [[nodiscard]] std::byte* MakeElementBlock(std::string_view name, std::uint32_t code_page);
 [[nodiscard]] std::byte* MakeTextBlock(std::string_view name, std::string_view text, std::uint32_t code_page);

@@ -17,23 +17,23 @@ namespace partkeep {
 
 // A few bytes, told by a text literal.
 template <std::size_t Count>
-struct XmlByteSet {
+struct CXmlByteSet {
     char bytes[Count];
 
     template <std::size_t... At>
-    constexpr XmlByteSet(const char (&text)[Count + 1], std::index_sequence<At...>) : bytes{text[At]...}
+    constexpr CXmlByteSet(const char (&text)[Count + 1], std::index_sequence<At...>) : bytes{text[At]...}
     {
     }
-    explicit constexpr XmlByteSet(const char (&text)[Count + 1]) : XmlByteSet(text, std::make_index_sequence<Count>())
+    explicit constexpr CXmlByteSet(const char (&text)[Count + 1]) : CXmlByteSet(text, std::make_index_sequence<Count>())
     {
     }
 };
 
 template <std::size_t Length>
-XmlByteSet(const char (&)[Length]) -> XmlByteSet<Length - 1>;
+CXmlByteSet(const char (&)[Length]) -> CXmlByteSet<Length - 1>;
 
 // A bit for each byte below 64: delimiters all are.
-template <XmlByteSet Set>
+template <CXmlByteSet Set>
 inline constexpr std::uint64_t bits_of = [] {
     std::uint64_t bits = 0;
     for (const char byte : Set.bytes) {
@@ -42,7 +42,7 @@ inline constexpr std::uint64_t bits_of = [] {
     return bits;
 }();
 
-template <XmlByteSet Set>
+template <CXmlByteSet Set>
 [[nodiscard]] constexpr bool IsIn(char byte)
 {
     if constexpr (sizeof Set.bytes == 1) {
@@ -55,7 +55,7 @@ template <XmlByteSet Set>
 namespace xml_bytes_plain {
 
 // The first byte of the set, or `end`.
-template <XmlByteSet Set>
+template <CXmlByteSet Set>
 [[nodiscard]] inline const char* Find(const char* at, const char* end)
 {
     while (at != end && !IsIn<Set>(*at)) {
@@ -82,7 +82,7 @@ namespace xml_bytes_wide {
 
 // A bit for each byte that may be of the set: the members up to a blank are tested for by one comparison, which lets
 // other such bytes pass.
-template <XmlByteSet Set>
+template <CXmlByteSet Set>
 [[nodiscard]] inline std::uint32_t Candidates(__m128i bytes)
 {
     constexpr bool has_low = (bits_of<Set> & 0x1FFFFFFFF) != 0;
@@ -99,7 +99,7 @@ template <XmlByteSet Set>
     return static_cast<std::uint32_t>(_mm_movemask_epi8(any));
 }
 
-template <XmlByteSet Set>
+template <CXmlByteSet Set>
 [[nodiscard]] inline const char* Find(const char* at, const char* end)
 {
     constexpr std::ptrdiff_t width = sizeof(__m128i);

@@ -15,7 +15,7 @@ namespace partkeep {
 // Leaves `code_page` alone when the name, compared without regard to case, is none of the known ones.
 void SetCodePageFromName(const CXmlString& name, std::uint32_t& code_page);
 
-// False for a code page that the platform can't convert.
+// False for a code page that the platform cannot convert.
 [[nodiscard]] bool IsConvertible(std::uint32_t code_page);
 
 // The same string by reference when the code pages are equal; null when there is no memory. Characters with no

@@ -41,16 +41,16 @@ bool CXmlCompactor::Walk(std::byte* source, std::byte* source_block)
     for (;;) {
         bool taken = false;
         switch (walk.Next()) {
-        case CXmlWalk::Step::enter:
+        case CXmlWalk::Step::Enter:
             taken = EnterElement(walk);
             break;
-        case CXmlWalk::Step::leaf:
+        case CXmlWalk::Step::Leaf:
             taken = AddLeaf(walk, walk.Node(), walk.Link(), walk.Block());
             break;
-        case CXmlWalk::Step::leave:
+        case CXmlWalk::Step::Leave:
             taken = LeaveElement(walk.Node());
             break;
-        case CXmlWalk::Step::done:
+        case CXmlWalk::Step::Done:
             return true;
         default:
             return false;
@@ -98,7 +98,7 @@ bool CXmlCompactor::AddLeaf(CXmlWalk& walk, std::byte* leaf, std::byte* link, st
     if (IsArray(kind)) {
         return AddArray(leaf, id) && AddLink(link);
     }
-    if (kind == XmlKind::text && source_code_page_ != target_code_page_) {
+    if (kind == XmlKind::Text && source_code_page_ != target_code_page_) {
         return AddPiece(leaf, XmlPlaces::head, id, false) && AddText(leaf + XmlPlaces::head) && AddLink(link);
     }
     return AddPiece(leaf, static_cast<std::size_t>(link + xml_address_width - leaf), id, true);
@@ -111,7 +111,7 @@ bool CXmlCompactor::AddArray(std::byte* array, std::uint16_t id)
     if (!AddPiece(array, XmlPlaces::counted, id, false)) {
         return false;
     }
-    for (XmlItems item(array); !item.AtEnd(); item.Next()) {
+    for (CXmlItems item(array); !item.AtEnd(); item.Next()) {
         if (!AddItem(item.Item(), item.Width(), item.Kind())) {
             return false;
         }
@@ -121,7 +121,7 @@ bool CXmlCompactor::AddArray(std::byte* array, std::uint16_t id)
 
 bool CXmlCompactor::AddItem(const std::byte* item, std::size_t width, XmlKind kind)
 {
-    return kind == XmlKind::text ? AddText(item) : AddPiece(item, width, 0, false);
+    return kind == XmlKind::Text ? AddText(item) : AddPiece(item, width, 0, false);
 }
 
 bool CXmlCompactor::AddText(const std::byte* cell)
@@ -243,7 +243,7 @@ bool CXmlCompactor::PutNames()
     if (at == nullptr) {
         return false;
     }
-    at = PutField(xml_pack::Head(at, 0, XmlKind::text_array), static_cast<std::uint32_t>(size - XmlPlaces::counted));
+    at = PutField(xml_pack::Head(at, 0, XmlKind::TextArray), static_cast<std::uint32_t>(size - XmlPlaces::counted));
     for (const CXmlString& name : names_.Names()) {
         at = PutBytes(PutField(at, name.Length()), name.View());
     }

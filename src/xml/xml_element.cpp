@@ -25,7 +25,7 @@ bool IsFreeStanding(const CXmlElement& element)
     return element.Node() == RootOf(element.Block()) && OwnerOf(element.Block()) == nullptr;
 }
 
-enum class Answer : std::uint8_t { yes, no, unknown };
+enum class Answer : std::uint8_t { Yes, No, Unknown };
 
 // Whether `wanted` hangs somewhere under an element, be it under a node that iteration passes over. Unknown when
 // there is no memory.
@@ -36,10 +36,10 @@ Answer Contains(std::byte* root, const std::byte* wanted)
         const std::byte* end = LinkOf(element);
         for (XmlPosition at = AnyFirstPositionIn(element); at.current != end; at.StepToAny()) {
             if (at.InChain() && BlockOfRoot(at.current) == wanted) {
-                return Answer::yes;
+                return Answer::Yes;
             }
-            if (NodeKind(at.current) == XmlKind::element && !waiting.Add(at.current)) {
-                return Answer::unknown;
+            if (NodeKind(at.current) == XmlKind::Element && !waiting.Add(at.current)) {
+                return Answer::Unknown;
             }
         }
         element = waiting.IsEmpty() ? nullptr : waiting.Last();
@@ -47,7 +47,7 @@ Answer Contains(std::byte* root, const std::byte* wanted)
             waiting.RemoveLast();
         }
     }
-    return Answer::no;
+    return Answer::No;
 }
 
 // Whether a child can hang itself under the parent: free-standing, alone, and not above the parent in its tree.
@@ -55,13 +55,13 @@ Answer IsLinkable(const CXmlElement& child, const CXmlElement& parent)
 {
     if (!IsFreeStanding(child) || LoadField<std::byte*>(LinkOf(child.Node())) != nullptr ||
         child.Block() == parent.Block()) {
-        return Answer::no;
+        return Answer::No;
     }
-    if (OwnerOf(parent.Block()) == nullptr || NodeKind(child.Node()) != XmlKind::element) {
-        return Answer::yes;
+    if (OwnerOf(parent.Block()) == nullptr || NodeKind(child.Node()) != XmlKind::Element) {
+        return Answer::Yes;
     }
     const Answer contains = Contains(child.Node(), parent.Block());
-    return contains == Answer::unknown ? contains : contains == Answer::yes ? Answer::no : Answer::yes;
+    return contains == Answer::Unknown ? contains : contains == Answer::Yes ? Answer::No : Answer::Yes;
 }
 
 } // namespace
@@ -109,7 +109,7 @@ CXmlElement CXmlElement::AddChild(const char* name, bool value)
         return {};
     }
     const auto byte = static_cast<std::uint8_t>(value ? 1 : 0);
-    return Link(node_, children_tail_, CXmlElement(MakeNumberBlock(name, XmlKind::boolean, byte, GetCodePage())));
+    return Link(node_, children_tail_, CXmlElement(MakeNumberBlock(name, XmlKind::Boolean, byte, GetCodePage())));
 }
 
 CXmlElement CXmlElement::AddChild(const char* name, std::int16_t value)
@@ -117,7 +117,7 @@ CXmlElement CXmlElement::AddChild(const char* name, std::int16_t value)
     if (!IsElement()) {
         return {};
     }
-    return Link(node_, children_tail_, CXmlElement(MakeNumberBlock(name, XmlKind::signed_16, value, GetCodePage())));
+    return Link(node_, children_tail_, CXmlElement(MakeNumberBlock(name, XmlKind::Signed16, value, GetCodePage())));
 }
 
 // Hangs the child's block behind the node's last one; `tail` remembers where that was.
@@ -141,9 +141,9 @@ CXmlElement CXmlElement::AppendChild(const CXmlElement& child)
         return {};
     }
     switch (IsLinkable(child, *this)) {
-    case Answer::yes:
+    case Answer::Yes:
         return Link(node_, children_tail_, child);
-    case Answer::no:
+    case Answer::No:
         return Link(node_, children_tail_, CXmlElement(CompactXml(child.node_, child.block_, GetCodePage())));
     default:
         return {};
@@ -189,7 +189,7 @@ CXmlValue<CXmlVector<CXmlString>> CXmlElement::AsStringList() const
         return {};
     }
     CXmlVector<CXmlString> list;
-    for (XmlItems item(node_); !item.AtEnd(); item.Next()) {
+    for (CXmlItems item(node_); !item.AtEnd(); item.Next()) {
         CXmlString text(ScalarAsText(item.Scalar()));
         if (text.IsNull() || !list.Add(std::move(text))) {
             return {};

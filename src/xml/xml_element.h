@@ -71,7 +71,7 @@ public:
     // A text's own bytes, without a copy; valid while its block lives. Empty on every other kind.
     [[nodiscard]] std::string_view TextView() const
     {
-        return node_ != nullptr && NodeKind(node_) == XmlKind::text
+        return node_ != nullptr && NodeKind(node_) == XmlKind::Text
                    ? std::string_view(reinterpret_cast<const char*>(node_ + XmlPlaces::counted), NodeSize(node_))
                    : std::string_view();
     }
@@ -98,8 +98,8 @@ private:
             ReleaseBlock(block_);
         }
     }
-    [[nodiscard]] bool IsElement() const { return node_ != nullptr && NodeKind(node_) == XmlKind::element; }
-    [[nodiscard]] bool HasScalar() const { return node_ != nullptr && NodeKind(node_) > XmlKind::element; }
+    [[nodiscard]] bool IsElement() const { return node_ != nullptr && NodeKind(node_) == XmlKind::Element; }
+    [[nodiscard]] bool HasScalar() const { return node_ != nullptr && NodeKind(node_) > XmlKind::Element; }
     CXmlElement Link(std::byte* node, std::byte*& tail, CXmlElement child);
 
     CXmlShared<CXmlNameTable> table_; // null on a block of a single name, which is read where it stands

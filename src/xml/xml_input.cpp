@@ -9,16 +9,16 @@ namespace partkeep {
 namespace {
 
 // Reaches the get area of any stream buffer: the standard lets a derived class name the protected members.
-class GetArea : public std::streambuf {
+class CGetArea : public std::streambuf {
 public:
-    static const char* At(const std::streambuf& buffer) { return (buffer.*(&GetArea::gptr))(); }
-    static const char* End(const std::streambuf& buffer) { return (buffer.*(&GetArea::egptr))(); }
+    static const char* At(const std::streambuf& buffer) { return (buffer.*(&CGetArea::gptr))(); }
+    static const char* End(const std::streambuf& buffer) { return (buffer.*(&CGetArea::egptr))(); }
 
     static void Take(std::streambuf& buffer, std::ptrdiff_t count)
     {
         constexpr std::ptrdiff_t most = std::numeric_limits<int>::max();
         for (; count > 0; count -= most) {
-            (buffer.*(&GetArea::gbump))(static_cast<int>(std::min(count, most)));
+            (buffer.*(&CGetArea::gbump))(static_cast<int>(std::min(count, most)));
         }
     }
 };
@@ -49,8 +49,8 @@ bool CXmlInput::Refill()
         stream_->setstate(std::ios_base::eofbit);
         return false;
     }
-    begin_ = GetArea::At(*buffer);
-    end_ = GetArea::End(*buffer);
+    begin_ = CGetArea::At(*buffer);
+    end_ = CGetArea::End(*buffer);
     if (begin_ == end_) {
         single_ = Traits::to_char_type(next);
         begin_ = &single_;
@@ -73,7 +73,7 @@ void CXmlInput::GiveBack()
             stream_->setstate(std::ios_base::badbit);
         }
     } else {
-        GetArea::Take(*stream_->rdbuf(), at_ - begin_);
+        CGetArea::Take(*stream_->rdbuf(), at_ - begin_);
     }
     begin_ = at_;
 }

@@ -40,7 +40,7 @@ public:
     [[nodiscard]] char Peek() { return AtEnd() ? '\xFF' : *at_; }
 
     // Goes to the next byte of the set or the end.
-    template <XmlByteSet Set>
+    template <CXmlByteSet Set>
     void SkipTo(bool consume)
     {
         // Most often it stands there already.
@@ -49,7 +49,7 @@ public:
         }
     }
     // Passes bytes of the set and gives their number.
-    template <XmlByteSet Set>
+    template <CXmlByteSet Set>
     std::size_t SkipSet()
     {
         std::size_t count = 0;
@@ -59,7 +59,7 @@ public:
         return count;
     }
     // Passes `bytes` where they come next as they are, followed by a byte of the set.
-    template <XmlByteSet Set>
+    template <CXmlByteSet Set>
     [[nodiscard]] bool SkipWord(std::string_view bytes)
     {
         const bool next =
@@ -69,7 +69,7 @@ public:
     }
 
     // The bytes up to the first one of the set, which stays; empty at the end.
-    template <XmlByteSet Set>
+    template <CXmlByteSet Set>
     [[nodiscard]] CXmlToken ReadToken()
     {
         if (AtEnd()) {
@@ -89,16 +89,17 @@ public:
     }
 
     // A token that later reads leave readable, until another takes its place.
-    enum Place : std::uint8_t { element_name, attribute_name, text, places };
+    enum class Place : std::uint8_t { ElementName, AttributeName, Text };
     void Hold(Place place, CXmlToken token)
     {
-        held_[place].token = token;
+        HeldToken& held = held_[static_cast<std::size_t>(place)];
+        held.token = token;
         if (token.data() == gathered_.begin()) {
-            Detach(held_[place]);
+            Detach(held);
         }
     }
     // The reference stays good when the token moves.
-    [[nodiscard]] const CXmlToken& Held(Place place) const { return held_[place].token; }
+    [[nodiscard]] const CXmlToken& Held(Place place) const { return held_[static_cast<std::size_t>(place)].token; }
 
     // True when a token found no memory.
     [[nodiscard]] bool HasFailed() const { return failed_; }
@@ -111,7 +112,7 @@ private:
     };
 
     // False at the end.
-    template <XmlByteSet Set>
+    template <CXmlByteSet Set>
     [[nodiscard]] bool Seek()
     {
         for (at_ = Find<Set>(at_, end_); at_ == end_; at_ = Find<Set>(at_, end_)) {
@@ -134,7 +135,7 @@ private:
     char single_ = 0; // the window of a stream that has no buffer
     bool ended_;
     bool failed_ = false;
-    std::array<HeldToken, places> held_;
+    std::array<HeldToken, 3> held_;
     CXmlVector<char> gathered_; // a token that goes on behind a window
 };
 

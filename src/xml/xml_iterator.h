@@ -43,7 +43,7 @@ struct XmlPosition {
 // A leaf's end is its beginning.
 inline XmlPosition AnyFirstPositionIn(std::byte* node)
 {
-    if (NodeKind(node) != XmlKind::element) {
+    if (NodeKind(node) != XmlKind::Element) {
         return {nullptr, LinkOf(node)};
     }
     std::byte* slot = node + XmlPlaces::counted;

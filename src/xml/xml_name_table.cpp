@@ -95,7 +95,7 @@ void CXmlNameBucket::Place(std::size_t position)
 bool CXmlNameTable::Fill(const std::byte* name_array)
 {
     names_.Clear();
-    for (XmlItems item(name_array); !item.AtEnd(); item.Next()) {
+    for (CXmlItems item(name_array); !item.AtEnd(); item.Next()) {
         CXmlString name(item.Text());
         if (name.IsNull() || !names_.Add(std::move(name))) {
             return false;

@@ -44,7 +44,7 @@ inline bool AppendText(std::byte*& tail, std::string_view name, std::string_view
 
 } // namespace
 
-CXmlReader::~CXmlReader()
+CXmlParser::~CXmlParser()
 {
     for (const OpenElement& element : open_) {
         DestroyBlock(element.block);
@@ -52,7 +52,7 @@ CXmlReader::~CXmlReader()
 }
 
 // An element with all it holds; null for a comment or a malformed one. Nesting is kept in open_, not on the stack.
-std::byte* CXmlReader::ParseElement()
+std::byte* CXmlParser::ParseElement()
 {
     Outcome outcome = StartElement();
     while (!open_.IsEmpty() && !input_.HasFailed()) {
@@ -60,7 +60,7 @@ std::byte* CXmlReader::ParseElement()
             if (outcome.block != nullptr) {
                 Append(open_.Last().tail, outcome.block);
             }
-            input_.SkipTo<XmlTextSet>(true);
+            input_.SkipTo<text_set>(true);
         }
         if (input_.AtEnd() || input_.Peek() == '/') {
             outcome = FinishElement();
@@ -78,7 +78,7 @@ std::byte* CXmlReader::ParseElement()
 
 // The quick way through what lies in the window in its usual form, <name>text</name> or <name>text<child. Where it is
 // anything else, nothing has been taken, and the careful way goes through it again.
-bool CXmlReader::QuickElement(Outcome& outcome)
+bool CXmlParser::QuickElement(Outcome& outcome)
 {
     const char* name = input_.At();
     const char* end = input_.End();
@@ -88,13 +88,13 @@ bool CXmlReader::QuickElement(Outcome& outcome)
     }
     const std::string_view name_view(name, static_cast<std::size_t>(name_end - name));
     if (*name_end != '>') {
-        input_.Hold(CXmlInput::element_name, name_view);
+        input_.Hold(CXmlInput::Place::ElementName, name_view);
         input_.TakeTo(name_end);
         outcome = GoOnBehindName();
         return true;
     }
     const char* text = name_end + 1;
-    const char* text_end = Find<XmlTextSet>(text, end);
+    const char* text_end = Find<text_set>(text, end);
     if (end - text_end < 2) {
         return false;
     }
@@ -117,16 +117,16 @@ bool CXmlReader::QuickElement(Outcome& outcome)
 }
 
 // The input stands behind a "<".
-CXmlReader::Outcome CXmlReader::StartElement()
+CXmlParser::Outcome CXmlParser::StartElement()
 {
     const CXmlToken word = input_.ReadToken<element_name_or_nul>();
     if (word.substr(0, comment_start.size()) == comment_start) {
         SkipComment(word);
         return {};
     }
-    input_.Hold(CXmlInput::element_name, word);
-    input_.SkipTo<XmlElementNameSet>(false);
-    if (input_.Held(CXmlInput::element_name).empty()) {
+    input_.Hold(CXmlInput::Place::ElementName, word);
+    input_.SkipTo<element_name_set>(false);
+    if (input_.Held(CXmlInput::Place::ElementName).empty()) {
         return {};
     }
     if (open_.Size() == xml_nesting_limit) {
@@ -136,7 +136,7 @@ CXmlReader::Outcome CXmlReader::StartElement()
     return GoOnBehindName();
 }
 
-CXmlReader::Outcome CXmlReader::GoOnBehindName()
+CXmlParser::Outcome CXmlParser::GoOnBehindName()
 {
     std::byte* block = ParseAttributes();
     if (input_.HasFailed()) {
@@ -151,10 +151,10 @@ CXmlReader::Outcome CXmlReader::GoOnBehindName()
 }
 
 // Behind a start tag. `block` is null for an element without attributes: only that can be a leaf.
-CXmlReader::Outcome CXmlReader::OpenOrLeaf(std::byte* block)
+CXmlParser::Outcome CXmlParser::OpenOrLeaf(std::byte* block)
 {
-    input_.Hold(CXmlInput::text, input_.ReadToken<XmlTextSet>());
-    input_.SkipTo<XmlTextSet>(true);
+    input_.Hold(CXmlInput::Place::Text, input_.ReadToken<text_set>());
+    input_.SkipTo<text_set>(true);
     if (block == nullptr && input_.Peek() == '/') {
         return {FinishLeaf()};
     }
@@ -162,7 +162,7 @@ CXmlReader::Outcome CXmlReader::OpenOrLeaf(std::byte* block)
 }
 
 // Nothing where there is no block.
-CXmlReader::Outcome CXmlReader::Open(std::byte* block)
+CXmlParser::Outcome CXmlParser::Open(std::byte* block)
 {
     if (block == nullptr) {
         return {};
@@ -175,20 +175,21 @@ CXmlReader::Outcome CXmlReader::Open(std::byte* block)
     return {nullptr, true};
 }
 
-std::byte* CXmlReader::MakeElement()
+std::byte* CXmlParser::MakeElement()
 {
-    return Checked(MakeElementBlock(input_.Held(CXmlInput::element_name), code_page_));
+    return Checked(MakeElementBlock(input_.Held(CXmlInput::Place::ElementName), code_page_));
 }
 
-std::byte* CXmlReader::FinishLeaf()
+std::byte* CXmlParser::FinishLeaf()
 {
-    if (!ParseEndTag(input_.Held(CXmlInput::element_name))) {
+    if (!ParseEndTag(input_.Held(CXmlInput::Place::ElementName))) {
         return nullptr;
     }
-    return Checked(MakeTextBlock(input_.Held(CXmlInput::element_name), input_.Held(CXmlInput::text), code_page_));
+    return Checked(
+        MakeTextBlock(input_.Held(CXmlInput::Place::ElementName), input_.Held(CXmlInput::Place::Text), code_page_));
 }
 
-CXmlReader::Outcome CXmlReader::FinishElement()
+CXmlParser::Outcome CXmlParser::FinishElement()
 {
     std::byte* block = open_.Last().block;
     const bool well_formed = ParseEndTag(SingleNameOf(block));
@@ -201,14 +202,14 @@ CXmlReader::Outcome CXmlReader::FinishElement()
 }
 
 // False for a foreign name; the input then stays in front of the rest of the tag.
-bool CXmlReader::ParseEndTag(const CXmlToken& name)
+bool CXmlParser::ParseEndTag(const CXmlToken& name)
 {
     input_.SkipTo<slash>(true);
     if (const char* behind = BehindEndTag(input_.At(), input_.End(), name)) {
         input_.TakeTo(behind);
         return true;
     }
-    if (!input_.SkipWord<XmlElementNameSet>(name) && UpToNul(input_.ReadToken<XmlElementNameSet>()) != name) {
+    if (!input_.SkipWord<element_name_set>(name) && UpToNul(input_.ReadToken<element_name_set>()) != name) {
         return false;
     }
     input_.SkipTo<tag_end>(true);
@@ -216,11 +217,11 @@ bool CXmlReader::ParseEndTag(const CXmlToken& name)
 }
 
 // A new element with its attributes; null when there are none.
-std::byte* CXmlReader::ParseAttributes()
+std::byte* CXmlParser::ParseAttributes()
 {
     std::byte* block = nullptr;
     std::byte* tail = nullptr;
-    input_.SkipSet<XmlSpaceSet>();
+    input_.SkipSet<space_set>();
     while (!input_.AtEnd() && input_.Peek() != '/' && input_.Peek() != '>') {
         if (block == nullptr) {
             block = MakeElement();
@@ -233,13 +234,13 @@ std::byte* CXmlReader::ParseAttributes()
             DestroyBlock(block);
             return nullptr;
         }
-        input_.SkipSet<XmlSpaceSet>();
+        input_.SkipSet<space_set>();
     }
     return block;
 }
 
 // name="value", all in the window. False where it is anything else, with nothing taken.
-bool CXmlReader::QuickAttribute(std::byte*& tail)
+bool CXmlParser::QuickAttribute(std::byte*& tail)
 {
     const char* name = input_.At();
     const char* end = input_.End();
@@ -261,16 +262,16 @@ bool CXmlReader::QuickAttribute(std::byte*& tail)
     return true;
 }
 
-bool CXmlReader::AddAttribute(std::byte*& tail)
+bool CXmlParser::AddAttribute(std::byte*& tail)
 {
-    input_.Hold(CXmlInput::attribute_name, input_.ReadToken<attribute_name_or_nul>());
-    input_.SkipTo<XmlAttributeNameSet>(false);
+    input_.Hold(CXmlInput::Place::AttributeName, input_.ReadToken<attribute_name_or_nul>());
+    input_.SkipTo<attribute_name_set>(false);
     input_.SkipTo<quote>(true);
     const CXmlToken value = input_.ReadToken<quote>();
     if (input_.HasFailed()) {
         return false;
     }
-    std::byte* attribute = Checked(MakeTextBlock(input_.Held(CXmlInput::attribute_name), value, code_page_));
+    std::byte* attribute = Checked(MakeTextBlock(input_.Held(CXmlInput::Place::AttributeName), value, code_page_));
     if (attribute == nullptr) {
         return false;
     }
@@ -279,7 +280,7 @@ bool CXmlReader::AddAttribute(std::byte*& tail)
     return true;
 }
 
-std::byte* CXmlReader::Checked(std::byte* block)
+std::byte* CXmlParser::Checked(std::byte* block)
 {
     if (block == nullptr) {
         input_.Fail();

@@ -12,20 +12,20 @@
 
 namespace partkeep {
 
-inline constexpr XmlByteSet XmlElementNameSet(">/ \n\t");
-inline constexpr XmlByteSet XmlAttributeNameSet("= \n\t");
-inline constexpr XmlByteSet XmlTextSet("<");
-inline constexpr XmlByteSet XmlSpaceSet(" \n\t");
-inline constexpr XmlByteSet XmlDeclWordSet("?<=\" \n\t");
-inline constexpr XmlByteSet XmlDeclValueSet("<>=\" \n\t");
+inline constexpr CXmlByteSet element_name_set(">/ \n\t");
+inline constexpr CXmlByteSet attribute_name_set("= \n\t");
+inline constexpr CXmlByteSet text_set("<");
+inline constexpr CXmlByteSet space_set(" \n\t");
+inline constexpr CXmlByteSet declaration_word_set("?<=\" \n\t");
+inline constexpr CXmlByteSet declaration_value_set("<>=\" \n\t");
 // A NUL ends a name, though not its token.
-inline constexpr XmlByteSet element_name_or_nul("\0>/ \n\t");
-inline constexpr XmlByteSet attribute_name_or_nul("\0= \n\t");
-inline constexpr XmlByteSet question_mark("?");
-inline constexpr XmlByteSet quote("\"");
-inline constexpr XmlByteSet slash("/");
-inline constexpr XmlByteSet tag_end(">");
-inline constexpr XmlByteSet dash("-");
+inline constexpr CXmlByteSet element_name_or_nul("\0>/ \n\t");
+inline constexpr CXmlByteSet attribute_name_or_nul("\0= \n\t");
+inline constexpr CXmlByteSet question_mark("?");
+inline constexpr CXmlByteSet quote("\"");
+inline constexpr CXmlByteSet slash("/");
+inline constexpr CXmlByteSet tag_end(">");
+inline constexpr CXmlByteSet dash("-");
 
 inline constexpr std::string_view comment_start = "!--";
 inline constexpr std::string_view comment_end = "--";
@@ -36,15 +36,15 @@ inline CXmlToken UpToNul(CXmlToken token)
     return token.substr(0, token.find('\0'));
 }
 
-class CXmlReader {
+class CXmlParser {
 public:
     template <class Source>
-    explicit CXmlReader(Source& source) : input_(source)
+    explicit CXmlParser(Source& source) : input_(source)
     {
     }
-    CXmlReader(const CXmlReader&) = delete;
-    CXmlReader& operator=(const CXmlReader&) = delete;
-    ~CXmlReader();
+    CXmlParser(const CXmlParser&) = delete;
+    CXmlParser& operator=(const CXmlParser&) = delete;
+    ~CXmlParser();
 
     // The root's block, without references; null when there is none.
     std::byte* Run();

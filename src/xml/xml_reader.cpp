@@ -5,44 +5,44 @@
 
 namespace partkeep {
 
-std::byte* CXmlReader::Run()
+std::byte* CXmlParser::Run()
 {
     ParseDeclaration();
     CXmlTreeBuilder tree(input_.Ahead());
     if (tree.HasFailed()) {
         input_.Fail();
     }
-    input_.SkipTo<XmlTextSet>(true);
+    input_.SkipTo<text_set>(true);
     std::byte* root = nullptr;
     while (root == nullptr && !input_.HasFailed() && !input_.AtEnd()) {
         root = ParseElement();
-        input_.SkipTo<XmlTextSet>(true);
+        input_.SkipTo<text_set>(true);
     }
     tree.Finish(root);
     return root;
 }
 
-void CXmlReader::ParseDeclaration()
+void CXmlParser::ParseDeclaration()
 {
     code_page_ = utf8_code_page;
     input_.SkipTo<question_mark>(true);
-    input_.SkipTo<XmlSpaceSet>(true);
-    input_.SkipSet<XmlDeclWordSet>();
-    CXmlToken word = input_.ReadToken<XmlDeclWordSet>();
+    input_.SkipTo<space_set>(true);
+    input_.SkipSet<declaration_word_set>();
+    CXmlToken word = input_.ReadToken<declaration_word_set>();
     while (!input_.AtEnd() && !input_.HasFailed() && UpToNul(word) != ">") {
         if (UpToNul(word) == "encoding") {
             TakeEncoding();
         }
-        input_.SkipSet<XmlDeclWordSet>();
-        word = input_.ReadToken<XmlDeclWordSet>();
+        input_.SkipSet<declaration_word_set>();
+        word = input_.ReadToken<declaration_word_set>();
     }
 }
 
 // A name that found no memory must not pass for an unknown one: the document would be read in another code page.
-void CXmlReader::TakeEncoding()
+void CXmlParser::TakeEncoding()
 {
     input_.SkipTo<quote>(true);
-    const CXmlString name(input_.ReadToken<XmlDeclValueSet>());
+    const CXmlString name(input_.ReadToken<declaration_value_set>());
     if (name.IsNull()) {
         input_.Fail();
     }
@@ -50,7 +50,7 @@ void CXmlReader::TakeEncoding()
 }
 
 // A comment of one word, such as <!--c-->, has its closing dashes in that word.
-void CXmlReader::SkipComment(CXmlToken first_word)
+void CXmlParser::SkipComment(CXmlToken first_word)
 {
     const CXmlToken rest = first_word.substr(comment_start.size());
     const bool dashes = rest.size() >= comment_end.size() && rest.substr(rest.size() - 2) == comment_end;
@@ -70,7 +70,7 @@ namespace {
 template <class Source>
 bool ReadInto(CXmlDocument& document, Source& source)
 {
-    const CXmlElement root(CXmlReader(source).Run());
+    const CXmlElement root(CXmlParser(source).Run());
     if (!root.IsEmpty()) {
         document = root;
     }

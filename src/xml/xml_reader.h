@@ -1,6 +1,6 @@
 // Reads a document from a byte stream: a declaration, one root element, elements, attributes in double quotes,
 // text in leaves, comments. It expands no entities and knows no CDATA, DOCTYPE or processing instructions. It
-// scans forward by delimiters and drops what it can't make sense of; docs/xml.md tells what becomes of it.
+// scans forward by delimiters and drops what it cannot make sense of; docs/xml.md tells what becomes of it.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@
 
 namespace partkeep {
 
-// Elements inside one another, the root counted. A document nested deeper isn't read at all.
+// Elements inside one another, the root counted. A document nested deeper is not read at all.
 inline constexpr std::size_t xml_nesting_limit = 1000;
 
 // True when a root element was read into the document. False, with the document as it was, when the stream had

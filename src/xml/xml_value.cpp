@@ -52,15 +52,15 @@ std::int16_t ShortFromFloat(double value)
 std::int64_t IntegerOf(const XmlScalar& scalar)
 {
     switch (scalar.kind) {
-    case XmlKind::signed_8:
+    case XmlKind::Signed8:
         return LoadField<std::int8_t>(scalar.bytes);
-    case XmlKind::unsigned_16:
+    case XmlKind::Unsigned16:
         return LoadField<std::uint16_t>(scalar.bytes);
-    case XmlKind::signed_16:
+    case XmlKind::Signed16:
         return LoadField<std::int16_t>(scalar.bytes);
-    case XmlKind::unsigned_32:
+    case XmlKind::Unsigned32:
         return LoadField<std::uint32_t>(scalar.bytes);
-    case XmlKind::signed_32:
+    case XmlKind::Signed32:
         return LoadField<std::int32_t>(scalar.bytes);
     default:
         return LoadField<std::uint8_t>(scalar.bytes);
@@ -69,7 +69,7 @@ std::int64_t IntegerOf(const XmlScalar& scalar)
 
 double FloatOf(const XmlScalar& scalar)
 {
-    return scalar.kind == XmlKind::float_32 ? LoadField<float>(scalar.bytes) : LoadField<double>(scalar.bytes);
+    return scalar.kind == XmlKind::Float32 ? LoadField<float>(scalar.bytes) : LoadField<double>(scalar.bytes);
 }
 
 std::string_view TextOf(const XmlScalar& scalar)
@@ -79,7 +79,7 @@ std::string_view TextOf(const XmlScalar& scalar)
 
 bool IsFloat(XmlKind kind)
 {
-    return kind == XmlKind::float_32 || kind == XmlKind::float_64;
+    return kind == XmlKind::Float32 || kind == XmlKind::Float64;
 }
 
 // What rounds to nothing has neither a sign nor digits, only the decimals that must be there.
@@ -101,13 +101,13 @@ const char* PlainZero(char* text, int decimals)
 XmlScalar ScalarOf(const std::byte* leaf)
 {
     const XmlKind kind = NodeKind(leaf);
-    return kind == XmlKind::text ? XmlScalar{kind, leaf + XmlPlaces::counted, NodeSize(leaf)}
+    return kind == XmlKind::Text ? XmlScalar{kind, leaf + XmlPlaces::counted, NodeSize(leaf)}
                                  : XmlScalar{kind, leaf + XmlPlaces::head, 0};
 }
 
 bool ScalarAsBool(const XmlScalar& scalar)
 {
-    if (scalar.kind == XmlKind::text) {
+    if (scalar.kind == XmlKind::Text) {
         return TextOf(scalar) == "true";
     }
     return IsFloat(scalar.kind) ? FloatOf(scalar) != 0.0 : IntegerOf(scalar) != 0;
@@ -115,7 +115,7 @@ bool ScalarAsBool(const XmlScalar& scalar)
 
 std::int16_t ScalarAsShort(const XmlScalar& scalar)
 {
-    if (scalar.kind == XmlKind::text) {
+    if (scalar.kind == XmlKind::Text) {
         return ShortFromText(TextOf(scalar));
     }
     return IsFloat(scalar.kind) ? ShortFromFloat(FloatOf(scalar)) : static_cast<std::int16_t>(IntegerOf(scalar));
@@ -123,10 +123,10 @@ std::int16_t ScalarAsShort(const XmlScalar& scalar)
 
 std::string_view ScalarAsText(const XmlScalar& scalar)
 {
-    if (scalar.kind == XmlKind::text) {
+    if (scalar.kind == XmlKind::Text) {
         return TextOf(scalar);
     }
-    if (scalar.kind == XmlKind::boolean) {
+    if (scalar.kind == XmlKind::Boolean) {
         return ScalarAsBool(scalar) ? "true" : "false";
     }
     if (IsFloat(scalar.kind)) {

@@ -6,7 +6,7 @@ namespace partkeep {
 
 std::string_view CXmlWalk::NameInArray(const std::byte* names, std::uint16_t id)
 {
-    XmlItems item(names);
+    CXmlItems item(names);
     for (; id > 1 && !item.AtEnd(); --id) {
         item.Next();
     }
@@ -16,7 +16,7 @@ std::string_view CXmlWalk::NameInArray(const std::byte* names, std::uint16_t id)
 CXmlWalk::Step CXmlWalk::Start()
 {
     if (started_) {
-        return Step::done;
+        return Step::Done;
     }
     started_ = true;
     link_ = LinkOf(node_);
@@ -26,7 +26,7 @@ CXmlWalk::Step CXmlWalk::Start()
 bool CXmlWalk::AddTable()
 {
     CXmlVector<Entry> names;
-    for (XmlItems item(NameArrayOf(block_)); !item.AtEnd(); item.Next()) {
+    for (CXmlItems item(NameArrayOf(block_)); !item.AtEnd(); item.Next()) {
         if (!names.Add({item.Text(), 0})) {
             return false;
         }

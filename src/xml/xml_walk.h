@@ -14,11 +14,11 @@ namespace partkeep {
 class CXmlWalk {
 public:
     enum class Step : std::uint8_t {
-        enter, // an element, before what it holds
-        leaf,
-        leave, // an element, behind what it holds
-        done,
-        failed, // no memory
+        Enter, // an element, before what it holds
+        Leaf,
+        Leave, // an element, behind what it holds
+        Done,
+        Failed, // no memory
     };
 
     // A name of a block with several, and room for what the walker's user has found out about it.
@@ -47,7 +47,7 @@ public:
                 block_ = level.block;
                 link_ = at;
                 leaving_ = true; // the names stay until the user has seen the node
-                return Step::leave;
+                return Step::Leave;
             }
             link_ = level.next = LinkOf(at);
             node_ = at;
@@ -120,10 +120,10 @@ private:
     Step Start();
     Step Visit()
     {
-        if (NodeKind(node_) != XmlKind::element) {
-            return Step::leaf;
+        if (NodeKind(node_) != XmlKind::Element) {
+            return Step::Leaf;
         }
-        return Enter() ? Step::enter : Step::failed;
+        return Enter() ? Step::Enter : Step::Failed;
     }
     [[nodiscard]] bool Enter()
     {

@@ -139,10 +139,10 @@ bool CXmlWriter::WriteElement(const CXmlElement& element)
     bool start_tag_open = false;
     for (;;) {
         const CXmlWalk::Step step = walk.Next();
-        if (step == CXmlWalk::Step::done || step == CXmlWalk::Step::failed) {
-            return step == CXmlWalk::Step::done;
+        if (step == CXmlWalk::Step::Done || step == CXmlWalk::Step::Failed) {
+            return step == CXmlWalk::Step::Done;
         }
-        const bool leaves = step == CXmlWalk::Step::leave;
+        const bool leaves = step == CXmlWalk::Step::Leave;
         depth -= leaves ? 1 : 0;
         if (leaves && start_tag_open) {
             PutMark("/>");
@@ -153,8 +153,8 @@ bool CXmlWriter::WriteElement(const CXmlElement& element)
             PutMark(">");
         }
         WriteNewLine(depth);
-        start_tag_open = step == CXmlWalk::Step::enter;
-        if (step == CXmlWalk::Step::leaf) {
+        start_tag_open = step == CXmlWalk::Step::Enter;
+        if (step == CXmlWalk::Step::Leaf) {
             WriteLeaf(walk);
             continue;
         }
@@ -198,7 +198,7 @@ void CXmlWriter::WriteLeaf(CXmlWalk& walk)
 void CXmlWriter::WriteValue(const std::byte* leaf)
 {
     const XmlKind kind = NodeKind(leaf);
-    if (kind == XmlKind::text) {
+    if (kind == XmlKind::Text) {
         PutText({reinterpret_cast<const char*>(leaf + XmlPlaces::counted), NodeSize(leaf)});
     } else if (IsArray(kind)) {
         WriteArray(leaf);
@@ -210,7 +210,7 @@ void CXmlWriter::WriteValue(const std::byte* leaf)
 void CXmlWriter::WriteArray(const std::byte* array)
 {
     bool first = true;
-    for (XmlItems item(array); !item.AtEnd(); item.Next()) {
+    for (CXmlItems item(array); !item.AtEnd(); item.Next()) {
         if (!first) {
             PutMark(" ");
         }

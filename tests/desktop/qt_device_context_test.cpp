@@ -8,13 +8,13 @@
 namespace partkeep {
 namespace {
 
-TEST(QtDeviceContext, ShowsEverySamplePixelForPixel)
+TEST(CQtDeviceContext, ShowsEverySamplePixelForPixel)
 {
     ExpectShowsAsRaster(DibSamples(), [](int width, int height, const std::function<void(IDeviceContext&)>& paint) {
         QImage image(width, height, QImage::Format_ARGB32_Premultiplied);
         image.fill(0);
         QPainter painter(&image);
-        QtDeviceContext context(painter);
+        CQtDeviceContext context(painter);
         paint(context);
         painter.end();
         Picture shown(width, height);
@@ -28,13 +28,13 @@ TEST(QtDeviceContext, ShowsEverySamplePixelForPixel)
     });
 }
 
-TEST(QtDeviceContext, ResultsAndEdges)
+TEST(CQtDeviceContext, ResultsAndEdges)
 {
     QImage image(20, 20, QImage::Format_RGB32);
     image.fill(0xEEEEEE);
     QPainter painter(&image);
     painter.translate(4, 4);
-    QtDeviceContext context(painter);
+    CQtDeviceContext context(painter);
     const SampleFile file = MakeSampleFile(DibSamples()[4]);
     const DibView view = file.View();
     Picture picture = DecodePlainly(view);

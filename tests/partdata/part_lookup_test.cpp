@@ -110,7 +110,7 @@ TEST_F(PartLookup, OnlyNameServerAndFolderMakeAPartListed)
 TEST_F(PartLookup, NarrowTextIsInTheSystemsCodePage)
 {
     SetSystemCodePage(shift_jis_code_page);
-    // The first character holds the byte of a backslash. Where the page can't be chosen, what it holds has to do.
+    // The first character holds the byte of a backslash. Where the page cannot be chosen, what it holds has to do.
     const std::u16string name = WidenText(NarrowText(u"\u8868\u793A"));
     script_.selection[0].name = script_.selection[0].comment = name;
     EXPECT_TRUE(lookup_.StagePart(0, u"F", u"1", record_));

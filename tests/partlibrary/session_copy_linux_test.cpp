@@ -173,7 +173,7 @@ TEST_F(SessionCopy, AFolderOrALinkInTheWayDoesNoHarm)
 
 TEST_F(SessionCopy, TargetsThatCannotTakeAFileAreRefused)
 {
-    // A folder that can be entered, while a file in it can not be named any more.
+    // A folder that can be entered, while a file in it cannot be named any more.
     std::string longest = target_.Path().string();
     while (longest.size() < PATH_MAX - 110) {
         longest += "/" + std::string(100, 'd');

@@ -16,7 +16,7 @@ TEST(MemoryBlock, IsZeroFilledAndKeepsItsBytes)
         const MemoryHandle block = AllocateBlock(size);
         ASSERT_GE(BlockSize(block), std::max<std::size_t>(size, 1));
         for (const int content : {0, 0x5A}) {
-            const BlockLock lock(block);
+            const CBlockLock lock(block);
             auto* bytes = static_cast<unsigned char*>(lock.Address());
             EXPECT_NE(lock.Address(), block);
             EXPECT_EQ(BlockLockCount(block), 1U);

@@ -107,7 +107,7 @@ SampleFile MakeSampleFile(const DibSample& sample)
 
 TestBlock::TestBlock(std::span<const std::byte> bytes) : handle(AllocateBlock(bytes.size()))
 {
-    const BlockLock lock(handle);
+    const CBlockLock lock(handle);
     std::copy(bytes.begin(), bytes.end(), static_cast<std::byte*>(lock.Address()));
 }
 

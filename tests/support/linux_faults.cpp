@@ -21,7 +21,7 @@ namespace {
 
 constexpr uid_t nobody = 65534;
 
-// A fault that can't be made must not look like a test that passed.
+// A fault that cannot be made must not look like a test that passed.
 void Require(bool done, const char* what)
 {
     if (!done) {

@@ -46,7 +46,7 @@ std::u16string CTemporaryFolder::Core() const
 void WriteBytes(const fs::path& path, std::string_view bytes)
 {
     if (!(std::ofstream(path, std::ios::binary) << bytes).flush()) {
-        std::cerr << "can't write " << path << '\n';
+        std::cerr << "cannot write " << path << '\n';
         std::abort();
     }
 }

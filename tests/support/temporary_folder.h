@@ -27,7 +27,7 @@ private:
     std::filesystem::path path_;
 };
 
-// Bytes as they are. WriteBytes makes the file or replaces it; ReadBytes gives "(none)" for a file that can't be
+// Bytes as they are. WriteBytes makes the file or replaces it; ReadBytes gives "(none)" for a file that cannot be
 // read, so that a comparison with it never passes by chance.
 void WriteBytes(const std::filesystem::path& path, std::string_view bytes);
 [[nodiscard]] std::string ReadBytes(const std::filesystem::path& path);

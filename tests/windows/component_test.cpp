@@ -67,17 +67,17 @@ protected:
         using Signature = HRESULT STDAPICALLTYPE(REFCLSID, REFIID, void**);
         return Function<Signature>("DllGetClassObject")(id, IID_IClassFactory, result);
     }
-    [[nodiscard]] ComPtr<HostInterface> Make() const
+    [[nodiscard]] CComPtr<HostInterface> Make() const
     {
-        ComPtr<HostInterface> made;
+        CComPtr<HostInterface> made;
         EXPECT_EQ(factory->CreateInstance(nullptr, interface_id, made.PutVoid()), S_OK);
         return made;
     }
 
     StandIn stand_in;
     HMODULE library = LoadLibraryA(COMPONENT_FILE);
-    ComPtr<IClassFactory> factory;
-    ComPtr<HostInterface> object;
+    CComPtr<IClassFactory> factory;
+    CComPtr<HostInterface> object;
 };
 
 BOOL CALLBACK NoteLanguage(HMODULE, LPCWSTR, LPCWSTR, WORD language, LONG_PTR list)
@@ -120,7 +120,7 @@ TEST_F(Component, HoldsItsResourcesByNumberAndLanguage)
 
 TEST_F(Component, FactoryIsKeptAndHoldsTheLibraryWhileItIsHeld)
 {
-    ComPtr<IClassFactory> second;
+    CComPtr<IClassFactory> second;
     void* none = this;
     EXPECT_EQ(ClassObject(IID_IUnknown, &none), CLASS_E_CLASSNOTAVAILABLE);
     EXPECT_EQ(none, nullptr);
@@ -188,16 +188,16 @@ struct Outer final : IUnknown {
     ULONG STDMETHODCALLTYPE Release() override { return --references; }
 
     ULONG references = 1;
-    ComPtr<IUnknown> inner;
+    CComPtr<IUnknown> inner;
 };
 
 TEST_F(Component, AnswersForItsInterfacesAndAsPartOfAnother)
 {
-    ComPtr<IUnknown> asked;
+    CComPtr<IUnknown> asked;
     EXPECT_EQ(object->QueryInterface(IID_IUnknown, asked.PutVoid()), S_OK);
     EXPECT_EQ(object->QueryInterface(IID_IDispatch, asked.PutVoid()), S_OK);
     EXPECT_EQ(object->QueryInterface(IID_IOleObject, asked.PutVoid()), E_NOINTERFACE);
-    ComPtr<ISupportErrorInfo> errors;
+    CComPtr<ISupportErrorInfo> errors;
     ASSERT_EQ(object->QueryInterface(IID_ISupportErrorInfo, errors.PutVoid()), S_OK);
     EXPECT_EQ(errors->InterfaceSupportsErrorInfo(interface_id), S_OK);
     EXPECT_EQ(errors->InterfaceSupportsErrorInfo(IID_IDispatch), S_FALSE);
@@ -205,7 +205,7 @@ TEST_F(Component, AnswersForItsInterfacesAndAsPartOfAnother)
     Outer outer;
     EXPECT_EQ(factory->CreateInstance(&outer, interface_id, asked.PutVoid()), CLASS_E_NOAGGREGATION);
     ASSERT_EQ(factory->CreateInstance(&outer, IID_IUnknown, outer.inner.PutVoid()), S_OK);
-    ComPtr<HostInterface> part;
+    CComPtr<HostInterface> part;
     ASSERT_EQ(outer.QueryInterface(interface_id, part.PutVoid()), S_OK);
     part->QueryInterface(IID_IUnknown, asked.PutVoid());
     EXPECT_EQ(asked.Get(), &outer);
@@ -383,7 +383,7 @@ TEST_F(Component, WorksFromAnotherApartmentAndNextToASecondObject)
     std::promise<void> done;
     std::thread other([&] {
         CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-        ComPtr<HostInterface> own;
+        CComPtr<HostInterface> own;
         EXPECT_EQ(CoCreateInstance(class_id, nullptr, CLSCTX_INPROC_SERVER, interface_id, own.PutVoid()), S_OK);
         IStream* stream = nullptr;
         EXPECT_EQ(CoMarshalInterThreadInterfaceInStream(interface_id, own.Get(), &stream), S_OK);
@@ -392,7 +392,7 @@ TEST_F(Component, WorksFromAnotherApartmentAndNextToASecondObject)
         own.Reset();
         CoUninitialize();
     });
-    ComPtr<HostInterface> from_there;
+    CComPtr<HostInterface> from_there;
     EXPECT_EQ(CoGetInterfaceAndReleaseStream(parcel.get_future().get(), interface_id, from_there.PutVoid()), S_OK);
     for (HostInterface* each : {from_there.Get(), object.Get()}) {
         LONG count = -1;

@@ -21,7 +21,7 @@ Picture PaintWithGdi(int width, int height, const std::function<void(IDeviceCont
     Picture shown(width, height);
     auto* pixels = static_cast<std::uint32_t*>(bits);
     std::fill_n(pixels, shown.pixels.size(), background);
-    GdiDeviceContext context(device);
+    CGdiDeviceContext context(device);
     paint(context);
     GdiFlush();
     for (std::size_t at = 0; at < shown.pixels.size(); ++at) {
@@ -34,7 +34,7 @@ Picture PaintWithGdi(int width, int height, const std::function<void(IDeviceCont
     return shown;
 }
 
-TEST(GdiDeviceContext, ShowsEverySamplePixelForPixel)
+TEST(CGdiDeviceContext, ShowsEverySamplePixelForPixel)
 {
     // Not the last one: GDI under Wine leaves the low bits of masks below four bits empty.
     ExpectShowsAsRaster(DibSamples().first(DibSamples().size() - 1), PaintWithGdi);

@@ -97,7 +97,7 @@ public:
         VARIANT value;
         VariantInit(&value);
         DISPPARAMS none{};
-        ComPtr<IDispatch> container;
+        CComPtr<IDispatch> container;
         if (SUCCEEDED(site_->QueryInterface(IID_IDispatch, container.PutVoid()))) {
             container->Invoke(property, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &value, nullptr, nullptr);
         }
@@ -129,7 +129,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE SetClientSite(IOleClientSite* site) override
     {
-        site_ = ComPtr<IOleClientSite>(site);
+        site_ = CComPtr<IOleClientSite>(site);
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE DoVerb(LONG verb, LPMSG, IOleClientSite*, LONG, HWND parent, LPCRECT area) override
@@ -230,8 +230,8 @@ private:
     std::unique_ptr<IHostedControl> scripted_ = stand_in->script.MakeControl();
     ULONG references_ = 1;
     HWND window_ = nullptr;
-    ComPtr<IOleClientSite> site_;
-    ComPtr<IDispatch> sink_;
+    CComPtr<IOleClientSite> site_;
+    CComPtr<IDispatch> sink_;
 };
 
 // Beside the entries nothing is selected.

@@ -233,7 +233,7 @@ protected:
     CTemporaryFolder folder;
     HWND host = nullptr;
     HHOOK hook = nullptr;
-    WinDialogs windows{GetModuleHandleW(nullptr)};
+    CWinDialogs windows{GetModuleHandleW(nullptr)};
     Busy busy = Busy::Load;
     Input first = Input::Enter;
     Input second = Input::Enter;
@@ -264,7 +264,7 @@ TEST_P(WhileBusy, UntimelyInputHasItsOneOutcome)
     }
 }
 
-using Host = ComPtr<::IPartkeepReadImpl>;
+using Host = CComPtr<::IPartkeepReadImpl>;
 
 // A run that comes by every call of the browser, with an event at one of them.
 class EventInACall : public UntimelyInput {
@@ -304,7 +304,7 @@ protected:
         };
         closing = 0;
         SetActiveWindow(host);
-        EXPECT_EQ(HostObject::Create(nullptr, host_interface_id, object.PutVoid()), S_OK);
+        EXPECT_EQ(CHostObject::Create(nullptr, host_interface_id, object.PutVoid()), S_OK);
         PostMessageW(host, WM_APP, 0, 0);
         ::IPartkeepReadImpl* called = object.Get();
         EXPECT_EQ(called->InvokePartkeepMultiSelection(1), S_OK);

@@ -94,9 +94,9 @@ protected:
     HWND host = CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 300, 200, nullptr,
                                 nullptr, nullptr, nullptr);
     CMemoryRegistry registry;
-    ThreadMessages messages;
-    HiddenControls controls{module};
-    WinDialogs windows{module};
+    CThreadMessages messages;
+    CHiddenControls controls{module};
+    CWinDialogs windows{module};
     PartkeepReadImpl object{HostServices{registry, messages, controls, windows}};
 };
 
@@ -194,7 +194,7 @@ TEST_F(WindowsDialogs, ControlsAreToldWhatTheirDialogLooksLike)
             VARIANT name = stand_in.Ambient(DISPID_AMBIENT_DISPLAYNAME);
             EXPECT_STREQ(name.bstrVal, selection_title);
             VARIANT font = stand_in.Ambient(DISPID_AMBIENT_FONT);
-            ComPtr<IFont> own;
+            CComPtr<IFont> own;
             ASSERT_EQ(font.pdispVal->QueryInterface(IID_IFont, own.PutVoid()), S_OK);
             CY size{};
             own->get_Size(&size);

@@ -11,7 +11,7 @@ using namespace partkeep;
 namespace {
 
 // Vectors of exactly the bytes there are, so that a sanitizer sees what goes beyond.
-template <XmlByteSet Set>
+template <CXmlByteSet Set>
 void SearchEverywhere()
 {
     for (std::size_t size = 0; size < 50; ++size) {
@@ -31,11 +31,11 @@ void SearchEverywhere()
 
 TEST(XmlBytes, AreFoundAsOneByOne)
 {
-    SearchEverywhere<XmlByteSet("<")>();
-    SearchEverywhere<XmlByteSet("\0= \n\t")>();
-    SearchEverywhere<XmlByteSet(">/ \n\t")>();
+    SearchEverywhere<CXmlByteSet("<")>();
+    SearchEverywhere<CXmlByteSet("\0= \n\t")>();
+    SearchEverywhere<CXmlByteSet(">/ \n\t")>();
     const std::string high = "\xBC\xFC\x3C";
-    EXPECT_EQ(xml_bytes_plain::Find<XmlByteSet("<")>(high.data(), high.data() + 3), high.data() + 2);
+    EXPECT_EQ(xml_bytes_plain::Find<CXmlByteSet("<")>(high.data(), high.data() + 3), high.data() + 2);
 }
 
 TEST(XmlBytes, AreCopiedAndComparedToTheLastAndNoFurther)

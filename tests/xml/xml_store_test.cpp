@@ -26,7 +26,7 @@ TEST(XmlStore, PacksBlocksByteForByteForAddressesOfFourBytes)
     PackTextLeaf<4>(bytes, "ab", "xyz", 932);
     EXPECT_EQ(block, "\x1F\0\0\0\0\xA4\3\0\0\0\0\0\0\1\0\1\3\0\0\0xyz\0\0\0\0"s + names);
     block.resize(XmlLayout<4>::FixedLeafSize(2, 2));
-    PackFixedLeaf<4>(bytes, "ab", XmlKind::signed_16, "\xFE\xFF", 932);
+    PackFixedLeaf<4>(bytes, "ab", XmlKind::Signed16, "\xFE\xFF", 932);
     EXPECT_EQ(block, "\x1F\0\0\0\0\xA4\3\0\0\0\0\0\0\1\0\6\xFE\xFF\0\0\0\0"s + names);
 }
 

@@ -4,7 +4,7 @@ namespace partkeep {
 
 namespace {
 
-enum Role { server_role = Qt::UserRole, folder_role, has_folders_role, fetched_role };
+enum Role { ServerRole = Qt::UserRole, FolderRole, HasFoldersRole, FetchedRole };
 
 } // namespace
 
@@ -19,8 +19,8 @@ QStandardItem* CServerTreeModel::MakeServer(const QString& server) const
 {
     auto* item = new QStandardItem(server_icon_, server);
     item->setEditable(false);
-    item->setData(server, server_role);
-    item->setData(true, has_folders_role);
+    item->setData(server, ServerRole);
+    item->setData(true, HasFoldersRole);
     return item;
 }
 
@@ -28,9 +28,9 @@ QStandardItem* CServerTreeModel::MakeFolder(const QString& server, const FolderR
 {
     auto* item = new QStandardItem(folder_icon_, row.name);
     item->setEditable(false);
-    item->setData(server, server_role);
-    item->setData(row.path, folder_role);
-    item->setData(row.has_folders, has_folders_role);
+    item->setData(server, ServerRole);
+    item->setData(row.path, FolderRole);
+    item->setData(row.has_folders, HasFoldersRole);
     return item;
 }
 
@@ -72,19 +72,19 @@ void CServerTreeModel::Forget()
 {
     for (int row = 0; row < rowCount(); ++row) {
         item(row)->removeRows(0, item(row)->rowCount());
-        item(row)->setData({}, fetched_role);
-        item(row)->setData(true, has_folders_role);
+        item(row)->setData({}, FetchedRole);
+        item(row)->setData(true, HasFoldersRole);
     }
 }
 
 QString CServerTreeModel::ServerOf(const QModelIndex& index)
 {
-    return index.data(server_role).toString();
+    return index.data(ServerRole).toString();
 }
 
 QString CServerTreeModel::FolderOf(const QModelIndex& index)
 {
-    return index.data(folder_role).toString();
+    return index.data(FolderRole).toString();
 }
 
 QModelIndex CServerTreeModel::Find(const QString& server, const QString& folder)
@@ -111,12 +111,12 @@ QModelIndex CServerTreeModel::Find(const QString& server, const QString& folder)
 
 bool CServerTreeModel::hasChildren(const QModelIndex& parent) const
 {
-    return !parent.isValid() || parent.data(has_folders_role).toBool();
+    return !parent.isValid() || parent.data(HasFoldersRole).toBool();
 }
 
 bool CServerTreeModel::canFetchMore(const QModelIndex& parent) const
 {
-    return parent.isValid() && hasChildren(parent) && !parent.data(fetched_role).toBool();
+    return parent.isValid() && hasChildren(parent) && !parent.data(FetchedRole).toBool();
 }
 
 void CServerTreeModel::fetchMore(const QModelIndex& parent)
@@ -133,8 +133,8 @@ void CServerTreeModel::fetchMore(const QModelIndex& parent)
     if (!rows) {
         return; // asked again when the branch opens again
     }
-    branch->setData(true, fetched_role);
-    branch->setData(!rows->empty(), has_folders_role);
+    branch->setData(true, FetchedRole);
+    branch->setData(!rows->empty(), HasFoldersRole);
     QList<QStandardItem*> folders;
     for (const FolderRow& row : *rows) {
         folders += MakeFolder(server, row);

@@ -21,13 +21,13 @@ static_assert(offsetof(HostPalette, handle) == sizeof(void*));
 
 // Reads and writes the host's object. A palette that it holds already is deleted when a new one comes, so that
 // asking twice does not leak.
-class HostPaletteAccess final : public IPalette {
+class CHostPaletteAccess final : public IPalette {
 public:
-    explicit HostPaletteAccess(HostPalette& palette) : palette_(palette) {}
+    explicit CHostPaletteAccess(HostPalette& palette) : palette_(palette) {}
 
     bool CreatePalette(std::span<const PaletteEntry> entries) override
     {
-        GdiPalette made;
+        CGdiPalette made;
         if (!made.CreatePalette(entries)) {
             return false;
         }
@@ -63,13 +63,13 @@ INT WINAPI ExportedPaintDIB(HDC context, const RECT* target, HANDLE block, const
         return 0;
     }
     try {
-        GdiDeviceContext device(context);
+        CGdiDeviceContext device(context);
         const Rect to = CoreRect(*target);
         const Rect from = CoreRect(*source);
         if (palette == nullptr) {
             return PaintDIB(device, &to, block, &from, nullptr);
         }
-        const HostPaletteAccess host_palette(*static_cast<HostPalette*>(palette));
+        const CHostPaletteAccess host_palette(*static_cast<HostPalette*>(palette));
         return PaintDIB(device, &to, block, &from, &host_palette);
     } catch (...) {
         return 0;
@@ -82,7 +82,7 @@ INT WINAPI ExportedCreateDIBPalette(HANDLE block, void* palette)
         return 0;
     }
     try {
-        HostPaletteAccess host_palette(*static_cast<HostPalette*>(palette));
+        CHostPaletteAccess host_palette(*static_cast<HostPalette*>(palette));
         return CreateDIBPalette(block, &host_palette);
     } catch (...) {
         return 0;

@@ -5,7 +5,7 @@
 
 namespace partkeep {
 
-HRESULT HostObjectFactory::QueryInterface(REFIID id, void** result)
+HRESULT CHostObjectFactory::QueryInterface(REFIID id, void** result)
 {
     if (result == nullptr) {
         return E_POINTER;
@@ -19,34 +19,34 @@ HRESULT HostObjectFactory::QueryInterface(REFIID id, void** result)
     return S_OK;
 }
 
-ULONG HostObjectFactory::AddRef()
+ULONG CHostObjectFactory::AddRef()
 {
     TheModule().Lock();
     return ++references_;
 }
 
 // The lock goes last: without it the library may be taken away from under this very call.
-ULONG HostObjectFactory::Release()
+ULONG CHostObjectFactory::Release()
 {
     const ULONG left = --references_;
     TheModule().Unlock();
     return left;
 }
 
-HRESULT HostObjectFactory::CreateInstance(IUnknown* outer, REFIID id, void** result)
+HRESULT CHostObjectFactory::CreateInstance(IUnknown* outer, REFIID id, void** result)
 {
     if (result == nullptr) {
         return E_POINTER;
     }
     *result = nullptr;
     try {
-        return HostObject::Create(outer, id, result);
+        return CHostObject::Create(outer, id, result);
     } catch (...) {
         return E_OUTOFMEMORY;
     }
 }
 
-HRESULT HostObjectFactory::LockServer(BOOL lock)
+HRESULT CHostObjectFactory::LockServer(BOOL lock)
 {
     if (lock != FALSE) {
         TheModule().Lock();

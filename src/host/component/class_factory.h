@@ -10,7 +10,7 @@
 
 namespace partkeep {
 
-class HostObjectFactory final : public IClassFactory {
+class CHostObjectFactory final : public IClassFactory {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** result) override;
     ULONG STDMETHODCALLTYPE AddRef() override;

@@ -8,24 +8,25 @@
 #include "windows/win_messages.h"
 
 namespace __gnu_cxx {
-void __freeres() noexcept; // declared in no header of the run-time
+// The run-time's own name, which none of its headers declares. NOLINTNEXTLINE(bugprone-reserved-identifier)
+void __freeres() noexcept;
 }
 
 namespace partkeep {
 
-ComponentModule& TheModule()
+CComponentModule& TheModule()
 {
-    static ComponentModule module;
+    static CComponentModule module;
     return module;
 }
 
-void ComponentModule::Start(HINSTANCE instance)
+void CComponentModule::Start(HINSTANCE instance)
 {
     instance_ = instance;
     RegisterSiteWindows(instance);
 }
 
-void ComponentModule::End(bool process_ends)
+void CComponentModule::End(bool process_ends)
 {
     if (process_ends) {
         return;
@@ -39,7 +40,7 @@ void ComponentModule::End(bool process_ends)
     __gnu_cxx::__freeres();
 }
 
-std::wstring ComponentModule::FileName() const
+std::wstring CComponentModule::FileName() const
 {
     for (std::wstring path(MAX_PATH, L'\0');; path.assign(path.size() * 2, L'\0')) {
         const DWORD length = GetModuleFileNameW(instance_, path.data(), static_cast<DWORD>(path.size()));
@@ -50,9 +51,9 @@ std::wstring ComponentModule::FileName() const
     }
 }
 
-ITypeInfo* ComponentModule::LoadInterfaceDescription() const
+ITypeInfo* CComponentModule::LoadInterfaceDescription() const
 {
-    ComPtr<ITypeLib> library;
+    CComPtr<ITypeLib> library;
     ITypeInfo* description = nullptr;
     if (SUCCEEDED(LoadTypeLibEx(FileName().c_str(), REGKIND_NONE, library.Put()))) {
         library->GetTypeInfoOfGuid(host_interface_id, &description);
@@ -61,7 +62,7 @@ ITypeInfo* ComponentModule::LoadInterfaceDescription() const
 }
 
 // Two threads may load it at once; the second one's copy is dropped.
-ComPtr<ITypeInfo> ComponentModule::InterfaceDescription() noexcept
+CComPtr<ITypeInfo> CComponentModule::InterfaceDescription() noexcept
 {
     try {
         if (description_ == nullptr) {
@@ -74,15 +75,15 @@ ComPtr<ITypeInfo> ComponentModule::InterfaceDescription() noexcept
     } catch (...) {
         return {};
     }
-    return ComPtr<ITypeInfo>(description_);
+    return CComPtr<ITypeInfo>(description_);
 }
 
-HostServices ComponentModule::Services() const
+HostServices CComponentModule::Services() const
 {
-    static const WinRegistry registry;
-    static ThreadMessages messages;
-    static HiddenControls controls(instance_);
-    static WinDialogs windows(instance_);
+    static const CWinRegistry registry;
+    static CThreadMessages messages;
+    static CHiddenControls controls(instance_);
+    static CWinDialogs windows(instance_);
     return {registry, messages, controls, windows};
 }
 

@@ -14,7 +14,7 @@
 
 namespace partkeep {
 
-class ComponentModule {
+class CComponentModule {
 public:
     // In this order, at the load of the library: the module itself, then the hosting of controls.
     void Start(HINSTANCE instance);
@@ -30,7 +30,7 @@ public:
 
     // The description of the host interface, out of this library's own resources: it works unregistered too.
     // Loaded at the first request. Null when it cannot be loaded.
-    [[nodiscard]] ComPtr<ITypeInfo> InterfaceDescription() noexcept;
+    [[nodiscard]] CComPtr<ITypeInfo> InterfaceDescription() noexcept;
 
     // The platform's services that every object uses.
     [[nodiscard]] HostServices Services() const;
@@ -43,6 +43,6 @@ private:
     std::atomic<ITypeInfo*> description_{nullptr};
 };
 
-[[nodiscard]] ComponentModule& TheModule();
+[[nodiscard]] CComponentModule& TheModule();
 
 } // namespace partkeep

@@ -27,7 +27,7 @@ STDAPI DllGetClassObject(REFCLSID class_id, REFIID id, LPVOID* result)
     if (class_id != host_object_class_id) {
         return CLASS_E_CLASSNOTAVAILABLE;
     }
-    static HostObjectFactory factory;
+    static CHostObjectFactory factory;
     return factory.QueryInterface(id, result);
 }
 

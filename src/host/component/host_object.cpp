@@ -16,7 +16,7 @@ namespace {
 template <class Operation>
 HRESULT Run(IUnknown& object, HRESULT trouble, Operation operation) noexcept
 {
-    const ComPtr<IUnknown> kept(&object);
+    const CComPtr<IUnknown> kept(&object);
     try {
         return static_cast<HRESULT>(operation());
     } catch (...) {
@@ -25,19 +25,19 @@ HRESULT Run(IUnknown& object, HRESULT trouble, Operation operation) noexcept
 }
 
 // A success whose outputs do not arrive is none.
-HRESULT Deliver(HostOutputs& outputs, HostResult result)
+HRESULT Deliver(CHostOutputs& outputs, HostResult result)
 {
     return result == HostResult::Ok && outputs.HandOver() ? S_OK : S_FALSE;
 }
 
 } // namespace
 
-HRESULT HostObject::Create(IUnknown* outer, REFIID id, void** result)
+HRESULT CHostObject::Create(IUnknown* outer, REFIID id, void** result)
 {
     if (outer != nullptr && id != IID_IUnknown) {
         return CLASS_E_NOAGGREGATION;
     }
-    auto* object = new (std::nothrow) HostObject(outer);
+    auto* object = new (std::nothrow) CHostObject(outer);
     if (object == nullptr) {
         return E_OUTOFMEMORY;
     }
@@ -46,18 +46,18 @@ HRESULT HostObject::Create(IUnknown* outer, REFIID id, void** result)
     return status;
 }
 
-HostObject::HostObject(IUnknown* outer)
+CHostObject::CHostObject(IUnknown* outer)
     : outer_(outer != nullptr ? outer : &inner_), implementation_(TheModule().Services())
 {
     TheModule().Lock();
 }
 
-HostObject::~HostObject()
+CHostObject::~CHostObject()
 {
     TheModule().Unlock();
 }
 
-HRESULT HostObject::Inner::QueryInterface(REFIID id, void** result)
+HRESULT CHostObject::CInner::QueryInterface(REFIID id, void** result)
 {
     if (result == nullptr) {
         return E_POINTER;
@@ -79,7 +79,7 @@ HRESULT HostObject::Inner::QueryInterface(REFIID id, void** result)
     return S_OK;
 }
 
-ULONG HostObject::Inner::Release()
+ULONG CHostObject::CInner::Release()
 {
     const ULONG left = --references_;
     if (left == 0) {
@@ -88,7 +88,7 @@ ULONG HostObject::Inner::Release()
     return left;
 }
 
-HRESULT HostObject::GetTypeInfoCount(UINT* count)
+HRESULT CHostObject::GetTypeInfoCount(UINT* count)
 {
     if (count == nullptr) {
         return E_POINTER;
@@ -97,7 +97,7 @@ HRESULT HostObject::GetTypeInfoCount(UINT* count)
     return S_OK;
 }
 
-HRESULT HostObject::GetTypeInfo(UINT index, LCID, ITypeInfo** description)
+HRESULT CHostObject::GetTypeInfo(UINT index, LCID, ITypeInfo** description)
 {
     if (description == nullptr) {
         return E_POINTER;
@@ -106,29 +106,29 @@ HRESULT HostObject::GetTypeInfo(UINT index, LCID, ITypeInfo** description)
     if (index != 0) {
         return DISP_E_BADINDEX;
     }
-    const ComPtr<ITypeInfo> loaded = TheModule().InterfaceDescription();
+    const CComPtr<ITypeInfo> loaded = TheModule().InterfaceDescription();
     return loaded ? loaded->QueryInterface(IID_ITypeInfo, reinterpret_cast<void**>(description))
                   : TYPE_E_CANTLOADLIBRARY;
 }
 
-HRESULT HostObject::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids)
+HRESULT CHostObject::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids)
 {
     if (names == nullptr || ids == nullptr || count == 0) {
         return E_INVALIDARG;
     }
-    const ComPtr<ITypeInfo> description = TheModule().InterfaceDescription();
+    const CComPtr<ITypeInfo> description = TheModule().InterfaceDescription();
     return description ? description->GetIDsOfNames(names, count, ids) : TYPE_E_CANTLOADLIBRARY;
 }
 
-HRESULT HostObject::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* arguments, VARIANT* result,
-                           EXCEPINFO* trouble, UINT* bad_argument)
+HRESULT CHostObject::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* arguments, VARIANT* result,
+                            EXCEPINFO* trouble, UINT* bad_argument)
 {
     return Run(*outer_, E_FAIL, [&]() -> HRESULT {
-        const ComPtr<ITypeInfo> description = TheModule().InterfaceDescription();
+        const CComPtr<ITypeInfo> description = TheModule().InterfaceDescription();
         if (!description) {
             return TYPE_E_CANTLOADLIBRARY;
         }
-        LentArguments lent;
+        CLentArguments lent;
         const HRESULT status = lent.Take(*description.Get(), id, arguments, bad_argument);
         if (FAILED(status)) {
             return status;
@@ -140,27 +140,27 @@ HRESULT HostObject::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* argu
     });
 }
 
-HRESULT HostObject::InterfaceSupportsErrorInfo(REFIID id)
+HRESULT CHostObject::InterfaceSupportsErrorInfo(REFIID id)
 {
     return id == host_interface_id ? S_OK : S_FALSE;
 }
 
-HRESULT HostObject::InvokePartkeep()
+HRESULT CHostObject::InvokePartkeep()
 {
     return Run(*outer_, S_FALSE, [&] { return implementation_.InvokePartkeep(); });
 }
 
-HRESULT HostObject::GetFilePath(BSTR* o_PartFileName)
+HRESULT CHostObject::GetFilePath(BSTR* o_PartFileName)
 {
-    HostOutputs outputs(HostOutputs::Start::Untouched);
+    CHostOutputs outputs(CHostOutputs::Start::Untouched);
     return Run(*outer_, S_FALSE,
                [&] { return Deliver(outputs, implementation_.GetFilePath(outputs.Lend(o_PartFileName))); });
 }
 
-HRESULT HostObject::GetSelectedPartInfo(BSTR* o_PartFileName, BSTR* o_PartName, BSTR* o_PartComment,
-                                        BSTR* o_MaterialType, double* o_Thickness, BSTR* o_Qty)
+HRESULT CHostObject::GetSelectedPartInfo(BSTR* o_PartFileName, BSTR* o_PartName, BSTR* o_PartComment,
+                                         BSTR* o_MaterialType, double* o_Thickness, BSTR* o_Qty)
 {
-    HostOutputs outputs(HostOutputs::Start::Untouched);
+    CHostOutputs outputs(CHostOutputs::Start::Untouched);
     return Run(*outer_, S_FALSE, [&] {
         return Deliver(outputs, implementation_.GetSelectedPartInfo(
                                     outputs.Lend(o_PartFileName), outputs.Lend(o_PartName), outputs.Lend(o_PartComment),
@@ -168,24 +168,24 @@ HRESULT HostObject::GetSelectedPartInfo(BSTR* o_PartFileName, BSTR* o_PartName, 
     });
 }
 
-HRESULT HostObject::InvokePartkeepMultiSelection(LONG i_MultipleSelectionAllowed)
+HRESULT CHostObject::InvokePartkeepMultiSelection(LONG i_MultipleSelectionAllowed)
 {
     return Run(*outer_, S_OK, [&] { return implementation_.InvokePartkeepMultiSelection(i_MultipleSelectionAllowed); });
 }
 
-HRESULT HostObject::NumberOfPartsSelected(LONG* o_NoOfParts)
+HRESULT CHostObject::NumberOfPartsSelected(LONG* o_NoOfParts)
 {
-    HostOutputs outputs(HostOutputs::Start::Untouched);
+    CHostOutputs outputs(CHostOutputs::Start::Untouched);
     return Run(*outer_, S_OK,
                [&] { return Deliver(outputs, implementation_.NumberOfPartsSelected(outputs.Lend(o_NoOfParts))); });
 }
 
-HRESULT HostObject::GetPartInfo(LONG i_index, BSTR* o_serverName, BSTR* o_folderName, BSTR* o_FilePathName,
-                                BSTR* o_SYFileName, BSTR* o_NCFileName, BSTR* o_PartName, BSTR* o_PartComment,
-                                BSTR* o_MaterialType, BSTR* o_MachineName, LONG* o_MachineType, double* o_Thickness,
-                                BSTR* o_Qty)
+HRESULT CHostObject::GetPartInfo(LONG i_index, BSTR* o_serverName, BSTR* o_folderName, BSTR* o_FilePathName,
+                                 BSTR* o_SYFileName, BSTR* o_NCFileName, BSTR* o_PartName, BSTR* o_PartComment,
+                                 BSTR* o_MaterialType, BSTR* o_MachineName, LONG* o_MachineType, double* o_Thickness,
+                                 BSTR* o_Qty)
 {
-    HostOutputs outputs(HostOutputs::Start::Empty);
+    CHostOutputs outputs(CHostOutputs::Start::Empty);
     return Run(*outer_, S_OK, [&] {
         implementation_.GetPartInfo(i_index, outputs.Lend(o_serverName), outputs.Lend(o_folderName),
                                     outputs.Lend(o_FilePathName), outputs.Lend(o_SYFileName),
@@ -197,16 +197,16 @@ HRESULT HostObject::GetPartInfo(LONG i_index, BSTR* o_serverName, BSTR* o_folder
     });
 }
 
-HRESULT HostObject::SetWorkingFolder(BSTR i_WorkingFolderName)
+HRESULT CHostObject::SetWorkingFolder(BSTR i_WorkingFolderName)
 {
     return Run(*outer_, S_OK, [&] { return implementation_.SetWorkingFolder(InputText(i_WorkingFolderName)); });
 }
 
-HRESULT HostObject::ReadCADDataForTessara(BSTR i_serverName, BSTR i_folderName, BSTR i_partName, BSTR i_dataType,
-                                          BSTR* o_FilePathName, BSTR* o_PartName, BSTR* o_PartComment,
-                                          BSTR* o_MaterialType, double* o_Thickness, BSTR* o_Qty)
+HRESULT CHostObject::ReadCADDataForTessara(BSTR i_serverName, BSTR i_folderName, BSTR i_partName, BSTR i_dataType,
+                                           BSTR* o_FilePathName, BSTR* o_PartName, BSTR* o_PartComment,
+                                           BSTR* o_MaterialType, double* o_Thickness, BSTR* o_Qty)
 {
-    HostOutputs outputs(HostOutputs::Start::Empty);
+    CHostOutputs outputs(CHostOutputs::Start::Empty);
     auto* path = outputs.Lend(o_FilePathName);
     auto* name = outputs.Lend(o_PartName);
     auto* comment = outputs.Lend(o_PartComment);
@@ -220,7 +220,7 @@ HRESULT HostObject::ReadCADDataForTessara(BSTR i_serverName, BSTR i_folderName, 
     });
 }
 
-HRESULT HostObject::SetLanguageID(LONG i_languageID)
+HRESULT CHostObject::SetLanguageID(LONG i_languageID)
 {
     return Run(*outer_, S_OK, [&] { return implementation_.SetLanguageID(i_languageID); });
 }

@@ -16,12 +16,12 @@ namespace partkeep {
 
 // The object lives as long as a reference on its inner IUnknown is held. All its other interfaces speak for the
 // outer object where it has been made part of one.
-class HostObject final : public ::IPartkeepReadImpl, public ISupportErrorInfo {
+class CHostObject final : public ::IPartkeepReadImpl, public ISupportErrorInfo {
 public:
     // With an outer object only IUnknown may be asked for, and what is handed out is the inner one.
     static HRESULT Create(IUnknown* outer, REFIID id, void** result);
-    HostObject(const HostObject&) = delete;
-    HostObject& operator=(const HostObject&) = delete;
+    CHostObject(const CHostObject&) = delete;
+    CHostObject& operator=(const CHostObject&) = delete;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** result) override
     {
@@ -57,22 +57,22 @@ public:
     HRESULT STDMETHODCALLTYPE SetLanguageID(LONG i_languageID) override;
 
 private:
-    class Inner final : public IUnknown {
+    class CInner final : public IUnknown {
     public:
-        explicit Inner(HostObject& object) : object_(object) {}
+        explicit CInner(CHostObject& object) : object_(object) {}
         HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** result) override;
         ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
         ULONG STDMETHODCALLTYPE Release() override;
 
     private:
-        HostObject& object_;
+        CHostObject& object_;
         std::atomic<ULONG> references_{1};
     };
 
-    explicit HostObject(IUnknown* outer);
-    ~HostObject();
+    explicit CHostObject(IUnknown* outer);
+    ~CHostObject();
 
-    Inner inner_{*this};
+    CInner inner_{*this};
     IUnknown* outer_; // not counted: the outer object owns this one
     PartkeepReadImpl implementation_;
 };

@@ -5,7 +5,7 @@
 
 namespace partkeep {
 
-std::u16string* HostOutputs::Lend(BSTR* place)
+std::u16string* CHostOutputs::Lend(BSTR* place)
 {
     if (place == nullptr || text_count_ == texts_.size()) {
         return nullptr;
@@ -18,7 +18,7 @@ std::u16string* HostOutputs::Lend(BSTR* place)
     return &text.value;
 }
 
-std::int32_t* HostOutputs::Lend(LONG* place)
+std::int32_t* CHostOutputs::Lend(LONG* place)
 {
     if (place != nullptr && start_ == Start::Empty) {
         *place = 0;
@@ -27,7 +27,7 @@ std::int32_t* HostOutputs::Lend(LONG* place)
     return place != nullptr ? &number_ : nullptr;
 }
 
-double* HostOutputs::Lend(double* place)
+double* CHostOutputs::Lend(double* place)
 {
     if (place != nullptr && start_ == Start::Empty) {
         *place = 0.0;
@@ -36,7 +36,7 @@ double* HostOutputs::Lend(double* place)
     return place != nullptr ? &real_ : nullptr;
 }
 
-bool HostOutputs::MakeTexts()
+bool CHostOutputs::MakeTexts()
 {
     const std::span<Text> lent = std::span(texts_).first(text_count_);
     for (Text& text : lent) {
@@ -51,7 +51,7 @@ bool HostOutputs::MakeTexts()
     return true;
 }
 
-bool HostOutputs::HandOver()
+bool CHostOutputs::HandOver()
 {
     if (!MakeTexts()) {
         return false;

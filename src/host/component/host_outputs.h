@@ -20,13 +20,13 @@ namespace partkeep {
     return text != nullptr ? FromWide({text, SysStringLen(text)}) : std::u16string();
 }
 
-class HostOutputs {
+class CHostOutputs {
 public:
     enum class Start { Untouched, Empty }; // Empty: no text and 0 from the beginning, whatever comes then
 
-    explicit HostOutputs(Start start) : start_(start) {}
-    HostOutputs(const HostOutputs&) = delete;
-    HostOutputs& operator=(const HostOutputs&) = delete;
+    explicit CHostOutputs(Start start) : start_(start) {}
+    CHostOutputs(const CHostOutputs&) = delete;
+    CHostOutputs& operator=(const CHostOutputs&) = delete;
 
     // Up to ten texts and one number of each kind. Null for a null place, which is skipped. What the host had in a
     // place before is its own and not freed.

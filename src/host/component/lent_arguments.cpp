@@ -15,9 +15,9 @@ constexpr LONG untouched_long = static_cast<LONG>(0x8000'0001);
 OLECHAR untouched_text[1] = {}; // by its address: null and empty are texts that an operation may give
 
 // The description of one function of a dispatch interface; released with it.
-class FunctionDescription {
+class CFunctionDescription {
 public:
-    FunctionDescription(ITypeInfo& description, DISPID id) : description_(description)
+    CFunctionDescription(ITypeInfo& description, DISPID id) : description_(description)
     {
         for (UINT index = 0; SUCCEEDED(description_.GetFuncDesc(index, &function_)); ++index) {
             if (function_->memid == id) {
@@ -28,14 +28,14 @@ public:
         }
         function_ = nullptr;
     }
-    ~FunctionDescription()
+    ~CFunctionDescription()
     {
         if (function_ != nullptr) {
             description_.ReleaseFuncDesc(function_);
         }
     }
-    FunctionDescription(const FunctionDescription&) = delete;
-    FunctionDescription& operator=(const FunctionDescription&) = delete;
+    CFunctionDescription(const CFunctionDescription&) = delete;
+    CFunctionDescription& operator=(const CFunctionDescription&) = delete;
 
     [[nodiscard]] const FUNCDESC* Get() const { return function_; }
 
@@ -76,7 +76,7 @@ bool IsUntouched(const VARIANT& value)
 
 } // namespace
 
-LentArguments::~LentArguments()
+CLentArguments::~CLentArguments()
 {
     for (Loan& loan : loans_) {
         if (!IsUntouched(loan.value)) {
@@ -85,7 +85,7 @@ LentArguments::~LentArguments()
     }
 }
 
-HRESULT LentArguments::Take(ITypeInfo& description, DISPID id, DISPPARAMS* arguments, UINT* bad_argument)
+HRESULT CLentArguments::Take(ITypeInfo& description, DISPID id, DISPPARAMS* arguments, UINT* bad_argument)
 {
     if (arguments == nullptr || (arguments->cArgs > 0 && arguments->rgvarg == nullptr) ||
         arguments->cNamedArgs > arguments->cArgs ||
@@ -93,7 +93,7 @@ HRESULT LentArguments::Take(ITypeInfo& description, DISPID id, DISPPARAMS* argum
         return E_INVALIDARG;
     }
     parameters_ = *arguments;
-    const FunctionDescription function(description, id);
+    const CFunctionDescription function(description, id);
     if (function.Get() == nullptr) {
         return DISP_E_MEMBERNOTFOUND;
     }
@@ -121,7 +121,7 @@ HRESULT LentArguments::Take(ITypeInfo& description, DISPID id, DISPPARAMS* argum
     return S_OK;
 }
 
-HRESULT LentArguments::TakeArgument(VARIANT& argument, const ELEMDESC& parameter)
+HRESULT CLentArguments::TakeArgument(VARIANT& argument, const ELEMDESC& parameter)
 {
     const bool reference = (argument.vt & VT_BYREF) != 0;
     if (!reference) {
@@ -144,7 +144,7 @@ HRESULT LentArguments::TakeArgument(VARIANT& argument, const ELEMDESC& parameter
     return S_OK;
 }
 
-void LentArguments::Lend(VARIANT& argument, VARIANT* target, VARTYPE type)
+void CLentArguments::Lend(VARIANT& argument, VARIANT* target, VARTYPE type)
 {
     Loan& loan = loans_.emplace_back(Loan{target, type, {}});
     VariantInit(&loan.value);
@@ -160,7 +160,7 @@ void LentArguments::Lend(VARIANT& argument, VARIANT* target, VARTYPE type)
     argument.byref = &loan.value.llVal;
 }
 
-void LentArguments::GiveBack()
+void CLentArguments::GiveBack()
 {
     for (Loan& loan : loans_) {
         if (!IsUntouched(loan.value)) {

@@ -12,12 +12,12 @@
 
 namespace partkeep {
 
-class LentArguments {
+class CLentArguments {
 public:
-    LentArguments() = default;
-    ~LentArguments();
-    LentArguments(const LentArguments&) = delete;
-    LentArguments& operator=(const LentArguments&) = delete;
+    CLentArguments() = default;
+    ~CLentArguments();
+    CLentArguments(const CLentArguments&) = delete;
+    CLentArguments& operator=(const CLentArguments&) = delete;
 
     // Failure for arguments that cannot be read: null where there must be something. Where one argument is to blame,
     // `bad_argument`, which may be null, gets its place in the caller's array.

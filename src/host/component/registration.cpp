@@ -29,9 +29,9 @@ namespace {
 constexpr CLSID registrar_class_id{0x44EC053A, 0x400F, 0x11D0, {0x9D, 0xCD, 0x00, 0xA0, 0xC9, 0x03, 0x91, 0xD3}};
 constexpr IID registrar_id{0x44EC053B, 0x400F, 0x11D0, {0x9D, 0xCD, 0x00, 0xA0, 0xC9, 0x03, 0x91, 0xD3}};
 
-ComPtr<IScriptRegistrar> MakeRegistrar(const std::wstring& module_path)
+CComPtr<IScriptRegistrar> MakeRegistrar(const std::wstring& module_path)
 {
-    ComPtr<IScriptRegistrar> registrar;
+    CComPtr<IScriptRegistrar> registrar;
     if (FAILED(
             CoCreateInstance(registrar_class_id, nullptr, CLSCTX_INPROC_SERVER, registrar_id, registrar.PutVoid()))) {
         return {};
@@ -46,7 +46,7 @@ HRESULT RunScript(const std::wstring& module_path, bool register_mode)
 {
     const HRESULT started = CoInitialize(nullptr); // a registering tool may not have done so
     HRESULT status = REGDB_E_CLASSNOTREG;
-    if (const ComPtr<IScriptRegistrar> registrar = MakeRegistrar(module_path); registrar) {
+    if (const CComPtr<IScriptRegistrar> registrar = MakeRegistrar(module_path); registrar) {
         status = register_mode
                      ? registrar->ResourceRegister(module_path.c_str(), RES_REGISTRATION_SCRIPT, L"REGISTRY")
                      : registrar->ResourceUnregister(module_path.c_str(), RES_REGISTRATION_SCRIPT, L"REGISTRY");
@@ -66,7 +66,7 @@ std::wstring UpToLast(const std::wstring& path, wchar_t separator)
 // The library as part of the module's file or, where that has none, in a file beside it.
 HRESULT RegisterTypes(const std::wstring& module_path)
 {
-    ComPtr<ITypeLib> library;
+    CComPtr<ITypeLib> library;
     std::wstring path = module_path;
     HRESULT status = LoadTypeLib(path.c_str(), library.Put());
     if (FAILED(status)) {
@@ -91,14 +91,14 @@ std::wstring QuotedForScript(std::wstring_view path)
     return quoted;
 }
 
-HRESULT RegisterComponent(const ComponentModule& module)
+HRESULT RegisterComponent(const CComponentModule& module)
 {
     const std::wstring path = module.FileName();
     const HRESULT status = RunScript(path, true);
     return FAILED(status) ? status : RegisterTypes(path);
 }
 
-void UnregisterComponent(const ComponentModule& module)
+void UnregisterComponent(const CComponentModule& module)
 {
     constexpr SYSKIND kind = sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32;
     RunScript(module.FileName(), false);

@@ -8,13 +8,13 @@
 
 namespace partkeep {
 
-class ComponentModule;
+class CComponentModule;
 
 // Runs the registration script, then registers the type library. The status of the first step that fails.
-HRESULT RegisterComponent(const ComponentModule& module);
+HRESULT RegisterComponent(const CComponentModule& module);
 
 // Runs every step, whatever the one before it says.
-void UnregisterComponent(const ComponentModule& module);
+void UnregisterComponent(const CComponentModule& module);
 
 // A path as it may stand between single quotes in the script.
 [[nodiscard]] std::wstring QuotedForScript(std::wstring_view path);

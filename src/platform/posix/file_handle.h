@@ -28,7 +28,7 @@ private:
     int descriptor_ = -1;
 };
 
-// The bytes of a regular file. Nothing for anything else, when it can't be read to its end, or when it is larger
+// The bytes of a regular file. Nothing for anything else, when it cannot be read to its end, or when it is larger
 // than 1 GB: no text of ours is, and a file that grew without end must not take the host's memory along.
 // `in_trouble` tells whether the system failed for another reason than that the file is missing or forbidden.
 [[nodiscard]] std::optional<std::string> ReadWholeFile(const std::string& native, bool* in_trouble = nullptr);

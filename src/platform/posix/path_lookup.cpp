@@ -17,7 +17,7 @@ struct CCloseFolder {
     void operator()(DIR* folder) const { closedir(folder); }
 };
 
-// Calls `use` on each name of a folder; on none when it can't be read.
+// Calls `use` on each name of a folder; on none when it cannot be read.
 template <typename Use>
 void ForEachName(const std::string& native_folder, Use use)
 {

@@ -28,7 +28,7 @@ private:
     std::unordered_map<std::string, Names> folders_; // by native path
 };
 
-// Hands over the names in a native folder in no order, without "." and "..". A name that core text can't tell
+// Hands over the names in a native folder in no order, without "." and "..". A name that core text cannot tell
 // apart (not UTF-8, or with a backslash in it) is left out, so that no other file is ever hit in its place.
 void ReadFolder(const std::string& native_folder, const std::function<void(const std::u16string&)>& use);
 

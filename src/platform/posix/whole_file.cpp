@@ -124,7 +124,7 @@ bool CopyRights(const CFileHandle& from, const CFileHandle& to)
            CopyAccessList(from.Descriptor(), to.Descriptor());
 }
 
-// A rename lasts only once its folder is on the disk. A folder that can't be flushed changes nothing about the
+// A rename lasts only once its folder is on the disk. A folder that cannot be flushed changes nothing about the
 // outcome: the file is whole either way.
 void FlushFolder(const std::string& target)
 {
@@ -163,7 +163,7 @@ Outcome ReplaceFromBeside(const std::string& target, const CFileHandle& old_file
     return outcome;
 }
 
-// Reserving the space first leaves the old content alone on a disk that is full. A file system that can't
+// Reserving the space first leaves the old content alone on a disk that is full. A file system that cannot
 // reserve is trusted.
 bool WriteInPlace(const CFileHandle& file, std::string_view bytes)
 {

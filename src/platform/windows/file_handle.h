@@ -30,7 +30,7 @@ private:
     HANDLE handle_;
 };
 
-// The bytes of a file on a disk. Nothing for anything else, when it can't be read to its end, or when it is
+// The bytes of a file on a disk. Nothing for anything else, when it cannot be read to its end, or when it is
 // larger than 1 GB: no text of ours is. `in_trouble` tells whether the system failed for another reason than that the
 // file is missing or forbidden.
 [[nodiscard]] std::optional<std::string> ReadWholeFile(const std::u16string& system_path, bool* in_trouble = nullptr);

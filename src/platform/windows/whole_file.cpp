@@ -34,7 +34,7 @@ std::u16string TemporaryName(const std::u16string& target)
     return name + u".tmp";
 }
 
-// The file behind all links; the given path where the system can't tell.
+// The file behind all links; the given path where the system cannot tell.
 std::u16string FinalPath(const CFileHandle& file, const std::u16string& given)
 {
     const DWORD needed = GetFinalPathNameByHandleW(file.Handle(), nullptr, 0, FILE_NAME_NORMALIZED);

@@ -30,8 +30,8 @@ std::u16string ReadText(HKEY key, const std::wstring& name)
 
 } // namespace
 
-std::optional<std::u16string> WinRegistry::ReadValue(RegistryRoot root, std::u16string_view key,
-                                                     std::u16string_view name) const
+std::optional<std::u16string> CWinRegistry::ReadValue(RegistryRoot root, std::u16string_view key,
+                                                      std::u16string_view name) const
 {
     HKEY root_key = root == RegistryRoot::LocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
     HKEY opened = nullptr;

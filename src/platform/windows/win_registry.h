@@ -5,7 +5,7 @@
 
 namespace partkeep {
 
-class WinRegistry final : public IRegistry {
+class CWinRegistry final : public IRegistry {
 public:
     [[nodiscard]] std::optional<std::u16string> ReadValue(RegistryRoot root, std::u16string_view key,
                                                           std::u16string_view name) const override;
