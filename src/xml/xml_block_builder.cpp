@@ -11,6 +11,39 @@ constexpr std::size_t least_room = 256;
 // Taken at once, and no more than a page gives.
 constexpr std::size_t usual_room = 4096;
 
+// Keeps what was put at the cursor while the block gets its room: else that could be the same.
+class CKeptStart {
+public:
+    explicit CKeptStart(const std::byte* behind)
+        : head_(behind == nullptr ? nullptr : xml_cursor.head), at_(xml_cursor.at)
+    {
+        if (head_ != nullptr) {
+            ++head_->held;
+            const auto used = static_cast<std::size_t>(behind - at_);
+            xml_cursor.at = behind_ = std::min(at_ + used + used % 2, xml_cursor.end);
+        }
+    }
+    ~CKeptStart()
+    {
+        if (head_ == nullptr) {
+            return;
+        }
+        if (xml_cursor.head == head_ && xml_cursor.at == behind_) {
+            xml_cursor.at = at_;
+        }
+        if (--head_->held == 0 && head_->live == 0) {
+            ReleaseRoom(head_);
+        }
+    }
+    CKeptStart(const CKeptStart&) = delete;
+    CKeptStart& operator=(const CKeptStart&) = delete;
+
+private:
+    XmlHead* head_;
+    std::byte* at_;
+    std::byte* behind_ = nullptr;
+};
+
 } // namespace
 
 CXmlBlockBuilder::CXmlBlockBuilder()
@@ -18,6 +51,7 @@ CXmlBlockBuilder::CXmlBlockBuilder()
     const bool start = static_cast<std::size_t>(xml_cursor.end - xml_cursor.at) >= least_room;
     begin_ = at_ = start ? xml_cursor.at + xml_reach_width : nullptr;
     end_ = start ? xml_cursor.end : nullptr;
+    behind_start_ = at_;
 }
 
 CXmlBlockBuilder::~CXmlBlockBuilder()
@@ -43,6 +77,7 @@ bool CXmlBlockBuilder::NextRun(std::size_t size)
     if (!CloseRun()) {
         return false;
     }
+    LeaveStart();
     XmlHead** page = pages_.AddPlace();
     if (page == nullptr) {
         return false;
@@ -56,6 +91,13 @@ bool CXmlBlockBuilder::NextRun(std::size_t size)
     begin_ = at_ = RoomOf(room.head);
     end_ = room.end;
     return true;
+}
+
+void CXmlBlockBuilder::LeaveStart()
+{
+    if (pages_.IsEmpty()) {
+        behind_start_ = at_;
+    }
 }
 
 bool CXmlBlockBuilder::AddLong(const std::byte* bytes, std::size_t size)
@@ -75,6 +117,8 @@ std::byte* CXmlBlockBuilder::Finish()
     if (!CloseRun()) {
         return nullptr;
     }
+    LeaveStart();
+    const CKeptStart kept(behind_start_);
     std::byte* block = AllocateXmlTreeBlock(before_);
     if (block != nullptr) {
         std::byte* at = block;

@@ -43,10 +43,12 @@ private:
 
     [[nodiscard]] bool NextRun(std::size_t size);
     [[nodiscard]] bool CloseRun();
+    void LeaveStart();
 
     std::byte* begin_;
     std::byte* at_;
     std::byte* end_;
+    std::byte* behind_start_; // of what was put at the cursor; null when nothing could be
     std::size_t before_ = 0;
     CXmlVector<Run> runs_;
     CXmlVector<XmlHead*> pages_;

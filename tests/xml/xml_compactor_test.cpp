@@ -74,6 +74,21 @@ TEST(XmlCompactor, PutsEverythingInlineUnderOneNameArray)
 }
 
 // The second bytes of some of these characters are delimiters and letters of ASCII.
+// Long pieces wait where they stand, what is around them where the copy itself may come to stand.
+TEST(XmlCompactor, KeepsWhatStandsAroundLongPieces)
+{
+    for (const std::size_t length : {10, 5'000, 9'000, 70'000}) {
+        CXmlElement root("r", 65001);
+        root.AppendChild(CXmlElement("t", std::string(length, 't'), 65001));
+        for (int round = 0; round < 4; ++round) {
+            root.AddChild(("n" + std::to_string(round)).c_str(), true);
+            const std::string shown = Show(root);
+            root = Compact(root);
+            ASSERT_EQ(Show(root), shown) << length << ' ' << round;
+        }
+    }
+}
+
 TEST(XmlCompactor, TakesShiftJisToUtf8AndBackByteForByte)
 {
     const std::string text =

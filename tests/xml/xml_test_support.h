@@ -35,8 +35,8 @@ inline std::string Write(const partkeep::CXmlElement& root)
     document.pretty = 0;
     std::ostringstream stream;
     const bool written = partkeep::WriteXml(stream, document);
-    std::string text = "-";
-    EXPECT_TRUE(!written || (partkeep::WriteXml(text, document) && text == stream.str()));
+    std::string text;
+    EXPECT_TRUE(!partkeep::WriteXml(text, document) || !written || text == stream.str()) << "may fail, but not differ";
     return written ? stream.str() : "-";
 }
 
