@@ -19,12 +19,6 @@ constexpr int chinese = 3;
 // Makes the keypad's digits about 50 pixels high, a finger's width at 96 dpi.
 constexpr int finger_font_pixels = 16;
 
-// The pictures and the browser stand at distances told in pixels, among controls placed in dialog units. Within
-// these bounds they keep clear of each other; fonts with much line spacing leave them.
-constexpr int min_base_width = 6;
-constexpr int min_base_height = 13;
-constexpr int max_base_height = 14;
-
 QStringList Families(const QString& wanted)
 {
     const QStringList japanese{"Noto Sans CJK JP", "Noto Sans JP", "IPAexGothic", "VL PGothic", "VL Gothic"};

@@ -1,4 +1,4 @@
-// Life, events and the window as a whole; the controls are in qt_dialog_controls.cpp.
+// Life and the window as a whole; its events are in qt_dialog_events.cpp, its controls in qt_dialog_controls.cpp.
 
 #include "desktop/qt_dialog_window.h"
 
@@ -6,13 +6,11 @@
 #include "desktop/picture_control.h"
 #include "desktop/qt_dialog_windows.h"
 #include "desktop/qt_input.h"
-#include "desktop/qt_keys.h"
 #include "desktop/qt_values.h"
 #include "platform/companion_place.h"
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QKeyEvent>
 #include <QPushButton>
 #include <QScreen>
 #include <QUuid>
@@ -22,18 +20,6 @@
 namespace partkeep {
 
 namespace {
-
-// Counts an event for as long as it is told.
-class CToldEvent {
-public:
-    explicit CToldEvent(int& count) : count_(count) { ++count_; }
-    ~CToldEvent() { --count_; }
-    CToldEvent(const CToldEvent&) = delete;
-    CToldEvent& operator=(const CToldEvent&) = delete;
-
-private:
-    int& count_;
-};
 
 // The window that is active here; where none is, the one that a modal run waits for.
 QWidget* ActiveWindow()
@@ -122,10 +108,7 @@ void CQtDialogWindow::Open(IDialogEvents& events, QWidget* owner)
     result_ = id_cancel;
     frame_ = new CDialogFrame(*this, owner);
     MakeControls();
-    {
-        const CToldEvent told(events_told_);
-        events.OnInitDialog();
-    }
+    Tell(&IDialogEvents::OnInitDialog);
     if (frame_ && frame_->focusWidget() == nullptr) {
         fields_.MoveFocusByOrder(true);
     }
@@ -192,10 +175,7 @@ void CQtDialogWindow::Destroy()
 
 void CQtDialogWindow::Close()
 {
-    {
-        const CToldEvent told(events_told_);
-        events_->OnDestroy();
-    }
+    Tell(&IDialogEvents::OnDestroy);
     while (waits_ > 0) {
         EndWait();
     }
@@ -264,112 +244,6 @@ void CQtDialogWindow::PlaceBesideOwner()
         CompanionPlace(ToRect(owner), ToRect(owner_->screen()->availableGeometry()), frame_->width() + border.width(),
                        frame_->height() + border.height(), stay_visible);
     frame_->move(place.left, place.top);
-}
-
-// ---- Events
-
-bool CQtDialogWindow::KeyDown(const QKeyEvent& event)
-{
-    if (event.key() == Qt::Key_F6) {
-        GoToNextWindow();
-        return true;
-    }
-    const KeyPress press = ToKeyPress(event);
-    if (press.key == 0 || !Exists()) {
-        return false;
-    }
-    const CToldEvent told(events_told_);
-    const bool used = events_->PreTranslateMessage(press);
-    return used || (Exists() && DefaultKey(press));
-}
-
-// What the window system does with the keys that the dialog's logic leaves to it.
-bool CQtDialogWindow::DefaultKey(const KeyPress& press)
-{
-    switch (press.key) {
-    case key_tab:
-        fields_.MoveFocusByOrder(!press.shift);
-        return true;
-    case key_return:
-        PressDefault();
-        return true;
-    case key_escape:
-        Command(id_cancel);
-        return true;
-    default:
-        return false;
-    }
-}
-
-// Enter presses the push button that has the focus, else the default button, else the command alone goes out.
-void CQtDialogWindow::PressDefault()
-{
-    auto* button = qobject_cast<QPushButton*>(frame_->focusWidget());
-    if (button == nullptr) {
-        button = controls_.As<QPushButton>(id_ok);
-    }
-    if (button == nullptr) {
-        Command(id_ok);
-    } else if (button->isEnabled()) {
-        button->click();
-    }
-}
-
-void CQtDialogWindow::Command(int id)
-{
-    if (!Exists()) {
-        return;
-    }
-    const CToldEvent told(events_told_);
-    events_->OnCommand(id);
-}
-
-void CQtDialogWindow::TextChanged(int id)
-{
-    if (Exists()) {
-        const CToldEvent told(events_told_);
-        events_->OnTextChange(id);
-    }
-}
-
-void CQtDialogWindow::SelectionChanged(int id)
-{
-    if (Exists()) {
-        const CToldEvent told(events_told_);
-        events_->OnSelectionChange(id);
-    }
-}
-
-void CQtDialogWindow::Painted()
-{
-    if (Exists()) {
-        const CToldEvent told(events_told_);
-        events_->OnPaint();
-    }
-}
-
-// With its owner. The run ends once the window is gone.
-void CQtDialogWindow::FrameGoes()
-{
-    if (Exists()) {
-        const CToldEvent told(events_told_);
-        events_->OnDestroy();
-    }
-    if (loop_ != nullptr) {
-        loop_->quit();
-    }
-}
-
-// F6 goes round the dialogs that stand side by side.
-void CQtDialogWindow::GoToNextWindow()
-{
-    for (QWidget* window : QApplication::topLevelWidgets()) {
-        const bool related = window == owner_ || window->parentWidget() == frame_;
-        if (related && window->isVisible() && dynamic_cast<CDialogFrame*>(window) != nullptr) {
-            window->activateWindow();
-            return;
-        }
-    }
 }
 
 // ---- The window as a whole

@@ -64,7 +64,17 @@ private:
     void ActivateOwner();
     void PlaceBesideOwner();
 
-    // Events
+    // Events. Each is counted for as long as it is told: the window may be closed from inside one.
+    template <typename Event, typename... Given>
+    auto Tell(Event event, Given... given)
+    {
+        struct CTold {
+            int& count;
+            ~CTold() { --count; }
+        };
+        const CTold told{++events_told_};
+        return (events_->*event)(given...);
+    }
     bool KeyDown(const QKeyEvent& event) override;
     void CloseBox() override { Command(id_cancel); }
     void Painted() override;

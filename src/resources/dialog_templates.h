@@ -9,6 +9,13 @@
 
 namespace partkeep {
 
+// The browser and the pictures stand at distances told in pixels among controls placed in dialog units. Within these
+// bounds of the base units, in pixels of 96 dpi, they keep clear of each other; fonts with much line spacing leave
+// them.
+inline constexpr int min_base_width = 6;
+inline constexpr int min_base_height = 13;
+inline constexpr int max_base_height = 14;
+
 enum class ControlKind {
     PushButton,
     DefaultPushButton,

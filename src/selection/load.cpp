@@ -25,7 +25,7 @@ void CPartkeepReadDlg::OnLoad()
     }
     // The window still stands until this handler returns, so the check box can be read behind the end of the run.
     const auto prompt = static_cast<std::int16_t>(window_->Fields().Check(RES_ASK_QUANTITY) & 3);
-    WriteOptionsFile(OptionsFilePath(), prompt, filter_.FilterState, options_file_);
+    WriteOptionsFile(OptionsFilePath(), {.quantityPrompt = prompt, .filterState = filter_.FilterState}, options_file_);
     RemoveTempFolders(folders_);
 }
 

@@ -45,7 +45,7 @@ void CPartkeepReadDlg::OnInitDialog()
     window_->SetSmallIcon(dialogIcon_);
     selectedPartsDlg_ = std::make_unique<CSelectedPartsDlg>(door_, dialogIcon_);
     CreateBrowser();
-    folders_.previewFolder = TheProcessValues().workingFolder + u"Lumora_ForPNG";
+    folders_.previewFolder = TheProcessValues().workingFolder + preview_folder_name;
     MakeDirectory(folders_.previewFolder);
     preview_->Create();
     window_->Fields().SetReadOnly(RES_PART_NAME);
@@ -102,12 +102,13 @@ void CPartkeepReadDlg::SetCaptions()
 
 void CPartkeepReadDlg::ReadOptions()
 {
-    std::int16_t prompt = 0;
-    options_file_ = ReadOptionsFile(OptionsFilePath(), prompt, filter_.FilterState);
+    SelectionOptions options{.filterState = filter_.FilterState};
+    options_file_ = ReadOptionsFile(OptionsFilePath(), options);
+    filter_.FilterState = options.filterState;
     if (const MachineFilter* filter = FindFilterByState(filter_.FilterState)) {
         filter_.dataKind = filter->dataKind;
     }
-    window_->Fields().SetCheck(RES_ASK_QUANTITY, prompt);
+    window_->Fields().SetCheck(RES_ASK_QUANTITY, options.quantityPrompt);
 }
 
 void CPartkeepReadDlg::BuildToolbar()

@@ -36,7 +36,7 @@ void Free(MemoryHandle& block)
 
 std::u16string PreviewPathOf(std::u16string_view working_folder)
 {
-    const std::u16string joined = std::u16string(working_folder) + u"\\Lumora_ForPNG";
+    const std::u16string joined = std::u16string(working_folder) + u'\\' + preview_folder_name;
     std::u16string path;
     for (std::size_t at = 0; at < joined.size(); ++at) {
         path += joined[at];

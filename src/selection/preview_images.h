@@ -14,6 +14,8 @@
 
 namespace partkeep {
 
+inline constexpr const char16_t* preview_folder_name = u"Lumora_ForPNG";
+
 // Where the browser puts picture files: the working folder and the preview folder's name with a separator between
 // them whatever the working folder ends in, each doubled backslash reduced to one, and a separator at the end.
 [[nodiscard]] std::u16string PreviewPathOf(std::u16string_view working_folder);

@@ -8,13 +8,17 @@
 
 namespace partkeep {
 
+struct SelectionOptions {
+    std::int16_t quantityPrompt = 0; // a check box's state: written as true or false, read as 1 or 0
+    std::int16_t filterState = 0;    // tested against no range
+};
+
 // Overwrites what the file holds; a value whose leaf is missing or empty of a value stays, as do both when there is
-// no file, or none that can be read. `quantity_prompt` becomes 0 or 1; `filter_state` is tested against no range.
-// Answers how the file is to be replaced: one that the system could not read must not be lost.
-OldFile ReadOptionsFile(std::u16string_view path, std::int16_t& quantity_prompt, std::int16_t& filter_state);
+// no file, or none that can be read. Answers how the file is to be replaced: one that the system could not read must
+// not be lost.
+OldFile ReadOptionsFile(std::u16string_view path, SelectionOptions& options);
 
 // Replaces the file as a whole. One that cannot be written stays as it is, and nothing is said.
-void WriteOptionsFile(std::u16string_view path, std::int16_t quantity_prompt, std::int16_t filter_state,
-                      OldFile old_file = OldFile::Dropped);
+void WriteOptionsFile(std::u16string_view path, const SelectionOptions& options, OldFile old_file = OldFile::Dropped);
 
 } // namespace partkeep

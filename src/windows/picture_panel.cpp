@@ -1,5 +1,6 @@
 #include "windows/picture_panel.h"
 
+#include "controls/picture_contract.h"
 #include "platform/windows/wide_text.h"
 #include "windows/com_ptr.h"
 #include "windows/live_counts.h"
@@ -13,7 +14,6 @@ namespace partkeep {
 
 namespace {
 
-constexpr std::int32_t image_path_property = 1;
 constexpr UINT max_extent = 8192; // per direction: a file must not decide how much memory goes
 
 class CPictureBitmap {
@@ -106,7 +106,7 @@ public:
     ControlResult Invoke(std::int32_t dispatch_id, InvokeKind kind, std::span<const ControlArgument> arguments,
                          ControlType /*result*/) override
     {
-        if (dispatch_id != image_path_property || kind == InvokeKind::Method) {
+        if (dispatch_id != picture::SetImagePath::id || kind == InvokeKind::Method) {
             return {};
         }
         if (kind == InvokeKind::PropertyGet) {

@@ -13,12 +13,6 @@ namespace partkeep {
 
 namespace {
 
-// The browser and the pictures stand at distances told in pixels among controls placed in dialog units. Within these
-// bounds of the units, in pixels of 96 dpi, they keep clear of each other.
-constexpr int min_base_width = 6;
-constexpr int min_base_height = 13;
-constexpr int max_base_height = 14;
-
 class CDialogUnits {
 public:
     explicit CDialogUnits(HWND dialog) : scale_(dialog)

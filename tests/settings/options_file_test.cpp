@@ -31,27 +31,26 @@ protected:
 TEST_F(OptionsFile, IsWrittenByteForByteWithCrLf)
 {
     Put(std::string(10'000, 'x'));
-    WriteOptionsFile(Path(), 2, 2);
+    WriteOptionsFile(Path(), {2, 2});
     EXPECT_EQ(Bytes(), complete_file) << "any prompt but 0 is on";
-    WriteOptionsFile(Path(), 0, -32768);
+    WriteOptionsFile(Path(), {0, -32768});
     EXPECT_NE(Bytes().find("<InputNoFlag>false</InputNoFlag>\r\n  <FilterState>-32768<"), std::string::npos);
-    WriteOptionsFile(folder_.Core(u"nowhere\\file.xml"), 1, 2); // passed over in silence
+    WriteOptionsFile(folder_.Core(u"nowhere\\file.xml"), {1, 2}); // passed over in silence
     EXPECT_EQ(NamesIn(folder_.Path()).size(), 1U);
 }
 
 TEST_F(OptionsFile, TellsWhenTheOldOneMustBeKept)
 {
-    std::int16_t prompt = kept;
-    std::int16_t filter = kept;
+    SelectionOptions options{kept, kept};
     Put(complete_file);
     {
         const CReadTrouble trouble(folder_.Path("ZanPartkeepConfig.xml"));
-        EXPECT_EQ(ReadOptionsFile(Path(), prompt, filter), OldFile::Kept);
-        EXPECT_EQ(std::pair(prompt, filter), std::pair(kept, kept));
+        EXPECT_EQ(ReadOptionsFile(Path(), options), OldFile::Kept);
+        EXPECT_EQ(std::pair(options.quantityPrompt, options.filterState), std::pair(kept, kept));
     }
-    WriteOptionsFile(Path(), 0, 0, OldFile::Kept);
+    WriteOptionsFile(Path(), {0, 0}, OldFile::Kept);
     EXPECT_EQ(ReadBytes(folder_.Path("ZanPartkeepConfig.xml.kept1")), complete_file);
-    EXPECT_EQ(ReadOptionsFile(Path(), prompt, filter), OldFile::Dropped);
+    EXPECT_EQ(ReadOptionsFile(Path(), options), OldFile::Dropped);
 }
 
 TEST_F(OptionsFile, OverwritesOnlyWhatTheFileHolds)
@@ -71,15 +70,14 @@ TEST_F(OptionsFile, OverwritesOnlyWhatTheFileHolds)
         {"cut in the end tag", complete_file.substr(0, complete_file.size() - 2), kept, kept},
         {"another code page", "<?xml encoding=\"UTF-7\"?>\r\n<r><+AEk-nputNoFlag>true</+AEk-nputNoFlag></r>", 1, kept},
     };
-    std::int16_t prompt = kept;
-    std::int16_t filter = kept;
-    EXPECT_EQ(ReadOptionsFile(Path(), prompt, filter), OldFile::Dropped) << "no file";
-    EXPECT_EQ(ReadOptionsFile(folder_.Core(), prompt, filter), OldFile::Dropped) << "a folder";
+    SelectionOptions options{kept, kept};
+    EXPECT_EQ(ReadOptionsFile(Path(), options), OldFile::Dropped) << "no file";
+    EXPECT_EQ(ReadOptionsFile(folder_.Core(), options), OldFile::Dropped) << "a folder";
     for (const auto& [label, file, prompt_read, filter_read] : rows) {
         Put(file);
-        ReadOptionsFile(Path(), prompt, filter);
-        EXPECT_EQ(std::exchange(prompt, kept), prompt_read) << label;
-        EXPECT_EQ(std::exchange(filter, kept), filter_read) << label;
+        ReadOptionsFile(Path(), options);
+        EXPECT_EQ(std::exchange(options.quantityPrompt, kept), prompt_read) << label;
+        EXPECT_EQ(std::exchange(options.filterState, kept), filter_read) << label;
     }
 }
 

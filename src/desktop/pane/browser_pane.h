@@ -37,7 +37,7 @@ struct PaneSettings {
     QString places_file; // see CPanePlaces
 };
 
-class CBrowserPane : public QWidget, private IBrowserPane, private IPartListEvents {
+class CBrowserPane : public QWidget, private ISessionPane, private IPartListEvents {
 public:
     CBrowserPane(std::shared_ptr<CBrowserSession> session, const PaneSettings& settings, QWidget* parent);
     ~CBrowserPane() override;

@@ -2,9 +2,7 @@
 
 #include "desktop/pane/part_list_accessible.h"
 
-#include <QContextMenuEvent>
 #include <QHeaderView>
-#include <QKeyEvent>
 #include <QPainter>
 #include <QScrollBar>
 #include <QScroller>
@@ -12,22 +10,6 @@
 #include <algorithm>
 
 namespace partkeep {
-
-namespace {
-
-bool IsPlainPress(const QMouseEvent& event)
-{
-    return event.button() == Qt::LeftButton && event.modifiers() == Qt::NoModifier;
-}
-
-} // namespace
-
-bool BelongsToDialog(const QKeyEvent& event)
-{
-    const int key = event.key();
-    return key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Escape || key == Qt::Key_Tab ||
-           key == Qt::Key_Backtab || (key == Qt::Key_A && event.modifiers().testFlag(Qt::ControlModifier));
-}
 
 void PaintFocus(QAbstractScrollArea& view)
 {
@@ -237,20 +219,6 @@ QModelIndex CPartListView::moveCursor(CursorAction action, Qt::KeyboardModifiers
     return current;
 }
 
-// A plain press selects at once, on a selected entry too. Nothing is dragged from here, so the base class need not
-// wait for the release, which would tell of one click twice.
-QItemSelectionModel::SelectionFlags CPartListView::selectionCommand(const QModelIndex& index, const QEvent* event) const
-{
-    if (event != nullptr && event->type() == QEvent::MouseButtonRelease) {
-        return QItemSelectionModel::NoUpdate;
-    }
-    if (event != nullptr && event->type() == QEvent::MouseButtonPress &&
-        IsPlainPress(static_cast<const QMouseEvent&>(*event))) {
-        return QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows;
-    }
-    return QAbstractItemView::selectionCommand(index, event);
-}
-
 void CPartListView::setSelection(const QRect& area, QItemSelectionModel::SelectionFlags command)
 {
     const QRect place = area.normalized();
@@ -336,97 +304,6 @@ void CPartListView::PaintEmpty(QPainter& painter) const
 {
     painter.setPen(palette().color(QPalette::Text));
     painter.drawText(viewport()->rect().adjusted(16, 8, -16, -8), Qt::AlignCenter | Qt::TextWordWrap, empty_text_);
-}
-
-// Input.
-
-template <typename Base>
-void CPartListView::Act(bool clicked, const Base& base)
-{
-    events_.BeginAction();
-    base();
-    events_.EndAction(clicked);
-}
-
-void CPartListView::mousePressEvent(QMouseEvent* event)
-{
-    pressed_ = true;
-    const bool beside = IsPlainPress(*event) && !indexAt(event->position().toPoint()).isValid();
-    Act(event->button() == Qt::LeftButton, [&] {
-        QAbstractItemView::mousePressEvent(event);
-        if (beside) {
-            clearSelection();
-        }
-    });
-}
-
-void CPartListView::mouseMoveEvent(QMouseEvent* event)
-{
-    const int row = RowAt(event->position().toPoint().y());
-    if (row != hovered_row_) {
-        hovered_row_ = row;
-        viewport()->update();
-    }
-    if (event->buttons() == Qt::NoButton) { // passing by is no action, and costs no look at the library
-        QAbstractItemView::mouseMoveEvent(event);
-        return;
-    }
-    Act(false, [&] { QAbstractItemView::mouseMoveEvent(event); });
-}
-
-void CPartListView::mouseReleaseEvent(QMouseEvent* event)
-{
-    pressed_ = false;
-    Act(false, [&] { QAbstractItemView::mouseReleaseEvent(event); });
-}
-
-void CPartListView::mouseDoubleClickEvent(QMouseEvent* event)
-{
-    Act(event->button() == Qt::LeftButton, [&] { QAbstractItemView::mouseDoubleClickEvent(event); });
-}
-
-void CPartListView::keyPressEvent(QKeyEvent* event)
-{
-    if (BelongsToDialog(*event)) {
-        event->ignore();
-        return;
-    }
-    const bool plain = (event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == Qt::NoModifier;
-    const QString text = event->text();
-    if (plain && !text.isEmpty() && text.front().isPrint() && text != QStringLiteral(" ")) {
-        events_.TextTyped(text);
-        return;
-    }
-    Act(false, [&] { QAbstractItemView::keyPressEvent(event); });
-}
-
-// By the menu key, for the sorted column; the mouse asks the header.
-void CPartListView::contextMenuEvent(QContextMenuEvent* event)
-{
-    if (event->reason() == QContextMenuEvent::Keyboard) {
-        events_.ColumnMenu(header_->sortIndicatorSection(), header_->mapToGlobal(QPoint(8, header_->height())));
-    }
-}
-
-// The base class would make the first row current, and the first Down would then take the second.
-void CPartListView::focusInEvent(QFocusEvent* /*event*/)
-{
-    viewport()->update();
-}
-
-void CPartListView::focusOutEvent(QFocusEvent* event)
-{
-    QAbstractItemView::focusOutEvent(event);
-    viewport()->update();
-}
-
-bool CPartListView::viewportEvent(QEvent* event)
-{
-    if (event->type() == QEvent::Leave || event->type() == QEvent::HoverLeave) {
-        hovered_row_ = -1;
-        viewport()->update();
-    }
-    return QAbstractItemView::viewportEvent(event);
 }
 
 } // namespace partkeep

@@ -10,7 +10,7 @@
 namespace __gnu_cxx {
 // The run-time's own name, which none of its headers declares. NOLINTNEXTLINE(bugprone-reserved-identifier)
 void __freeres() noexcept;
-}
+} // namespace __gnu_cxx
 
 namespace partkeep {
 

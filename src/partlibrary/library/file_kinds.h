@@ -15,6 +15,8 @@
 // The mask -1 selects all of slots 0 to 3.
 #pragma once
 
+#include "controls/part_browser_contract.h"
+
 #include <QString>
 #include <QStringView>
 
@@ -37,8 +39,8 @@ struct FileKind {
 };
 
 inline constexpr std::array<FileKind, 7> file_kinds{{
-    {FileSlot::Iga, 24, u".iga", u".iga", {}},
-    {FileSlot::Bmf, 24, u".bmf", u".bmf", {}},
+    {FileSlot::Iga, part_data_kind, u".iga", u".iga", {}},
+    {FileSlot::Bmf, part_data_kind, u".bmf", u".bmf", {}},
     {FileSlot::Sy5, 4, u".SY5", u".SY5", {}},
     {FileSlot::Ncd, 2, u".NCD", u".NCD", {}},
     {FileSlot::Flat, 0, u".bmp", u".2D.bmp", "2D"},

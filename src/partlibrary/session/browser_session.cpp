@@ -41,7 +41,7 @@ bool CBrowserSession::MakeCurrent(const QString& server, std::shared_ptr<IPartLi
         view_.folder = 0;
     }
     libraries_.CloseOthers(server);
-    Tell(&IBrowserPane::ServersChanged);
+    Tell(&ISessionPane::ServersChanged);
     if (library_ == nullptr) {
         return false;
     }
@@ -56,7 +56,7 @@ void CBrowserSession::DisconnectServer()
     SetSelection({});
     current_folder_ = {};
     view_.folder = 0;
-    Tell(&IBrowserPane::ServersChanged);
+    Tell(&ISessionPane::ServersChanged);
 }
 
 // A server that cannot be reached is current all the same, so that its name is not lost between runs.
@@ -116,7 +116,7 @@ QStringList CBrowserSession::OtherServers() const
 void CBrowserSession::SelectNextServer()
 {
     cursor_ = std::min(cursor_ + 1, static_cast<int>(servers_.size()));
-    Tell(&IBrowserPane::ServersChanged);
+    Tell(&ISessionPane::ServersChanged);
 }
 
 // With an empty table the operator would have no way in, so it is filled with what the folder holds.
@@ -134,7 +134,7 @@ bool CBrowserSession::SetServerList(const ServerTable& table)
     if (servers_.isEmpty()) {
         servers_ = LibraryFolder().Servers().mid(0, static_cast<qsizetype>(server_slots));
     }
-    Tell(&IBrowserPane::ServersChanged);
+    Tell(&ISessionPane::ServersChanged);
     return true;
 }
 
@@ -189,11 +189,11 @@ std::int16_t CBrowserSession::MoveFocus(std::int16_t code)
 bool CBrowserSession::SetProblem(const LibraryProblem& problem)
 {
     problem_ = problem;
-    Tell(&IBrowserPane::ProblemChanged);
+    Tell(&ISessionPane::ProblemChanged);
     return !problem;
 }
 
-void CBrowserSession::Tell(void (IBrowserPane::*change)())
+void CBrowserSession::Tell(void (ISessionPane::*change)())
 {
     if (pane_ != nullptr) {
         (pane_->*change)();

@@ -8,9 +8,9 @@
 
 #include "controls/part_browser_contract.h"
 #include "partlibrary/library/library_text.h"
-#include "partlibrary/session/browser_pane.h"
 #include "partlibrary/session/folder_names.h"
 #include "partlibrary/session/open_libraries.h"
+#include "partlibrary/session/session_pane.h"
 #include "partlibrary/session/view_state.h"
 
 #include <QString>
@@ -74,7 +74,7 @@ public:
     std::int16_t SelectAllParts(std::int16_t select);
 
     // For a pane. Null detaches it.
-    void AttachPane(IBrowserPane* pane) { pane_ = pane; }
+    void AttachPane(ISessionPane* pane) { pane_ = pane; }
     void SetClickSink(std::function<void()> sink) { click_ = std::move(sink); }
 
     [[nodiscard]] const QStringList& Servers() const { return servers_; } // the table, in order; at most ten
@@ -120,7 +120,7 @@ private:
     [[nodiscard]] std::optional<PartRow> FirstSelected();
     bool StageFiles(IPartLibrary& library, const PartRow& part, SlotSet slots);
     bool SetProblem(const LibraryProblem& problem); // true for no problem
-    void Tell(void (IBrowserPane::*change)());
+    void Tell(void (ISessionPane::*change)());
     void Click();
 
     COpenLibraries libraries_;
@@ -141,7 +141,7 @@ private:
     ViewState view_state_;
     std::int32_t last_status_ = 0;
     LibraryProblem problem_;
-    IBrowserPane* pane_ = nullptr;
+    ISessionPane* pane_ = nullptr;
     std::function<void()> click_;
 };
 

@@ -16,7 +16,7 @@ constexpr std::size_t most_names = 32768; // an index has 16 bits
 
 void CBrowserSession::OpenFolderSelection()
 {
-    Tell(&IBrowserPane::OpenFolderSelection);
+    Tell(&ISessionPane::OpenFolderSelection);
 }
 
 bool CBrowserSession::SetCurrentFolder(std::u16string_view folder)
@@ -45,7 +45,7 @@ bool CBrowserSession::EnterFolder(const QString& path)
     }
     view_.search.clear();
     SetSelection({});
-    Tell(&IBrowserPane::FolderChanged);
+    Tell(&ISessionPane::FolderChanged);
     return true;
 }
 
@@ -55,7 +55,7 @@ bool CBrowserSession::RefreshPartList()
     shown_unit_ = unit_;
     auto library = current_server_.isEmpty() ? nullptr : Reach(current_server_);
     if (library == nullptr) {
-        Tell(&IBrowserPane::PartListChanged);
+        Tell(&ISessionPane::PartListChanged);
         return false;
     }
     if (library != library_) {
@@ -103,9 +103,9 @@ void CBrowserSession::SortBy(PartColumn column, bool descending)
 void CBrowserSession::ListChanged()
 {
     const bool kept = KeepVisible();
-    Tell(&IBrowserPane::PartListChanged);
+    Tell(&ISessionPane::PartListChanged);
     if (!kept) {
-        Tell(&IBrowserPane::SelectionChanged);
+        Tell(&ISessionPane::SelectionChanged);
     }
 }
 
@@ -161,7 +161,7 @@ bool CBrowserSession::SelectParts(const QStringList& names)
         return false;
     }
     SetSelection(std::move(*visible));
-    Tell(&IBrowserPane::SelectionChanged);
+    Tell(&ISessionPane::SelectionChanged);
     Click();
     return true;
 }
@@ -171,7 +171,7 @@ std::int16_t CBrowserSession::SelectAllParts(std::int16_t select)
     auto all = select == 1 && library_ != nullptr ? library_->Ids(view_) : std::nullopt;
     const bool done = select != 1 || all.has_value();
     SetSelection(std::move(all).value_or(std::vector<PartId>{}));
-    Tell(&IBrowserPane::SelectionChanged);
+    Tell(&ISessionPane::SelectionChanged);
     return done ? 1 : 0;
 }
 

@@ -10,9 +10,9 @@
 
 namespace partkeep {
 
-class IBrowserPane {
+class ISessionPane {
 public:
-    virtual ~IBrowserPane() = default;
+    virtual ~ISessionPane() = default;
 
     virtual void ServersChanged() = 0;   // the table, the cursor, the current server or whether it is reached
     virtual void FolderChanged() = 0;    // the current folder; rows and selection have changed with it
