@@ -1,30 +1,44 @@
-// What comes from the toolkit and goes out to the events' door.
+#include "desktop/qt_dialog_events.h"
 
-#include "desktop/qt_dialog_window.h"
-
+#include "desktop/control_widgets.h"
 #include "desktop/qt_keys.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QPushButton>
 
 namespace partkeep {
 
-bool CQtDialogWindow::KeyDown(const QKeyEvent& event)
+void CQtDialogEvents::Connect(int id, QWidget* widget)
+{
+    if (auto* button = qobject_cast<QAbstractButton*>(widget)) {
+        QObject::connect(button, &QAbstractButton::clicked, frame_, [this, id] { Command(id); });
+    }
+    if (auto* edit = qobject_cast<QLineEdit*>(widget)) {
+        QObject::connect(edit, &QLineEdit::textChanged, frame_, [this, id] { Tell(&IDialogEvents::OnTextChange, id); });
+    }
+    if (auto* list = qobject_cast<QComboBox*>(widget)) {
+        QObject::connect(list, &QComboBox::activated, frame_,
+                         [this, id] { Tell(&IDialogEvents::OnSelectionChange, id); });
+    }
+}
+
+bool CQtDialogEvents::KeyDown(const QKeyEvent& event)
 {
     if (event.key() == Qt::Key_F6) {
         GoToNextWindow();
         return true;
     }
     const KeyPress press = ToKeyPress(event);
-    if (press.key == 0 || !Exists()) {
+    if (press.key == 0 || !IsBegun()) {
         return false;
     }
-    return Tell(&IDialogEvents::PreTranslateMessage, press) || (Exists() && DefaultKey(press));
+    return Tell(&IDialogEvents::PreTranslateMessage, press) || (IsBegun() && DefaultKey(press));
 }
 
 // What the window system does with the keys that the dialog's logic leaves to it.
-bool CQtDialogWindow::DefaultKey(const KeyPress& press)
+bool CQtDialogEvents::DefaultKey(const KeyPress& press)
 {
     switch (press.key) {
     case key_tab:
@@ -42,7 +56,7 @@ bool CQtDialogWindow::DefaultKey(const KeyPress& press)
 }
 
 // Enter presses the push button that has the focus, else the default button, else the command alone goes out.
-void CQtDialogWindow::PressDefault()
+void CQtDialogEvents::PressDefault()
 {
     auto* button = qobject_cast<QPushButton*>(frame_->focusWidget());
     if (button == nullptr) {
@@ -55,47 +69,8 @@ void CQtDialogWindow::PressDefault()
     }
 }
 
-void CQtDialogWindow::Command(int id)
-{
-    if (Exists()) {
-        Tell(&IDialogEvents::OnCommand, id);
-    }
-}
-
-void CQtDialogWindow::TextChanged(int id)
-{
-    if (Exists()) {
-        Tell(&IDialogEvents::OnTextChange, id);
-    }
-}
-
-void CQtDialogWindow::SelectionChanged(int id)
-{
-    if (Exists()) {
-        Tell(&IDialogEvents::OnSelectionChange, id);
-    }
-}
-
-void CQtDialogWindow::Painted()
-{
-    if (Exists()) {
-        Tell(&IDialogEvents::OnPaint);
-    }
-}
-
-// With its owner. The run ends once the window is gone.
-void CQtDialogWindow::FrameGoes()
-{
-    if (Exists()) {
-        Tell(&IDialogEvents::OnDestroy);
-    }
-    if (loop_ != nullptr) {
-        loop_->quit();
-    }
-}
-
 // F6 goes round the dialogs that stand side by side.
-void CQtDialogWindow::GoToNextWindow()
+void CQtDialogEvents::GoToNextWindow()
 {
     for (QWidget* window : QApplication::topLevelWidgets()) {
         const bool related = window == owner_ || window->parentWidget() == frame_;

@@ -10,7 +10,7 @@ bool CQtDialogToolbar::CreateToolbar(const ToolbarTemplate& toolbar)
     if (!frame_) {
         return false;
     }
-    bar_ = new CQtToolbar(toolbar, frame_, command_);
+    bar_ = new CQtToolbar(toolbar, frame_, [this](int command) { events_.Command(command); });
     return true;
 }
 
@@ -44,7 +44,7 @@ void CQtDialogToolbar::PlaceToolbar()
 void CQtDialogToolbar::EnableToolTips()
 {
     if (bar_) {
-        bar_->EnableToolTips([this](int command) { return ToQString(events_->ToolTipText(command)); });
+        bar_->EnableToolTips([this](int command) { return ToQString(events_.ToolTipText(command)); });
     }
 }
 

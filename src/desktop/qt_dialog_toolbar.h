@@ -2,9 +2,8 @@
 #pragma once
 
 #include "desktop/dialog_frame.h"
+#include "desktop/qt_dialog_events.h"
 #include "platform/dialog_window.h"
-
-#include <functional>
 
 namespace partkeep {
 
@@ -12,11 +11,7 @@ class CQtToolbar;
 
 class CQtDialogToolbar : public IToolbar {
 public:
-    CQtDialogToolbar(const QPointer<CDialogFrame>& frame, IDialogEvents* const& events,
-                     std::function<void(int)> command)
-        : frame_(frame), events_(events), command_(std::move(command))
-    {
-    }
+    CQtDialogToolbar(const QPointer<CDialogFrame>& frame, CQtDialogEvents& events) : frame_(frame), events_(events) {}
 
     bool CreateToolbar(const ToolbarTemplate& toolbar) override;
     [[nodiscard]] Rect ClientRectBesideToolbar() const override;
@@ -27,8 +22,7 @@ public:
 
 private:
     const QPointer<CDialogFrame>& frame_;
-    IDialogEvents* const& events_;
-    std::function<void(int)> command_; // a tool was pressed
+    CQtDialogEvents& events_;
     QPointer<CQtToolbar> bar_;
 };
 

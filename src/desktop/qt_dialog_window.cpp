@@ -1,4 +1,4 @@
-// Life and the window as a whole; its events are in qt_dialog_events.cpp, its controls in qt_dialog_controls.cpp.
+// Life and the window as a whole; what is made in it at run time is in qt_dialog_controls.cpp.
 
 #include "desktop/qt_dialog_window.h"
 
@@ -9,7 +9,6 @@
 #include "desktop/qt_values.h"
 #include "platform/companion_place.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QPushButton>
 #include <QScreen>
@@ -79,6 +78,7 @@ void CQtDialogWindow::RunLoop()
         ~CLoopEnd() { pointer = nullptr; }
     };
     QEventLoop loop;
+    QObject::connect(frame_, &QObject::destroyed, &loop, &QEventLoop::quit); // with its owner
     loop_ = &loop;
     const CLoopEnd end{loop_};
     loop.exec();
@@ -100,15 +100,15 @@ bool CQtDialogWindow::CreateModeless(IDialogEvents& events, IDialogWindow* owner
 
 void CQtDialogWindow::Open(IDialogEvents& events, QWidget* owner)
 {
-    events_ = &events;
+    events_.Begin(events);
     owner_ = owner;
     messages_.SetOwner(owner);
     ended_ = false;
     placed_ = false;
     result_ = id_cancel;
-    frame_ = new CDialogFrame(*this, owner);
+    frame_ = new CDialogFrame(events_, owner);
     MakeControls();
-    Tell(&IDialogEvents::OnInitDialog);
+    events_.InitDialog();
     if (frame_ && frame_->focusWidget() == nullptr) {
         fields_.MoveFocusByOrder(true);
     }
@@ -132,26 +132,13 @@ void CQtDialogWindow::MakeControls()
             widget = MakeControlWidget(control, frame_);
         }
         controls_.Add(control, widget);
-        Connect(control.id, widget);
+        events_.Connect(control.id, widget);
+        if (template_.for_fingers && qobject_cast<QPushButton*>(widget) != nullptr) {
+            // A finger's tap leaves the field its focus, so that Enter still means OK.
+            widget->setFocusPolicy(Qt::TabFocus);
+        }
     }
     controls_.BindLabels();
-}
-
-void CQtDialogWindow::Connect(int id, QWidget* widget)
-{
-    if (auto* button = qobject_cast<QAbstractButton*>(widget)) {
-        QObject::connect(button, &QAbstractButton::clicked, frame_, [this, id] { Command(id); });
-    }
-    if (auto* edit = qobject_cast<QLineEdit*>(widget)) {
-        QObject::connect(edit, &QLineEdit::textChanged, frame_, [this, id] { TextChanged(id); });
-    }
-    if (auto* list = qobject_cast<QComboBox*>(widget)) {
-        QObject::connect(list, &QComboBox::activated, frame_, [this, id] { SelectionChanged(id); });
-    }
-    if (template_.for_fingers && qobject_cast<QPushButton*>(widget) != nullptr) {
-        // A finger's tap leaves the field its focus, so that Enter still means OK.
-        widget->setFocusPolicy(Qt::TabFocus);
-    }
 }
 
 void CQtDialogWindow::EndModal(int result)
@@ -175,19 +162,19 @@ void CQtDialogWindow::Destroy()
 
 void CQtDialogWindow::Close()
 {
-    Tell(&IDialogEvents::OnDestroy);
+    events_.Destroy();
     while (waits_ > 0) {
         EndWait();
     }
     template_controls_.clear();
     panels_.clear();
-    events_ = nullptr;
+    events_.End();
     if (!frame_) {
         return;
     }
     qApp->removeEventFilter(frame_);
     frame_->hide();
-    if (events_told_ > 0) { // from inside one of its own events
+    if (events_.IsTelling()) {
         frame_->deleteLater();
         frame_ = nullptr;
     } else {

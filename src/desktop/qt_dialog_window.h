@@ -5,6 +5,7 @@
 #include "desktop/control_set.h"
 #include "desktop/dialog_frame.h"
 #include "desktop/hosted_control_factory.h"
+#include "desktop/qt_dialog_events.h"
 #include "desktop/qt_dialog_fields.h"
 #include "desktop/qt_dialog_toolbar.h"
 #include "desktop/qt_messages.h"
@@ -18,7 +19,7 @@
 
 namespace partkeep {
 
-class CQtDialogWindow : public IDialogWindow, private IDialogFrameEvents {
+class CQtDialogWindow : public IDialogWindow {
 public:
     // `controls` may be null.
     CQtDialogWindow(const DialogTemplate& dialog, IQtControlFactory* controls);
@@ -30,7 +31,7 @@ public:
     bool CreateModeless(IDialogEvents& events, IDialogWindow* owner) override;
     void EndModal(int result) override;
     void Destroy() override;
-    [[nodiscard]] bool Exists() const override { return events_ != nullptr; }
+    [[nodiscard]] bool Exists() const override { return events_.IsBegun(); }
 
     void SetTitle(std::u16string_view title) override;
     [[nodiscard]] IconHandle ParentSmallIcon() const override;
@@ -57,47 +58,24 @@ private:
     // Life
     void Open(IDialogEvents& events, QWidget* owner);
     void MakeControls();
-    void Connect(int id, QWidget* widget);
     void RunLoop();
     void Close();
     void BringUp();
     void ActivateOwner();
     void PlaceBesideOwner();
 
-    // Events. Each is counted for as long as it is told: the window may be closed from inside one.
-    template <typename Event, typename... Given>
-    auto Tell(Event event, Given... given)
-    {
-        struct CTold {
-            int& count;
-            ~CTold() { --count; }
-        };
-        const CTold told{++events_told_};
-        return (events_->*event)(given...);
-    }
-    bool KeyDown(const QKeyEvent& event) override;
-    void CloseBox() override { Command(id_cancel); }
-    void Painted() override;
-    void FrameGoes() override;
-    bool DefaultKey(const KeyPress& press);
-    void PressDefault();
-    void Command(int id);
-    void TextChanged(int id);
-    void SelectionChanged(int id);
-    void GoToNextWindow();
-
     [[nodiscard]] std::unique_ptr<IHostedControl> MakeHosted(const ClassId& class_id, QWidget*& widget);
 
     const DialogTemplate& template_;
     IQtControlFactory* factory_;
-    IDialogEvents* events_ = nullptr; // null: no window
     QPointer<CDialogFrame> frame_;
     QPointer<QWidget> owner_;
     const CQtDialogWindow* owner_dialog_ = nullptr; // of a modeless window; good for as long as `owner_` is
     CControlSet controls_;
     CQtDialogFields fields_{frame_, controls_};
+    CQtDialogEvents events_{frame_, owner_, controls_, fields_};
     CQtReportList list_{controls_};
-    CQtDialogToolbar toolbar_{frame_, events_, [this](int command) { Command(command); }};
+    CQtDialogToolbar toolbar_{frame_, events_};
     CQtMessages messages_;
     mutable QIcon parent_icon_;                                        // what the handle of ParentSmallIcon points to
     std::map<int, std::unique_ptr<IHostedControl>> template_controls_; // until they are asked for
@@ -108,7 +86,6 @@ private:
     bool placed_ = false;
     int result_ = id_cancel;
     int waits_ = 0;
-    int events_told_ = 0; // that have not returned
 };
 
 } // namespace partkeep

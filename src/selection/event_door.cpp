@@ -110,33 +110,20 @@ CDialogEntrance::Verdict CDialogEntrance::TableEntry(Kind kind, Moment moment)
     constexpr auto no = Verdict::Refuse;
     constexpr auto keep = Verdict::Keep;
     constexpr auto yes = Verdict::Deliver;
-    struct Row {
-        Kind kind;
-        Verdict starts, free, busy, covered, closes, ended;
+    // clang-format off
+    constexpr Verdict rows[][6] = {
+        // starts free busy  covered closes ended
+        {yes,     yes, yes,  yes,    no,    no}, // Init
+        {no,      yes, keep, no,     no,    no}, // Key
+        {no,      yes, keep, no,     no,    no}, // Command
+        {no,      yes, keep, no,     no,    no}, // SelectionChange
+        {yes,     yes, yes,  yes,    yes,   no}, // TextChange
+        {keep,    yes, keep, keep,   no,    no}, // Click
+        {yes,     yes, yes,  yes,    yes,   no}, // Paint
+        {yes,     yes, yes,  yes,    yes,   no}, // Destroy
     };
-    constexpr Row rows[] = {
-        //                       starts free  busy  covered closes ended
-        {Kind::Init, yes, yes, yes, yes, no, no},        {Kind::Key, no, yes, keep, no, no, no},
-        {Kind::Command, no, yes, keep, no, no, no},      {Kind::SelectionChange, no, yes, keep, no, no, no},
-        {Kind::TextChange, yes, yes, yes, yes, yes, no}, {Kind::Click, keep, yes, keep, keep, no, no},
-        {Kind::Paint, yes, yes, yes, yes, yes, no},      {Kind::Destroy, yes, yes, yes, yes, yes, no},
-    };
-    const Row& row = rows[static_cast<std::size_t>(kind)];
-    switch (moment) {
-    case Moment::Starts:
-        return row.starts;
-    case Moment::Free:
-        return row.free;
-    case Moment::Busy:
-        return row.busy;
-    case Moment::Covered:
-        return row.covered;
-    case Moment::Closes:
-        return row.closes;
-    case Moment::Ended:
-        break;
-    }
-    return row.ended;
+    // clang-format on
+    return rows[static_cast<std::size_t>(kind)][static_cast<std::size_t>(moment)];
 }
 
 CDialogEntrance::Moment CDialogEntrance::Now() const

@@ -31,7 +31,7 @@ std::unique_ptr<IHostedControl> CWinDialogWindow::CreateHostedControl(const Clas
 // A place whose control is not installed shows pictures by itself.
 std::unique_ptr<IHostedControl> CWinDialogWindow::TemplateControl(int id)
 {
-    HWND site = Control(id);
+    HWND site = GetDlgItem(window_, id);
     std::array<wchar_t, 64> class_name{};
     ControlOrder order;
     if (site == nullptr || GetClassNameW(site, class_name.data(), static_cast<int>(class_name.size())) == 0 ||

@@ -85,8 +85,8 @@ void CWinDialogWindow::PlaceTemplateControls()
     const CDialogUnits units(window_);
     ResizeClient(window_, units.Across(template_.width), units.Down(template_.height));
     for (const auto& control : template_.controls) {
-        MoveWindow(Control(control.id), units.Across(control.x), units.Down(control.y), units.Across(control.width),
-                   units.Down(control.height), FALSE);
+        MoveWindow(GetDlgItem(window_, control.id), units.Across(control.x), units.Down(control.y),
+                   units.Across(control.width), units.Down(control.height), FALSE);
     }
 }
 

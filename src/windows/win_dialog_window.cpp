@@ -80,6 +80,20 @@ private:
     HWND owner_; // may be of another kind and even of another thread
 };
 
+// Escape belongs to the dialog even where a hosted control would take every key.
+bool TranslateInHostedControl(HWND dialog, MSG& message)
+{
+    CSiteContent* content = ContentOfSite(FocusedChildOf(dialog));
+    if (content == nullptr) {
+        return false;
+    }
+    if (message.message == WM_KEYDOWN && message.wParam == VK_ESCAPE) {
+        SendMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+        return true;
+    }
+    return content->TranslateKey(message);
+}
+
 } // namespace
 
 std::unique_ptr<IDialogWindow> CWinDialogs::Make(const DialogTemplate& dialog)
@@ -189,21 +203,7 @@ bool CWinDialogWindow::PreTranslate(MSG& message)
         return true;
     }
     HWND window = window_;
-    return TranslateInHostedControl(message) || IsDialogMessageW(window, &message);
-}
-
-// Escape belongs to the dialog even where a hosted control would take every key.
-bool CWinDialogWindow::TranslateInHostedControl(MSG& message)
-{
-    CSiteContent* content = ContentOfSite(FocusedChildOf(window_));
-    if (content == nullptr) {
-        return false;
-    }
-    if (message.message == WM_KEYDOWN && message.wParam == VK_ESCAPE) {
-        SendMessageW(window_, WM_COMMAND, IDCANCEL, 0);
-        return true;
-    }
-    return content->TranslateKey(message);
+    return TranslateInHostedControl(window, message) || IsDialogMessageW(window, &message);
 }
 
 INT_PTR CWinDialogWindow::Procedure(HWND window, UINT message, WPARAM word, LPARAM value) noexcept

@@ -65,9 +65,6 @@ private:
     INT_PTR HandleNotify(const NMHDR& notice);
     INT_PTR HandleSetCursor();
     void HandleGone();
-    bool TranslateInHostedControl(MSG& message);
-
-    [[nodiscard]] HWND Control(int id) const { return GetDlgItem(window_, id); }
 
     HINSTANCE module_;
     const DialogTemplate& template_;

@@ -16,10 +16,9 @@ void SearchEverywhere()
 {
     for (std::size_t size = 0; size < 50; ++size) {
         for (int byte = 0; byte < 256; ++byte) {
-            std::vector<char> text(size, 'x');
-            for (std::size_t place = 0; place < size; place += 7) {
-                text[place] = static_cast<char>(byte);
-            }
+            std::vector<char> text(size);
+            std::generate(text.begin(), text.end(),
+                          [at = 0, byte]() mutable { return at++ % 7 == 0 ? static_cast<char>(byte) : 'x'; });
             for (std::size_t from = 0; from <= size; ++from) {
                 const char* end = text.data() + size;
                 ASSERT_EQ(Find<Set>(text.data() + from, end), xml_bytes_plain::Find<Set>(text.data() + from, end))

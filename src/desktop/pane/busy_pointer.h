@@ -1,6 +1,7 @@
 // Shows the busy pointer for a scope; scopes nest.
 #pragma once
 
+#include <QCursor>
 #include <QGuiApplication>
 
 namespace partkeep {
