@@ -8,8 +8,7 @@
 #include "windows/win_messages.h"
 
 namespace __gnu_cxx {
-// The run-time's own name, which none of its headers declares. NOLINTNEXTLINE(bugprone-reserved-identifier)
-void __freeres() noexcept;
+void __freeres() noexcept; // declared in no header of the run-time
 } // namespace __gnu_cxx
 
 namespace partkeep {
