@@ -6,6 +6,9 @@
 #include "controls/part_browser_contract.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <string>
 
 namespace partkeep {
 

@@ -16,6 +16,9 @@
 #include <QIcon>
 
 #include <map>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace partkeep {
 

@@ -53,9 +53,7 @@ PartkeepReadImpl::RunOutcome PartkeepReadImpl::RunDialog(bool multi_selection)
     if (dialog.DoModal() != id_ok) {
         return RunOutcome::Cancelled;
     }
-    // All or none: moving a record cannot fail.
-    parts_.reserve(parts_.size() + dialog.resultParts.size());
-    std::move(dialog.resultParts.begin(), dialog.resultParts.end(), std::back_inserter(parts_));
+    parts_.splice(parts_.end(), dialog.resultParts); // which cannot fail: what was decided stands
     return RunOutcome::Confirmed;
 }
 
@@ -114,7 +112,8 @@ HostResult PartkeepReadImpl::GetPartInfo(std::int32_t i_index, std::u16string* o
     return Guarded(HostResult::Ok, [&] {
         // Compared as unsigned numbers, so that a negative index is out of range too.
         const auto index = static_cast<std::uint32_t>(i_index);
-        PartRecord part = index < parts_.size() ? parts_[index] : PartRecord();
+        PartRecord part =
+            index < parts_.size() ? *std::next(parts_.begin(), static_cast<std::ptrdiff_t>(index)) : PartRecord();
         Put(o_serverName, part.serverName);
         Put(o_folderName, part.folderName);
         Put(o_FilePathName, part.FilePathName);

@@ -6,9 +6,9 @@
 #include "partdata/part_record.h"
 
 #include <cstdint>
+#include <list>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace partkeep {
 
@@ -91,7 +91,7 @@ private:
     RunOutcome RunDialog(bool multi_selection);
 
     HostServices services_;
-    std::vector<PartRecord> parts_; // oldest first; only ever appended
+    std::list<PartRecord> parts_; // oldest first; only ever appended
 };
 
 } // namespace partkeep

@@ -7,7 +7,6 @@
 #include "platform/geometry.h"
 #include "platform/messages.h"
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>

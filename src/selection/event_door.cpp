@@ -35,10 +35,12 @@ public:
 
     [[nodiscard]] bool IsMainWindow(const IDialogWindow& window) const { return window_ == &window; }
 
+    [[nodiscard]] bool IsDecided() const { return state == State::Closes || state == State::Ended; }
+
     // What decides first stands.
     bool Decide(int decision)
     {
-        if (state == State::Closes || state == State::Ended) {
+        if (IsDecided()) {
             return false;
         }
         state = State::Closes;
@@ -163,12 +165,20 @@ int CDialogEntrance::RunModal()
         return id_cancel; // what would be asked has nobody left to ask
     }
     CRunLevel level(door_, window_.get());
+    struct CLevelEnd {
+        CRunLevel*& level;
+        ~CLevelEnd() { level = nullptr; }
+    };
+    const CLevelEnd level_end{level_};
     Open(level);
-    {
+    try {
         const CWindowEnd end{*window_};
         window_->RunModal(*this);
+    } catch (...) {
+        if (!level.IsDecided()) {
+            throw;
+        }
     }
-    level_ = nullptr;
     return level.result;
 }
 

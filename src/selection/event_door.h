@@ -8,9 +8,9 @@
 #include "platform/dialog_window.h"
 #include "selection/dialog_handler.h"
 
-#include <array>
-#include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <string>
 
 namespace partkeep {
 

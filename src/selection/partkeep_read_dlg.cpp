@@ -66,7 +66,7 @@ void CPartkeepReadDlg::OnInitDialog()
     browser_.MoveFocus(focus_at_start);
     window_->Fields().Focus(RES_BROWSER);
     ConnectToLastPlace(folder_to_restore);
-    browserKnowsState_ = true;
+    browser_knows_state_ = true;
 }
 
 // Without a browser the dialog opens all the same, and every call on it then does nothing.
@@ -164,7 +164,7 @@ void CPartkeepReadDlg::OnDestroy()
     }
     const CLastly close([this] { CloseBrowser(); });
     // Where the start ended half-way the browser knows nothing that may replace what is stored.
-    if (browser_.HasControl() && browserKnowsState_) {
+    if (browser_.HasControl() && browser_knows_state_) {
         // A copy: the window may go while a call holds texts of the state itself.
         ServerListState closing = state_;
         SaveServerList(closing, installFolder, browser_);

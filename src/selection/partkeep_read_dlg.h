@@ -19,7 +19,6 @@
 #include <list>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace partkeep {
 
@@ -37,7 +36,7 @@ public:
     bool multiSelection = false;
 
     // Filled by a Load alone, read after id_ok.
-    std::vector<PartRecord> resultParts;
+    std::list<PartRecord> resultParts;
 
     // id_ok after a Load, anything else otherwise.
     int DoModal();
@@ -95,10 +94,10 @@ private:
     std::unique_ptr<CDialogEntrance> entrance_; // from the run's beginning on
     IDialogWindow* window_ = nullptr;           // the entrance's
     CKPDKeyManager browser_;
-    bool browserKnowsState_ = false; // from the end of the start-up on
-    ServerListState state_;          // currentServer, lastFolder, displayUnit, serverTable, viewState
-    std::u16string lookupFolder_;    // the browser's folder at the last look-up
-    MachineFilterState filter_;      // FilterState, dataKind
+    bool browser_knows_state_ = false; // from the end of the start-up on
+    ServerListState state_;            // currentServer, lastFolder, displayUnit, serverTable, viewState
+    std::u16string lookupFolder_;      // the browser's folder at the last look-up
+    MachineFilterState filter_;        // FilterState, dataKind
     OldFile options_file_ = OldFile::Dropped;
     StagingFolders folders_; // previewFolder, unpackFolder
     std::u16string partNameText_;

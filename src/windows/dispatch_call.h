@@ -8,6 +8,9 @@
 
 #include <oaidl.h>
 
+#include <cstdint>
+#include <span>
+
 namespace partkeep {
 
 // monostate when the object refuses, or answers something that cannot become the type asked for.

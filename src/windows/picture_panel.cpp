@@ -104,19 +104,9 @@ public:
     }
 
     ControlResult Invoke(std::int32_t dispatch_id, InvokeKind kind, std::span<const ControlArgument> arguments,
-                         ControlType /*result*/) override
+                         ControlType result) override
     {
-        if (dispatch_id != picture::SetImagePath::id || kind == InvokeKind::Method) {
-            return {};
-        }
-        if (kind == InvokeKind::PropertyGet) {
-            return path_;
-        }
-        const auto* path = arguments.size() == 1 ? std::get_if<std::u16string_view>(&arguments[0].value) : nullptr;
-        if (path != nullptr) {
-            SetImagePath(*path);
-        }
-        return {};
+        return Dispatch(picture::contract, MemberCalls<CPicturePanel>{*this}, {dispatch_id, kind, arguments, result});
     }
     void SetEventSink(std::function<void(std::int32_t)>) override {}
 
@@ -139,6 +129,10 @@ public:
     void OnDestroy() override { picture_.Clear(); }
 
 private:
+    // The contract's operations.
+    [[nodiscard]] std::u16string GetImagePath() const { return path_; }
+    static std::int16_t SecondOperation(AutomationObject* /*object*/) { return 0; }
+    static void AboutBox() {}
     void SetImagePath(std::u16string_view path)
     {
         path_ = path;

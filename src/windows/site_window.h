@@ -7,7 +7,10 @@
 
 #include <windows.h>
 
+#include <cstdint>
+#include <functional>
 #include <memory>
+#include <span>
 
 namespace partkeep {
 
@@ -42,7 +45,7 @@ void UnregisterSiteWindows(HINSTANCE module);
 void SetSiteContent(HWND site, std::shared_ptr<CSiteContent> content);
 [[nodiscard]] CSiteContent* ContentOfSite(HWND site); // null for a window of another kind
 
-// A frame that is never shown, as parent of a control that is not either.
+// A frame that is never shown, as parent of a control that is not shown either.
 [[nodiscard]] HWND CreateHiddenFrame(HINSTANCE module);
 
 } // namespace partkeep

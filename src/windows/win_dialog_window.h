@@ -10,6 +10,9 @@
 
 #include <windows.h>
 
+#include <memory>
+#include <string>
+
 namespace partkeep {
 
 class CWinDialogWindow final : public IDialogWindow {

@@ -13,8 +13,8 @@ constexpr std::size_t largest_block = 0xFFFFFFFFU - 64; // with its head and rea
 constinit XmlTree* growing = nullptr;
 
 // Gives back what waits for the next block: a module may be unloaded from a host that lives on.
-struct CursorCloser {
-    ~CursorCloser()
+struct CCursorCloser {
+    ~CCursorCloser()
     {
         XmlHead* head = std::exchange(xml_cursor, {}).head;
         if (head != nullptr && head->live == 0 && head->held == 0) {
@@ -22,7 +22,7 @@ struct CursorCloser {
         }
     }
 };
-const CursorCloser cursor_closer;
+const CCursorCloser cursor_closer;
 
 bool IsHeld(const XmlTree& tree)
 {

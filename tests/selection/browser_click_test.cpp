@@ -108,7 +108,7 @@ TEST_F(BrowserClick, LearnsWhereTheUserIs)
     };
     Run({click, leave, click, user::Key(key_a, true), user::Press(RES_LOAD)});
     // The folder is that of the last part clicked; the browser's own counts only with a selection.
-    EXPECT_EQ(dialog->resultParts.at(0).FilePathName, folder.Core(u"Work\\SRV2CD\\P1.iga"));
+    EXPECT_EQ(dialog->resultParts.front().FilePathName, folder.Core(u"Work\\SRV2CD\\P1.iga"));
     EXPECT_EQ(ReadBytes(folder.Path("Install/kpdservers.ini")), "SRV2\r\nC\\D\r\nmetric\r\n-9999\r\n0\r\n");
 }
 

@@ -244,7 +244,7 @@ TEST_F(Load, FollowsTheWorkingFolderAsItStands)
         EXPECT_EQ(NamesIn(folder.Path()), (Lines{"Install", "Work", "WorkLumora_ForPNG", "WorkUnZipFolder"}));
     };
     Run({look, user::Press(RES_LOAD)});
-    EXPECT_EQ(dialog->resultParts.at(0).FilePathName, folder.Core(u"WorkSRV1AB\\P1.iga"));
+    EXPECT_EQ(dialog->resultParts.front().FilePathName, folder.Core(u"WorkSRV1AB\\P1.iga"));
 
     TheProcessValues().workingFolder = folder.Core(u"Made") + u"\\"; // Load makes one level
     Run({user::Press(RES_LOAD)});

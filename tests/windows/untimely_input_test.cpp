@@ -29,7 +29,6 @@ namespace {
 
 constexpr UINT_PTR turn_timer = 1;
 constexpr int most_turns = 200;
-constexpr UINT back_message = WM_APP + 1;
 
 class UntimelyInput : public testing::Test {
 protected:
@@ -67,8 +66,6 @@ protected:
     {
         if (message == WM_APP) {
             test->Begin();
-        } else if (message == back_message && IsWindowEnabled(Dialog())) {
-            SetActiveWindow(Dialog());
         } else if (message == WM_TIMER) {
             test->Turn();
         }
@@ -78,6 +75,9 @@ protected:
     {
         MSG& message = *reinterpret_cast<MSG*>(value);
         if (removes == PM_REMOVE && message.message == WM_KEYDOWN && message.hwnd == test->host) {
+            if (test->first == Input::Remove && IsWindowEnabled(Dialog())) {
+                SetActiveWindow(Dialog()); // keys in the list's window mean other things
+            }
             message.hwnd = GetFocus() != nullptr ? GetFocus() : GetActiveWindow();
             const bool control = message.wParam == 'A';
             std::array<BYTE, 256> keys{}; // by which a key becomes a character
@@ -140,9 +140,7 @@ protected:
         case Input::Add:
             return PostClick(GetDlgItem(dialog, RES_ADD));
         case Input::Remove:
-            PostClick(GetDlgItem(List(), RES_REMOVE));
-            PostMessageW(host, back_message, 0, 0); // keys in the list's window mean other things
-            return;
+            return PostClick(GetDlgItem(List(), RES_REMOVE));
         case Input::LaserTool:
             SendMessageW(bar, TB_GETITEMRECT, 2, reinterpret_cast<LPARAM>(&tool));
             return PostClick(bar, false, tool.left + 3, tool.top + 3);

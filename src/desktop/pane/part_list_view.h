@@ -4,8 +4,6 @@
 
 #include <QAbstractItemView>
 
-#include <functional>
-
 class QHeaderView;
 
 namespace partkeep {

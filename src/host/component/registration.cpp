@@ -42,14 +42,14 @@ CComPtr<IScriptRegistrar> MakeRegistrar(const std::wstring& module_path)
     return registrar;
 }
 
-HRESULT RunScript(const std::wstring& module_path, bool register_mode)
+using ScriptMode = HRESULT (STDMETHODCALLTYPE IScriptRegistrar::*)(LPCOLESTR, UINT, LPCOLESTR);
+
+HRESULT RunScript(const std::wstring& module_path, ScriptMode mode)
 {
     const HRESULT started = CoInitialize(nullptr); // a registering tool may not have done so
     HRESULT status = REGDB_E_CLASSNOTREG;
     if (const CComPtr<IScriptRegistrar> registrar = MakeRegistrar(module_path); registrar) {
-        status = register_mode
-                     ? registrar->ResourceRegister(module_path.c_str(), RES_REGISTRATION_SCRIPT, L"REGISTRY")
-                     : registrar->ResourceUnregister(module_path.c_str(), RES_REGISTRATION_SCRIPT, L"REGISTRY");
+        status = (registrar.Get()->*mode)(module_path.c_str(), RES_REGISTRATION_SCRIPT, L"REGISTRY");
     }
     if (SUCCEEDED(started)) {
         CoUninitialize();
@@ -94,14 +94,14 @@ std::wstring QuotedForScript(std::wstring_view path)
 HRESULT RegisterComponent(const CComponentModule& module)
 {
     const std::wstring path = module.FileName();
-    const HRESULT status = RunScript(path, true);
+    const HRESULT status = RunScript(path, &IScriptRegistrar::ResourceRegister);
     return FAILED(status) ? status : RegisterTypes(path);
 }
 
 void UnregisterComponent(const CComponentModule& module)
 {
     constexpr SYSKIND kind = sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32;
-    RunScript(module.FileName(), false);
+    RunScript(module.FileName(), &IScriptRegistrar::ResourceUnregister);
     UnRegisterTypeLib(type_library_id, type_library_major, type_library_minor, LOCALE_NEUTRAL, kind);
 }
 
