@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QThread>
+#include <QVariant>
 
 #include <array>
 #include <chrono>
@@ -46,9 +47,22 @@ void NoteFork()
 
 [[maybe_unused]] const int watches_forks = pthread_atfork(nullptr, nullptr, NoteFork);
 
+// For a component that was loaded after the fork: platforms with a server read from it on threads, which a fork leaves
+// behind.
+bool LostItsThreads(const QCoreApplication& application)
+{
+    const QByteArray platform = application.property("platformName").toByteArray();
+    if (!platform.startsWith("xcb") && !platform.startsWith("wayland")) {
+        return false;
+    }
+    std::error_code error;
+    const std::filesystem::directory_iterator threads("/proc/self/task", error);
+    return !error && std::distance(begin(threads), end(threads)) == 1;
+}
+
 std::u16string_view ProblemWith(const QCoreApplication& application)
 {
-    if (application_is_parents) {
+    if (application_is_parents || LostItsThreads(application)) {
         return u"the screen belongs to the process that this one was forked from.";
     }
     if (!application.inherits("QApplication")) {

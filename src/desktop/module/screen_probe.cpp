@@ -14,10 +14,11 @@ namespace {
 
 constexpr unsigned last_resort_seconds = 4; // whoever started this is gone, or stopped, by then
 
-// These draw for nobody, or hear nobody: a window there would wait for ever.
+// These draw for nobody, hear nobody, or open without a screen too: a window there would wait for ever.
 bool SomebodySees(const QString& platform)
 {
-    return platform != u"offscreen" && platform != u"minimal" && platform != u"minimalegl";
+    return platform != u"offscreen" && platform != u"minimal" && platform != u"minimalegl" &&
+           platform != u"vkkhrdisplay";
 }
 
 } // namespace
