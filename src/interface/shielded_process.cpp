@@ -149,7 +149,7 @@ ProgramEnd RunShielded(const std::string& program, std::chrono::milliseconds tim
     // No signal at its end, by the lowest byte: plain waits of the host pass it over then.
     const pid_t between = clone(RunErrand, stack.Top(), CLONE_VM | CLONE_VFORK, &errand);
     if (between > 0) {
-        while (waitpid(between, nullptr, __WCLONE) < 0 && errno == EINTR) {
+        while (waitpid(between, nullptr, static_cast<int>(__WCLONE)) < 0 && errno == EINTR) {
         }
     }
     pthread_setcancelstate(cancelling, nullptr);

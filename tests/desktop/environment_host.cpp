@@ -25,12 +25,12 @@ namespace {
 char** words = nullptr;
 
 template <typename Function>
-Function* Named(void* library, Function* /*of this type*/, const char* name)
+Function* Named(void* library, const char* name)
 {
     void* found = dlsym(library, name);
     return found != nullptr ? reinterpret_cast<Function*>(found) : (_exit(3), nullptr);
 }
-#define CALL(name) Named(library, static_cast<decltype(&name)>(nullptr), #name)
+#define CALL(name) Named<decltype(name)>(library, #name)
 
 void Work()
 {
