@@ -16,6 +16,7 @@ sanitized = b"__asan_init" in (interface / "libORVICPartkeepRead.so.1").read_byt
 place = pathlib.Path(tempfile.mkdtemp(prefix="environments"))
 os.chmod(place, 0o755)
 live = os.environ["DISPLAY"]
+stale, mute = 20000 + os.getpid() % 10000, 30000 + os.getpid() % 10000  # displays of this run's own
 
 
 def components():
@@ -68,8 +69,8 @@ ROWS = [  # label, kind of host, environment, what comes, component, last step b
     ("second choice, no server", "plain", {"DISPLAY": ":4711", "QT_QPA_PLATFORM": "bogus;xcb"}, NONE),
     ("stale Wayland socket", "plain", {"WAYLAND_DISPLAY": "wayland-9", "XDG_RUNTIME_DIR": str(place / "run")}, NONE),
     ("no X server", "plain", {"DISPLAY": ":4711"}, NONE),
-    ("stale X socket", "plain", {"DISPLAY": ":68"}, NONE),
-    ("X server that says nothing", "plain", {"DISPLAY": ":69"}, NONE),
+    ("stale X socket", "plain", {"DISPLAY": f":{stale}"}, NONE),
+    ("X server that says nothing", "plain", {"DISPLAY": f":{mute}"}, NONE),
     ("no plugins", "plain", X, NONE, "no plugins"),
     ("plugins of nobody", "plain", {**X, "QT_QPA_PLATFORM_PLUGIN_PATH": "/nonexistent"}, SHOWN),
     ("no part that draws", "plain", X, NONE, "bare"),
@@ -124,7 +125,7 @@ def run(number, label, kind, environment, expected, component="whole", before=No
             process.kill()
             return f"{label}: hangs"
     if process.returncode == 77:
-        print(f"skipped: {label}")
+        print(f"environments: Skipped\nneeds root, or the other toolkit\n[  SKIPPED ] {label.replace(' ', '_')} (0 ms)")
         return None
     told = (work / "err").read_text(errors="replace")
     result = (work / "result").read_text().split() if (work / "result").exists() else []
@@ -144,7 +145,7 @@ def run(number, label, kind, environment, expected, component="whole", before=No
 
 
 components()
-sockets = [display_socket(68, False), display_socket(69, True), display_socket(None, False)]
+sockets = [display_socket(stale, False), display_socket(mute, True), display_socket(None, False)]
 (place / "config/partkeep-read").mkdir(parents=True)
 (place / "libraries").mkdir()
 (place / "config/partkeep-read/registry.ini").write_text(
