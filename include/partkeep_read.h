@@ -7,8 +7,13 @@
  * Texts handed out are the caller's: give each back to partkeep_read_free. Where a function leaves an output
  * untouched this says so; a caller therefore sets its pointers to NULL first.
  *
- * One operation at a time: the object, and the two values that hold for the whole process, are not guarded.
- * A dialog runs on the thread that calls, which must be the thread of the host's user interface if it has one.
+ * One operation at a time, on whatever thread: the object, and the two values that hold for the whole process, are
+ * not guarded. A dialog runs on the thread that calls. If the process has an application of the toolkit's, that must
+ * be the application's thread; else the component makes one for as long as the object lives, so destroy the object on
+ * the thread that ran its dialog.
+ *
+ * Where no window can be shown, a dialog counts as cancelled with a line on standard error that tells why, and a
+ * message goes to standard error and counts as answered. Nothing is ever written to standard output.
  */
 #ifndef PARTKEEP_READ_H
 #define PARTKEEP_READ_H
@@ -25,11 +30,21 @@
 extern "C" {
 #endif
 
+/* The version of this header. A later one of the same major number takes nothing away. */
+#define PARTKEEP_READ_VERSION_MAJOR 1
+#define PARTKEEP_READ_VERSION_MINOR 0
+#define PARTKEEP_READ_VERSION_PATCH 2
+#define PARTKEEP_READ_VERSION                                                                                          \
+    (PARTKEEP_READ_VERSION_MAJOR * 10000 + PARTKEEP_READ_VERSION_MINOR * 100 + PARTKEEP_READ_VERSION_PATCH)
+
 /* The only two results of an operation. */
 #define PARTKEEP_READ_OK 0
 #define PARTKEEP_READ_FALSE 1
 
 typedef struct partkeep_read partkeep_read;
+
+/* The version of the library that was loaded, counted as PARTKEEP_READ_VERSION is. */
+PARTKEEP_READ_API int32_t partkeep_read_version(void);
 
 /* A new object without parts, or NULL when memory has run out. The caller destroys it. */
 PARTKEEP_READ_API partkeep_read* partkeep_read_create(void);

@@ -27,6 +27,12 @@ struct Part {
     std::string quantity;
 };
 
+// The version of the library that was loaded, counted as PARTKEEP_READ_VERSION is.
+inline std::int32_t LoadedVersion()
+{
+    return partkeep_read_version();
+}
+
 // Receives one text output and gives it back when it goes.
 class Text {
 public:
@@ -73,6 +79,23 @@ public:
         std::int32_t number = 0;
         partkeep_read_number_of_parts_selected(object_.get(), &number);
         return number;
+    }
+
+    // The first part of all, with the fields that a host for one part needs; nothing when there is none.
+    [[nodiscard]] std::optional<Part> FirstPart() const
+    {
+        Text file, name, comment, material, quantity;
+        Part part;
+        if (partkeep_read_get_selected_part_info(object_.get(), file.Out(), name.Out(), comment.Out(), material.Out(),
+                                                 &part.thickness, quantity.Out()) != PARTKEEP_READ_OK) {
+            return std::nullopt;
+        }
+        part.file_path_name = file.Get();
+        part.part_name = name.Get();
+        part.part_comment = comment.Get();
+        part.material_type = material.Get();
+        part.quantity = quantity.Get();
+        return part;
     }
 
     // Empty texts and 0 for an index out of range.

@@ -1,100 +1,81 @@
 #include "desktop/qt_application.h"
 
 #include <QApplication>
-#include <QLibraryInfo>
+#include <QThread>
 
-#include <dlfcn.h>
-#include <filesystem>
+#include <clocale>
 #include <string>
-#include <string_view>
 
 namespace partkeep {
 
 namespace {
 
-std::string_view Environment(const char* name)
-{
-    const char* value = std::getenv(name);
-    return value != nullptr ? value : "";
-}
+// The toolkit turns the whole process to the user's locale. Of that, the host gets numbers and all else back at once;
+// the characters, which the windows' input needs, when the application goes.
+class CHostLocale {
+public:
+    CHostLocale() = default;
+    ~CHostLocale() { std::setlocale(LC_CTYPE, characters_.c_str()); }
+    CHostLocale(const CHostLocale&) = delete;
+    CHostLocale& operator=(const CHostLocale&) = delete;
 
-// Through the library that Qt's own plugin uses, loaded for the moment only: libxcb's xcb_connect never fails by
-// a null pointer, so the connection is asked.
-bool XServerAnswers()
-{
-    if (Environment("DISPLAY").empty()) {
-        return false;
+    void GiveBackAllButCharacters() const
+    {
+        const std::string toolkits = std::setlocale(LC_CTYPE, nullptr);
+        std::setlocale(LC_ALL, all_.c_str());
+        std::setlocale(LC_CTYPE, toolkits.c_str());
     }
-    const std::unique_ptr<void, int (*)(void*)> library(dlopen("libxcb.so.1", RTLD_NOW | RTLD_LOCAL), dlclose);
-    if (library == nullptr) {
-        return false;
-    }
-    using Connect = void* (*)(const char*, int*);
-    using HasError = int (*)(void*);
-    using Disconnect = void (*)(void*);
-    const auto connect = reinterpret_cast<Connect>(dlsym(library.get(), "xcb_connect"));
-    const auto has_error = reinterpret_cast<HasError>(dlsym(library.get(), "xcb_connection_has_error"));
-    const auto disconnect = reinterpret_cast<Disconnect>(dlsym(library.get(), "xcb_disconnect"));
-    if (connect == nullptr || has_error == nullptr || disconnect == nullptr) {
-        return false;
-    }
-    void* connection = connect(nullptr, nullptr);
-    const bool answers = has_error(connection) == 0;
-    disconnect(connection);
-    return answers;
-}
 
-bool WaylandAnswers()
-{
-    const std::string display(Environment("WAYLAND_DISPLAY"));
-    if (display.empty()) {
-        return false;
-    }
-    std::error_code error;
-    const std::filesystem::path socket = std::filesystem::path(Environment("XDG_RUNTIME_DIR")) / display;
-    const std::filesystem::path plugins = QLibraryInfo::path(QLibraryInfo::PluginsPath).toStdString();
-    return std::filesystem::exists(socket, error) &&
-           std::filesystem::exists(plugins / "platforms" / "libqwayland-generic.so", error);
-}
+private:
+    std::string all_ = std::setlocale(LC_ALL, nullptr);
+    std::string characters_ = std::setlocale(LC_CTYPE, nullptr);
+};
 
-std::shared_ptr<QApplication> MakeApplication()
-{
-    static int count = 1;
-    static char name[] = "partkeep-read";
-    static char* arguments[] = {name, nullptr};
-    // The setting outlives the application, and the host may yet make one of its own.
-    const bool quits = QApplication::quitOnLastWindowClosed();
-    std::shared_ptr<QApplication> application(new QApplication(count, static_cast<char**>(arguments)),
-                                              [quits](QApplication* made) {
-                                                  delete made;
-                                                  QApplication::setQuitOnLastWindowClosed(quits);
-                                              });
-    QApplication::setQuitOnLastWindowClosed(false);
-    return application;
-}
+// With the settings that outlive an application of the toolkit, and the host may yet make one of its own.
+class COwnApplication {
+public:
+    COwnApplication() : quits_(QApplication::quitOnLastWindowClosed())
+    {
+        static int count = 1;
+        static char name[] = "partkeep-read";
+        static char* arguments[] = {name, nullptr};
+        application_ = new QApplication(count, static_cast<char**>(arguments));
+        locale_.GiveBackAllButCharacters();
+        QApplication::setQuitOnLastWindowClosed(false);
+    }
+
+    // On another thread than its own it can't be taken down and stays, which harms nobody.
+    ~COwnApplication()
+    {
+        if (application_->thread() == QThread::currentThread()) {
+            delete application_;
+            QApplication::setQuitOnLastWindowClosed(quits_);
+        }
+    }
+
+    COwnApplication(const COwnApplication&) = delete;
+    COwnApplication& operator=(const COwnApplication&) = delete;
+
+private:
+    CHostLocale locale_;
+    bool quits_;
+    QApplication* application_;
+};
 
 } // namespace
 
-bool ScreenCanBeReached()
-{
-    const std::string_view chosen = Environment("QT_QPA_PLATFORM");
-    if (!chosen.empty() && !chosen.starts_with("xcb") && !chosen.starts_with("wayland")) {
-        return true; // offscreen and the like need no server
-    }
-    return XServerAnswers() || (!chosen.starts_with("xcb") && WaylandAnswers());
-}
-
 void CQtApplication::Ensure()
 {
-    static std::weak_ptr<QApplication> shared;
+    static std::weak_ptr<COwnApplication> shared;
     if (made_ != nullptr) {
         return;
     }
-    made_ = shared.lock();
-    if (made_ == nullptr && QCoreApplication::instance() == nullptr && ScreenCanBeReached()) {
-        made_ = MakeApplication();
-        shared = made_;
+    std::shared_ptr<COwnApplication> made = shared.lock();
+    if (made == nullptr && QCoreApplication::instance() == nullptr) {
+        made = std::make_shared<COwnApplication>();
+        shared = made;
     }
+    made_ = std::move(made);
 }
 
 } // namespace partkeep

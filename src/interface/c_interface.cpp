@@ -4,7 +4,7 @@
 #include "partkeep_read.h"
 
 #include "host/partkeep_read_impl.h"
-#include "interface/desktop_services.h"
+#include "interface/owned_services.h"
 #include "platform/files.h"
 #include "platform/text.h"
 
@@ -14,8 +14,8 @@
 #include <string>
 
 struct partkeep_read {
-    partkeep::CDesktopServices services;
-    partkeep::PartkeepReadImpl object{services.Services()};
+    std::unique_ptr<partkeep::IOwnedServices> services = partkeep::MakeOwnedServices();
+    partkeep::PartkeepReadImpl object{services->Services()};
 };
 
 namespace {
@@ -116,6 +116,13 @@ int32_t Number(HostResult result)
 }
 
 } // namespace
+
+static_assert(PARTKEEP_READ_VERSION == PARTKEEP_READ_BUILT_VERSION, "the header's version is not the project's");
+
+int32_t partkeep_read_version(void)
+{
+    return PARTKEEP_READ_VERSION;
+}
 
 partkeep_read* partkeep_read_create(void)
 {

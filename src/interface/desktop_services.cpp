@@ -1,45 +1,94 @@
-#include "interface/desktop_services.h"
+// What the host object asks of its platform, on the desktop: registry files and part browsers from here, messages and
+// windows from the part that draws, once there is one due and a screen for it.
 
-#include "desktop/pane/pane_places.h"
-#include "desktop/pane/part_browser_factory.h"
+#include "interface/owned_services.h"
+#include "interface/screen.h"
+#include "interface/windows_library.h"
 #include "partlibrary/session/library_folder.h"
 #include "partlibrary/session/session_control.h"
-#include "settings/process_values.h"
+#include "platform/posix/ini_registry.h"
+#include "platform/posix/stderr_messages.h"
+
+#include <stdexcept>
 
 namespace partkeep {
 
-void CDesktopMessages::Show(const Message& message)
-{
-    application_.Ensure();
-    CQtMessages().Show(message);
-}
+namespace {
 
-std::unique_ptr<IDialogWindow> CDesktopWindows::Make(const DialogTemplate& dialog)
-{
-    application_.Ensure();
-    return windows_.Make(dialog);
-}
+class CDesktopMessages : public IMessages {
+public:
+    explicit CDesktopMessages(CWindowsLibrary& library) : library_(library) {}
 
-std::unique_ptr<IHostedControl> CDesktopControls::CreateHidden(const ClassId& class_id, std::int32_t control_id,
-                                                               int width, int height)
-{
-    CPartBrowserControls browsers{CLibraryFolder(ConfiguredLibraryFolder(registry_))};
-    return browsers.CreateHidden(class_id, control_id, width, height);
-}
+    void Show(const Message& message) override
+    {
+        IWindowsPart* part = FindScreen(library_).problem.empty() ? library_.Part() : nullptr;
+        if (part == nullptr) {
+            CStderrMessages().Show(message);
+            return;
+        }
+        part->Messages().Show(message);
+    }
 
-std::unique_ptr<IHostedControl> CDesktopBrowsers::Create(const ClassId& class_id, QWidget* parent, QWidget*& widget)
-{
-    CPartBrowserFactory browsers(
-        CLibraryFolder(ConfiguredLibraryFolder(registry_)), [] { return TheProcessValues().languageId; },
-        CPanePlaces::UsersFile());
-    return browsers.Create(class_id, parent, widget);
-}
+private:
+    CWindowsLibrary& library_;
+};
 
-CDesktopServices::CDesktopServices()
-    : registry_(CIniRegistry::AtConventionalPaths()), messages_(application_), controls_(registry_),
-      browsers_(registry_), windows_(application_, &browsers_)
+class CDesktopWindows : public IDialogWindows {
+public:
+    explicit CDesktopWindows(CWindowsLibrary& library) : library_(library) {}
+
+    // Throws where no window can be shown: the host object makes of it what it makes of all trouble.
+    std::unique_ptr<IDialogWindow> Make(const DialogTemplate& dialog) override
+    {
+        const ScreenAnswer screen = FindScreen(library_);
+        IWindowsPart* part = screen.problem.empty() ? library_.Part() : nullptr;
+        if (part == nullptr) {
+            const std::u16string_view problem = screen.problem.empty() ? library_missing_text : screen.problem;
+            CStderrMessages().Show({u"No window can be shown: " + std::u16string(problem), u"Partkeep Read"});
+            throw std::runtime_error("no window can be shown");
+        }
+        return part->Windows().Make(dialog);
+    }
+
+private:
+    CWindowsLibrary& library_;
+};
+
+// Part browsers on the libraries of the folder that is configured at the moment they are made.
+class CDesktopControls : public IHiddenControls {
+public:
+    explicit CDesktopControls(const IRegistry& registry) : registry_(registry) {}
+
+    std::unique_ptr<IHostedControl> CreateHidden(const ClassId& class_id, std::int32_t control_id, int width,
+                                                 int height) override
+    {
+        CPartBrowserControls browsers{CLibraryFolder(ConfiguredLibraryFolder(registry_))};
+        return browsers.CreateHidden(class_id, control_id, width, height);
+    }
+
+private:
+    const IRegistry& registry_;
+};
+
+class CDesktopServices : public IOwnedServices {
+public:
+    CDesktopServices() { ApplySystemCodePage(registry_); }
+
+    HostServices Services() override { return {registry_, messages_, controls_, windows_}; }
+
+private:
+    CIniRegistry registry_ = CIniRegistry::AtConventionalPaths();
+    CWindowsLibrary library_{registry_};
+    CDesktopMessages messages_{library_};
+    CDesktopControls controls_{registry_};
+    CDesktopWindows windows_{library_};
+};
+
+} // namespace
+
+std::unique_ptr<IOwnedServices> MakeOwnedServices()
 {
-    ApplySystemCodePage(registry_);
+    return std::make_unique<CDesktopServices>();
 }
 
 } // namespace partkeep

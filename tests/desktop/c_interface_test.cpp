@@ -115,17 +115,4 @@ TEST_F(CInterface, BearsNullEverywhere)
     EXPECT_EQ(Read(long_text.c_str(), long_text.c_str(), "\xFF\xFE", out), PARTKEEP_READ_FALSE);
 }
 
-// A host that has no Qt application gets its dialog's window as far as there is a screen, and none otherwise.
-TEST_F(CInterface, WithoutAScreenADialogIsCancelled)
-{
-    std::filesystem::create_directories(folder.Path("install"));
-    WriteBytes(folder.Path("config/partkeep-read/registry.ini"),
-               "[HKEY_LOCAL_MACHINE\\software\\Velmar\\ORVIC]\ninstallpath=" + folder.Path("install").string() + "\n");
-    for (const char* display : {"", ":4711"}) {
-        setenv("DISPLAY", display, 1);
-        EXPECT_EQ(partkeep_read_invoke(object.get()), PARTKEEP_READ_FALSE);
-        EXPECT_EQ(partkeep_read_invoke_multi_selection(object.get(), 1), PARTKEEP_READ_OK);
-    }
-}
-
 } // namespace

@@ -41,7 +41,6 @@ class HostApplication : public testing::Test {
 protected:
     HostApplication()
     {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
         qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(folder_.Path("config").string()));
         std::filesystem::create_directories(folder_.Path("config/partkeep-read"));
         std::filesystem::create_directories(folder_.Path("Work"));
@@ -77,8 +76,10 @@ TEST_F(HostApplication, OneIsMadeForAHostThatHasNoneAndGoesWithTheObject)
     }
 }
 
+// Whatever it draws on.
 TEST_F(HostApplication, TheHostsOwnIsUsedAndLeftAsItWas)
 {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
     int count = 1;
     char name[] = "host";
     char* arguments[] = {name, nullptr};

@@ -2,7 +2,7 @@
 
 #include "tests/desktop/operator_run.h"
 
-#include "interface/desktop_services.h"
+#include "interface/owned_services.h"
 #include "partkeep_read.h"
 #include "partlibrary/tool/sample_library.h"
 #include "resources/resource_ids.h"
@@ -335,30 +335,17 @@ TEST(OperatorRuns, TellEachMessageInTheLanguageOfTheRun)
 
 COperatorRun* played = nullptr; // by the C interface
 
+class CPlayedServices : public IOwnedServices {
+public:
+    HostServices Services() override { return played->services; }
+};
+
 } // namespace
 
-// In place of the desktop's services: the windows of the run.
-CDesktopServices::CDesktopServices()
-    : registry_(CIniRegistry::AtConventionalPaths()), messages_(application_), controls_(registry_),
-      browsers_(registry_), windows_(application_, &browsers_)
+// In place of the desktop's services: those of the run.
+std::unique_ptr<IOwnedServices> MakeOwnedServices()
 {
-}
-
-std::unique_ptr<IDialogWindow> CDesktopWindows::Make(const DialogTemplate& dialog)
-{
-    return played->windows.Make(dialog);
-}
-
-void CDesktopMessages::Show(const Message&) {}
-
-std::unique_ptr<IHostedControl> CDesktopControls::CreateHidden(const ClassId&, std::int32_t, int, int)
-{
-    return nullptr;
-}
-
-std::unique_ptr<IHostedControl> CDesktopBrowsers::Create(const ClassId&, QWidget*, QWidget*&)
-{
-    return nullptr;
+    return std::make_unique<CPlayedServices>();
 }
 
 namespace {
@@ -367,10 +354,6 @@ TEST(OperatorRuns, ReachTheHostThroughTheCInterface)
 {
     COperatorRun run(SampleLibraries());
     played = &run;
-    std::filesystem::create_directories(run.folder.Path("config/partkeep-read"));
-    WriteBytes(run.folder.Path("config/partkeep-read/registry.ini"),
-               "[HKEY_LOCAL_MACHINE\\software\\Velmar\\ORVIC]\ninstallpath=" + run.folder.Path("Install").string());
-    setenv("XDG_CONFIG_HOME", run.folder.Path("config").c_str(), 1);
     const std::unique_ptr<partkeep_read, void (*)(partkeep_read*)> object(partkeep_read_create(),
                                                                           partkeep_read_destroy);
     partkeep_read_set_working_folder(object.get(), (run.folder.Path("Work").string() + "/").c_str());

@@ -16,7 +16,8 @@ must(${CMAKE_COMMAND} -S "${SOURCE}" -B "${PLACE}/build" -G "${built_by_CMAKE_GE
   "-DCMAKE_MAKE_PROGRAM=${built_by_CMAKE_MAKE_PROGRAM}"
   "-DCMAKE_PREFIX_PATH=${PLACE}/prefix" "-DCMAKE_CXX_FLAGS=${FLAGS}" "-DCMAKE_C_FLAGS=${FLAGS}")
 must(${CMAKE_COMMAND} --build "${PLACE}/build")
-must("${PLACE}/build/c_consumer")
+must("${PLACE}/build/c99_consumer")
+must("${PLACE}/build/c11_consumer")
 must("${PLACE}/build/cpp_consumer")
 
 file(GLOB_RECURSE pkgconfig "${PLACE}/prefix/partkeep-read.pc")
@@ -25,3 +26,21 @@ must(${CMAKE_COMMAND} -E env "PKG_CONFIG_PATH=${folder}" pkg-config --cflags --l
 separate_arguments(flags UNIX_COMMAND "${output} ${FLAGS}")
 must(cc "${SOURCE}/consumer.c" -o "${PLACE}/pc_consumer" ${flags} "-Wl,-rpath,${folder}/..")
 must("${PLACE}/pc_consumer")
+
+# Without a graphical library, and with nothing but numbered names for hosts.
+file(GLOB_RECURSE library "${PLACE}/prefix/libORVICPartkeepRead.so")
+must(ldd "${library}")
+if(output MATCHES "Qt6Gui|Qt6Widgets|libX11|libxcb|libGL|libEGL|wayland")
+  message(FATAL_ERROR "loads graphics: ${output}")
+endif()
+must(nm -D --defined-only --with-symbol-versions "${library}")
+if(NOT output MATCHES " partkeep_read_version@@PARTKEEP_READ_1.0\n" OR output MATCHES " [B-Zb-z] [^@\n]+\n")
+  message(FATAL_ERROR "exports names without a version")
+endif()
+
+if(NOT FLAGS)
+  must(${CMAKE_COMMAND} -E env "PYTHONPATH=${PLACE}/prefix/lib/python3/dist-packages" python3 -c
+    "import partkeep_read as p; assert p.version() == (1, 0, 2) and p.Reader().parts() == []")
+else()
+  message("consumer: Skipped\nthe interpreter can't load what a sanitizer instruments\n[  SKIPPED ] python_package (0 ms)")
+endif()

@@ -1,0 +1,21 @@
+// Decides whether a window can be shown, without making the toolkit's application: where its screen can't be opened,
+// the toolkit ends the process, and the process is the host's.
+#pragma once
+
+#include "interface/windows_library.h"
+
+#include <string_view>
+
+namespace partkeep {
+
+struct ScreenAnswer {
+    std::u16string_view problem; // why no window can be shown on this thread now; empty: one can
+};
+
+// Where the host has an application, its kind and thread decide. Otherwise the component would make one, and a
+// program of its own tries the screen first: 2 s at most. Its answer is kept for the process, and asked again only
+// where the environment names another screen, or after a minute where a screen was found or no answer came: display
+// servers go, and slow machines get warm.
+[[nodiscard]] ScreenAnswer FindScreen(const CWindowsLibrary& library);
+
+} // namespace partkeep
