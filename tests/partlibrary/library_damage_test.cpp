@@ -139,6 +139,19 @@ TEST_F(LibraryDamage, WhatIsNoLibraryIsTold)
     }
 }
 
+TEST_F(LibraryDamage, SearchAndImportEndWhateverTheRowsSay)
+{
+    Forge(u"UPDATE folder SET parts = 1000000"_s);
+    Forge(u"UPDATE part SET id = 1 << 40 WHERE slots = 127"_s);
+    LibraryProblem problem;
+    const auto library = CSqliteLibrary::Open(library_file_, problem);
+    EXPECT_EQ(library->Ids({library->FindFolder(u"Plates\\2008"_s)->id, -1, u"zzz"_s}), std::vector<PartId>{});
+    Forge(u"DELETE FROM folder WHERE path = ''"_s);
+    const auto writer = CSqliteWriter::Open(library_file_, problem);
+    EXPECT_FALSE(writer->Begin() && writer->MakeFolder(u"New"_s));
+    EXPECT_EQ(writer->Problem().fault, LibraryFault::Damaged);
+}
+
 // A writer that was cut off leaves its journal: it is taken back when the next reader comes, or while one is reading.
 // Beside another library, or another state of the same, it is set aside.
 TEST_F(LibraryDamage, AnInterruptedWriteIsTakenBackWhereItBelongs)

@@ -5,15 +5,13 @@
 // and the pictures, is done in slices between events, begun by the next paint.
 #pragma once
 
+#include "desktop/pane/list_follower.h"
 #include "desktop/pane/pane_places.h"
 #include "desktop/pane/pane_texts.h"
-#include "desktop/pane/part_list_model.h"
-#include "desktop/pane/part_list_view.h"
-#include "desktop/pane/part_pictures.h"
+#include "desktop/pane/work_slices.h"
 #include "partlibrary/session/browser_session.h"
 
 #include <QElapsedTimer>
-#include <QTimer>
 #include <QWidget>
 
 #include <memory>
@@ -45,7 +43,7 @@ public:
     // For tests and the accessibility of the whole.
     [[nodiscard]] CPartListView& List() { return *list_; }
     [[nodiscard]] CPartListModel& Model() { return *model_; }
-    [[nodiscard]] bool HasWork() const;
+    [[nodiscard]] bool HasWork() const { return work_->HasWork(); }
 
     bool ExportTo(const QString& file);
 
@@ -79,13 +77,11 @@ private:
     void CopyEnded() override;
 
     // What the user does.
-    void BeginAction() override;
-    void EndAction(bool clicked) override;
+    void Act(bool clicked, const std::function<void()>& action) override;
     void TextTyped(const QString& text) override;
     void ColumnMenu(int column, const QPoint& place) override;
-    void ListPainted() override;
+    void ListPainted() override { work_->Start(); }
     void FollowTree(bool clicked);
-    void FollowSelection();
     void OnSearchTyped();
     void OnSort(int column, Qt::SortOrder order);
     void GoTo(const PanePlace& place);
@@ -97,15 +93,7 @@ private:
     void ShowPictures(bool shown);
 
     // Keeping up.
-    void StartWork();
-    void Work();
-    void Search();
-    void ShowList(bool narrowed);
-    void ShowSelection();
     void ShowCurrentPlace();
-    void SelectRow(qint64 row, QItemSelection& selection) const;
-    void SelectAmongAll(const std::vector<PartId>& ids, QItemSelection& selection);
-    [[nodiscard]] QItemSelection RowsOf(const std::vector<PartId>& ids);
     void UpdateTexts();
     [[nodiscard]] QString StatusText() const;
     [[nodiscard]] QString EmptyText() const;
@@ -137,15 +125,9 @@ private:
     CPartRowDelegate* delegate_ = nullptr;
     QLabel* status_ = nullptr;
 
-    QTimer work_;
+    std::unique_ptr<CListFollower> follower_;
+    std::unique_ptr<CWorkSlices> work_;
     QElapsedTimer copy_shown_;
-    bool search_waits_ = false;
-    bool searching_ = false; // the session is told of a search text
-    bool pictures_shown_ = true;
-    int showing_ = 0; // the selection and the tree follow the session, not the user
-    int actions_ = 0; // events of the user that are under way
-    bool selection_changed_ = false;
-    bool selection_waits_ = false; // for rows that are not known yet
 };
 
 } // namespace partkeep

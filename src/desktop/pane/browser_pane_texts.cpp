@@ -133,7 +133,7 @@ QString CBrowserPane::ProblemText() const
 // that the user has just clicked come as copies too, and would only flicker.
 void CBrowserPane::CopyStarted(const QString& part)
 {
-    if (actions_ > 0 || (copy_shown_.isValid() && copy_shown_.elapsed() < copy_line_ms)) {
+    if (follower_->IsActing() || (copy_shown_.isValid() && copy_shown_.elapsed() < copy_line_ms)) {
         return;
     }
     status_->setText(Text(PaneText::Copying).arg(part));
@@ -143,7 +143,7 @@ void CBrowserPane::CopyStarted(const QString& part)
 
 void CBrowserPane::CopyEnded()
 {
-    if (actions_ == 0) {
+    if (!follower_->IsActing()) {
         status_->setText(StatusText());
     }
 }

@@ -161,7 +161,7 @@ void CBrowserPane::MakeList()
     list_->Header().setSortIndicator(0, Qt::AscendingOrder);
     model_->SetPictures([this](const PartRow& row) {
         pictures_.SetScale(devicePixelRatioF());
-        return pictures_shown_ ? pictures_.Picture(row) : QPixmap();
+        return delegate_->PicturesShown() ? pictures_.Picture(row) : QPixmap();
     });
     model_->SetFailureSink([this] {
         QMetaObject::invokeMethod(
@@ -172,22 +172,14 @@ void CBrowserPane::MakeList()
 
 void CBrowserPane::Connect()
 {
-    connect(&work_, &QTimer::timeout, this, [this] { Work(); });
     connect(search_, &QLineEdit::textChanged, this, [this] {
-        if (showing_ == 0) {
+        if (follower_->State() != PaneState::Showing) {
             OnSearchTyped();
         }
     });
     search_->SetListKeys([this](QKeyEvent* event) { list_->TakeKey(event); });
-    connect(list_->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
-        if (showing_ > 0) {
-            return;
-        }
-        selection_changed_ = true;
-        if (actions_ == 0) { // the view scrolls on by itself while the pointer is held outside
-            FollowSelection();
-        }
-    });
+    connect(list_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this] { follower_->SelectionChanged(); });
     connect(&list_->Header(), &QHeaderView::sortIndicatorChanged, this,
             [this](int column, Qt::SortOrder order) { OnSort(column, order); });
     connect(places_menu_, &QMenu::aboutToShow, this, [this] { FillPlacesMenu(); });
@@ -231,7 +223,7 @@ void CBrowserPane::ColumnMenu(int column, const QPoint& place)
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     StyleMenu(*menu);
-    FillColumnMenu(*menu, {list_->Header(), column, settings_.language, pictures_shown_,
+    FillColumnMenu(*menu, {list_->Header(), column, settings_.language, delegate_->PicturesShown(),
                            [this](int by, Qt::SortOrder order) { list_->Header().setSortIndicator(by, order); },
                            [this](bool shown) { ShowPictures(shown); }});
     menu->popup(place);
@@ -264,7 +256,6 @@ void CBrowserPane::FillPlacesMenu()
 
 void CBrowserPane::ShowPictures(bool shown)
 {
-    pictures_shown_ = shown;
     delegate_->ShowPictures(shown);
     list_->SetRowHeight(std::max(shown ? row_with_picture : row_without_picture, fontMetrics().height() + 12));
 }
@@ -371,7 +362,7 @@ void CBrowserPane::CaptureViewState(ViewState& state)
 {
     const QHeaderView& header = list_->Header();
     state.tree_width = ToInt16(splitter_->sizes().front());
-    state.thumbnails = pictures_shown_;
+    state.thumbnails = delegate_->PicturesShown();
     for (int place = 0; place < part_columns; ++place) {
         const int column = header.logicalIndex(place);
         const bool hidden = header.isSectionHidden(column);

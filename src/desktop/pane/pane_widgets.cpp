@@ -41,16 +41,12 @@ CServerTree::CServerTree(IPartListEvents& events, QWidget* parent) : QTreeView(p
 
 void CServerTree::mousePressEvent(QMouseEvent* event)
 {
-    events_.BeginAction();
-    QTreeView::mousePressEvent(event);
-    events_.EndAction(event->button() == Qt::LeftButton);
+    events_.Act(event->button() == Qt::LeftButton, [&] { QTreeView::mousePressEvent(event); });
 }
 
 void CServerTree::mouseDoubleClickEvent(QMouseEvent* event)
 {
-    events_.BeginAction();
-    QTreeView::mouseDoubleClickEvent(event);
-    events_.EndAction(event->button() == Qt::LeftButton);
+    events_.Act(event->button() == Qt::LeftButton, [&] { QTreeView::mouseDoubleClickEvent(event); });
 }
 
 void CServerTree::keyPressEvent(QKeyEvent* event)
@@ -65,9 +61,7 @@ void CServerTree::keyPressEvent(QKeyEvent* event)
         events_.TextTyped(text);
         return;
     }
-    events_.BeginAction();
-    QTreeView::keyPressEvent(event);
-    events_.EndAction(false);
+    events_.Act(false, [&] { QTreeView::keyPressEvent(event); });
 }
 
 void CServerTree::resizeEvent(QResizeEvent* event)

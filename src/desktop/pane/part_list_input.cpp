@@ -38,19 +38,11 @@ QItemSelectionModel::SelectionFlags CPartListView::selectionCommand(const QModel
     return QAbstractItemView::selectionCommand(index, event);
 }
 
-template <typename Base>
-void CPartListView::Act(bool clicked, const Base& base)
-{
-    events_.BeginAction();
-    base();
-    events_.EndAction(clicked);
-}
-
 void CPartListView::mousePressEvent(QMouseEvent* event)
 {
     pressed_ = true;
     const bool beside = IsPlainPress(*event) && !indexAt(event->position().toPoint()).isValid();
-    Act(event->button() == Qt::LeftButton, [&] {
+    events_.Act(event->button() == Qt::LeftButton, [&] {
         QAbstractItemView::mousePressEvent(event);
         if (beside) {
             clearSelection();
@@ -69,18 +61,18 @@ void CPartListView::mouseMoveEvent(QMouseEvent* event)
         QAbstractItemView::mouseMoveEvent(event);
         return;
     }
-    Act(false, [&] { QAbstractItemView::mouseMoveEvent(event); });
+    events_.Act(false, [&] { QAbstractItemView::mouseMoveEvent(event); });
 }
 
 void CPartListView::mouseReleaseEvent(QMouseEvent* event)
 {
     pressed_ = false;
-    Act(false, [&] { QAbstractItemView::mouseReleaseEvent(event); });
+    events_.Act(false, [&] { QAbstractItemView::mouseReleaseEvent(event); });
 }
 
 void CPartListView::mouseDoubleClickEvent(QMouseEvent* event)
 {
-    Act(event->button() == Qt::LeftButton, [&] { QAbstractItemView::mouseDoubleClickEvent(event); });
+    events_.Act(event->button() == Qt::LeftButton, [&] { QAbstractItemView::mouseDoubleClickEvent(event); });
 }
 
 void CPartListView::keyPressEvent(QKeyEvent* event)
@@ -95,7 +87,7 @@ void CPartListView::keyPressEvent(QKeyEvent* event)
         events_.TextTyped(text);
         return;
     }
-    Act(false, [&] { QAbstractItemView::keyPressEvent(event); });
+    events_.Act(false, [&] { QAbstractItemView::keyPressEvent(event); });
 }
 
 // By the menu key, for the sorted column; the mouse asks the header.

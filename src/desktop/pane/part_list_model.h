@@ -33,6 +33,7 @@ public:
     void Finish();
 
     [[nodiscard]] const IPartLibrary* Library() const { return library_.get(); } // whose rows these are; null: none
+    [[nodiscard]] const PartListView* View() const { return pages_ != nullptr ? &pages_->View() : nullptr; }
     [[nodiscard]] bool Started() const { return pages_ != nullptr; }
     [[nodiscard]] bool Complete() const { return pages_ == nullptr || pages_->Complete(); }
     // Reading has failed: nothing more is read until the next start. The library holds the problem.

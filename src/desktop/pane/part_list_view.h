@@ -13,9 +13,9 @@ class IPartListEvents {
 public:
     virtual ~IPartListEvents() = default;
 
-    // Around each event by which the user may change the selection. `clicked`: a button went down in the view.
-    virtual void BeginAction() = 0;
-    virtual void EndAction(bool clicked) = 0;
+    // Runs what the view does with an event by which the user may change the selection. `clicked`: a button went down
+    // in the view.
+    virtual void Act(bool clicked, const std::function<void()>& action) = 0;
     virtual void TextTyped(const QString& text) = 0;              // belongs to the search
     virtual void ColumnMenu(int column, const QPoint& place) = 0; // `place` in global coordinates
     virtual void ListPainted() = 0;
@@ -84,8 +84,6 @@ private:
     [[nodiscard]] int Rows() const;
     [[nodiscard]] int RowsInView() const;
     [[nodiscard]] int FirstColumn() const; // the leftmost that is shown
-    template <typename Base>
-    void Act(bool clicked, const Base& base);
 
     IPartListEvents& events_;
     QHeaderView* header_;

@@ -10,6 +10,7 @@ public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
     void ShowPictures(bool shown) { pictures_ = shown; }
+    [[nodiscard]] bool PicturesShown() const { return pictures_; }
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
     // A tool tip only for a text that is cut.

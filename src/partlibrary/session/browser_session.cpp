@@ -82,8 +82,9 @@ bool CBrowserSession::Go(const QString& server, const QString& folder)
     const qsizetype place = servers_.indexOf(server);
     cursor_ = static_cast<int>(place >= 0 ? place : servers_.size());
     const bool here = library != nullptr && library == library_ && server == current_server_;
+    const bool there = here && current_folder_.id != 0 && current_folder_.path == folder;
     wanted_folder_ = here ? std::nullopt : std::optional(folder);
-    const bool reached = here ? EnterFolder(folder) : MakeCurrent(server, library);
+    const bool reached = there || (here ? EnterFolder(folder) : MakeCurrent(server, library));
     Click();
     return reached;
 }

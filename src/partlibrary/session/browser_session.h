@@ -98,10 +98,11 @@ public:
     [[nodiscard]] std::optional<std::vector<FolderRow>> Folders(const QString& server, const QString& path);
 
     // What the user does. Each fires one click at its end, except SortBy and Refresh.
-    bool Go(const QString& server, const QString& folder); // a server joins the table where there is room
-    bool Refresh();                                        // tries again what failed
-    void Select(std::vector<PartId> ids);                  // in the order of the list; empty for a click beside it
-    void SearchFor(const QString& text);                   // clicks only when the selection has changed
+    // To a place, as far as it is not there yet. A server joins the table where there is room.
+    bool Go(const QString& server, const QString& folder);
+    bool Refresh();                       // tries again what failed
+    void Select(std::vector<PartId> ids); // in the order of the list; empty for a click beside it
+    void SearchFor(const QString& text);  // clicks only when the selection has changed
     void SortBy(PartColumn column, bool descending);
 
     // Selects by name in the current folder; false, with nothing changed, when one is not shown.

@@ -13,14 +13,14 @@ namespace partkeep {
 
 namespace {
 
-constexpr qint64 held_ids = 20000;         // of the first rows
-constexpr qint64 small_folder = 20000;     // is walked at once, faster than the index answers
-constexpr std::size_t index_limit = 8192;  // more matches than this fill a page soon enough in a walk
-constexpr qint64 candidate_window = 50000; // ids in one slice
-constexpr int sample_parts = 32;           // tell frequent terms from rare ones
-constexpr qsizetype index_terms = 4;       // the rest of a long text is compared, not looked up
+constexpr qint64 held_ids = 20000;        // of the first rows
+constexpr qint64 small_folder = 20000;    // is walked at once, faster than the index answers
+constexpr std::size_t index_limit = 8192; // more matches than this fill a page soon enough in a walk
+constexpr int sample_parts = 32;          // tell frequent terms from rare ones
+constexpr qsizetype index_terms = 4;      // the rest of a long text is compared, not looked up
 constexpr qint64 anchor_distance = 4096;
 constexpr qint64 smallest_window = 256;
+constexpr qint64 smallest_candidate_window = 50000; // ids, which may lie far apart
 constexpr qint64 largest_window = 16384;
 constexpr qint64 slice_nanoseconds = 5'000'000;
 
@@ -42,12 +42,21 @@ QStringList IndexTerms(const QStringList& words)
     return terms;
 }
 
+// So that a slice takes its time, and no more.
+qint64 Adapted(qint64 window, qint64 nanoseconds, qint64 smallest, qint64 largest)
+{
+    if (nanoseconds > slice_nanoseconds * 3 / 2) {
+        return std::max(smallest, window / 2);
+    }
+    return nanoseconds < slice_nanoseconds / 2 && window < largest ? std::min(largest, window * 2) : window;
+}
+
 } // namespace
 
 CPartPages::CPartPages(std::shared_ptr<CConnection> connection, PartListView view, qint64 parts_in_folder)
     : connection_(std::move(connection)), view_(std::move(view)), words_(SearchWords(view_.search)),
       phase_(parts_in_folder > small_folder && !words_.isEmpty() ? Phase::Sample : Phase::Walk),
-      window_(smallest_window * 4), anchors_(1)
+      window_(smallest_window * 4), candidate_window_(smallest_candidate_window), anchors_(1)
 {
 }
 
@@ -145,12 +154,15 @@ void CPartPages::StepCandidates()
 {
     CStatement statement(*connection_, "SELECT rowid FROM part_search WHERE part_search MATCH ? "
                                        "AND rowid > ? AND rowid <= ? LIMIT ?");
-    const qint64 to = candidates_to_ + candidate_window;
+    const qint64 to = candidates_to_ + std::min(candidate_window_, last_id_ - candidates_to_);
+    QElapsedTimer timer;
+    timer.start();
     const qint64 limit = static_cast<qint64>(index_limit + 1 - candidates_.size());
     for (statement.With(PairQuery(index_words_), candidates_to_, to, limit); statement.Next();) {
         candidates_.push_back(statement.Integer(0));
     }
     candidates_to_ = to;
+    candidate_window_ = Adapted(candidate_window_, timer.nsecsElapsed(), smallest_candidate_window, last_id_);
     if (statement.Failed()) {
         Fail();
     } else if (candidates_.size() > index_limit) {
@@ -180,7 +192,7 @@ void CPartPages::StepWalk()
     if (count_ - anchors_.back().rows >= anchor_distance) {
         anchors_.push_back({at_, count_});
     }
-    AdaptWindow(timer.nsecsElapsed());
+    window_ = Adapted(window_, timer.nsecsElapsed(), smallest_window, largest_window);
 }
 
 // Where the next window of rows ends, shown or not; nothing when it is the last one.
@@ -219,15 +231,6 @@ void CPartPages::TakeWindow(const std::optional<PartPosition>& end)
     }
     if (listed) {
         count_ = static_cast<qint64>(ids_.size());
-    }
-}
-
-void CPartPages::AdaptWindow(qint64 nanoseconds)
-{
-    if (nanoseconds > slice_nanoseconds * 3 / 2) {
-        window_ = std::max(smallest_window, window_ / 2);
-    } else if (nanoseconds < slice_nanoseconds / 2) {
-        window_ = std::min(largest_window, window_ * 2);
     }
 }
 

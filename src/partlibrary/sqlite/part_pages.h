@@ -48,7 +48,6 @@ private:
     void StepWalk();
     [[nodiscard]] std::optional<PartPosition> WindowEnd();
     void TakeWindow(const std::optional<PartPosition>& end);
-    void AdaptWindow(qint64 nanoseconds);
     void Fail() { phase_ = Phase::Failed; }
     [[nodiscard]] const Anchor& AnchorBefore(qint64 row) const;
     [[nodiscard]] CPartQuery From(qint64 first, qint64 limit, const std::string& columns) const;
@@ -62,6 +61,7 @@ private:
     Phase phase_;
     qint64 count_ = 0;
     qint64 window_;
+    qint64 candidate_window_;
     std::vector<PartId> ids_;        // of the first rows
     std::vector<Anchor> anchors_;    // by rising rows; the first is the start
     std::optional<PartPosition> at_; // where the walk stands

@@ -229,6 +229,10 @@ std::optional<qint64> CSqliteWriter::MakeFolder(const QString& path)
             return std::nullopt;
         }
     }
+    if (!folder && path.isEmpty()) {
+        Refuse(LibraryFault::Damaged, connection_->File(), QStringLiteral("the root is missing"));
+        return std::nullopt;
+    }
     folder = folder ? folder : AddFolder(path);
     if (folder) {
         folders_[path] = *folder;

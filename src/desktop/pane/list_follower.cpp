@@ -1,0 +1,150 @@
+#include "desktop/pane/list_follower.h"
+
+#include "desktop/pane/busy_pointer.h"
+
+#include <QHeaderView>
+#include <QSet>
+
+#include <algorithm>
+
+namespace partkeep {
+
+namespace {
+
+constexpr std::size_t few_parts = 256; // are looked up one by one
+constexpr qint64 id_block = 16384;
+
+} // namespace
+
+bool CListFollower::Narrows() const
+{
+    const PartListView* shown = model_.View();
+    PartListView narrower = session_.ListView();
+    const bool search_alone = shown != nullptr && shown->search != std::exchange(narrower.search, shown->search);
+    return search_alone && narrower == *shown && model_.Library() == session_.Library();
+}
+
+void CListFollower::ShowList()
+{
+    const PartRow* row = model_.Failed() ? nullptr : model_.Row(list_.currentIndex().row());
+    const PartId current = row != nullptr && model_.Library() == session_.Library() ? row->id : 0;
+    const FolderRow& folder = session_.CurrentFolder();
+    const CShowing showing(*this);
+    if (session_.Library() == nullptr || folder.id == 0) {
+        model_.Clear();
+    } else {
+        model_.Start(session_.ShareLibrary(), session_.ListView(), folder.parts, session_.ShownUnit(), Narrows());
+        model_.Step();
+    }
+    list_.Header().setSortIndicator(static_cast<int>(session_.ListView().sort),
+                                    session_.ListView().descending ? Qt::DescendingOrder : Qt::AscendingOrder);
+    ShowSelection();
+    if (const auto place = current != 0 ? model_.RowOf(current) : std::nullopt) {
+        list_.selectionModel()->setCurrentIndex(model_.index(static_cast<int>(*place), 0),
+                                                QItemSelectionModel::NoUpdate);
+        list_.scrollTo(list_.currentIndex());
+    }
+}
+
+// Parts far down a long list are found when it is known to its end.
+void CListFollower::ShowSelection()
+{
+    const CShowing showing(*this);
+    const auto& ids = session_.Selection();
+    waits_ = !ids.empty() && !model_.Complete();
+    QItemSelection selection;
+    if (!waits_ || ids.size() <= few_parts) {
+        selection = RowsOf(ids);
+    }
+    list_.selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+}
+
+void CListFollower::ShowWaiting()
+{
+    if (waits_ && model_.Complete()) {
+        ShowSelection();
+    }
+}
+
+QItemSelection CListFollower::RowsOf(const std::vector<PartId>& ids)
+{
+    QItemSelection selection;
+    const auto rows = static_cast<std::size_t>(model_.rowCount());
+    if (!ids.empty() && ids.size() == rows && model_.Complete()) {
+        // Only what is shown is selected, so this is everything.
+        selection.select(model_.index(0, 0), model_.index(model_.rowCount() - 1, part_columns - 1));
+    } else if (ids.size() <= few_parts) {
+        for (const PartId id : ids) {
+            if (const auto row = model_.RowOf(id)) {
+                SelectRow(*row, selection);
+            }
+        }
+    } else {
+        SelectAmongAll(ids, selection);
+    }
+    return selection;
+}
+
+void CListFollower::SelectRow(qint64 row, QItemSelection& selection) const
+{
+    const int place = static_cast<int>(row);
+    const QModelIndex end = model_.index(place, part_columns - 1);
+    if (!selection.isEmpty() && selection.back().bottom() + 1 == place) {
+        selection.back() = QItemSelectionRange(selection.back().topLeft(), end);
+    } else {
+        selection.append(QItemSelectionRange(model_.index(place, 0), end));
+    }
+}
+
+void CListFollower::SelectAmongAll(const std::vector<PartId>& ids, QItemSelection& selection)
+{
+    const QSet<PartId> wanted(ids.begin(), ids.end());
+    for (qint64 first = 0; first < model_.rowCount(); first += id_block) {
+        qint64 row = first;
+        for (const PartId id : model_.Ids(first, id_block)) {
+            if (wanted.contains(id)) {
+                SelectRow(row, selection);
+            }
+            ++row;
+        }
+    }
+}
+
+// From the user.
+
+bool CListFollower::Act(const std::function<void()>& action)
+{
+    if (waits_) {
+        const CBusyPointer busy;
+        model_.Finish();
+        ShowSelection();
+    }
+    state_ = PaneState::Acting;
+    action();
+    return std::exchange(state_, PaneState::Idle) == PaneState::Selecting;
+}
+
+// The view scrolls on by itself while the pointer is held outside, and that is no action.
+void CListFollower::SelectionChanged()
+{
+    if (state_ == PaneState::Idle) {
+        TakeSelection();
+    } else if (state_ == PaneState::Acting) {
+        state_ = PaneState::Selecting;
+    }
+}
+
+void CListFollower::TakeSelection()
+{
+    QItemSelection selection = list_.selectionModel()->selection();
+    std::sort(selection.begin(), selection.end(), [](const auto& a, const auto& b) { return a.top() < b.top(); });
+    const CBusyPointer busy;
+    std::vector<PartId> ids;
+    for (const QItemSelectionRange& range : selection) {
+        const std::vector<PartId> part = model_.Ids(range.top(), range.height());
+        ids.insert(ids.end(), part.begin(), part.end());
+    }
+    session_.Select(std::move(ids));
+}
+
+} // namespace partkeep

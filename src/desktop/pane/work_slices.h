@@ -1,0 +1,36 @@
+// What the pane does between events, a slice at a time: a search text that was typed, then the rest of the list, then
+// pictures. Begins with a paint or a key, and never inside a call of the component.
+#pragma once
+
+#include "desktop/pane/part_list_model.h"
+#include "desktop/pane/part_pictures.h"
+
+#include <QTimer>
+
+#include <functional>
+
+namespace partkeep {
+
+class CWorkSlices {
+public:
+    // `found` is told after each slice of the list. All is borrowed.
+    CWorkSlices(CBrowserSession& session, CPartListModel& model, CPartPictures& pictures, std::function<void()> found);
+
+    [[nodiscard]] bool HasWork() const;
+    void Start();
+    void Search(const QString& text); // waits for its slice; a later text takes its place
+    void ForgetSearch() { search_.reset(); }
+
+private:
+    [[nodiscard]] bool Scanning() const;
+    void Work();
+
+    CBrowserSession& session_;
+    CPartListModel& model_;
+    CPartPictures& pictures_;
+    std::function<void()> found_;
+    std::optional<QString> search_;
+    QTimer timer_;
+};
+
+} // namespace partkeep
