@@ -187,6 +187,7 @@ TEST_F(SessionControl, OnlyWhatIsShownStaysSelectedInTheOrderShown)
         {"no filter", [&] { browser_.SetPartFilter(-1); }, {"P1"}, false},
         {"all", [&] { browser_.SelectAllParts(1); }, {"P10", "P2", "p1", "P1", "Bare"}, false},
         {"not here", [&] { inner_->SelectParts({u"Top"_s}); }, {"P10", "P2", "p1", "P1", "Bare"}, false},
+        {"here", [&] { inner_->Go(u"SRV1"_s, u"Plates\\2008"_s); }, {"P10", "P2", "p1", "P1", "Bare"}, true},
         {"none", [&] { browser_.SelectAllParts(0); }, {}, false},
         {"by the user", [&] { inner_->Select({1}); }, {""}, true}, // a part of another folder
         {"folder", [&] { browser_.SetCurrentFolder(u"Plates"); }, {}, false},

@@ -88,7 +88,6 @@ public:
     [[nodiscard]] const PartListView& ListView() const { return view_; }
     [[nodiscard]] DisplayUnit ShownUnit() const { return shown_unit_; }
     [[nodiscard]] const std::vector<PartId>& Selection() const { return selection_; } // in the order of the list
-    void ClearProblem() { SetProblem({}); }
 
     // What went wrong last, or what is wrong now with the file behind the library that is shown.
     [[nodiscard]] LibraryProblem Problem() const;

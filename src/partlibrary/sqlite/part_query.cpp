@@ -68,15 +68,6 @@ CPartQuery& CPartQuery::Among(const std::vector<PartId>& ids)
     return *this;
 }
 
-CPartQuery& CPartQuery::Found(const QStringList& words)
-{
-    sql_ += " FROM part_search CROSS JOIN part ON part.id = part_search.rowid"
-            " WHERE part_search MATCH ? AND +folder = ?";
-    values_.emplace_back(PairQuery(words));
-    values_.emplace_back(view_.folder);
-    return *this;
-}
-
 CPartQuery& CPartQuery::One(PartId part)
 {
     sql_ += " FROM part WHERE id = ? AND +folder = ?";

@@ -34,7 +34,6 @@ public:
     // Where the rows come from; one of these is called first. All keep to the view's folder.
     CPartQuery& Folder();
     CPartQuery& Among(const std::vector<PartId>& ids); // "wanted.key" is then a row's number in `ids`
-    CPartQuery& Found(const QStringList& words);       // by the search index; to be compared once more by Shown
     CPartQuery& One(PartId part);
 
     // The view's filter, the words of its search, and the gate for what is only counted.
