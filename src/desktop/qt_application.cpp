@@ -44,7 +44,7 @@ public:
         QApplication::setQuitOnLastWindowClosed(false);
     }
 
-    // On another thread than its own it can't be taken down and stays, which harms nobody.
+    // On another thread than its own it cannot be taken down and stays, which harms nobody.
     ~COwnApplication()
     {
         if (application_->thread() == QThread::currentThread()) {

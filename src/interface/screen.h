@@ -1,4 +1,4 @@
-// Decides whether a window can be shown, without making the toolkit's application: where its screen can't be opened,
+// Decides whether a window can be shown, without making the toolkit's application: where its screen cannot be opened,
 // the toolkit ends the process, and the process is the host's.
 #pragma once
 

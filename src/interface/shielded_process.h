@@ -13,7 +13,7 @@ struct ProgramEnd {
 };
 
 // Runs the program without arguments in the host's environment, with its standard streams shut, and waits for its end;
-// kills it after `time`. The host gets no SIGCHLD from it and can't reap it, whatever its handlers do; none of its
+// kills it after `time`. The host gets no SIGCHLD from it and cannot reap it, whatever its handlers do; none of its
 // descriptors are used or inherited. The calling thread takes no signal meanwhile; other threads go on.
 [[nodiscard]] ProgramEnd RunShielded(const std::string& program, std::chrono::milliseconds time);
 

@@ -8,7 +8,7 @@
 
 namespace partkeep {
 
-inline constexpr char16_t library_missing_text[] = u"the part of Partkeep Read that draws can't be loaded.";
+inline constexpr char16_t library_missing_text[] = u"the part of Partkeep Read that draws cannot be loaded.";
 
 // Where the component's parts lie: beside the file that holds this very code, links followed. Empty when unknown.
 [[nodiscard]] std::string PartsFolder();

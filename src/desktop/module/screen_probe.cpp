@@ -1,4 +1,4 @@
-// Tries whether the toolkit can open a screen here, in a process of its own: where it can't, the toolkit ends the
+// Tries whether the toolkit can open a screen here, in a process of its own: where it cannot, the toolkit ends the
 // process, and display libraries and plugins have ways of their own to hang or crash.
 
 #include "host/windows_part.h"

@@ -48,7 +48,7 @@ private:
     bool was_pending_ = false;
 };
 
-// A pipe whose reader sleeps must not hold the host: what doesn't go in soon is dropped.
+// A pipe whose reader sleeps must not hold the host: what does not go in soon is dropped.
 bool TakesBytes()
 {
     constexpr int patience_milliseconds = 100;

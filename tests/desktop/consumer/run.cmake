@@ -42,5 +42,5 @@ if(NOT FLAGS)
   must(${CMAKE_COMMAND} -E env "PYTHONPATH=${PLACE}/prefix/lib/python3/dist-packages" python3 -c
     "import partkeep_read as p; assert p.version() == (1, 0, 2) and p.Reader().parts() == []")
 else()
-  message("consumer: Skipped\nthe interpreter can't load what a sanitizer instruments\n[  SKIPPED ] python_package (0 ms)")
+  message("consumer: Skipped\nthe interpreter cannot load what a sanitizer instruments\n[  SKIPPED ] python_package (0 ms)")
 endif()
