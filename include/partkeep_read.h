@@ -49,7 +49,7 @@ PARTKEEP_READ_API int32_t partkeep_read_version(void);
 /* A new object without parts, or NULL when memory has run out. The caller destroys it. */
 PARTKEEP_READ_API partkeep_read* partkeep_read_create(void);
 
-/* NULL is allowed. The staged files stay on disk. */
+/* NULL is allowed. The staged files stay on disk. Never while an operation of this object is under way. */
 PARTKEEP_READ_API void partkeep_read_destroy(partkeep_read* object);
 
 /* Gives a text back. NULL is allowed. */
