@@ -128,7 +128,6 @@ public:
     void OnSize(const RECT&) override { InvalidateRect(site_, nullptr, FALSE); }
     void OnDestroy() override { picture_.Clear(); }
 
-private:
     // The contract's operations.
     [[nodiscard]] std::u16string GetImagePath() const { return path_; }
     static std::int16_t SecondOperation(AutomationObject* /*object*/) { return 0; }
@@ -142,6 +141,7 @@ private:
         InvalidateRect(site_, nullptr, FALSE);
     }
 
+private:
     HWND site_;
     std::u16string path_;
     CPictureBitmap picture_;
