@@ -64,7 +64,7 @@ template <CXmlByteSet Set>
     return at;
 }
 
-// Copies up to the first NUL or `size` bytes, and gives the position behind them. Up to 15 bytes more may be read and
+// Copies up to the first NUL or `size` bytes, and gives the position behind them. Up to 16 bytes more may be read and
 // written.
 inline char* CopyToNul(char* to, const char* from, std::size_t size)
 {

@@ -51,7 +51,7 @@ TEST(XmlBytes, AreCopiedAndComparedToTheLastAndNoFurther)
             EXPECT_FALSE(EqualShort(target.data(), source.data(), size)) << size << " " << place;
             target[place] ^= 1;
         }
-        source.resize(size + 15);
+        source.resize(size + 16);
         for (std::size_t nul = 0; nul <= size; ++nul) {
             std::vector<char> text = source;
             text[nul] = '\0';
