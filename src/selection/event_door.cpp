@@ -168,8 +168,7 @@ int CDialogEntrance::RunModal()
     struct CLevelEnd {
         CRunLevel*& level;
         ~CLevelEnd() { level = nullptr; }
-    };
-    const CLevelEnd level_end{level_};
+    } const level_end{level_};
     Open(level);
     try {
         const CWindowEnd end{*window_};
