@@ -119,9 +119,12 @@ bool CListFollower::Act(const std::function<void()>& action)
         model_.Finish();
         ShowSelection();
     }
-    state_ = PaneState::Acting;
+    struct CActionEnd { // also where the action throws: what is shown later is not the user's
+        PaneState& state;
+        ~CActionEnd() { state = PaneState::Idle; }
+    } const end{state_ = PaneState::Acting};
     action();
-    return std::exchange(state_, PaneState::Idle) == PaneState::Selecting;
+    return state_ == PaneState::Selecting;
 }
 
 // The view scrolls on by itself while the pointer is held outside, and that is no action.
