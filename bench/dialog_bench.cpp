@@ -5,7 +5,7 @@
 #include "desktop/pane/part_browser_factory.h"
 #include "desktop/qt_dialog_windows.h"
 #include "host/partkeep_read_impl.h"
-#include "partlibrary/tool/sample_library.h"
+#include "samples/sample_library.h"
 #include "platform/control.h"
 #include "platform/files.h"
 #include "platform/registry.h"

@@ -11,7 +11,7 @@ import subprocess
 import sys
 import tempfile
 
-host, interface, tool = map(pathlib.Path, sys.argv[1:])
+host, interface, samples = map(pathlib.Path, sys.argv[1:])
 sanitized = b"__asan_init" in (interface / "libORVICPartkeepRead.so.1").read_bytes()
 place = pathlib.Path(tempfile.mkdtemp(prefix="environments"))
 os.chmod(place, 0o755)
@@ -152,7 +152,7 @@ sockets = [display_socket(stale, False), display_socket(mute, True), display_soc
 (place / "config/partkeep-read/registry.ini").write_text(
     "[HKEY_LOCAL_MACHINE\\software\\Velmar\\ORVIC]\ninstallpath={0}\n"
     "[HKEY_CURRENT_USER\\software\\Velmar\\ORVIC\\PartLibrary]\nfolder={0}/libraries\n".format(place))
-subprocess.run([tool, "sample", place / "libraries"], check=True, stdout=subprocess.DEVNULL)
+subprocess.run([samples, place / "libraries"], check=True, stdout=subprocess.DEVNULL)
 with concurrent.futures.ThreadPoolExecutor(2) as pool:
     quiet = [pool.submit(run, number, *row) for number, row in enumerate(ROWS) if row[3] == NONE]
     seen = [run(number, *row) for number, row in enumerate(ROWS) if row[3] == SHOWN]

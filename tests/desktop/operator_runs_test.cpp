@@ -4,7 +4,7 @@
 
 #include "interface/owned_services.h"
 #include "partkeep_read.h"
-#include "partlibrary/tool/sample_library.h"
+#include "samples/sample_library.h"
 #include "resources/resource_ids.h"
 
 #include <cstdlib>

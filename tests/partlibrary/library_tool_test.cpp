@@ -1,6 +1,7 @@
 // The tool's command lines: filling a library whole or not at all, and what is said where that fails.
 #include "partlibrary/tool/commands.h"
 #include "platform/text.h"
+#include "samples/sample_library.h"
 #include "tests/partlibrary/library_fixture.h"
 #include "tests/support/linux_faults.h"
 
@@ -175,7 +176,6 @@ TEST_F(LibraryTool, SaysInOneLineWhatIsWrong)
         {{"--code-page", "932", "create", "钣金.kpl"}, "code page"},
         {{"--code-page", "936", "create", "板金\U0001F529.kpl"}, "code page"},
         {{"--code-page", "65000", "list", library_}, "no code page"},
-        {{"sample", "no"}, "cannot be opened"},
     };
     WriteBytes("P.iga", "x");
     for (const auto& [arguments, reason] : rows) {
@@ -189,16 +189,20 @@ TEST_F(LibraryTool, SaysInOneLineWhatIsWrong)
 
 TEST_F(LibraryTool, TheSampleHasWhatOneWantsToTry)
 {
-    ASSERT_EQ(Run({"sample", "."}), 0) << err_.str();
-    EXPECT_EQ(Run({"sample", "."}), 1);
-    ASSERT_EQ(Run({"sample", "--replace", "."}), 0);
+    QStringList made;
+    LibraryProblem problem;
+    ASSERT_TRUE(MakeSampleLibraries(u"."_s, false, made, problem)) << ProblemText(problem);
+    EXPECT_FALSE(MakeSampleLibraries(u"."_s, false, made, problem));
+    EXPECT_EQ(problem.fault, LibraryFault::AlreadyThere);
+    EXPECT_FALSE(MakeSampleLibraries(u"no"_s, false, made, problem));
+    EXPECT_EQ(problem.fault, LibraryFault::CannotOpen);
+    ASSERT_TRUE(MakeSampleLibraries(u"."_s, true, made, problem)) << ProblemText(problem);
     std::string lists;
     std::size_t pictures = 0;
     for (const std::string& file : NamesIn(".")) {
         ASSERT_EQ(Run({"check", file}), 0) << err_.str();
         ASSERT_EQ(Run({"list", file}), 0);
         lists += out_.str();
-        LibraryProblem problem;
         const auto library = CSqliteLibrary::Open(QString::fromStdString(file), problem);
         for (const FileSlot slot : {FileSlot::Flat, FileSlot::Bent}) {
             const auto content = library->ReadFile(1, slot);

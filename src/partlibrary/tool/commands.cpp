@@ -7,7 +7,6 @@
 #include "partlibrary/sqlite/library_check.h"
 #include "partlibrary/sqlite/sqlite_library.h"
 #include "partlibrary/sqlite/sqlite_writer.h"
-#include "partlibrary/tool/sample_library.h"
 
 #include <CLI/CLI.hpp>
 
@@ -27,7 +26,6 @@ struct ToolOptions {
     std::string folder;
     std::string table;
     unsigned code_page = utf8_code_page;
-    bool replace = false;
     bool rebuild = false;
 };
 
@@ -180,19 +178,6 @@ int Check(const ToolOptions& options, const Streams& streams)
     return 0;
 }
 
-int Sample(const ToolOptions& options, const Streams& streams)
-{
-    LibraryProblem problem;
-    QStringList made;
-    if (!MakeSampleLibraries(Native(options.source), options.replace, made, problem)) {
-        return Fail(streams, problem);
-    }
-    for (const QString& file : made) {
-        streams.out << "made " << Printable(file) << '\n';
-    }
-    return 0;
-}
-
 CLI::App* AddCommand(CLI::App& app, const char* name, const char* description, ToolOptions& options)
 {
     CLI::App* command = app.add_subcommand(name, description);
@@ -223,10 +208,6 @@ int RunLibraryTool(int argc, const char* const* argv, std::ostream& out, std::os
     CLI::App* check = AddCommand(app, "check", "Look a library over", options);
     check->add_flag("--rebuild", options.rebuild, "First make all keys and the search index anew");
 
-    CLI::App* sample = app.add_subcommand("sample", "Make the sample libraries");
-    sample->add_option("folder", options.source, "An existing folder to put them into")->required();
-    sample->add_flag("--replace", options.replace, "Replace sample libraries that are there already");
-
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -246,7 +227,7 @@ int RunLibraryTool(int argc, const char* const* argv, std::ostream& out, std::os
     if (list->parsed()) {
         return List(options, streams);
     }
-    return check->parsed() ? Check(options, streams) : Sample(options, streams);
+    return Check(options, streams);
 }
 
 } // namespace partkeep

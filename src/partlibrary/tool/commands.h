@@ -1,4 +1,4 @@
-// The commands of partkeep-library: create, import, list, check and sample.
+// The commands of partkeep-library: create, import, list and check.
 #pragma once
 
 #include <iosfwd>

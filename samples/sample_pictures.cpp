@@ -1,4 +1,4 @@
-#include "partlibrary/tool/sample_pictures.h"
+#include "samples/sample_pictures.h"
 
 #include <QBuffer>
 #include <QImage>

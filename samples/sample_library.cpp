@@ -1,9 +1,9 @@
-#include "partlibrary/tool/sample_library.h"
+#include "samples/sample_library.h"
 
 #include "partlibrary/library/library_text.h"
 #include "partlibrary/session/library_folder.h"
 #include "partlibrary/sqlite/sqlite_writer.h"
-#include "partlibrary/tool/sample_pictures.h"
+#include "samples/sample_pictures.h"
 
 #include <QFile>
 
