@@ -231,7 +231,7 @@ private:
         const auto folder = writer->MakeFolder(folders[1]);
         const auto part = folder ? writer->PutPart(*folder, PartName(1), {}) : std::nullopt;
         if (part && writer->PutFile(*part, FileSlot::Iga, ContentOf(1, FileSlot::Iga))) {
-            writer->RemovePart(*folder, PartName(4));
+            writer->RemovePart(folders[1], PartName(4));
         }
         writer->Commit();
         writer->Rollback();

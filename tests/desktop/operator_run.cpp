@@ -187,7 +187,7 @@ const std::map<std::string, COperatorRun::Verbs::Verb> COperatorRun::Verbs::all 
          LibraryProblem problem;
          const auto writer = CSqliteWriter::Open(run.LibraryFile(run.session_->CurrentServer()), problem);
          EXPECT_TRUE(writer != nullptr && writer->Begin() &&
-                     writer->RemovePart(run.session_->CurrentFolder().id, Qt(words[1])) && writer->Commit());
+                     writer->RemovePart(run.session_->CurrentFolder().path, Qt(words[1])) && writer->Commit());
      }},
     {"disk",
      [](auto& run, auto&, auto& words) {

@@ -159,7 +159,7 @@ TEST_F(LibraryDamage, AnInterruptedWriteIsTakenBackWhereItBelongs)
     LibraryProblem problem;
     auto writer = CConnection::Open(library_file_, OpenMode::Write, problem);
     for (const char* sql :
-         {"PRAGMA cache_spill=1", "PRAGMA cache_size=2", "BEGIN", "PRAGMA user_version=3", "DELETE FROM piece",
+         {"PRAGMA cache_spill=1", "PRAGMA cache_size=2", "BEGIN", "PRAGMA user_version=4", "DELETE FROM piece",
           "UPDATE part SET comment = 'half'", "INSERT INTO piece VALUES(900000, 0, zeroblob(4000000))"}) {
         ASSERT_TRUE(writer->Execute(sql)) << sql;
     }

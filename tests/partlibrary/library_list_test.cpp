@@ -68,7 +68,7 @@ TEST_F(PartList, TheSearchIndexFollowsItsParts)
         const auto folder = writer.MakeFolder(u"Plates\\2008"_s);
         ASSERT_TRUE(writer.PutPart(*folder, u"P10"_s, PartAttributes{0, {}, {}, u"鋼 br-1"_s}));
         ASSERT_TRUE(writer.PutPart(*folder, u"P10"_s, PartAttributes{0, {}, {}, u"鋼 br-2"_s}));
-        ASSERT_TRUE(writer.RemovePart(*folder, u"P1"_s));
+        ASSERT_TRUE(writer.RemovePart(u"Plates\\2008"_s, u"P1"_s));
     });
     const std::pair<QString, int> rows[] = {{u"R-2"_s, 1}, {u"r-1"_s, 0}, {u"鋼"_s, 1}, {u"付板"_s, 0}, {u"p"_s, 4}};
     for (const auto& [typed, count] : rows) {

@@ -251,9 +251,8 @@ TEST_F(SessionControl, ADeletedPartHasNoNameAndOutdatesTheList)
 {
     Enter(u"Plates\\2008");
     ASSERT_TRUE(inner_->SelectParts({u"P1"_s, u"P2"_s}));
-    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
-        ASSERT_TRUE(writer.RemovePart(*writer.MakeFolder(u"Plates\\2008"_s), u"P1"_s));
-    });
+    libraries_.Fill(u"SRV1"_s,
+                    [](ILibraryWriter& writer) { ASSERT_TRUE(writer.RemovePart(u"Plates\\2008"_s, u"P1"_s)); });
     EXPECT_EQ(SelectedName(0), "");
     EXPECT_EQ(SelectedName(1), "P2");
     EXPECT_TRUE(ReadImage("2D").isEmpty());

@@ -38,7 +38,7 @@ const char* FaultText(LibraryFault fault)
     case LibraryFault::NoMemory:
         return "out of memory";
     case LibraryFault::AlreadyThere:
-        return "the file exists already";
+        return "it exists already";
     case LibraryFault::NoFolder:
         return "there is no such folder";
     case LibraryFault::NoPart:
@@ -49,6 +49,8 @@ const char* FaultText(LibraryFault fault)
         return "the path is too long";
     case LibraryFault::BadInput:
         return "the input cannot be used";
+    case LibraryFault::Stopped:
+        return "stopped before the end";
     case LibraryFault::Failed:
         break;
     }

@@ -28,7 +28,8 @@ enum class LibraryFault {
     NoPart,
     NameRefused, // a server, folder or part name that could leave its place or that no buffer holds
     PathTooLong,
-    BadInput, // a file or a table handed in for import
+    BadInput, // a file or a table handed in for import, or what was asked for
+    Stopped,  // by whoever asked for the work
     Failed,   // anything else
 };
 

@@ -1,6 +1,9 @@
 #include "partlibrary/library/library_writer.h"
 
+#include "partlibrary/library/part_library.h"
+
 #include <algorithm>
+#include <array>
 
 namespace partkeep {
 
@@ -14,6 +17,12 @@ bool ILibraryWriter::PutFile(PartId part, FileSlot slot, const QByteArray& conte
         return qint64{size};
     });
     return stored && PutFile(part, slot, *stored);
+}
+
+bool ILibraryWriter::RemovePart(const QString& folder, const QString& name)
+{
+    const auto part = Library().FindPart(folder, name);
+    return part && RemoveParts(std::array{part->id});
 }
 
 } // namespace partkeep

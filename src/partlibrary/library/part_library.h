@@ -27,6 +27,16 @@ struct FolderRow {
     bool has_folders = false;
 };
 
+// One file or picture of a part, without its content.
+struct PartFile {
+    PartId part = 0;
+    FileSlot slot = FileSlot::Iga;
+    qint64 bytes = 0;
+    QByteArray hash; // SHA-256
+
+    friend bool operator==(const PartFile&, const PartFile&) = default;
+};
+
 // Takes a block of a file, the first one even when the file is empty; blocks come in order, file after file. What it
 // gives ends the reading, unless it is no problem.
 using ContentSink = std::function<LibraryProblem(FileSlot, std::span<const char> block)>;
@@ -70,6 +80,7 @@ public:
 
     // Names are compared exactly.
     [[nodiscard]] virtual std::optional<FolderRow> FindFolder(const QString& path) = 0;
+    [[nodiscard]] virtual std::optional<FolderRow> FindFolder(qint64 id) = 0;
     [[nodiscard]] virtual std::optional<PartRow> FindPart(const QString& folder, const QString& name) = 0;
     [[nodiscard]] virtual std::optional<PartRow> FindPart(PartId id) = 0;
 
@@ -85,6 +96,19 @@ public:
     [[nodiscard]] virtual std::optional<std::vector<PartId>> Ids(const PartListView& view) = 0;
     [[nodiscard]] virtual std::optional<std::vector<PartId>> Visible(const PartListView& view,
                                                                      const std::vector<PartId>& ids) = 0;
+
+    // For whoever goes through a whole library, as much at a time as he has room for: the parts of a folder by the
+    // bytes of their names in UTF-8, those behind `after` (from the first on where it is empty), at most `limit`, fewer
+    // only at the end. Nothing on an error.
+    [[nodiscard]] virtual std::optional<std::vector<PartRow>> PartsBehind(qint64 folder, const QString& after,
+                                                                          qint64 limit) = 0;
+
+    // The files of these parts, by the order of the ids and of the kinds; none of a part that has gone. Nothing on an
+    // error.
+    [[nodiscard]] virtual std::optional<std::vector<PartFile>> Files(std::span<const PartId> parts) = 0;
+
+    // Another number after each change that somebody else commits. Nothing on an error.
+    [[nodiscard]] virtual std::optional<qint64> Revision() = 0;
 
     // Hands over the files in `slots` that the part has, all of one state. False on an error, on content that is not
     // what was stored, and when the sink has a problem: what was handed over is then worth nothing.

@@ -26,6 +26,7 @@ constexpr int longest_value = 16 << 20; // bytes; a library's own rows stay far 
 
 // Look-ups in a large library want as many pages at hand as can be; content that streams through wants few.
 constexpr const char* read_cache = "PRAGMA cache_size=-131072";
+constexpr const char* read_all_cache = "PRAGMA cache_size=-16384"; // goes through once
 constexpr const char* content_cache = "PRAGMA cache_size=-512";
 constexpr const char* write_cache = "PRAGMA cache_size=-262144";
 
@@ -38,10 +39,18 @@ bool IsReading(OpenMode mode)
     return mode == OpenMode::Read || mode == OpenMode::ReadAll;
 }
 
+const char* CacheOf(OpenMode mode)
+{
+    return mode == OpenMode::Read ? read_cache : mode == OpenMode::ReadAll ? read_all_cache : write_cache;
+}
+
 LibraryFault FaultOfCode(int code)
 {
     if (code == SQLITE_READONLY_ROLLBACK || code == SQLITE_READONLY_RECOVERY) {
         return LibraryFault::Unfinished;
+    }
+    if (code == SQLITE_READONLY_DBMOVED) { // nobody would ever see what is written
+        return LibraryFault::Replaced;
     }
     switch (code & 0xFF) {
     case SQLITE_BUSY:
@@ -124,7 +133,7 @@ bool CConnection::OpenFile()
 bool CConnection::SetUp()
 {
     const bool ready = Execute("PRAGMA cell_size_check=1") && Execute("PRAGMA mmap_size=0") &&
-                       Execute("PRAGMA temp_store=2") && Execute(IsReading(mode_) ? read_cache : write_cache) &&
+                       Execute("PRAGMA temp_store=2") && Execute(CacheOf(mode_)) &&
                        (IsReading(mode_) || (Execute(write_spill) && Execute("PRAGMA secure_delete=0"))) &&
                        AddRowFunctions(*this, database_);
     return ready && (mode_ == OpenMode::Create ? CreateSchema(*this) : CheckSchema(*this));
@@ -148,6 +157,11 @@ LibraryPlace CConnection::Place() const
     return QFileInfo::exists(file_) ? LibraryPlace::Another : LibraryPlace::Nothing;
 }
 
+bool CConnection::InTransaction() const
+{
+    return sqlite3_get_autocommit(database_) == 0;
+}
+
 void CConnection::SetId(QByteArray id)
 {
     id_ = std::move(id);
@@ -158,7 +172,7 @@ void CConnection::SetId(QByteArray id)
 void CConnection::StreamContent(bool streaming)
 {
     if (IsReading(mode_)) {
-        sqlite3_exec(database_, streaming ? content_cache : read_cache, nullptr, nullptr, nullptr);
+        sqlite3_exec(database_, streaming ? content_cache : CacheOf(mode_), nullptr, nullptr, nullptr);
     }
 }
 

@@ -54,6 +54,7 @@ public:
     [[nodiscard]] const QByteArray& Id() const { return id_; }
     void SetId(QByteArray id);
     [[nodiscard]] qint64 Salt() const { return salt_; } // of the sums of rows, by the id
+    [[nodiscard]] bool InTransaction() const;
     void SetPatience(std::chrono::milliseconds patience) { patience_ = patience; }
 
     // Few pages at hand: for content that streams through, so that each page lands in memory that the processor
@@ -154,10 +155,13 @@ bool CConnection::Execute(std::string_view sql, const Values&... values)
     return CStatement(*this, std::string(sql)).With(values...).Done();
 }
 
-// From here to its end everything that is read is of one state.
+// From here to its end everything that is read is of one state. Within a transaction that is so anyway.
 class CReadTransaction {
 public:
-    explicit CReadTransaction(CConnection& connection) : connection_(connection), begun_(connection.Execute("BEGIN")) {}
+    explicit CReadTransaction(CConnection& connection)
+        : connection_(connection), within_(connection.InTransaction()), begun_(!within_ && connection.Execute("BEGIN"))
+    {
+    }
     ~CReadTransaction()
     {
         if (begun_) {
@@ -168,10 +172,11 @@ public:
     }
     CReadTransaction(const CReadTransaction&) = delete;
     CReadTransaction& operator=(const CReadTransaction&) = delete;
-    explicit operator bool() const { return begun_; }
+    explicit operator bool() const { return begun_ || within_; }
 
 private:
     CConnection& connection_;
+    bool within_;
     bool begun_;
 };
 

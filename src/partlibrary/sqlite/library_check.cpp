@@ -77,11 +77,12 @@ bool CLibraryCheck::Numbers()
     CStatement statement(connection_,
                          "SELECT count(*), min(next_part), min(next_content), (SELECT coalesce(max(id), 0) "
                          "FROM part), (SELECT coalesce(max(content), 0) FROM part_file), "
-                         "sum(keys <> ?) FROM library");
+                         "sum(keys <> ?), min(next_folder), (SELECT coalesce(max(id), 0) FROM folder) FROM library");
     if (!statement.With(KeysVersion()).Next()) {
         return false;
     }
-    const bool ahead = statement.Integer(1) > statement.Integer(3) && statement.Integer(2) > statement.Integer(4);
+    const bool ahead = statement.Integer(1) > statement.Integer(3) && statement.Integer(2) > statement.Integer(4) &&
+                       statement.Integer(6) > statement.Integer(7);
     if (statement.Integer(0) != 1 || !ahead) {
         Add(QStringLiteral("the numbers to be given next are wrong"));
     }

@@ -31,8 +31,8 @@ constexpr std::size_t mark_bytes = 32;
 
 constexpr std::array schema{
     SchemaObject{"library", "CREATE TABLE library(keys TEXT NOT NULL, importer INTEGER NOT NULL, "
-                            "importer_seen INTEGER NOT NULL, next_part INTEGER NOT NULL, "
-                            "next_content INTEGER NOT NULL /*"},
+                            "importer_seen INTEGER NOT NULL, next_folder INTEGER NOT NULL, "
+                            "next_part INTEGER NOT NULL, next_content INTEGER NOT NULL /*"},
     SchemaObject{"folder", "CREATE TABLE folder("
                            "id INTEGER PRIMARY KEY, parent INTEGER NOT NULL, name TEXT NOT NULL, path TEXT NOT NULL, "
                            "sort_key BLOB NOT NULL, sum INTEGER NOT NULL, parts INTEGER NOT NULL DEFAULT 0) STRICT"},
@@ -147,7 +147,7 @@ bool CreateSchema(CConnection& connection)
         const std::string end = &object == schema.begin() ? std::string(mark).append(mark_end) : std::string();
         done = done && connection.Execute(std::string(object.sql) + end);
     }
-    return done && connection.Execute("INSERT INTO library VALUES(?, 0, 0, 1, 1)", KeysVersion()) &&
+    return done && connection.Execute("INSERT INTO library VALUES(?, 0, 0, 2, 1, 1)", KeysVersion()) &&
            connection.Execute("INSERT INTO folder(id, parent, name, path, sort_key, sum) VALUES(?, 0, '', '', x'', ?)",
                               root_folder, FolderSum(connection.Salt(), root_folder, 0, {}, {})) &&
            connection.Execute("COMMIT");

@@ -24,7 +24,7 @@ namespace partkeep {
 
 class CConnection;
 
-inline constexpr int library_version = 3;
+inline constexpr int library_version = 4;
 inline constexpr qint64 root_folder = 1;
 inline constexpr int page_bytes = 65536;
 

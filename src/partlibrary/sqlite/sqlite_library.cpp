@@ -38,10 +38,10 @@ private:
 
 } // namespace
 
-std::unique_ptr<CSqliteLibrary> CSqliteLibrary::Open(const QString& file, LibraryProblem& problem)
+std::unique_ptr<CSqliteLibrary> CSqliteLibrary::Open(const QString& file, LibraryProblem& problem, OpenMode mode)
 {
-    auto connection = CConnection::Open(file, OpenMode::Read, problem);
-    return connection != nullptr ? std::unique_ptr<CSqliteLibrary>(new CSqliteLibrary(std::move(connection))) : nullptr;
+    auto connection = CConnection::Open(file, mode, problem);
+    return connection != nullptr ? std::make_unique<CSqliteLibrary>(std::move(connection)) : nullptr;
 }
 
 std::nullopt_t CSqliteLibrary::Refuse(LibraryFault fault, const QString& subject)
@@ -53,17 +53,31 @@ std::nullopt_t CSqliteLibrary::Refuse(LibraryFault fault, const QString& subject
 // A name that the gate would hold back is not looked for.
 std::optional<FolderRow> CSqliteLibrary::FindFolder(const QString& path)
 {
+    if (CheckFolderPath(path) != NameFault::None) {
+        return Refuse(LibraryFault::NoFolder, path);
+    }
     CStatement statement(*connection_, folders + "WHERE path = ?");
+    return ReadFolder(statement.With(path), path);
+}
+
+std::optional<FolderRow> CSqliteLibrary::FindFolder(qint64 id)
+{
+    CStatement statement(*connection_, folders + "WHERE id = ?");
+    return ReadFolder(statement.With(id), QString::number(id));
+}
+
+std::optional<FolderRow> CSqliteLibrary::ReadFolder(CStatement& statement, const QString& subject)
+{
     FolderRow row;
-    if (CheckFolderPath(path) != NameFault::None || !statement.With(path).Next()) {
-        return statement.Failed() ? std::nullopt : Refuse(LibraryFault::NoFolder, path);
+    if (!statement.Next()) {
+        return statement.Failed() ? std::nullopt : Refuse(LibraryFault::NoFolder, subject);
     }
     const RowFault fault = ReadFolderRow(statement, row);
     if (fault == RowFault::Damaged) {
         connection_->SetProblem(DamagedRow(*connection_));
         return std::nullopt;
     }
-    return fault == RowFault::None ? std::optional(row) : Refuse(LibraryFault::NameRefused, path);
+    return fault == RowFault::None ? std::optional(row) : Refuse(LibraryFault::NameRefused, subject);
 }
 
 std::optional<PartRow> CSqliteLibrary::FindPart(const QString& folder, const QString& name)
@@ -149,29 +163,81 @@ std::optional<std::vector<PartId>> CSqliteLibrary::Visible(const PartListView& v
     return ReadIds(*connection_, CPartQuery(view, "part.id").Among(ids).Shown(SearchWords(view.search)).Ordered());
 }
 
+// The whole.
+
+std::optional<std::vector<PartRow>> CSqliteLibrary::PartsBehind(qint64 folder, const QString& after, qint64 limit)
+{
+    CStatement statement(*connection_, parts + "WHERE folder = ? AND name > ? AND "
+                                               "part_is_sound(id, name, material, machine, comment) "
+                                               "ORDER BY name LIMIT ?");
+    std::vector<PartRow> rows;
+    PartRow row;
+    for (statement.With(folder, after, limit); statement.Next();) {
+        if (ReadPartRow(statement, row) != RowFault::None) {
+            connection_->SetProblem(DamagedRow(*connection_));
+            return std::nullopt;
+        }
+        rows.push_back(row);
+    }
+    return statement.Failed() ? std::nullopt : std::optional(std::move(rows));
+}
+
+std::optional<qint64> CSqliteLibrary::Revision()
+{
+    CStatement statement(*connection_, "PRAGMA data_version");
+    return statement.Next() ? std::optional(statement.Integer(0)) : std::nullopt;
+}
+
 // Content.
 
-std::optional<std::vector<FileRow>> CSqliteLibrary::Files(PartId part, SlotSet slots)
+std::optional<std::vector<FileRow>> CSqliteLibrary::FileRows(PartId part)
 {
     CStatement statement(*connection_, std::string("SELECT ") + file_row_columns +
                                            " FROM part_file WHERE id BETWEEN ? AND ? ORDER BY id");
     std::vector<FileRow> files;
-    SlotSet found = 0;
     for (statement.With(part * slots_per_part, part * slots_per_part + slots_per_part - 1); statement.Next();) {
         FileRow file;
         if (ReadFileRow(statement, file) != RowFault::None) {
             connection_->SetProblem(DamagedRow(*connection_));
             return std::nullopt;
         }
-        if ((slots & SetOf(file.slot)) != 0) {
-            found |= SetOf(file.slot);
-            files.push_back(std::move(file));
+        files.push_back(std::move(file));
+    }
+    return statement.Failed() ? std::nullopt : std::optional(std::move(files));
+}
+
+std::optional<std::vector<FileRow>> CSqliteLibrary::Files(PartId part, SlotSet slots)
+{
+    auto files = FileRows(part);
+    if (!files) {
+        return std::nullopt;
+    }
+    SlotSet found = 0;
+    std::erase_if(*files, [&](const FileRow& file) {
+        found |= SetOf(file.slot) & slots;
+        return (slots & SetOf(file.slot)) == 0;
+    });
+    if (found != slots) {
+        connection_->SetProblem({LibraryFault::Damaged, connection_->File(), QStringLiteral("a file is missing")});
+        return std::nullopt;
+    }
+    return files;
+}
+
+std::optional<std::vector<PartFile>> CSqliteLibrary::Files(std::span<const PartId> parts)
+{
+    const CReadTransaction one_state(*connection_);
+    std::vector<PartFile> files;
+    for (const PartId part : parts) {
+        const auto rows = one_state ? FileRows(part) : std::nullopt;
+        if (!rows) {
+            return std::nullopt;
+        }
+        for (const FileRow& row : *rows) {
+            files.push_back({part, row.slot, row.bytes, row.hash});
         }
     }
-    if (!statement.Failed() && found != slots) {
-        connection_->SetProblem({LibraryFault::Damaged, connection_->File(), QStringLiteral("a file is missing")});
-    }
-    return !statement.Failed() && found == slots ? std::optional(std::move(files)) : std::nullopt;
+    return files;
 }
 
 bool CSqliteLibrary::CopyFiles(PartId part, SlotSet slots, const ContentSink& sink)

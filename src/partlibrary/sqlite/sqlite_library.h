@@ -13,10 +13,14 @@ namespace partkeep {
 class CSqliteLibrary : public IPartLibrary {
 public:
     // Null on failure, with the reason. `file` is a native path.
-    [[nodiscard]] static std::unique_ptr<CSqliteLibrary> Open(const QString& file, LibraryProblem& problem);
+    [[nodiscard]] static std::unique_ptr<CSqliteLibrary> Open(const QString& file, LibraryProblem& problem,
+                                                              OpenMode mode = OpenMode::Read);
+
+    explicit CSqliteLibrary(std::shared_ptr<CConnection> connection) : connection_(std::move(connection)) {}
 
     [[nodiscard]] const LibraryProblem& Problem() const override { return connection_->Problem(); }
     [[nodiscard]] std::optional<FolderRow> FindFolder(const QString& path) override;
+    [[nodiscard]] std::optional<FolderRow> FindFolder(qint64 id) override;
     [[nodiscard]] std::optional<PartRow> FindPart(const QString& folder, const QString& name) override;
     [[nodiscard]] std::optional<PartRow> FindPart(PartId id) override;
     [[nodiscard]] std::optional<std::vector<FolderRow>> Folders(const QString& path) override;
@@ -25,6 +29,10 @@ public:
     [[nodiscard]] std::optional<std::vector<PartId>> Ids(const PartListView& view) override;
     [[nodiscard]] std::optional<std::vector<PartId>> Visible(const PartListView& view,
                                                              const std::vector<PartId>& ids) override;
+    [[nodiscard]] std::optional<std::vector<PartRow>> PartsBehind(qint64 folder, const QString& after,
+                                                                  qint64 limit) override;
+    [[nodiscard]] std::optional<std::vector<PartFile>> Files(std::span<const PartId> parts) override;
+    [[nodiscard]] std::optional<qint64> Revision() override;
     bool CopyFiles(PartId part, SlotSet slots, const ContentSink& sink) override;
     [[nodiscard]] LibraryPlace Place() const override { return connection_->Place(); }
     [[nodiscard]] const QByteArray& Id() const override { return connection_->Id(); }
@@ -34,9 +42,10 @@ public:
     [[nodiscard]] std::shared_ptr<CConnection> ShareConnection() const { return connection_; }
 
 private:
-    explicit CSqliteLibrary(std::shared_ptr<CConnection> connection) : connection_(std::move(connection)) {}
     std::nullopt_t Refuse(LibraryFault fault, const QString& subject);
+    [[nodiscard]] std::optional<FolderRow> ReadFolder(CStatement& statement, const QString& subject);
     [[nodiscard]] std::optional<PartRow> ReadPart(CStatement& statement, const QString& subject);
+    [[nodiscard]] std::optional<std::vector<FileRow>> FileRows(PartId part);
     [[nodiscard]] std::optional<std::vector<FileRow>> Files(PartId part, SlotSet slots);
     LibraryProblem CopyPieces(const FileRow& file, const ContentSink& sink);
 

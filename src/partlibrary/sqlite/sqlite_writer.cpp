@@ -20,8 +20,6 @@ namespace {
 constexpr std::chrono::seconds commit_patience{60};
 constexpr qint64 importer_seconds = 60; // without a sign of life, and an importer counts as dead
 
-constexpr const char* forget_search = "INSERT INTO part_search(part_search, rowid, pairs) VALUES('delete', ?, ?)";
-
 } // namespace
 
 bool CSqliteWriter::Create(const QString& file, LibraryProblem& problem)
@@ -51,7 +49,7 @@ std::unique_ptr<CSqliteWriter> CSqliteWriter::Open(const QString& file, LibraryP
 }
 
 CSqliteWriter::CSqliteWriter(std::shared_ptr<CConnection> connection)
-    : connection_(std::move(connection)),
+    : connection_(std::move(connection)), library_(connection_),
       importer_(static_cast<qint64>(QRandomGenerator::system()->generate64() >> 1) | 1), piece_(piece_bytes)
 {
 }
@@ -81,7 +79,8 @@ bool CSqliteWriter::Reserve()
     if (!BeginChange()) {
         return false;
     }
-    CStatement numbers(*connection_, "SELECT importer, importer_seen, next_part, next_content, keys FROM library");
+    CStatement numbers(*connection_,
+                       "SELECT importer, importer_seen, next_part, next_content, keys, next_folder FROM library");
     if (!numbers.Next()) {
         return numbers.Failed() ? false : Refuse(LibraryFault::Damaged, connection_->File(), {});
     }
@@ -95,8 +94,10 @@ bool CSqliteWriter::Reserve()
                       QStringLiteral("its keys: check --rebuild makes them anew"));
     }
     next_part_ = numbers.Integer(2);
+    next_folder_ = numbers.Integer(5);
     next_content_ = early_ ? next_content_ : numbers.Integer(3);
-    if (next_part_ <= 0 || next_part_ > max_part_id || next_content_ <= 0 || next_content_ > max_content_id) {
+    if (next_folder_ <= root_folder || next_folder_ > max_part_id || next_part_ <= 0 || next_part_ > max_part_id ||
+        next_content_ <= 0 || next_content_ > max_content_id) {
         return Refuse(LibraryFault::Damaged, connection_->File(), QStringLiteral("its numbers are out of range"));
     }
     return early_ || RemoveLeftovers();
@@ -112,6 +113,7 @@ bool CSqliteWriter::Begin()
 {
     early_ = false;
     changed_ = false;
+    broken_ = false;
     unsaved_bytes_ = 0;
     if (Reserve()) {
         return true;
@@ -136,13 +138,13 @@ bool CSqliteWriter::Flush()
 
 bool CSqliteWriter::SaveNumbers()
 {
-    return connection_->Execute("UPDATE library SET importer = 0, next_part = ?, next_content = ?", next_part_,
-                                next_content_);
+    return connection_->Execute("UPDATE library SET importer = 0, next_folder = ?, next_part = ?, next_content = ?",
+                                next_folder_, next_part_, next_content_);
 }
 
 bool CSqliteWriter::Commit()
 {
-    bool saved = SavePending();
+    bool saved = SavePending() && !broken_;
     for (const auto& [folder, count] : new_parts_) {
         saved = saved && connection_->Execute("UPDATE folder SET parts = parts + ? WHERE id = ?", count, folder);
     }
@@ -152,6 +154,12 @@ bool CSqliteWriter::Commit()
     connection_->SetPatience(usual_patience);
     early_ = early_ && open_;
     return !open_;
+}
+
+IPartLibrary& CSqliteWriter::Library()
+{
+    broken_ = !SavePending() || broken_;
+    return library_;
 }
 
 // Keeps the problem that led here.
@@ -202,7 +210,7 @@ bool CSqliteWriter::Rebuild()
             done = !Problem();
             break;
         }
-        done = SaveWhole({row, std::nullopt, true}, true);
+        done = SaveWhole(row, true);
     }
     done = done && Commit();
     Rollback();
@@ -245,11 +253,10 @@ std::optional<qint64> CSqliteWriter::AddFolder(const QString& path) // NOLINT(mi
 {
     const qsizetype separator = path.lastIndexOf(u'\\');
     const std::optional<qint64> parent = MakeFolder(path.left(std::max<qsizetype>(separator, 0)));
-    CStatement last(*connection_, "SELECT max(id) FROM folder");
-    if (!parent || !last.Next()) {
+    if (!parent) {
         return std::nullopt;
     }
-    const qint64 id = last.Integer(0) + 1;
+    const qint64 id = next_folder_++;
     const QString name = path.sliced(separator + 1);
     const bool added =
         connection_->Execute("INSERT INTO folder VALUES(?, ?, ?, ?, ?, ?, 0)", id, *parent, name, path, SortKey(name),
@@ -269,7 +276,7 @@ bool CSqliteWriter::Take(CStatement& statement)
         connection_->SetProblem(DamagedRow(*connection_));
         return false;
     }
-    pending_ = {std::move(row), statement.Text(part_row_column_count), false};
+    pending_ = {row, row, statement.Text(part_row_column_count)};
     return true;
 }
 
@@ -277,6 +284,25 @@ bool CSqliteWriter::Take(qint64 folder, const QString& name)
 {
     CStatement find(*connection_, part_with_search + "WHERE folder = ? AND name = ?");
     return SavePending() && Take(find.With(folder, name));
+}
+
+bool CSqliteWriter::Take(PartId part)
+{
+    if (pending_ && pending_->row.id == part) {
+        return true;
+    }
+    CStatement find(*connection_, part_with_search + "WHERE id = ?");
+    return SavePending() && Take(find.With(part)) && (pending_ || Refuse(LibraryFault::NoPart, QString::number(part)));
+}
+
+bool CSqliteWriter::CheckAttributes(const QString& name, const PartAttributes& attributes)
+{
+    for (const QString* text : {&attributes.material, &attributes.machine, &attributes.comment}) {
+        if (const NameFault fault = CheckAttribute(*text); fault != NameFault::None) {
+            return Refuse(LibraryFault::BadInput, name, QStringLiteral("attribute: ") + NameFaultText(fault));
+        }
+    }
+    return true;
 }
 
 std::optional<PartId> CSqliteWriter::PutPart(qint64 folder, const QString& name,
@@ -287,26 +313,15 @@ std::optional<PartId> CSqliteWriter::PutPart(qint64 folder, const QString& name,
         Refuse(LibraryFault::NameRefused, name, NameFaultText(fault));
         return std::nullopt;
     }
-    const PartAttributes given = attributes.value_or(PartAttributes{});
-    for (const QString* text : {&given.material, &given.machine, &given.comment}) {
-        if (const NameFault fault = CheckAttribute(*text); fault != NameFault::None) {
-            Refuse(LibraryFault::BadInput, name, QStringLiteral("attribute: ") + NameFaultText(fault));
-            return std::nullopt;
-        }
-    }
-    if (!Take(folder, name)) {
+    if ((attributes && !CheckAttributes(name, *attributes)) || !Take(folder, name)) {
         return std::nullopt;
     }
     if (!pending_) {
-        pending_ = {{next_part_++, folder, 0, 0, name, {}, {}, {}}, std::nullopt, true};
+        pending_ = {{next_part_++, folder, 0, 0, name, {}, {}, {}}, std::nullopt, {}};
         ++new_parts_[folder];
     }
-    if (attributes) {
-        PartRow& row = pending_->row;
-        row = {row.id, folder, row.slots, given.thickness, name, given.material, given.machine, given.comment};
-        pending_->whole = true;
-    }
-    return pending_->row.id;
+    const PartId part = pending_->row.id;
+    return !attributes || SetAttributes(part, *attributes) ? std::optional(part) : std::nullopt;
 }
 
 bool CSqliteWriter::SavePending()
@@ -315,44 +330,18 @@ bool CSqliteWriter::SavePending()
         return true;
     }
     const PendingPart part = *std::exchange(pending_, std::nullopt);
-    return part.whole ? SaveWhole(part, part.old_search.has_value())
-                      : connection_->Execute("UPDATE part SET slots = ?, sum = ? WHERE id = ?", qint64{part.row.slots},
-                                             PartSum(connection_->Salt(), part.row), part.row.id);
+    return part.old ? SaveChanges(part) : SaveWhole(part.row, false);
 }
 
-// The index has no copy of the text and must be told what to forget.
-bool CSqliteWriter::SaveWhole(const PendingPart& part, bool there)
+bool CSqliteWriter::SaveWhole(const PartRow& row, bool there)
 {
-    const PartRow& row = part.row;
     const QString search_text = SearchText(row);
-    const bool forgotten =
-        !part.old_search || connection_->Execute(forget_search, row.id, SearchPairs(*part.old_search));
-    return forgotten &&
-           connection_->Execute(std::string(there ? "REPLACE" : "INSERT") +
+    return connection_->Execute(std::string(there ? "REPLACE" : "INSERT") +
                                     " INTO part VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
                                 row.id, row.folder, qint64{row.slots}, qint64{row.thickness}, row.name, row.material,
                                 row.machine, row.comment, PartSum(connection_->Salt(), row), search_text,
                                 SortKey(row.name), SortKey(row.material), SortKey(row.machine), SortKey(row.comment)) &&
            connection_->Execute("INSERT INTO part_search(rowid, pairs) VALUES(?, ?)", row.id, SearchPairs(search_text));
-}
-
-bool CSqliteWriter::RemovePart(qint64 folder, const QString& name)
-{
-    changed_ = true;
-    if (!Take(folder, name)) {
-        return false;
-    }
-    if (!pending_) {
-        return Refuse(LibraryFault::NoPart, name, {});
-    }
-    const PendingPart part = *std::exchange(pending_, std::nullopt);
-    --new_parts_[folder];
-    bool removed = true;
-    for (const FileKind& kind : file_kinds) {
-        removed = removed && RemoveFile(part.row.id * slots_per_part + static_cast<qint64>(kind.slot));
-    }
-    return removed && connection_->Execute(forget_search, part.row.id, SearchPairs(*part.old_search)) &&
-           connection_->Execute("DELETE FROM part WHERE id = ?", part.row.id);
 }
 
 } // namespace partkeep

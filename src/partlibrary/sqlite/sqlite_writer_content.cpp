@@ -58,31 +58,31 @@ std::optional<StoredContent> CSqliteWriter::Store(FileSlot slot, const ContentSo
     return stored;
 }
 
-bool CSqliteWriter::RemoveFile(qint64 file)
+// Files by their ids, with their content.
+bool CSqliteWriter::RemoveFiles(qint64 first, qint64 last)
 {
-    CStatement find(*connection_, "SELECT content FROM part_file WHERE id = ?");
-    if (!find.With(file).Next()) {
-        return !find.Failed();
+    CStatement find(*connection_, "SELECT content FROM part_file WHERE id BETWEEN ? AND ?");
+    for (find.With(first, last); find.Next();) {
+        const qint64 piece = find.Integer(0) * pieces_per_content;
+        if (!connection_->Execute("DELETE FROM piece WHERE id BETWEEN ? AND ?", piece,
+                                  piece + pieces_per_content - 1)) {
+            return false;
+        }
     }
-    const qint64 first = find.Integer(0) * pieces_per_content;
-    return connection_->Execute("DELETE FROM piece WHERE id BETWEEN ? AND ?", first, first + pieces_per_content - 1) &&
-           connection_->Execute("DELETE FROM part_file WHERE id = ?", file);
+    return !find.Failed() && connection_->Execute("DELETE FROM part_file WHERE id BETWEEN ? AND ?", first, last);
 }
 
 bool CSqliteWriter::PutFile(PartId part, FileSlot slot, const StoredContent& content)
 {
     changed_ = true;
-    if (!pending_ || pending_->row.id != part) {
-        CStatement find(*connection_, part_with_search + "WHERE id = ?");
-        if (!SavePending() || !Take(find.With(part)) || !pending_) {
-            return find.Failed() ? false : Refuse(LibraryFault::NoPart, QString::number(part), {});
-        }
+    if (!Take(part)) {
+        return false;
     }
     const qint64 id = part * slots_per_part + static_cast<qint64>(slot);
     const bool there = (pending_->row.slots & SetOf(slot)) != 0;
     pending_->row.slots |= SetOf(slot);
     const std::string_view hash(content.hash.constData(), static_cast<std::size_t>(content.hash.size()));
-    return (!there || RemoveFile(id)) &&
+    return (!there || RemoveFiles(id, id)) &&
            connection_->Execute("INSERT INTO part_file VALUES(?, ?, ?, ?, ?)", id, content.id, content.bytes,
                                 content.hash, FileSum(connection_->Salt(), id, content.id, content.bytes, hash));
 }

@@ -1,0 +1,134 @@
+// What a writer changes in what stands there already, seen by itself within its transaction, by others after it, and
+// by the check.
+#include "tests/partlibrary/library_fixture.h"
+
+#include <array>
+
+namespace partkeep {
+namespace {
+
+class LibraryEdits : public LibraryShop {
+protected:
+    // All folders and parts, with what tells an edit.
+    static void Tell(IPartLibrary& library, const QString& path, std::string& told) // NOLINT(misc-no-recursion)
+    {
+        const auto folder = library.FindFolder(path);
+        const auto parts = library.PartsBehind(folder ? folder->id : 0, {}, 100);
+        const auto inside = library.Folders(path);
+        ASSERT_TRUE(folder && parts && inside && library.FindFolder(folder->id)->path == path);
+        told += "[" + ToUtf8(path) + "]";
+        for (const PartRow& part : *parts) {
+            const auto files = library.Files(std::array{part.id});
+            ASSERT_TRUE(files && library.FindPart(path, part.name)->id == part.id);
+            told += ToUtf8(part.name + u'=' + part.material) + std::to_string(files->size()) + " ";
+        }
+        for (const FolderRow& row : *inside) {
+            Tell(library, row.path, told);
+        }
+    }
+    static std::string All(IPartLibrary& library)
+    {
+        std::string told;
+        Tell(library, {}, told);
+        return told;
+    }
+
+    LibraryProblem problem_;
+};
+
+TEST_F(LibraryEdits, EachIsSeenWholeOrNotAtAll)
+{
+    const auto id = [](ILibraryWriter& writer, const char16_t* folder, const char16_t* name) {
+        return writer.Library().FindPart(QString::fromUtf16(folder), QString::fromUtf16(name))->id;
+    };
+    const auto p1 = [&](ILibraryWriter& writer) { return id(writer, u"Plates\\2008", u"P1"); };
+    const struct {
+        const char* label;
+        std::function<bool(ILibraryWriter&)> edit;
+        LibraryFault fault;
+        const char* after;
+    } rows[] = {
+        {"attributes",
+         [&](auto& w) {
+             return w.SetAttributes(p1(w), {7, u"Cu"_s, {}, {}});
+         },
+         LibraryFault::None, "[][Plates]Top=1 [Plates\\2008]Bare=0 P1=Cu7 P10=2 P2=1 p1=1 "},
+        {"an attribute that is refused",
+         [&](auto& w) {
+             return w.SetAttributes(p1(w), {0, u"a\tb"_s, {}, {}});
+         },
+         LibraryFault::BadInput, nullptr},
+        {"no such part", [&](auto& w) { return w.SetAttributes(999, {}); }, LibraryFault::NoPart, nullptr},
+        {"a name", [&](auto& w) { return w.MovePart(p1(w), *w.MakeFolder(u"A"_s), u"Q"_s); }, LibraryFault::None,
+         "[][A]Q=Cu7 [Plates]Top=1 [Plates\\2008]Bare=0 P10=2 P2=1 p1=1 "},
+        {"the same name", [&](auto& w) { return w.MovePart(id(w, u"A", u"Q"), *w.MakeFolder(u"A"_s), u"Q"_s); },
+         LibraryFault::None, nullptr},
+        {"a name that another has",
+         [&](auto& w) { return w.MovePart(id(w, u"A", u"Q"), *w.MakeFolder(u"Plates\\2008"_s), u"P2"_s); },
+         LibraryFault::AlreadyThere, nullptr},
+        {"a name that is refused", [&](auto& w) { return w.MovePart(id(w, u"A", u"Q"), 1, u"nul"_s); },
+         LibraryFault::NameRefused, nullptr},
+        {"a folder with a folder", [](auto& w) { return w.MoveFolder(u"Plates"_s, u"B\\C"_s); }, LibraryFault::None,
+         "[][A]Q=Cu7 [B][B\\C]Top=1 [B\\C\\2008]Bare=0 P10=2 P2=1 p1=1 "},
+        {"a folder into itself", [](auto& w) { return w.MoveFolder(u"B"_s, u"B\\C\\D"_s); }, LibraryFault::BadInput,
+         nullptr},
+        {"a folder that is there", [](auto& w) { return w.MoveFolder(u"A"_s, u"B"_s); }, LibraryFault::AlreadyThere,
+         nullptr},
+        {"a folder inside gets too long", [](auto& w) { return w.MoveFolder(u"B\\C"_s, QString(95, u'x')); },
+         LibraryFault::NameRefused, nullptr},
+        {"no such folder", [](auto& w) { return w.MoveFolder(u"Z"_s, u"Y"_s); }, LibraryFault::NoFolder, nullptr},
+        {"a folder that is not empty", [](auto& w) { return w.RemoveFolder(u"B\\C\\2008"_s); }, LibraryFault::BadInput,
+         nullptr},
+        {"the root", [](auto& w) { return w.RemoveFolder({}); }, LibraryFault::BadInput, nullptr},
+        {"parts, and their folder then",
+         [&](auto& w) {
+             return w.RemoveParts(std::array{id(w, u"A", u"Q")}) && w.RemoveFolder(u"A"_s) &&
+                    w.RemovePart(u"B\\C"_s, u"Top"_s);
+         },
+         LibraryFault::None, "[][B][B\\C][B\\C\\2008]Bare=0 P10=2 P2=1 p1=1 "},
+        {"part of it fails",
+         [&](auto& w) { return w.RemovePart(u"B\\C\\2008"_s, u"P2"_s) && w.RemoveParts(std::array{PartId{999}}); },
+         LibraryFault::NoPart, nullptr},
+    };
+    for (const auto& row : rows) {
+        const auto library = CSqliteLibrary::Open(library_file_, problem_);
+        const std::string before = All(*library);
+        const auto revision = library->Revision();
+        const auto writer = CSqliteWriter::Open(library_file_, problem_);
+        ASSERT_TRUE(writer != nullptr && writer->Begin()) << row.label;
+        const bool done = row.edit(*writer);
+        EXPECT_EQ(done, row.fault == LibraryFault::None) << row.label << ": " << ProblemText(writer->Problem());
+        if (done) {
+            const std::string after = row.after != nullptr ? row.after : before;
+            EXPECT_EQ(All(writer->Library()), after) << row.label;
+            EXPECT_EQ(All(*library), before) << row.label << ": nothing is seen before the commit";
+            ASSERT_TRUE(writer->Commit()) << row.label;
+            EXPECT_EQ(All(*library), after) << row.label;
+            EXPECT_NE(library->Revision(), revision) << row.label;
+        } else {
+            EXPECT_EQ(writer->Problem().fault, row.fault) << row.label << ": " << ProblemText(writer->Problem());
+            writer->Rollback();
+            EXPECT_EQ(All(*library), before) << row.label;
+        }
+        EXPECT_EQ(Check(), "") << row.label;
+    }
+}
+
+TEST_F(LibraryEdits, NumbersAreNotGivenAgainAndAReplacedLibraryIsNotWritten)
+{
+    qint64 gone = 0;
+    libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& writer) {
+        gone = *writer.MakeFolder(u"Last"_s);
+        ASSERT_TRUE(writer.RemoveFolder(u"Last"_s));
+        EXPECT_NE(*writer.MakeFolder(u"Other"_s), gone);
+    });
+    const auto writer = CSqliteWriter::Open(library_file_, problem_);
+    const std::string file = library_file_.toStdString();
+    std::filesystem::rename(file, file + "~");
+    std::filesystem::copy_file(file + "~", file);
+    EXPECT_FALSE(writer->Begin());
+    EXPECT_EQ(writer->Problem().fault, LibraryFault::Replaced);
+}
+
+} // namespace
+} // namespace partkeep
