@@ -92,6 +92,17 @@ public:
     [[nodiscard]] virtual std::unique_ptr<IPartListing> List(const PartListView& view, qint64 parts,
                                                              const IPartListing* wider) = 0;
 
+    // Whether List, Ids and Visible know views of all folders, and views that keep to one value of a column.
+    [[nodiscard]] virtual bool ListsAllFolders() const { return false; }
+
+    // What the parts of a list have in a column, in order, for a choice among them: those of the folder where the list
+    // is long. At most `most`; nothing on an error or where the library cannot tell.
+    [[nodiscard]] virtual std::optional<std::vector<ColumnValue>> Values(const PartListView& /*view*/,
+                                                                         PartColumn /*column*/, std::size_t /*most*/)
+    {
+        return std::nullopt;
+    }
+
     // All ids in the order of the view, and those of `ids` that it shows. Nothing on an error.
     [[nodiscard]] virtual std::optional<std::vector<PartId>> Ids(const PartListView& view) = 0;
     [[nodiscard]] virtual std::optional<std::vector<PartId>> Visible(const PartListView& view,

@@ -53,21 +53,28 @@ qint64 Adapted(qint64 window, qint64 nanoseconds, qint64 smallest, qint64 larges
 
 } // namespace
 
-CPartPages::CPartPages(std::shared_ptr<CConnection> connection, PartListView view, qint64 parts_in_folder)
-    : connection_(std::move(connection)), view_(std::move(view)), words_(SearchWords(view_.search)),
-      phase_(parts_in_folder > small_folder && !words_.isEmpty() ? Phase::Sample : Phase::Walk),
+CPartPages::CPartPages(std::shared_ptr<CConnection> connection, PartListView view, qint64 parts_in_folder,
+                       std::shared_ptr<const CServerFolders> folders)
+    : connection_(std::move(connection)), view_(std::move(view)), shown_{SearchWords(view_.search), std::move(folders)},
+      phase_(parts_in_folder > small_folder && !shown_.words.isEmpty() ? Phase::Sample : Phase::Walk),
       window_(smallest_window * 4), candidate_window_(smallest_candidate_window), anchors_(1)
 {
+    if (view_.folder == all_folders && shown_.folders == nullptr) {
+        Fail();
+    }
 }
 
 bool CPartPages::NarrowFrom(const CPartPages& wider)
 {
     PartListView same = wider.view_;
     same.search = view_.search;
-    const bool narrows = std::all_of(wider.words_.begin(), wider.words_.end(), [this](const QString& old) {
-        return std::any_of(words_.begin(), words_.end(), [&old](const QString& word) { return word.contains(old); });
-    });
-    if (!wider.Complete() || static_cast<qint64>(wider.ids_.size()) != wider.count_ || same != view_ || !narrows) {
+    const auto& words = shown_.words;
+    const bool narrows =
+        std::all_of(wider.shown_.words.begin(), wider.shown_.words.end(), [&words](const QString& old) {
+            return std::any_of(words.begin(), words.end(), [&old](const QString& word) { return word.contains(old); });
+        });
+    if (!wider.Complete() || static_cast<qint64>(wider.ids_.size()) != wider.count_ || same != view_ || !narrows ||
+        Failed()) {
         return false;
     }
     candidates_ = wider.ids_;
@@ -99,7 +106,7 @@ bool CPartPages::Step()
 // Those of the candidates that the list shows, in its order.
 void CPartPages::StepAmong()
 {
-    CPartResult statement(*connection_, CPartQuery(view_, "part.id").Among(candidates_).Shown(words_).Ordered());
+    CPartResult statement(*connection_, CPartQuery(view_, "part.id").Among(candidates_).Shown(shown_).Ordered());
     while (statement.Next()) {
         ids_.push_back(statement.Integer(0));
     }
@@ -124,7 +131,7 @@ void CPartPages::StepSample()
     }
     last_id_ = std::min(last.Integer(0), max_part_id);
     std::vector<std::pair<int, QString>> terms;
-    for (const QString& term : IndexTerms(words_)) {
+    for (const QString& term : IndexTerms(shown_.words)) {
         terms.emplace_back(0, term);
     }
     CStatement part(*connection_, "SELECT search_text FROM part WHERE id >= ? LIMIT 1");
@@ -214,7 +221,7 @@ void CPartPages::TakeWindow(const std::optional<PartPosition>& end)
 {
     const bool listed = static_cast<qint64>(ids_.size()) == count_ && count_ < held_ids;
     CPartQuery query(view_, listed ? "part.id" : "count(*)");
-    query.Folder().Beyond(at_).UpTo(end).Shown(words_);
+    query.Folder().Beyond(at_).UpTo(end).Shown(shown_);
     if (listed) {
         query.Ordered();
     }
@@ -248,7 +255,7 @@ CPartQuery CPartPages::From(qint64 first, qint64 limit, const std::string& colum
     return CPartQuery(view_, columns)
         .Folder()
         .Beyond(anchor.position)
-        .Shown(words_)
+        .Shown(shown_)
         .Ordered()
         .Part(first - anchor.rows, limit);
 }
@@ -262,13 +269,27 @@ std::vector<PartRow> CPartPages::Rows(qint64 first, qint64 limit)
     std::vector<PartRow> rows;
     PartRow row;
     for (CPartResult statement(*connection_, From(first, known, part_row_columns)); statement.Next();) {
-        if (ReadPartRow(statement, row) != RowFault::None) {
-            connection_->SetProblem(DamagedRow(*connection_));
+        if (!TakeRow(statement, row)) {
             break;
         }
         rows.push_back(row);
     }
     return rows;
+}
+
+// A folder that has come since the list began counts as gone until the next one.
+bool CPartPages::TakeRow(const CStatement& statement, PartRow& row) const
+{
+    if (ReadPartRow(statement, row) != RowFault::None) {
+        connection_->SetProblem(DamagedRow(*connection_));
+        return false;
+    }
+    if (shown_.folders != nullptr) {
+        const QString* path = shown_.folders->Path(row.folder);
+        row.folder_path = path != nullptr ? *path : QString();
+        row.name = path != nullptr ? row.name : QString();
+    }
+    return true;
 }
 
 std::vector<PartRow> CPartPages::RowsByIds(qint64 first, qint64 limit)
@@ -283,8 +304,7 @@ std::vector<PartRow> CPartPages::RowsByIds(qint64 first, qint64 limit)
                           CPartQuery(view_, std::string(part_row_columns) + ", wanted.key").Among(ids).Shown({}));
     while (statement.Next()) {
         PartRow& row = rows[static_cast<std::size_t>(statement.Integer(part_row_column_count))];
-        if (ReadPartRow(statement, row) != RowFault::None) {
-            connection_->SetProblem(DamagedRow(*connection_));
+        if (!TakeRow(statement, row)) {
             return {};
         }
     }
@@ -307,7 +327,7 @@ std::vector<PartId> CPartPages::Ids(qint64 first, qint64 limit)
 
 std::optional<PartPosition> CPartPages::PositionOf(PartId part)
 {
-    CPartResult statement(*connection_, CPartQuery(view_, PositionColumns(view_.sort)).One(part).Shown(words_));
+    CPartResult statement(*connection_, CPartQuery(view_, PositionColumns(view_.sort)).One(part).Shown(shown_));
     return statement.Next() ? std::optional(ReadPosition(statement, 0, view_.sort)) : std::nullopt;
 }
 
@@ -326,7 +346,7 @@ std::optional<qint64> CPartPages::RowOf(PartId part)
     });
     const Anchor& anchor = *std::prev(behind);
     CPartResult statement(*connection_,
-                          CPartQuery(view_, "count(*)").Folder().Beyond(anchor.position).UpTo(position).Shown(words_));
+                          CPartQuery(view_, "count(*)").Folder().Beyond(anchor.position).UpTo(position).Shown(shown_));
     if (!statement.Next()) {
         return std::nullopt;
     }

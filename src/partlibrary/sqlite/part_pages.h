@@ -19,8 +19,10 @@ namespace partkeep {
 
 class CPartPages : public IPartListing {
 public:
-    // Parts in the folder as it counts them: tells small from large.
-    CPartPages(std::shared_ptr<CConnection> connection, PartListView view, qint64 parts_in_folder);
+    // Parts in the folder as it counts them: tells small from large. A view of all folders gets them, too; without them
+    // it has failed.
+    CPartPages(std::shared_ptr<CConnection> connection, PartListView view, qint64 parts_in_folder,
+               std::shared_ptr<const CServerFolders> folders = nullptr);
 
     // Looks only among the rows of a list that this one's search narrows. False when that list does not hold
     // all its ids, or shows something else. To be called before the first step.
@@ -51,12 +53,13 @@ private:
     void Fail() { phase_ = Phase::Failed; }
     [[nodiscard]] const Anchor& AnchorBefore(qint64 row) const;
     [[nodiscard]] CPartQuery From(qint64 first, qint64 limit, const std::string& columns) const;
+    bool TakeRow(const CStatement& statement, PartRow& row) const;
     [[nodiscard]] std::vector<PartRow> RowsByIds(qint64 first, qint64 limit);
     [[nodiscard]] std::optional<PartPosition> PositionOf(PartId part);
 
     std::shared_ptr<CConnection> connection_;
     PartListView view_;
-    QStringList words_;
+    ShownRows shown_;
     QStringList index_words_; // those of their pairs that the index is asked for
     Phase phase_;
     qint64 count_ = 0;

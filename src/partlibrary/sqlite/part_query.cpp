@@ -16,30 +16,35 @@ const char* KeyColumn(PartColumn column)
     return key_columns[static_cast<std::size_t>(column)];
 }
 
-std::string Keys(PartColumn column, const std::string& end = {})
+std::string Keys(const PartListView& view, const std::string& end = {})
 {
+    const std::string folder = view.folder == all_folders ? "folder" + end + ", " : std::string();
     const std::string behind = "name_key" + end + ", part.id" + end; // a list of ids has an id of its own
-    return column == PartColumn::Name ? behind : KeyColumn(column) + end + ", " + behind;
+    return folder + (view.sort == PartColumn::Name ? behind : KeyColumn(view.sort) + end + ", " + behind);
 }
 
 } // namespace
 
 std::string PositionColumns(PartColumn sort)
 {
-    return KeyColumn(sort) + std::string(", name_key, part.id");
+    return std::string("folder, ") + KeyColumn(sort) + ", name_key, part.id";
 }
 
 PartPosition ReadPosition(const CStatement& statement, int column, PartColumn sort)
 {
     const bool number = sort == PartColumn::Thickness;
-    return {number ? SqlValue(statement.Integer(column)) : SqlValue(statement.Bytes(column)),
-            statement.Bytes(column + 1), statement.Integer(column + 2)};
+    return {statement.Integer(column),
+            number ? SqlValue(statement.Integer(column + 1)) : SqlValue(statement.Bytes(column + 1)),
+            statement.Bytes(column + 2), statement.Integer(column + 3)};
 }
 
 bool Precedes(const PartListView& view, const PartPosition& left, const PartPosition& right)
 {
     const PartPosition& low = view.descending ? right : left;
     const PartPosition& high = view.descending ? left : right;
+    if (view.folder == all_folders && low.folder != high.folder) {
+        return low.folder < high.folder;
+    }
     if (view.sort != PartColumn::Name && low.column_key != high.column_key) {
         return low.column_key < high.column_key;
     }
@@ -50,8 +55,8 @@ CPartQuery::CPartQuery(const PartListView& view, const std::string& columns) : v
 
 CPartQuery& CPartQuery::Folder()
 {
-    sql_ += " FROM part WHERE folder = ?";
-    values_.emplace_back(view_.folder);
+    sql_ += " FROM part WHERE ";
+    InFolder("folder");
     return *this;
 }
 
@@ -62,27 +67,47 @@ CPartQuery& CPartQuery::Among(const std::vector<PartId>& ids)
     for (const PartId id : ids) {
         list += QString::number(id);
     }
-    sql_ += " FROM json_each(?) AS wanted CROSS JOIN part ON part.id = wanted.value WHERE +folder = ?";
+    sql_ += " FROM json_each(?) AS wanted CROSS JOIN part ON part.id = wanted.value WHERE ";
     values_.emplace_back(QString(u'[' + list.join(u',') + u']'));
-    values_.emplace_back(view_.folder);
+    InFolder("+folder");
     return *this;
 }
 
 CPartQuery& CPartQuery::One(PartId part)
 {
-    sql_ += " FROM part WHERE id = ? AND +folder = ?";
+    sql_ += " FROM part WHERE id = ? AND ";
     values_.emplace_back(part);
-    values_.emplace_back(view_.folder);
+    InFolder("+folder");
     return *this;
 }
 
-CPartQuery& CPartQuery::Shown(const QStringList& words)
+void CPartQuery::InFolder(const char* column)
 {
+    if (view_.folder == all_folders) {
+        sql_ += "TRUE";
+    } else {
+        sql_ += column + std::string(" = ?");
+        values_.emplace_back(view_.folder);
+    }
+}
+
+// The order of the rows drives a list, so a column that is kept to one value does not offer its index.
+CPartQuery& CPartQuery::Shown(const ShownRows& rows)
+{
+    if (rows.folders != nullptr && !rows.folders->Refused().isEmpty()) {
+        sql_ += " AND folder NOT IN (SELECT value FROM json_each(?))";
+        values_.emplace_back(rows.folders->Refused());
+    }
+    for (const auto& [column, value] : view_.only) {
+        const bool number = column == PartColumn::Thickness;
+        sql_ += " AND +" + std::string(KeyColumn(column)) + " = ?";
+        values_.push_back(number ? SqlValue(value.key.toLongLong()) : SqlValue(value.key));
+    }
     if (view_.filter != all_data_kinds) {
         sql_ += " AND (slots & ?) <> 0";
         values_.emplace_back(qint64{SlotsOfMask(view_.filter)});
     }
-    for (const QString& word : words) {
+    for (const QString& word : rows.words) {
         sql_ += " AND instr(search_text, ?) > 0";
         values_.emplace_back(word);
     }
@@ -106,7 +131,11 @@ CPartQuery& CPartQuery::Compare(const std::optional<PartPosition>& position, con
         return *this;
     }
     const bool by_name = view_.sort == PartColumn::Name;
-    sql_ += " AND (" + Keys(view_.sort) + ") " + sign + (by_name ? " (?, ?)" : " (?, ?, ?)");
+    const bool one_folder = view_.folder != all_folders;
+    sql_ += " AND (" + Keys(view_) + ") " + sign + (one_folder ? " (" : " (?, ") + (by_name ? "?, ?)" : "?, ?, ?)");
+    if (!one_folder) {
+        values_.emplace_back(position->folder);
+    }
     if (!by_name) {
         values_.push_back(position->column_key);
     }
@@ -117,7 +146,7 @@ CPartQuery& CPartQuery::Compare(const std::optional<PartPosition>& position, con
 
 CPartQuery& CPartQuery::Ordered()
 {
-    sql_ += " ORDER BY " + Keys(view_.sort, view_.descending ? " DESC" : "");
+    sql_ += " ORDER BY " + Keys(view_, view_.descending ? " DESC" : "");
     return *this;
 }
 

@@ -3,10 +3,12 @@
 #pragma once
 
 #include "partlibrary/sqlite/connection.h"
+#include "partlibrary/sqlite/server_folders.h"
 
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,9 +17,16 @@ namespace partkeep {
 
 // Where a row stands in the order of a view.
 struct PartPosition {
+    qint64 folder = 0;   // not used in the list of one folder
     SqlValue column_key; // not used when sorted by name
     QByteArray name_key;
     PartId id = 0;
+};
+
+// What a view asks of its rows beyond their folder.
+struct ShownRows {
+    QStringList words;                             // of its search
+    std::shared_ptr<const CServerFolders> folders; // in a view of all folders
 };
 
 // The columns that a row's place in the order is made of, and what reads them from `column` on.
@@ -31,13 +40,13 @@ class CPartQuery {
 public:
     CPartQuery(const PartListView& view, const std::string& columns);
 
-    // Where the rows come from; one of these is called first. All keep to the view's folder.
+    // Where the rows come from; one of these is called first. All keep to the view's folder, if it has one.
     CPartQuery& Folder();
     CPartQuery& Among(const std::vector<PartId>& ids); // "wanted.key" is then a row's number in `ids`
     CPartQuery& One(PartId part);
 
     // The view's filter, the words of its search, and the gate for what is only counted.
-    CPartQuery& Shown(const QStringList& words);
+    CPartQuery& Shown(const ShownRows& rows);
 
     // Where they lie in the view's order. Nothing stands for its start or its end.
     CPartQuery& Beyond(const std::optional<PartPosition>& position);
@@ -50,6 +59,7 @@ public:
     [[nodiscard]] const std::vector<SqlValue>& Values() const { return values_; }
 
 private:
+    void InFolder(const char* column);
     CPartQuery& Compare(const std::optional<PartPosition>& position, const char* sign);
 
     const PartListView& view_;

@@ -3,6 +3,7 @@
 #include "partlibrary/library/library_names.h"
 #include "partlibrary/library/sort_text.h"
 #include "partlibrary/sqlite/part_pages.h"
+#include "partlibrary/sqlite/part_values.h"
 #include "partlibrary/sqlite/schema.h"
 
 #include <algorithm>
@@ -134,7 +135,9 @@ std::optional<std::vector<FolderRow>> CSqliteLibrary::Folders(const QString& pat
 std::unique_ptr<IPartListing> CSqliteLibrary::List(const PartListView& view, qint64 parts_in_folder,
                                                    const IPartListing* wider)
 {
-    auto pages = std::make_unique<CPartPages>(connection_, view, parts_in_folder);
+    auto folders = FoldersOf(view);
+    const qint64 parts = folders != nullptr ? folders->Parts() : parts_in_folder;
+    auto pages = std::make_unique<CPartPages>(connection_, view, parts, std::move(folders));
     if (const auto* const known = dynamic_cast<const CPartPages*>(wider); known != nullptr) {
         pages->NarrowFrom(*known);
     }
@@ -144,14 +147,14 @@ std::unique_ptr<IPartListing> CSqliteLibrary::List(const PartListView& view, qin
 // A search may be rare, and then its index is quicker than the folder.
 std::optional<std::vector<PartId>> CSqliteLibrary::Ids(const PartListView& view)
 {
-    if (SearchWords(view.search).isEmpty()) {
+    if (SearchWords(view.search).isEmpty() && view.folder != all_folders) {
         return ReadIds(*connection_, CPartQuery(view, "part.id").Folder().Shown({}).Ordered());
     }
     CStatement count(*connection_, "SELECT parts FROM folder WHERE id = ?");
-    CPartPages pages(connection_, view, count.With(view.folder).Next() ? count.Integer(0) : 0);
-    pages.Finish();
-    auto ids = pages.Ids(0, pages.Count());
-    const bool whole = pages.Complete() && static_cast<qint64>(ids.size()) == pages.Count();
+    const auto pages = List(view, count.With(view.folder).Next() ? count.Integer(0) : 0, nullptr);
+    pages->Finish();
+    auto ids = pages->Ids(0, pages->Count());
+    const bool whole = pages->Complete() && static_cast<qint64>(ids.size()) == pages->Count();
     return whole ? std::optional(std::move(ids)) : std::nullopt;
 }
 
@@ -160,7 +163,28 @@ std::optional<std::vector<PartId>> CSqliteLibrary::Visible(const PartListView& v
     if (ids.empty()) {
         return ids;
     }
-    return ReadIds(*connection_, CPartQuery(view, "part.id").Among(ids).Shown(SearchWords(view.search)).Ordered());
+    const ShownRows shown{SearchWords(view.search), FoldersOf(view)};
+    if (view.folder == all_folders && shown.folders == nullptr) {
+        return std::nullopt;
+    }
+    return ReadIds(*connection_, CPartQuery(view, "part.id").Among(ids).Shown(shown).Ordered());
+}
+
+std::optional<std::vector<ColumnValue>> CSqliteLibrary::Values(const PartListView& view, PartColumn column,
+                                                               std::size_t most)
+{
+    CStatement count(*connection_, "SELECT parts FROM folder WHERE id = ?");
+    const auto list = List(view, count.With(view.folder).Next() ? count.Integer(0) : 0, nullptr);
+    return list->Failed() ? std::nullopt : ReadValues(*connection_, *list, column, most);
+}
+
+std::shared_ptr<const CServerFolders> CSqliteLibrary::FoldersOf(const PartListView& view)
+{
+    if (view.folder != all_folders) {
+        return nullptr;
+    }
+    server_folders_ = CServerFolders::Read(*connection_, std::move(server_folders_));
+    return server_folders_;
 }
 
 // The whole.

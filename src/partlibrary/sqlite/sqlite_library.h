@@ -5,6 +5,7 @@
 #include "partlibrary/library/part_library.h"
 #include "partlibrary/sqlite/connection.h"
 #include "partlibrary/sqlite/library_rows.h"
+#include "partlibrary/sqlite/server_folders.h"
 
 #include <memory>
 
@@ -26,6 +27,9 @@ public:
     [[nodiscard]] std::optional<std::vector<FolderRow>> Folders(const QString& path) override;
     [[nodiscard]] std::unique_ptr<IPartListing> List(const PartListView& view, qint64 parts,
                                                      const IPartListing* wider) override;
+    [[nodiscard]] bool ListsAllFolders() const override { return true; }
+    [[nodiscard]] std::optional<std::vector<ColumnValue>> Values(const PartListView& view, PartColumn column,
+                                                                 std::size_t most) override;
     [[nodiscard]] std::optional<std::vector<PartId>> Ids(const PartListView& view) override;
     [[nodiscard]] std::optional<std::vector<PartId>> Visible(const PartListView& view,
                                                              const std::vector<PartId>& ids) override;
@@ -47,9 +51,11 @@ private:
     [[nodiscard]] std::optional<PartRow> ReadPart(CStatement& statement, const QString& subject);
     [[nodiscard]] std::optional<std::vector<FileRow>> FileRows(PartId part);
     [[nodiscard]] std::optional<std::vector<FileRow>> Files(PartId part, SlotSet slots);
+    [[nodiscard]] std::shared_ptr<const CServerFolders> FoldersOf(const PartListView& view);
     LibraryProblem CopyPieces(const FileRow& file, const ContentSink& sink);
 
     std::shared_ptr<CConnection> connection_;
+    std::shared_ptr<const CServerFolders> server_folders_; // once they were asked for
 };
 
 } // namespace partkeep

@@ -1,0 +1,135 @@
+#include "partlibrary/sqlite/part_values.h"
+
+#include <QElapsedTimer>
+
+#include <algorithm>
+
+namespace partkeep {
+
+namespace {
+
+constexpr qint64 moment_ms = 120;
+constexpr qint64 few_rows = 20000;
+
+// The column as it is shown, and as it is ordered.
+struct Columns {
+    const char* text;
+    const char* key;
+};
+
+Columns ColumnsOf(PartColumn column)
+{
+    switch (column) {
+    case PartColumn::Thickness:
+        return {"thickness", "thickness"};
+    case PartColumn::Material:
+        return {"material", "material_key"};
+    case PartColumn::Machine:
+        return {"machine", "machine_key"};
+    case PartColumn::Name:
+        return {"name", "name_key"};
+    case PartColumn::Comment:
+        break;
+    }
+    return {"comment", "comment_key"};
+}
+
+class CValues {
+public:
+    CValues(CConnection& connection, PartColumn column, std::size_t most)
+        : connection_(connection), columns_(ColumnsOf(column)), number_(column == PartColumn::Thickness), most_(most)
+    {
+    }
+
+    bool OfParts(const std::vector<PartId>& ids)
+    {
+        const PartListView any;
+        const std::string wanted = Wanted();
+        const CPartQuery query = CPartQuery(any, wanted).Among(ids);
+        CStatement rows(connection_, query.Sql() + " GROUP BY " + columns_.key + " ORDER BY " + columns_.key +
+                                         " LIMIT " + std::to_string(most_));
+        for (rows.WithAll(query.Values()); rows.Next();) {
+            Take(rows);
+        }
+        return !rows.Failed();
+    }
+
+    // From one value to the next by the index, however many parts have it.
+    bool OfFolder(qint64 folder)
+    {
+        const std::string from = "SELECT " + Wanted() + " FROM part WHERE folder = ? ";
+        const std::string order = std::string(" ORDER BY ") + columns_.key + ", name_key LIMIT 1";
+        CStatement first(connection_, from + order);
+        CStatement next(connection_, from + "AND " + columns_.key + " > ?" + order);
+        CStatement* rows = &first.With(folder);
+        while (found_.size() < most_ && rows->Next()) {
+            const SqlValue key = Take(*rows);
+            rows = &next.WithAll({SqlValue(folder), key});
+        }
+        return !rows->Failed();
+    }
+
+    std::vector<ColumnValue> InOrder()
+    {
+        const auto below = [this](const ColumnValue& a, const ColumnValue& b) {
+            return number_ ? a.key.toLongLong() < b.key.toLongLong() : a.key < b.key;
+        };
+        std::stable_sort(found_.begin(), found_.end(), below);
+        found_.erase(
+            std::unique(found_.begin(), found_.end(), [](const auto& a, const auto& b) { return a.key == b.key; }),
+            found_.end());
+        return std::move(found_);
+    }
+
+private:
+    [[nodiscard]] std::string Wanted() const { return columns_.text + std::string(", ") + columns_.key; }
+
+    SqlValue Take(const CStatement& row)
+    {
+        found_.push_back(number_ ? ColumnValue{row.Text(0), row.Text(0).toUtf8()}
+                                 : ColumnValue{row.Text(0), row.Bytes(1)});
+        return number_ ? SqlValue(row.Integer(1)) : SqlValue(found_.back().key);
+    }
+
+    CConnection& connection_;
+    Columns columns_;
+    bool number_;
+    std::size_t most_;
+    std::vector<ColumnValue> found_;
+};
+
+std::optional<std::vector<qint64>> FolderIds(CConnection& connection, qint64 folder)
+{
+    if (folder != all_folders) {
+        return std::vector{folder};
+    }
+    CStatement rows(connection, "SELECT id FROM folder WHERE parts > 0");
+    std::vector<qint64> ids;
+    while (rows.Next()) {
+        ids.push_back(rows.Integer(0));
+    }
+    return rows.Failed() ? std::nullopt : std::optional(std::move(ids));
+}
+
+} // namespace
+
+std::optional<std::vector<ColumnValue>> ReadValues(CConnection& connection, IPartListing& list, PartColumn column,
+                                                   std::size_t most)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < moment_ms && list.Count() <= few_rows && list.Step()) {
+    }
+    CValues values(connection, column, most);
+    if (list.Complete() && list.Count() <= few_rows) {
+        return values.OfParts(list.Ids(0, list.Count())) ? std::optional(values.InOrder()) : std::nullopt;
+    }
+    const auto folders = FolderIds(connection, list.View().folder);
+    bool read = folders.has_value();
+    for (std::size_t i = 0; read && i < folders->size() && timer.elapsed() < 3 * moment_ms; ++i) {
+        read = values.OfFolder((*folders)[i]);
+    }
+    return read ? std::optional(values.InOrder()) : std::nullopt;
+}
+
+} // namespace partkeep
