@@ -2,6 +2,7 @@
 
 #include "platform/files.h"
 #include "resources/resource_ids.h"
+#include "samples/sample_library.h"
 #include "settings/process_values.h"
 #include "tests/support/browser_signatures.h"
 
@@ -186,8 +187,9 @@ const std::map<std::string, COperatorRun::Verbs::Verb> COperatorRun::Verbs::all 
      [](auto& run, auto&, auto& words) {
          LibraryProblem problem;
          const auto writer = CSqliteWriter::Open(run.LibraryFile(run.session_->CurrentServer()), problem);
-         EXPECT_TRUE(writer != nullptr && writer->Begin() &&
-                     writer->RemovePart(run.session_->CurrentFolder().path, Qt(words[1])) && writer->Commit());
+         const auto part = run.session_->Library()->FindPart(run.session_->CurrentFolder().path, Qt(words[1]));
+         EXPECT_TRUE(part && writer != nullptr && writer->Begin() && writer->RemoveParts({&part->id, 1}) &&
+                     writer->Commit());
      }},
     {"disk",
      [](auto& run, auto&, auto& words) {
@@ -346,6 +348,19 @@ Lines COperatorRun::Noted(const std::string& kind) const
         }
     }
     return found;
+}
+
+const std::filesystem::path& SampleLibraries()
+{
+    static const CTemporaryFolder* const folder = new CTemporaryFolder; // until the process ends
+    static const std::filesystem::path path = [] {
+        QStringList made;
+        LibraryProblem problem;
+        const QString where = QString::fromStdString(folder->Path().string());
+        EXPECT_TRUE(MakeSampleLibraries(where, false, made, problem)) << ProblemText(problem);
+        return folder->Path();
+    }();
+    return path;
 }
 
 } // namespace partkeep

@@ -27,6 +27,9 @@ namespace partkeep {
 // stand for the calls that belong together, "staged*3" for three times the same; any other word for itself.
 [[nodiscard]] Lines ExpandCalls(const std::string& shorthand);
 
+// The libraries that the tool makes, in a folder. Made once: nothing changes them.
+[[nodiscard]] const std::filesystem::path& SampleLibraries();
+
 class COperatorRun : public IHiddenControls {
 public:
     // Libraries are copied from `source`, so that a run may damage them.
