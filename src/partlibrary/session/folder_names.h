@@ -1,5 +1,5 @@
 // The names in one folder by their form without letter case, for a run of files that arrive there one after the
-// other: the folder is read once and then watched, since reading thousands of names again for each part costs
+// other: from the second file on the folder is watched, since reading thousands of names again for each part costs
 // as much as copying it. Where a folder cannot be watched it is read each time.
 //
 // On a network the watch hears of this machine's changes alone. A file that another machine adds there in
