@@ -48,6 +48,7 @@ using LongText = std::array<char, long_text_bytes>;
 inline constexpr std::size_t image_block_bytes = 24000;
 inline constexpr std::size_t scratch_block_bytes = 256;
 inline constexpr std::size_t max_view_state_values = 32767;
+inline constexpr std::int32_t thickness_units = 10000; // in a millimetre
 
 // Kind masks in use.
 inline constexpr std::int16_t part_data_kind = 24;

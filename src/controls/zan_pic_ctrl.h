@@ -5,6 +5,10 @@
 #include "controls/control_wrapper.h"
 #include "controls/picture_contract.h"
 
+#include <cstdint>
+#include <string>
+#include <string_view>
+
 namespace partkeep {
 
 class CzXZanPicCtrl : public CControlWrapper {

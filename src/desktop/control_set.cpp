@@ -2,7 +2,7 @@
 
 #include "desktop/caption_fit.h"
 #include "desktop/control_widgets.h"
-#include "desktop/qt_values.h"
+#include "partlibrary/library/library_text.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
@@ -52,7 +52,7 @@ void CControlSet::Add(const TemplateControl& control, QWidget* widget)
     widget->setObjectName(QString::number(control.id));
     controls_.push_back({control.id, control.kind, widget, {}, control.kind != ControlKind::Label});
     if (control.kind != ControlKind::HostedControl) {
-        SetText(control.id, ToQString(control.caption));
+        SetText(control.id, FromWide(control.caption));
     }
 }
 

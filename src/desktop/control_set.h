@@ -5,7 +5,9 @@
 #include "desktop/dialog_font.h"
 #include "resources/dialog_templates.h"
 
+#include <QFont>
 #include <QPointer>
+#include <QRect>
 #include <QString>
 #include <QWidget>
 

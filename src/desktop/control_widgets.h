@@ -5,6 +5,7 @@
 
 #include <QComboBox>
 #include <QLineEdit>
+#include <QString>
 #include <QTreeWidget>
 
 namespace partkeep {

@@ -1,6 +1,6 @@
 #include "desktop/dialog_font.h"
 
-#include "desktop/qt_values.h"
+#include "partlibrary/library/library_text.h"
 #include "settings/process_values.h"
 
 #include <QFontMetrics>
@@ -38,7 +38,7 @@ int RoundedProduct(int number, int numerator, int denominator)
 QFont DialogFont(const DialogTemplate& dialog)
 {
     QFont font;
-    font.setFamilies(Families(ToQString(dialog.font)));
+    font.setFamilies(Families(FromWide(dialog.font)));
     font.setPixelSize(dialog.for_fingers ? finger_font_pixels
                                          : RoundedProduct(dialog.font_points, pixels_per_inch, points_per_inch));
     return font;

@@ -1,7 +1,7 @@
 #include "desktop/picture_control.h"
 
-#include "desktop/qt_values.h"
 #include "desktop/spoken_role.h"
+#include "partlibrary/library/library_text.h"
 #include "platform/files.h"
 #include "platform/text.h"
 
@@ -18,7 +18,7 @@ constexpr int focus_margin = 1;
 
 QImage ReadPicture(std::u16string_view path)
 {
-    QFile file(ToQString(WidenText(NativePath(path), utf8_code_page)));
+    QFile file(FromWide(WidenText(NativePath(path), utf8_code_page)));
     if (path.empty() || !FileExists(path) || !file.open(QIODevice::ReadOnly) || file.size() > max_file_bytes) {
         return {};
     }

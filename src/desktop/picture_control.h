@@ -8,6 +8,12 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+
 namespace partkeep {
 
 class CPictureWidget : public QWidget {

@@ -9,6 +9,8 @@
 
 #include <QPointer>
 
+#include <string>
+
 namespace partkeep {
 
 class CQtDialogEvents : public IDialogFrameEvents {

@@ -2,6 +2,7 @@
 
 #include "desktop/control_widgets.h"
 #include "desktop/qt_values.h"
+#include "partlibrary/library/library_text.h"
 
 #include <QCheckBox>
 
@@ -9,12 +10,12 @@ namespace partkeep {
 
 void CQtDialogFields::SetText(int id, std::u16string_view text)
 {
-    controls_.SetText(id, ToQString(text));
+    controls_.SetText(id, FromWide(text));
 }
 
 std::u16string CQtDialogFields::Text(int id) const
 {
-    return ToText(controls_.Text(id));
+    return ToWide(controls_.Text(id));
 }
 
 void CQtDialogFields::Enable(int id, bool enabled)
@@ -122,7 +123,7 @@ void CQtDialogFields::InsertEntry(int id, int index, std::u16string_view text)
 {
     if (auto* list = controls_.As<CDropDownList>(id)) {
         const bool none_selected = list->currentIndex() < 0;
-        list->insertItem(index, ToQString(text));
+        list->insertItem(index, FromWide(text));
         if (none_selected) {
             list->setCurrentIndex(-1);
         }

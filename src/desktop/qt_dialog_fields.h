@@ -5,6 +5,11 @@
 #include "desktop/dialog_frame.h"
 #include "platform/dialog_window.h"
 
+#include <QPointer>
+
+#include <string>
+#include <string_view>
+
 namespace partkeep {
 
 class CQtDialogFields : public IDialogFields {

@@ -2,6 +2,7 @@
 
 #include "desktop/qt_toolbar.h"
 #include "desktop/qt_values.h"
+#include "partlibrary/library/library_text.h"
 
 namespace partkeep {
 
@@ -44,7 +45,7 @@ void CQtDialogToolbar::PlaceToolbar()
 void CQtDialogToolbar::EnableToolTips()
 {
     if (bar_) {
-        bar_->EnableToolTips([this](int command) { return ToQString(events_.ToolTipText(command)); });
+        bar_->EnableToolTips([this](int command) { return FromWide(events_.ToolTipText(command)); });
     }
 }
 

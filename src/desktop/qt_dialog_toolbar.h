@@ -5,6 +5,8 @@
 #include "desktop/qt_dialog_events.h"
 #include "platform/dialog_window.h"
 
+#include <QPointer>
+
 namespace partkeep {
 
 class CQtToolbar;

@@ -7,6 +7,7 @@
 #include "desktop/qt_dialog_windows.h"
 #include "desktop/qt_input.h"
 #include "desktop/qt_values.h"
+#include "partlibrary/library/library_text.h"
 #include "platform/companion_place.h"
 
 #include <QApplication>
@@ -120,7 +121,7 @@ void CQtDialogWindow::MakeControls()
     const DialogUnits units = UnitsOf(template_, font);
     frame_->setObjectName(QString::number(template_.number));
     frame_->setFont(font);
-    frame_->setWindowTitle(ToQString(template_.title));
+    frame_->setWindowTitle(FromWide(template_.title));
     frame_->setFixedSize(units.ToPixels(0, 0, template_.width, template_.height).size());
     controls_ = CControlSet(font, units);
     for (const auto& control : template_.controls) {
@@ -238,7 +239,7 @@ void CQtDialogWindow::PlaceBesideOwner()
 void CQtDialogWindow::SetTitle(std::u16string_view title)
 {
     if (frame_) {
-        frame_->setWindowTitle(ToQString(title));
+        frame_->setWindowTitle(FromWide(title));
     }
 }
 

@@ -14,6 +14,7 @@
 
 #include <QEventLoop>
 #include <QIcon>
+#include <QPointer>
 
 #include <map>
 #include <memory>

@@ -4,6 +4,8 @@
 #include "desktop/hosted_control_factory.h"
 #include "platform/dialog_window.h"
 
+#include <memory>
+
 namespace partkeep {
 
 class CQtDialogWindows : public IDialogWindows {

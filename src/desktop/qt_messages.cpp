@@ -1,7 +1,7 @@
 #include "desktop/qt_messages.h"
 
 #include "desktop/qt_input.h"
-#include "desktop/qt_values.h"
+#include "partlibrary/library/library_text.h"
 #include "platform/posix/stderr_messages.h"
 #include "settings/local_strings.h"
 
@@ -24,11 +24,11 @@ void CQtMessages::Show(const Message& message)
     // By pointer: an owner that goes while the box is open takes the box with it.
     const QPointer<QMessageBox> box = new QMessageBox(owner_ ? owner_.data() : active.data());
     box->setWindowModality(Qt::ApplicationModal); // all windows of the system wait for the answer
-    box->setWindowTitle(ToQString(message.title));
+    box->setWindowTitle(FromWide(message.title));
     box->setTextFormat(Qt::PlainText); // names of parts may look like markup
-    box->setText(ToQString(message.text));
+    box->setText(FromWide(message.text));
     box->setIcon(message.kind == MessageKind::Exclamation ? QMessageBox::Warning : QMessageBox::NoIcon);
-    box->addButton(ToQString(LoadLocalString(LocalString::Ok)), QMessageBox::AcceptRole);
+    box->addButton(FromWide(LoadLocalString(LocalString::Ok)), QMessageBox::AcceptRole);
     box->exec();
     delete box;
     DropWaitingInput();

@@ -6,6 +6,8 @@
 #include <QFrame>
 #include <QPointer>
 
+#include <functional>
+
 namespace partkeep {
 
 class CPanelFrame : public QFrame {

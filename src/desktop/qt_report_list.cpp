@@ -1,14 +1,14 @@
 #include "desktop/qt_report_list.h"
 
 #include "desktop/control_widgets.h"
-#include "desktop/qt_values.h"
+#include "partlibrary/library/library_text.h"
 
 namespace partkeep {
 
 void CQtReportList::InsertColumn(int id, int column, std::u16string_view header, int width)
 {
     if (auto* list = controls_.As<CReportList>(id)) {
-        list->AddColumn(column, ToQString(header), width);
+        list->AddColumn(column, FromWide(header), width);
     }
 }
 
@@ -22,21 +22,21 @@ void CQtReportList::SetFullRowSelect(int id)
 void CQtReportList::InsertRow(int id, int row, std::u16string_view text)
 {
     if (auto* list = controls_.As<CReportList>(id)) {
-        list->AddRow(row, ToQString(text));
+        list->AddRow(row, FromWide(text));
     }
 }
 
 void CQtReportList::SetCell(int id, int row, int column, std::u16string_view text)
 {
     if (auto* list = controls_.As<CReportList>(id)) {
-        list->SetCell(row, column, ToQString(text));
+        list->SetCell(row, column, FromWide(text));
     }
 }
 
 std::u16string CQtReportList::Cell(int id, int row, int column) const
 {
     const auto* list = controls_.As<CReportList>(id);
-    return list == nullptr ? std::u16string() : ToText(list->Cell(row, column));
+    return list == nullptr ? std::u16string() : ToWide(list->Cell(row, column));
 }
 
 void CQtReportList::DeleteRow(int id, int row)

@@ -4,6 +4,9 @@
 #include "desktop/control_set.h"
 #include "platform/dialog_window.h"
 
+#include <string>
+#include <string_view>
+
 namespace partkeep {
 
 class CQtReportList : public IReportList {

@@ -2,6 +2,7 @@
 // at least, as WCAG 2.1 measures it (success criterion 1.4.3).
 #pragma once
 
+#include <QColor>
 #include <QPalette>
 
 namespace partkeep {

@@ -10,7 +10,6 @@
 namespace partkeep {
 
 inline constexpr char16_t install_path_key[] = u"software\\Velmar\\ORVIC";
-inline constexpr char16_t install_path_value[] = u"installpath";
 
 // Reads a value under HKEY_LOCAL_MACHINE. 1 when the key opened, and `path` is then the value or empty; 0 when
 // not, and `path` is left alone. A value of more than 255 characters is not usable and reads as empty.

@@ -12,8 +12,6 @@ namespace partkeep {
 
 namespace {
 
-constexpr double thickness_units = 10000.0;
-
 // What the browser takes as a part's path; the bare name alone is not enough.
 std::u16string PartPath(std::u16string_view folder, std::u16string_view name)
 {
@@ -49,7 +47,7 @@ bool CPartLookup::QueryPartInfo(std::u16string_view server, std::u16string_view 
     record.MachineName = WidenText(blocks.machine.data());
     record.MaterialType = WidenText(blocks.material.data());
     record.PartComment = WidenText(blocks.comment.data());
-    record.Thickness = blocks.thickness / thickness_units;
+    record.Thickness = blocks.thickness / double{thickness_units};
     return true;
 }
 

@@ -8,6 +8,7 @@
 #include "platform/messages.h"
 #include "settings/machine_filter.h"
 
+#include <cstdint>
 #include <list>
 #include <string>
 #include <string_view>

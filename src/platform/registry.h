@@ -7,6 +7,9 @@
 
 namespace partkeep {
 
+// A value that holds a path: in the platform's own spelling where it stands, in the core's where it is read.
+inline constexpr char16_t install_path_value[] = u"installpath";
+
 enum class RegistryRoot { LocalMachine, CurrentUser };
 
 class IRegistry {

@@ -9,18 +9,17 @@ namespace partkeep {
 
 namespace {
 
-// Language ids are sublanguage * 1024 + primary language.
 std::uint32_t LanguageOf(std::int32_t language_id)
 {
     switch (language_id) {
     case 1:
-        return 1 * 1024 + 9;
+        return english_language;
     case 2:
-        return 1 * 1024 + 17;
+        return japanese_language;
     case 3:
-        return 2 * 1024 + 4;
+        return chinese_language;
     default:
-        return 1 * 1024 + 0;
+        return neutral_language;
     }
 }
 
@@ -50,7 +49,8 @@ std::u16string LoadLocalString(std::int32_t number)
     }
     const auto unsigned_number = static_cast<std::uint32_t>(number);
     const std::uint32_t language = LanguageOf(TheProcessValues().languageId);
-    return EntryOfBlock(StringBlock(unsigned_number / 16 + 1, language), unsigned_number % 16);
+    return EntryOfBlock(StringBlock(unsigned_number / strings_in_block + 1, language),
+                        unsigned_number % strings_in_block);
 }
 
 std::u16string LoadLocalString(LocalString number)

@@ -5,6 +5,7 @@
 
 #include <windows.h>
 
+#include <span>
 #include <utility>
 
 namespace partkeep {

@@ -4,6 +4,8 @@
 
 #include "windows/site_window.h"
 
+#include <memory>
+
 namespace partkeep {
 
 [[nodiscard]] std::shared_ptr<CSiteContent> MakePicturePanel(HWND site);

@@ -5,6 +5,9 @@
 
 #include <windows.h>
 
+#include <string>
+#include <string_view>
+
 namespace partkeep {
 
 // Sends a message to a control of a dialog. 0 where there is none.

@@ -5,6 +5,8 @@
 
 #include <windows.h>
 
+#include <memory>
+
 namespace partkeep {
 
 // Null when the window cannot be made. `area` in device pixels.

@@ -5,6 +5,9 @@
 
 #include <windows.h>
 
+#include <string>
+#include <string_view>
+
 namespace partkeep {
 
 class CWinReportList final : public IReportList {

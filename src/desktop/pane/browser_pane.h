@@ -12,8 +12,13 @@
 #include "partlibrary/session/browser_session.h"
 
 #include <QElapsedTimer>
+#include <QList>
+#include <QPoint>
+#include <QString>
 #include <QWidget>
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 
 class QFrame;

@@ -31,7 +31,6 @@ constexpr int button_side = 32; // large enough for a finger
 constexpr int row_with_picture = 38;
 constexpr int row_without_picture = 32;
 constexpr int first_tree_width = 190;
-constexpr int smallest_column = 40;
 constexpr int largest_column = 4000;
 constexpr std::array<int, part_columns> first_widths{150, 112, 92, 100, 110};
 

@@ -12,11 +12,10 @@ namespace partkeep {
 namespace {
 
 constexpr int width_step = 24;
-constexpr int smallest_width = 40;
 
 void Resize(QHeaderView& header, int column, int by)
 {
-    header.resizeSection(column, std::max(smallest_width, header.sectionSize(column) + by));
+    header.resizeSection(column, std::max(smallest_column, header.sectionSize(column) + by));
 }
 
 // Hidden columns have places too; a move that passes only them would show nothing.

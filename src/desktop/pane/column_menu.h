@@ -4,12 +4,15 @@
 #include "desktop/pane/pane_texts.h"
 
 #include <QMenu>
+#include <QString>
 
 #include <functional>
 
 class QHeaderView;
 
 namespace partkeep {
+
+inline constexpr int smallest_column = 40; // pixels, however a column came to its width
 
 struct ColumnMenuState {
     QHeaderView& header;

@@ -5,6 +5,8 @@
 #include <QList>
 #include <QString>
 
+#include <utility>
+
 namespace partkeep {
 
 struct PanePlace {

@@ -4,6 +4,8 @@
 
 #include <QAccessibleWidget>
 #include <QHash>
+#include <QList>
+#include <QString>
 
 namespace partkeep {
 

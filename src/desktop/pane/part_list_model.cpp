@@ -12,14 +12,13 @@ namespace {
 constexpr int page_rows = 64;
 constexpr int cached_pages = 32;
 constexpr int most_rows = 40'000'000; // a view's pixels are counted in 32 bits
-constexpr double units_per_mm = 10000.0;
 constexpr double mm_per_inch = 25.4;
 
 } // namespace
 
 QString ThicknessText(std::int32_t thickness, DisplayUnit unit)
 {
-    const double mm = thickness / units_per_mm;
+    const double mm = thickness / double{thickness_units};
     const QLocale locale = QLocale::c();
     return unit == DisplayUnit::Inch ? locale.toString(mm / mm_per_inch, 'f', 4) : locale.toString(mm, 'f', 2);
 }

@@ -6,9 +6,13 @@
 
 #include <QAbstractTableModel>
 #include <QCache>
+#include <QPixmap>
+#include <QString>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace partkeep {

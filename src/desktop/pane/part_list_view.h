@@ -3,6 +3,11 @@
 #pragma once
 
 #include <QAbstractItemView>
+#include <QPoint>
+#include <QRect>
+#include <QString>
+
+#include <functional>
 
 class QHeaderView;
 

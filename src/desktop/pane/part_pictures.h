@@ -4,6 +4,7 @@
 
 #include "partlibrary/library/part_library.h"
 
+#include <QByteArray>
 #include <QCache>
 #include <QPixmap>
 

@@ -1,6 +1,7 @@
 // Draws the cells of the part list on the row that the view has painted.
 #pragma once
 
+#include <QRect>
 #include <QStyledItemDelegate>
 
 namespace partkeep {

@@ -3,7 +3,9 @@
 
 #include "partlibrary/library/part_library.h"
 
+#include <QIcon>
 #include <QStandardItemModel>
+#include <QString>
 #include <QStringList>
 
 #include <functional>

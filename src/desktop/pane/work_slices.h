@@ -5,6 +5,7 @@
 #include "desktop/pane/part_list_model.h"
 #include "desktop/pane/part_pictures.h"
 
+#include <QString>
 #include <QTimer>
 
 #include <functional>

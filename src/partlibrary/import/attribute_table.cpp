@@ -1,5 +1,7 @@
 #include "partlibrary/import/attribute_table.h"
 
+#include "controls/part_browser_contract.h"
+
 #include <QStringDecoder>
 #include <QStringList>
 
@@ -10,7 +12,6 @@ namespace partkeep {
 
 namespace {
 
-constexpr qint64 thickness_unit = 10000;
 constexpr qsizetype thickness_decimals = 4;
 
 struct TableRecord {
@@ -193,7 +194,7 @@ std::optional<std::int32_t> ParseThickness(QStringView text)
     for (qsizetype i = decimals.size(); i < thickness_decimals; ++i) {
         value *= 10;
     }
-    static_assert(std::numeric_limits<std::int32_t>::max() / thickness_unit > 199999);
+    static_assert(std::numeric_limits<std::int32_t>::max() / thickness_units > 199999);
     if (value > std::numeric_limits<std::int32_t>::max()) {
         return std::nullopt;
     }

@@ -1,5 +1,6 @@
 #include "partlibrary/library/bitmap_file.h"
 
+#include "controls/dib_view.h"
 #include "controls/part_browser_contract.h"
 
 #include <QtEndian>
@@ -10,10 +11,8 @@ namespace {
 
 // Offsets in a bitmap file.
 //   0  "BM"      2  size of the file    10  offset of the pixels    14  size of the second header
-constexpr qsizetype file_header_bytes = 14;
 constexpr qsizetype file_size_offset = 2;
 constexpr qsizetype pixels_offset = 10;
-constexpr quint32 core_header_bytes = 12;
 
 quint32 Read32(const QByteArray& content, qsizetype offset)
 {
@@ -25,14 +24,15 @@ const char* BitmapFault(const QByteArray& content)
     if (content.size() > static_cast<qsizetype>(image_block_bytes)) {
         return "a bitmap of more than 24000 bytes";
     }
-    if (content.size() < file_header_bytes + core_header_bytes || !content.startsWith("BM")) {
+    if (content.size() < qsizetype{dib_file_header_bytes + dib_core_header_bytes} || !content.startsWith("BM")) {
         return "not a bitmap file";
     }
     const quint32 size = Read32(content, file_size_offset);
     const quint32 pixels = Read32(content, pixels_offset);
-    const quint32 header = Read32(content, file_header_bytes);
+    const quint32 header = Read32(content, qsizetype{dib_file_header_bytes});
     const auto available = static_cast<quint32>(content.size());
-    if (size > available || pixels >= available || header < core_header_bytes || header > pixels - file_header_bytes) {
+    if (size > available || pixels >= available || header < dib_core_header_bytes ||
+        header + dib_file_header_bytes > pixels) {
         return "a bitmap file that is cut short";
     }
     return nullptr;

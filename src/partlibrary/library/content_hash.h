@@ -3,6 +3,7 @@
 
 #include <QByteArray>
 
+#include <cstdint>
 #include <nettle/sha2.h>
 #include <string_view>
 

@@ -10,6 +10,7 @@
 #include "partlibrary/library/part_list.h"
 
 #include <QByteArray>
+#include <QString>
 
 #include <functional>
 #include <memory>

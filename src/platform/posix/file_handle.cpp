@@ -1,5 +1,7 @@
 #include "platform/posix/file_handle.h"
 
+#include "platform/text_mode.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -10,7 +12,6 @@ namespace partkeep {
 
 namespace {
 
-constexpr std::size_t max_text_bytes = std::size_t{1} << 30U;
 constexpr std::size_t chunk_bytes = std::size_t{64} << 10U;
 
 // By errno of the call that has just failed. Gives the nothing that was read.

@@ -14,7 +14,6 @@ namespace {
 
 constexpr std::string_view file_below_config_folder = "/partkeep-read/registry.ini";
 constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
-constexpr char16_t install_path[] = u"installpath"; // a native path, which the core takes with its own separators
 constexpr char16_t code_page_key[] = u"SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage";
 
 std::u16string_view RootName(RegistryRoot root)
@@ -152,7 +151,7 @@ std::optional<std::u16string> CIniRegistry::ReadValue(RegistryRoot root, std::u1
     for (const std::string& file : {user_file_, machine_file_}) {
         Answer answer = SearchFile(file, WithoutFinalSeparators(full_key), name);
         if (answer.value) {
-            if (EqualNoCase(name, install_path)) {
+            if (EqualNoCase(name, install_path_value)) {
                 std::replace(answer.value->begin(), answer.value->end(), u'/', u'\\');
             }
             return std::move(answer.value);

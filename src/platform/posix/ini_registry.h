@@ -4,6 +4,7 @@
 
 #include "platform/registry.h"
 
+#include <optional>
 #include <string>
 
 namespace partkeep {

@@ -15,13 +15,8 @@ namespace partkeep {
 
 namespace {
 
-constexpr std::uint32_t english = 1033;
-constexpr std::uint32_t japanese = 1041;
-constexpr std::uint32_t simplified_chinese = 2052;
-constexpr std::uint32_t neutral = 1024;
-
 using BlockKey = std::pair<std::uint32_t, std::uint32_t>; // block, language
-using BlockTexts = std::array<std::u16string_view, 16>;
+using BlockTexts = std::array<std::u16string_view, strings_in_block>;
 
 std::string_view UserLocale()
 {
@@ -40,11 +35,11 @@ std::uint32_t LanguageOfUser()
 {
     const std::string_view locale = UserLocale();
     if (locale.substr(0, locale.find_first_of("_.@-")) == "ja") {
-        return japanese;
+        return japanese_language;
     }
     const bool simplified = locale == "zh" || locale.starts_with("zh_CN") || locale.starts_with("zh_SG") ||
                             locale.starts_with("zh_Hans") || locale.starts_with("zh.");
-    return simplified ? simplified_chinese : english;
+    return simplified ? chinese_language : english_language;
 }
 
 std::u16string PackBlock(const BlockTexts& texts)
@@ -62,10 +57,10 @@ std::map<BlockKey, std::u16string> PackTable()
     std::map<BlockKey, BlockTexts> texts;
     for (const StringRow& row : StringTable()) {
         const auto number = static_cast<std::uint32_t>(row.number);
-        const std::uint32_t block = number / 16 + 1;
-        texts[{block, english}][number % 16] = row.english;
-        texts[{block, japanese}][number % 16] = row.japanese;
-        texts[{block, simplified_chinese}][number % 16] = row.chinese;
+        const std::uint32_t block = number / strings_in_block + 1;
+        texts[{block, english_language}][number % strings_in_block] = row.english;
+        texts[{block, japanese_language}][number % strings_in_block] = row.japanese;
+        texts[{block, chinese_language}][number % strings_in_block] = row.chinese;
     }
     std::map<BlockKey, std::u16string> packed;
     for (const auto& [key, block] : texts) {
@@ -79,7 +74,7 @@ std::map<BlockKey, std::u16string> PackTable()
 std::span<const char16_t> StringBlock(std::uint32_t block, std::uint32_t language)
 {
     static const std::map<BlockKey, std::u16string> blocks = PackTable();
-    const auto found = blocks.find({block, language == neutral ? LanguageOfUser() : language});
+    const auto found = blocks.find({block, language == neutral_language ? LanguageOfUser() : language});
     if (found == blocks.end()) {
         return {};
     }

@@ -1,5 +1,6 @@
 #include "platform/windows/file_handle.h"
 
+#include "platform/text_mode.h"
 #include "platform/windows/wide.h"
 
 #include <algorithm>
@@ -8,7 +9,6 @@ namespace partkeep {
 
 namespace {
 
-constexpr std::size_t max_text_bytes = std::size_t{1} << 30U;
 constexpr std::size_t chunk_bytes = std::size_t{16} << 20U; // a larger single call may be refused on a network drive
 
 DWORD ChunkOf(std::size_t size)

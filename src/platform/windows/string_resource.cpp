@@ -10,9 +10,6 @@ namespace partkeep {
 
 namespace {
 
-constexpr std::uint32_t neutral = 1024;
-constexpr std::size_t strings_in_block = 16;
-
 const wchar_t* string_module_name = component_module_name;
 
 // Asked for here and not left to the resource loader, which may find one of the other two first. A reader of
@@ -23,12 +20,12 @@ WORD LanguageOfUser()
     const bool simplified =
         SUBLANGID(user) == SUBLANG_CHINESE_SIMPLIFIED || SUBLANGID(user) == SUBLANG_CHINESE_SINGAPORE;
     if (PRIMARYLANGID(user) == LANG_JAPANESE) {
-        return MAKELANGID(LANG_JAPANESE, SUBLANG_JAPANESE_JAPAN);
+        return japanese_language;
     }
     if (PRIMARYLANGID(user) == LANG_CHINESE && simplified) {
-        return MAKELANGID(LANG_CHINESE, SUBLANG_CHINESE_SIMPLIFIED);
+        return chinese_language;
     }
-    return MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US);
+    return english_language;
 }
 
 // The units that the 16 entries take; nothing behind the resource's end counts.
@@ -57,7 +54,7 @@ std::span<const char16_t> StringBlock(std::uint32_t block, std::uint32_t languag
     if (module == nullptr || block == 0 || block > 0xFFFF) {
         return {};
     }
-    const WORD resource_language = language == neutral ? LanguageOfUser() : static_cast<WORD>(language);
+    const WORD resource_language = language == neutral_language ? LanguageOfUser() : static_cast<WORD>(language);
     HRSRC found = FindResourceExW(module, RT_STRING, MAKEINTRESOURCEW(block), resource_language);
     HGLOBAL loaded = found != nullptr ? LoadResource(module, found) : nullptr;
     if (loaded == nullptr) {

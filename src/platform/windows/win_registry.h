@@ -3,6 +3,10 @@
 
 #include "platform/registry.h"
 
+#include <optional>
+#include <string>
+#include <string_view>
+
 namespace partkeep {
 
 class CWinRegistry final : public IRegistry {
