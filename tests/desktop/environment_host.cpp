@@ -6,6 +6,8 @@
 #include "partkeep_read.h"
 
 #include <QApplication>
+#include <QTimer>
+#include <QWidget>
 
 #include <chrono>
 #include <csignal>
@@ -113,6 +115,14 @@ void WorkBesideGtk()
     Work();
 }
 
+void ExitInTheDialog()
+{
+    QTimer::singleShot(10, qApp, [] {
+        const QWidget* window = QApplication::activeModalWidget();
+        window != nullptr && window->windowTitle() == "Partkeep Read" ? std::exit(0) : ExitInTheDialog();
+    });
+}
+
 void WorkWithSignals(void (*handler)(int))
 {
     std::signal(SIGCHLD, handler);
@@ -136,6 +146,11 @@ int main(int /*count*/, char** arguments)
         {"other thread", [&] { Under<QApplication>(on_thread); }},
         {"fork of a window host", [] { Under<QApplication>(WorkInFork); }},
         {"gtk", WorkBesideGtk},
+        {"exits in the dialog",
+         [] {
+             qAddPreRoutine(ExitInTheDialog); // as soon as the component makes its application
+             Work();
+         }},
         {"ignores children", [] { WorkWithSignals(SIG_IGN); }},
         {"reaps children",
          [] {
