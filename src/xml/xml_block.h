@@ -56,6 +56,7 @@ struct XmlLayout {
     static constexpr std::size_t counted = head + 4;                     // and size
     static constexpr std::size_t holder = counted + Width;               // a holder up to its inline attributes
     static constexpr std::size_t new_element = counted + holder + Width; // a bare element up to its own link
+    static constexpr std::size_t first_name = Width + counted + 4;       // from a root's link to the first name's bytes
 
     static constexpr std::size_t NameArraySize(std::size_t name) { return counted + 4 + name + Width; }
     static constexpr std::size_t ElementSize(std::size_t name)

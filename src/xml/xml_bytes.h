@@ -52,6 +52,10 @@ template <CXmlByteSet Set>
     return value < 64 && (bits_of<Set> >> value & 1) != 0;
 }
 
+inline constexpr std::size_t xml_marks_width = 64;
+// As many bytes as are read and written by one copy at most.
+inline constexpr std::size_t xml_wide = 16;
+
 namespace xml_bytes_plain {
 
 // The first byte of the set, or `end`.
@@ -62,6 +66,23 @@ template <CXmlByteSet Set>
         ++at;
     }
     return at;
+}
+
+// A bit for each of the 64 bytes from `at` on that is of the set, the lowest for the first.
+template <CXmlByteSet Set>
+[[nodiscard]] inline std::uint64_t Marks(const char* at)
+{
+    std::uint64_t marks = 0;
+    for (std::size_t place = 0; place < xml_marks_width; ++place) {
+        marks |= std::uint64_t{IsIn<Set>(at[place])} << place;
+    }
+    return marks;
+}
+
+// Of up to 16 bytes; as many may be read.
+[[nodiscard]] inline bool EqualWide(const char* left, const char* right, std::size_t size)
+{
+    return std::memcmp(left, right, size) == 0;
 }
 
 // Copies up to the first NUL or `size` bytes, and gives the position behind them. Up to 16 bytes more may be read and
@@ -115,6 +136,27 @@ template <CXmlByteSet Set>
     return xml_bytes_plain::Find<Set>(at, end);
 }
 
+// Of a single byte.
+template <CXmlByteSet Set>
+[[nodiscard]] inline std::uint64_t Marks(const char* at)
+{
+    static_assert(sizeof Set.bytes == 1);
+    const auto quarter = [at](std::size_t number) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at) + number);
+        const int found = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(Set.bytes[0])));
+        return static_cast<std::uint64_t>(static_cast<std::uint32_t>(found)) << 16 * number;
+    };
+    return quarter(0) | quarter(1) | quarter(2) | quarter(3);
+}
+
+[[nodiscard]] inline bool EqualWide(const char* left, const char* right, std::size_t size)
+{
+    const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(left));
+    const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(right));
+    const auto equal = static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(a, b)));
+    return (~equal & ((std::uint32_t{1} << size) - 1)) == 0;
+}
+
 inline char* CopyToNul(char* to, const char* from, std::size_t size)
 {
     constexpr std::size_t width = sizeof(__m128i);
@@ -132,12 +174,16 @@ inline char* CopyToNul(char* to, const char* from, std::size_t size)
 } // namespace xml_bytes_wide
 
 using xml_bytes_wide::CopyToNul;
+using xml_bytes_wide::EqualWide;
 using xml_bytes_wide::Find;
+using xml_bytes_wide::Marks;
 
 #else
 
 using xml_bytes_plain::CopyToNul;
+using xml_bytes_plain::EqualWide;
 using xml_bytes_plain::Find;
+using xml_bytes_plain::Marks;
 
 #endif
 

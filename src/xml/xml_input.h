@@ -17,6 +17,13 @@ namespace partkeep {
 // unless they are held.
 using CXmlToken = std::string_view;
 
+// The place where the parser stands, and the bytes around it.
+struct XmlWindow {
+    const char* begin;
+    const char* at;
+    const char* end;
+};
+
 class CXmlInput {
 public:
     explicit CXmlInput(std::istream& stream) : stream_(&stream), ended_(stream.eof()) {}
@@ -31,9 +38,8 @@ public:
 
     // Sets the stream's end state once there is nothing more.
     [[nodiscard]] bool AtEnd() { return at_ == end_ && !Refill(); }
-    // What lies in the window still, for a look ahead; TakeTo takes it up to a place therein.
-    [[nodiscard]] const char* At() const { return at_; }
-    [[nodiscard]] const char* End() const { return end_; }
+    // What lies there, for a look ahead; TakeTo takes it up to a place therein.
+    [[nodiscard]] XmlWindow Window() const { return {begin_, at_, end_}; }
     void TakeTo(const char* at) { at_ = at; }
     [[nodiscard]] std::size_t Ahead() const { return static_cast<std::size_t>(end_ - at_); }
     // The next byte, left where it is; 0xFF at the end.

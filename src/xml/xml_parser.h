@@ -6,26 +6,11 @@
 #include <string_view>
 
 #include "platform/text.h"
-#include "xml/xml_block.h"
 #include "xml/xml_input.h"
-#include "xml/xml_vector.h"
+#include "xml/xml_mould.h"
+#include "xml/xml_parsing.h"
 
 namespace partkeep {
-
-inline constexpr CXmlByteSet element_name_set(">/ \n\t");
-inline constexpr CXmlByteSet attribute_name_set("= \n\t");
-inline constexpr CXmlByteSet text_set("<");
-inline constexpr CXmlByteSet space_set(" \n\t");
-inline constexpr CXmlByteSet declaration_word_set("?<=\" \n\t");
-inline constexpr CXmlByteSet declaration_value_set("<>=\" \n\t");
-// A NUL ends a name, though not its token.
-inline constexpr CXmlByteSet element_name_or_nul("\0>/ \n\t");
-inline constexpr CXmlByteSet attribute_name_or_nul("\0= \n\t");
-inline constexpr CXmlByteSet question_mark("?");
-inline constexpr CXmlByteSet quote("\"");
-inline constexpr CXmlByteSet slash("/");
-inline constexpr CXmlByteSet tag_end(">");
-inline constexpr CXmlByteSet dash("-");
 
 inline constexpr std::string_view comment_start = "!--";
 inline constexpr std::string_view comment_end = "--";
@@ -55,24 +40,18 @@ private:
         std::byte* block = nullptr;
         bool opened = false;
     };
-    struct OpenElement {
-        std::byte* block;
-        std::byte* tail; // the slot for its next child
-    };
 
     void ParseDeclaration();
     void TakeEncoding();
     std::byte* ParseElement();
-    [[nodiscard]] bool QuickElement(Outcome& outcome);
     Outcome StartElement();
-    Outcome GoOnBehindName();
     Outcome OpenOrLeaf(std::byte* block);
     Outcome Open(std::byte* block);
     Outcome FinishElement();
+    void TakeUsual();
     std::byte* FinishLeaf();
     std::byte* ParseAttributes();
     std::byte* MakeElement();
-    [[nodiscard]] bool QuickAttribute(std::byte*& tail);
     [[nodiscard]] bool AddAttribute(std::byte*& tail);
     void SkipComment(CXmlToken first_word);
     bool ParseEndTag(const CXmlToken& name);
@@ -81,7 +60,8 @@ private:
 
     CXmlInput input_;
     std::uint32_t code_page_ = utf8_code_page;
-    CXmlVector<OpenElement> open_;
+    CXmlMould mould_{utf8_code_page};
+    XmlOpenElements open_;
 };
 
 } // namespace partkeep

@@ -8,6 +8,7 @@ namespace partkeep {
 std::byte* CXmlParser::Run()
 {
     ParseDeclaration();
+    mould_ = CXmlMould(code_page_);
     CXmlTreeBuilder tree(input_.Ahead());
     if (tree.HasFailed()) {
         input_.Fail();

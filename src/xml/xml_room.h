@@ -73,6 +73,20 @@ inline std::byte* PutReach(std::byte* at, XmlHead* head)
     return block;
 }
 
+// A block behind which `slack` more bytes may be written until the next one is cut; null where the room that is there
+// has not that many.
+[[nodiscard]] inline std::byte* CutXmlBlock(std::size_t size, std::size_t slack)
+{
+    XmlCursor& cursor = xml_cursor;
+    const std::size_t room = RoomFor(size);
+    if (room + slack > static_cast<std::size_t>(cursor.end - cursor.at)) {
+        return nullptr;
+    }
+    std::byte* block = PutReach(cursor.at, cursor.head);
+    cursor.at += room;
+    return block;
+}
+
 // For the last block, or the last who held one.
 void ReleaseRoom(XmlHead* head);
 

@@ -10,11 +10,13 @@
 namespace {
 
 constexpr std::size_t size_room = alignof(std::max_align_t);
+constexpr std::size_t shared_room = 600;
 
 std::size_t asked = 0;
 std::size_t fail_from = 0;
 bool fail_once = false;
 std::size_t live = 0;
+bool share_rooms = false;
 
 } // namespace
 
@@ -42,20 +44,27 @@ std::size_t watched_memory::LivePieces()
 
 const std::size_t partkeep::xml_least_for_own_pages = 0;
 
+void watched_memory::ShareRooms(bool share)
+{
+    share_rooms = share;
+}
+
 partkeep::XmlRoom partkeep::TakeXmlRoom(std::size_t size)
 {
-    void* memory = AllocateXml(sizeof(XmlHead) + size, alignof(XmlHead));
+    const bool shared = share_rooms && size < shared_room;
+    const std::size_t taken = shared ? shared_room : size;
+    void* memory = AllocateXml(sizeof(XmlHead) + taken, alignof(XmlHead));
     if (memory == nullptr) {
         return {};
     }
     auto* head = new (memory) XmlHead;
-    head->size = size;
-    return {head, reinterpret_cast<std::byte*>(head + 1) + size};
+    head->size = shared ? 0 : size;
+    return {head, reinterpret_cast<std::byte*>(head + 1) + taken};
 }
 
 void partkeep::GiveXmlRoom(XmlHead* head)
 {
-    FreeXml(head, sizeof(XmlHead) + head->size);
+    FreeXml(head, sizeof(XmlHead) + (head->size == 0 ? shared_room : head->size));
 }
 
 void* partkeep::AllocateXml(std::size_t size, std::size_t)

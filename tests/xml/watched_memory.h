@@ -14,4 +14,7 @@ std::size_t Asked();
 
 std::size_t LivePieces();
 
+// Whether blocks stand several to a room, as in the product, or each in one of its own, which is so without being told.
+void ShareRooms(bool share);
+
 } // namespace watched_memory

@@ -37,6 +37,22 @@ TEST(XmlBytes, AreFoundAsOneByOne)
     EXPECT_EQ(xml_bytes_plain::Find<CXmlByteSet("<")>(high.data(), high.data() + 3), high.data() + 2);
 }
 
+TEST(XmlBytes, AreMarkedAndComparedManyAtOnce)
+{
+    std::string text(xml_marks_width, 'x');
+    for (std::size_t at = 0; at < text.size(); at += 1 + at / 5) {
+        text[at] = '<';
+        EXPECT_EQ(Marks<CXmlByteSet("<")>(text.data()), xml_bytes_plain::Marks<CXmlByteSet("<")>(text.data()));
+        EXPECT_NE(Marks<CXmlByteSet("<")>(text.data()) >> at & 1, 0U);
+        std::string other = text;
+        other[at] = '\xFC';
+        for (std::size_t size = 0; size <= xml_wide; ++size) {
+            EXPECT_EQ(EqualWide(text.data(), other.data(), size), size <= at);
+            EXPECT_EQ(xml_bytes_plain::EqualWide(text.data(), other.data(), size), size <= at);
+        }
+    }
+}
+
 TEST(XmlBytes, AreCopiedAndComparedToTheLastAndNoFurther)
 {
     for (std::size_t size = 0; size < 70; ++size) {

@@ -73,7 +73,6 @@ TEST(XmlCompactor, PutsEverythingInlineUnderOneNameArray)
     EXPECT_EQ(BytesOf(Compact(Compact(source))), BytesOf(copy)) << "and again";
 }
 
-// The second bytes of some of these characters are delimiters and letters of ASCII.
 // Long pieces wait where they stand, what is around them where the copy itself may come to stand.
 TEST(XmlCompactor, KeepsWhatStandsAroundLongPieces)
 {
@@ -89,6 +88,7 @@ TEST(XmlCompactor, KeepsWhatStandsAroundLongPieces)
     }
 }
 
+// The second bytes of some of these characters are delimiters and letters of ASCII.
 TEST(XmlCompactor, TakesShiftJisToUtf8AndBackByteForByte)
 {
     const std::string text =
