@@ -4,7 +4,6 @@
 
 #include "desktop/control_set.h"
 #include "desktop/dialog_frame.h"
-#include "desktop/qt_dialog_fields.h"
 #include "platform/dialog_window.h"
 
 #include <QPointer>
@@ -16,7 +15,7 @@ namespace partkeep {
 class CQtDialogEvents : public IDialogFrameEvents {
 public:
     CQtDialogEvents(const QPointer<CDialogFrame>& frame, const QPointer<QWidget>& owner, const CControlSet& controls,
-                    CQtDialogFields& fields)
+                    IDialogFields& fields)
         : frame_(frame), owner_(owner), controls_(controls), fields_(fields)
     {
     }
@@ -60,7 +59,7 @@ private:
     const QPointer<CDialogFrame>& frame_;
     const QPointer<QWidget>& owner_;
     const CControlSet& controls_;
-    CQtDialogFields& fields_;
+    IDialogFields& fields_;
     IDialogEvents* events_ = nullptr;
     int told_ = 0;
 };

@@ -8,139 +8,126 @@
 
 namespace partkeep {
 
-void CQtDialogFields::SetText(int id, std::u16string_view text)
-{
-    controls_.SetText(id, FromWide(text));
-}
+namespace {
 
-std::u16string CQtDialogFields::Text(int id) const
-{
-    return ToWide(controls_.Text(id));
-}
+class CQtDialogFields final : public IDialogFields {
+public:
+    CQtDialogFields(const QPointer<CDialogFrame>& frame, CControlSet& controls) : frame_(frame), controls_(controls) {}
 
-void CQtDialogFields::Enable(int id, bool enabled)
-{
-    if (QWidget* widget = controls_.Widget(id)) {
-        widget->setEnabled(enabled);
-    }
-}
-
-void CQtDialogFields::ShowControl(int id, bool visible)
-{
-    if (QWidget* widget = controls_.Widget(id)) {
-        widget->setVisible(visible);
-    }
-}
-
-void CQtDialogFields::SetReadOnly(int id)
-{
-    if (auto* edit = controls_.As<CDialogEdit>(id)) {
-        edit->MakeReadOnly();
-    }
-}
-
-void CQtDialogFields::LimitText(int id, int characters)
-{
-    if (auto* edit = controls_.As<CDialogEdit>(id)) {
-        edit->SetTypedLimit(characters);
-    }
-}
-
-void CQtDialogFields::ClearSelectedText(int id)
-{
-    if (auto* edit = controls_.As<CDialogEdit>(id)) {
-        edit->ClearSelection();
-    }
-}
-
-// Any state but 0 is checked: these boxes have two.
-void CQtDialogFields::SetCheck(int id, int state)
-{
-    if (auto* box = controls_.As<QCheckBox>(id)) {
-        box->setChecked(state != 0);
-    }
-}
-
-int CQtDialogFields::Check(int id) const
-{
-    const auto* box = controls_.As<QCheckBox>(id);
-    return box != nullptr && box->isChecked() ? 1 : 0;
-}
-
-Rect CQtDialogFields::ControlClientRect(int id) const
-{
-    const QWidget* widget = controls_.Widget(id);
-    return widget == nullptr ? Rect{} : ToRect(widget->rect());
-}
-
-Rect CQtDialogFields::MapToDialog(int id, const Rect& client_area) const
-{
-    const QWidget* widget = controls_.Widget(id);
-    return widget == nullptr ? Rect{} : ToRect(ToQRect(client_area).translated(widget->pos()));
-}
-
-void CQtDialogFields::MoveControl(int id, const Rect& area)
-{
-    if (QWidget* widget = controls_.Widget(id)) {
-        widget->setGeometry(ToQRect(area));
-        controls_.Refit(id);
-        widget->update();
-    }
-}
-
-// ---- Keyboard focus
-
-void CQtDialogFields::Focus(int id)
-{
-    if (QWidget* widget = controls_.Widget(id)) {
-        widget->setFocus(Qt::OtherFocusReason);
-    }
-}
-
-int CQtDialogFields::FocusedControl() const
-{
-    return frame_ ? controls_.IdAround(frame_->focusWidget()) : 0;
-}
-
-void CQtDialogFields::MoveFocusByOrder(bool forward)
-{
-    if (QWidget* widget = controls_.Widget(controls_.NextStop(FocusedControl(), forward))) {
-        widget->setFocus(forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
-    }
-}
-
-// ---- Drop-down list
-
-void CQtDialogFields::ResetEntries(int id)
-{
-    if (auto* list = controls_.As<CDropDownList>(id)) {
-        list->clear();
-    }
-}
-
-// Qt selects the first entry of an empty list by itself.
-void CQtDialogFields::InsertEntry(int id, int index, std::u16string_view text)
-{
-    if (auto* list = controls_.As<CDropDownList>(id)) {
-        const bool none_selected = list->currentIndex() < 0;
-        list->insertItem(index, FromWide(text));
-        if (none_selected) {
-            list->setCurrentIndex(-1);
+    void SetText(int id, std::u16string_view text) override { controls_.SetText(id, FromWide(text)); }
+    [[nodiscard]] std::u16string Text(int id) const override { return ToWide(controls_.Text(id)); }
+    void Enable(int id, bool enabled) override
+    {
+        if (QWidget* widget = controls_.Widget(id)) {
+            widget->setEnabled(enabled);
         }
     }
-}
-
-void CQtDialogFields::SelectEntry(int id, int index)
-{
-    if (auto* list = controls_.As<CDropDownList>(id)) {
-        list->setCurrentIndex(index < list->count() ? index : -1);
+    void ShowControl(int id, bool visible) override
+    {
+        if (QWidget* widget = controls_.Widget(id)) {
+            widget->setVisible(visible);
+        }
     }
-}
+    void SetReadOnly(int id) override
+    {
+        if (auto* edit = controls_.As<CDialogEdit>(id)) {
+            edit->MakeReadOnly();
+        }
+    }
+    void LimitText(int id, int characters) override
+    {
+        if (auto* edit = controls_.As<CDialogEdit>(id)) {
+            edit->SetTypedLimit(characters);
+        }
+    }
+    void ClearSelectedText(int id) override
+    {
+        if (auto* edit = controls_.As<CDialogEdit>(id)) {
+            edit->ClearSelection();
+        }
+    }
+    // Any state but 0 is checked: these boxes have two.
+    void SetCheck(int id, int state) override
+    {
+        if (auto* box = controls_.As<QCheckBox>(id)) {
+            box->setChecked(state != 0);
+        }
+    }
+    [[nodiscard]] int Check(int id) const override
+    {
+        const auto* box = controls_.As<QCheckBox>(id);
+        return box != nullptr && box->isChecked() ? 1 : 0;
+    }
+    [[nodiscard]] Rect ControlClientRect(int id) const override
+    {
+        const QWidget* widget = controls_.Widget(id);
+        return widget == nullptr ? Rect{} : ToRect(widget->rect());
+    }
+    [[nodiscard]] Rect MapToDialog(int id, const Rect& client_area) const override
+    {
+        const QWidget* widget = controls_.Widget(id);
+        return widget == nullptr ? Rect{} : ToRect(ToQRect(client_area).translated(widget->pos()));
+    }
+    void MoveControl(int id, const Rect& area) override
+    {
+        if (QWidget* widget = controls_.Widget(id)) {
+            widget->setGeometry(ToQRect(area));
+            controls_.Refit(id);
+            widget->update();
+        }
+    }
+    void Focus(int id) override
+    {
+        if (QWidget* widget = controls_.Widget(id)) {
+            widget->setFocus(Qt::OtherFocusReason);
+        }
+    }
+    [[nodiscard]] int FocusedControl() const override { return frame_ ? controls_.IdAround(frame_->focusWidget()) : 0; }
+    void MoveFocusByOrder(bool forward) override
+    {
+        if (QWidget* widget = controls_.Widget(controls_.NextStop(FocusedControl(), forward))) {
+            widget->setFocus(forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+        }
+    }
+    void ResetEntries(int id) override
+    {
+        if (auto* list = controls_.As<CDropDownList>(id)) {
+            list->clear();
+        }
+    }
+    // Qt selects the first entry of an empty list by itself.
+    void InsertEntry(int id, int index, std::u16string_view text) override
+    {
+        if (auto* list = controls_.As<CDropDownList>(id)) {
+            const bool none_selected = list->currentIndex() < 0;
+            list->insertItem(index, FromWide(text));
+            if (none_selected) {
+                list->setCurrentIndex(-1);
+            }
+        }
+    }
+    void SelectEntry(int id, int index) override
+    {
+        if (auto* list = controls_.As<CDropDownList>(id)) {
+            list->setCurrentIndex(index < list->count() ? index : -1);
+        }
+    }
+    [[nodiscard]] int SelectedEntry(int id) const override
+    {
+        const auto* list = controls_.As<CDropDownList>(id);
+        return list == nullptr ? -1 : list->currentIndex();
+    }
 
-int CQtDialogFields::SelectedEntry(int id) const
+private:
+    const QPointer<CDialogFrame>& frame_;
+    CControlSet& controls_;
+};
+
+} // namespace
+
+std::unique_ptr<IDialogFields> MakeQtDialogFields(const QPointer<CDialogFrame>& frame, CControlSet& controls)
 {
-    const auto* list = controls_.As<CDropDownList>(id);
-    return list == nullptr ? -1 : list->currentIndex();
+    return std::make_unique<CQtDialogFields>(frame, controls);
 }
 
 } // namespace partkeep

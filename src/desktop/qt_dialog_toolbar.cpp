@@ -6,54 +6,68 @@
 
 namespace partkeep {
 
-bool CQtDialogToolbar::CreateToolbar(const ToolbarTemplate& toolbar)
-{
-    if (!frame_) {
-        return false;
-    }
-    bar_ = new CQtToolbar(toolbar, frame_, [this](int command) { events_.Command(command); });
-    return true;
-}
+namespace {
 
-Rect CQtDialogToolbar::ClientRectBesideToolbar() const
-{
-    Rect rest = frame_ ? ToRect(frame_->rect()) : Rect{};
-    rest.top += bar_ ? bar_->height() : 0;
-    return rest;
-}
+class CQtDialogToolbar final : public IToolbar {
+public:
+    CQtDialogToolbar(const QPointer<CDialogFrame>& frame, CQtDialogEvents& events) : frame_(frame), events_(events) {}
 
-void CQtDialogToolbar::MoveAllControls(int dx, int dy)
-{
-    if (!frame_) {
-        return;
+    bool CreateToolbar(const ToolbarTemplate& toolbar) override
+    {
+        if (!frame_) {
+            return false;
+        }
+        bar_ = new CQtToolbar(toolbar, frame_, [this](int command) { events_.Command(command); });
+        return true;
     }
-    for (QWidget* child : frame_->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
-        if (!child->isWindow() && child != bar_) {
-            child->move(child->x() + dx, child->y() + dy);
+    [[nodiscard]] Rect ClientRectBesideToolbar() const override
+    {
+        Rect rest = frame_ ? ToRect(frame_->rect()) : Rect{};
+        rest.top += bar_ ? bar_->height() : 0;
+        return rest;
+    }
+    void MoveAllControls(int dx, int dy) override
+    {
+        if (!frame_) {
+            return;
+        }
+        for (QWidget* child : frame_->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+            if (!child->isWindow() && child != bar_) {
+                child->move(child->x() + dx, child->y() + dy);
+            }
         }
     }
-}
-
-void CQtDialogToolbar::PlaceToolbar()
-{
-    if (bar_) {
-        bar_->move(0, 0);
-        bar_->show();
+    void PlaceToolbar() override
+    {
+        if (bar_) {
+            bar_->move(0, 0);
+            bar_->show();
+        }
     }
-}
-
-void CQtDialogToolbar::EnableToolTips()
-{
-    if (bar_) {
-        bar_->EnableToolTips([this](int command) { return FromWide(events_.ToolTipText(command)); });
+    void EnableToolTips() override
+    {
+        if (bar_) {
+            bar_->EnableToolTips([this](int command) { return FromWide(events_.ToolTipText(command)); });
+        }
     }
-}
-
-void CQtDialogToolbar::PressTool(int command, bool pressed)
-{
-    if (bar_) {
-        bar_->Press(command, pressed);
+    void PressTool(int command, bool pressed) override
+    {
+        if (bar_) {
+            bar_->Press(command, pressed);
+        }
     }
+
+private:
+    const QPointer<CDialogFrame>& frame_;
+    CQtDialogEvents& events_;
+    QPointer<CQtToolbar> bar_;
+};
+
+} // namespace
+
+std::unique_ptr<IToolbar> MakeQtDialogToolbar(const QPointer<CDialogFrame>& frame, CQtDialogEvents& events)
+{
+    return std::make_unique<CQtDialogToolbar>(frame, events);
 }
 
 } // namespace partkeep

@@ -7,25 +7,11 @@
 
 #include <QPointer>
 
+#include <memory>
+
 namespace partkeep {
 
-class CQtToolbar;
-
-class CQtDialogToolbar : public IToolbar {
-public:
-    CQtDialogToolbar(const QPointer<CDialogFrame>& frame, CQtDialogEvents& events) : frame_(frame), events_(events) {}
-
-    bool CreateToolbar(const ToolbarTemplate& toolbar) override;
-    [[nodiscard]] Rect ClientRectBesideToolbar() const override;
-    void MoveAllControls(int dx, int dy) override;
-    void PlaceToolbar() override;
-    void EnableToolTips() override;
-    void PressTool(int command, bool pressed) override;
-
-private:
-    const QPointer<CDialogFrame>& frame_;
-    CQtDialogEvents& events_;
-    QPointer<CQtToolbar> bar_;
-};
+[[nodiscard]] std::unique_ptr<IToolbar> MakeQtDialogToolbar(const QPointer<CDialogFrame>& frame,
+                                                            CQtDialogEvents& events);
 
 } // namespace partkeep

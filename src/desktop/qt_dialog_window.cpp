@@ -111,7 +111,7 @@ void CQtDialogWindow::Open(IDialogEvents& events, QWidget* owner)
     MakeControls();
     events_.InitDialog();
     if (frame_ && frame_->focusWidget() == nullptr) {
-        fields_.MoveFocusByOrder(true);
+        fields_->MoveFocusByOrder(true);
     }
 }
 

@@ -49,9 +49,9 @@ public:
     [[nodiscard]] Rect ClientRect() const override;
     [[nodiscard]] IMessages& OwnerMessages() override { return messages_; }
 
-    [[nodiscard]] IDialogFields& Fields() override { return fields_; }
-    [[nodiscard]] IReportList& ReportList() override { return list_; }
-    [[nodiscard]] IToolbar& Toolbar() override { return toolbar_; }
+    [[nodiscard]] IDialogFields& Fields() override { return *fields_; }
+    [[nodiscard]] IReportList& ReportList() override { return *list_; }
+    [[nodiscard]] IToolbar& Toolbar() override { return *toolbar_; }
 
     [[nodiscard]] std::unique_ptr<IHostedControl> CreateHostedControl(const ClassId& class_id, int id,
                                                                       const Rect& area) override;
@@ -76,10 +76,10 @@ private:
     QPointer<QWidget> owner_;
     const CQtDialogWindow* owner_dialog_ = nullptr; // of a modeless window; good for as long as `owner_` is
     CControlSet controls_;
-    CQtDialogFields fields_{frame_, controls_};
-    CQtDialogEvents events_{frame_, owner_, controls_, fields_};
-    CQtReportList list_{controls_};
-    CQtDialogToolbar toolbar_{frame_, events_};
+    std::unique_ptr<IDialogFields> fields_ = MakeQtDialogFields(frame_, controls_);
+    CQtDialogEvents events_{frame_, owner_, controls_, *fields_};
+    std::unique_ptr<IReportList> list_ = MakeQtReportList(controls_);
+    std::unique_ptr<IToolbar> toolbar_ = MakeQtDialogToolbar(frame_, events_);
     CQtMessages messages_;
     mutable QIcon parent_icon_;                                        // what the handle of ParentSmallIcon points to
     std::map<int, std::unique_ptr<IHostedControl>> template_controls_; // until they are asked for

@@ -5,57 +5,67 @@
 
 namespace partkeep {
 
-void CQtReportList::InsertColumn(int id, int column, std::u16string_view header, int width)
-{
-    if (auto* list = controls_.As<CReportList>(id)) {
-        list->AddColumn(column, FromWide(header), width);
+namespace {
+
+class CQtReportList final : public IReportList {
+public:
+    explicit CQtReportList(CControlSet& controls) : controls_(controls) {}
+
+    void InsertColumn(int id, int column, std::u16string_view header, int width) override
+    {
+        if (auto* list = controls_.As<CReportList>(id)) {
+            list->AddColumn(column, FromWide(header), width);
+        }
     }
-}
-
-void CQtReportList::SetFullRowSelect(int id)
-{
-    if (auto* list = controls_.As<CReportList>(id)) {
-        list->setAllColumnsShowFocus(true);
+    void SetFullRowSelect(int id) override
+    {
+        if (auto* list = controls_.As<CReportList>(id)) {
+            list->setAllColumnsShowFocus(true);
+        }
     }
-}
-
-void CQtReportList::InsertRow(int id, int row, std::u16string_view text)
-{
-    if (auto* list = controls_.As<CReportList>(id)) {
-        list->AddRow(row, FromWide(text));
+    void InsertRow(int id, int row, std::u16string_view text) override
+    {
+        if (auto* list = controls_.As<CReportList>(id)) {
+            list->AddRow(row, FromWide(text));
+        }
     }
-}
-
-void CQtReportList::SetCell(int id, int row, int column, std::u16string_view text)
-{
-    if (auto* list = controls_.As<CReportList>(id)) {
-        list->SetCell(row, column, FromWide(text));
+    void SetCell(int id, int row, int column, std::u16string_view text) override
+    {
+        if (auto* list = controls_.As<CReportList>(id)) {
+            list->SetCell(row, column, FromWide(text));
+        }
     }
-}
-
-std::u16string CQtReportList::Cell(int id, int row, int column) const
-{
-    const auto* list = controls_.As<CReportList>(id);
-    return list == nullptr ? std::u16string() : ToWide(list->Cell(row, column));
-}
-
-void CQtReportList::DeleteRow(int id, int row)
-{
-    if (auto* list = controls_.As<CReportList>(id)) {
-        list->RemoveRow(row);
+    [[nodiscard]] std::u16string Cell(int id, int row, int column) const override
+    {
+        const auto* list = controls_.As<CReportList>(id);
+        return list == nullptr ? std::u16string() : ToWide(list->Cell(row, column));
     }
-}
+    void DeleteRow(int id, int row) override
+    {
+        if (auto* list = controls_.As<CReportList>(id)) {
+            list->RemoveRow(row);
+        }
+    }
+    [[nodiscard]] int SelectedRowCount(int id) const override
+    {
+        const auto* list = controls_.As<CReportList>(id);
+        return list == nullptr ? 0 : list->SelectedCount();
+    }
+    [[nodiscard]] int NextSelectedRow(int id, int after) const override
+    {
+        const auto* list = controls_.As<CReportList>(id);
+        return list == nullptr ? -1 : list->NextSelected(after);
+    }
 
-int CQtReportList::SelectedRowCount(int id) const
-{
-    const auto* list = controls_.As<CReportList>(id);
-    return list == nullptr ? 0 : list->SelectedCount();
-}
+private:
+    CControlSet& controls_;
+};
 
-int CQtReportList::NextSelectedRow(int id, int after) const
+} // namespace
+
+std::unique_ptr<IReportList> MakeQtReportList(CControlSet& controls)
 {
-    const auto* list = controls_.As<CReportList>(id);
-    return list == nullptr ? -1 : list->NextSelected(after);
+    return std::make_unique<CQtReportList>(controls);
 }
 
 } // namespace partkeep

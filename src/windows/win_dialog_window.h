@@ -46,8 +46,8 @@ public:
     [[nodiscard]] Rect ClientRect() const override;
     [[nodiscard]] IMessages& OwnerMessages() override { return owner_messages_; }
 
-    [[nodiscard]] IDialogFields& Fields() override { return fields_; }
-    [[nodiscard]] IReportList& ReportList() override { return list_; }
+    [[nodiscard]] IDialogFields& Fields() override { return *fields_; }
+    [[nodiscard]] IReportList& ReportList() override { return *list_; }
     [[nodiscard]] IToolbar& Toolbar() override { return toolbar_; }
 
     [[nodiscard]] std::unique_ptr<IHostedControl> CreateHostedControl(const ClassId& class_id, int id,
@@ -73,8 +73,8 @@ private:
     const DialogTemplate& template_;
     HWND window_ = nullptr;
     HWND owner_ = nullptr;
-    CWinDialogFields fields_{window_};
-    CWinReportList list_{window_};
+    std::unique_ptr<IDialogFields> fields_ = MakeWinDialogFields(window_);
+    std::unique_ptr<IReportList> list_ = MakeWinReportList(window_);
     CWinToolbar toolbar_{module_, window_};
     IDialogEvents* events_ = nullptr;
     CWinMessages owner_messages_{nullptr};

@@ -5,26 +5,10 @@
 
 #include <windows.h>
 
-#include <string>
-#include <string_view>
+#include <memory>
 
 namespace partkeep {
 
-class CWinReportList final : public IReportList {
-public:
-    explicit CWinReportList(const HWND& window) : window_(window) {}
-
-    void InsertColumn(int id, int column, std::u16string_view header, int width) override;
-    void SetFullRowSelect(int id) override;
-    void InsertRow(int id, int row, std::u16string_view text) override;
-    void SetCell(int id, int row, int column, std::u16string_view text) override;
-    [[nodiscard]] std::u16string Cell(int id, int row, int column) const override;
-    void DeleteRow(int id, int row) override;
-    [[nodiscard]] int SelectedRowCount(int id) const override;
-    [[nodiscard]] int NextSelectedRow(int id, int after) const override;
-
-private:
-    const HWND& window_;
-};
+[[nodiscard]] std::unique_ptr<IReportList> MakeWinReportList(const HWND& window);
 
 } // namespace partkeep
