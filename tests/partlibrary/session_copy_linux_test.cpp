@@ -156,6 +156,10 @@ TEST_F(SessionCopy, WhatDeadProcessesLeftGoesAndWhatLivesStays)
     close(held);
     EXPECT_TRUE(ReplaceTextFile(target_.Core(u"a.ini"), "a")) << "a save looks too";
     EXPECT_EQ(NamesIn(target_.Path()).size(), 5U);
+    close(begin(dead));
+    LibraryProblem problem;
+    EXPECT_TRUE(CSqliteWriter::Create(FromUtf8(target_.Path("New.kpl").string()), problem));
+    EXPECT_EQ(NamesIn(target_.Path()).size(), 6U);
 }
 
 TEST_F(SessionCopy, AFolderOrALinkInTheWayDoesNoHarm)

@@ -110,10 +110,9 @@ std::shared_ptr<CConnection> CConnection::Open(const QString& file, OpenMode mod
 
 bool CConnection::OpenFile()
 {
-    const int access = IsReading(mode_)            ? SQLITE_OPEN_READONLY
-                       : mode_ == OpenMode::Create ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE
-                                                   : SQLITE_OPEN_READWRITE;
-    const int code = sqlite3_open_v2(ToUtf8(file_).c_str(), &database_, access | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int access = IsReading(mode_) ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+    const std::string file = mode_ == OpenMode::Create ? ":memory:" : ToUtf8(file_);
+    const int code = sqlite3_open_v2(file.c_str(), &database_, access | SQLITE_OPEN_NOMUTEX, nullptr);
     if (code != SQLITE_OK) {
         problem_ = EngineProblem(database_ != nullptr ? sqlite3_extended_errcode(database_) : code);
         return false;
@@ -160,6 +159,14 @@ LibraryPlace CConnection::Place() const
 bool CConnection::InTransaction() const
 {
     return sqlite3_get_autocommit(database_) == 0;
+}
+
+std::string CConnection::Image() const
+{
+    sqlite3_int64 size = 0;
+    const std::unique_ptr<unsigned char, decltype(&sqlite3_free)> bytes(sqlite3_serialize(database_, "main", &size, 0),
+                                                                        sqlite3_free);
+    return bytes != nullptr ? std::string(bytes.get(), bytes.get() + size) : std::string();
 }
 
 void CConnection::SetId(QByteArray id)

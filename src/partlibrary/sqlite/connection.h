@@ -25,7 +25,7 @@ struct sqlite3_stmt;
 
 namespace partkeep {
 
-// ReadAll is for who looks through a whole library, and may take its time.
+// ReadAll is for who looks through a whole library, and may take its time. What is made stands in memory, see Image.
 enum class OpenMode { Read, ReadAll, Write, Create };
 
 using SqlValue = std::variant<qint64, QString, QByteArray>;
@@ -55,6 +55,7 @@ public:
     void SetId(QByteArray id);
     [[nodiscard]] qint64 Salt() const { return salt_; } // of the sums of rows, by the id
     [[nodiscard]] bool InTransaction() const;
+    [[nodiscard]] std::string Image() const; // the whole as it would stand in a file
     void SetPatience(std::chrono::milliseconds patience) { patience_ = patience; }
 
     // Few pages at hand: for content that streams through, so that each page lands in memory that the processor
