@@ -56,6 +56,8 @@ public:
     [[nodiscard]] qint64 Salt() const { return salt_; } // of the sums of rows, by the id
     [[nodiscard]] bool InTransaction() const;
     [[nodiscard]] std::string Image() const; // the whole as it would stand in a file
+
+    // More than usual is for a commit: it lets others read while it waits for one who reads.
     void SetPatience(std::chrono::milliseconds patience) { patience_ = patience; }
 
     // Few pages at hand: for content that streams through, so that each page lands in memory that the processor
@@ -85,6 +87,7 @@ private:
     [[nodiscard]] sqlite3_stmt* Take(const std::string& sql);
     void GiveBack(std::string sql, sqlite3_stmt* statement);
     [[nodiscard]] LibraryProblem EngineProblem(int code) const;
+    bool LetReadersIn();
     static int OnBusy(void* connection, int tries);
     static int OnProgress(void* connection);
 
@@ -97,6 +100,7 @@ private:
     qint64 salt_ = 0;
     std::chrono::milliseconds patience_ = usual_patience;
     Clock::time_point wait_began_;
+    Clock::duration next_turn_{}; // of readers, since then
     Clock::time_point impatient_until_;
     Clock::time_point work_began_;
     bool work_timed_ = false;
