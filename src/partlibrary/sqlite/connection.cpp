@@ -242,9 +242,6 @@ int CConnection::OnProgress(void* connection)
 
 sqlite3_stmt* CConnection::Take(const std::string& sql)
 {
-    if (watcher_) {
-        watcher_(sql);
-    }
     if (const auto idle = idle_.find(sql); idle != idle_.end()) {
         return std::exchange(idle->second, nullptr);
     }
@@ -331,6 +328,9 @@ void CStatement::Bind(int place, std::span<const char> value)
 int CStatement::Step()
 {
     connection_.work_timed_ = false;
+    if (connection_.watcher_) {
+        connection_.watcher_(sql_);
+    }
     return sqlite3_step(statement_);
 }
 

@@ -73,7 +73,7 @@ public:
     }
     [[nodiscard]] qint64 Refused() const { return static_cast<qint64>(refused_.size()); }
 
-    // Is told each statement from now on, for whoever asks the engine how it goes about them.
+    // Is told each step of a statement from now on, for whoever asks the engine how it goes about them.
     void WatchStatements(std::function<void(std::string_view sql)> watcher) { watcher_ = std::move(watcher); }
 
 private:
