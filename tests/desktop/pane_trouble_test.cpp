@@ -55,6 +55,16 @@ TEST_F(PaneTrouble, IsToldInALineAndEndsWithTheTrouble)
          restore, damaged},
         {"locked", [this] { Lock(); }, [this] { locker_.reset(); },
          "Server SRV1 is in use by another program. Try again in a moment."},
+        {"keys by other rules",
+         [this] {
+             LibraryProblem problem;
+             CConnection::Open(file_, OpenMode::Write, problem)->Execute("UPDATE library SET keys = 'other'");
+         },
+         [this] {
+             LibraryProblem problem;
+             EXPECT_TRUE(CSqliteWriter::Open(file_, problem)->Rebuild());
+         },
+         "Lists of server SRV1 are slow until somebody runs partkeep-library check --rebuild on its library."},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.label);

@@ -147,16 +147,18 @@ TEST_F(LibraryTool, KeysOfOtherRulesAreReadAndMadeAnew)
     const std::string list = out_.str();
     Forge(u"UPDATE library SET keys = 'older'"_s);
     Forge(u"UPDATE part SET search_text = '?', name_key = x'31'"_s);
-    EXPECT_EQ(Run({"list", library_}), 0) << "in the order of its keys";
-    ExpectTrouble({"import", library_, "."}, "check --rebuild");
-    EXPECT_EQ(Run({"check", library_}), 1);
-    EXPECT_EQ(Run({"check", library_, "--rebuild"}), 0) << err_.str();
     EXPECT_EQ(Run({"list", library_}), 0);
     EXPECT_EQ(out_.str(), list);
+    EXPECT_NE(err_.str().find("check --rebuild"), std::string::npos) << err_.str();
     session_.Go(u"SRV1"_s, u"Plates\\2008"_s);
     session_.SearchFor(u"たれっと"_s);
     session_.SelectAllParts(1);
     EXPECT_EQ(session_.GetSelectedPartCount(), 1);
+    ExpectTrouble({"import", library_, "."}, "check --rebuild");
+    ExpectTrouble({"check", library_}, "check --rebuild");
+    EXPECT_EQ(Run({"check", library_, "--rebuild"}), 0) << err_.str();
+    EXPECT_EQ(Run({"list", library_}), 0);
+    EXPECT_EQ(out_.str() + err_.str(), list);
 }
 
 TEST_F(LibraryTool, SaysInOneLineWhatIsWrong)
@@ -166,7 +168,7 @@ TEST_F(LibraryTool, SaysInOneLineWhatIsWrong)
         {{"create", library_}, "exists already"},
         {{"create", "S.db"}, ".kpl"},
         {{"create", "nul.kpl"}, "device"},
-        {{"create", "no/S.kpl"}, "cannot be opened"},
+        {{"create", "no/S.kpl"}, "No such file or directory"},
         {{"list", "no.kpl"}, "no such library"},
         {{"check", "text.kpl"}, "no part library"},
         {{"list", library_, "--folder", "x"}, "no such folder"},
@@ -195,7 +197,7 @@ TEST_F(LibraryTool, TheSampleHasWhatOneWantsToTry)
     EXPECT_FALSE(MakeSampleLibraries(u"."_s, false, made, problem));
     EXPECT_EQ(problem.fault, LibraryFault::AlreadyThere);
     EXPECT_FALSE(MakeSampleLibraries(u"no"_s, false, made, problem));
-    EXPECT_EQ(problem.fault, LibraryFault::CannotOpen);
+    EXPECT_EQ(problem.fault, LibraryFault::WriteFailed);
     ASSERT_TRUE(MakeSampleLibraries(u"."_s, true, made, problem)) << ProblemText(problem);
     std::string lists;
     std::size_t pictures = 0;

@@ -1,10 +1,12 @@
 // Copies that meet a full or read-only disk, other spellings, and names that must not leave the folder.
+#include "partlibrary/sqlite/library_check.h"
 #include "platform/files.h"
 #include "platform/posix/temporary_files.h"
 #include "platform/text.h"
 #include "tests/partlibrary/library_fixture.h"
 #include "tests/support/linux_faults.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <climits>
@@ -116,6 +118,59 @@ TEST_F(SessionCopy, AFullDiskUnderTheLibraryLeavesItAsItWas)
     EXPECT_EQ(NamesIn(target_.Path()), (Names{".filler", "S.kpl"}));
 }
 
+// The third and the fifth content make those before them reach the disk: the first time a reader is in the way, the
+// second time there is no room.
+TEST_F(SessionCopy, AnImportWaitsForReadersAndFailsWhole)
+{
+    PARTKEEP_NEEDS_MOUNTS();
+    CMountedDisk disk(target_.Path(), "130m");
+    const QString file = FromUtf8(target_.Path("S.kpl").string());
+    fs::copy_file(library_file_.toStdString(), target_.Path("S.kpl"));
+    LibraryProblem problem;
+    const auto writer = CSqliteWriter::Open(file, problem);
+    const auto other = CSqliteWriter::Open(file, problem);
+    const auto store = [&writer] {
+        qint64 left = 40'000'000;
+        return writer->Store(FileSlot::Iga, [&left](std::span<char> buffer) {
+            const auto size = std::min(left, static_cast<qint64>(buffer.size()));
+            std::fill_n(buffer.begin(), size, 'x');
+            left -= size;
+            return size;
+        });
+    };
+    ASSERT_TRUE(writer->Begin() && store() && store());
+    std::atomic<bool> holds = false;
+    const auto read = [&](std::chrono::milliseconds time) {
+        LibraryProblem trouble;
+        const auto connection = CConnection::Open(file, OpenMode::Read, trouble);
+        ASSERT_NE(connection, nullptr) << ProblemText(trouble);
+        const CReadTransaction one_state(*connection);
+        EXPECT_TRUE(CSqliteLibrary(connection).FindPart(u"Plates\\2008"_s, u"P1"_s));
+        holds = true;
+        std::this_thread::sleep_for(time);
+    };
+    std::thread slow(read, std::chrono::milliseconds(3000)); // longer than any reader waits
+    while (!holds) {
+        std::this_thread::yield();
+    }
+    std::thread late([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        for (int round = 0; round < 20; ++round) {
+            read(std::chrono::milliseconds(100)); // while the import waits for the other
+        }
+    });
+    EXPECT_TRUE(store()) << ProblemText(writer->Problem());
+    slow.join();
+    late.join();
+    EXPECT_TRUE(store());
+    EXPECT_FALSE(store());
+    EXPECT_EQ(writer->Problem().fault, LibraryFault::DiskFull) << ProblemText(writer->Problem());
+    writer->Rollback();
+    EXPECT_TRUE(other->Begin() && other->MakeFolder(u"New"_s) && other->Commit()) << ProblemText(other->Problem());
+    const auto check = CheckLibrary(file, problem);
+    EXPECT_TRUE(check && check->findings.isEmpty() && check->parts == 6 && check->folders == 4);
+}
+
 // The folder is watched between copies, so that it need not be read again for each.
 TEST_F(SessionCopy, ReplacesAFileOfAnotherSpelling)
 {
@@ -156,6 +211,10 @@ TEST_F(SessionCopy, WhatDeadProcessesLeftGoesAndWhatLivesStays)
     close(held);
     EXPECT_TRUE(ReplaceTextFile(target_.Core(u"a.ini"), "a")) << "a save looks too";
     EXPECT_EQ(NamesIn(target_.Path()).size(), 5U);
+    close(begin(dead));
+    LibraryProblem problem;
+    EXPECT_TRUE(CSqliteWriter::Create(FromUtf8(target_.Path("New.kpl").string()), problem));
+    EXPECT_EQ(NamesIn(target_.Path()).size(), 6U);
 }
 
 TEST_F(SessionCopy, AFolderOrALinkInTheWayDoesNoHarm)

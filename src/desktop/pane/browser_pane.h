@@ -103,6 +103,7 @@ private:
     [[nodiscard]] QString StatusText() const;
     [[nodiscard]] QString EmptyText() const;
     [[nodiscard]] QString ProblemText() const;
+    [[nodiscard]] QString Remarks() const;
     [[nodiscard]] LibraryProblem ShownProblem() const;
     [[nodiscard]] QList<QWidget*> FocusStops() const;
     [[nodiscard]] QList<int> ShownColumns() const;

@@ -6,6 +6,7 @@
 #include <QFrame>
 #include <QLabel>
 #include <QLocale>
+#include <QStringList>
 
 namespace partkeep {
 
@@ -111,12 +112,25 @@ LibraryProblem CBrowserPane::ShownProblem() const
     return problem || !rows_failed ? problem : model_->Library()->Problem();
 }
 
+// What is no trouble, but less than there could be.
+QString CBrowserPane::Remarks() const
+{
+    const IPartLibrary* const library = session_->Library();
+    QStringList remarks;
+    if (library != nullptr && library->Refused() > 0) {
+        remarks += Text(PaneText::EntriesRefused).arg(Number(library->Refused()));
+    }
+    if (library != nullptr && library->HasOtherKeys()) {
+        remarks += Text(PaneText::ServerSlow).arg(session_->CurrentServer());
+    }
+    return remarks.join(u' ');
+}
+
 QString CBrowserPane::ProblemText() const
 {
     const LibraryProblem problem = ShownProblem();
     if (!problem) {
-        const qint64 refused = session_->Library() != nullptr ? session_->Library()->Refused() : 0;
-        return refused > 0 ? Text(PaneText::EntriesRefused).arg(Number(refused)) : QString();
+        return Remarks();
     }
     const PaneText text = TextOfFault(problem.fault);
     const bool of_server = problem.fault == LibraryFault::NotFound && !problem.subject.isEmpty();

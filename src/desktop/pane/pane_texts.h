@@ -56,6 +56,7 @@ enum class PaneText {
     ServerReplaced,
     Since,          // %1 time
     EntriesRefused, // %1 how many
+    ServerSlow,     // %1 server
     ServerDamaged,
     ServerForeign,
     ServerRefused,

@@ -16,6 +16,10 @@ namespace partkeep {
 
 inline constexpr int max_findings = 100;
 
+// Told of a library whose keys are by other rules than those of now.
+inline constexpr const char* other_keys_text =
+    "its keys are by other rules: lists are slow until partkeep-library check --rebuild makes them anew";
+
 struct LibraryCheck {
     qint64 folders = 0;
     qint64 parts = 0;

@@ -2,6 +2,9 @@
 
 #include "partlibrary/library/library_text.h"
 
+#include <cerrno>
+#include <system_error>
+
 namespace partkeep {
 
 namespace {
@@ -57,7 +60,27 @@ const char* FaultText(LibraryFault fault)
     return "the library operation failed";
 }
 
+LibraryFault FaultOfError(int error)
+{
+    switch (error) {
+    case ENOSPC:
+    case EDQUOT:
+        return LibraryFault::DiskFull;
+    case ENAMETOOLONG:
+        return LibraryFault::PathTooLong;
+    case EEXIST:
+        return LibraryFault::AlreadyThere;
+    default:
+        return LibraryFault::WriteFailed;
+    }
+}
+
 } // namespace
+
+LibraryProblem WriteProblem(int error, const QString& subject)
+{
+    return {FaultOfError(error), subject, FromUtf8(std::generic_category().message(error))};
+}
 
 std::string ProblemText(const LibraryProblem& problem)
 {

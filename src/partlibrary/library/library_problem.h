@@ -41,6 +41,9 @@ struct LibraryProblem {
     explicit operator bool() const { return fault != LibraryFault::None; }
 };
 
+// What an error of the system was while something was written, and its text.
+[[nodiscard]] LibraryProblem WriteProblem(int error, const QString& subject);
+
 // One English line in UTF-8, control characters written out. Empty for no problem.
 [[nodiscard]] std::string ProblemText(const LibraryProblem& problem);
 

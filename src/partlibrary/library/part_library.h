@@ -142,6 +142,10 @@ public:
 
     // Folders and parts that were met and not given because of their names.
     [[nodiscard]] virtual qint64 Refused() const = 0;
+
+    // The last list met keys by other rules than those of now. Lists are right all the same, but slow until all keys
+    // are made anew.
+    [[nodiscard]] virtual bool HasOtherKeys() const { return false; }
 };
 
 } // namespace partkeep

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <unicode/ucol.h>
+#include <unicode/uversion.h>
 
 namespace partkeep {
 
@@ -86,16 +87,16 @@ QString SearchText(const PartRow& part)
     return FoldText(part.name + u'\n' + part.material + u'\n' + part.machine + u'\n' + part.comment);
 }
 
-QString KeysVersion()
+const QString& KeysVersion()
 {
-    UVersionInfo version{};
-    ucol_getVersion(Collator(), version);
-    return QStringLiteral("ICU %1 %2.%3.%4.%5, text 1")
-        .arg(QLatin1String(keys_locale))
-        .arg(version[0])
-        .arg(version[1])
-        .arg(version[2])
-        .arg(version[3]);
+    static const QString rules = [] {
+        UVersionInfo version{};
+        std::array<char, U_MAX_VERSION_STRING_LENGTH> text{};
+        ucol_getVersion(Collator(), version);
+        u_versionToString(version, text.data());
+        return QStringLiteral("ICU %1 %2, text 1").arg(QLatin1String(keys_locale), QLatin1String(text.data()));
+    }();
+    return rules;
 }
 
 QStringList SearchWords(const QString& typed)

@@ -24,8 +24,8 @@ inline constexpr qsizetype max_sort_key_bytes = 128;
 [[nodiscard]] QString SearchText(const PartRow& part);
 
 // Names the rules by which keys and folded texts are made, locale and version included. A library has all its keys by
-// the same: who reads never makes keys, and who writes by other rules makes all of them anew.
-[[nodiscard]] QString KeysVersion();
+// the same: who reads by other rules believes none of them, and who writes by other rules makes all of them anew.
+[[nodiscard]] const QString& KeysVersion();
 
 // The words of a search: folded, split at blanks. A part is found when each word lies somewhere in its text.
 [[nodiscard]] QStringList SearchWords(const QString& typed);

@@ -52,7 +52,7 @@ void COpenLibraries::Open(const QString& server, Entry& entry)
 
 void COpenLibraries::Retry(const QString& server)
 {
-    entries_[server].problem = {};
+    entries_.erase(server);
 }
 
 void COpenLibraries::CloseOthers(const QString& server)

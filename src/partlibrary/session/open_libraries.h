@@ -22,7 +22,7 @@ public:
     // Null on failure, with the reason; one that is open already stays so.
     [[nodiscard]] std::shared_ptr<IPartLibrary> Look(const QString& server);
 
-    // What failed is tried again at the next call.
+    // It is opened anew at the next call: another library may have been written over its file.
     void Retry(const QString& server);
 
     // All but this one, whose place is only looked at.

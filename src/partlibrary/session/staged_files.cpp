@@ -9,7 +9,6 @@
 #include <climits>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 
 namespace partkeep {
@@ -17,19 +16,6 @@ namespace partkeep {
 namespace {
 
 constexpr mode_t new_file_mode = 0666; // less the process's mask, as for a file that is copied
-
-LibraryFault FaultOfError(int error)
-{
-    switch (error) {
-    case ENOSPC:
-    case EDQUOT:
-        return LibraryFault::DiskFull;
-    case ENAMETOOLONG:
-        return LibraryFault::PathTooLong;
-    default:
-        return LibraryFault::WriteFailed;
-    }
-}
 
 } // namespace
 
@@ -53,15 +39,9 @@ CStagedFiles::~CStagedFiles()
     }
 }
 
-LibraryProblem CStagedFiles::ProblemOf(int error) const
-{
-    const std::string text = std::generic_category().message(error);
-    return {FaultOfError(error), FromUtf8(folder_), FromUtf8(text)};
-}
-
 bool CStagedFiles::Fail(int error)
 {
-    problem_ = ProblemOf(error);
+    problem_ = WriteProblem(error, FromUtf8(folder_));
     return false;
 }
 
@@ -90,7 +70,7 @@ LibraryProblem CStagedFiles::Write(std::span<const char> block) const
     while (!block.empty()) {
         const ssize_t count = write(entries_.back().descriptor, block.data(), block.size());
         if (count < 0 && errno != EINTR) {
-            return ProblemOf(errno);
+            return WriteProblem(errno, FromUtf8(folder_));
         }
         block = block.subspan(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     }

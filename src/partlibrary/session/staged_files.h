@@ -40,7 +40,6 @@ private:
         int descriptor;
     };
 
-    [[nodiscard]] LibraryProblem ProblemOf(int error) const;
     bool Fail(int error);
     bool EndAll();
 

@@ -21,6 +21,8 @@ using std::chrono::milliseconds;
 constexpr milliseconds most_work{2000}; // of a statement without a row
 constexpr milliseconds impatience{10000};
 constexpr std::array<int, 6> busy_waits_ms{1, 2, 5, 10, 20, 25};
+constexpr milliseconds readers_wait{500}; // for a commit that waits for other readers
+constexpr milliseconds readers_turn{100};
 constexpr int progress_steps = 20000;
 constexpr int longest_value = 16 << 20; // bytes; a library's own rows stay far below
 
@@ -110,10 +112,9 @@ std::shared_ptr<CConnection> CConnection::Open(const QString& file, OpenMode mod
 
 bool CConnection::OpenFile()
 {
-    const int access = IsReading(mode_)            ? SQLITE_OPEN_READONLY
-                       : mode_ == OpenMode::Create ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE
-                                                   : SQLITE_OPEN_READWRITE;
-    const int code = sqlite3_open_v2(ToUtf8(file_).c_str(), &database_, access | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int access = IsReading(mode_) ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+    const std::string file = mode_ == OpenMode::Create ? ":memory:" : ToUtf8(file_);
+    const int code = sqlite3_open_v2(file.c_str(), &database_, access | SQLITE_OPEN_NOMUTEX, nullptr);
     if (code != SQLITE_OK) {
         problem_ = EngineProblem(database_ != nullptr ? sqlite3_extended_errcode(database_) : code);
         return false;
@@ -162,6 +163,14 @@ bool CConnection::InTransaction() const
     return sqlite3_get_autocommit(database_) == 0;
 }
 
+std::string CConnection::Image() const
+{
+    sqlite3_int64 size = 0;
+    const std::unique_ptr<unsigned char, decltype(&sqlite3_free)> bytes(sqlite3_serialize(database_, "main", &size, 0),
+                                                                        sqlite3_free);
+    return bytes != nullptr ? std::string(bytes.get(), bytes.get() + size) : std::string();
+}
+
 void CConnection::SetId(QByteArray id)
 {
     id_ = std::move(id);
@@ -188,6 +197,7 @@ int CConnection::OnBusy(void* connection, int tries)
     const auto now = Clock::now();
     if (tries == 0) {
         self.wait_began_ = now;
+        self.next_turn_ = readers_wait;
     }
     if (now < self.impatient_until_ && self.patience_ <= usual_patience) {
         return 0;
@@ -196,9 +206,27 @@ int CConnection::OnBusy(void* connection, int tries)
         self.impatient_until_ = now + impatience;
         return 0;
     }
+    if (self.patience_ > usual_patience && now - self.wait_began_ >= self.next_turn_) {
+        self.next_turn_ += readers_wait + readers_turn;
+        return self.LetReadersIn() ? 1 : 0;
+    }
     const auto wait = std::min<std::size_t>(static_cast<std::size_t>(tries), busy_waits_ms.size() - 1);
     std::this_thread::sleep_for(milliseconds(busy_waits_ms[wait]));
     return 1;
+}
+
+// A commit that waits until the last reader has gone keeps new ones out meanwhile. They get their turn: the lock goes
+// back to a reader's for a moment, under which nobody else can commit either, and then to a writer's again. Nothing of
+// the change is in the file yet, and its journal not marked as one that is to be played back.
+bool CConnection::LetReadersIn()
+{
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(database_, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    if (file->pMethods->xUnlock(file, SQLITE_LOCK_SHARED) != SQLITE_OK) {
+        return false;
+    }
+    std::this_thread::sleep_for(readers_turn);
+    return file->pMethods->xLock(file, SQLITE_LOCK_RESERVED) == SQLITE_OK;
 }
 
 // The clock is read only where a step takes long enough to come here.
@@ -214,9 +242,6 @@ int CConnection::OnProgress(void* connection)
 
 sqlite3_stmt* CConnection::Take(const std::string& sql)
 {
-    if (watcher_) {
-        watcher_(sql);
-    }
     if (const auto idle = idle_.find(sql); idle != idle_.end()) {
         return std::exchange(idle->second, nullptr);
     }
@@ -303,6 +328,9 @@ void CStatement::Bind(int place, std::span<const char> value)
 int CStatement::Step()
 {
     connection_.work_timed_ = false;
+    if (connection_.watcher_) {
+        connection_.watcher_(sql_);
+    }
     return sqlite3_step(statement_);
 }
 

@@ -25,7 +25,7 @@ struct sqlite3_stmt;
 
 namespace partkeep {
 
-// ReadAll is for who looks through a whole library, and may take its time.
+// ReadAll is for who looks through a whole library, and may take its time. What is made stands in memory, see Image.
 enum class OpenMode { Read, ReadAll, Write, Create };
 
 using SqlValue = std::variant<qint64, QString, QByteArray>;
@@ -55,6 +55,9 @@ public:
     void SetId(QByteArray id);
     [[nodiscard]] qint64 Salt() const { return salt_; } // of the sums of rows, by the id
     [[nodiscard]] bool InTransaction() const;
+    [[nodiscard]] std::string Image() const; // the whole as it would stand in a file
+
+    // More than usual is for a commit: it lets others read while it waits for one who reads.
     void SetPatience(std::chrono::milliseconds patience) { patience_ = patience; }
 
     // Few pages at hand: for content that streams through, so that each page lands in memory that the processor
@@ -70,7 +73,7 @@ public:
     }
     [[nodiscard]] qint64 Refused() const { return static_cast<qint64>(refused_.size()); }
 
-    // Is told each statement from now on, for whoever asks the engine how it goes about them.
+    // Is told each step of a statement from now on, for whoever asks the engine how it goes about them.
     void WatchStatements(std::function<void(std::string_view sql)> watcher) { watcher_ = std::move(watcher); }
 
 private:
@@ -84,6 +87,7 @@ private:
     [[nodiscard]] sqlite3_stmt* Take(const std::string& sql);
     void GiveBack(std::string sql, sqlite3_stmt* statement);
     [[nodiscard]] LibraryProblem EngineProblem(int code) const;
+    bool LetReadersIn();
     static int OnBusy(void* connection, int tries);
     static int OnProgress(void* connection);
 
@@ -96,6 +100,7 @@ private:
     qint64 salt_ = 0;
     std::chrono::milliseconds patience_ = usual_patience;
     Clock::time_point wait_began_;
+    Clock::duration next_turn_{}; // of readers, since then
     Clock::time_point impatient_until_;
     Clock::time_point work_began_;
     bool work_timed_ = false;

@@ -54,10 +54,11 @@ qint64 Adapted(qint64 window, qint64 nanoseconds, qint64 smallest, qint64 larges
 } // namespace
 
 CPartPages::CPartPages(std::shared_ptr<CConnection> connection, PartListView view, qint64 parts_in_folder,
-                       std::shared_ptr<const CServerFolders> folders)
-    : connection_(std::move(connection)), view_(std::move(view)), shown_{SearchWords(view_.search), std::move(folders)},
-      phase_(parts_in_folder > small_folder && !shown_.words.isEmpty() ? Phase::Sample : Phase::Walk),
-      window_(smallest_window * 4), candidate_window_(smallest_candidate_window), anchors_(1)
+                       std::shared_ptr<const CServerFolders> folders, bool other_keys)
+    : connection_(std::move(connection)),
+      view_(std::move(view)), shown_{SearchWords(view_.search), std::move(folders), other_keys},
+      phase_(parts_in_folder > small_folder && !shown_.words.isEmpty() && !other_keys ? Phase::Sample : Phase::Walk),
+      window_(smallest_window * 4), candidate_window_(smallest_candidate_window), anchors_(1), ordered_({&view_})
 {
     if (view_.folder == all_folders && shown_.folders == nullptr) {
         Fail();
@@ -74,7 +75,7 @@ bool CPartPages::NarrowFrom(const CPartPages& wider)
             return std::any_of(words.begin(), words.end(), [&old](const QString& word) { return word.contains(old); });
         });
     if (!wider.Complete() || static_cast<qint64>(wider.ids_.size()) != wider.count_ || same != view_ || !narrows ||
-        Failed()) {
+        Failed() || shown_.other_keys) {
         return false;
     }
     candidates_ = wider.ids_;
@@ -186,13 +187,14 @@ void CPartPages::StepWalk()
     timer.start();
     const auto end = WindowEnd();
     if (!Failed()) {
-        TakeWindow(end);
+        shown_.other_keys ? OrderWindow(end) : TakeWindow(end);
     }
     if (Failed()) {
         return;
     }
     at_ = end;
     if (!end) {
+        TakeOrder();
         phase_ = Phase::Complete;
         return;
     }
@@ -239,6 +241,28 @@ void CPartPages::TakeWindow(const std::optional<PartPosition>& end)
     if (listed) {
         count_ = static_cast<qint64>(ids_.size());
     }
+}
+
+void CPartPages::OrderWindow(const std::optional<PartPosition>& end)
+{
+    CPartResult statement(
+        *connection_,
+        CPartQuery(view_, PositionColumns(view_.sort, true)).Folder().Beyond(at_).UpTo(end).Shown(shown_));
+    while (statement.Next()) {
+        ordered_.insert(ReadPosition(statement, 0, view_.sort));
+    }
+    if (statement.Failed()) {
+        Fail();
+    }
+}
+
+void CPartPages::TakeOrder()
+{
+    for (const PartPosition& place : ordered_) {
+        ids_.push_back(place.id);
+    }
+    ordered_.clear();
+    count_ = std::max(count_, static_cast<qint64>(ids_.size()));
 }
 
 const CPartPages::Anchor& CPartPages::AnchorBefore(qint64 row) const
@@ -300,8 +324,10 @@ std::vector<PartRow> CPartPages::RowsByIds(qint64 first, qint64 limit)
     for (std::size_t i = 0; i < rows.size(); ++i) {
         rows[i].id = ids[i];
     }
-    CPartResult statement(*connection_,
-                          CPartQuery(view_, std::string(part_row_columns) + ", wanted.key").Among(ids).Shown({}));
+    const ShownRows searched_already{{}, nullptr, shown_.other_keys};
+    CPartResult statement(
+        *connection_,
+        CPartQuery(view_, std::string(part_row_columns) + ", wanted.key").Among(ids).Shown(searched_already));
     while (statement.Next()) {
         PartRow& row = rows[static_cast<std::size_t>(statement.Integer(part_row_column_count))];
         if (!TakeRow(statement, row)) {

@@ -5,6 +5,9 @@
 //
 // A rare search text in a large folder is found through the search index first; a frequent one fills the first
 // page within a few slices of the walk.
+//
+// Where the library's keys are by other rules than those of now, they only lead the walk through all rows, each of
+// which gets keys of now: the order is known at the end, and all ids are held.
 #pragma once
 
 #include "partlibrary/sqlite/part_query.h"
@@ -13,6 +16,7 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 #include <vector>
 
 namespace partkeep {
@@ -22,7 +26,7 @@ public:
     // Parts in the folder as it counts them: tells small from large. A view of all folders gets them, too; without them
     // it has failed.
     CPartPages(std::shared_ptr<CConnection> connection, PartListView view, qint64 parts_in_folder,
-               std::shared_ptr<const CServerFolders> folders = nullptr);
+               std::shared_ptr<const CServerFolders> folders = nullptr, bool other_keys = false);
 
     // Looks only among the rows of a list that this one's search narrows. False when that list does not hold
     // all its ids, or shows something else. To be called before the first step.
@@ -44,12 +48,19 @@ private:
         qint64 rows = 0;                      // shown rows up to there
     };
 
+    struct InOrder {
+        const PartListView* view;
+        bool operator()(const PartPosition& a, const PartPosition& b) const { return Precedes(*view, a, b); }
+    };
+
     void StepAmong();
     void StepSample();
     void StepCandidates();
     void StepWalk();
     [[nodiscard]] std::optional<PartPosition> WindowEnd();
     void TakeWindow(const std::optional<PartPosition>& end);
+    void OrderWindow(const std::optional<PartPosition>& end);
+    void TakeOrder();
     void Fail() { phase_ = Phase::Failed; }
     [[nodiscard]] const Anchor& AnchorBefore(qint64 row) const;
     [[nodiscard]] CPartQuery From(qint64 first, qint64 limit, const std::string& columns) const;
@@ -69,8 +80,9 @@ private:
     std::vector<Anchor> anchors_;    // by rising rows; the first is the start
     std::optional<PartPosition> at_; // where the walk stands
     std::vector<PartId> candidates_;
-    qint64 candidates_to_ = 0; // ids up to here have been looked up in the index
-    qint64 last_id_ = 0;       // of the table
+    qint64 candidates_to_ = 0;                // ids up to here have been looked up in the index
+    qint64 last_id_ = 0;                      // of the table
+    std::set<PartPosition, InOrder> ordered_; // by keys of now
 };
 
 } // namespace partkeep

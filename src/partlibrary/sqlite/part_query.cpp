@@ -9,13 +9,6 @@ namespace partkeep {
 
 namespace {
 
-constexpr std::array<const char*, 5> key_columns{"name_key", "thickness", "material_key", "machine_key", "comment_key"};
-
-const char* KeyColumn(PartColumn column)
-{
-    return key_columns[static_cast<std::size_t>(column)];
-}
-
 std::string Keys(const PartListView& view, const std::string& end = {})
 {
     const std::string folder = view.folder == all_folders ? "folder" + end + ", " : std::string();
@@ -25,9 +18,21 @@ std::string Keys(const PartListView& view, const std::string& end = {})
 
 } // namespace
 
-std::string PositionColumns(PartColumn sort)
+const char* TextColumn(PartColumn column)
 {
-    return std::string("folder, ") + KeyColumn(sort) + ", name_key, part.id";
+    static constexpr std::array columns{"name", "thickness", "material", "machine", "comment"};
+    return columns[static_cast<std::size_t>(column)];
+}
+
+std::string KeyColumn(PartColumn column, bool other_keys)
+{
+    const std::string text = TextColumn(column);
+    return column == PartColumn::Thickness ? text : other_keys ? "sort_key(" + text + ")" : text + "_key";
+}
+
+std::string PositionColumns(PartColumn sort, bool other_keys)
+{
+    return "folder, " + KeyColumn(sort, other_keys) + ", " + KeyColumn(PartColumn::Name, other_keys) + ", part.id";
 }
 
 PartPosition ReadPosition(const CStatement& statement, int column, PartColumn sort)
@@ -100,7 +105,7 @@ CPartQuery& CPartQuery::Shown(const ShownRows& rows)
     }
     for (const auto& [column, value] : view_.only) {
         const bool number = column == PartColumn::Thickness;
-        sql_ += " AND +" + std::string(KeyColumn(column)) + " = ?";
+        sql_ += " AND +" + KeyColumn(column, rows.other_keys) + " = ?";
         values_.push_back(number ? SqlValue(value.key.toLongLong()) : SqlValue(value.key));
     }
     if (view_.filter != all_data_kinds) {
@@ -108,7 +113,8 @@ CPartQuery& CPartQuery::Shown(const ShownRows& rows)
         values_.emplace_back(qint64{SlotsOfMask(view_.filter)});
     }
     for (const QString& word : rows.words) {
-        sql_ += " AND instr(search_text, ?) > 0";
+        sql_ += rows.other_keys ? " AND instr(search_text_of(name, material, machine, comment), ?) > 0"
+                                : " AND instr(search_text, ?) > 0";
         values_.emplace_back(word);
     }
     sql_ += " AND part_is_sound(part.id, name, material, machine, comment)"; // the dearest comes last

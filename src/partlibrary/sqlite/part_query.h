@@ -27,10 +27,15 @@ struct PartPosition {
 struct ShownRows {
     QStringList words;                             // of its search
     std::shared_ptr<const CServerFolders> folders; // in a view of all folders
+    bool other_keys = false;                       // those that are stored are not believed
 };
 
+// A column as it is shown, and its key: as it is stored, or made from the text where stored keys are not believed.
+[[nodiscard]] const char* TextColumn(PartColumn column);
+[[nodiscard]] std::string KeyColumn(PartColumn column, bool other_keys = false);
+
 // The columns that a row's place in the order is made of, and what reads them from `column` on.
-[[nodiscard]] std::string PositionColumns(PartColumn sort);
+[[nodiscard]] std::string PositionColumns(PartColumn sort, bool other_keys = false);
 [[nodiscard]] PartPosition ReadPosition(const CStatement& statement, int column, PartColumn sort);
 
 // Whether one place comes before another in the order of the view.

@@ -11,43 +11,20 @@ namespace {
 constexpr qint64 moment_ms = 120;
 constexpr qint64 few_rows = 20000;
 
-// The column as it is shown, and as it is ordered.
-struct Columns {
-    const char* text;
-    const char* key;
-};
-
-Columns ColumnsOf(PartColumn column)
-{
-    switch (column) {
-    case PartColumn::Thickness:
-        return {"thickness", "thickness"};
-    case PartColumn::Material:
-        return {"material", "material_key"};
-    case PartColumn::Machine:
-        return {"machine", "machine_key"};
-    case PartColumn::Name:
-        return {"name", "name_key"};
-    case PartColumn::Comment:
-        break;
-    }
-    return {"comment", "comment_key"};
-}
-
 class CValues {
 public:
-    CValues(CConnection& connection, PartColumn column, std::size_t most)
-        : connection_(connection), columns_(ColumnsOf(column)), number_(column == PartColumn::Thickness), most_(most)
+    CValues(CConnection& connection, PartColumn column, bool other_keys, std::size_t most)
+        : connection_(connection), key_(KeyColumn(column, other_keys)),
+          wanted_(TextColumn(column) + std::string(", ") + key_), number_(column == PartColumn::Thickness), most_(most)
     {
     }
 
     bool OfParts(const std::vector<PartId>& ids)
     {
         const PartListView any;
-        const std::string wanted = Wanted();
-        const CPartQuery query = CPartQuery(any, wanted).Among(ids);
-        CStatement rows(connection_, query.Sql() + " GROUP BY " + columns_.key + " ORDER BY " + columns_.key +
-                                         " LIMIT " + std::to_string(most_));
+        const CPartQuery query = CPartQuery(any, wanted_).Among(ids);
+        CStatement rows(connection_,
+                        query.Sql() + " GROUP BY " + key_ + " ORDER BY " + key_ + " LIMIT " + std::to_string(most_));
         for (rows.WithAll(query.Values()); rows.Next();) {
             Take(rows);
         }
@@ -57,10 +34,10 @@ public:
     // From one value to the next by the index, however many parts have it.
     bool OfFolder(qint64 folder)
     {
-        const std::string from = "SELECT " + Wanted() + " FROM part WHERE folder = ? ";
-        const std::string order = std::string(" ORDER BY ") + columns_.key + ", name_key LIMIT 1";
+        const std::string from = "SELECT " + wanted_ + " FROM part WHERE folder = ? ";
+        const std::string order = " ORDER BY " + key_ + ", name_key LIMIT 1";
         CStatement first(connection_, from + order);
-        CStatement next(connection_, from + "AND " + columns_.key + " > ?" + order);
+        CStatement next(connection_, from + "AND " + key_ + " > ?" + order);
         CStatement* rows = &first.With(folder);
         while (found_.size() < most_ && rows->Next()) {
             const SqlValue key = Take(*rows);
@@ -82,8 +59,6 @@ public:
     }
 
 private:
-    [[nodiscard]] std::string Wanted() const { return columns_.text + std::string(", ") + columns_.key; }
-
     SqlValue Take(const CStatement& row)
     {
         found_.push_back(number_ ? ColumnValue{row.Text(0), row.Text(0).toUtf8()}
@@ -92,7 +67,8 @@ private:
     }
 
     CConnection& connection_;
-    Columns columns_;
+    std::string key_;
+    std::string wanted_;
     bool number_;
     std::size_t most_;
     std::vector<ColumnValue> found_;
@@ -114,18 +90,18 @@ std::optional<std::vector<qint64>> FolderIds(CConnection& connection, qint64 fol
 } // namespace
 
 std::optional<std::vector<ColumnValue>> ReadValues(CConnection& connection, IPartListing& list, PartColumn column,
-                                                   std::size_t most)
+                                                   bool other_keys, std::size_t most)
 {
     QElapsedTimer timer;
     timer.start();
     while (timer.elapsed() < moment_ms && list.Count() <= few_rows && list.Step()) {
     }
-    CValues values(connection, column, most);
+    CValues values(connection, column, other_keys, most);
     if (list.Complete() && list.Count() <= few_rows) {
         return values.OfParts(list.Ids(0, list.Count())) ? std::optional(values.InOrder()) : std::nullopt;
     }
     const auto folders = FolderIds(connection, list.View().folder);
-    bool read = folders.has_value();
+    bool read = folders.has_value() && !other_keys;
     for (std::size_t i = 0; read && i < folders->size() && timer.elapsed() < 3 * moment_ms; ++i) {
         read = values.OfFolder((*folders)[i]);
     }

@@ -121,13 +121,28 @@ std::string NewMark()
     return mark;
 }
 
+QString TextOf(sqlite3_value* value)
+{
+    const auto* bytes = reinterpret_cast<const char*>(sqlite3_value_text(value));
+    return FromUtf8({bytes != nullptr ? bytes : "", static_cast<std::size_t>(sqlite3_value_bytes(value))});
+}
+
+void MakeSortKey(sqlite3_context* context, int /*count*/, sqlite3_value** values)
+{
+    const QByteArray key = SortKey(TextOf(values[0]));
+    sqlite3_result_blob(context, key.constData(), static_cast<int>(key.size()), SQLITE_TRANSIENT);
+}
+
+void MakeSearchText(sqlite3_context* context, int /*count*/, sqlite3_value** values)
+{
+    const std::string text =
+        ToUtf8(SearchText({0, 0, 0, 0, TextOf(values[0]), TextOf(values[1]), TextOf(values[2]), TextOf(values[3])}));
+    sqlite3_result_text(context, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+}
+
 void PartIsSound(sqlite3_context* context, int /*count*/, sqlite3_value** values)
 {
-    const auto text = [values](int place) {
-        const auto* bytes = reinterpret_cast<const char*>(sqlite3_value_text(values[place]));
-        return FromUtf8({bytes != nullptr ? bytes : "", static_cast<std::size_t>(sqlite3_value_bytes(values[place]))});
-    };
-    const bool sound = IsSoundPart(text(1), text(2), text(3), text(4));
+    const bool sound = IsSoundPart(TextOf(values[1]), TextOf(values[2]), TextOf(values[3]), TextOf(values[4]));
     if (!sound) {
         static_cast<CConnection*>(sqlite3_user_data(context))->CountRefused(sqlite3_value_int64(values[0]));
     }
@@ -181,8 +196,12 @@ bool CheckSchema(CConnection& connection)
 
 bool AddRowFunctions(CConnection& connection, sqlite3* database)
 {
-    return sqlite3_create_function_v2(database, "part_is_sound", 5, SQLITE_UTF8 | SQLITE_DIRECTONLY, &connection,
-                                      PartIsSound, nullptr, nullptr, nullptr) == SQLITE_OK;
+    const auto add = [&](const char* name, int values, auto* function) {
+        return sqlite3_create_function_v2(database, name, values, SQLITE_UTF8 | SQLITE_DIRECTONLY, &connection,
+                                          function, nullptr, nullptr, nullptr) == SQLITE_OK;
+    };
+    return add("part_is_sound", 5, PartIsSound) && add("sort_key", 1, MakeSortKey) &&
+           add("search_text_of", 4, MakeSearchText);
 }
 
 QByteArray LibraryMark(const QByteArray& page)

@@ -44,8 +44,9 @@ bool CreateSchema(CConnection& connection);
 // and indices of one: no view or trigger of a stranger's making is ever run.
 bool CheckSchema(CConnection& connection);
 
-// The function part_is_sound(id, name, material, machine, comment), which is the gate for rows that are only counted.
-// It tells the connection of those that are not.
+// The function part_is_sound(id, name, material, machine, comment), which is the gate for rows that are only counted:
+// it tells the connection of those that are not. And sort_key(text) and search_text_of(name, material, machine,
+// comment), for rows whose stored ones are by other rules.
 bool AddRowFunctions(CConnection& connection, sqlite3* database);
 
 // What tells a library from all others, as it stands in its first page. Empty for another page.

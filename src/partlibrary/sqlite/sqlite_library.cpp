@@ -7,6 +7,7 @@
 #include "partlibrary/sqlite/schema.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace partkeep {
 
@@ -129,7 +130,23 @@ std::optional<std::vector<FolderRow>> CSqliteLibrary::Folders(const QString& pat
             connection_->CountRefused(-row.id);
         }
     }
-    return statement.Failed() ? std::nullopt : std::optional(std::move(rows));
+    if (statement.Failed()) {
+        return std::nullopt;
+    }
+    if (LookAtKeys()) {
+        std::stable_sort(rows.begin(), rows.end(), [](const FolderRow& left, const FolderRow& right) {
+            return SortKey(left.name) < SortKey(right.name);
+        });
+    }
+    return rows;
+}
+
+// Each time, since another program may make them anew.
+bool CSqliteLibrary::LookAtKeys()
+{
+    CStatement keys(*connection_, "SELECT 1 FROM library WHERE keys = ?");
+    other_keys_ = !keys.With(KeysVersion()).Next() && !keys.Failed();
+    return other_keys_;
 }
 
 std::unique_ptr<IPartListing> CSqliteLibrary::List(const PartListView& view, qint64 parts_in_folder,
@@ -137,7 +154,7 @@ std::unique_ptr<IPartListing> CSqliteLibrary::List(const PartListView& view, qin
 {
     auto folders = FoldersOf(view);
     const qint64 parts = folders != nullptr ? folders->Parts() : parts_in_folder;
-    auto pages = std::make_unique<CPartPages>(connection_, view, parts, std::move(folders));
+    auto pages = std::make_unique<CPartPages>(connection_, view, parts, std::move(folders), LookAtKeys());
     if (const auto* const known = dynamic_cast<const CPartPages*>(wider); known != nullptr) {
         pages->NarrowFrom(*known);
     }
@@ -147,7 +164,7 @@ std::unique_ptr<IPartListing> CSqliteLibrary::List(const PartListView& view, qin
 // A search may be rare, and then its index is quicker than the folder.
 std::optional<std::vector<PartId>> CSqliteLibrary::Ids(const PartListView& view)
 {
-    if (SearchWords(view.search).isEmpty() && view.folder != all_folders) {
+    if (!LookAtKeys() && SearchWords(view.search).isEmpty() && view.folder != all_folders) {
         return ReadIds(*connection_, CPartQuery(view, "part.id").Folder().Shown({}).Ordered());
     }
     CStatement count(*connection_, "SELECT parts FROM folder WHERE id = ?");
@@ -163,6 +180,14 @@ std::optional<std::vector<PartId>> CSqliteLibrary::Visible(const PartListView& v
     if (ids.empty()) {
         return ids;
     }
+    if (LookAtKeys()) {
+        auto all = Ids(view);
+        const std::unordered_set<PartId> wanted(ids.begin(), ids.end());
+        if (all) {
+            std::erase_if(*all, [&wanted](PartId id) { return !wanted.contains(id); });
+        }
+        return all;
+    }
     const ShownRows shown{SearchWords(view.search), FoldersOf(view)};
     if (view.folder == all_folders && shown.folders == nullptr) {
         return std::nullopt;
@@ -175,7 +200,7 @@ std::optional<std::vector<ColumnValue>> CSqliteLibrary::Values(const PartListVie
 {
     CStatement count(*connection_, "SELECT parts FROM folder WHERE id = ?");
     const auto list = List(view, count.With(view.folder).Next() ? count.Integer(0) : 0, nullptr);
-    return list->Failed() ? std::nullopt : ReadValues(*connection_, *list, column, most);
+    return list->Failed() ? std::nullopt : ReadValues(*connection_, *list, column, other_keys_, most);
 }
 
 std::shared_ptr<const CServerFolders> CSqliteLibrary::FoldersOf(const PartListView& view)

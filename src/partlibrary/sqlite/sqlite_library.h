@@ -41,6 +41,7 @@ public:
     [[nodiscard]] LibraryPlace Place() const override { return connection_->Place(); }
     [[nodiscard]] const QByteArray& Id() const override { return connection_->Id(); }
     [[nodiscard]] qint64 Refused() const override { return connection_->Refused(); }
+    [[nodiscard]] bool HasOtherKeys() const override { return other_keys_; }
 
     [[nodiscard]] CConnection& Connection() { return *connection_; }
     [[nodiscard]] std::shared_ptr<CConnection> ShareConnection() const { return connection_; }
@@ -52,10 +53,12 @@ private:
     [[nodiscard]] std::optional<std::vector<FileRow>> FileRows(PartId part);
     [[nodiscard]] std::optional<std::vector<FileRow>> Files(PartId part, SlotSet slots);
     [[nodiscard]] std::shared_ptr<const CServerFolders> FoldersOf(const PartListView& view);
+    [[nodiscard]] bool LookAtKeys();
     LibraryProblem CopyPieces(const FileRow& file, const ContentSink& sink);
 
     std::shared_ptr<CConnection> connection_;
     std::shared_ptr<const CServerFolders> server_folders_; // once they were asked for
+    bool other_keys_ = false;
 };
 
 } // namespace partkeep

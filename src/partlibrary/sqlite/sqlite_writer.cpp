@@ -6,11 +6,13 @@
 #include "partlibrary/sqlite/left_journal.h"
 #include "partlibrary/sqlite/library_rows.h"
 #include "partlibrary/sqlite/schema.h"
+#include "platform/posix/whole_file.h"
 
 #include <QFile>
 #include <QRandomGenerator>
 
 #include <algorithm>
+#include <cerrno>
 #include <ctime>
 
 namespace partkeep {
@@ -28,18 +30,15 @@ bool CSqliteWriter::Create(const QString& file, LibraryProblem& problem)
         problem = {LibraryFault::AlreadyThere, file, {}};
         return false;
     }
-    const QString temporary = file + u'~' + QString::number(QRandomGenerator::system()->generate64(), 16);
-    const bool made = CConnection::Open(temporary, OpenMode::Create, problem) != nullptr;
-    if (made && SetForeignJournalAside(file, problem) && QFile::rename(temporary, file)) {
-        return true;
+    const auto empty = CConnection::Open(file, OpenMode::Create, problem);
+    if (empty == nullptr || !SetForeignJournalAside(file, problem)) {
+        return false;
     }
-    if (made && !problem) {
-        problem = {QFile::exists(file) ? LibraryFault::AlreadyThere : LibraryFault::WriteFailed, file, {}};
+    const std::string image = empty->Image();
+    if (image.empty() || !CreateWholeFile(ToUtf8(file), image)) {
+        problem = image.empty() ? LibraryProblem{LibraryFault::NoMemory, file, {}} : WriteProblem(errno, file);
     }
-    problem.subject = file;
-    QFile::remove(temporary);
-    QFile::remove(temporary + QStringLiteral("-journal"));
-    return false;
+    return !problem;
 }
 
 std::unique_ptr<CSqliteWriter> CSqliteWriter::Open(const QString& file, LibraryProblem& problem)

@@ -1,6 +1,7 @@
 #include "partlibrary/tool/commands.h"
 
 #include "partlibrary/import/library_import.h"
+#include "partlibrary/library/library_admin.h"
 #include "partlibrary/library/library_names.h"
 #include "partlibrary/library/library_text.h"
 #include "partlibrary/session/library_folder.h"
@@ -148,6 +149,9 @@ int List(const ToolOptions& options, const Streams& streams)
     const auto folder = library->FindFolder(FolderOption(options.folder));
     if (!folder || !PrintTree(*library, *folder, streams.out)) {
         return Fail(streams, library->Problem());
+    }
+    if (library->HasOtherKeys()) {
+        streams.err << "partkeep-library: " << Printable(Native(options.library)) << ": " << other_keys_text << '\n';
     }
     if (library->Refused() > 0) {
         streams.err << "partkeep-library: " << library->Refused() << " folders or parts with names that are refused\n";

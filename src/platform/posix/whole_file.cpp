@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <optional>
@@ -87,6 +88,13 @@ public:
         }
         exists_ = false;
         return Outcome::Done;
+    }
+
+    // Not every file system knows the renaming that replaces nothing; one that does not has second names.
+    bool RenameToNew(const std::string& target)
+    {
+        exists_ = renameat2(AT_FDCWD, name_.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) != 0;
+        return !exists_ || (errno != EEXIST && link(name_.c_str(), target.c_str()) == 0);
     }
 
 private:
@@ -227,6 +235,19 @@ bool ReplaceWholeFile(const std::string& native, std::string_view bytes, OldFile
         return old_file.Close() && written;
     }
     return outcome == Outcome::Done;
+}
+
+bool CreateWholeFile(const std::string& native, std::string_view bytes)
+{
+    RemoveLeftOvers(FolderOf(native));
+    const std::string name = NewTemporaryName();
+    CTemporaryFile beside(FolderOf(native) + name, 0666);
+    const bool made = !name.empty() && beside.Handle().IsOpen() && beside.Handle().WriteAll(bytes) && beside.Flush() &&
+                      beside.RenameToNew(native);
+    if (made) {
+        FlushFolder(native);
+    }
+    return made;
 }
 
 } // namespace partkeep

@@ -16,4 +16,7 @@ namespace partkeep {
 // written in place, and false is the answer too where it cannot be kept.
 bool ReplaceWholeFile(const std::string& native, std::string_view bytes, OldFile old);
 
+// The same for a file that is not there yet: one that has come meanwhile stays. errno tells why it failed.
+bool CreateWholeFile(const std::string& native, std::string_view bytes);
+
 } // namespace partkeep
