@@ -118,7 +118,7 @@ public:
     {
         const QString file = FromUtf8((place_ / "SRV1.kpl").string());
         LibraryProblem problem;
-        const auto check = CheckLibrary(file, problem);
+        const auto check = CheckLibrary(file, {}, problem);
         const bool sound = check && check->findings.isEmpty();
         const auto library = CSqliteLibrary::Open(file, problem);
         if (library != nullptr) {

@@ -139,7 +139,7 @@ void LibraryShop::ForgeFolder(const QString& path)
 std::string LibraryShop::Check() const
 {
     LibraryProblem problem;
-    const auto check = CheckLibrary(library_file_, problem);
+    const auto check = CheckLibrary(library_file_, {}, problem);
     return check ? check->findings.join(u'\n').toStdString() : ProblemText(problem);
 }
 

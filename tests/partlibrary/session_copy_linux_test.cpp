@@ -167,7 +167,7 @@ TEST_F(SessionCopy, AnImportWaitsForReadersAndFailsWhole)
     EXPECT_EQ(writer->Problem().fault, LibraryFault::DiskFull) << ProblemText(writer->Problem());
     writer->Rollback();
     EXPECT_TRUE(other->Begin() && other->MakeFolder(u"New"_s) && other->Commit()) << ProblemText(other->Problem());
-    const auto check = CheckLibrary(file, problem);
+    const auto check = CheckLibrary(file, {}, problem);
     EXPECT_TRUE(check && check->findings.isEmpty() && check->parts == 6 && check->folders == 4);
 }
 

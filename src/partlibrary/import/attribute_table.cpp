@@ -1,7 +1,9 @@
 #include "partlibrary/import/attribute_table.h"
 
 #include "controls/part_browser_contract.h"
+#include "partlibrary/library/library_text.h"
 
+#include <QFile>
 #include <QStringDecoder>
 #include <QStringList>
 
@@ -135,7 +137,7 @@ bool IsBlank(const TableRecord& record)
 
 } // namespace
 
-std::optional<std::vector<AttributeRow>> ParseAttributeTable(const QByteArray& text, LibraryProblem& problem)
+std::optional<AttributeTable> ParseAttributeTable(const QByteArray& text, LibraryProblem& problem)
 {
     QStringDecoder decoder(QStringDecoder::Utf8);
     const QString wide = decoder.decode(text);
@@ -145,8 +147,7 @@ std::optional<std::vector<AttributeRow>> ParseAttributeTable(const QByteArray& t
     }
     CTableReader reader(wide);
     TableRecord record;
-    QStringList columns;
-    std::vector<AttributeRow> rows;
+    AttributeTable table;
     while (!reader.AtEnd()) {
         if (!reader.Read(record)) {
             Refuse(problem, record.line, QStringLiteral("a quote that does not close its field"));
@@ -155,21 +156,49 @@ std::optional<std::vector<AttributeRow>> ParseAttributeTable(const QByteArray& t
         if (IsBlank(record)) {
             continue;
         }
-        if (columns.isEmpty()) {
-            columns = record.fields.join(u'\n').toLower().split(u'\n');
-            if (columns.removeDuplicates() > 0) {
+        if (table.columns.isEmpty()) {
+            table.columns = record.fields.join(u'\n').toLower().split(u'\n');
+            if (table.columns.removeDuplicates() > 0) {
                 Refuse(problem, record.line, QStringLiteral("a column comes twice"));
                 return std::nullopt;
             }
             continue;
         }
         AttributeRow row;
-        if (!ReadRow(record, columns, row, problem)) {
+        if (!ReadRow(record, table.columns, row, problem)) {
             return std::nullopt;
         }
-        rows.push_back(std::move(row));
+        table.rows.push_back(std::move(row));
     }
-    return rows;
+    return table;
+}
+
+std::optional<AttributeTable> ReadAttributeTable(const QString& path, LibraryProblem& problem)
+{
+    QFile file(path);
+    const QByteArray text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    if (file.error() != QFileDevice::NoError) {
+        problem = {LibraryFault::ReadFailed, path, file.errorString()};
+        return std::nullopt;
+    }
+    auto table = ParseAttributeTable(text, problem);
+    if (!table) {
+        problem.subject = problem.subject.isEmpty() ? path : path + QStringLiteral(", ") + problem.subject;
+    }
+    return table;
+}
+
+std::string TableLine(const QStringList& fields)
+{
+    std::string line;
+    for (const QString& field : fields) {
+        const bool plain = field == field.trimmed() && !field.contains(u',') && !field.contains(u'"');
+        QString quoted = field;
+        quoted.replace(u'"', QStringLiteral("\"\""));
+        line += line.empty() && &field == &fields.front() ? "" : ",";
+        line += plain ? ToUtf8(field) : '"' + ToUtf8(quoted) + '"';
+    }
+    return line + '\n';
 }
 
 std::optional<std::int32_t> ParseThickness(QStringView text)

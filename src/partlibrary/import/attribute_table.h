@@ -8,8 +8,10 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace partkeep {
@@ -21,9 +23,19 @@ struct AttributeRow {
     PartAttributes attributes;
 };
 
-// Nothing on an error, with a line number in the reason.
-[[nodiscard]] std::optional<std::vector<AttributeRow>> ParseAttributeTable(const QByteArray& text,
-                                                                           LibraryProblem& problem);
+struct AttributeTable {
+    QStringList columns; // in small letters
+    std::vector<AttributeRow> rows;
+};
+
+// Nothing on an error, with a line number in the subject.
+[[nodiscard]] std::optional<AttributeTable> ParseAttributeTable(const QByteArray& text, LibraryProblem& problem);
+
+// The same of a file, by its native path, which then stands in front of the line number.
+[[nodiscard]] std::optional<AttributeTable> ReadAttributeTable(const QString& file, LibraryProblem& problem);
+
+// Fields as one line of a table.
+[[nodiscard]] std::string TableLine(const QStringList& fields);
 
 // A decimal number such as "1.5" or "-0.0001" in units of 1/10000. Nothing when it is no number, has more
 // than four decimals or does not fit.

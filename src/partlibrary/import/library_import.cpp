@@ -1,6 +1,7 @@
 #include "partlibrary/import/library_import.h"
 
 #include "partlibrary/import/attribute_table.h"
+#include "partlibrary/library/bitmap_file.h"
 #include "partlibrary/library/file_kinds.h"
 #include "partlibrary/library/library_names.h"
 #include "partlibrary/library/library_text.h"
@@ -19,6 +20,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr std::size_t most_looked_at = 1 << 16; // bytes of a picture: more than one may have
+
 using PartKey = std::pair<QString, QString>; // folder, name
 
 struct SourceFile {
@@ -32,21 +35,6 @@ struct SourcePart {
 };
 
 using SourceParts = std::map<PartKey, SourcePart>;
-
-QString JoinFolders(const QString& left, const QString& right)
-{
-    return left.isEmpty() || right.isEmpty() ? left + right : left + u'\\' + right;
-}
-
-bool ReadTable(const QString& path, QByteArray& content, LibraryProblem& problem)
-{
-    QFile file(path);
-    content = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    if (file.error() != QFileDevice::NoError) {
-        problem = {LibraryFault::ReadFailed, path, file.errorString()};
-    }
-    return !problem;
-}
 
 // Names are looked at before anything is written.
 bool CheckSource(const QString& folder, const QString& part, LibraryProblem& problem)
@@ -63,23 +51,15 @@ bool AddSourceFile(const fs::path& file, const ImportOptions& options, SourcePar
                    LibraryProblem& problem)
 {
     const QString path = FromUtf8(file.string());
-    const QString name = FromUtf8(file.filename().string());
-    const auto import_name = ParseImportName(name);
-    if (!import_name) {
-        report.skipped += path;
+    if (options.wanted && !options.wanted(path)) {
         return true;
     }
-    // By text alone, as the path was put together: the source may be given relative to anything.
-    const std::string inner = file.lexically_relative(ToUtf8(options.source)).parent_path().string();
-    if (inner.find('\\') != std::string::npos) {
-        problem = {LibraryFault::NameRefused, FromUtf8(inner), NameFaultText(NameFault::ReservedCharacter)};
-        return false;
+    const auto target = TargetOf(path, options, problem);
+    if (!target) {
+        report.skipped += path;
+        return !problem;
     }
-    const QString folder = JoinFolders(options.target, FromUtf8(inner).replace(u'/', u'\\'));
-    if (!CheckSource(folder, import_name->part.toString(), problem)) {
-        return false;
-    }
-    if (!parts[{folder, import_name->part.toString()}].files.emplace(import_name->slot, SourceFile{path, {}}).second) {
+    if (!parts[{target->folder, target->part}].files.emplace(target->slot, SourceFile{path, {}}).second) {
         problem = {LibraryFault::BadInput, path, QStringLiteral("a second file of the same kind, beside letter case")};
         return false;
     }
@@ -114,16 +94,12 @@ bool AddAttributes(const ImportOptions& options, SourceParts& parts, LibraryProb
     if (options.attribute_table.isEmpty()) {
         return true;
     }
-    QByteArray text;
-    const bool read = ReadTable(options.attribute_table, text, problem);
-    const auto rows = read ? ParseAttributeTable(text, problem) : std::nullopt;
-    if (!rows) {
-        problem.subject = problem.subject.isEmpty() ? options.attribute_table
-                                                    : options.attribute_table + QStringLiteral(", ") + problem.subject;
+    const auto table = ReadAttributeTable(options.attribute_table, problem);
+    if (!table) {
         return false;
     }
-    for (const AttributeRow& row : *rows) {
-        const auto part = parts.find({JoinFolders(options.target, FolderPath(row.folder)), row.part});
+    for (const AttributeRow& row : table->rows) {
+        const auto part = parts.find({JoinPath(options.target, FolderPath(row.folder)), row.part});
         if (part == parts.end()) {
             problem = {LibraryFault::BadInput, options.attribute_table + QStringLiteral(", line %1").arg(row.line),
                        QStringLiteral("no file of a part ") + row.part};
@@ -139,10 +115,9 @@ bool AddAttributes(const ImportOptions& options, SourceParts& parts, LibraryProb
     return true;
 }
 
-bool StoreFile(ILibraryWriter& writer, FileSlot slot, SourceFile& source, LibraryProblem& problem)
+ContentSource SourceOf(QFile& file)
 {
-    QFile file(source.path);
-    const auto fill = [&file](std::span<char> buffer) {
+    return [&file](std::span<char> buffer) {
         qint64 filled = 0;
         const auto size = static_cast<qint64>(buffer.size());
         for (qint64 got = 1; got > 0 && filled < size; filled += std::max<qint64>(got, 0)) {
@@ -150,36 +125,71 @@ bool StoreFile(ILibraryWriter& writer, FileSlot slot, SourceFile& source, Librar
         }
         return file.error() == QFileDevice::NoError ? filled : -1;
     };
-    const bool open = file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
-    const auto stored = open ? writer.Store(slot, fill) : std::nullopt;
+}
+
+// As a writer would store it, as far as that can be told without one.
+LibraryProblem TryContent(FileSlot slot, const ContentSource& source)
+{
+    std::vector<char> buffer(most_looked_at);
+    const qint64 size = source(buffer);
+    const char* const fault = PictureFault(slot, QByteArray::fromRawData(buffer.data(), std::max<qint64>(size, 0)));
+    return fault != nullptr ? LibraryProblem{LibraryFault::BadInput, {}, QString::fromLatin1(fault)} : LibraryProblem{};
+}
+
+bool StoreFile(ILibraryWriter& writer, FileSlot slot, SourceFile& source, bool dry_run, LibraryProblem& problem)
+{
+    QFile file(source.path);
+    if (file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        if (dry_run) {
+            problem = TryContent(slot, SourceOf(file));
+        } else if (const auto stored = writer.Store(slot, SourceOf(file))) {
+            source.content = *stored;
+        } else {
+            problem = writer.Problem();
+        }
+    }
     if (file.error() != QFileDevice::NoError) {
         problem = {LibraryFault::ReadFailed, source.path, file.errorString()};
-    } else if (!stored) {
-        problem = writer.Problem();
-        problem.subject = problem.subject.isEmpty() ? source.path : problem.subject;
-    } else {
-        source.content = *stored;
     }
+    problem.subject = problem.subject.isEmpty() ? source.path : problem.subject;
     return !problem;
 }
 
 // All content first: nobody sees it before the rows.
-bool PutParts(ILibraryWriter& writer, SourceParts& parts, ImportReport& report, LibraryProblem& problem)
+bool StoreFiles(ILibraryWriter& writer, const ImportOptions& options, SourceParts& parts, ImportReport& report,
+                LibraryProblem& problem)
 {
+    qint64 total = 0;
+    for (const auto& [key, source] : parts) {
+        total += static_cast<qint64>(source.files.size());
+    }
     for (auto& [key, source] : parts) {
         for (auto& [slot, file] : source.files) {
-            if (!StoreFile(writer, slot, file, problem)) {
+            if (!StoreFile(writer, slot, file, options.dry_run, problem)) {
+                return false;
+            }
+            ++report.files;
+            if (options.progress && !options.progress(report.files, total)) {
+                problem = {LibraryFault::Stopped, {}, {}};
                 return false;
             }
         }
+    }
+    return true;
+}
+
+bool PutParts(ILibraryWriter& writer, const ImportOptions& options, SourceParts& parts, ImportReport& report,
+              LibraryProblem& problem)
+{
+    if (!StoreFiles(writer, options, parts, report, problem)) {
+        return false;
     }
     for (const auto& [key, source] : parts) {
         const auto folder = writer.MakeFolder(key.first);
         const auto part = folder ? writer.PutPart(*folder, key.second, source.attributes) : std::nullopt;
         bool put = part.has_value();
         for (const auto& [slot, file] : source.files) {
-            put = put && writer.PutFile(*part, slot, file.content);
-            ++report.files;
+            put = put && (options.dry_run || writer.PutFile(*part, slot, file.content));
         }
         if (!put) {
             problem = writer.Problem();
@@ -192,6 +202,25 @@ bool PutParts(ILibraryWriter& writer, SourceParts& parts, ImportReport& report, 
 
 } // namespace
 
+// By text alone, as the path was put together: the source may be given relative to anything.
+std::optional<ImportTarget> TargetOf(const QString& file, const ImportOptions& options, LibraryProblem& problem)
+{
+    const fs::path path(ToUtf8(file));
+    const QString name = FromUtf8(path.filename().string());
+    const auto import_name = ParseImportName(name);
+    if (!import_name) {
+        return std::nullopt;
+    }
+    const std::string inner = path.lexically_relative(ToUtf8(options.source)).parent_path().string();
+    if (inner.find('\\') != std::string::npos) {
+        problem = {LibraryFault::NameRefused, FromUtf8(inner), NameFaultText(NameFault::ReservedCharacter)};
+        return std::nullopt;
+    }
+    ImportTarget target{JoinPath(options.target, FromUtf8(inner).replace(u'/', u'\\')), import_name->part.toString(),
+                        import_name->slot};
+    return CheckSource(target.folder, target.part, problem) ? std::optional(std::move(target)) : std::nullopt;
+}
+
 bool ImportFolder(ILibraryWriter& writer, const ImportOptions& options, ImportReport& report, LibraryProblem& problem)
 {
     SourceParts parts;
@@ -202,15 +231,15 @@ bool ImportFolder(ILibraryWriter& writer, const ImportOptions& options, ImportRe
         problem = writer.Problem();
         return false;
     }
-    const bool put = PutParts(writer, parts, report, problem);
-    if (put && writer.Commit()) {
+    const bool put = PutParts(writer, options, parts, report, problem);
+    if (put && !options.dry_run && writer.Commit()) {
         return true;
     }
-    if (put) {
+    if (put && !options.dry_run) {
         problem = writer.Problem();
     }
     writer.Rollback();
-    return false;
+    return put && options.dry_run;
 }
 
 } // namespace partkeep

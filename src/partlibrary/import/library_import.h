@@ -2,19 +2,27 @@
 // folders. The whole folder arrives or nothing does.
 #pragma once
 
+#include "partlibrary/library/file_kinds.h"
+#include "partlibrary/library/library_admin.h"
 #include "partlibrary/library/library_problem.h"
 
 #include <QString>
 #include <QStringList>
+
+#include <functional>
+#include <optional>
 
 namespace partkeep {
 
 class ILibraryWriter;
 
 struct ImportOptions {
-    QString source;          // native path of the folder to read
-    QString target;          // folder in the library; empty is the root
-    QString attribute_table; // native path of the table; empty for none
+    QString source;                                    // native path of the folder to read
+    QString target;                                    // folder in the library; empty is the root
+    QString attribute_table;                           // native path of the table; empty for none
+    std::function<bool(const QString& path)> wanted{}; // tells which files count, by their native paths; none: all
+    WorkProgress progress{};                           // by files; may be none
+    bool dry_run = false;                              // everything is looked at, and nothing written
 };
 
 struct ImportReport {
@@ -22,6 +30,17 @@ struct ImportReport {
     int files = 0;
     QStringList skipped; // native paths of what has another ending or is no file
 };
+
+struct ImportTarget {
+    QString folder;
+    QString part;
+    FileSlot slot = FileSlot::Iga;
+};
+
+// Where a file of the source goes. Nothing for one that belongs to no part, and for a name that is refused, then with
+// the problem.
+[[nodiscard]] std::optional<ImportTarget> TargetOf(const QString& file, const ImportOptions& options,
+                                                   LibraryProblem& problem);
 
 // Runs in a transaction of its own. False on failure, with the reason; the library is then as it was.
 bool ImportFolder(ILibraryWriter& writer, const ImportOptions& options, ImportReport& report, LibraryProblem& problem);

@@ -148,4 +148,9 @@ QString NameFaultText(NameFault fault)
     return {};
 }
 
+QString JoinPath(const QString& left, const QString& right)
+{
+    return left.isEmpty() || right.isEmpty() ? left + right : left + u'\\' + right;
+}
+
 } // namespace partkeep

@@ -10,6 +10,9 @@
 
 namespace partkeep {
 
+// What the name of a library's file ends in, behind the server's name.
+inline constexpr const char16_t* library_extension = u".kpl";
+
 // Bytes in the system code page of a server name, a folder path or a part name: the smallest buffer that a
 // caller of the browser gives has room for these and the terminator.
 inline constexpr std::size_t max_name_bytes = 99;
@@ -42,5 +45,8 @@ enum class NameFault {
 
 // A folder's path as a caller may write it: separators at its ends do not count.
 [[nodiscard]] QString FolderPath(QStringView text);
+
+// One path behind another; either may be empty.
+[[nodiscard]] QString JoinPath(const QString& left, const QString& right);
 
 } // namespace partkeep

@@ -9,8 +9,6 @@ namespace partkeep {
 
 class IRegistry;
 
-inline constexpr const char16_t* library_extension = u".kpl";
-
 // The configured folder as a native path: value `folder` of the key `software\Velmar\ORVIC\PartLibrary`, the
 // user's before the machine's. Empty when neither is there.
 [[nodiscard]] QString ConfiguredLibraryFolder(const IRegistry& registry);

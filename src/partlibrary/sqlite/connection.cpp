@@ -191,6 +191,11 @@ LibraryProblem CConnection::EngineProblem(int code) const
     return {FaultOfCode(code), file_, FromUtf8(text)};
 }
 
+LibraryProblem ProblemOfCode(int code, const QString& file)
+{
+    return {FaultOfCode(code), file, FromUtf8(sqlite3_errstr(code))};
+}
+
 int CConnection::OnBusy(void* connection, int tries)
 {
     auto& self = *static_cast<CConnection*>(connection);

@@ -55,6 +55,7 @@ public:
     void SetId(QByteArray id);
     [[nodiscard]] qint64 Salt() const { return salt_; } // of the sums of rows, by the id
     [[nodiscard]] bool InTransaction() const;
+    [[nodiscard]] sqlite3* Engine() const { return database_; } // for what the engine does with files as a whole
     [[nodiscard]] std::string Image() const; // the whole as it would stand in a file
 
     // More than usual is for a commit: it lets others read while it waits for one who reads.
@@ -107,6 +108,9 @@ private:
     std::unordered_set<qint64> refused_; // ids of parts, and of folders below 0
     std::function<void(std::string_view sql)> watcher_;
 };
+
+// What a result code of the engine (sqlite3.h) is told as.
+[[nodiscard]] LibraryProblem ProblemOfCode(int code, const QString& file);
 
 // One prepared statement; the connection keeps it for the next that wants the same. Rows, and with them the lock that
 // reading holds, are let go when it ends.

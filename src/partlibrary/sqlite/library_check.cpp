@@ -20,7 +20,10 @@ namespace {
 // Looks at one table after the other, all of one state. Each member is false when the library cannot be read.
 class CLibraryCheck {
 public:
-    CLibraryCheck(CConnection& connection, LibraryCheck& check) : connection_(connection), check_(check) {}
+    CLibraryCheck(CConnection& connection, LibraryCheck& check, const WorkProgress& progress)
+        : connection_(connection), check_(check), progress_(progress)
+    {
+    }
 
     bool Structure();
     bool Numbers();
@@ -43,6 +46,7 @@ private:
 
     CConnection& connection_;
     LibraryCheck& check_;
+    const WorkProgress& progress_;
     bool other_keys_ = false; // they cannot be judged then, nor search texts
     quint64 expected_ = 0;    // sum over what the search index should hold
 };
@@ -200,7 +204,13 @@ bool CLibraryCheck::Files()
 {
     CStatement statement(connection_, "SELECT file.id, content, bytes, hash, file.sum, part.name "
                                       "FROM part_file file LEFT JOIN part ON part.id = file.id / 16 ORDER BY file.id");
+    CStatement count(connection_, "SELECT count(*) FROM part_file");
+    const qint64 total = count.Next() ? count.Integer(0) : 0;
     for (FileRow file; statement.Next(); ++check_.files) {
+        if (progress_ && !progress_(check_.files, total)) {
+            connection_.SetProblem({LibraryFault::Stopped, {}, {}});
+            return false;
+        }
         const QString name = statement.Text(5);
         if (ReadFileRow(statement, file) != RowFault::None) {
             Add(QStringLiteral("part %1: the row of a file is not as it was stored").arg(name));
@@ -243,14 +253,14 @@ bool CLibraryCheck::Index()
 
 } // namespace
 
-std::optional<LibraryCheck> CheckLibrary(const QString& file, LibraryProblem& problem)
+std::optional<LibraryCheck> CheckLibrary(const QString& file, const WorkProgress& progress, LibraryProblem& problem)
 {
     const auto connection = CConnection::Open(file, OpenMode::ReadAll, problem);
     if (connection == nullptr) {
         return std::nullopt;
     }
     LibraryCheck check;
-    CLibraryCheck look(*connection, check);
+    CLibraryCheck look(*connection, check, progress);
     bool read = connection->Execute("CREATE VIRTUAL TABLE temp.terms USING fts5vocab(main, part_search, instance)");
     const CReadTransaction one_state(*connection);
     // Rows of a file whose structure is broken tell nothing.

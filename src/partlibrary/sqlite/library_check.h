@@ -8,7 +8,8 @@
 
 namespace partkeep {
 
-// Nothing when the library cannot be read to its end, with the reason. `file` is a native path.
-[[nodiscard]] std::optional<LibraryCheck> CheckLibrary(const QString& file, LibraryProblem& problem);
+// Nothing when the library cannot be read to its end, with the reason. `file` is a native path; progress is by files.
+[[nodiscard]] std::optional<LibraryCheck> CheckLibrary(const QString& file, const WorkProgress& progress,
+                                                       LibraryProblem& problem);
 
 } // namespace partkeep

@@ -85,10 +85,10 @@ std::optional<FolderRow> CSqliteLibrary::ReadFolder(CStatement& statement, const
 std::optional<PartRow> CSqliteLibrary::FindPart(const QString& folder, const QString& name)
 {
     if (CheckFolderPath(folder) != NameFault::None || CheckName(name) != NameFault::None) {
-        return Refuse(LibraryFault::NameRefused, folder + u'\\' + name);
+        return Refuse(LibraryFault::NameRefused, JoinPath(folder, name));
     }
     CStatement statement(*connection_, parts + "WHERE folder = (SELECT id FROM folder WHERE path = ?) AND name = ?");
-    return ReadPart(statement.With(folder, name), folder + u'\\' + name);
+    return ReadPart(statement.With(folder, name), JoinPath(folder, name));
 }
 
 std::optional<PartRow> CSqliteLibrary::FindPart(PartId id)

@@ -30,15 +30,24 @@ bool CSqliteWriter::Create(const QString& file, LibraryProblem& problem)
         problem = {LibraryFault::AlreadyThere, file, {}};
         return false;
     }
-    const auto empty = CConnection::Open(file, OpenMode::Create, problem);
-    if (empty == nullptr || !SetForeignJournalAside(file, problem)) {
+    const std::string image = EmptyLibrary(problem);
+    if (image.empty() || !SetForeignJournalAside(file, problem)) {
         return false;
     }
-    const std::string image = empty->Image();
-    if (image.empty() || !CreateWholeFile(ToUtf8(file), image)) {
-        problem = image.empty() ? LibraryProblem{LibraryFault::NoMemory, file, {}} : WriteProblem(errno, file);
+    if (!CreateWholeFile(ToUtf8(file), image)) {
+        problem = WriteProblem(errno, file);
     }
     return !problem;
+}
+
+std::string CSqliteWriter::EmptyLibrary(LibraryProblem& problem)
+{
+    const auto empty = CConnection::Open({}, OpenMode::Create, problem);
+    const std::string image = empty != nullptr ? empty->Image() : std::string();
+    if (image.empty() && !problem) {
+        problem = {LibraryFault::NoMemory, {}, {}};
+    }
+    return image;
 }
 
 std::unique_ptr<CSqliteWriter> CSqliteWriter::Open(const QString& file, LibraryProblem& problem)

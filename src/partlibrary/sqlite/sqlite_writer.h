@@ -8,6 +8,7 @@
 
 #include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace partkeep {
@@ -19,6 +20,9 @@ public:
     // Makes an empty library, which appears under its name only when it is whole. A file that is there already is left
     // alone.
     static bool Create(const QString& file, LibraryProblem& problem);
+
+    // The bytes of an empty library, each time another one. Empty on failure, with the reason.
+    [[nodiscard]] static std::string EmptyLibrary(LibraryProblem& problem);
 
     // Null on failure, with the reason.
     [[nodiscard]] static std::unique_ptr<CSqliteWriter> Open(const QString& file, LibraryProblem& problem);

@@ -1,237 +1,198 @@
 #include "partlibrary/tool/commands.h"
 
-#include "partlibrary/import/library_import.h"
-#include "partlibrary/library/library_admin.h"
-#include "partlibrary/library/library_names.h"
 #include "partlibrary/library/library_text.h"
-#include "partlibrary/session/library_folder.h"
-#include "partlibrary/sqlite/library_check.h"
-#include "partlibrary/sqlite/sqlite_library.h"
-#include "partlibrary/sqlite/sqlite_writer.h"
+#include "partlibrary/sqlite/sqlite_admin.h"
+#include "partlibrary/tool/edit_commands.h"
+#include "partlibrary/tool/look_commands.h"
+#include "partlibrary/tool/tool_options.h"
+#include "partlibrary/tool/whole_commands.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
+#include <numeric>
 #include <ostream>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace partkeep {
 
 namespace {
 
-constexpr qint64 page_rows = 500;
+using Command = std::function<int(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output)>;
 
-struct ToolOptions {
-    std::string library;
-    std::string source;
-    std::string folder;
-    std::string table;
-    unsigned code_page = utf8_code_page;
-    bool rebuild = false;
+int Diff(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output)
+{
+    CSqliteAdmin other(FromUtf8(options.other));
+    return TellDifferences(library, other, output);
+}
+
+// How many letters lie between two words, as slips of the fingers go.
+std::size_t Distance(std::string_view left, std::string_view right)
+{
+    std::vector<std::size_t> row(right.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= left.size(); ++i) {
+        std::size_t corner = std::exchange(row[0], i);
+        for (std::size_t j = 1; j <= right.size(); ++j) {
+            const std::size_t change = corner + (left[i - 1] == right[j - 1] ? 0 : 1);
+            corner = std::exchange(row[j], std::min({change, row[j] + 1, row[j - 1] + 1}));
+        }
+    }
+    return row.back();
+}
+
+class CCommandLine {
+public:
+    CCommandLine()
+    {
+        app_.require_subcommand(1);
+        app_.fallthrough();
+        app_.add_option("--code-page", options_.code_page, "System code page that names must fit")
+            ->default_val(utf8_code_page);
+        app_.add_flag("--json", options_.json, "Answer by an object a line");
+        app_.add_flag("--dry-run", options_.dry_run, "Tell what would be done, and change nothing");
+        AddWholes();
+        AddLooks();
+        AddEdits();
+    }
+
+    int Run(int argc, const char* const* argv, const ToolStreams& streams)
+    {
+        if (const int wrong = RefuseCommand(argc, argv, streams); wrong != 0) {
+            return wrong;
+        }
+        try {
+            app_.parse(argc, argv);
+        } catch (const CLI::ParseError& error) {
+            return app_.exit(error, streams.out, streams.err) == 0 ? 0 : static_cast<int>(ToolEnd::CommandLine);
+        }
+        CToolOutput output(streams, options_.json);
+        if (WidenText("+", options_.code_page) != u"+") { // UTF-7, which no system has, writes it otherwise
+            return output.Fail({LibraryFault::BadInput, QString::number(options_.code_page),
+                                QStringLiteral("no code page of a system")});
+        }
+        SetSystemCodePage(options_.code_page);
+        CSqliteAdmin library(FromUtf8(options_.library));
+        const auto chosen = std::find_if(commands_.begin(), commands_.end(),
+                                         [](const auto& command) { return command.first->parsed(); });
+        return chosen->second(library, options_, output);
+    }
+
+private:
+    CLI::App& Add(const char* name, const char* description, Command command)
+    {
+        CLI::App* const added = app_.add_subcommand(name, description);
+        added->add_option("library", options_.library, "The library file, <server>.kpl")->required();
+        commands_.emplace_back(added, std::move(command));
+        return *added;
+    }
+    void AddWholes()
+    {
+        Add("create", "Make an empty library", CreateLibrary);
+        CLI::App& import = Add("import", "Add a folder of files, whole or not at all", ImportParts);
+        import.add_option("folder", options_.other, "The folder to read, with its subfolders")->required();
+        import.add_option("--into", options_.folder, "Folder of the library to put everything into");
+        import.add_option("--csv", options_.table, "Table of attributes: part, folder, thickness, material, ...");
+        CLI::App& watch = Add("watch", "Import what arrives in a folder, until it is stopped", Watch);
+        watch.add_option("folder", options_.other, "The folder to watch, with its subfolders")->required();
+        watch.add_option("--into", options_.folder, "Folder of the library to put everything into");
+        watch.add_option("--seconds", options_.seconds, "Between two looks")
+            ->check(CLI::Range(1U, 3600U))
+            ->default_val(2);
+        watch.add_flag("--once", options_.once, "End when what is there has been imported");
+        CLI::App& extract = Add("extract", "Write the parts out as an import reads them", ExtractParts);
+        extract.add_option("folder", options_.other, "The folder to make")->required();
+        extract.add_option("--folder", options_.folder, "Only this folder of the library and those inside it");
+        extract.add_option("--csv", options_.table, "Where the table of attributes goes (<folder>.csv)");
+        CLI::App& backup = Add("backup", "Copy the library while it is in use", BackUp);
+        backup.add_option("target", options_.other, "The file to make")->required();
+        backup.add_flag("--replace", options_.replace, "Put it in the place of what is there");
+        Add("repair", "Make a damaged library sound, and keep the damaged one beside it", Repair);
+    }
+    void AddLooks()
+    {
+        CLI::App& list = Add("list", "List the parts, a line each", ListParts);
+        list.add_option("--folder", options_.folder, "Only this folder and those inside it");
+        list.add_flag("--names", options_.names, "Only the names directly in the folder");
+        Add("check", "Look a library over", CheckOrRebuild)
+            .add_flag("--rebuild", options_.rebuild, "First make all keys and the search index anew");
+        Add("diff", "Tell what differs between two libraries", Diff)
+            .add_option("other", options_.other, "The second library")
+            ->required();
+    }
+    void AddEdits()
+    {
+        constexpr const char* which = "Parts such as Plates/P1 or 'Plates/*/P?', folders such as Plates/Old/";
+        Add("remove", "Remove parts, and folders with all in them", RemovePlaces)
+            .add_option("places", options_.places, which)
+            ->required();
+        CLI::App& rename = Add("rename", "Give parts or folders other names", RenamePlaces);
+        rename.add_option("place", options_.place, which)->required();
+        rename.add_option("name", options_.name, "The new name; its * and ? stand for what those of the place do")
+            ->required();
+        CLI::App& move = Add("move", "Put parts or folders into another folder", MovePlaces);
+        move.add_option("--to", options_.folder, "The folder, made where it is missing; / is the top")->required();
+        move.add_option("places", options_.places, which)->required();
+        CLI::App& set = Add("set", "Change attributes of parts", SetAttributes);
+        CLI::Option* const places = set.add_option("places", options_.places, which);
+        CLI::Option* const table = set.add_option("--csv", options_.table, "A table of them; columns it has not stay");
+        set.add_option("--folder", options_.folder, "Folder that those of the table lie in")->needs(table);
+        for (const auto& [name, text] : {std::pair{"thickness", &options_.thickness},
+                                         {"material", &options_.material},
+                                         {"machine", &options_.machine},
+                                         {"comment", &options_.comment}}) {
+            set.add_option(std::string("--") + name, *text)
+                ->needs(places)
+                ->excludes(table)
+                ->each([this, name = std::string(name)](const std::string&) { options_.columns.push_back(name); });
+        }
+        places->excludes(table);
+        set.callback([this] {
+            if (options_.table.empty() && (options_.places.empty() || options_.columns.empty())) {
+                throw CLI::RequiredError("parts and what to set of them, or --csv with a table,");
+            }
+        });
+    }
+
+    // Told in plain words before the parser sees it.
+    int RefuseCommand(int argc, const char* const* argv, const ToolStreams& streams) const
+    {
+        if (argc < 2) {
+            streams.err << app_.help();
+            return static_cast<int>(ToolEnd::CommandLine);
+        }
+        const std::string word = argv[1];
+        const auto is_word = [&word](const auto& command) { return command.first->get_name() == word; };
+        if (word.starts_with('-') || std::any_of(commands_.begin(), commands_.end(), is_word)) {
+            return 0;
+        }
+        const auto nearest =
+            std::min_element(commands_.begin(), commands_.end(), [&word](const auto& a, const auto& b) {
+                return Distance(word, a.first->get_name()) < Distance(word, b.first->get_name());
+            });
+        streams.err << "partkeep-library: there is no command \"" << Printable(FromUtf8(word)) << '"';
+        if (Distance(word, nearest->first->get_name()) <= 2) {
+            streams.err << ", but one \"" << nearest->first->get_name() << '"';
+        }
+        streams.err << "; --help tells all\n";
+        return static_cast<int>(ToolEnd::CommandLine);
+    }
+
+    ToolOptions options_;
+    CLI::App app_{"Makes, fills, changes and looks over part libraries.", "partkeep-library"};
+    std::vector<std::pair<CLI::App*, Command>> commands_;
 };
-
-struct Streams {
-    std::ostream& out;
-    std::ostream& err;
-};
-
-int Fail(const Streams& streams, const LibraryProblem& problem)
-{
-    streams.err << "partkeep-library: " << ProblemText(problem) << '\n';
-    return 1;
-}
-
-QString Native(const std::string& path)
-{
-    return FromUtf8(path);
-}
-
-// A shell makes backslashes awkward, so folders may be given with either separator.
-QString FolderOption(const std::string& folder)
-{
-    return FolderPath(FromUtf8(folder).replace(u'/', u'\\'));
-}
-
-int Create(const ToolOptions& options, const Streams& streams)
-{
-    const QString file = Native(options.library);
-    LibraryProblem problem;
-    if (!file.endsWith(FromWide(library_extension))) {
-        return Fail(streams, {LibraryFault::NameRefused, file, QStringLiteral("a library's name ends in .kpl")});
-    }
-    if (const NameFault fault = CheckName(ServerOfFile(file)); fault != NameFault::None) {
-        return Fail(streams, {LibraryFault::NameRefused, file, NameFaultText(fault)});
-    }
-    if (!CSqliteWriter::Create(file, problem)) {
-        return Fail(streams, problem);
-    }
-    streams.out << "created " << Printable(Native(options.library)) << '\n';
-    return 0;
-}
-
-int Import(const ToolOptions& options, const Streams& streams)
-{
-    LibraryProblem problem;
-    const auto writer = CSqliteWriter::Open(Native(options.library), problem);
-    if (writer == nullptr) {
-        return Fail(streams, problem);
-    }
-    ImportReport report;
-    const ImportOptions import{Native(options.source), FolderOption(options.folder), Native(options.table)};
-    if (!ImportFolder(*writer, import, report, problem)) {
-        return Fail(streams, problem);
-    }
-    for (const QString& skipped : report.skipped) {
-        streams.err << "partkeep-library: " << Printable(skipped) << ": skipped (no file of a part)\n";
-    }
-    streams.out << "imported " << report.parts << " parts with " << report.files << " files\n";
-    return 0;
-}
-
-std::string SlotNames(SlotSet slots)
-{
-    std::string names;
-    for (const FileKind& row : file_kinds) {
-        if ((slots & SetOf(row.slot)) == 0) {
-            continue;
-        }
-        names += names.empty() ? "" : " ";
-        names += row.tag.empty() ? ToUtf8(FromWide(row.extension)) : std::string(row.tag);
-    }
-    return names;
-}
-
-void PrintPart(const QString& folder, const PartRow& part, std::ostream& out)
-{
-    const QString thickness = QString::number(part.thickness / 10000.0, 'f', 4);
-    for (const QString& text : {folder, part.name, thickness, part.material, part.machine}) {
-        out << Printable(text) << '\t';
-    }
-    out << SlotNames(part.slots) << '\t' << Printable(part.comment) << '\n';
-}
-
-bool PrintFolder(CSqliteLibrary& library, const FolderRow& folder, std::ostream& out)
-{
-    PartListView view;
-    view.folder = folder.id;
-    const auto list = library.List(view, folder.parts, nullptr);
-    list->Finish();
-    for (qint64 first = 0; first < list->Count(); first += page_rows) {
-        const std::vector<PartRow> rows = list->Rows(first, page_rows);
-        for (const PartRow& part : rows) {
-            PrintPart(folder.path, part, out);
-        }
-        if (static_cast<qint64>(rows.size()) < std::min(page_rows, list->Count() - first)) {
-            return false;
-        }
-    }
-    return !list->Failed();
-}
-
-// Each step down makes the path longer, and a path has a longest.
-bool PrintTree(CSqliteLibrary& library, const FolderRow& folder, std::ostream& out) // NOLINT(misc-no-recursion)
-{
-    const auto folders = library.Folders(folder.path);
-    if (!folders || !PrintFolder(library, folder, out)) {
-        return false;
-    }
-    return std::all_of(folders->begin(), folders->end(),
-                       [&](const FolderRow& inner) { return PrintTree(library, inner, out); });
-}
-
-int List(const ToolOptions& options, const Streams& streams)
-{
-    LibraryProblem problem;
-    const auto library = CSqliteLibrary::Open(Native(options.library), problem);
-    if (library == nullptr) {
-        return Fail(streams, problem);
-    }
-    const auto folder = library->FindFolder(FolderOption(options.folder));
-    if (!folder || !PrintTree(*library, *folder, streams.out)) {
-        return Fail(streams, library->Problem());
-    }
-    if (library->HasOtherKeys()) {
-        streams.err << "partkeep-library: " << Printable(Native(options.library)) << ": " << other_keys_text << '\n';
-    }
-    if (library->Refused() > 0) {
-        streams.err << "partkeep-library: " << library->Refused() << " folders or parts with names that are refused\n";
-        return 1;
-    }
-    return 0;
-}
-
-int Check(const ToolOptions& options, const Streams& streams)
-{
-    LibraryProblem problem;
-    const auto writer = options.rebuild ? CSqliteWriter::Open(Native(options.library), problem) : nullptr;
-    if (options.rebuild && (writer == nullptr || !writer->Rebuild())) {
-        return Fail(streams, writer != nullptr ? writer->Problem() : problem);
-    }
-    const auto check = CheckLibrary(Native(options.library), problem);
-    if (!check) {
-        return Fail(streams, problem);
-    }
-    for (const QString& finding : check->findings) {
-        streams.err << "partkeep-library: " << Printable(Native(options.library)) << ": " << Printable(finding) << '\n';
-    }
-    if (!check->findings.isEmpty()) {
-        return 1;
-    }
-    streams.out << Printable(Native(options.library)) << " is sound: " << check->folders << " folders, " << check->parts
-                << " parts, " << check->files << " files\n";
-    return 0;
-}
-
-CLI::App* AddCommand(CLI::App& app, const char* name, const char* description, ToolOptions& options)
-{
-    CLI::App* command = app.add_subcommand(name, description);
-    command->add_option("library", options.library, "The library file, <server>.kpl")->required();
-    return command;
-}
 
 } // namespace
 
-int RunLibraryTool(int argc, const char* const* argv, std::ostream& out, std::ostream& err)
+int RunLibraryTool(int argc, const char* const* argv, const ToolStreams& streams)
 {
-    ToolOptions options;
-    const Streams streams{out, err};
-    CLI::App app("Makes, fills and looks over part libraries.", "partkeep-library");
-    app.require_subcommand(1);
-    app.add_option("--code-page", options.code_page, "System code page that names must fit (65001)");
-
-    const CLI::App* create = AddCommand(app, "create", "Make an empty library", options);
-
-    CLI::App* import = AddCommand(app, "import", "Add a folder of files, whole or not at all", options);
-    import->add_option("folder", options.source, "The folder to read, with its subfolders")->required();
-    import->add_option("--into", options.folder, "Folder of the library to put everything into");
-    import->add_option("--csv", options.table, "Table of attributes: part, folder, thickness, material, ...");
-
-    CLI::App* list = AddCommand(app, "list", "List the parts, a line each", options);
-    list->add_option("--folder", options.folder, "Only this folder and those inside it");
-
-    CLI::App* check = AddCommand(app, "check", "Look a library over", options);
-    check->add_flag("--rebuild", options.rebuild, "First make all keys and the search index anew");
-
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error, out, err);
-    }
-    if (WidenText("+", options.code_page) != u"+") { // UTF-7, which no system has, writes it otherwise
-        return Fail(streams, {LibraryFault::BadInput, QString::number(options.code_page),
-                              QStringLiteral("no code page of a system")});
-    }
-    SetSystemCodePage(options.code_page);
-    if (create->parsed()) {
-        return Create(options, streams);
-    }
-    if (import->parsed()) {
-        return Import(options, streams);
-    }
-    if (list->parsed()) {
-        return List(options, streams);
-    }
-    return Check(options, streams);
+    return CCommandLine().Run(argc, argv, streams);
 }
 
 } // namespace partkeep

@@ -1,12 +1,11 @@
-// The commands of partkeep-library: create, import, list and check.
+// The commands of partkeep-library.
 #pragma once
 
-#include <iosfwd>
+#include "partlibrary/tool/tool_output.h"
 
 namespace partkeep {
 
-// 0 on success; 1 when the work failed or a check has findings, with one line for each on `err`; the command
-// line parser's own codes for a command line that cannot be understood.
-int RunLibraryTool(int argc, const char* const* argv, std::ostream& out, std::ostream& err);
+// Ends as ToolEnd tells, with a line for each trouble on the streams.
+int RunLibraryTool(int argc, const char* const* argv, const ToolStreams& streams);
 
 } // namespace partkeep

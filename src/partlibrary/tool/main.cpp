@@ -1,14 +1,33 @@
 #include "partlibrary/tool/commands.h"
 
+#include <csignal>
 #include <exception>
 #include <iostream>
+#include <unistd.h>
+
+namespace {
+
+// The second one ends the process at once.
+extern "C" void AskToStop(int signal)
+{
+    partkeep::stop_asked = true;
+    std::signal(signal, SIG_DFL);
+}
+
+} // namespace
 
 int main(int argc, char** argv)
 {
     try {
-        return partkeep::RunLibraryTool(argc, argv, std::cout, std::cerr);
+        std::signal(SIGINT, AskToStop);
+        std::signal(SIGTERM, AskToStop);
+        std::signal(SIGPIPE, SIG_DFL);
+        const partkeep::ToolStreams streams{std::cout, std::cerr, isatty(STDERR_FILENO) == 1};
+        const int end = partkeep::RunLibraryTool(argc, argv, streams);
+        std::cout.flush();
+        return std::cout || end != 0 ? end : static_cast<int>(partkeep::ToolEnd::System);
     } catch (const std::exception& trouble) {
         std::cerr << "partkeep-library: " << trouble.what() << '\n';
-        return 1;
+        return static_cast<int>(partkeep::ToolEnd::System);
     }
 }
