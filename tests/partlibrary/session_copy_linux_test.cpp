@@ -1,12 +1,10 @@
 // Copies that meet a full or read-only disk, other spellings, and names that must not leave the folder.
-#include "partlibrary/sqlite/library_check.h"
 #include "platform/files.h"
 #include "platform/posix/temporary_files.h"
 #include "platform/text.h"
 #include "tests/partlibrary/library_fixture.h"
 #include "tests/support/linux_faults.h"
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <climits>
@@ -153,15 +151,8 @@ TEST_F(SessionCopy, AnImportWaitsForReadersAndFailsWhole)
     while (!holds) {
         std::this_thread::yield();
     }
-    std::thread late([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(200));
-        for (int round = 0; round < 20; ++round) {
-            read(std::chrono::milliseconds(100)); // while the import waits for the other
-        }
-    });
     EXPECT_TRUE(store()) << ProblemText(writer->Problem());
     slow.join();
-    late.join();
     EXPECT_TRUE(store());
     EXPECT_FALSE(store());
     EXPECT_EQ(writer->Problem().fault, LibraryFault::DiskFull) << ProblemText(writer->Problem());

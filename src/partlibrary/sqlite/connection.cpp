@@ -21,8 +21,6 @@ using std::chrono::milliseconds;
 constexpr milliseconds most_work{2000}; // of a statement without a row
 constexpr milliseconds impatience{10000};
 constexpr std::array<int, 6> busy_waits_ms{1, 2, 5, 10, 20, 25};
-constexpr milliseconds readers_wait{500}; // for a commit that waits for other readers
-constexpr milliseconds readers_turn{100};
 constexpr int progress_steps = 20000;
 constexpr int longest_value = 16 << 20; // bytes; a library's own rows stay far below
 
@@ -202,7 +200,6 @@ int CConnection::OnBusy(void* connection, int tries)
     const auto now = Clock::now();
     if (tries == 0) {
         self.wait_began_ = now;
-        self.next_turn_ = readers_wait;
     }
     if (now < self.impatient_until_ && self.patience_ <= usual_patience) {
         return 0;
@@ -211,27 +208,9 @@ int CConnection::OnBusy(void* connection, int tries)
         self.impatient_until_ = now + impatience;
         return 0;
     }
-    if (self.patience_ > usual_patience && now - self.wait_began_ >= self.next_turn_) {
-        self.next_turn_ += readers_wait + readers_turn;
-        return self.LetReadersIn() ? 1 : 0;
-    }
     const auto wait = std::min<std::size_t>(static_cast<std::size_t>(tries), busy_waits_ms.size() - 1);
     std::this_thread::sleep_for(milliseconds(busy_waits_ms[wait]));
     return 1;
-}
-
-// A commit that waits until the last reader has gone keeps new ones out meanwhile. They get their turn: the lock goes
-// back to a reader's for a moment, under which nobody else can commit either, and then to a writer's again. Nothing of
-// the change is in the file yet, and its journal not marked as one that is to be played back.
-bool CConnection::LetReadersIn()
-{
-    sqlite3_file* file = nullptr;
-    sqlite3_file_control(database_, "main", SQLITE_FCNTL_FILE_POINTER, &file);
-    if (file->pMethods->xUnlock(file, SQLITE_LOCK_SHARED) != SQLITE_OK) {
-        return false;
-    }
-    std::this_thread::sleep_for(readers_turn);
-    return file->pMethods->xLock(file, SQLITE_LOCK_RESERVED) == SQLITE_OK;
 }
 
 // The clock is read only where a step takes long enough to come here.

@@ -57,8 +57,6 @@ public:
     [[nodiscard]] bool InTransaction() const;
     [[nodiscard]] sqlite3* Engine() const { return database_; } // for what the engine does with files as a whole
     [[nodiscard]] std::string Image() const; // the whole as it would stand in a file
-
-    // More than usual is for a commit: it lets others read while it waits for one who reads.
     void SetPatience(std::chrono::milliseconds patience) { patience_ = patience; }
 
     // Few pages at hand: for content that streams through, so that each page lands in memory that the processor
@@ -88,7 +86,6 @@ private:
     [[nodiscard]] sqlite3_stmt* Take(const std::string& sql);
     void GiveBack(std::string sql, sqlite3_stmt* statement);
     [[nodiscard]] LibraryProblem EngineProblem(int code) const;
-    bool LetReadersIn();
     static int OnBusy(void* connection, int tries);
     static int OnProgress(void* connection);
 
@@ -101,7 +98,6 @@ private:
     qint64 salt_ = 0;
     std::chrono::milliseconds patience_ = usual_patience;
     Clock::time_point wait_began_;
-    Clock::duration next_turn_{}; // of readers, since then
     Clock::time_point impatient_until_;
     Clock::time_point work_began_;
     bool work_timed_ = false;
