@@ -193,6 +193,7 @@ int RunLibraryTool(int argc, const char* const* argv, std::ostream& out, std::os
     const Streams streams{out, err};
     CLI::App app("Makes, fills and looks over part libraries.", "partkeep-library");
     app.require_subcommand(1);
+    app.set_version_flag("--version", "partkeep-library " PARTKEEP_VERSION);
     app.add_option("--code-page", options.code_page, "System code page that names must fit (65001)");
 
     const CLI::App* create = AddCommand(app, "create", "Make an empty library", options);
