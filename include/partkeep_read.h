@@ -30,7 +30,8 @@
 extern "C" {
 #endif
 
-/* The version of this header. A later one of the same major number takes nothing away. */
+/* The version of this header and of whatever is made with it. A later one of the same major number takes nothing
+ * away. */
 #define PARTKEEP_READ_VERSION_MAJOR 1
 #define PARTKEEP_READ_VERSION_MINOR 0
 #define PARTKEEP_READ_VERSION_PATCH 2

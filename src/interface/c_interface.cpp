@@ -117,8 +117,6 @@ int32_t Number(HostResult result)
 
 } // namespace
 
-static_assert(PARTKEEP_READ_VERSION == PARTKEEP_READ_BUILT_VERSION, "the header's version is not the project's");
-
 int32_t partkeep_read_version(void)
 {
     return PARTKEEP_READ_VERSION;

@@ -52,6 +52,7 @@ public:
     {
         app_.require_subcommand(1);
         app_.fallthrough();
+        app_.set_version_flag("--version", "partkeep-library " PARTKEEP_VERSION);
         app_.add_option("--code-page", options_.code_page, "System code page that names must fit")
             ->default_val(utf8_code_page);
         app_.add_flag("--json", options_.json, "Answer by an object a line");

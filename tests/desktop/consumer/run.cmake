@@ -1,5 +1,5 @@
 # Installs the component, builds consumers against the installed copy by its CMake package and by pkg-config, and
-# runs them. BUILD, SOURCE, PLACE and FLAGS come from the command line. The consumers are built by the tool that
+# runs them. BUILD, SOURCE, PLACE, VERSION and FLAGS come from the command line. The consumers are built by the tool that
 # built the component: no other need be there.
 file(REMOVE_RECURSE "${PLACE}")
 function(must)
@@ -40,7 +40,17 @@ endif()
 
 if(NOT FLAGS)
   must(${CMAKE_COMMAND} -E env "PYTHONPATH=${PLACE}/prefix/lib/python3/dist-packages" python3 -c
-    "import partkeep_read as p; assert p.version() == (1, 0, 2) and p.Reader().parts() == []")
+    "import partkeep_read as p\nfrom importlib.metadata import version\nassert p.Reader().parts() == []
+print(*p.version(), sep='.')\nprint(version('partkeep-read'))") # by lines: a semicolon would divide the argument
+  # One number in whatever was made.
+  string(APPEND numbers "${output}")
+  must("${PLACE}/prefix/bin/partkeep-library" --version)
+  string(APPEND numbers "${output}")
+  must(${CMAKE_COMMAND} -E env "PKG_CONFIG_PATH=${folder}" pkg-config --modversion partkeep-read)
+  string(APPEND numbers "${output}")
+  if(NOT numbers STREQUAL "${VERSION}\n${VERSION}\npartkeep-library ${VERSION}\n${VERSION}\n")
+    message(FATAL_ERROR "other numbers than ${VERSION}: ${numbers}")
+  endif()
 else()
   message("consumer: Skipped\nthe interpreter cannot load what a sanitizer instruments\n[  SKIPPED ] python_package (0 ms)")
 endif()
