@@ -95,15 +95,16 @@ TEST(SortText, OrdersNaturally)
 TEST(AttributeTable, ReadsWhatSpreadsheetsWrite)
 {
     LibraryProblem problem;
-    const auto rows = ParseAttributeTable("\xEF\xBB\xBFPart,Comment,Thickness,folder\r\n"
+    const auto table = ParseAttributeTable("\xEF\xBB\xBFPart,Comment,Thickness,folder\r\n"
                                           "P1,\"a, \"\"b\"\"\",1.5,A/B\r\n\r\nP2,板,,\n",
                                           problem);
-    ASSERT_TRUE(rows && rows->size() == 2) << ProblemText(problem);
-    EXPECT_EQ((*rows)[0].attributes.comment, u"a, \"b\""_s);
-    EXPECT_EQ((*rows)[0].attributes.thickness, 15000);
-    EXPECT_EQ((*rows)[0].folder, u"A\\B"_s);
-    EXPECT_EQ((*rows)[1].attributes.thickness, 0);
-    EXPECT_EQ((*rows)[1].line, 4);
+    ASSERT_TRUE(table && table->rows.size() == 2) << ProblemText(problem);
+    EXPECT_EQ(table->columns, (QStringList{u"part"_s, u"comment"_s, u"thickness"_s, u"folder"_s}));
+    EXPECT_EQ(table->rows[0].attributes.comment, u"a, \"b\""_s);
+    EXPECT_EQ(table->rows[0].attributes.thickness, 15000);
+    EXPECT_EQ(table->rows[0].folder, u"A\\B"_s);
+    EXPECT_EQ(table->rows[1].attributes.thickness, 0);
+    EXPECT_EQ(table->rows[1].line, 4);
 }
 
 TEST(AttributeTable, SaysWhichLineCannotBeRead)

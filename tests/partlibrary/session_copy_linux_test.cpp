@@ -2,6 +2,7 @@
 #include "platform/files.h"
 #include "platform/posix/temporary_files.h"
 #include "platform/text.h"
+#include "partlibrary/sqlite/library_check.h"
 #include "tests/partlibrary/library_fixture.h"
 #include "tests/support/linux_faults.h"
 
