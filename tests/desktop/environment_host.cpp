@@ -123,6 +123,39 @@ void ExitInTheDialog()
     });
 }
 
+void CloseWindows()
+{
+    QTimer::singleShot(10, qApp, [] {
+        if (QWidget* window = QApplication::activeModalWidget()) {
+            window->close();
+        }
+        CloseWindows();
+    });
+}
+
+// Without another program, which would keep up a display server that minds its last client.
+void WorkAlone(int rounds)
+{
+    qAddPreRoutine(CloseWindows);
+    for (int round = 0; round < rounds; ++round) {
+        Work();
+    }
+}
+
+// The display server's end, once there is a window of that title; others are closed.
+void EndScreenIn(const char* title)
+{
+    QTimer::singleShot(10, qApp, [title] {
+        QWidget* window = QApplication::activeModalWidget();
+        if (window != nullptr && window->windowTitle() == title) {
+            kill(std::atoi(std::getenv("SERVER")), SIGKILL);
+        } else if (window != nullptr) {
+            window->close();
+        }
+        EndScreenIn(title);
+    });
+}
+
 void WorkWithSignals(void (*handler)(int))
 {
     std::signal(SIGCHLD, handler);
@@ -149,6 +182,20 @@ int main(int /*count*/, char** arguments)
         {"exits in the dialog",
          [] {
              qAddPreRoutine(ExitInTheDialog); // as soon as the component makes its application
+             Work();
+         }},
+        {"closes its windows", [] { WorkAlone(1); }},
+        {"closes its windows, again and again", [] { WorkAlone(20); }},
+        {"raised rights, own application",
+         [] { Under<QApplication>([] { seteuid(65534) == 0 ? Work() : _exit(77); }); }},
+        {"loses the screen in a message",
+         [] {
+             qAddPreRoutine([] { EndScreenIn("Kolvyn PartkeepRead"); });
+             Work();
+         }},
+        {"loses the screen in the dialog",
+         [] {
+             qAddPreRoutine([] { EndScreenIn("Partkeep Read"); });
              Work();
          }},
         {"ignores children", [] { WorkWithSignals(SIG_IGN); }},
