@@ -162,6 +162,24 @@ void WorkWithSignals(void (*handler)(int))
     Work();
 }
 
+void WorkWithoutSignals()
+{
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_BLOCK, &all, nullptr);
+    Work();
+}
+
+void WorkWithBrokenPipe()
+{
+    int ends[2];
+    if (pipe(ends) == 0) {
+        close(ends[0]);
+        dup2(ends[1], STDERR_FILENO);
+    }
+    Work();
+}
+
 } // namespace
 
 int main(int /*count*/, char** arguments)
@@ -207,23 +225,9 @@ int main(int /*count*/, char** arguments)
              });
          }},
         {"knows its children", [] { WorkWithSignals([](int) { _exit(6); }); }},
-        {"blocks signals",
-         [] {
-             sigset_t all;
-             sigfillset(&all);
-             sigprocmask(SIG_BLOCK, &all, nullptr);
-             Work();
-         }},
+        {"blocks signals", WorkWithoutSignals},
         {"raised rights", [] { return seteuid(65534) == 0 ? Work() : _exit(77); }},
-        {"broken pipe for errors",
-         [] {
-             int ends[2];
-             if (pipe(ends) == 0) {
-                 close(ends[0]);
-                 dup2(ends[1], STDERR_FILENO);
-             }
-             Work();
-         }},
+        {"broken pipe for errors", WorkWithBrokenPipe},
     };
     for (const auto& [name, work] : kinds) {
         if (kind == name) {
