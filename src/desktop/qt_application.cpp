@@ -1,5 +1,8 @@
 #include "desktop/qt_application.h"
 
+#include "desktop/screen_watch.h"
+#include "host/windows_part.h"
+
 #include <QApplication>
 #include <QThread>
 
@@ -40,17 +43,22 @@ public:
         static char name[] = "partkeep-read";
         static char* arguments[] = {name, nullptr};
         application_ = new QApplication(count, static_cast<char**>(arguments));
+        CScreenWatch::KeepXlibFromExit();
         locale_.GiveBackAllButCharacters();
         QApplication::setQuitOnLastWindowClosed(false);
     }
 
-    // On another thread than its own it cannot be taken down and stays, which harms nobody.
+    // On another thread than its own, or without its display server, it cannot be taken down and stays, which harms
+    // nobody.
     ~COwnApplication()
     {
-        if (application_->thread() == QThread::currentThread()) {
-            delete application_;
-            QApplication::setQuitOnLastWindowClosed(quits_);
+        if (application_->thread() != QThread::currentThread() ||
+            application_->property(screen_lost_property).toBool()) {
+            (void)watch_.release();
+            return;
         }
+        delete application_;
+        QApplication::setQuitOnLastWindowClosed(quits_);
     }
 
     COwnApplication(const COwnApplication&) = delete;
@@ -58,6 +66,7 @@ public:
 
 private:
     CHostLocale locale_;
+    std::unique_ptr<CScreenWatch> watch_ = std::make_unique<CScreenWatch>();
     bool quits_;
     QApplication* application_;
 };

@@ -109,11 +109,7 @@ HostResult PartkeepReadImpl::GetPartInfo(std::int32_t i_index, std::u16string* o
                                          std::u16string* o_MaterialType, std::u16string* o_MachineName,
                                          std::int32_t* o_MachineType, double* o_Thickness, std::u16string* o_Qty)
 {
-    return Guarded(HostResult::Ok, [&] {
-        // Compared as unsigned numbers, so that a negative index is out of range too.
-        const auto index = static_cast<std::uint32_t>(i_index);
-        PartRecord part =
-            index < parts_.size() ? *std::next(parts_.begin(), static_cast<std::ptrdiff_t>(index)) : PartRecord();
+    const auto put_record = [&](PartRecord part) {
         Put(o_serverName, part.serverName);
         Put(o_folderName, part.folderName);
         Put(o_FilePathName, part.FilePathName);
@@ -126,6 +122,14 @@ HostResult PartkeepReadImpl::GetPartInfo(std::int32_t i_index, std::u16string* o
         Put(o_MachineType, part.MachineType);
         Put(o_Thickness, part.Thickness);
         Put(o_Qty, part.Qty);
+    };
+    return Guarded(HostResult::Ok, [&] {
+        put_record(PartRecord()); // what stays where memory has run out
+        // Compared as unsigned numbers, so that a negative index is out of range too.
+        const auto index = static_cast<std::uint32_t>(i_index);
+        if (index < parts_.size()) {
+            put_record(*std::next(parts_.begin(), static_cast<std::ptrdiff_t>(index)));
+        }
         return HostResult::Ok;
     });
 }

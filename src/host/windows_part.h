@@ -28,6 +28,9 @@ inline constexpr char parts_folder[] = "partkeep-read";
 inline constexpr char windows_part_file[] = "libpartkeep-read-windows.so";
 inline constexpr char screen_probe_file[] = "partkeep-read-screen";
 
+// A property of the toolkit's application, true once its display server has gone: it cannot show anything any more.
+inline constexpr char screen_lost_property[] = "partkeepScreenLost";
+
 // The exit code by which that program says that the toolkit has opened a screen that somebody sees. No signal, no
 // shell and no loader ends a program with it.
 inline constexpr int screen_found_code = 42;

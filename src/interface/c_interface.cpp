@@ -235,9 +235,19 @@ int32_t partkeep_read_read_cad_data(partkeep_read* object, const char* server_na
         COutput material(material_type);
         COutput qty(quantity);
         ClearAll(file, name, comment, material, qty);
+        if (thickness != nullptr) {
+            *thickness = 0.0;
+        }
+        double part_thickness = 0.0;
         const HostResult result = impl.ReadCADDataForTessara(
             WideInput(server_name), WideInput(folder_name), WideInput(part_name), WideInput(data_type), file.Receiver(),
-            name.Receiver(), comment.Receiver(), material.Receiver(), thickness, qty.Receiver());
-        return HandOverAll(file, name, comment, material, qty) ? Number(result) : PARTKEEP_READ_FALSE;
+            name.Receiver(), comment.Receiver(), material.Receiver(), &part_thickness, qty.Receiver());
+        if (!HandOverAll(file, name, comment, material, qty)) {
+            return PARTKEEP_READ_FALSE;
+        }
+        if (thickness != nullptr) {
+            *thickness = part_thickness;
+        }
+        return Number(result);
     });
 }

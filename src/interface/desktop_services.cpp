@@ -21,15 +21,22 @@ public:
 
     void Show(const Message& message) override
     {
-        IWindowsPart* part = FindScreen(library_).problem.empty() ? library_.Part() : nullptr;
-        if (part == nullptr) {
+        if (IMessages* boxes = Boxes()) {
+            boxes->Show(message);
+        } else {
             CStderrMessages().Show(message);
-            return;
         }
-        part->Messages().Show(message);
     }
 
 private:
+    // Null where nothing can be shown.
+    IMessages* Boxes()
+    {
+        const ScreenAnswer screen = FindScreen(library_);
+        IWindowsPart* part = screen.problem.empty() ? library_.Part() : nullptr;
+        return part != nullptr ? &part->Messages() : nullptr;
+    }
+
     CWindowsLibrary& library_;
 };
 

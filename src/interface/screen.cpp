@@ -16,6 +16,7 @@
 #include <sys/auxv.h>
 #include <sys/resource.h>
 #include <unistd.h>
+#include <utility>
 
 namespace partkeep {
 
@@ -25,6 +26,8 @@ using std::chrono::steady_clock;
 
 constexpr auto probe_time = std::chrono::milliseconds(1800); // of the 2 s that an operation may take altogether
 constexpr auto fresh_time = std::chrono::minutes(1);
+constexpr std::u16string_view raised_rights_text = u"the process runs with raised rights.";
+constexpr int probe_tries = 2;
 
 // What a dialog with its toolkit, plugins and fonts needs, with room to spare: it was seen with 530 MB of addresses and
 // 11 files, and on 600 KB of stack.
@@ -63,8 +66,14 @@ bool LostItsThreads(const QCoreApplication& application)
 
 std::u16string_view ProblemWith(const QCoreApplication& application)
 {
+    if (geteuid() != getuid()) {
+        return raised_rights_text;
+    }
     if (application_is_parents || LostItsThreads(application)) {
         return u"the screen belongs to the process that this one was forked from.";
+    }
+    if (application.property(screen_lost_property).toBool()) {
+        return u"the display server has gone.";
     }
     if (!application.inherits("QApplication")) {
         return u"the host's own application is of a kind without windows of this sort.";
@@ -157,24 +166,33 @@ std::string NamedScreen()
     return all;
 }
 
-struct KeptAnswer {
-    std::string screen; // as it was named
-    bool found = false;
+// No screen was found where this is named.
+struct NoScreen {
+    std::string named;
     steady_clock::time_point until;
 };
 
-bool ProbeFindsScreen(const std::string& program)
+// Null: no screen. An end without an answer is no end to ask again after at once: a server that starts anew, which it
+// may do because this very process has just left it, refuses a client once.
+std::unique_ptr<CHeldScreen> ProbeScreen(const std::string& program)
 {
-    static KeptAnswer kept;
-    const std::string screen = NamedScreen();
-    if (kept.screen == screen && steady_clock::now() < kept.until) {
-        return kept.found;
+    static NoScreen none;
+    const std::string named = NamedScreen();
+    if (none.named == named && steady_clock::now() < none.until) {
+        return nullptr;
     }
-    const ProgramEnd end = RunShielded(program, probe_time);
-    const bool found = end.code == screen_found_code;
-    const bool lasts = !found && !end.ran_out_of_time;
-    kept = {screen, found, lasts ? steady_clock::time_point::max() : steady_clock::now() + fresh_time};
-    return found;
+    const auto deadline = steady_clock::now() + probe_time;
+    ProgramEnd end;
+    for (int tries = 0; tries < probe_tries && end.code == -1 && !end.ran_out_of_time; ++tries) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - steady_clock::now());
+        auto held = std::make_unique<CHeldScreen>();
+        end = RunShielded(program, left, held->ProgramsEnd());
+        if (end.code == screen_found_code) {
+            return held;
+        }
+    }
+    none = {named, end.ran_out_of_time ? steady_clock::now() + fresh_time : steady_clock::time_point::max()};
+    return nullptr;
 }
 
 } // namespace
@@ -182,21 +200,19 @@ bool ProbeFindsScreen(const std::string& program)
 ScreenAnswer FindScreen(const CWindowsLibrary& library)
 {
     if (!library.IsThere()) {
-        return {library_missing_text};
+        return {library_missing_text, nullptr};
     }
     if (const QCoreApplication* application = QCoreApplication::instance()) {
-        return {ProblemWith(*application)};
+        return {ProblemWith(*application), nullptr};
     }
     if (HasRaisedRights()) {
-        return {u"the process runs with raised rights."};
+        return {raised_rights_text, nullptr};
     }
     if (HostIsTight()) {
-        return {u"the process is short of memory, files or stack for it."};
+        return {u"the process is short of memory, files or stack for it.", nullptr};
     }
-    if (NobodyCanSee() || !ProbeFindsScreen(library.ProbePath())) {
-        return {u"no screen can be reached."};
-    }
-    return {};
+    std::unique_ptr<CHeldScreen> held = NobodyCanSee() ? nullptr : ProbeScreen(library.ProbePath());
+    return {held == nullptr ? u"no screen can be reached." : u"", std::move(held)};
 }
 
 } // namespace partkeep

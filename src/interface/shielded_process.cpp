@@ -21,11 +21,16 @@ constexpr std::size_t stack_bytes = std::size_t{256} << 10U;
 
 class CSpawnSettings {
 public:
-    CSpawnSettings()
+    explicit CSpawnSettings(int input)
     {
         posix_spawn_file_actions_init(&actions_);
-        for (int stream = 0; stream < 3; ++stream) {
-            posix_spawn_file_actions_addopen(&actions_, stream, "/dev/null", stream == 0 ? O_RDONLY : O_WRONLY, 0);
+        if (input != -1) {
+            posix_spawn_file_actions_adddup2(&actions_, input, STDIN_FILENO);
+        } else {
+            posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        }
+        for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
+            posix_spawn_file_actions_addopen(&actions_, stream, "/dev/null", O_WRONLY, 0);
         }
         posix_spawnattr_init(&attributes_);
         sigset_t signals;
@@ -57,6 +62,7 @@ private:
 
 struct Errand {
     const char* program;
+    int input;
     const CSpawnSettings& settings;
     steady_clock::time_point deadline;
     ProgramEnd end;
@@ -93,6 +99,14 @@ void WaitForEnd(pid_t process, Errand& errand)
     }
 }
 
+void CloseAllBut(int kept)
+{
+    if (kept > 0) {
+        close_range(0, static_cast<unsigned>(kept) - 1, 0);
+    }
+    close_range(static_cast<unsigned>(kept + 1), ~0U, 0);
+}
+
 // The go-between: a process, so that it has signals, descriptors and children of its own, which works in the host's
 // memory while the calling thread stands still.
 int RunErrand(void* argument)
@@ -102,7 +116,7 @@ int RunErrand(void* argument)
     struct sigaction plain {};
     plain.sa_handler = SIG_DFL;
     sigaction(SIGCHLD, &plain, nullptr);
-    close_range(0, ~0U, 0);
+    CloseAllBut(errand.input);
     const pid_t process = errand.settings.Start(errand.program);
     if (process > 0) {
         WaitForEnd(process, errand);
@@ -131,10 +145,10 @@ private:
 
 } // namespace
 
-ProgramEnd RunShielded(const std::string& program, std::chrono::milliseconds time)
+ProgramEnd RunShielded(const std::string& program, std::chrono::milliseconds time, int input)
 {
-    const CSpawnSettings settings;
-    Errand errand{program.c_str(), settings, steady_clock::now() + time, {}};
+    const CSpawnSettings settings(input);
+    Errand errand{program.c_str(), input, settings, steady_clock::now() + time, {}};
     const CStack stack;
     if (!stack.Exists()) {
         return errand.end;

@@ -123,9 +123,60 @@ void ExitInTheDialog()
     });
 }
 
+void CloseWindows()
+{
+    QTimer::singleShot(10, qApp, [] {
+        if (QWidget* window = QApplication::activeModalWidget()) {
+            window->close();
+        }
+        CloseWindows();
+    });
+}
+
+// Without another program, which would keep up a display server that minds its last client.
+void WorkAlone(int rounds)
+{
+    qAddPreRoutine(CloseWindows);
+    for (int round = 0; round < rounds; ++round) {
+        Work();
+    }
+}
+
+// The display server's end, once there is a window of that title; others are closed.
+void EndScreenIn(const char* title)
+{
+    QTimer::singleShot(10, qApp, [title] {
+        QWidget* window = QApplication::activeModalWidget();
+        if (window != nullptr && window->windowTitle() == title) {
+            kill(std::atoi(std::getenv("SERVER")), SIGKILL);
+        } else if (window != nullptr) {
+            window->close();
+        }
+        EndScreenIn(title);
+    });
+}
+
 void WorkWithSignals(void (*handler)(int))
 {
     std::signal(SIGCHLD, handler);
+    Work();
+}
+
+void WorkWithoutSignals()
+{
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_BLOCK, &all, nullptr);
+    Work();
+}
+
+void WorkWithBrokenPipe()
+{
+    int ends[2];
+    if (pipe(ends) == 0) {
+        close(ends[0]);
+        dup2(ends[1], STDERR_FILENO);
+    }
     Work();
 }
 
@@ -151,6 +202,20 @@ int main(int /*count*/, char** arguments)
              qAddPreRoutine(ExitInTheDialog); // as soon as the component makes its application
              Work();
          }},
+        {"closes its windows", [] { WorkAlone(1); }},
+        {"closes its windows, again and again", [] { WorkAlone(20); }},
+        {"raised rights, own application",
+         [] { Under<QApplication>([] { seteuid(65534) == 0 ? Work() : _exit(77); }); }},
+        {"loses the screen in a message",
+         [] {
+             qAddPreRoutine([] { EndScreenIn("Kolvyn PartkeepRead"); });
+             Work();
+         }},
+        {"loses the screen in the dialog",
+         [] {
+             qAddPreRoutine([] { EndScreenIn("Partkeep Read"); });
+             Work();
+         }},
         {"ignores children", [] { WorkWithSignals(SIG_IGN); }},
         {"reaps children",
          [] {
@@ -160,23 +225,9 @@ int main(int /*count*/, char** arguments)
              });
          }},
         {"knows its children", [] { WorkWithSignals([](int) { _exit(6); }); }},
-        {"blocks signals",
-         [] {
-             sigset_t all;
-             sigfillset(&all);
-             sigprocmask(SIG_BLOCK, &all, nullptr);
-             Work();
-         }},
+        {"blocks signals", WorkWithoutSignals},
         {"raised rights", [] { return seteuid(65534) == 0 ? Work() : _exit(77); }},
-        {"broken pipe for errors",
-         [] {
-             int ends[2];
-             if (pipe(ends) == 0) {
-                 close(ends[0]);
-                 dup2(ends[1], STDERR_FILENO);
-             }
-             Work();
-         }},
+        {"broken pipe for errors", WorkWithBrokenPipe},
     };
     for (const auto& [name, work] : kinds) {
         if (kind == name) {

@@ -65,6 +65,13 @@ def compositor():
     return session
 
 
+def server_without_clients(*at_last_leave):
+    """An X server that starts anew whenever its last client leaves, or does what is told, and its display."""
+    server = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", "2200x1200x24", "-nolisten", "tcp",
+                               *at_last_leave], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    return server, {"DISPLAY": ":" + server.stdout.readline().decode().strip(), "SERVER": str(server.pid)}
+
+
 def wayland(number):
     return {"WAYLAND_DISPLAY": f"wayland-{number}", "XDG_RUNTIME_DIR": str(place / "run")}
 
@@ -77,8 +84,11 @@ def without(*streams):
     return lambda: [os.close(stream) for stream in streams]
 
 
-NONE, SHOWN, LEFT = "none", "shown", "left"  # no window, one that is closed by Escape, one in which the host exits
+# No window, one that is closed by Escape, one in which the host exits, one in which the display server ends.
+NONE, SHOWN, LEFT, LOST = "none", "shown", "left", "lost"
 X = {"DISPLAY": live}
+servers = {name: server_without_clients(*words) for name, *words in (
+    ("starts anew",), ("ends", "-terminate"), ("ends in a message",), ("ends in the dialog",))}
 ROWS = [  # label, kind of host, environment, what comes, component, last step before the host starts
     ("no screen named", "plain", {}, NONE),
     *[("platform " + name, "plain", {**X, "QT_QPA_PLATFORM": name}, NONE) for name in (
@@ -105,10 +115,12 @@ ROWS = [  # label, kind of host, environment, what comes, component, last step b
     ("no streams, screen", "plain", X, SHOWN, "whole", without(0, 1, 2)),
     ("no streams, no screen", "plain", {}, NONE, "whole", without(0, 1, 2)),
     ("errors go nowhere", "broken pipe for errors", {}, NONE),
+    ("errors go nowhere, screen", "broken pipe for errors", X, SHOWN),
     ("small stack", "small stack", X, NONE),
     ("few files", "plain", X, NONE, "whole", limit(resource.RLIMIT_NOFILE, 24)),
     *([] if sanitized else [("little memory", "plain", X, NONE, "whole", limit(resource.RLIMIT_AS, 256 << 20))]),
     ("raised rights", "raised rights", X, NONE),
+    ("raised rights, own application", "raised rights, own application", X, NONE),
     ("own application without windows", "core", X, NONE),
     ("own application without widgets", "gui", X, NONE),
     ("another thread than the application's", "other thread", X, NONE),
@@ -121,6 +133,10 @@ ROWS = [  # label, kind of host, environment, what comes, component, last step b
     ("children counted", "knows its children", {"DISPLAY": ":4711"}, NONE),
     ("exit in the dialog", "exits in the dialog", X, LEFT),
     ("signals blocked", "blocks signals", X, SHOWN),
+    ("server that ends with its last client", "closes its windows", servers["ends"][1], SHOWN),
+    ("server that ends in a message", "loses the screen in a message", servers["ends in a message"][1], NONE),
+    ("server that ends in the dialog", "loses the screen in the dialog", servers["ends in the dialog"][1], LOST),
+    ("server that starts anew", "closes its windows, again and again", servers["starts anew"][1], SHOWN),
 ]
 
 
@@ -159,7 +175,7 @@ def run(number, label, kind, environment, expected, component="whole", before=No
     if result and expected == NONE and int(result[5]) >= (6000 if sanitized else 2000):
         wrong.append(f"takes {result[5]} ms")
     streams = "no streams" not in label and "nowhere" not in label
-    if streams and (told.count("No window can be shown") != 2) == (expected == NONE):
+    if streams and told.count("No window can be shown") != {NONE: 2, LOST: 1}.get(expected, 0):
         wrong.append("a window" if expected == NONE else "no window")
     if streams and ("Server could not be connected." in told) != (expected == NONE):
         wrong.append("message in the wrong place")
@@ -182,10 +198,15 @@ with concurrent.futures.ThreadPoolExecutor(2) as pool:
     seen = [run(number, *row) for number, row in enumerate(ROWS) if row[3] != NONE]
     session = compositor()
     if session:
-        seen += [run(len(ROWS), "Wayland session", "plain", wayland(7), SHOWN)]
+        seen += [run(len(ROWS), "Wayland session", "plain", wayland(7), SHOWN),
+                 run(len(ROWS) + 1, "Wayland session that ends in the dialog", "loses the screen in the dialog",
+                     {**wayland(7), "SERVER": str(session.pid)}, LOST)]
         session.terminate()
         session.wait()
     wrong = [row for row in [*[row.result() for row in quiet], *seen] if row]
+for server, _ in servers.values():
+    server.terminate()
+    server.wait()
 for listening, path in sockets:
     listening.close()
     path.unlink()

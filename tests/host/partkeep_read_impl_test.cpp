@@ -3,6 +3,7 @@
 #include "host/host_services.h"
 #include "resources/resource_ids.h"
 #include "settings/process_values.h"
+#include "tests/support/failing_memory.h"
 #include "tests/support/memory_registry.h"
 #include "tests/support/scripted_control.h"
 #include "tests/support/scripted_window.h"
@@ -117,6 +118,14 @@ TEST_F(HostObject, RunsTheDialogAndKeepsWhatItBrings)
     EXPECT_EQ(object.GetFilePath(&first_file), HostResult::Ok);
     EXPECT_EQ(first_file, file);
     EXPECT_EQ(first_file, folder.Core(u"Work\\\\A2.iga"));
+
+    std::int32_t machine = 7;
+    failing_memory::allocations_left = 1;
+    EXPECT_EQ(object.GetPartInfo(0, nullptr, nullptr, &file, nullptr, nullptr, &name, nullptr, nullptr, nullptr,
+                                 &machine, &thickness, nullptr),
+              HostResult::Ok);
+    EXPECT_EQ(file + name, u"");
+    EXPECT_EQ(machine + thickness, 0.0); // as out of range
 }
 
 TEST_F(HostObject, TroubleBecomesTheOperationsOwnResult)

@@ -7,7 +7,11 @@
 #include <QScreen>
 #include <QWidget>
 
+#include <array>
+#include <cstring>
 #include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -19,6 +23,41 @@ bool SomebodySees(const QString& platform)
 {
     return platform != u"offscreen" && platform != u"minimal" && platform != u"minimalegl" &&
            platform != u"vkkhrdisplay";
+}
+
+bool IsSocket(int file)
+{
+    struct stat status {};
+    return fstat(file, &status) == 0 && S_ISSOCK(status.st_mode);
+}
+
+// Into the standard input, where whoever started this keeps them open until it has opened the screen itself: the
+// server shall not see its last client go before.
+void SendConnections()
+{
+    constexpr std::size_t most = 64;
+    constexpr int highest = 1024;
+    std::array<int, most> sockets{};
+    std::size_t count = 0;
+    for (int file = STDERR_FILENO + 1; file < highest && count < most; ++file) {
+        if (IsSocket(file)) {
+            sockets[count++] = file;
+        }
+    }
+    char byte = 0;
+    iovec content{&byte, 1};
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof sockets)> files{};
+    msghdr message{};
+    message.msg_iov = &content;
+    message.msg_iovlen = 1;
+    message.msg_control = files.data();
+    message.msg_controllen = CMSG_SPACE(count * sizeof(int));
+    cmsghdr* header = CMSG_FIRSTHDR(&message);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = SCM_RIGHTS;
+    header->cmsg_len = CMSG_LEN(count * sizeof(int));
+    std::memcpy(CMSG_DATA(header), sockets.data(), count * sizeof(int));
+    sendmsg(STDIN_FILENO, &message, MSG_NOSIGNAL | MSG_DONTWAIT);
 }
 
 } // namespace
@@ -33,5 +72,6 @@ int main(int argc, char** argv)
     if (!SomebodySees(QGuiApplication::platformName()) || QGuiApplication::primaryScreen() == nullptr) {
         _exit(1);
     }
+    SendConnections();
     _exit(partkeep::screen_found_code); // what comes behind could only take time
 }
