@@ -25,7 +25,7 @@ TEST(LibraryNames, RefuseWhatCouldLeaveTheFolderOrFitsNoBuffer)
         {NameFault::BadEnd, {u".."_s, u"P."_s, u"P "_s, u" P"_s, u"P\u3000"_s}},
         {NameFault::ControlCharacter, {u"P\n1"_s, u"P\u0085"_s, QString(QChar(u'\0'))}},
         {NameFault::DeviceName, {u"nul"_s, u"Com1.x.y"_s, u"AUX .txt"_s, u"LPT\u00B2"_s}},
-        {NameFault::NotText, {QString(QChar(0xD800))}},
+        {NameFault::NotText, {QString(QChar(0xD800)), u"a\uFFFD"_s}},
     };
     for (const auto& [fault, names] : rows) {
         for (const QString& name : names) {

@@ -41,9 +41,10 @@ bool IsDeviceName(QStringView name)
     return kind.compare(u"COM", Qt::CaseInsensitive) == 0 || kind.compare(u"LPT", Qt::CaseInsensitive) == 0;
 }
 
+// U+FFFD stands for bytes that are no text.
 NameFault CheckCharacters(QStringView text)
 {
-    if (!text.isValidUtf16()) {
+    if (!text.isValidUtf16() || text.contains(QChar(QChar::ReplacementCharacter))) {
         return NameFault::NotText;
     }
     return std::any_of(text.begin(), text.end(), IsControl) ? NameFault::ControlCharacter : NameFault::None;

@@ -24,7 +24,7 @@ enum class NameFault {
     None,
     Empty,
     TooLong,
-    NotText,           // unpaired surrogate
+    NotText,           // unpaired surrogate, or U+FFFD
     ControlCharacter,  // below blank, 127, and 128 to 159
     ReservedCharacter, // one of \ / : * ? " < > |
     BadEnd,            // begins with a blank, or ends with a blank or a dot

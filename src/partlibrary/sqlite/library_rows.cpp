@@ -127,13 +127,10 @@ LibraryProblem DamagedRow(const CConnection& connection)
     return {LibraryFault::Damaged, connection.File(), QStringLiteral("a row is not as it was stored")};
 }
 
-// U+FFFD stands for bytes that are no text.
 bool IsSoundPart(QStringView name, QStringView material, QStringView machine, QStringView comment)
 {
-    const auto fine = [](QStringView text) {
-        return CheckAttribute(text) == NameFault::None && !text.contains(QChar(QChar::ReplacementCharacter));
-    };
-    return fine(name) && CheckName(name) == NameFault::None && fine(material) && fine(machine) && fine(comment);
+    const auto fine = [](QStringView text) { return CheckAttribute(text) == NameFault::None; };
+    return CheckName(name) == NameFault::None && fine(material) && fine(machine) && fine(comment);
 }
 
 } // namespace partkeep

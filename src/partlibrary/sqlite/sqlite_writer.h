@@ -46,6 +46,7 @@ public:
     bool SetAttributes(PartId part, const PartAttributes& attributes) override;
     bool MovePart(PartId part, qint64 folder, const QString& name) override;
     bool RemoveParts(std::span<const PartId> parts) override;
+    using ILibraryWriter::RemovePart;
     bool MoveFolder(const QString& path, const QString& new_path) override;
     bool RemoveFolder(const QString& path) override;
     [[nodiscard]] const LibraryProblem& Problem() const override { return connection_->Problem(); }
