@@ -56,7 +56,7 @@ public:
     [[nodiscard]] qint64 Salt() const { return salt_; } // of the sums of rows, by the id
     [[nodiscard]] bool InTransaction() const;
     [[nodiscard]] sqlite3* Engine() const { return database_; } // for what the engine does with files as a whole
-    [[nodiscard]] std::string Image() const; // the whole as it would stand in a file
+    [[nodiscard]] std::string Image() const;                    // the whole as it would stand in a file
     void SetPatience(std::chrono::milliseconds patience) { patience_ = patience; }
 
     // Few pages at hand: for content that streams through, so that each page lands in memory that the processor
