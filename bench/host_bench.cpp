@@ -119,7 +119,7 @@ int main(int count, char** arguments)
     const fs::path place = mkdtemp(name);
     fs::create_directories(place / "config/partkeep-read");
     fs::create_directories(place / "libraries");
-    fs::create_directories(place / "work");
+    fs::create_directories(place / "target");
     std::ofstream(place / "config/partkeep-read/registry.ini")
         << "[HKEY_CURRENT_USER\\software\\Velmar\\ORVIC\\PartLibrary]\nfolder=" << (place / "libraries").string()
         << '\n';
@@ -129,7 +129,7 @@ int main(int count, char** arguments)
         return 1;
     }
     const std::string host =
-        std::string("'") + arguments[0] + "' '" + arguments[1] + "' '" + place.string() + "/work/'";
+        std::string("'") + arguments[0] + "' '" + arguments[1] + "' '" + place.string() + "/target/'";
     RunHost(host); // what the system keeps of files is there from now on
     std::vector<Figures> rounds(static_cast<std::size_t>(std::max(1, std::atoi(arguments[3]))));
     std::generate(rounds.begin(), rounds.end(), [&] { return RunHost(host); });

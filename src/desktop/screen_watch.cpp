@@ -1,6 +1,7 @@
 #include "desktop/screen_watch.h"
 
 #include "host/windows_part.h"
+#include "partlibrary/library/library_text.h"
 #include "platform/posix/stderr_messages.h"
 
 #include <QApplication>
@@ -43,7 +44,7 @@ void TakeMessage(QtMsgType type, const QMessageLogContext& context, const QStrin
     if (others != nullptr) {
         others(type, context, text);
     } else {
-        CStderrMessages().Show({qFormatLogMessage(type, context, text).toStdU16String(), u"Partkeep Read"});
+        CStderrMessages().Show({ToWide(qFormatLogMessage(type, context, text)), u"Partkeep Read"});
     }
     if (TellsTheEnd(text) && std::uncaught_exceptions() == 0 && qApp != nullptr) {
         LeaveToolkit();

@@ -65,8 +65,7 @@ protected:
 
 TEST_F(CInterface, ReadsAPartIntoNativePaths)
 {
-    const std::string make =
-        std::string(PARTKEEP_SAMPLES) + " " + folder.Path("libraries").string() + " > /dev/null";
+    const std::string make = std::string(PARTKEEP_SAMPLES) + " " + folder.Path("libraries").string() + " > /dev/null";
     ASSERT_EQ(std::system(make.c_str()), 0);
     WriteBytes(folder.Path("Work/金具-3.IGA"), "an older copy, spelled otherwise");
     Outputs out;

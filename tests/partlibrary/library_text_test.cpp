@@ -96,8 +96,8 @@ TEST(AttributeTable, ReadsWhatSpreadsheetsWrite)
 {
     LibraryProblem problem;
     const auto table = ParseAttributeTable("\xEF\xBB\xBFPart,Comment,Thickness,folder\r\n"
-                                          "P1,\"a, \"\"b\"\"\",1.5,A/B\r\n\r\nP2,板,,\n",
-                                          problem);
+                                           "P1,\"a, \"\"b\"\"\",1.5,A/B\r\n\r\nP2,板,,\n",
+                                           problem);
     ASSERT_TRUE(table && table->rows.size() == 2) << ProblemText(problem);
     EXPECT_EQ(table->columns, (QStringList{u"part"_s, u"comment"_s, u"thickness"_s, u"folder"_s}));
     EXPECT_EQ(table->rows[0].attributes.comment, u"a, \"b\""_s);

@@ -214,7 +214,6 @@ TEST_F(LibraryTool, ChangesWhatIsNamedAndTellsHowItEnded)
 {
     WriteBytes("t.csv", "part,folder,thickness\nP1,Plates/2008,2.5\n");
     WriteBytes("gone.csv", "part\nP1\n");
-    WriteBytes("in.iga", "x");
     Write("arrived/New/N.iga", "n");
     const struct {
         std::vector<std::string> arguments;
@@ -287,11 +286,9 @@ TEST_F(LibraryTool, ChangesWhatIsNamedAndTellsHowItEnded)
 
 TEST_F(LibraryTool, WhatIsExtractedOrBackedUpIsTheSame)
 {
-    ASSERT_EQ(Run({"set", library_, "**/P2", "--comment", " a, \"b\""}), 0) << err_.str();
-    ASSERT_EQ(Run({"extract", library_, "one/"}), 0) << err_.str();
+    ASSERT_EQ(Run({"set", library_, "**/P2", "--comment", " a, \"b\""}) + Run({"extract", library_, "one/"}), 0);
     ASSERT_EQ(Run({"create", "R.kpl"}) + Run({"import", "R.kpl", "one", "--csv", "one.csv"}), 3) << "Bare has no file";
     ASSERT_EQ(Run({"remove", library_, "**/Bare"}) + Run({"extract", library_, "two"}), 0) << err_.str();
-    EXPECT_EQ(Run({"extract", library_, "two"}), 3);
     ASSERT_EQ(Run({"import", "R.kpl", "two", "--csv", "two.csv"}), 0) << err_.str();
     EXPECT_EQ(Run({"diff", library_, "R.kpl"}), 0) << out_.str();
     ASSERT_EQ(Run({"extract", "R.kpl", "three"}), 0) << err_.str();
@@ -308,23 +305,22 @@ TEST_F(LibraryTool, WhatIsExtractedOrBackedUpIsTheSame)
 TEST_F(LibraryTool, RepairKeepsWhatCanBeReadAndTellsTheRest)
 {
     const struct {
-        const char* label;
         QString forge;
         int end;
         const char* told;
         std::size_t parts; // of six
     } rows[] = {
-        {"keys", u"UPDATE part SET name_key = x'00'"_s, 0, "keys are wrong", 6},
-        {"a count", u"UPDATE folder SET parts = 7"_s, 0, "count of parts", 6},
-        {"search", u"INSERT INTO part_search(part_search) VALUES('delete-all')"_s, 0, "search index", 6},
-        {"a part's row", u"UPDATE part SET material = 'x' WHERE name = 'P1'"_s, 1, "part P1: the row", 5},
-        {"a folder's row", u"UPDATE folder SET sum = 1 WHERE path = 'Plates\\2008'"_s, 1, "lies in recovered", 6},
-        {"a content", u"UPDATE piece SET content = x'01' WHERE id = (SELECT min(id) FROM piece)"_s, 1, "file 0", 6},
-        {"numbers", u"UPDATE library SET next_part = 1"_s, 0, "numbers", 6},
+        {u"UPDATE part SET name_key = x'00'"_s, 0, "keys are wrong", 6},
+        {u"UPDATE folder SET parts = 7"_s, 0, "count of parts", 6},
+        {u"INSERT INTO part_search(part_search) VALUES('delete-all')"_s, 0, "search index", 6},
+        {u"UPDATE part SET material = 'x' WHERE name = 'P1'"_s, 1, "part P1: the row", 5},
+        {u"UPDATE folder SET sum = 1 WHERE path = 'Plates\\2008'"_s, 1, "lies in recovered", 6},
+        {u"UPDATE piece SET content = x'01' WHERE id = (SELECT min(id) FROM piece)"_s, 1, "file 0", 6},
+        {u"UPDATE library SET next_part = 1"_s, 0, "numbers", 6},
     };
     const std::string whole = ReadBytes(library_);
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.label);
+        SCOPED_TRACE(row.told);
         WriteBytes(library_, whole);
         Forge(row.forge);
         const std::string damaged = ReadBytes(library_);
@@ -340,7 +336,7 @@ TEST_F(LibraryTool, RepairKeepsWhatCanBeReadAndTellsTheRest)
     }
 }
 
-// A writer that is killed or finds the disk full at any write leaves what was, or has done all.
+// A writer that finds the disk full at any write leaves what was, or has done all.
 TEST_F(LibraryTool, EachEditIsWholeOrNotAtAllOnADiskThatFills)
 {
     PARTKEEP_NEEDS_MOUNTS();

@@ -1,8 +1,8 @@
 // Copies that meet a full or read-only disk, other spellings, and names that must not leave the folder.
+#include "partlibrary/sqlite/library_check.h"
 #include "platform/files.h"
 #include "platform/posix/temporary_files.h"
 #include "platform/text.h"
-#include "partlibrary/sqlite/library_check.h"
 #include "tests/partlibrary/library_fixture.h"
 #include "tests/support/linux_faults.h"
 

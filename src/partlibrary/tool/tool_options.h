@@ -8,9 +8,9 @@ namespace partkeep {
 
 struct ToolOptions {
     std::string library;
-    std::string other;  // a second library, or a folder outside
-    std::string folder; // in the library
-    std::string table;  // of attributes
+    std::string other;               // a second library, or a folder outside
+    std::string folder;              // in the library
+    std::string table;               // of attributes
     std::string place;               // one, or several by a pattern
     std::vector<std::string> places; // each the same
     std::string name;
