@@ -59,7 +59,8 @@ bool CopyLibrary(const QString& file, const QString& target, const WorkProgress&
     sqlite3* opened = nullptr;
     int code = sqlite3_open_v2(ToUtf8(target).c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     const Database copy(opened);
-    if (code == SQLITE_OK) {
+    if (code == SQLITE_OK) { // nobody else knows the copy yet, so no journal is needed beside it
+        sqlite3_exec(copy.get(), "PRAGMA journal_mode=MEMORY", nullptr, nullptr, nullptr);
         const Backup backup(sqlite3_backup_init(copy.get(), "main", library->Engine(), "main"));
         code = backup != nullptr ? CopyPages(backup.get(), progress) : sqlite3_extended_errcode(copy.get());
     }

@@ -40,7 +40,6 @@ std::unique_ptr<CLibraryBeside> CLibraryBeside::Make(const QString& place, Libra
 
 CLibraryBeside::~CLibraryBeside()
 {
-    unlink(ToUtf8(file_ + QStringLiteral("-journal")).c_str());
     if (!put_) {
         unlink(ToUtf8(file_).c_str());
     }

@@ -225,7 +225,8 @@ std::shared_ptr<CConnection> SalvageLibrary(const QString& file, const QString& 
         return nullptr;
     }
     const auto fresh = CSqliteWriter::Open(target, problem);
-    if (fresh == nullptr) {
+    if (fresh == nullptr || !fresh->KeepJournalInMemory()) {
+        problem = fresh != nullptr ? fresh->Problem() : problem;
         return nullptr;
     }
     damaged->SetProblem({});

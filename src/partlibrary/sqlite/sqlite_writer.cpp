@@ -56,6 +56,11 @@ std::unique_ptr<CSqliteWriter> CSqliteWriter::Open(const QString& file, LibraryP
     return connection != nullptr ? std::unique_ptr<CSqliteWriter>(new CSqliteWriter(std::move(connection))) : nullptr;
 }
 
+bool CSqliteWriter::KeepJournalInMemory()
+{
+    return connection_->Execute("PRAGMA journal_mode=MEMORY");
+}
+
 CSqliteWriter::CSqliteWriter(std::shared_ptr<CConnection> connection)
     : connection_(std::move(connection)), library_(connection_),
       importer_(static_cast<qint64>(QRandomGenerator::system()->generate64() >> 1) | 1), piece_(piece_bytes)

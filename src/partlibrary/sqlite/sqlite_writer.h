@@ -26,6 +26,10 @@ public:
 
     // Null on failure, with the reason.
     [[nodiscard]] static std::unique_ptr<CSqliteWriter> Open(const QString& file, LibraryProblem& problem);
+
+    // For a file that nobody else knows yet, and that goes when it does not become whole: without a journal beside it.
+    bool KeepJournalInMemory();
+
     ~CSqliteWriter() override;
     CSqliteWriter(const CSqliteWriter&) = delete;
     CSqliteWriter& operator=(const CSqliteWriter&) = delete;
