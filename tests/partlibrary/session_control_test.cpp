@@ -257,8 +257,11 @@ TEST_F(SessionControl, ADeletedPartHasNoNameAndOutdatesTheList)
     EXPECT_EQ(SelectedName(1), "P2");
     EXPECT_TRUE(ReadImage("2D").isEmpty());
     EXPECT_EQ(browser_.GetLastStatus(), status_list_outdated);
-    EXPECT_TRUE(browser_.RefreshPartList());
-    EXPECT_EQ(browser_.GetSelectedPartCount(), 1);
+    for (const LibraryFault told : {LibraryFault::NoPart, LibraryFault::None}) {
+        EXPECT_TRUE(browser_.RefreshPartList());
+        EXPECT_EQ(browser_.GetSelectedPartCount(), 1);
+        EXPECT_EQ(inner_->Problem().fault, told);
+    }
     EXPECT_EQ(SelectedName(-1) + SelectedName(1), "##");
 }
 

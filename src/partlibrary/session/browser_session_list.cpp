@@ -61,8 +61,11 @@ bool CBrowserSession::RefreshPartList()
     if (library != library_) {
         return MakeCurrent(current_server_, std::move(library));
     }
+    const std::size_t before = selection_.size();
     if (!EnterFolder(current_folder_.path)) {
         EnterFolder({});
+    } else if (selection_.size() < before) {
+        SetProblem({LibraryFault::NoPart, current_folder_.path, {}});
     }
     return true;
 }
