@@ -13,8 +13,8 @@ namespace partkeep {
 
 namespace {
 
-const std::string folders = std::string("SELECT ") + folder_row_columns + " FROM folder ";
-const std::string parts = std::string("SELECT ") + part_row_columns + " FROM part ";
+const std::string select_folders = std::string("SELECT ") + folder_row_columns + " FROM folder ";
+const std::string select_parts = std::string("SELECT ") + part_row_columns + " FROM part ";
 
 std::optional<std::vector<PartId>> ReadIds(CConnection& connection, const CPartQuery& query)
 {
@@ -58,13 +58,13 @@ std::optional<FolderRow> CSqliteLibrary::FindFolder(const QString& path)
     if (CheckFolderPath(path) != NameFault::None) {
         return Refuse(LibraryFault::NoFolder, path);
     }
-    CStatement statement(*connection_, folders + "WHERE path = ?");
+    CStatement statement(*connection_, select_folders + "WHERE path = ?");
     return ReadFolder(statement.With(path), path);
 }
 
 std::optional<FolderRow> CSqliteLibrary::FindFolder(qint64 id)
 {
-    CStatement statement(*connection_, folders + "WHERE id = ?");
+    CStatement statement(*connection_, select_folders + "WHERE id = ?");
     return ReadFolder(statement.With(id), QString::number(id));
 }
 
@@ -87,13 +87,14 @@ std::optional<PartRow> CSqliteLibrary::FindPart(const QString& folder, const QSt
     if (CheckFolderPath(folder) != NameFault::None || CheckName(name) != NameFault::None) {
         return Refuse(LibraryFault::NameRefused, JoinPath(folder, name));
     }
-    CStatement statement(*connection_, parts + "WHERE folder = (SELECT id FROM folder WHERE path = ?) AND name = ?");
+    CStatement statement(*connection_,
+                         select_parts + "WHERE folder = (SELECT id FROM folder WHERE path = ?) AND name = ?");
     return ReadPart(statement.With(folder, name), JoinPath(folder, name));
 }
 
 std::optional<PartRow> CSqliteLibrary::FindPart(PartId id)
 {
-    CStatement statement(*connection_, parts + "WHERE id = ?");
+    CStatement statement(*connection_, select_parts + "WHERE id = ?");
     return ReadPart(statement.With(id), QString::number(id));
 }
 
@@ -114,8 +115,8 @@ std::optional<PartRow> CSqliteLibrary::ReadPart(CStatement& statement, const QSt
 // A row that claims to lie here has to have the path of this place.
 std::optional<std::vector<FolderRow>> CSqliteLibrary::Folders(const QString& path)
 {
-    CStatement statement(*connection_, folders + "WHERE parent = (SELECT id FROM folder WHERE path = ?) "
-                                                 "ORDER BY sort_key, name");
+    CStatement statement(*connection_, select_folders + "WHERE parent = (SELECT id FROM folder WHERE path = ?) "
+                                                        "ORDER BY sort_key, name");
     std::vector<FolderRow> rows;
     FolderRow row;
     for (statement.With(path); statement.Next();) {
@@ -216,9 +217,9 @@ std::shared_ptr<const CServerFolders> CSqliteLibrary::FoldersOf(const PartListVi
 
 std::optional<std::vector<PartRow>> CSqliteLibrary::PartsBehind(qint64 folder, const QString& after, qint64 limit)
 {
-    CStatement statement(*connection_, parts + "WHERE folder = ? AND name > ? AND "
-                                               "part_is_sound(id, name, material, machine, comment) "
-                                               "ORDER BY name LIMIT ?");
+    CStatement statement(*connection_, select_parts + "WHERE folder = ? AND name > ? AND "
+                                                      "part_is_sound(id, name, material, machine, comment) "
+                                                      "ORDER BY name LIMIT ?");
     std::vector<PartRow> rows;
     PartRow row;
     for (statement.With(folder, after, limit); statement.Next();) {

@@ -43,7 +43,7 @@ bool CSqliteWriter::Create(const QString& file, LibraryProblem& problem)
 std::string CSqliteWriter::EmptyLibrary(LibraryProblem& problem)
 {
     const auto empty = CConnection::Open({}, OpenMode::Create, problem);
-    const std::string image = empty != nullptr ? empty->Image() : std::string();
+    std::string image = empty != nullptr ? empty->Image() : std::string();
     if (image.empty() && !problem) {
         problem = {LibraryFault::NoMemory, {}, {}};
     }

@@ -109,8 +109,6 @@ int Edit(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output
         return output.Fail(problem);
     }
     if (options.dry_run) {
-        writer->Library(); // so that what was gathered is tried
-        problem = writer->Problem();
         writer->Rollback();
     } else if (!writer->Commit()) {
         problem = writer->Problem();

@@ -116,7 +116,7 @@ private:
         return ready;
     }
 
-    void Import(std::set<QString> files)
+    void Import(const std::set<QString>& files)
     {
         LibraryProblem problem;
         if (files.empty() || stop_asked || ImportSome(files, problem)) {
