@@ -54,8 +54,8 @@ bool CDialogFrame::eventFilter(QObject* watched, QEvent* event)
     }
     if (event->type() == QEvent::ShortcutOverride) {
         // Accepting it makes a key press of what would have become a shortcut, or a choice in an open list.
-        const KeyPress press = ToKeyPress(static_cast<QKeyEvent&>(*event));
-        const bool taken = open_list == nullptr ? IsDialogKey(press) : EndsOpenList(press);
+        const auto& key = static_cast<QKeyEvent&>(*event);
+        const bool taken = open_list == nullptr ? IsDialogKey(key) : EndsOpenList(ToKeyPress(key));
         event->setAccepted(taken);
         return taken;
     }

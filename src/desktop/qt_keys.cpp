@@ -2,6 +2,8 @@
 
 #include <QKeyEvent>
 
+#include <algorithm>
+
 namespace partkeep {
 
 namespace {
@@ -38,12 +40,8 @@ int VirtualKey(int key)
     if (letter || digit) {
         return key; // the same numbers in both worlds
     }
-    for (const KeyRow& row : named_keys) {
-        if (row.qt_key == key) {
-            return row.virtual_key;
-        }
-    }
-    return 0;
+    const auto* const row = std::ranges::find(named_keys, key, &KeyRow::qt_key);
+    return row == std::end(named_keys) ? 0 : row->virtual_key;
 }
 
 } // namespace
@@ -58,10 +56,11 @@ KeyPress ToKeyPress(const QKeyEvent& event)
     return {VirtualKey(event.key()), modifiers.testFlag(Qt::ControlModifier), shift};
 }
 
-bool IsDialogKey(const KeyPress& press)
+bool IsDialogKey(const QKeyEvent& event)
 {
-    return press.key == key_return || press.key == key_escape || press.key == key_tab ||
-           (press.key == key_a && press.control);
+    const int key = VirtualKey(event.key());
+    return key == key_return || key == key_escape || key == key_tab ||
+           (key == key_a && event.modifiers().testFlag(Qt::ControlModifier));
 }
 
 } // namespace partkeep

@@ -12,6 +12,6 @@ namespace partkeep {
 [[nodiscard]] KeyPress ToKeyPress(const QKeyEvent& event);
 
 // True for the keys that belong to the dialog wherever the focus is: no shortcut may take them first.
-[[nodiscard]] bool IsDialogKey(const KeyPress& press);
+[[nodiscard]] bool IsDialogKey(const QKeyEvent& event);
 
 } // namespace partkeep

@@ -1,5 +1,7 @@
 #include "desktop/pane/pane_widgets.h"
 
+#include "desktop/qt_keys.h"
+
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QScroller>
@@ -51,7 +53,7 @@ void CServerTree::mouseDoubleClickEvent(QMouseEvent* event)
 
 void CServerTree::keyPressEvent(QKeyEvent* event)
 {
-    if (BelongsToDialog(*event)) {
+    if (IsDialogKey(*event)) {
         event->ignore();
         return;
     }
@@ -97,7 +99,7 @@ CSearchBox::CSearchBox(QWidget* parent) : QLineEdit(parent), clear_(new QToolBut
 // A line edit claims Ctrl+A before it could become anybody's shortcut.
 bool CSearchBox::event(QEvent* event)
 {
-    if (event->type() == QEvent::ShortcutOverride && BelongsToDialog(static_cast<QKeyEvent&>(*event))) {
+    if (event->type() == QEvent::ShortcutOverride && IsDialogKey(static_cast<QKeyEvent&>(*event))) {
         event->ignore();
         return false;
     }
@@ -106,7 +108,7 @@ bool CSearchBox::event(QEvent* event)
 
 void CSearchBox::keyPressEvent(QKeyEvent* event)
 {
-    if (BelongsToDialog(*event)) {
+    if (IsDialogKey(*event)) {
         event->ignore();
         return;
     }

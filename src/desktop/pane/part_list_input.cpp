@@ -1,6 +1,7 @@
 // How the part list takes keys and the mouse.
 
 #include "desktop/pane/part_list_view.h"
+#include "desktop/qt_keys.h"
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
@@ -16,13 +17,6 @@ bool IsPlainPress(const QMouseEvent& event)
 }
 
 } // namespace
-
-bool BelongsToDialog(const QKeyEvent& event)
-{
-    const int key = event.key();
-    return key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Escape || key == Qt::Key_Tab ||
-           key == Qt::Key_Backtab || (key == Qt::Key_A && event.modifiers().testFlag(Qt::ControlModifier));
-}
 
 // A plain press selects at once, on a selected entry too. Nothing is dragged from here, so the base class need not
 // wait for the release, which would tell of one click twice.
@@ -77,7 +71,7 @@ void CPartListView::mouseDoubleClickEvent(QMouseEvent* event)
 
 void CPartListView::keyPressEvent(QKeyEvent* event)
 {
-    if (BelongsToDialog(*event)) {
+    if (IsDialogKey(*event)) {
         event->ignore();
         return;
     }

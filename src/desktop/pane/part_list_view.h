@@ -26,9 +26,6 @@ public:
     virtual void ListPainted() = 0;
 };
 
-// Enter, Escape and Ctrl+A are the dialog's wherever the focus is.
-[[nodiscard]] bool BelongsToDialog(const QKeyEvent& event);
-
 // A frame inside the viewport of a view that has the focus, so that it can be seen from afar.
 void PaintFocus(QAbstractScrollArea& view);
 
