@@ -56,6 +56,7 @@ bool AddSourceFile(const fs::path& file, const ImportOptions& options, SourcePar
     }
     const auto target = TargetOf(path, options, problem);
     if (!target) {
+        problem.subject = problem ? path : QString(); // a name that is refused is told with its place
         report.skipped += path;
         return !problem;
     }
