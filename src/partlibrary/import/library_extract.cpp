@@ -66,6 +66,7 @@ public:
 
     bool Folder(const FolderRow& folder)
     {
+        report_.empty_folders += folder.parts == 0 && !folder.has_folders && !folder.path.isEmpty() ? 1 : 0;
         const auto part = [&](const PartRow& row) { return Part(folder.path, row); };
         return ForEachPart(library_, folder.id, part) || (!problem_ && Refuse(library_.Problem()));
     }
@@ -115,6 +116,7 @@ private:
                                : options_.folder.isEmpty() ? path
                                                            : path.sliced(options_.folder.size() + 1);
         ++report_.parts;
+        report_.bare_parts += part.slots == 0 ? 1 : 0;
         if (options_.progress && !options_.progress(report_.parts, 0)) {
             return Refuse(LibraryFault::Stopped, {});
         }

@@ -83,7 +83,7 @@ bool TellNames(IPartLibrary& library, const FolderRow& folder, CToolOutput& outp
     const auto tell = [&](const QString& name, bool of_folder) {
         const QString path =
             JoinPath(folder.path, name).replace(u'\\', u'/') + (of_folder ? QStringLiteral("/") : QString());
-        output.Tell("name", Printable(path), {{QStringLiteral("path"), path}});
+        output.Tell("name", Printable(path), {{QStringLiteral("path"), QString(path).replace(u'/', u'\\')}});
         return true;
     };
     const auto inside = library.Folders(folder.path);
