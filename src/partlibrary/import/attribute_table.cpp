@@ -93,12 +93,22 @@ bool Refuse(LibraryProblem& problem, int line, const QString& reason)
     return false;
 }
 
+bool StoreFiles(AttributeRow& row, const QString& field, LibraryProblem& problem)
+{
+    bool number = field.isEmpty();
+    row.files = number ? std::nullopt : std::optional(qsizetype{field.toUShort(&number)});
+    return number || Refuse(problem, row.line, QStringLiteral("no number of files: ") + field);
+}
+
 bool StoreField(AttributeRow& row, const QString& column, const QString& field, LibraryProblem& problem)
 {
     if (column == QLatin1String("thickness")) {
         const auto thickness = field.isEmpty() ? 0 : ParseThickness(field);
         row.attributes.thickness = thickness.value_or(0);
         return thickness.has_value() || Refuse(problem, row.line, QStringLiteral("no thickness: ") + field);
+    }
+    if (column == QLatin1String("files")) {
+        return StoreFiles(row, field, problem);
     }
     const std::pair<const char*, QString*> texts[] = {{"folder", &row.folder},
                                                       {"part", &row.part},
@@ -127,7 +137,8 @@ bool ReadRow(const TableRecord& record, const QStringList& columns, AttributeRow
         }
     }
     row.folder.replace(u'/', u'\\');
-    return !row.part.isEmpty() || Refuse(problem, record.line, QStringLiteral("no part name"));
+    const bool folder_alone = !row.folder.isEmpty() && row.files.value_or(0) == 0 && row.attributes == PartAttributes{};
+    return !row.part.isEmpty() || folder_alone || Refuse(problem, record.line, QStringLiteral("no part name"));
 }
 
 bool IsBlank(const TableRecord& record)

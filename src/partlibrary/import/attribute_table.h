@@ -1,6 +1,6 @@
 // The table of attributes that goes with an import: comma-separated text (RFC 4180) in UTF-8 with a header
 // line. Columns, in any order and in any letter case: `part`, and if wanted `folder`, `thickness`, `material`,
-// `machine`, `comment`; any other column is an error, since it is more likely a slip than meant to be lost.
+// `machine`, `comment`, `files`; any other column is an error, since it is more likely a slip than meant to be lost.
 #pragma once
 
 #include "partlibrary/library/library_problem.h"
@@ -19,8 +19,9 @@ namespace partkeep {
 struct AttributeRow {
     int line = 0;
     QString folder; // relative to the folder that is imported
-    QString part;
+    QString part;   // empty for a line that stands for the folder alone
     PartAttributes attributes;
+    std::optional<qsizetype> files; // how many the part has, where the table tells
 };
 
 struct AttributeTable {

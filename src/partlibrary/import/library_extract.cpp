@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <filesystem>
 #include <system_error>
 #include <vector>
@@ -61,13 +62,16 @@ public:
         }
         return (table_.open(QIODevice::WriteOnly | QIODevice::NewOnly) || RefuseFile(table_)) &&
                PutLine({QStringLiteral("folder"), QStringLiteral("part"), QStringLiteral("thickness"),
-                        QStringLiteral("material"), QStringLiteral("machine"), QStringLiteral("comment")});
+                        QStringLiteral("material"), QStringLiteral("machine"), QStringLiteral("comment"),
+                        QStringLiteral("files")});
     }
 
     bool Folder(const FolderRow& folder)
     {
-        report_.empty_folders += folder.parts == 0 && !folder.has_folders && !folder.path.isEmpty() ? 1 : 0;
-        const auto part = [&](const PartRow& row) { return Part(folder.path, row); };
+        if (folder.parts == 0 && !folder.has_folders && !Inside(folder.path).isEmpty()) {
+            return options_.dry_run || EmptyFolder(Inside(folder.path));
+        }
+        const auto part = [&](const PartRow& row) { return Part(Inside(folder.path), row); };
         return ForEachPart(library_, folder.id, part) || (!problem_ && Refuse(library_.Problem()));
     }
 
@@ -110,21 +114,30 @@ private:
         return table_.write(line.data(), static_cast<qint64>(line.size())) >= 0 || RefuseFile(table_);
     }
 
-    bool Part(const QString& path, const PartRow& part)
+    [[nodiscard]] QString Inside(const QString& path) const
     {
-        const QString inside = path == options_.folder     ? QString()
-                               : options_.folder.isEmpty() ? path
-                                                           : path.sliced(options_.folder.size() + 1);
+        return path == options_.folder     ? QString()
+               : options_.folder.isEmpty() ? path
+                                           : path.sliced(options_.folder.size() + 1);
+    }
+
+    bool EmptyFolder(const QString& inside)
+    {
+        MakeFolder(inside);
+        return PutLine({inside, {}, {}, {}, {}, {}, {}});
+    }
+    bool Part(const QString& inside, const PartRow& part)
+    {
         ++report_.parts;
-        report_.bare_parts += part.slots == 0 ? 1 : 0;
         if (options_.progress && !options_.progress(report_.parts, 0)) {
             return Refuse(LibraryFault::Stopped, {});
         }
         if (options_.dry_run) {
             return Count(part);
         }
-        return CopyFiles(inside, part) && PutLine({inside, part.name, QString::number(part.thickness / 10000.0, 'f', 4),
-                                                   part.material, part.machine, part.comment});
+        return CopyFiles(inside, part) &&
+               PutLine({inside, part.name, QString::number(part.thickness / 10000.0, 'f', 4), part.material,
+                        part.machine, part.comment, QString::number(std::popcount(part.slots))});
     }
     bool Count(const PartRow& part)
     {
@@ -139,14 +152,21 @@ private:
         return true;
     }
 
-    bool CopyFiles(const QString& inside, const PartRow& part)
+    // Where that fails, the first file in it tells why.
+    fs::path MakeFolder(const QString& inside)
     {
-        std::error_code error;
-        const fs::path folder = folder_ / ToUtf8(QString(inside).replace(u'\\', u'/'));
+        std::error_code ignored;
+        fs::path folder = folder_ / ToUtf8(QString(inside).replace(u'\\', u'/'));
         if (made_ != folder) {
-            fs::create_directories(folder, error);
+            fs::create_directories(folder, ignored);
             made_ = folder;
         }
+        return folder;
+    }
+
+    bool CopyFiles(const QString& inside, const PartRow& part)
+    {
+        const fs::path folder = MakeFolder(inside);
         QFile file;
         const auto sink = [&](FileSlot slot, std::span<const char> block) {
             const QString path = FromUtf8((folder / ToUtf8(part.name + FromWide(KindOf(slot).import_end))).string());

@@ -1,5 +1,5 @@
 // The way back: a library, or a folder of it, as a folder of files with a table of attributes, so that importing the
-// one with the other gives the same parts.
+// one with the other gives the same folders and parts.
 #pragma once
 
 #include "partlibrary/library/library_admin.h"
@@ -23,8 +23,6 @@ struct ExtractReport {
     qint64 parts = 0;
     qint64 files = 0;
     qint64 bytes = 0;
-    qint64 bare_parts = 0;    // without a file: an import makes none
-    qint64 empty_folders = 0; // without parts and folders: nothing is written of them
 };
 
 // The folder appears when it is whole, then the table. False on failure, with the reason: Busy where the library was

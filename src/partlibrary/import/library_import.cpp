@@ -9,6 +9,7 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <system_error>
@@ -34,13 +35,14 @@ struct SourcePart {
     std::optional<PartAttributes> attributes;
 };
 
-using SourceParts = std::map<PartKey, SourcePart>;
+using SourceParts = std::map<PartKey, SourcePart>; // one without a name stands for its folder alone
 
 // Names are looked at before anything is written.
 bool CheckSource(const QString& folder, const QString& part, LibraryProblem& problem)
 {
     const NameFault of_folder = CheckFolderPath(folder);
-    const NameFault fault = of_folder != NameFault::None ? of_folder : CheckName(part);
+    const NameFault of_part = part.isEmpty() ? NameFault::None : CheckName(part);
+    const NameFault fault = of_folder != NameFault::None ? of_folder : of_part;
     if (fault != NameFault::None) {
         problem = {LibraryFault::NameRefused, of_folder != NameFault::None ? folder : part, NameFaultText(fault)};
     }
@@ -90,6 +92,39 @@ bool CollectFiles(const ImportOptions& options, SourceParts& parts, ImportReport
     return true;
 }
 
+// A part of which no file came is taken for a slip, unless the table says that it has none.
+bool AddRow(const AttributeRow& row, const ImportOptions& options, SourceParts& parts, LibraryProblem& problem)
+{
+    const auto refuse = [&](const QString& reason) {
+        problem = {LibraryFault::BadInput, QStringLiteral("line %1").arg(row.line), reason};
+        return false;
+    };
+    const PartKey key(JoinPath(options.target, FolderPath(row.folder)), row.part);
+    if (row.part.isEmpty() || row.files == 0) {
+        if (!CheckSource(key.first, key.second, problem)) {
+            problem.subject = QStringLiteral("line %1, ").arg(row.line) + problem.subject;
+            return false;
+        }
+        parts.try_emplace(key);
+    }
+    const auto part = parts.find(key);
+    if (part == parts.end()) {
+        return refuse(QStringLiteral("no file of a part ") + row.part);
+    }
+    if (part->second.attributes) {
+        return refuse(QStringLiteral("a second line for ") + (row.part.isEmpty()
+                                                                  ? QStringLiteral("the folder ") + row.folder
+                                                                  : QStringLiteral("the part ") + row.part));
+    }
+    const auto files = static_cast<qsizetype>(part->second.files.size());
+    if (row.files.value_or(files) != files) {
+        return refuse(
+            QStringLiteral("%1 files of the part %2 in place of %3").arg(files).arg(row.part).arg(*row.files));
+    }
+    part->second.attributes = row.attributes;
+    return true;
+}
+
 bool AddAttributes(const ImportOptions& options, SourceParts& parts, LibraryProblem& problem)
 {
     if (options.attribute_table.isEmpty()) {
@@ -99,19 +134,10 @@ bool AddAttributes(const ImportOptions& options, SourceParts& parts, LibraryProb
     if (!table) {
         return false;
     }
-    for (const AttributeRow& row : table->rows) {
-        const auto part = parts.find({JoinPath(options.target, FolderPath(row.folder)), row.part});
-        if (part == parts.end()) {
-            problem = {LibraryFault::BadInput, options.attribute_table + QStringLiteral(", line %1").arg(row.line),
-                       QStringLiteral("no file of a part ") + row.part};
-            return false;
-        }
-        if (part->second.attributes) {
-            problem = {LibraryFault::BadInput, options.attribute_table + QStringLiteral(", line %1").arg(row.line),
-                       QStringLiteral("a second line for the part ") + row.part};
-            return false;
-        }
-        part->second.attributes = row.attributes;
+    const auto add = [&](const AttributeRow& row) { return AddRow(row, options, parts, problem); };
+    if (!std::all_of(table->rows.begin(), table->rows.end(), add)) {
+        problem.subject = options.attribute_table + QStringLiteral(", ") + problem.subject;
+        return false;
     }
     return true;
 }
@@ -187,6 +213,9 @@ bool PutParts(ILibraryWriter& writer, const ImportOptions& options, SourceParts&
     }
     for (const auto& [key, source] : parts) {
         const auto folder = writer.MakeFolder(key.first);
+        if (folder && key.second.isEmpty()) {
+            continue;
+        }
         const auto part = folder ? writer.PutPart(*folder, key.second, source.attributes) : std::nullopt;
         bool put = part.has_value();
         for (const auto& [slot, file] : source.files) {

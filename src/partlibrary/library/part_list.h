@@ -30,6 +30,8 @@ struct PartAttributes {
     QString material;
     QString machine;
     QString comment;
+
+    friend bool operator==(const PartAttributes&, const PartAttributes&) = default;
 };
 
 enum class PartColumn : std::uint8_t { Name, Thickness, Material, Machine, Comment };

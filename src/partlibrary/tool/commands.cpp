@@ -50,7 +50,7 @@ class CCommandLine {
 public:
     CCommandLine()
     {
-        app_.require_subcommand(1);
+        app_.require_subcommand(0, 1);
         app_.fallthrough();
         app_.set_version_flag("--version", "partkeep-library " PARTKEEP_VERSION);
         app_.add_option("--code-page", options_.code_page, "System code page that names must fit")
@@ -64,23 +64,33 @@ public:
 
     int Run(int argc, const char* const* argv, const ToolStreams& streams)
     {
-        if (const int wrong = RefuseCommand(argc, argv, streams); wrong != 0) {
-            return wrong;
+        const bool json = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
+        CToolOutput output(streams, json);
+        if (argc < 2) {
+            streams.err << app_.help();
+            return static_cast<int>(ToolEnd::CommandLine);
+        }
+        if (const QString wrong = WrongCommand(argv[1]); !wrong.isEmpty()) {
+            return output.Misunderstand(wrong);
         }
         try {
             app_.parse(argc, argv);
+        } catch (const CLI::Success& asked) {
+            return app_.exit(asked, streams.out, streams.err); // help, or the version
         } catch (const CLI::ParseError& error) {
-            return app_.exit(error, streams.out, streams.err) == 0 ? 0 : static_cast<int>(ToolEnd::CommandLine);
+            return output.Misunderstand(FromUtf8(error.what()));
         }
-        CToolOutput output(streams, options_.json);
+        const auto chosen = std::find_if(commands_.begin(), commands_.end(),
+                                         [](const auto& command) { return command.first->parsed(); });
+        if (chosen == commands_.end()) {
+            return output.Misunderstand(QStringLiteral("no command"));
+        }
         if (WidenText("+", options_.code_page) != u"+") { // UTF-7, which no system has, writes it otherwise
             return output.Fail({LibraryFault::BadInput, QString::number(options_.code_page),
                                 QStringLiteral("no code page of a system")});
         }
         SetSystemCodePage(options_.code_page);
         CSqliteAdmin library(FromUtf8(options_.library));
-        const auto chosen = std::find_if(commands_.begin(), commands_.end(),
-                                         [](const auto& command) { return command.first->parsed(); });
         return chosen->second(library, options_, output);
     }
 
@@ -160,28 +170,20 @@ private:
         });
     }
 
-    // Told in plain words before the parser sees it.
-    int RefuseCommand(int argc, const char* const* argv, const ToolStreams& streams) const
+    // What to tell of one that is none, in plain words and before the parser sees it.
+    QString WrongCommand(const std::string& word) const
     {
-        if (argc < 2) {
-            streams.err << app_.help();
-            return static_cast<int>(ToolEnd::CommandLine);
-        }
-        const std::string word = argv[1];
         const auto is_word = [&word](const auto& command) { return command.first->get_name() == word; };
         if (word.starts_with('-') || std::any_of(commands_.begin(), commands_.end(), is_word)) {
-            return 0;
+            return {};
         }
         const auto nearest =
             std::min_element(commands_.begin(), commands_.end(), [&word](const auto& a, const auto& b) {
                 return Distance(word, a.first->get_name()) < Distance(word, b.first->get_name());
             });
-        streams.err << "partkeep-library: there is no command \"" << Printable(FromUtf8(word)) << '"';
-        if (Distance(word, nearest->first->get_name()) <= 2) {
-            streams.err << ", but one \"" << nearest->first->get_name() << '"';
-        }
-        streams.err << "; --help tells all\n";
-        return static_cast<int>(ToolEnd::CommandLine);
+        const QString unknown = QStringLiteral("there is no command \"") + FromUtf8(word) + u'"';
+        const std::string& name = nearest->first->get_name();
+        return Distance(word, name) > 2 ? unknown : unknown + QStringLiteral(", but one \"") + FromUtf8(name) + u'"';
     }
 
     ToolOptions options_;

@@ -259,6 +259,9 @@ bool SetByTable(CEdit& edit)
     edit.Expect(table->rows.size());
     const QString inside = CPlacePattern(FromUtf8(edit.Options().folder)).Text();
     return std::all_of(table->rows.begin(), table->rows.end(), [&](const AttributeRow& row) {
+        if (row.part.isEmpty()) {
+            return true;
+        }
         const QString folder = JoinPath(inside, FolderPath(row.folder));
         const auto part = edit.Writer().Library().FindPart(folder, row.part);
         if (!part) {

@@ -85,9 +85,18 @@ void CToolOutput::Warn(const char* event, const QString& text, QJsonObject field
 
 int CToolOutput::Fail(const LibraryProblem& problem)
 {
-    const ToolEnd end = EndOf(problem.fault);
-    Warn("error", FromUtf8(ProblemText(problem)),
-         {{QStringLiteral("reason"), QLatin1String(EventOfEnd(end))}, {QStringLiteral("subject"), problem.subject}});
+    return End(EndOf(problem.fault), FromUtf8(ProblemText(problem)), problem.subject);
+}
+
+int CToolOutput::Misunderstand(const QString& text)
+{
+    return End(ToolEnd::CommandLine, text + QStringLiteral("; --help tells all"), {});
+}
+
+int CToolOutput::End(ToolEnd end, const QString& text, const QString& subject)
+{
+    Warn("error", text,
+         {{QStringLiteral("reason"), QLatin1String(EventOfEnd(end))}, {QStringLiteral("subject"), subject}});
     return static_cast<int>(end);
 }
 

@@ -51,12 +51,15 @@ public:
     // The same as a line of trouble: on the error stream, unless it is an object.
     void Warn(const char* event, const QString& text, QJsonObject fields);
     [[nodiscard]] int Fail(const LibraryProblem& problem);
+    // For a command line that cannot be understood.
+    [[nodiscard]] int Misunderstand(const QString& text);
 
     [[nodiscard]] bool Json() const { return json_; }
     // For work in `unit`, such as "parts".
     [[nodiscard]] WorkProgress Progress(const char* unit);
 
 private:
+    int End(ToolEnd end, const QString& text, const QString& subject);
     using Clock = std::chrono::steady_clock;
     void ShowProgress(const char* unit, qint64 done, qint64 total, Clock::time_point began);
     void ClearProgress();

@@ -76,13 +76,6 @@ int ExtractParts(ILibraryAdmin& library, const ToolOptions& options, CToolOutput
     if (!ExtractLibrary(*open, extract, report, problem)) {
         return output.Fail(problem);
     }
-    if (report.bare_parts + report.empty_folders > 0) {
-        output.Warn("warning",
-                    QStringLiteral("an import will not bring back %1 parts without a file and %2 empty folders")
-                        .arg(report.bare_parts)
-                        .arg(report.empty_folders),
-                    {});
-    }
     output.Tell("done",
                 Deed(options, "extracted " + std::to_string(report.parts) + " parts with " +
                                   std::to_string(report.files) + " files"),
