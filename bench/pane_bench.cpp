@@ -5,6 +5,7 @@
 #include "desktop/pane/pane_widgets.h"
 #include "partlibrary/sqlite/sqlite_library.h"
 #include "partlibrary/sqlite/sqlite_writer.h"
+#include "tests/desktop/own_child.h"
 
 #include <benchmark/benchmark.h>
 
@@ -121,7 +122,7 @@ public:
         QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, text);
         QCoreApplication::sendEvent(&Search(), &event);
     }
-    [[nodiscard]] CSearchBox& Search() { return *pane_.findChild<CSearchBox*>(); }
+    [[nodiscard]] CSearchBox& Search() { return OwnChild<CSearchBox>(pane_); }
     [[nodiscard]] CBrowserPane& Pane() { return pane_; }
     [[nodiscard]] CBrowserSession& Session() { return *session_; }
 

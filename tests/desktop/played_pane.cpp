@@ -29,7 +29,7 @@ void ClickRow(CBrowserPane& pane, int row, Qt::KeyboardModifiers modifiers)
 
 void ClickInTree(CBrowserPane& pane, const QString& server, const QString& name)
 {
-    auto& tree = *pane.findChild<CServerTree*>();
+    auto& tree = OwnChild<CServerTree>(pane);
     const QAbstractItemModel& model = *tree.model();
     for (const QModelIndex& index :
          model.match(model.index(0, 0), Qt::DisplayRole, name, -1, Qt::MatchExactly | Qt::MatchRecursive)) {

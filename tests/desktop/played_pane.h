@@ -5,6 +5,7 @@
 #include "controls/kpd_key_manager.h"
 #include "desktop/pane/browser_pane.h"
 #include "desktop/pane/pane_widgets.h"
+#include "tests/desktop/own_child.h"
 #include "tests/desktop/played_user.h"
 #include "tests/partlibrary/library_fixture.h"
 
@@ -36,8 +37,8 @@ public:
     [[nodiscard]] std::string Selected(); // "P1 P10": in the order of the contract
     [[nodiscard]] std::string Shown() { return ShownIn(*pane); }
     [[nodiscard]] std::string ProblemLine(); // empty while it is hidden
-    [[nodiscard]] CServerTree& Tree() { return *pane->findChild<CServerTree*>(); }
-    [[nodiscard]] CSearchBox& Search() { return *pane->findChild<CSearchBox*>(); }
+    [[nodiscard]] CServerTree& Tree() { return OwnChild<CServerTree>(*pane); }
+    [[nodiscard]] CSearchBox& Search() { return OwnChild<CSearchBox>(*pane); }
     [[nodiscard]] CPartListView& List() { return pane->List(); }
     [[nodiscard]] QHeaderView& Header() { return pane->List().Header(); }
 
