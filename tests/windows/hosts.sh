@@ -89,6 +89,7 @@ $name\\CLSID (Default)=$id
 $name.1 (Default)=PartkeepReadImpl Class
 $name.1\\CLSID (Default)=$id
 $library\\1.0 (Default)=ORVICPartkeepRead 1.0 Type Library" "$(keys | head -9)"
+expect "the help folder" "$(windows_path "$work/it's here/")" "$(keys | sed -n 's/.*HELPDIR (Default)=//p')"
 keys >"$work/once"
 run reg add "HKCR\\CLSID\\$id\\Stale" /ve /d x /f >/dev/null
 run regsvr32 /s "$quoted" || fail "the component does not register twice"

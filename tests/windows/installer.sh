@@ -24,14 +24,15 @@ fail() {
 expect() { # label, wanted, got
     [ "$2" = "$3" ] || fail "$1: $(diff <(echo "$2") <(echo "$3") || true)"
 }
-# The component's keys, each with its values, the folder of the library aside. Wine registers a type library with flags of
-# its own, and a folder that an installer names ends with its separator.
+# The component's keys in its own view, and its interface in the other, each with its values, the folder of the library
+# aside. Wine registers a type library with flags of its own.
 keys() {
-    for key in "CLSID\\$class" $name $name.1 'TypeLib\{74326502-FEC5-428A-B215-C365ABB0259E}' \
-        'Interface\{F5777EAD-E617-4689-A20B-C008B5944572}'; do
+    local interface='Interface\{F5777EAD-E617-4689-A20B-C008B5944572}'
+    for key in "CLSID\\$class" $name $name.1 'TypeLib\{74326502-FEC5-428A-B215-C365ABB0259E}' "$interface" \
+        "Wow6432Node\\$interface"; do
         run reg query "HKCR\\$key" /s || true
     done | sed -n "s/^HKEY_CLASSES_ROOT\\\\//p; s/^ *\\((Default)\\|[A-Z].*\\)    REG_SZ    /  \\1=/p" | sed -z 's/\n  / /g' |
-        sed -e '/FLAGS/s/=.*/=flags/' -e 's/=[A-Z]:.*\\ORVICPartkeepRead.DLL/=library/' -e '/HELPDIR/s/=.*/=folder/' | sort
+        sed -e '/FLAGS/s/=.*/=flags/' -e 's/=[A-Z]:.*\\ORVICPartkeepRead.DLL/=library/' -e '/HELPDIR/s/=[A-Z]:.*\\$/=folder/' | sort
 }
 whole_registry() { # but for what Wine remembers of any installer
     local file="$work/registry"
@@ -81,12 +82,22 @@ expect "the registry behind the removal" "$(cat "$work/before")" "$(cat "$work/a
 # Both widths at once: what they share outlasts the first to go. Wine keeps apart for each width what Windows has once, so
 # that the second leaves here what it would take along there.
 if [ "$bits" = 64 ]; then
+    newer="$(windows_path "$top/build/msi/PartkeepRead-$release-64.msi")"
     narrow="$(windows_path "$top/build/msi/PartkeepRead-$release-32.msi")"
-    install /i "$newer"
-    install /i "$narrow"
-    install /x "$newer"
-    expect "the shared program id" $name.1 "$(keys | grep -o "^$name.1 " | tr -d ' ')"
-    install /x "$narrow"
-    for key in $name $name.1; do run reg delete "HKCR\\$key" /f >/dev/null; done
+    for gone in "$newer" "$narrow"; do
+        install /i "$newer"
+        install /i "$narrow"
+        install /x "$gone"
+        if [ "$gone" = "$narrow" ]; then
+            expect "keys of the width that stays" "$(cat "$work/wanted")" "$(keys)"
+            install /x "$newer"
+        else
+            expect "the shared program id and interface" "$name.1 Wow6432Node\\Interface" \
+                "$(keys | grep -o "^$name.1 \|^Wow6432Node.Interface" | tr -d ' ' | uniq | paste -sd' ')"
+            install /x "$narrow"
+        fi
+        for key in $name $name.1; do run reg delete "HKCR\\$key" /f >/dev/null || true; done
+        expect "keys behind both" "" "$(keys)"
+    done
 fi
 echo "installer: installed, upgraded, repaired and removed, $bits bit"

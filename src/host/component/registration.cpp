@@ -76,7 +76,7 @@ HRESULT RegisterTypes(const std::wstring& module_path)
     if (FAILED(status)) {
         return status;
     }
-    std::wstring help_folder = UpToLast(path, L'\\');
+    std::wstring help_folder = path.substr(0, path.rfind(L'\\') + 1); // a drive alone would be its current folder
     return RegisterTypeLib(library.Get(), path.data(), help_folder.data());
 }
 
