@@ -58,14 +58,25 @@ run regsvr32 /s /u "$component" || fail "the component does not unregister"
 whole_registry >"$work/before"
 [ "$(wc -l <"$work/before")" -gt 1000 ] || fail "the registry was not read"
 
+printf 'WScript.Echo CreateObject("Scripting.FileSystemObject").GetFileVersion("%s")\n' "$(windows_path "$component")" \
+    >"$work/version.vbs"
+expect "the library's number" "$(run cscript //nologo "$(windows_path "$work/version.vbs")")" \
+    "$(msiinfo export "$top/build/msi/PartkeepRead-$release-$bits.msi" File | awk -F'\t' '/^ComponentFile/ { print $5 }')"
+
 install /i "$older"
 expect "keys behind the older release" "$(cat "$work/wanted")" "$(keys)"
 hosts_work "installed"
+install /i "$newer"
+cp "$top/build/msi/PartkeepRead-$release-$bits.msi" "$work/again.msi" # as another build of the release has it
+msibuild "$work/again.msi" -q "UPDATE Property SET Value='{11111111-2222-4333-8444-555555555555}' WHERE Property='ProductCode'"
+newer="$(windows_path "$work/again.msi")"
 install /i "$newer"
 expect "keys behind the upgrade" "$(cat "$work/wanted")" "$(keys)"
 expect "releases installed" 1 "$(run reg query 'HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall' /s |
     grep -c 'DisplayName.*Partkeep Read')"
 hosts_work "upgraded"
+run msiexec /i "$older" /qn && fail "an older release goes over a later one"
+expect "keys behind what was refused" "$(cat "$work/wanted")" "$(keys)"
 folder=$(find "$WINEPREFIX/drive_c" -type d -name 'Partkeep Read')
 run reg delete "HKCR\\CLSID\\$class" /f >/dev/null
 run reg delete "HKCR\\$name" /f >/dev/null
