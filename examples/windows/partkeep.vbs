@@ -44,5 +44,5 @@ Sub ReadPart(server, folder, part)
     Dim path, name, comment, material, thickness, quantity
     host.ReadCADDataForTessara server, folder, part, "", path, name, comment, material, thickness, quantity
     WScript.Echo name & vbTab & quantity & vbTab & material & vbTab & thickness & vbTab & path
-    If name = "" Then WScript.Quit 1
+    If name = "" Then WScript.Quit 3 ' a number that no trouble of the script host's own has
 End Sub
