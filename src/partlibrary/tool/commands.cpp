@@ -117,7 +117,8 @@ private:
             ->default_val(2);
         watch.add_flag("--once", options_.once, "End when what is there has been imported");
         CLI::App& extract = Add("extract", "Write the parts out as an import reads them", ExtractParts);
-        extract.add_option("folder", options_.other, "The folder to make")->required();
+        // Newer releases of the parser want a name of its own for each, with dashes or without.
+        extract.add_option("target", options_.other, "The folder to make")->required();
         extract.add_option("--folder", options_.folder, "Only this folder of the library and those inside it");
         extract.add_option("--csv", options_.table, "Where the table of attributes goes (<folder>.csv)");
         CLI::App& backup = Add("backup", "Copy the library while it is in use", BackUp);
