@@ -14,6 +14,7 @@
 #include <array>
 #include <bit>
 #include <filesystem>
+#include <numeric>
 #include <system_error>
 #include <vector>
 
@@ -37,7 +38,7 @@ public:
         std::error_code ignored;
         if (begun_) {
             fs::remove_all(folder_, ignored);
-            table_.remove();
+            fs::remove(ToUtf8(table_.fileName()), ignored); // QFile's own leaves a file that a full disk does not take
         }
     }
     CExtraction(const CExtraction&) = delete;
@@ -60,12 +61,17 @@ public:
         if (!begun_) {
             return Refuse(LibraryFault::WriteFailed, options_.target, FromUtf8(error.message()));
         }
-        return (table_.open(QIODevice::WriteOnly | QIODevice::NewOnly) || RefuseFile(table_)) &&
+        return (table_.open(QIODevice::WriteOnly | QIODevice::NewOnly) || RefuseTable()) &&
                PutLine({QStringLiteral("folder"), QStringLiteral("part"), QStringLiteral("thickness"),
                         QStringLiteral("material"), QStringLiteral("machine"), QStringLiteral("comment"),
                         QStringLiteral("files")});
     }
 
+    void Expect(const std::vector<FolderRow>& folders)
+    {
+        total_ = std::accumulate(folders.begin(), folders.end(), qint64{0},
+                                 [](qint64 sum, const FolderRow& folder) { return sum + folder.parts; });
+    }
     bool Folder(const FolderRow& folder)
     {
         if (folder.parts == 0 && !folder.has_folders && !Inside(folder.path).isEmpty()) {
@@ -81,7 +87,7 @@ public:
             return true;
         }
         if (!table_.flush()) {
-            return RefuseFile(table_);
+            return RefuseTable();
         }
         table_.close();
         std::error_code error;
@@ -90,7 +96,7 @@ public:
             return Refuse(LibraryFault::WriteFailed, options_.target, FromUtf8(error.message()));
         }
         begun_ = false;
-        return table_.rename(options_.table) || RefuseFile(table_);
+        return table_.rename(options_.table) || RefuseTable();
     }
 
     bool Refuse(LibraryProblem problem)
@@ -104,14 +110,11 @@ private:
     {
         return Refuse(LibraryProblem{fault, subject, detail});
     }
-    bool RefuseFile(const QFile& file)
-    {
-        return Refuse(LibraryFault::WriteFailed, file.fileName(), file.errorString());
-    }
+    bool RefuseTable() { return Refuse(LibraryFault::WriteFailed, options_.table, table_.errorString()); }
     bool PutLine(const QStringList& fields)
     {
         const std::string line = TableLine(fields);
-        return table_.write(line.data(), static_cast<qint64>(line.size())) >= 0 || RefuseFile(table_);
+        return table_.write(line.data(), static_cast<qint64>(line.size())) >= 0 || RefuseTable();
     }
 
     [[nodiscard]] QString Inside(const QString& path) const
@@ -129,7 +132,7 @@ private:
     bool Part(const QString& inside, const PartRow& part)
     {
         ++report_.parts;
-        if (options_.progress && !options_.progress(report_.parts, 0)) {
+        if (options_.progress && !options_.progress(report_.parts, total_)) {
             return Refuse(LibraryFault::Stopped, {});
         }
         if (options_.dry_run) {
@@ -195,6 +198,7 @@ private:
     fs::path folder_;
     QFile table_;
     fs::path made_;
+    qint64 total_ = 0;
     bool begun_ = false;
 };
 
@@ -209,6 +213,7 @@ bool ExtractLibrary(IPartLibrary& library, const ExtractOptions& options, Extrac
     if (!folders) {
         return !problem && extraction.Refuse(library.Problem());
     }
+    extraction.Expect(*folders);
     if (!std::all_of(folders->begin(), folders->end(), [&](const FolderRow& row) { return extraction.Folder(row); })) {
         return false;
     }

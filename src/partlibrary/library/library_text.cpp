@@ -6,16 +6,12 @@
 
 namespace partkeep {
 
-namespace {
-
-// Line and paragraph ends and what turns the direction of writing, beside the control characters proper.
-bool IsControl(char16_t unit)
+bool IsControlOfTerminal(QChar shown)
 {
+    const char16_t unit = shown.unicode();
     return unit < u' ' || (unit >= 0x7F && unit <= 0x9F) || (unit >= 0x2028 && unit <= 0x202E) ||
            (unit >= 0x2066 && unit <= 0x2069);
 }
-
-} // namespace
 
 // Most texts of a library are ASCII.
 QString FromUtf8(std::string_view text)
@@ -35,7 +31,7 @@ std::string Printable(QStringView text)
 {
     std::u16string shown;
     for (const char16_t unit : ViewOf(text)) {
-        if (!IsControl(unit)) {
+        if (!IsControlOfTerminal(unit)) {
             shown += unit;
             continue;
         }

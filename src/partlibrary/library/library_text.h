@@ -33,6 +33,8 @@ namespace partkeep {
 [[nodiscard]] QString FromUtf8(std::string_view text);
 [[nodiscard]] std::string ToUtf8(QStringView text);
 
+// Control characters, line and paragraph ends, and what turns the direction of writing.
+[[nodiscard]] bool IsControlOfTerminal(QChar unit);
 // The same with every control character written out, for a terminal: "\x1B".
 [[nodiscard]] std::string Printable(QStringView text);
 

@@ -101,7 +101,7 @@ std::optional<LibraryRepair> CSqliteAdmin::Repair(bool dry_run, const WorkProgre
 {
     LibraryRepair repair;
     LibraryProblem unreadable;
-    const auto check = CheckLibrary(file_, {}, unreadable);
+    const auto check = CheckLibrary(file_, progress, unreadable);
     if (check && check->findings.isEmpty()) {
         repair.kept = *check;
         return repair;
@@ -117,7 +117,7 @@ std::optional<LibraryRepair> CSqliteAdmin::Repair(bool dry_run, const WorkProgre
         return std::nullopt;
     }
     const auto held = SalvageLibrary(file_, fresh->File(), progress, repair, problem);
-    const auto made = held != nullptr ? CheckLibrary(fresh->File(), {}, problem) : std::nullopt;
+    const auto made = held != nullptr ? CheckLibrary(fresh->File(), progress, problem) : std::nullopt;
     if (!made) {
         return std::nullopt;
     }

@@ -45,9 +45,9 @@ private:
 
 class CComparison {
 public:
-    CComparison(IPartLibrary& first, IPartLibrary& second, const std::function<bool(const PartDifference&)>& each,
-                LibraryProblem& problem)
-        : first_(first), second_(second), each_(each), problem_(problem)
+    CComparison(IPartLibrary& first, IPartLibrary& second, const std::function<void(const PartDifference&)>& each,
+                const WorkProgress& progress, LibraryProblem& problem)
+        : first_(first), second_(second), each_(each), progress_(progress), problem_(problem)
     {
     }
 
@@ -59,6 +59,7 @@ public:
         }
         for (const FolderRow& folder : *folders) {
             ids_[folder.path].first = folder.id;
+            total_ += folder.parts;
         }
         folders = AllFolders(second_);
         if (!folders) {
@@ -66,10 +67,14 @@ public:
         }
         for (const FolderRow& folder : *folders) {
             ids_[folder.path].second = folder.id;
+            total_ += folder.parts;
         }
         for (const auto& [path, ids] : ids_) {
             const bool in_both = ids.first != 0 && ids.second != 0;
-            if (!(in_both || Tell({path + u'\\', {}, ids.first != 0})) || !Folder(path, ids.first, ids.second)) {
+            if (!in_both) {
+                each_({path + u'\\', {}, ids.first != 0});
+            }
+            if (!Folder(path, ids.first, ids.second)) {
                 return false;
             }
         }
@@ -82,9 +87,10 @@ private:
         problem_ = library.Problem();
         return false;
     }
-    bool Tell(const PartDifference& difference)
+    bool Advance(qint64 parts)
     {
-        problem_ = each_(difference) ? LibraryProblem() : LibraryProblem{LibraryFault::Stopped, {}, {}};
+        done_ += parts;
+        problem_ = progress_(done_, total_) ? LibraryProblem() : LibraryProblem{LibraryFault::Stopped, {}, {}};
         return !problem_;
     }
 
@@ -99,9 +105,12 @@ private:
             const int order = left == nullptr    ? 1
                               : right == nullptr ? -1
                                                  : ToUtf8(left->name).compare(ToUtf8(right->name));
-            const bool told = order == 0 ? Both(path, *left, *right)
-                                         : Tell({JoinPath(path, (order < 0 ? left : right)->name), {}, order < 0});
-            if (!told) {
+            if (order != 0) {
+                each_({JoinPath(path, (order < 0 ? left : right)->name), {}, order < 0});
+            } else if (!Both(path, *left, *right)) {
+                return false;
+            }
+            if (!Advance(order == 0 ? 2 : 1)) {
                 return false;
             }
             if (order <= 0) {
@@ -134,7 +143,10 @@ private:
         for (const FileKind& kind : file_kinds) {
             compare(HashOf(*left_files, kind.slot) == HashOf(*right_files, kind.slot), FromWide(kind.import_end));
         }
-        return difference.fields.isEmpty() || Tell(difference);
+        if (!difference.fields.isEmpty()) {
+            each_(difference);
+        }
+        return true;
     }
     static QByteArray HashOf(const std::vector<PartFile>& files, FileSlot slot)
     {
@@ -148,17 +160,20 @@ private:
 
     IPartLibrary& first_;
     IPartLibrary& second_;
-    const std::function<bool(const PartDifference&)>& each_;
+    const std::function<void(const PartDifference&)>& each_;
+    const WorkProgress& progress_;
     LibraryProblem& problem_;
+    qint64 done_ = 0;
+    qint64 total_ = 0;
     std::map<QString, std::pair<qint64, qint64>> ids_; // of each folder in both
 };
 
 } // namespace
 
-bool CompareLibraries(IPartLibrary& first, IPartLibrary& second, const std::function<bool(const PartDifference&)>& each,
-                      LibraryProblem& problem)
+bool CompareLibraries(IPartLibrary& first, IPartLibrary& second, const std::function<void(const PartDifference&)>& each,
+                      const WorkProgress& progress, LibraryProblem& problem)
 {
-    return CComparison(first, second, each, problem).Run();
+    return CComparison(first, second, each, progress, problem).Run();
 }
 
 } // namespace partkeep

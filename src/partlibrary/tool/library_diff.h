@@ -1,6 +1,7 @@
 // What differs between two libraries, part by part, with little memory: both are gone through in the same order.
 #pragma once
 
+#include "partlibrary/library/library_admin.h"
 #include "partlibrary/library/library_problem.h"
 
 #include <QString>
@@ -18,8 +19,8 @@ struct PartDifference {
     bool in_first = false; // of one that only one of them has
 };
 
-// Hands over each difference, by folders; false from there ends it. False on an error, or when it was ended.
-bool CompareLibraries(IPartLibrary& first, IPartLibrary& second, const std::function<bool(const PartDifference&)>& each,
-                      LibraryProblem& problem);
+// Hands over each difference, by folders. False on an error, or where `progress`, by the parts of both, has ended it.
+bool CompareLibraries(IPartLibrary& first, IPartLibrary& second, const std::function<void(const PartDifference&)>& each,
+                      const WorkProgress& progress, LibraryProblem& problem);
 
 } // namespace partkeep

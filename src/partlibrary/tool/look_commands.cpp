@@ -78,36 +78,54 @@ bool TellFolder(IPartLibrary& library, const FolderRow& folder, CToolOutput& out
 }
 
 // What lies directly in a folder, as a command line names it.
-bool TellNames(IPartLibrary& library, const FolderRow& folder, CToolOutput& output)
+bool TellNames(IPartLibrary& library, const FolderRow& folder, CToolOutput& output, LibraryProblem& problem)
 {
     const auto tell = [&](const QString& name, bool of_folder) {
         const QString path =
             JoinPath(folder.path, name).replace(u'\\', u'/') + (of_folder ? QStringLiteral("/") : QString());
         output.Tell("name", Printable(path), {{QStringLiteral("path"), QString(path).replace(u'/', u'\\')}});
-        return true;
+        return !stop_asked;
     };
     const auto inside = library.Folders(folder.path);
     for (const FolderRow& row : inside.value_or(std::vector<FolderRow>())) {
         tell(row.name, true);
     }
-    return inside && ForEachPart(library, folder.id, [&](const PartRow& row) { return tell(row.name, false); });
+    if (inside && ForEachPart(library, folder.id, [&](const PartRow& row) { return tell(row.name, false); })) {
+        return true;
+    }
+    problem = stop_asked ? LibraryProblem{LibraryFault::Stopped, {}, {}} : library.Problem();
+    return false;
+}
+
+// Those that a command line names: the folder or, by a pattern, several; unless only names are asked for, with those
+// inside them.
+std::optional<std::vector<FolderRow>> ChosenFolders(IPartLibrary& library, const ToolOptions& options,
+                                                    LibraryProblem& problem)
+{
+    const CPlacePattern place(FromUtf8(options.folder));
+    if (options.names && place.IsPlain()) {
+        const auto folder = library.FindFolder(place.Text());
+        problem = folder ? LibraryProblem() : library.Problem();
+        return folder ? std::optional(std::vector{*folder}) : std::nullopt;
+    }
+    const CPlacePattern inside(place.Text() + (options.names ? QStringLiteral("\\*") : QStringLiteral("\\**")));
+    auto folders = AllFolders(library, place.IsPlain() ? place.Text() : QString());
+    if (!folders) {
+        problem = library.Problem();
+        return std::nullopt;
+    }
+    std::erase_if(*folders, [&](const FolderRow& row) { return !place.IsPlain() && !inside.MayHold(row.path); });
+    problem = folders->empty() ? LibraryProblem{LibraryFault::NoFolder, place.Text(), {}} : LibraryProblem();
+    return problem ? std::nullopt : std::move(folders);
 }
 
 bool TellAll(IPartLibrary& library, const ToolOptions& options, CToolOutput& output, LibraryProblem& problem)
 {
-    const QString path = CPlacePattern(FromUtf8(options.folder)).Text();
-    const auto folder = options.names ? library.FindFolder(path) : std::nullopt;
-    const auto folders = options.names ? std::nullopt : AllFolders(library, path);
-    if (!folder && !folders) {
-        problem = library.Problem();
-        return false;
-    }
-    if (folder) {
-        problem = TellNames(library, *folder, output) ? LibraryProblem() : library.Problem();
-        return !problem;
-    }
-    return std::all_of(folders->begin(), folders->end(),
-                       [&](const FolderRow& row) { return TellFolder(library, row, output, problem); });
+    const auto folders = ChosenFolders(library, options, problem);
+    return folders && std::all_of(folders->begin(), folders->end(), [&](const FolderRow& row) {
+               return options.names ? TellNames(library, row, output, problem)
+                                    : TellFolder(library, row, output, problem);
+           });
 }
 
 } // namespace
@@ -171,9 +189,8 @@ int TellDifferences(ILibraryAdmin& library, ILibraryAdmin& other, CToolOutput& o
                       QLatin1String(difference.fields.isEmpty() ? (difference.in_first ? "only-first" : "only-second")
                                                                 : "both")},
                      {QStringLiteral("fields"), QJsonArray::fromStringList(difference.fields)}});
-        return !stop_asked;
     };
-    if (right == nullptr || !CompareLibraries(*left, *right, tell, problem)) {
+    if (right == nullptr || !CompareLibraries(*left, *right, tell, output.Progress("parts"), problem)) {
         return output.Fail(problem);
     }
     return static_cast<int>(count == 0 ? ToolEnd::Done : ToolEnd::Found);

@@ -22,6 +22,26 @@ const char* EventOfEnd(ToolEnd end)
     return names[static_cast<int>(end)];
 }
 
+// JSON may hold all control characters but the first 32 as they are: a terminal that shows it would obey them.
+QByteArray HarmlessJson(const QJsonObject& fields)
+{
+    const QByteArray text = QJsonDocument(fields).toJson(QJsonDocument::Compact);
+    QByteArray harmless;
+    qsizetype kept = 0;
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        const auto byte = static_cast<unsigned char>(text[at]);
+        const qsizetype length = byte == 0x7F ? 1 : byte == 0xC2 ? 2 : byte == 0xE2 ? 3 : 0;
+        const QString unit =
+            length > 0 ? FromUtf8({text.constData() + at, static_cast<std::size_t>(length)}) : QString();
+        if (!unit.isEmpty() && IsControlOfTerminal(unit.front())) {
+            harmless += text.sliced(kept, at - kept);
+            harmless += "\\u" + QByteArray::number(unit.front().unicode(), 16).rightJustified(4, '0');
+            kept = at + length;
+        }
+    }
+    return kept == 0 ? text : harmless + text.sliced(kept);
+}
+
 } // namespace
 
 ToolEnd EndOf(LibraryFault fault)
@@ -68,7 +88,7 @@ void CToolOutput::Tell(const char* event, const std::string& line, QJsonObject f
         return;
     }
     fields[QLatin1String("event")] = QLatin1String(event);
-    const QByteArray object = QJsonDocument(fields).toJson(QJsonDocument::Compact);
+    const QByteArray object = HarmlessJson(fields);
     streams_.out.write(object.constData(), object.size()) << '\n';
 }
 
@@ -102,27 +122,34 @@ int CToolOutput::End(ToolEnd end, const QString& text, const QString& subject)
 
 WorkProgress CToolOutput::Progress(const char* unit)
 {
-    return [this, unit, began = Clock::now()](qint64 done, qint64 total) {
-        if (streams_.watched && Clock::now() - shown_at_ >= progress_pause) {
-            ShowProgress(unit, done, total, began);
+    return [this, unit, start = Start()](qint64 done, qint64 total) mutable {
+        if (streams_.watched) {
+            if (total != start.total || done < start.done) { // what went before tells nothing of this
+                start = {done, total, Clock::now()};
+            }
+            if (Clock::now() - shown_at_ >= progress_pause) {
+                ShowProgress(unit, done, start);
+            }
         }
         return !stop_asked;
     };
 }
 
-void CToolOutput::ShowProgress(const char* unit, qint64 done, qint64 total, Clock::time_point began)
+void CToolOutput::ShowProgress(const char* unit, qint64 done, const Start& start)
 {
     shown_at_ = Clock::now();
     progress_shown_ = true;
     streams_.err << "\r\x1B[K" << done;
-    if (total > 0 && done > 0 && done <= total) {
-        const auto spent = std::chrono::duration_cast<std::chrono::milliseconds>(shown_at_ - began).count();
-        const auto left = static_cast<qint64>(static_cast<double>(spent) / 1000.0 * static_cast<double>(total - done) /
-                                              static_cast<double>(done));
-        streams_.err << " of " << total << ' ' << unit << "  " << done * 100 / total << " %  " << left / 60 << ':'
-                     << std::setw(2) << std::setfill('0') << left % 60 << " left";
-    } else {
+    if (start.total <= 0 || done > start.total) {
         streams_.err << ' ' << unit;
+    } else {
+        streams_.err << " of " << start.total << ' ' << unit << "  " << done * 100 / start.total << " %";
+        if (done > start.done) {
+            const std::chrono::duration<double> spent = shown_at_ - start.at;
+            const auto left = static_cast<qint64>(spent.count() * static_cast<double>(start.total - done) /
+                                                  static_cast<double>(done - start.done));
+            streams_.err << "  " << left / 60 << ':' << std::setw(2) << std::setfill('0') << left % 60 << " left";
+        }
     }
     streams_.err.flush();
 }

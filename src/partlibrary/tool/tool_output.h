@@ -61,7 +61,12 @@ public:
 private:
     int End(ToolEnd end, const QString& text, const QString& subject);
     using Clock = std::chrono::steady_clock;
-    void ShowProgress(const char* unit, qint64 done, qint64 total, Clock::time_point began);
+    struct Start { // from where the time that is left is reckoned
+        qint64 done = 0;
+        qint64 total = -1;
+        Clock::time_point at;
+    };
+    void ShowProgress(const char* unit, qint64 done, const Start& start);
     void ClearProgress();
 
     ToolStreams streams_;

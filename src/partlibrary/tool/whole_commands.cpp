@@ -26,7 +26,7 @@ int CreateLibrary(ILibraryAdmin& library, const ToolOptions& options, CToolOutpu
         return output.Fail(problem);
     }
     output.Tell("done", Deed(options, "created " + Printable(library.Name())),
-                {{QStringLiteral("library"), library.Name()}});
+                {{QStringLiteral("library"), library.Name()}, {QStringLiteral("dry_run"), options.dry_run}});
     return done;
 }
 
@@ -38,9 +38,12 @@ int ImportParts(ILibraryAdmin& library, const ToolOptions& options, CToolOutput&
         return output.Fail(problem);
     }
     ImportReport report;
-    const ImportOptions import{FromUtf8(options.other),  CPlacePattern(FromUtf8(options.folder)).Text(),
-                               FromUtf8(options.table),  {},
-                               output.Progress("files"), options.dry_run};
+    const ImportOptions import{FromUtf8(options.other),
+                               CPlacePattern(FromUtf8(options.folder)).Text(),
+                               FromUtf8(options.table),
+                               {},
+                               output.Progress("files and parts"),
+                               options.dry_run};
     if (!ImportFolder(*writer, import, report, problem)) {
         return output.Fail(problem);
     }
@@ -93,14 +96,15 @@ int BackUp(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& outp
     if (!library.Backup(target, options.replace, options.dry_run, output.Progress("pages"), problem)) {
         return output.Fail(problem);
     }
-    output.Tell("done", Deed(options, "backed up to " + Printable(target)), {{QStringLiteral("library"), target}});
+    output.Tell("done", Deed(options, "backed up to " + Printable(target)),
+                {{QStringLiteral("library"), target}, {QStringLiteral("dry_run"), options.dry_run}});
     return done;
 }
 
 int Repair(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output)
 {
     LibraryProblem problem;
-    const auto repair = library.Repair(options.dry_run, output.Progress("parts"), problem);
+    const auto repair = library.Repair(options.dry_run, output.Progress("files or parts"), problem);
     if (!repair) {
         return output.Fail(problem);
     }
