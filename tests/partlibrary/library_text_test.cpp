@@ -114,6 +114,8 @@ TEST(AttributeTable, SaysWhichLineCannotBeRead)
         {"part,colour\nP1,red\n", "colour"}, {"part,thickness\nP1,thick\n", "line 2"},
         {"part,folder\nP1\n", "1 fields"},   {"folder\nA\n", "no part name"},
         {"part\n\xFF\n", "UTF-8"},           {"part,Part\nP,Q\n", "twice"},
+        {"part,colour\n", "colour"},         {"part,comment\nP,\nP,\"a\tb\"", "line 3: "},
+        {"part\rP\r", "line feed"},
     };
     for (const auto& [table, reason] : rows) {
         LibraryProblem problem;

@@ -1,12 +1,14 @@
 #include "partlibrary/import/attribute_table.h"
 
 #include "controls/part_browser_contract.h"
+#include "partlibrary/library/library_names.h"
 #include "partlibrary/library/library_text.h"
 
 #include <QFile>
 #include <QStringDecoder>
 #include <QStringList>
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -116,10 +118,14 @@ bool StoreField(AttributeRow& row, const QString& column, const QString& field, 
                                                       {"machine", &row.attributes.machine},
                                                       {"comment", &row.attributes.comment}};
     for (const auto& [name, target] : texts) {
-        if (column == QLatin1String(name)) {
-            *target = field;
-            return true;
+        if (column != QLatin1String(name)) {
+            continue;
         }
+        *target = field;
+        const bool of_place = target == &row.folder || target == &row.part; // refused with the name, where it is used
+        const NameFault fault = of_place ? NameFault::None : CheckAttribute(field);
+        return fault == NameFault::None ||
+               Refuse(problem, row.line, column + QStringLiteral(": ") + NameFaultText(fault));
     }
     return Refuse(problem, 1, QStringLiteral("unknown column: ") + column);
 }
@@ -139,6 +145,17 @@ bool ReadRow(const TableRecord& record, const QStringList& columns, AttributeRow
     row.folder.replace(u'/', u'\\');
     const bool folder_alone = !row.folder.isEmpty() && row.files.value_or(0) == 0 && row.attributes == PartAttributes{};
     return !row.part.isEmpty() || folder_alone || Refuse(problem, record.line, QStringLiteral("no part name"));
+}
+
+// Before any row: a table of something else may have none that tells it.
+bool CheckColumns(QStringList columns, int line, LibraryProblem& problem)
+{
+    AttributeRow none;
+    return (columns.removeDuplicates() == 0 || Refuse(problem, line, QStringLiteral("a column comes twice"))) &&
+           std::all_of(columns.begin(), columns.end(),
+                       [&](const QString& column) { return StoreField(none, column, {}, problem); }) &&
+           (columns.contains(QLatin1String("part")) ||
+            Refuse(problem, line, QStringLiteral("no part names: there is no such column")));
 }
 
 bool IsBlank(const TableRecord& record)
@@ -161,7 +178,8 @@ std::optional<AttributeTable> ParseAttributeTable(const QByteArray& text, Librar
     AttributeTable table;
     while (!reader.AtEnd()) {
         if (!reader.Read(record)) {
-            Refuse(problem, record.line, QStringLiteral("a quote that does not close its field"));
+            Refuse(problem, record.line,
+                   QStringLiteral("a quote that does not close its field, or a line that no line feed ends"));
             return std::nullopt;
         }
         if (IsBlank(record)) {
@@ -169,8 +187,7 @@ std::optional<AttributeTable> ParseAttributeTable(const QByteArray& text, Librar
         }
         if (table.columns.isEmpty()) {
             table.columns = record.fields.join(u'\n').toLower().split(u'\n');
-            if (table.columns.removeDuplicates() > 0) {
-                Refuse(problem, record.line, QStringLiteral("a column comes twice"));
+            if (!CheckColumns(table.columns, record.line, problem)) {
                 return std::nullopt;
             }
             continue;
