@@ -161,7 +161,7 @@ TEST_F(LibraryTool, AFolderThatCannotBeReadIsNotPassedOver)
         GiveToUnprivilegedUser(path);
     }
     EXPECT_TRUE(RunWithoutPrivileges([&] {
-        return Run({"import", "S.kpl", "in"}) == 3 && err_.str().find("a folder cannot be read") != std::string::npos;
+        return Run({"import", "S.kpl", "in"}) == 7 && err_.str().find("a folder cannot be read") != std::string::npos;
     }));
     fs::permissions("in/shut", fs::perms::owner_all); // so that it can be removed
 }
@@ -191,13 +191,14 @@ TEST_F(LibraryTool, SaysInOneLineWhatIsWrong)
     WriteBytes("text.kpl", "no library");
     const std::pair<std::vector<std::string>, const char*> rows[] = {
         {{"create", library_}, "exists already"},
+        {{"--dry-run", "lst"}, "one \"list\""},
         {{"create", "S.db"}, ".kpl"},
         {{"create", "nul.kpl"}, "device"},
         {{"create", "no/S.kpl"}, "No such file or directory"},
         {{"list", "no.kpl"}, "no such library"},
         {{"check", "text.kpl"}, "no part library"},
         {{"list", library_, "--folder", "x"}, "no such folder"},
-        {{"import", library_, "no"}, "cannot be read"},
+        {{"import", library_, "no"}, "no such folder"},
         {{"import", library_, ".", "--into", "..\\x"}, "refused"},
         {{"import", library_, ".", "--csv", "no.csv"}, "reading failed"},
         {{"--code-page", "932", "create", "钣金.kpl"}, "code page"},
@@ -222,6 +223,9 @@ TEST_F(LibraryTool, ChangesWhatIsNamedAndTellsHowItEnded)
     WriteBytes("t.csv", "part,folder,thickness\nP1,Plates/2008,2.5\n");
     WriteBytes("gone.csv", "part\nP1\n");
     Write("arrived/New/N.iga", "n");
+    for (const char* file : {"A.iga", "B.png", "C.SY5"}) {
+        Write(fs::path("mixed/X") / file, "no picture");
+    }
     const struct {
         std::vector<std::string> arguments;
         int end;
@@ -241,6 +245,7 @@ TEST_F(LibraryTool, ChangesWhatIsNamedAndTellsHowItEnded)
         {{"set", "**/P*", "--thickness", "1x"}, 3, "no thickness"},
         {{"set", "**/P1*", "--material", "Cu", "--comment", "\t"}, 3, "control"},
         {{"set", "Plates/2008/P1"}, 2, "--csv"},
+        {{"set", "Plates/", "**/P1", "--machine", "m", "--dry-run"}, 0, "would have set 6 parts"},
         {{"set", "**/P1*", "--material", "Cu", "--thickness", "1"},
          0,
          "set 2 parts",
@@ -258,6 +263,10 @@ TEST_F(LibraryTool, ChangesWhatIsNamedAndTellsHowItEnded)
          0,
          "moved 3 parts",
          "A/B/Q-1=1Cu A/B/Q-2=0 A/B/Top=0 Plates/2008/Bare=0 Plates/2008/p1=0 Plates/2008/Q-10=1Cu "},
+        {{"rename", "**/*/", "*2", "--dry-run"}, 0, "would have renamed 4 folders"},
+        {{"move", "A/", "A/B/", "--to", "C", "--dry-run"}, 0, "would have moved 2 folders"},
+        {{"list", "--names", "--folder", "**"}, 0, "A/B/\nA/B/Q-1\n"},
+        {{"list", "--json", "--folder", "\u009B1m\u202E\x7F"}, 4, R"(\u009b1m\u202e\u007f")"},
         {{"rename", "*/2008/", "2009"},
          0,
          "renamed 1 folder",
@@ -270,6 +279,7 @@ TEST_F(LibraryTool, ChangesWhatIsNamedAndTellsHowItEnded)
         {{"import", "arrived", "--dry-run"}, 0, "would have imported 1 parts with 1 files"},
         {{"watch", "arrived", "--once", "--seconds", "1"}, 0, "imported 1 parts", "B/Top=0 New/N=0 "},
         {{"watch", "arrived", "--once", "--seconds", "1"}, 0, ""},
+        {{"watch", "mixed", "--once", "--seconds", "1"}, 1, "B.png", "B/Top=0 New/N=0 X/A=0 X/C=0 "},
         {{"backup", library_}, 3, "exists already"},
         {{"backup", "no/S.kpl"}, 7, "No such file or directory"},
         {{"extract", "arrived"}, 3, "something in it"},
@@ -368,7 +378,8 @@ TEST_F(LibraryTool, EachEditIsWholeOrNotAtAllOnADiskThatFills)
             disk.Fill(spare);
             done = Run(edit) == 0;
             EXPECT_EQ(Run({"check", "S.kpl"}), 0) << edit[0] << " " << spare << err_.str();
-            EXPECT_TRUE(done || Left("S.kpl") == before) << edit[0] << " " << spare;
+            EXPECT_TRUE(done || (Left("S.kpl") == before && std::system("! ls | grep -q '~'") == 0))
+                << edit[0] << " " << spare;
             disk.MakeRoom();
         }
         EXPECT_TRUE(done) << edit[0];

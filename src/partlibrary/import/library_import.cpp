@@ -53,9 +53,6 @@ bool AddSourceFile(const fs::path& file, const ImportOptions& options, SourcePar
                    LibraryProblem& problem)
 {
     const QString path = FromUtf8(file.string());
-    if (options.wanted && !options.wanted(path)) {
-        return true;
-    }
     const auto target = TargetOf(path, options, problem);
     if (!target) {
         problem.subject = problem ? path : QString(); // a name that is refused is told with its place
@@ -73,7 +70,19 @@ bool AddSourceFile(const fs::path& file, const ImportOptions& options, SourcePar
 // its file is read. Links to folders are not followed.
 bool CollectFiles(const ImportOptions& options, SourceParts& parts, ImportReport& report, LibraryProblem& problem)
 {
+    if (options.files) {
+        return std::all_of(options.files->begin(), options.files->end(), [&](const QString& file) {
+            return AddSourceFile(ToUtf8(file), options, parts, report, problem);
+        });
+    }
     std::error_code error;
+    if (!fs::is_directory(ToUtf8(options.source), error) && !error) {
+        error = std::make_error_code(std::errc::not_a_directory);
+    }
+    if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory) {
+        problem = {LibraryFault::NoFolder, options.source, {}};
+        return false;
+    }
     fs::recursive_directory_iterator entry(ToUtf8(options.source), error);
     for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
         const fs::file_status status = entry->status(error);
@@ -84,7 +93,7 @@ bool CollectFiles(const ImportOptions& options, SourceParts& parts, ImportReport
         }
     }
     if (error) {
-        problem = {LibraryFault::BadInput, options.source,
+        problem = {LibraryFault::ReadFailed, options.source,
                    QStringLiteral("a folder cannot be read: ") + FromUtf8(error.message())};
         return false;
     }
@@ -182,22 +191,25 @@ bool StoreFile(ILibraryWriter& writer, FileSlot slot, SourceFile& source, bool d
     return !problem;
 }
 
-// All content first: nobody sees it before the rows.
-bool StoreFiles(ILibraryWriter& writer, const ImportOptions& options, SourceParts& parts, ImportReport& report,
-                LibraryProblem& problem)
+bool Advance(const ImportOptions& options, const ImportReport& report, qint64 total, LibraryProblem& problem)
 {
-    qint64 total = 0;
-    for (const auto& [key, source] : parts) {
-        total += static_cast<qint64>(source.files.size());
+    if (options.progress && !options.progress(report.files + report.parts, total)) {
+        problem = {LibraryFault::Stopped, {}, {}};
     }
+    return !problem;
+}
+
+// All content first: nobody sees it before the rows.
+bool StoreFiles(ILibraryWriter& writer, const ImportOptions& options, SourceParts& parts, qint64 total,
+                ImportReport& report, LibraryProblem& problem)
+{
     for (auto& [key, source] : parts) {
         for (auto& [slot, file] : source.files) {
             if (!StoreFile(writer, slot, file, options.dry_run, problem)) {
                 return false;
             }
             ++report.files;
-            if (options.progress && !options.progress(report.files, total)) {
-                problem = {LibraryFault::Stopped, {}, {}};
+            if (!Advance(options, report, total, problem)) {
                 return false;
             }
         }
@@ -208,7 +220,11 @@ bool StoreFiles(ILibraryWriter& writer, const ImportOptions& options, SourcePart
 bool PutParts(ILibraryWriter& writer, const ImportOptions& options, SourceParts& parts, ImportReport& report,
               LibraryProblem& problem)
 {
-    if (!StoreFiles(writer, options, parts, report, problem)) {
+    auto total = static_cast<qint64>(parts.size());
+    for (const auto& [key, source] : parts) {
+        total += static_cast<qint64>(source.files.size());
+    }
+    if (!StoreFiles(writer, options, parts, total, report, problem)) {
         return false;
     }
     for (const auto& [key, source] : parts) {
@@ -226,6 +242,9 @@ bool PutParts(ILibraryWriter& writer, const ImportOptions& options, SourceParts&
             return false;
         }
         ++report.parts;
+        if (!Advance(options, report, total, problem)) {
+            return false;
+        }
     }
     return true;
 }

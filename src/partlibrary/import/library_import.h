@@ -9,7 +9,6 @@
 #include <QString>
 #include <QStringList>
 
-#include <functional>
 #include <optional>
 
 namespace partkeep {
@@ -17,12 +16,12 @@ namespace partkeep {
 class ILibraryWriter;
 
 struct ImportOptions {
-    QString source;                                    // native path of the folder to read
-    QString target;                                    // folder in the library; empty is the root
-    QString attribute_table;                           // native path of the table; empty for none
-    std::function<bool(const QString& path)> wanted{}; // tells which files count, by their native paths; none: all
-    WorkProgress progress{};                           // by files; may be none
-    bool dry_run = false;                              // everything is looked at, and nothing written
+    QString source;                        // native path of the folder to read
+    QString target;                        // folder in the library; empty is the root
+    QString attribute_table;               // native path of the table; empty for none
+    std::optional<QStringList> files = {}; // only these, by their native paths in the source; none: all that it holds
+    WorkProgress progress = {};            // by files, then parts; may be none
+    bool dry_run = false;                  // everything is looked at, and nothing written
 };
 
 struct ImportReport {

@@ -70,7 +70,12 @@ public:
             streams.err << app_.help();
             return static_cast<int>(ToolEnd::CommandLine);
         }
-        if (const QString wrong = WrongCommand(argv[1]); !wrong.isEmpty()) {
+        // Options that stand in front may be any command's; only one of them has a value behind it.
+        int word = 1;
+        while (word + 1 < argc && argv[word][0] == '-') {
+            word += std::string_view(argv[word]) == "--code-page" && word + 2 < argc ? 2 : 1;
+        }
+        if (const QString wrong = WrongCommand(argv[word]); !wrong.isEmpty()) {
             return output.Misunderstand(wrong);
         }
         try {

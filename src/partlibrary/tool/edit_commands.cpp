@@ -43,6 +43,10 @@ public:
     bool Did(bool done, const FoundPlace& place, const QString& to = {})
     {
         if (!done) {
+            problem_ = writer_.Problem();
+            if (place.part != 0 && EndOf(problem_.fault) == ToolEnd::Refused) { // told by its name alone
+                problem_.subject = to.isEmpty() ? place.path : to;
+            }
             return false;
         }
         ++(place.part != 0 ? parts_ : folders_);
@@ -119,52 +123,63 @@ int Edit(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output
     return static_cast<int>(ToolEnd::Done);
 }
 
-// A folder with all that is in it, from the inside out.
-bool RemoveTree(CEdit& edit, const QString& path)
+// What lies inside a folder stands behind it. From the inside out, a folder that goes takes none along that is named
+// by itself.
+void PutInnerFirst(std::vector<FoundPlace>& places)
+{
+    std::stable_sort(places.begin(), places.end(), [](const FoundPlace& left, const FoundPlace& right) {
+        return left.path.count(u'\\') > right.path.count(u'\\');
+    });
+}
+
+// In place of each folder all parts in it and in those inside it, and behind them the folders themselves, from the
+// inside out. Each once.
+bool Unfold(CEdit& edit, std::vector<FoundPlace>& places)
 {
     IPartLibrary& library = edit.Writer().Library();
-    auto folders = AllFolders(library, path);
-    if (!folders) {
-        return edit.Refuse(library.Problem());
+    std::vector<FoundPlace> parts;
+    std::vector<FoundPlace> folders;
+    for (FoundPlace& place : places) {
+        if (place.part != 0) {
+            parts.push_back(std::move(place));
+            continue;
+        }
+        const auto inside = AllFolders(library, place.path);
+        if (!inside) {
+            return edit.Refuse(library.Problem());
+        }
+        for (const FolderRow& folder : *inside) {
+            folders.push_back({0, folder.id, folder.path, {}});
+        }
     }
-    std::reverse(folders->begin(), folders->end());
-    for (const FolderRow& folder : *folders) {
-        std::vector<FoundPlace> parts;
-        const bool read = ForEachPart(library, folder.id, [&](const PartRow& row) {
-            parts.push_back({row.id, folder.id, JoinPath(folder.path, row.name), {}});
+    KeepFirst(folders);
+    for (const FoundPlace& folder : folders) {
+        const bool read = ForEachPart(library, folder.folder, [&](const PartRow& row) {
+            parts.push_back({row.id, folder.folder, JoinPath(folder.path, row.name), {}});
             return true;
         });
         if (!read) {
             return edit.Refuse(library.Problem());
         }
-        const auto remove = [&edit](const FoundPlace& part) {
-            return edit.Did(edit.Writer().RemoveParts(std::array{part.part}), part);
-        };
-        if (!std::all_of(parts.begin(), parts.end(), remove)) {
-            return false;
-        }
-        if (!edit.Did(edit.Writer().RemoveFolder(folder.path), {0, folder.id, folder.path, {}})) {
-            return false;
-        }
     }
+    KeepFirst(parts);
+    PutInnerFirst(folders);
+    places = std::move(parts);
+    places.insert(places.end(), folders.begin(), folders.end());
     return true;
 }
 
 bool Remove(CEdit& edit)
 {
     std::vector<FoundPlace> places;
-    if (!edit.Find(places)) {
+    if (!edit.Find(places) || !Unfold(edit, places)) {
         return false;
     }
-    // Parts first: what is named by itself as well as with its folder is there still.
-    std::stable_partition(places.begin(), places.end(), [](const FoundPlace& place) { return place.part != 0; });
     edit.Expect(places.size());
     return std::all_of(places.begin(), places.end(), [&edit](const FoundPlace& place) {
-        if (place.part != 0) {
-            return edit.Did(edit.Writer().RemoveParts(std::array{place.part}), place);
-        }
-        const bool gone_with_another = !edit.Writer().Library().FindFolder(place.path);
-        return gone_with_another || RemoveTree(edit, place.path);
+        return edit.Did(place.part != 0 ? edit.Writer().RemoveParts(std::array{place.part})
+                                        : edit.Writer().RemoveFolder(place.path),
+                        place);
     });
 }
 
@@ -174,6 +189,7 @@ bool Rename(CEdit& edit)
     if (!edit.Find(places)) {
         return false;
     }
+    PutInnerFirst(places);
     edit.Expect(places.size());
     const QString name = FromUtf8(edit.Options().name);
     if (places.size() > 1 && !name.contains(u'*') && !name.contains(u'?')) {
@@ -182,7 +198,7 @@ bool Rename(CEdit& edit)
     return std::all_of(places.begin(), places.end(), [&](const FoundPlace& place) {
         const QString now = FillWildcards(name, place.wild);
         if (const NameFault fault = CheckName(now); fault != NameFault::None) {
-            return edit.Refuse({LibraryFault::NameRefused, now, NameFaultText(fault)});
+            return edit.Refuse({LibraryFault::NameRefused, JoinPath(place.Parent(), now), NameFaultText(fault)});
         }
         const QString path = JoinPath(place.Parent(), now);
         return edit.Did(place.part != 0 ? edit.Writer().MovePart(place.part, place.folder, now)
@@ -197,6 +213,7 @@ bool Move(CEdit& edit)
     if (!edit.Find(places)) {
         return false;
     }
+    PutInnerFirst(places);
     edit.Expect(places.size());
     const QString target = CPlacePattern(FromUtf8(edit.Options().folder)).Text();
     const auto folder = edit.Writer().MakeFolder(target);
@@ -233,9 +250,10 @@ bool SetByPattern(CEdit& edit)
     if (!thickness) {
         return edit.Refuse({LibraryFault::BadInput, FromUtf8(options.thickness), QStringLiteral("no thickness")});
     }
-    if (!edit.Find(places)) {
+    if (!edit.Find(places) || !Unfold(edit, places)) {
         return false;
     }
+    std::erase_if(places, [](const FoundPlace& place) { return place.part == 0; });
     edit.Expect(places.size());
     const PartAttributes given{*thickness, FromUtf8(options.material), FromUtf8(options.machine),
                                FromUtf8(options.comment)};
@@ -244,8 +262,7 @@ bool SetByPattern(CEdit& edit)
         columns += FromUtf8(column);
     }
     return std::all_of(places.begin(), places.end(), [&](const FoundPlace& place) {
-        return place.part == 0 ||
-               SetOne(edit, edit.Writer().Library().FindPart(place.part), place.path, given, columns);
+        return SetOne(edit, edit.Writer().Library().FindPart(place.part), place.path, given, columns);
     });
 }
 

@@ -21,6 +21,9 @@ int main(int argc, char** argv)
     try {
         std::signal(SIGINT, AskToStop);
         std::signal(SIGTERM, AskToStop);
+        if (std::signal(SIGHUP, AskToStop) == SIG_IGN) { // by nohup: the terminal may go
+            std::signal(SIGHUP, SIG_IGN);
+        }
         std::signal(SIGPIPE, SIG_DFL);
         const partkeep::ToolStreams streams{std::cout, std::cerr, isatty(STDERR_FILENO) == 1};
         const int end = partkeep::RunLibraryTool(argc, argv, streams);

@@ -96,15 +96,6 @@ bool AddMatching(IPartLibrary& library, const CPlacePattern& pattern, std::vecto
     return true;
 }
 
-// What several patterns name counts where it is named first.
-void KeepFirst(std::vector<FoundPlace>& places)
-{
-    std::set<std::pair<PartId, qint64>> known;
-    std::erase_if(places, [&known](const FoundPlace& place) {
-        return !known.emplace(place.part, place.part == 0 ? place.folder : 0).second;
-    });
-}
-
 } // namespace
 
 CPlacePattern::CPlacePattern(QString text)
@@ -134,6 +125,14 @@ std::optional<QStringList> CPlacePattern::Match(const QString& path) const
 bool CPlacePattern::MayHold(const QString& folder) const
 {
     return parent_.match(folder.isEmpty() ? folder : folder + u'\\').hasMatch();
+}
+
+void KeepFirst(std::vector<FoundPlace>& places)
+{
+    std::set<std::pair<PartId, qint64>> known;
+    std::erase_if(places, [&known](const FoundPlace& place) {
+        return !known.emplace(place.part, place.part == 0 ? place.folder : 0).second;
+    });
 }
 
 bool FindPlaces(IPartLibrary& library, const std::vector<CPlacePattern>& patterns, std::vector<FoundPlace>& places,

@@ -45,6 +45,9 @@ struct FoundPlace {
     [[nodiscard]] QString Parent() const { return path.left(std::max<qsizetype>(path.lastIndexOf(u'\\'), 0)); }
 };
 
+// What several patterns name counts where it is named first.
+void KeepFirst(std::vector<FoundPlace>& places);
+
 // Everything that the patterns name, each once; a folder without what is in it. NoPart or NoFolder where one of them
 // names nothing.
 [[nodiscard]] bool FindPlaces(IPartLibrary& library, const std::vector<CPlacePattern>& patterns,

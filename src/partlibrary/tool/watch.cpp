@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <map>
@@ -60,19 +61,29 @@ public:
             return output_.Fail(problem);
         }
         if (!fs::is_directory(ToUtf8(source_.source))) {
-            return output_.Fail({LibraryFault::ReadFailed, source_.source, QStringLiteral("no folder")});
+            return output_.Fail({LibraryFault::NoFolder, source_.source, {}});
         }
+        std::signal(SIGIO, SIG_IGN); // of who comes to write while a lease is held: it would end the process
         seen_ = Look();
         do {
             Sleep();
             FileStates now = Look();
             Import(Ready(now));
             seen_ = std::move(now);
-        } while (!options_.once && !stop_asked);
-        return static_cast<int>(failed_ ? ToolEnd::Found : ToolEnd::Done);
+        } while (!stop_asked && !(options_.once && (done_ == seen_ || !CanWait(trouble_))));
+        if (options_.once && trouble_ != LibraryFault::None && !stop_asked) {
+            return static_cast<int>(EndOf(trouble_));
+        }
+        return static_cast<int>(refused_.empty() ? ToolEnd::Done : ToolEnd::Found);
     }
 
 private:
+    // Of the library: whether it may pass by itself.
+    static bool CanWait(LibraryFault trouble)
+    {
+        return trouble == LibraryFault::None || trouble == LibraryFault::DiskFull || EndOf(trouble) == ToolEnd::Busy;
+    }
+
     void Sleep() const
     {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(options_.seconds);
@@ -81,11 +92,16 @@ private:
         }
     }
 
-    // A folder or file that cannot be read now may be later.
-    [[nodiscard]] FileStates Look() const
+    // A folder or file that cannot be read now may be later, and a folder that is away may come back.
+    [[nodiscard]] FileStates Look()
     {
         FileStates states;
         std::error_code error;
+        const bool there = fs::is_directory(ToUtf8(source_.source), error);
+        if (!there && !away_) {
+            static_cast<void>(output_.Fail({LibraryFault::NoFolder, source_.source, {}}));
+        }
+        away_ = !there;
         fs::recursive_directory_iterator entry(ToUtf8(source_.source), fs::directory_options::skip_permission_denied,
                                                error);
         for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
@@ -100,57 +116,64 @@ private:
         return states;
     }
 
-    [[nodiscard]] std::set<QString> Ready(const FileStates& now)
+    [[nodiscard]] QStringList Ready(const FileStates& now)
     {
         std::erase_if(done_, [&now](const auto& known) { return !now.contains(known.first); });
-        std::set<QString> ready;
+        std::erase_if(refused_, [&now](const QString& known) { return !now.contains(known); });
+        QStringList ready;
         for (const auto& [path, state] : now) {
             const auto before = seen_.find(path);
             const auto done = done_.find(path);
             const bool quiet = before != seen_.end() && before->second == state;
             if (quiet && (done == done_.end() || done->second != state) && !IsBeingWritten(path)) {
-                ready.insert(path);
+                ready += path;
                 states_[path] = state;
             }
         }
         return ready;
     }
 
-    void Import(const std::set<QString>& files)
+    // Where one of several is refused, the others are found by halves.
+    void Import(const QStringList& files)
     {
         LibraryProblem problem;
-        if (files.empty() || stop_asked || ImportSome(files, problem)) {
+        if (files.empty() || stop_asked) {
+            return;
+        }
+        if (ImportSome(files, problem)) {
+            trouble_ = LibraryFault::None;
             return;
         }
         if (EndOf(problem.fault) != ToolEnd::Refused && problem.fault != LibraryFault::ReadFailed) {
-            Trouble(problem); // of the library: they are tried again
+            Trouble(problem); // they are tried again
             return;
         }
-        for (const QString& file : files) { // one of them, and the others are fine
-            if (!ImportSome({file}, problem)) {
-                Trouble(problem);
-                done_[file] = states_[file];
-            }
+        if (files.size() > 1) {
+            Import(files.first(files.size() / 2));
+            Import(files.sliced(files.size() / 2));
+            return;
         }
+        static_cast<void>(output_.Fail(problem));
+        refused_.insert(files.front());
+        done_[files.front()] = states_[files.front()];
     }
+    // Of the library: told once, until it has passed.
     void Trouble(const LibraryProblem& problem)
     {
-        const std::string text = ProblemText(problem);
-        if (text != last_trouble_) {
+        if (problem.fault != LibraryFault::Stopped && problem.fault != trouble_) {
             static_cast<void>(output_.Fail(problem));
+            trouble_ = problem.fault;
         }
-        last_trouble_ = text;
-        failed_ = problem.fault != LibraryFault::Stopped;
     }
 
-    bool ImportSome(const std::set<QString>& files, LibraryProblem& problem)
+    bool ImportSome(const QStringList& files, LibraryProblem& problem)
     {
         problem = {};
-        std::set<QString> others = files;
+        QStringList others = files;
         if (!DropKnown(others, problem)) {
             return false;
         }
-        source_.wanted = [&others](const QString& path) { return others.contains(path); };
+        source_.files = others;
         ImportReport report;
         const auto writer = others.empty() ? nullptr : library_.Edit(problem);
         const bool arrived = others.empty() || (writer != nullptr && ImportFolder(*writer, source_, report, problem));
@@ -159,24 +182,27 @@ private:
         }
         for (const QString& file : files) {
             done_[file] = states_[file];
+            refused_.erase(file);
         }
         if (report.files > 0) {
             output_.Tell("imported",
                          (options_.dry_run ? "would have imported " : "imported ") + std::to_string(report.parts) +
                              " parts with " + std::to_string(report.files) + " files",
-                         {{QStringLiteral("parts"), report.parts}, {QStringLiteral("files"), report.files}});
+                         {{QStringLiteral("parts"), report.parts},
+                          {QStringLiteral("files"), report.files},
+                          {QStringLiteral("dry_run"), options_.dry_run}});
         }
         return true;
     }
 
     // Those whose content the library has already.
-    bool DropKnown(std::set<QString>& files, LibraryProblem& problem)
+    bool DropKnown(QStringList& files, LibraryProblem& problem)
     {
         const auto library = library_.Open(problem);
         if (library == nullptr) {
             return false;
         }
-        std::erase_if(files, [&](const QString& file) {
+        files.removeIf([&](const QString& file) {
             LibraryProblem refused; // told when it is imported
             const auto target = TargetOf(file, source_, refused);
             const auto part = target ? library->FindPart(target->folder, target->part) : std::nullopt;
@@ -208,8 +234,9 @@ private:
     FileStates seen_;   // at the last look
     FileStates done_;   // imported, or refused, in that state
     FileStates states_; // in which they were found ready
-    std::string last_trouble_;
-    bool failed_ = false;
+    std::set<QString> refused_;
+    LibraryFault trouble_ = LibraryFault::None; // of the library, at the last import
+    bool away_ = false;                         // the folder is not there
 };
 
 } // namespace
