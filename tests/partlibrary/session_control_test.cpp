@@ -263,6 +263,13 @@ TEST_F(SessionControl, ADeletedPartHasNoNameAndOutdatesTheList)
         EXPECT_EQ(inner_->Problem().fault, told);
     }
     EXPECT_EQ(SelectedName(-1) + SelectedName(1), "##");
+    for (const auto& [from, to] : {std::pair{u"Plates"_s, u"A\\B"_s}, {u"A\\B\\2008"_s, u"2009"_s}}) {
+        libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& writer) { ASSERT_TRUE(writer.MoveFolder(from, to)); });
+        EXPECT_TRUE(browser_.RefreshPartList());
+        EXPECT_EQ(inner_->Problem().fault, LibraryFault::None);
+        EXPECT_EQ(SelectedName(0), "P2") << "in a folder that has another path now";
+    }
+    EXPECT_EQ(browser_.GetCurrentFolder(), u"2009");
 }
 
 } // namespace

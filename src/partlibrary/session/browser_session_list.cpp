@@ -1,16 +1,30 @@
 // The session's folders, list and selection.
 #include "partlibrary/library/library_names.h"
+#include "partlibrary/library/library_walk.h"
 #include "partlibrary/session/browser_session.h"
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <utility>
+#include <vector>
 
 namespace partkeep {
 
 namespace {
 
 constexpr std::size_t most_names = 32768; // an index has 16 bits
+
+// A folder that an administrator has renamed or moved keeps its number.
+std::optional<QString> PathNow(IPartLibrary& library, qint64 folder)
+{
+    for (const FolderRow& row : AllFolders(library).value_or(std::vector<FolderRow>())) {
+        if (row.id == folder) {
+            return row.path;
+        }
+    }
+    return std::nullopt;
+}
 
 } // namespace
 
@@ -62,7 +76,14 @@ bool CBrowserSession::RefreshPartList()
         return MakeCurrent(current_server_, std::move(library));
     }
     const std::size_t before = selection_.size();
-    if (!EnterFolder(current_folder_.path)) {
+    bool there = EnterFolder(current_folder_.path);
+    const bool gone = !there && Problem().fault == LibraryFault::NoFolder;
+    if (const auto moved = gone ? PathNow(*library_, current_folder_.id) : std::nullopt; moved && EnterFolder(*moved)) {
+        SetProblem({});
+        Tell(&ISessionPane::FolderChanged);
+        there = true;
+    }
+    if (!there) {
         EnterFolder({});
     } else if (selection_.size() < before) {
         SetProblem({LibraryFault::NoPart, current_folder_.path, {}});
