@@ -61,7 +61,7 @@ public:
     [[nodiscard]] virtual std::optional<LibraryCheck> Check(const WorkProgress& progress, LibraryProblem& problem) = 0;
 
     // Makes all keys, search texts and their index anew, by the rules of now.
-    virtual bool Rebuild(LibraryProblem& problem) = 0;
+    virtual bool Rebuild(const WorkProgress& progress, LibraryProblem& problem) = 0;
 
     // Makes a library sound again: what follows from other data is made anew, what cannot be is dropped. Nothing when
     // that fails; the library is then as it was.

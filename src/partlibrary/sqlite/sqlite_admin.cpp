@@ -85,13 +85,13 @@ std::optional<LibraryCheck> CSqliteAdmin::Check(const WorkProgress& progress, Li
     return CheckLibrary(file_, progress, problem);
 }
 
-bool CSqliteAdmin::Rebuild(LibraryProblem& problem)
+bool CSqliteAdmin::Rebuild(const WorkProgress& progress, LibraryProblem& problem)
 {
     const auto writer = CSqliteWriter::Open(file_, problem);
     if (writer == nullptr) {
         return false;
     }
-    if (!writer->Rebuild()) {
+    if (!writer->Rebuild(progress)) {
         problem = writer->Problem();
     }
     return !problem;

@@ -16,7 +16,7 @@ public:
     bool Backup(const QString& target, bool replace, bool dry_run, const WorkProgress& progress,
                 LibraryProblem& problem) override;
     [[nodiscard]] std::optional<LibraryCheck> Check(const WorkProgress& progress, LibraryProblem& problem) override;
-    bool Rebuild(LibraryProblem& problem) override;
+    bool Rebuild(const WorkProgress& progress, LibraryProblem& problem) override;
     [[nodiscard]] std::optional<LibraryRepair> Repair(bool dry_run, const WorkProgress& progress,
                                                       LibraryProblem& problem) override;
 

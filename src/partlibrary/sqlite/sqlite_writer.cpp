@@ -196,9 +196,11 @@ void CSqliteWriter::Rollback()
     new_parts_.clear();
 }
 
-bool CSqliteWriter::Rebuild()
+bool CSqliteWriter::Rebuild(const WorkProgress& progress)
 {
     rebuilding_ = true;
+    qint64 made = 0;
+    qint64 total = 0;
     bool done = Begin() && connection_->Execute("INSERT INTO part_search(part_search) VALUES('delete-all')") &&
                 connection_->Execute("UPDATE library SET keys = ?", KeysVersion());
     {
@@ -207,7 +209,9 @@ bool CSqliteWriter::Rebuild()
             done = connection_->Execute("UPDATE folder SET sort_key = ? WHERE id = ?", SortKey(folders.Text(1)),
                                         folders.Integer(0));
         }
-        done = done && !folders.Failed();
+        CStatement counted(*connection_, "SELECT sum(parts) FROM folder");
+        total = counted.Next() ? counted.Integer(0) : 0;
+        done = done && !folders.Failed() && !counted.Failed();
     }
     const auto next = [this](PartRow& row) { // a row of its own each time, since the table changes
         CStatement part(*connection_, part_with_search + "WHERE id > ? ORDER BY id LIMIT 1");
@@ -223,7 +227,7 @@ bool CSqliteWriter::Rebuild()
             done = !Problem();
             break;
         }
-        done = SaveWhole(row, true);
+        done = SaveWhole(row, true) && (!progress || progress(++made, total) || Refuse(LibraryFault::Stopped, {}));
     }
     done = done && Commit();
     Rollback();

@@ -1,6 +1,7 @@
 // Changes a part library in a SQLite file.
 #pragma once
 
+#include "partlibrary/library/library_admin.h"
 #include "partlibrary/library/library_writer.h"
 #include "partlibrary/sqlite/connection.h"
 #include "partlibrary/sqlite/library_rows.h"
@@ -34,8 +35,9 @@ public:
     CSqliteWriter(const CSqliteWriter&) = delete;
     CSqliteWriter& operator=(const CSqliteWriter&) = delete;
 
-    // Makes all keys, search texts and their index anew, by the rules of now, in a transaction of its own.
-    bool Rebuild();
+    // Makes all keys, search texts and their index anew, by the rules of now, in a transaction of its own. Tells of it
+    // by parts.
+    bool Rebuild(const WorkProgress& progress = {});
 
     bool Begin() override;
     bool Commit() override;

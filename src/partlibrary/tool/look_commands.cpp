@@ -150,7 +150,7 @@ int ListParts(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& o
 int CheckOrRebuild(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output)
 {
     LibraryProblem problem;
-    if (options.rebuild && !options.dry_run && !library.Rebuild(problem)) {
+    if (options.rebuild && !options.dry_run && !library.Rebuild(output.Progress("parts"), problem)) {
         return output.Fail(problem);
     }
     const auto check = library.Check(output.Progress("files"), problem);
