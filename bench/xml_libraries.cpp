@@ -5,6 +5,8 @@
 #include <tinyxml2.h>
 
 #include <cstring>
+#include <istream>
+#include <streambuf>
 #include <string_view>
 
 #include "xml/xml_iterator.h"
@@ -272,6 +274,53 @@ const Library& Tinyxml2()
 {
     static const Tinyxml2Library library;
     return library;
+}
+
+namespace {
+
+// Without a buffer it has no get area; with one, a get area of a single byte.
+class CByteByByte : public std::streambuf {
+public:
+    CByteByByte(const std::string& text, bool buffered) : at_(text.data()), end_(at_ + text.size()), buffered_(buffered)
+    {
+    }
+
+protected:
+    int_type underflow() override
+    {
+        if (at_ == end_) {
+            return traits_type::eof();
+        }
+        if (buffered_) {
+            byte_ = *at_++;
+            setg(&byte_, &byte_, &byte_ + 1);
+            return traits_type::to_int_type(byte_);
+        }
+        return traits_type::to_int_type(*at_);
+    }
+    int_type uflow() override
+    {
+        return buffered_     ? std::streambuf::uflow()
+               : at_ == end_ ? traits_type::eof()
+                             : traits_type::to_int_type(*at_++);
+    }
+
+private:
+    const char* at_;
+    const char* end_;
+    char byte_ = 0;
+    bool buffered_;
+};
+
+} // namespace
+
+DocumentPtr ReadByteByByte(const std::string& text, bool buffered)
+{
+    CByteByByte buffer(text, buffered);
+    std::istream stream(&buffer);
+    auto result = std::make_unique<Holding<partkeep::CXmlDocument>>();
+    partkeep::ReadXml(stream, result->document);
+    return result;
 }
 
 std::size_t ReadWithExpat(const std::string& text)

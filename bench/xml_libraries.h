@@ -36,6 +36,9 @@ const Library& Partkeep();
 const Library& Pugixml();
 const Library& Tinyxml2();
 
+// This library, from a stream that gives one byte at a time.
+DocumentPtr ReadByteByByte(const std::string& text, bool buffered);
+
 // Expat has no tree: it calls back for every element, attribute and text. Gives the number of calls.
 std::size_t ReadWithExpat(const std::string& text);
 

@@ -30,10 +30,8 @@ bool CXmlInput::Refill()
     if (ended_) {
         return false;
     }
-    for (HeldToken& held : held_) {
-        if (held.token.data() != held.copy.begin()) {
-            Detach(held); // it lies in the window that goes
-        }
+    if (window_is_held_) {
+        DetachFromWindow();
     }
     GiveBack();
     std::streambuf* buffer = stream_->rdbuf();
@@ -82,6 +80,17 @@ bool CXmlInput::Gather(const char* start)
 {
     failed_ = failed_ || !gathered_.AddRun(start, static_cast<std::size_t>(at_ - start));
     return !failed_ && at_ == end_ && !AtEnd();
+}
+
+// The window goes, and what is held must stay.
+void CXmlInput::DetachFromWindow()
+{
+    for (HeldToken& held : held_) {
+        if (held.token.data() != held.copy.begin()) {
+            Detach(held);
+        }
+    }
+    window_is_held_ = false;
 }
 
 void CXmlInput::Detach(HeldToken& held)

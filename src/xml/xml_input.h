@@ -102,6 +102,8 @@ public:
         held.token = token;
         if (token.data() == gathered_.begin()) {
             Detach(held);
+        } else {
+            window_is_held_ = true;
         }
     }
     // The reference stays good when the token moves.
@@ -131,6 +133,7 @@ private:
     // Takes the bytes from `start` on; true when the token may go on behind them.
     [[nodiscard]] bool Gather(const char* start);
     void Detach(HeldToken& held);
+    void DetachFromWindow();
     [[nodiscard]] bool Refill();
     void GiveBack();
 
@@ -141,6 +144,7 @@ private:
     char single_ = 0; // the window of a stream that has no buffer
     bool ended_;
     bool failed_ = false;
+    bool window_is_held_ = false; // by some token
     std::array<HeldToken, 3> held_;
     CXmlVector<char> gathered_; // a token that goes on behind a window
 };
