@@ -15,7 +15,7 @@ namespace partkeep {
 namespace {
 
 struct NamedCodePage {
-    const char* name;
+    std::string_view name; // a terminated literal
     std::uint32_t code_page;
 };
 
@@ -55,19 +55,16 @@ const char* CodePageName(std::uint32_t code_page)
 {
     for (const NamedCodePage& named : named_code_pages) {
         if (named.code_page == code_page) {
-            return named.name;
+            return named.name.data();
         }
     }
     return nullptr;
 }
 
-void SetCodePageFromName(const CXmlString& name, std::uint32_t& code_page)
+void SetCodePageFromName(std::string_view name, std::uint32_t& code_page)
 {
-    if (name.IsNull()) {
-        return;
-    }
     for (const NamedCodePage& named : named_code_pages) {
-        if (EqualNoCaseAscii(name.Text(), named.name)) {
+        if (EqualNoCaseAscii(name, named.name)) {
             code_page = named.code_page;
             return;
         }

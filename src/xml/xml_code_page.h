@@ -13,7 +13,7 @@ namespace partkeep {
 [[nodiscard]] const char* CodePageName(std::uint32_t code_page);
 
 // Leaves `code_page` alone when the name, compared without regard to case, is none of the known ones.
-void SetCodePageFromName(const CXmlString& name, std::uint32_t& code_page);
+void SetCodePageFromName(std::string_view name, std::uint32_t& code_page);
 
 // False for a code page that the platform cannot convert.
 [[nodiscard]] bool IsConvertible(std::uint32_t code_page);

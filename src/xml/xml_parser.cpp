@@ -131,7 +131,7 @@ bool CXmlParser::ParseEndTag(const CXmlToken& name)
         input_.TakeTo(behind);
         return true;
     }
-    if (!input_.SkipWord<element_name_set>(name) && UpToNul(input_.ReadToken<element_name_set>()) != name) {
+    if (!input_.SkipWord<element_name_set>(name) && !EqualUpToNul(input_.ReadToken<element_name_set>(), name)) {
         return false;
     }
     input_.SkipTo<tag_end>(true);

@@ -15,10 +15,10 @@ namespace partkeep {
 inline constexpr std::string_view comment_start = "!--";
 inline constexpr std::string_view comment_end = "--";
 
-// Names are terminated texts: a NUL ends them.
-inline CXmlToken UpToNul(CXmlToken token)
+// Names are terminated texts: a NUL ends them. There is none in `name`.
+inline bool EqualUpToNul(CXmlToken token, std::string_view name)
 {
-    return token.substr(0, token.find('\0'));
+    return token.substr(0, name.size()) == name && (token.size() == name.size() || token[name.size()] == '\0');
 }
 
 class CXmlParser {

@@ -8,7 +8,9 @@ namespace partkeep {
 std::byte* CXmlParser::Run()
 {
     ParseDeclaration();
-    mould_ = CXmlMould(code_page_);
+    if (code_page_ != utf8_code_page) {
+        mould_ = CXmlMould(code_page_);
+    }
     CXmlTreeBuilder tree(input_.Ahead());
     if (tree.HasFailed()) {
         input_.Fail();
@@ -30,8 +32,8 @@ void CXmlParser::ParseDeclaration()
     input_.SkipTo<space_set>(true);
     input_.SkipSet<declaration_word_set>();
     CXmlToken word = input_.ReadToken<declaration_word_set>();
-    while (!input_.AtEnd() && !input_.HasFailed() && UpToNul(word) != ">") {
-        if (UpToNul(word) == "encoding") {
+    while (!input_.AtEnd() && !input_.HasFailed() && !EqualUpToNul(word, ">")) {
+        if (EqualUpToNul(word, "encoding")) {
             TakeEncoding();
         }
         input_.SkipSet<declaration_word_set>();
@@ -39,15 +41,11 @@ void CXmlParser::ParseDeclaration()
     }
 }
 
-// A name that found no memory must not pass for an unknown one: the document would be read in another code page.
 void CXmlParser::TakeEncoding()
 {
     input_.SkipTo<quote>(true);
-    const CXmlString name(input_.ReadToken<declaration_value_set>());
-    if (name.IsNull()) {
-        input_.Fail();
-    }
-    SetCodePageFromName(name, code_page_);
+    const CXmlToken name = input_.ReadToken<declaration_value_set>();
+    SetCodePageFromName(name.substr(0, name.find('\0')), code_page_);
 }
 
 // A comment of one word, such as <!--c-->, has its closing dashes in that word.
