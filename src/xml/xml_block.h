@@ -240,6 +240,16 @@ inline std::byte* LastSlotOf(std::byte* node)
     return LinkOf(node) - xml_address_width;
 }
 
+// The first node of the chain that begins with a block. The blocks of a document mostly follow one another in memory,
+// so what a walk comes to some nodes later is asked for here: in a large document it would wait for memory else.
+template <class Byte>
+inline Byte* StartOfChain(Byte* block)
+{
+    constexpr std::size_t some_nodes = 512;
+    FetchAhead(block, some_nodes);
+    return RootOf(block);
+}
+
 // The empty slot at the end of the chain that begins at `slot`.
 inline std::byte* EndOfChain(std::byte* slot)
 {

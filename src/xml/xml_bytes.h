@@ -95,6 +95,8 @@ inline char* CopyToNul(char* to, const char* from, std::size_t size)
     return to;
 }
 
+inline void FetchAhead(const void*, std::size_t) {}
+
 } // namespace xml_bytes_plain
 
 #ifdef __SSE2__
@@ -171,10 +173,17 @@ inline char* CopyToNul(char* to, const char* from, std::size_t size)
     }
 }
 
+// Brings what lies so far behind a place nearer for a later look. Nothing is read: the place need not be there.
+inline void FetchAhead(const void* at, std::size_t distance)
+{
+    _mm_prefetch(reinterpret_cast<const char*>(reinterpret_cast<std::uintptr_t>(at) + distance), _MM_HINT_T0);
+}
+
 } // namespace xml_bytes_wide
 
 using xml_bytes_wide::CopyToNul;
 using xml_bytes_wide::EqualWide;
+using xml_bytes_wide::FetchAhead;
 using xml_bytes_wide::Find;
 using xml_bytes_wide::Marks;
 
@@ -182,6 +191,7 @@ using xml_bytes_wide::Marks;
 
 using xml_bytes_plain::CopyToNul;
 using xml_bytes_plain::EqualWide;
+using xml_bytes_plain::FetchAhead;
 using xml_bytes_plain::Find;
 using xml_bytes_plain::Marks;
 

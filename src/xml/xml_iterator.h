@@ -24,7 +24,7 @@ struct XmlPosition {
             if (resume == nullptr) {
                 resume = link + xml_address_width;
             }
-            current = RootOf(block);
+            current = StartOfChain(block);
         } else if (resume != nullptr) {
             current = std::exchange(resume, nullptr);
         } else {
@@ -40,12 +40,9 @@ struct XmlPosition {
     }
 };
 
-// A leaf's end is its beginning.
+// In an element or a holder.
 inline XmlPosition AnyFirstPositionIn(std::byte* node)
 {
-    if (NodeKind(node) != XmlKind::Element) {
-        return {nullptr, LinkOf(node)};
-    }
     std::byte* slot = node + XmlPlaces::counted;
     std::byte* inline_start = node + XmlPlaces::holder;
     if (NodeId(node) != 0) {
@@ -135,7 +132,7 @@ private:
 
 inline CXmlIterator CXmlElement::Begin() const
 {
-    return node_ == nullptr ? CXmlIterator() : CXmlIterator(FirstPositionIn(node_), table_, block_);
+    return IsElement() ? CXmlIterator(FirstPositionIn(node_), table_, block_) : End(); // a leaf's end is its beginning
 }
 
 inline CXmlIterator CXmlElement::End() const

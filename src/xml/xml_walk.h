@@ -106,7 +106,7 @@ private:
             if (resume == nullptr) {
                 resume = slot + xml_address_width;
             }
-            return RootOf(block);
+            return StartOfChain(block);
         }
         return resume != nullptr ? std::exchange(resume, nullptr) : slot + xml_address_width;
     }
