@@ -1,5 +1,5 @@
 // This library beside pugixml, TinyXML-2 and Expat in one run of 15 interleaved repetitions, which prints a table of
-// their medians. docs/xml.md holds the command and the table.
+// their medians. bench/xml-table runs it piece by piece; docs/xml.md holds the table.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
@@ -157,6 +157,17 @@ void ParseWithExpat(benchmark::State& state, std::size_t megabytes)
     SetRate(state, SampleOf(megabytes));
 }
 
+// How the stream hands its bytes over: each only when it is asked for, with a buffer that holds no more than that one
+// or with none at all.
+void ParseByteByByte(benchmark::State& state, bool buffered)
+{
+    const Sample& sample = SampleOf(1);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(ReadByteByByte(sample.text, buffered));
+    }
+    SetRate(state, sample);
+}
+
 template <class... Arguments>
 void Register(const std::string& name, Arguments... arguments)
 {
@@ -167,7 +178,7 @@ void RegisterLibrary(const std::string& name, const Library& library)
 {
     Register("options_read/" + name, ReadOptions, std::cref(library));
     Register("options_write/" + name, WriteOptions, std::cref(library));
-    for (const std::size_t megabytes : {1, 50}) {
+    for (const std::size_t megabytes : {1U, 50U}) {
         const std::string size = std::to_string(megabytes) + "MB/" + name;
         Register("parse_" + size, Parse, std::cref(library), megabytes);
         Register("write_" + size, Write, std::cref(library), megabytes, false);
@@ -176,7 +187,7 @@ void RegisterLibrary(const std::string& name, const Library& library)
         Register("copy_" + size, Copy, std::cref(library), megabytes, false);
         Register("copy_copied_" + size, Copy, std::cref(library), megabytes, true);
     }
-    for (const int count : {1'000, 100'000, 1'000'000}) {
+    for (const int count : {1'000, 10'000, 100'000, 1'000'000}) {
         Register("append_" + std::to_string(count) + "/" + name, Append, std::cref(library), count);
     }
 }
@@ -190,10 +201,12 @@ int main(int argc, char** argv)
     RegisterLibrary("tinyxml2", Tinyxml2());
     Register("parse_1MB/expat", ParseWithExpat, std::size_t{1});
     Register("parse_50MB/expat", ParseWithExpat, std::size_t{50});
+    Register("parse_unbuffered_1MB/partkeep", ParseByteByByte, false);
+    Register("parse_one_byte_buffer_1MB/partkeep", ParseByteByByte, true);
     // The heap keeps what is freed: whether a page has to come from the system anew would otherwise hang on which
     // library freed what before, and cost more than most of what is measured here.
     mallopt(M_TRIM_THRESHOLD, 1 << 30);
-    mallopt(M_MMAP_THRESHOLD, 1 << 25);
+    mallopt(M_MMAP_MAX, 0);
     // What the caller asks for comes behind, and counts.
     std::string defaults[] = {"--benchmark_enable_random_interleaving=true", "--benchmark_repetitions=15",
                               "--benchmark_min_time=0.03"};
