@@ -13,6 +13,11 @@ extern "C" int FuzzXmlReaderModel(const unsigned char* data, std::size_t size);
 
 namespace {
 
+std::string Times(int count, const std::string& text)
+{
+    return count == 0 ? "" : text + Times(count - 1, text);
+}
+
 const struct {
     const char* label;
     std::string text;
@@ -22,8 +27,13 @@ const struct {
     {"an empty element", "<R/>", "<R/>"},
     {"an empty leaf", "<R></R>", "<R></R>"},
     {"blanks behind names", "<R >x</R >", "<R>x</R>"},
+    {"blanks behind names inside", "<R><b >x</b ><c\n>y</c></R>", "<R><b>x</b><c>y</c></R>"},
     {"a blank behind the slash", "<R/ >", "<R/>"},
     {"attributes in order", R"(<R x = "1"y="2"/>)", R"(<R x="1" y="2"/>)"},
+    {"more or less than a sign before a quote", R"(<R><a x= "1" y='2' z="3"/></R>)", R"(<R><a x="1" y="3"/></R>)"},
+    {"many attributes", "<R><a" + Times(40, " x=\"1\"") + "/></R>", "<R><a" + Times(40, " x=\"1\"") + "/></R>"},
+    {"seventeen bytes", "<R><abcdefghijklmnopq x=\"12345678901234567\"/><c>abcdefghijklmnopq</c></R>",
+     "<R><abcdefghijklmnopq x=\"12345678901234567\"/><c>abcdefghijklmnopq</c></R>"},
     {"attributes on lines", "<R\n\tx=\"1\"\n\ty\n=\n\"2\"\n/>", R"(<R x="1" y="2"/>)"},
     {"delimiters in a value", "<R x=\"a>b</\n'\"/>", "<R x=\"a>b</\n'\"/>"},
     {"text beside attributes", R"(<R><a x="1">t</a><a x="2"></a></R>)", R"(<R><a x="1"/><a x="2"/></R>)"},
@@ -47,6 +57,7 @@ const struct {
     {"a blank and nothing for a name", "<><R>< /><a/><></R>", "<R><a/></R>"},
     {"a NUL for a name", std::string("<\0a/><R/>", 9), "<R/>"},
     {"a NUL within names and text", std::string("<a\0b>x\0y</a\0c>", 14), "<a>x</a>"},
+    {"a NUL within an attribute's name", std::string("<R><a x\0y=\"1\"/></R>", 19), R"(<R><a x="1"/></R>)"},
     {"an end tag for a root", "</a><R/>", "<R/>"},
     {"an attribute without quotes", "<R><a x=1/><b/></R>", "-"},
     {"an attribute without quotes, quotes later", R"(<R><a x=1/><b y="2"/></R>)", R"(<R><a x="2"/></R>)"},
@@ -75,7 +86,10 @@ TEST(XmlReader, TakesEveryInputToItsOutcome)
     for (const auto& row : rows) {
         const std::string text = row.declared ? Declared(row.text) : row.text;
         EXPECT_EQ(row.shown.starts_with("<?") ? Write(Read(text)) : Show(Read(text)), row.shown) << row.label;
-        FuzzXmlReaderModel(reinterpret_cast<const unsigned char*>(text.data()), text.size());
+        // What is long enough is read in one go.
+        for (const std::string& input : {text, text + Times(64, " "), text + Times(64, "<")}) {
+            FuzzXmlReaderModel(reinterpret_cast<const unsigned char*>(input.data()), input.size());
+        }
         // The same end in windows of any width, with a stream that throws, and, but for failure, with no memory.
         for (int width = 0; width < 20; ++width) {
             for (int allocation = 0; allocation < 30; ++allocation) {
@@ -136,6 +150,10 @@ TEST(XmlReader, ReadsADocumentThatIsCutOrSpoiltAnywhere)
         text += "<part id=\"" + std::to_string(at) + "\" x = \"\"><name>a &lt; b</name><e/><!--d--><n>-1</n></part>\n";
     }
     text += "</R>";
+    for (int width = 0; width < 256; ++width) {
+        const std::string input = static_cast<char>(width) + text + static_cast<char>(width);
+        FuzzXmlParse(reinterpret_cast<const unsigned char*>(input.data()), input.size());
+    }
     const auto limit = 20 * time_to_read(text, {}) + std::chrono::milliseconds(1);
     for (std::size_t at = 0; at < text.size(); ++at) {
         EXPECT_LE(time_to_read(text.substr(0, at), limit), limit) << "cut at " << at;
