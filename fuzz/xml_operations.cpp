@@ -12,6 +12,7 @@
 #include "tests/xml/watched_memory.h"
 #include "xml/xml_iterator.h"
 #include "xml/xml_memory.h"
+#include "xml/xml_reader.h"
 #include "xml/xml_writer.h"
 
 using namespace partkeep;
@@ -102,7 +103,7 @@ public:
     void Do(unsigned operation, Slot& first, Slot& second, unsigned value)
     {
         const std::string name = "n" + std::to_string(value % 40);
-        switch (operation % 11) {
+        switch (operation % 12) {
         case 0:
             first = {CXmlElement(name.c_str(), 65001), std::make_shared<Node>(Node{name, false, "", {}, {}})};
             break;
@@ -131,6 +132,9 @@ public:
             break;
         case 9:
             Hide(first, value);
+            break;
+        case 10:
+            ReadAgain(first, second);
             break;
         default:
             first = {};
@@ -191,6 +195,18 @@ private:
             PutField(ChildAt(parent.handle, index).Node(), xml_skipped_id);
             children.erase(children.begin() + static_cast<std::ptrdiff_t>(index));
         }
+    }
+
+    // What is read as a whole goes as a whole, while nothing else is done with it.
+    static void ReadAgain(Slot& result, const Slot& source)
+    {
+        if (!source.model || Count(*source.model) > most_nodes) {
+            return;
+        }
+        CXmlDocument document;
+        const Shared model = Copy(*source.model);
+        Check(ReadXml("<? >\n" + Show(*model), document), "not read");
+        result = {document, model};
     }
 
     static void AddChild(Slot& parent, Slot& result, const std::string& name, unsigned value)

@@ -17,6 +17,7 @@ using Node = std::unique_ptr<Element>; // null for a comment, or for what is mal
 
 struct Element {
     std::string name;
+    std::uint32_t code_page = 0;
     bool leaf = false;
     std::string text;
     std::vector<std::pair<std::string, std::string>> attributes;
@@ -39,7 +40,6 @@ public:
         return root;
     }
 
-    [[nodiscard]] std::uint32_t CodePage() const { return code_page_; }
     [[nodiscard]] std::size_t Place() const { return at_; }
     [[nodiscard]] bool HasEnded() const { return ended_; }
     [[nodiscard]] bool IsTooDeep() const { return too_deep_; }
@@ -113,6 +113,7 @@ private:
         }
         auto element = std::make_unique<Element>();
         element->name = UpToNul(word);
+        element->code_page = code_page_;
         too_deep_ = too_deep_ || (!element->name.empty() && depth == limit_);
         if (element->name.empty() || too_deep_) {
             return nullptr;
