@@ -206,7 +206,8 @@ private:
         CXmlDocument document;
         const Shared model = Copy(*source.model);
         Check(ReadXml("<? >\n" + Show(*model), document), "not read");
-        result = {document, model};
+        const CXmlElement& root = document;
+        result = {root, model};
     }
 
     static void AddChild(Slot& parent, Slot& result, const std::string& name, unsigned value)

@@ -181,7 +181,7 @@ inline CXmlElement::CXmlElement(std::byte* block)
         return;
     }
     if (!HasSingleName(block)) {
-        table_ = CXmlShared<CXmlNameTable>(new CXmlNameTable);
+        table_ = CXmlNameTable::Make();
         if (!table_) {
             if (References(block) == 0) {
                 DestroyBlock(block);

@@ -1,6 +1,5 @@
 #include "xml/xml_name_table.h"
 
-#include "xml/xml_array.h"
 #include "xml/xml_block.h"
 
 namespace partkeep {
@@ -92,16 +91,23 @@ void CXmlNameBucket::Place(std::size_t position)
     places_[place] = static_cast<std::uint32_t>(position + 1);
 }
 
-bool CXmlNameTable::Fill(const std::byte* name_array)
+CXmlShared<CXmlNameTable> CXmlNameTable::Make()
 {
-    names_.Clear();
-    for (CXmlItems item(name_array); !item.AtEnd(); item.Next()) {
-        CXmlString name(item.Text());
+    return CXmlShared<CXmlNameTable>(new CXmlNameTable);
+}
+
+// Names that stand in extension cells too.
+bool CXmlNameTable::FillTo(std::uint16_t id, const std::byte* name_array)
+{
+    if (!next_) {
+        next_.emplace(name_array);
+    }
+    for (; names_.Size() < id && !next_->AtEnd(); next_->Next()) {
+        CXmlString name(next_->Text());
         if (name.IsNull() || !names_.Add(std::move(name))) {
             return false;
         }
     }
-    filled_ = true;
     return true;
 }
 

@@ -5,8 +5,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
+#include "xml/xml_array.h"
 #include "xml/xml_string.h"
 #include "xml/xml_vector.h"
 
@@ -95,11 +97,15 @@ private:
 
 class CXmlNameTable final : public CXmlBody {
 public:
-    // The name of an id, NUL-terminated; null for an id that has none, or when there is no memory. The first call
-    // decodes `name_array`, of the block that all callers of this table stand on.
+    // Null when there is no memory.
+    [[nodiscard]] static CXmlShared<CXmlNameTable> Make();
+
+    // The name of an id, NUL-terminated; null for an id that has none, or when there is no memory. Decodes
+    // `name_array`, of the block that all callers of this table stand on, as far as it must: few names of a large copy
+    // may be asked for, each by a handle with a table of its own.
     [[nodiscard]] const char* NameOf(std::uint16_t id, const std::byte* name_array)
     {
-        if (!filled_ && !Fill(name_array)) {
+        if (id > names_.Size() && !FillTo(id, name_array)) {
             return nullptr;
         }
         return id == 0 || id > names_.Size() ? nullptr : names_[id - 1U].Text();
@@ -111,13 +117,11 @@ public:
     // The name's id, a new one where it has none; 0 when there is no memory, or no id left.
     [[nodiscard]] std::uint16_t Intern(std::string_view name);
 
-    // Decodes a name array, extension cells included. False when there is no memory.
-    [[nodiscard]] bool Fill(const std::byte* name_array);
-
     [[nodiscard]] const CXmlVector<CXmlString>& Names() const { return names_; }
     [[nodiscard]] std::uint32_t BucketCount() const { return bucket_count_; }
 
 private:
+    [[nodiscard]] bool FillTo(std::uint16_t id, const std::byte* name_array);
     [[nodiscard]] std::uint16_t* Slot(const CXmlString& name, std::uint32_t fingerprint);
     [[nodiscard]] bool Index();
     [[nodiscard]] bool Rehash();
@@ -128,8 +132,8 @@ private:
     CXmlVector<CXmlShared<CXmlNameBucket>> buckets_;
     std::uint32_t count_ = 0;
     CXmlVector<CXmlString> names_;
-    std::size_t indexed_ = 0; // names that the buckets know; they are filled when a name is first looked up
-    bool filled_ = false;
+    std::size_t indexed_ = 0;       // names that the buckets know; they are filled when a name is first looked up
+    std::optional<CXmlItems> next_; // the name that is to be decoded next, once one has been asked for
 };
 
 } // namespace partkeep

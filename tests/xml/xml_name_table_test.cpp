@@ -29,7 +29,9 @@ TEST(XmlNameTable, DecodesTheArrayAndItsExtensionCells)
                               std::string(reinterpret_cast<const char*>(&cell_address), sizeof cell_address);
     CXmlNameTable table;
     const auto* bytes = reinterpret_cast<const std::byte*>(array.data());
+    EXPECT_STREQ(table.NameOf(2, bytes), "y");
     EXPECT_STREQ(table.NameOf(3, bytes), "x");
+    EXPECT_STREQ(table.NameOf(1, bytes), "x");
     EXPECT_EQ(table.NameOf(0, bytes), nullptr);
     EXPECT_EQ(table.NameOf(4, bytes), nullptr);
     EXPECT_EQ(table.Find("x"), 3) << "of equal names the later counts";
