@@ -1,8 +1,12 @@
 #include "desktop/control_widgets.h"
 
+#include "desktop/dialog_request.h"
+
 #include <QCheckBox>
+#include <QDropEvent>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMimeData>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QWheelEvent>
@@ -103,6 +107,7 @@ CReportList::CReportList(QWidget* parent) : QTreeWidget(parent)
     setUniformRowHeights(true);
     setSelectionMode(ExtendedSelection);
     setEditTriggers(NoEditTriggers);
+    setAcceptDrops(true);
     header()->setSectionsMovable(false);
     header()->setStretchLastSection(false);
 }
@@ -154,6 +159,36 @@ int CReportList::NextSelected(int after) const
         }
     }
     return -1;
+}
+
+void CReportList::FocusRow(int row)
+{
+    selectionModel()->setCurrentIndex(model()->index(row, 0), QItemSelectionModel::NoUpdate);
+    scrollTo(currentIndex());
+}
+
+void CReportList::TakeDrag(QDropEvent& event) const
+{
+    const auto* const source = qobject_cast<const QWidget*>(event.source());
+    const bool ours = source != nullptr && source->window() == window()->parentWidget();
+    const bool parts = event.mimeData()->hasFormat(QLatin1String(dragged_parts_type));
+    event.setDropAction(Qt::CopyAction);
+    event.setAccepted(ours && parts);
+}
+
+void CReportList::dragEnterEvent(QDragEnterEvent* event)
+{
+    TakeDrag(*event);
+}
+
+void CReportList::dragMoveEvent(QDragMoveEvent* event)
+{
+    TakeDrag(*event);
+}
+
+void CReportList::dropEvent(QDropEvent* event)
+{
+    TakeDrag(*event);
 }
 
 QWidget* MakeControlWidget(const TemplateControl& control, QWidget* parent)

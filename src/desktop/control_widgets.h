@@ -42,7 +42,8 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 };
 
-// Rows of text in columns, in the order in which they were put.
+// Rows of text in columns, in the order in which they were put. Takes parts that are dragged from the window that this
+// one belongs to; what becomes of them is for that window to say when the drag has ended.
 class CReportList : public QTreeWidget {
 public:
     explicit CReportList(QWidget* parent);
@@ -54,6 +55,15 @@ public:
     void RemoveRow(int row);
     [[nodiscard]] int SelectedCount() const;
     [[nodiscard]] int NextSelected(int after) const;
+    void FocusRow(int row); // and selects nothing
+
+protected:
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    void TakeDrag(QDropEvent& event) const;
 };
 
 // A child of `parent` for any kind but a hosted control.

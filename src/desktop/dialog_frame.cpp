@@ -97,6 +97,17 @@ CDropDownList* CDialogFrame::OpenListAround(const QWidget& widget) const
     return list != nullptr && list->window() == this ? list : nullptr;
 }
 
+bool CDialogFrame::event(QEvent* event)
+{
+    if (event->type() != CDialogRequestEvent::EventType()) {
+        return QDialog::event(event);
+    }
+    if (input_enabled_) {
+        events_.Requested(static_cast<CDialogRequestEvent*>(event)->Request());
+    }
+    return true;
+}
+
 void CDialogFrame::changeEvent(QEvent* event)
 {
     QDialog::changeEvent(event);

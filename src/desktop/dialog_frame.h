@@ -2,6 +2,7 @@
 // widget inside, hosted controls included, before that widget does.
 #pragma once
 
+#include "desktop/dialog_request.h"
 #include "desktop/spoken_role.h"
 
 #include <QDialog>
@@ -20,8 +21,9 @@ public:
 
     virtual bool KeyDown(const QKeyEvent& event) = 0; // true: used up
     virtual void CloseBox() = 0;
-    virtual void Painted() = 0;   // outside the paint event, so that a message may follow
-    virtual void FrameGoes() = 0; // its children still stand
+    virtual void Requested(DialogRequest request) = 0; // by a control inside
+    virtual void Painted() = 0;                        // outside the paint event, so that a message may follow
+    virtual void FrameGoes() = 0;                      // its children still stand
 };
 
 class CDialogFrame : public QDialog {
@@ -41,6 +43,7 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 protected:
+    bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;

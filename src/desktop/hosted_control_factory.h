@@ -5,9 +5,18 @@
 
 #include <memory>
 
+class QKeyEvent;
 class QWidget;
 
 namespace partkeep {
+
+// The widget of a control that has keys of its own wherever the focus is in its dialog.
+class IWindowKeys {
+public:
+    virtual ~IWindowKeys() = default;
+
+    virtual bool TakeWindowKey(const QKeyEvent& event) = 0; // true: used up
+};
 
 class IQtControlFactory {
 public:

@@ -28,6 +28,9 @@ std::unique_ptr<IHostedControl> CQtDialogWindow::CreateHostedControl(const Class
     widget->setGeometry(ToQRect(area));
     widget->show();
     controls_.AddHosted(id, widget);
+    if (auto* keys = dynamic_cast<IWindowKeys*>(widget)) {
+        events_.SetWindowKeys(keys, widget);
+    }
     return control;
 }
 

@@ -2,9 +2,11 @@
 
 #include "desktop/control_widgets.h"
 #include "desktop/qt_keys.h"
+#include "resources/resource_ids.h"
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QComboBox>
 #include <QKeyEvent>
 #include <QPushButton>
 
@@ -30,11 +32,34 @@ bool CQtDialogEvents::KeyDown(const QKeyEvent& event)
         GoToNextWindow();
         return true;
     }
-    const KeyPress press = ToKeyPress(event);
-    if (press.key == 0 || !IsBegun()) {
+    if (!IsBegun()) {
         return false;
     }
-    return Tell(&IDialogEvents::PreTranslateMessage, press) || (IsBegun() && DefaultKey(press));
+    const KeyPress press = ToKeyPress(event);
+    if (press.key == 0 && WindowKeys() == nullptr) {
+        return false;
+    }
+    const bool taken = Tell(&IDialogEvents::PreTranslateMessage, press); // at a moment for none, it is used up
+    return taken || (IsBegun() && (DefaultKey(press) || TakeWindowKey(event)));
+}
+
+void CQtDialogEvents::SetWindowKeys(IWindowKeys* keys, QWidget* widget)
+{
+    keys_ = keys;
+    keys_widget_ = widget;
+}
+
+// A box that opens its list by a key needs that key itself.
+bool CQtDialogEvents::TakeWindowKey(const QKeyEvent& event)
+{
+    const bool opens_list = event.key() == Qt::Key_Up || event.key() == Qt::Key_Down;
+    const bool in_box = qobject_cast<QComboBox*>(frame_->focusWidget()) != nullptr;
+    return WindowKeys() != nullptr && !(in_box && opens_list) && WindowKeys()->TakeWindowKey(event);
+}
+
+void CQtDialogEvents::Requested(DialogRequest request)
+{
+    Command(request == DialogRequest::Add ? RES_ADD : RES_CHOOSE_PART);
 }
 
 // What the window system does with the keys that the dialog's logic leaves to it.

@@ -4,6 +4,7 @@
 
 #include "desktop/control_set.h"
 #include "desktop/dialog_frame.h"
+#include "desktop/hosted_control_factory.h"
 #include "platform/dialog_window.h"
 
 #include <QPointer>
@@ -22,11 +23,15 @@ public:
 
     void Begin(IDialogEvents& events) { events_ = &events; }
     void End() { events_ = nullptr; }
+    [[nodiscard]] IWindowKeys* WindowKeys() const { return keys_widget_ ? keys_ : nullptr; }
+    [[nodiscard]] QWidget* WindowKeysWidget() const { return keys_widget_; }
     [[nodiscard]] bool IsBegun() const { return events_ != nullptr; }
     // One of them has not returned yet: the window may be closed from inside it.
     [[nodiscard]] bool IsTelling() const { return told_ > 0; }
 
     void Connect(int id, QWidget* widget);
+    // Of this window, or of the one that it belongs to. Null: there are none.
+    void SetWindowKeys(IWindowKeys* keys, QWidget* widget);
     void InitDialog() { Tell(&IDialogEvents::OnInitDialog); }
     void Destroy() { Tell(&IDialogEvents::OnDestroy); }
     void Command(int id) { Tell(&IDialogEvents::OnCommand, id); }
@@ -34,6 +39,7 @@ public:
 
     bool KeyDown(const QKeyEvent& event) override;
     void CloseBox() override { Command(id_cancel); }
+    void Requested(DialogRequest request) override;
     void Painted() override { Tell(&IDialogEvents::OnPaint); }
     void FrameGoes() override { Destroy(); } // with its owner
 
@@ -53,6 +59,7 @@ private:
         return (events_->*event)(given...);
     }
     bool DefaultKey(const KeyPress& press);
+    [[nodiscard]] bool TakeWindowKey(const QKeyEvent& event);
     void PressDefault();
     void GoToNextWindow();
 
@@ -61,6 +68,8 @@ private:
     const CControlSet& controls_;
     IDialogFields& fields_;
     IDialogEvents* events_ = nullptr;
+    IWindowKeys* keys_ = nullptr; // good for as long as the widget is
+    QPointer<QWidget> keys_widget_;
     int told_ = 0;
 };
 

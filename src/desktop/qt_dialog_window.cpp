@@ -94,6 +94,9 @@ bool CQtDialogWindow::CreateModeless(IDialogEvents& events, IDialogWindow* owner
     owner_dialog_ = dynamic_cast<CQtDialogWindow*>(owner);
     modeless_ = true;
     Open(events, owner_dialog_ == nullptr ? nullptr : owner_dialog_->frame_.data());
+    if (owner_dialog_ != nullptr) {
+        events_.SetWindowKeys(owner_dialog_->events_.WindowKeys(), owner_dialog_->events_.WindowKeysWidget());
+    }
     // The user goes on in the owner: a window that only shows what was added must not take the keys from it.
     frame_->setAttribute(Qt::WA_ShowWithoutActivating);
     return true;

@@ -61,6 +61,7 @@
 // Selected Parts dialog.
 #define RES_PART_LIST              233
 #define RES_REMOVE                 247
+#define RES_PARTS_COLLECTED        248 /* made at run time */
 #define RES_CHANGE_QUANTITY        259
 
 // Commands of the toolbar; the numbers of their tool tips too.
@@ -68,5 +69,9 @@
 #define RES_FILTER_NCT             32774
 #define RES_FILTER_LASER           32775
 #define RES_FILTER_MARVEN          32776
+
+// No control's: what a double click on a part in the browser asks for.
+#define RES_CHOOSE_PART            32800
+
 #define RES_TOOL_SIZE              16, 15
 // clang-format on

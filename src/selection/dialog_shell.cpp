@@ -51,6 +51,9 @@ void CPartkeepReadDlg::OnCommand(int id)
     case RES_ADD:
         OnAdd();
         return;
+    case RES_CHOOSE_PART:
+        OnChoosePart();
+        return;
     case id_cancel:
         OnCancel();
         return;
@@ -59,6 +62,16 @@ void CPartkeepReadDlg::OnCommand(int id)
     }
     if (const MachineFilter* filter = FindFilterByCommand(id)) {
         OnFilter(*filter);
+    }
+}
+
+// What is wanted is one part where only one can be taken, and a part more where several are collected.
+void CPartkeepReadDlg::OnChoosePart()
+{
+    if (multiSelection) {
+        OnAdd();
+    } else {
+        OnLoad();
     }
 }
 

@@ -67,6 +67,7 @@ private:
 
     // Shell
     void OnTabKey(bool forward);
+    void OnChoosePart();
     void OnUnitChange();
     void OnFilter(const MachineFilter& filter);
     void OnCancel();

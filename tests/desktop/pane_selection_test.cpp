@@ -1,7 +1,12 @@
 // Selecting, searching, sorting and moving about in the pane, by mouse and keys and by the component's calls.
 #include "tests/desktop/played_pane.h"
 
+#include "desktop/pane/pane_places.h"
+#include "desktop/pane/search_hits.h"
+#include "partlibrary/library/sort_text.h"
+
 #include <QHeaderView>
+#include <QMenu>
 
 namespace partkeep {
 namespace {
@@ -151,6 +156,78 @@ TEST_F(PaneSelection, TheTreeNavigatesWithOneClickEach)
         EXPECT_EQ(pane.Selected(), "");
         EXPECT_EQ(pane.TakeClicks(), row.clicks);
     }
+}
+
+// A result is no selection until it is chosen; that goes to its folder.
+TEST_F(PaneSelection, AWholeServerIsSearched)
+{
+    const Play search = [](CPlayedPane& pane) { pane.Search().setFocus(); };
+    const Play wide = Press(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+    const Play down = Press(Qt::Key_Down);
+    const Play all = Call([](CKPDKeyManager& browser) { browser.SelectAllParts(1); });
+    const Play refresh = Call([](CKPDKeyManager& browser) { browser.RefreshPartList(); });
+    const Play back = Press(Qt::Key_Left, Qt::AltModifier);
+    const Play narrow = [](CPlayedPane& pane) {
+        auto* menu = ButtonIn(*pane.pane, u"Narrow"_s)->menu();
+        Q_EMIT menu->aboutToShow();
+        QMenu* materials = menu->actions().front()->menu();
+        Q_EMIT materials->aboutToShow();
+        materials->actions().at(1)->trigger();
+    };
+    const Play twice = [](CPlayedPane& pane) {
+        const QPoint place = pane.List().visualRect(pane.pane->Model().index(1, 0)).center();
+        QTest::mouseClick(pane.List().viewport(), Qt::LeftButton, {}, place);
+        QTest::mouseDClick(pane.List().viewport(), Qt::LeftButton, {}, place);
+    };
+    const struct {
+        const char* label;
+        std::vector<Play> plays;
+        const char* shown;
+        const char* selected;
+        const char16_t* folder;
+        int clicks;
+    } rows[] = {
+        {"shown and not selected", {wide, Type("p1")}, "P1 p1 P10", "", u"Plates", 0},
+        {"words in any order, all in one part", {wide, Type("SPCC p1")}, "P1", "", u"Plates", 0},
+        {"all of them is none", {wide, Type("p1"), all, refresh, down, down}, "P1 p1 P10", "", u"Plates", 0},
+        {"what was selected is not any more", {Row(0), wide, Type("p1")}, "P1 p1 P10", "", u"Plates", 2},
+        {"chosen by a click", {wide, Type("p1"), Row(2)}, "Bare P1 p1 P2 P10", "P10", u"Plates\\2008", 1},
+        {"by keys", {wide, Type("p"), down, down, Press(Qt::Key_Space)}, "Bare P1 p1 P2 P10", "P1", u"Plates\\2008", 1},
+        {"in this folder", {wide, Type("t"), Row(0)}, "Top", "Top", u"Plates", 1},
+        {"and back", {wide, Type("p1"), Row(2), back}, "P1 p1 P10", "", u"Plates\\2008", 2},
+        {"to this folder alone", {wide, Type("p1"), wide}, "", "", u"Plates", 0},
+        {"cleared", {wide, Type("p1"), [](auto& pane) { pane.Search().clear(); }}, "Top", "", u"Plates", 0},
+        {"narrowed without a word", {wide, narrow}, "P1", "", u"Plates", 0},
+        {"the tree leaves the results",
+         {wide, Type("p1"), [](auto& pane) { ClickInTree(*pane.pane, u"SRV1"_s, u"Plates"_s); }},
+         "Top",
+         "",
+         u"Plates",
+         1},
+        {"the second press of a double click means the part of the first",
+         {wide, Type("p1"), twice},
+         "Bare P1 p1 P2 P10",
+         "p1",
+         u"Plates\\2008",
+         1},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        CPlayedPane pane(libraries_, {.folder = u"Plates"});
+        pane.TakeClicks();
+        for (const Play& play : row.plays) {
+            play(pane);
+            Settle(*pane.pane);
+        }
+        EXPECT_EQ(pane.Shown(), row.shown);
+        EXPECT_EQ(pane.Selected(), row.selected);
+        EXPECT_EQ(pane.browser.GetCurrentFolder(), row.folder);
+        EXPECT_EQ(pane.TakeClicks(), row.clicks);
+        if (CPanePlaces(libraries_.Folder() + u"/places/browser.json"_s).SearchesServer()) {
+            wide(pane); // the next one would begin so
+        }
+    }
+    EXPECT_EQ(FindHits(u"ﾎﾞｰﾙ Hülse h"_s, SearchWords(u"ボー hu h"_s)), (QList<SearchHit>{{0, 3}, {5, 2}, {11, 1}}));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // What the pane shows and remembers: unit, looks, places, export, texts, focus, the cells of its list.
 #include "tests/desktop/played_pane.h"
 
+#include "desktop/pane/favourites_dialog.h"
 #include "desktop/pane/pane_places.h"
 #include "desktop/pane/pane_texts.h"
 #include "platform/files.h"
@@ -9,7 +10,9 @@
 #include <QApplication>
 #include <QHeaderView>
 #include <QLabel>
+#include <QListWidget>
 #include <QMenu>
+#include <QPushButton>
 #include <QSplitter>
 
 namespace partkeep {
@@ -100,30 +103,69 @@ TEST_F(PaneState, ColumnsAreArrangedFromTheKeyboard)
     EXPECT_EQ(pane.Shown(), "P10 P2 p1 P1 Bare");
 }
 
-TEST_F(PaneState, PlacesAreRememberedAndLeadBack)
+TEST_F(PaneState, PlacesWorkedInAreRememberedAndLeadBack)
 {
+    const QString file = libraries_.Folder() + u"/places/browser.json"_s;
     {
         CPlayedPane pane(libraries_);
         pane.Key(Qt::Key_D, Qt::ControlModifier);
         ClickInTree(*pane.pane, u"板金"_s, u"板金"_s);
         ClickInTree(*pane.pane, u"板金"_s, u"筐体"_s);
+        EXPECT_TRUE(CPanePlaces(file).Recent().isEmpty()) << "nobody worked there";
+        QTest::qWait(3300); // timers come up to a twentieth late
+        EXPECT_EQ(CPanePlaces(file).Recent(), (QList<PanePlace>{{u"板金"_s, u"筐体"_s}})) << "somebody stayed";
+        ClickInTree(*pane.pane, u"SRV1"_s, u"2008"_s);
+        pane.browser.SetTargetFolder(CorePath(libraries_.Folder().toStdString()));
+        pane.browser.SetDataKind(part_data_kind);
+        pane.browser.CopyPartFiles(u"SRV1", u"Plates\\2008\\P1");
     }
     CPlayedPane pane(libraries_, {.server = u"板金", .folder = u""});
     pane.TakeClicks();
     auto* menu = ButtonIn(*pane.pane, u"Places"_s)->menu();
     Q_EMIT menu->aboutToShow();
+    QStringList entries;
     for (QAction* action : menu->actions()) {
-        if (action->text() == u"SRV1\\Plates\\2008"_s) {
-            action->trigger();
-            break;
-        }
+        entries += action->text();
     }
+    EXPECT_EQ(entries.count(u"SRV1\\Plates\\2008"_s), 1) << "a favourite stands once";
+    menu->actions().at(entries.indexOf(u"SRV1\\Plates\\2008"_s))->trigger();
     EXPECT_EQ(pane.Shown(), "Bare P1 p1 P2 P10");
     EXPECT_EQ(pane.TakeClicks(), 1);
-    const CPanePlaces places(libraries_.Folder() + u"/places/browser.json"_s);
-    EXPECT_EQ(places.Favourites(), (QList<PanePlace>{{u"SRV1"_s, u"Plates\\2008"_s}}));
-    EXPECT_EQ(places.Recent().size(), 3);
-    EXPECT_EQ(places.Recent().front(), places.Favourites().front());
+    const CPanePlaces places(file);
+    EXPECT_EQ(places.Favourites(), (QList<PaneFavourite>{{{u"SRV1"_s, u"Plates\\2008"_s}, {}}}));
+    EXPECT_EQ(places.Recent(), (QList<PanePlace>{{u"SRV1"_s, u"Plates\\2008"_s}, {u"板金"_s, u"筐体"_s}}));
+}
+
+TEST_F(PaneState, FavouritesAreNamedAndPutInOrder)
+{
+    const QString file = libraries_.Folder() + u"/places/browser.json"_s;
+    CPlayedPane pane(libraries_);
+    pane.Key(Qt::Key_D, Qt::ControlModifier);
+    ClickInTree(*pane.pane, u"板金"_s, u"板金"_s);
+    pane.Key(Qt::Key_D, Qt::ControlModifier);
+    CPanePlaces places(file);
+    auto* dialog = new CFavouritesDialog(places, PaneLanguage::English, pane.pane);
+    dialog->show();
+    auto& list = *dialog->findChild<QListWidget*>();
+    list.setCurrentRow(1);
+    const auto press = [&](const QString& text) {
+        for (auto* button : dialog->findChildren<QPushButton*>()) {
+            if (button->text() == text) {
+                button->click();
+            }
+        }
+    };
+    press(u"Up"_s);
+    press(u"Rename"_s);
+    auto* editor = list.findChild<QLineEdit*>();
+    QTest::keyClicks(editor, u"Sheets"_s);
+    QTest::keyClick(editor, Qt::Key_Return);
+    Settle();
+    EXPECT_EQ(CPanePlaces(file).Favourites(),
+              (QList<PaneFavourite>{{{u"板金"_s, {}}, u"Sheets"_s}, {{u"SRV1"_s, u"Plates\\2008"_s}, {}}}));
+    press(u"Remove"_s);
+    EXPECT_EQ(CPanePlaces(file).Favourites().size(), 1);
+    delete dialog;
 }
 
 TEST_F(PaneState, APlacesFileThatMakesNoSenseIsPassedOver)

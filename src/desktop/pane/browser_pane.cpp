@@ -1,12 +1,19 @@
 #include "desktop/pane/browser_pane.h"
 
+#include "desktop/dialog_request.h"
 #include "desktop/pane/busy_pointer.h"
+#include "desktop/pane/key_sheet.h"
 #include "desktop/pane/pane_widgets.h"
+#include "desktop/pane/part_row_delegate.h"
+#include "desktop/pane/search_line.h"
 #include "desktop/pane/server_tree_model.h"
+#include "partlibrary/library/sort_text.h"
 
+#include <QDrag>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMimeData>
 #include <QSplitter>
 
 #include <algorithm>
@@ -28,6 +35,7 @@ CBrowserPane::CBrowserPane(std::shared_ptr<CBrowserSession> session, const PaneS
         UpdateTexts();
     });
     Connect();
+    session_->SearchIn(places_.SearchesServer() ? SearchScope::Server : SearchScope::Folder);
     session_->AttachPane(this);
     ServersChanged();
 }
@@ -57,7 +65,7 @@ void CBrowserPane::FolderChanged()
     }
     ShowCurrentPlace();
     PartListChanged();
-    list_->scrollToTop();
+    follower_->Reveal();
 }
 
 void CBrowserPane::PartListChanged()
@@ -65,12 +73,19 @@ void CBrowserPane::PartListChanged()
     if (!follower_->Narrows()) {
         pictures_.Clear();
     }
+    note_.clear();
+    delegate_->SetSearchWords(SearchWords(session_->ListView().search));
+    SetRowHeight();
     follower_->ShowList();
+    if (session_->ShowsResults()) {
+        results_text_ = session_->ListView().search;
+    }
     UpdateTexts();
 }
 
 void CBrowserPane::SelectionChanged()
 {
+    note_.clear();
     follower_->ShowSelection();
     UpdateTexts();
 }
@@ -102,6 +117,7 @@ void CBrowserPane::Act(bool clicked, const std::function<void()>& action)
     if (tree_->hasFocus() && !selected) {
         FollowTree(clicked);
     } else if (clicked || selected) {
+        note_.clear();
         follower_->TakeSelection();
     }
     UpdateTexts();
@@ -128,13 +144,14 @@ void CBrowserPane::GoTo(const PanePlace& place)
 {
     const CBusyPointer busy;
     session_->Go(place.server, place.folder);
-    RememberPlace();
     UpdateTexts();
 }
 
 void CBrowserPane::RememberPlace()
 {
-    if (session_->Library() != nullptr && session_->CurrentFolder().id != 0) {
+    const QList<PanePlace>& recent = places_.Recent();
+    const bool known = !recent.isEmpty() && recent.front() == CurrentPlace();
+    if (!known && session_->Library() != nullptr && session_->CurrentFolder().id != 0) {
         places_.Visit(CurrentPlace());
     }
 }
@@ -175,22 +192,95 @@ void CBrowserPane::OnSort(int column, Qt::SortOrder order)
     if (follower_->State() != PaneState::Showing) {
         const CBusyPointer busy;
         session_->SortBy(static_cast<PartColumn>(column), order == Qt::DescendingOrder);
+        follower_->Reveal();
     }
+}
+
+// A paint is the first moment behind a change at which a timer may be started.
+void CBrowserPane::ListPainted()
+{
+    work_->Start();
+    if (stay_place_ != CurrentPlace()) {
+        stay_place_ = CurrentPlace();
+        stay_.start();
+    }
+}
+
+void CBrowserPane::SearchIn(SearchScope scope)
+{
+    places_.SetSearchesServer(scope == SearchScope::Server);
+    session_->SearchIn(scope);
+    UpdateTexts();
+}
+
+void CBrowserPane::GoToSearch()
+{
+    window()->activateWindow();
+    search_->setFocus();
+    search_->selectAll();
+}
+
+void CBrowserPane::BackToResults()
+{
+    if (results_text_.isEmpty() || session_->ShowsResults()) {
+        return;
+    }
+    session_->SearchIn(SearchScope::Server);
+    search_->setText(results_text_);
+    search_->setFocus();
+}
+
+void CBrowserPane::DoubleClicked(PartId part)
+{
+    if (session_->Selection() == std::vector<PartId>{part}) {
+        PostDialogRequest(*window(), DialogRequest::Choose);
+    }
+}
+
+// The drag has a loop of its own, in which the dialog may end.
+void CBrowserPane::DragSelection()
+{
+    const QPointer<CBrowserPane> self(this);
+    auto* parts = new QMimeData;
+    parts->setData(QLatin1String(dragged_parts_type), QByteArray());
+    auto* drag = new QDrag(this); // deletes itself
+    drag->setMimeData(parts);
+    const Qt::DropAction action = drag->exec(Qt::CopyAction);
+    if (self != nullptr && action == Qt::CopyAction) {
+        PostDialogRequest(*window(), DialogRequest::Add);
+    }
+}
+
+bool CBrowserPane::TakeWindowKey(const QKeyEvent& event)
+{
+    const QKeyCombination key = event.keyCombination();
+    const std::pair<QKeyCombination, void (CBrowserPane::*)()> keys[] = {
+        {Qt::CTRL | Qt::Key_F, &CBrowserPane::GoToSearch},
+        {Qt::CTRL | Qt::Key_D, &CBrowserPane::ToggleFavourite},
+        {QKeyCombination(Qt::Key_F5), &CBrowserPane::Refresh},
+        {QKeyCombination(Qt::Key_F1), &CBrowserPane::ToggleKeySheet},
+        {Qt::ALT | Qt::Key_Up, &CBrowserPane::GoUp},
+        {Qt::ALT | Qt::Key_Left, &CBrowserPane::BackToResults},
+    };
+    for (const auto& [combination, action] : keys) {
+        if (key == combination) {
+            (this->*action)();
+            return true;
+        }
+    }
+    if (key == (Qt::CTRL | Qt::SHIFT | Qt::Key_F)) {
+        search_line_->Switch();
+        GoToSearch();
+        return true;
+    }
+    return false;
 }
 
 void CBrowserPane::keyPressEvent(QKeyEvent* event)
 {
-    const bool control = event->modifiers() == Qt::ControlModifier;
-    if (control && event->key() == Qt::Key_F) {
-        search_->setFocus();
-        search_->selectAll();
-    } else if (control && event->key() == Qt::Key_D && session_->CurrentFolder().id != 0) {
-        places_.ToggleFavourite(CurrentPlace());
-    } else if (event->key() == Qt::Key_F5) {
-        Refresh();
-    } else if (event->modifiers() == Qt::AltModifier && event->key() == Qt::Key_Up) {
-        GoUp();
-    } else {
+    if (list_->hasFocus() && event->matches(QKeySequence::Copy)) {
+        CopyNames();
+    } else if (!TakeWindowKey(*event)) {
         QWidget::keyPressEvent(event);
     }
 }

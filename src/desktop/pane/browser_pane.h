@@ -1,10 +1,12 @@
-// The part browser as the operator sees it: servers and folders beside the list of their parts, with search, places
-// and export. Draws a browser session and works it; everything that the component asks for is the session's.
+// The part browser as the operator sees it: servers and folders beside the list of their parts, with search, places,
+// keys that work anywhere in the dialog, and export. Draws a browser session and works it; everything that the
+// component asks for is the session's.
 //
 // A call of the component changes widgets at once and reads the first rows. What takes longer, the rest of a long list
 // and the pictures, is done in slices between events, begun by the next paint.
 #pragma once
 
+#include "desktop/hosted_control_factory.h"
 #include "desktop/pane/list_follower.h"
 #include "desktop/pane/pane_places.h"
 #include "desktop/pane/pane_texts.h"
@@ -14,12 +16,15 @@
 #include <QElapsedTimer>
 #include <QList>
 #include <QPoint>
+#include <QPointer>
 #include <QString>
+#include <QTimer>
 #include <QWidget>
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 
 class QFrame;
 class QLabel;
@@ -30,8 +35,10 @@ class QVBoxLayout;
 
 namespace partkeep {
 
+class CKeySheet;
 class CPartRowDelegate;
 class CSearchBox;
+class CSearchLine;
 class CServerTree;
 class CServerTreeModel;
 
@@ -40,7 +47,7 @@ struct PaneSettings {
     QString places_file; // see CPanePlaces
 };
 
-class CBrowserPane : public QWidget, private ISessionPane, private IPartListEvents {
+class CBrowserPane : public QWidget, public IWindowKeys, private ISessionPane, private IPartListEvents {
 public:
     CBrowserPane(std::shared_ptr<CBrowserSession> session, const PaneSettings& settings, QWidget* parent);
     ~CBrowserPane() override;
@@ -50,7 +57,10 @@ public:
     [[nodiscard]] CPartListModel& Model() { return *model_; }
     [[nodiscard]] bool HasWork() const { return work_->HasWork(); }
 
-    bool ExportTo(const QString& file);
+    // How many parts were written; nothing when it failed.
+    std::optional<int> ExportTo(const QString& file, const QItemSelection* selection = nullptr);
+
+    bool TakeWindowKey(const QKeyEvent& event) override;
 
 protected:
     void changeEvent(QEvent* event) override;
@@ -62,7 +72,6 @@ private:
     [[nodiscard]] QWidget* MakeLeftSide();
     [[nodiscard]] QWidget* MakeRightSide();
     [[nodiscard]] QWidget* MakeProblemLine();
-    [[nodiscard]] QToolButton* MakeButton(PaneText text);
     void MakeList();
     void MakeTree();
     void Connect();
@@ -85,17 +94,29 @@ private:
     void Act(bool clicked, const std::function<void()>& action) override;
     void TextTyped(const QString& text) override;
     void ColumnMenu(int column, const QPoint& place) override;
-    void ListPainted() override { work_->Start(); }
+    void RowMenu(const QPoint& place) override;
+    void DoubleClicked(PartId part) override;
+    void DragSelection() override;
+    void ListPainted() override;
     void FollowTree(bool clicked);
     void OnSearchTyped();
     void OnSort(int column, Qt::SortOrder order);
     void GoTo(const PanePlace& place);
     void GoUp();
     void Refresh();
+    void BackToResults();
+    void GoToSearch();
+    void SearchIn(SearchScope scope);
+    void ToggleFavourite();
     void RememberPlace();
     void FillPlacesMenu();
-    void AskExportFile();
-    void ShowPictures(bool shown);
+    void ArrangeFavourites();
+    void CopyNames();
+    void AskExportFile(bool selection_alone);
+    void TellExport(const QString& file, std::optional<int> parts);
+    void ToggleKeySheet();
+    void ShowPictures(PictureSize size);
+    void SetRowHeight();
 
     // Keeping up.
     void ShowCurrentPlace();
@@ -120,7 +141,8 @@ private:
     QToolButton* places_button_ = nullptr;
     QMenu* places_menu_ = nullptr;
     CServerTree* tree_ = nullptr;
-    CSearchBox* search_ = nullptr;
+    CSearchLine* search_line_ = nullptr;
+    CSearchBox* search_ = nullptr; // in the line
     QToolButton* columns_button_ = nullptr;
     QToolButton* export_button_ = nullptr;
     QFrame* problem_line_ = nullptr;
@@ -130,6 +152,13 @@ private:
     CPartListView* list_ = nullptr;
     CPartRowDelegate* delegate_ = nullptr;
     QLabel* status_ = nullptr;
+
+    QPointer<CKeySheet> key_sheet_;
+    PictureSize pictures_size_ = PictureSize::Small;
+    QString note_;         // said in place of the count, until something changes
+    QString results_text_; // of the results that were shown last
+    PanePlace stay_place_;
+    QTimer stay_; // in it
 
     std::unique_ptr<CListFollower> follower_;
     std::unique_ptr<CWorkSlices> work_;

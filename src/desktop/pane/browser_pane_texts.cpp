@@ -2,6 +2,7 @@
 #include "desktop/pane/browser_pane.h"
 
 #include "desktop/pane/pane_widgets.h"
+#include "desktop/pane/search_line.h"
 
 #include <QFrame>
 #include <QLabel>
@@ -66,16 +67,22 @@ void CBrowserPane::UpdateTexts()
         problem_line_->setVisible(!problem.isEmpty());
     }
     export_button_->setEnabled(model_->rowCount() > 0);
+    search_line_->ShowState();
 }
 
 QString CBrowserPane::StatusText() const
 {
-    if (!model_->Started()) {
-        return {};
+    if (!note_.isEmpty() || !model_->Started()) {
+        return note_;
     }
     const bool growing = !model_->Complete() && !model_->Failed();
-    QString text = Text(growing ? PaneText::PartCountSoFar : PaneText::PartCount).arg(Number(model_->rowCount()));
-    if (!session_->Selection().empty()) {
+    const bool results = session_->ShowsResults();
+    const PaneText found = results ? PaneText::ResultCount : PaneText::PartCount;
+    const PaneText found_so_far = results ? PaneText::ResultCountSoFar : PaneText::PartCountSoFar;
+    QString text = Text(growing ? found_so_far : found).arg(Number(model_->rowCount()));
+    if (results && model_->rowCount() > 0) {
+        text += QStringLiteral("   ·   ") + Text(PaneText::ResultHelp);
+    } else if (!session_->Selection().empty()) {
         text += QStringLiteral("   ·   ") +
                 Text(PaneText::SelectedCount).arg(Number(static_cast<qint64>(session_->Selection().size())));
     }
@@ -99,6 +106,9 @@ QString CBrowserPane::EmptyText() const
     const QString search = session_->ListView().search;
     if (!search.trimmed().isEmpty()) {
         return Text(PaneText::EmptySearch).arg(search);
+    }
+    if (!session_->ListView().only.empty()) {
+        return Text(PaneText::EmptyNarrowed);
     }
     return Text(session_->CurrentFolder().parts > 0 ? PaneText::EmptyFilter : PaneText::EmptyFolder);
 }
@@ -147,6 +157,7 @@ QString CBrowserPane::ProblemText() const
 // that the user has just clicked come as copies too, and would only flicker.
 void CBrowserPane::CopyStarted(const QString& part)
 {
+    RememberPlace();
     if (follower_->IsActing() || (copy_shown_.isValid() && copy_shown_.elapsed() < copy_line_ms)) {
         return;
     }

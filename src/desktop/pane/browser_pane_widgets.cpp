@@ -1,43 +1,30 @@
-// How the pane is put together, its menus, its focus order and what it remembers of its looks.
+// How the pane is put together, and its focus order.
 #include "desktop/pane/browser_pane.h"
 
-#include "desktop/pane/busy_pointer.h"
 #include "desktop/pane/column_menu.h"
-#include "desktop/pane/list_export.h"
 #include "desktop/pane/pane_icons.h"
 #include "desktop/pane/pane_widgets.h"
 #include "desktop/pane/part_row_delegate.h"
+#include "desktop/pane/search_line.h"
 #include "desktop/pane/server_tree_model.h"
 
 #include <QEvent>
-#include <QFileDialog>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
-#include <QMessageBox>
 #include <QSplitter>
 
-#include <algorithm>
 #include <array>
-#include <limits>
 
 namespace partkeep {
 
 namespace {
 
-constexpr int button_side = 32; // large enough for a finger
-constexpr int row_with_picture = 38;
-constexpr int row_without_picture = 32;
 constexpr int first_tree_width = 190;
-constexpr int largest_column = 4000;
+constexpr int stay_ms = 3000; // who stays in a folder so long has work there
 constexpr std::array<int, part_columns> first_widths{150, 112, 92, 100, 110};
-
-std::int16_t ToInt16(int value)
-{
-    return static_cast<std::int16_t>(std::clamp<int>(value, 0, std::numeric_limits<std::int16_t>::max()));
-}
 
 } // namespace
 
@@ -59,22 +46,11 @@ void CBrowserPane::MakeWidgets()
     UpdateTexts();
 }
 
-QToolButton* CBrowserPane::MakeButton(PaneText text)
-{
-    auto* button = new QToolButton;
-    button->setText(Text(text));
-    button->setAccessibleName(Text(text));
-    button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    button->setFocusPolicy(Qt::StrongFocus);
-    button->setMinimumHeight(button_side);
-    return button;
-}
-
 QWidget* CBrowserPane::MakeLeftSide()
 {
     MakeTree();
     places_menu_ = new QMenu(this);
-    places_button_ = MakeButton(PaneText::Places);
+    places_button_ = MakePaneButton(Text(PaneText::Places), nullptr);
     places_button_->setMenu(places_menu_);
     places_button_->setPopupMode(QToolButton::InstantPopup);
     places_button_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
@@ -90,28 +66,21 @@ QWidget* CBrowserPane::MakeLeftSide()
 QWidget* CBrowserPane::MakeRightSide()
 {
     MakeList();
-    search_ = new CSearchBox(nullptr);
-    search_->setPlaceholderText(Text(PaneText::SearchHint));
-    search_->setAccessibleName(Text(PaneText::Search));
-    search_->setMinimumHeight(button_side);
-    search_->ClearButton().setAccessibleName(Text(PaneText::ClearSearch));
-    search_->ClearButton().setToolTip(Text(PaneText::ClearSearch));
-    columns_button_ = MakeButton(PaneText::Columns);
-    export_button_ = MakeButton(PaneText::Export);
+    search_line_ = new CSearchLine(*session_, settings_.language, [this](SearchScope scope) { SearchIn(scope); });
+    search_ = &search_line_->Box();
+    columns_button_ = MakePaneButton(Text(PaneText::Columns), nullptr);
+    export_button_ = MakePaneButton(Text(PaneText::Export), nullptr);
     export_button_->setToolTip(Text(PaneText::ExportTitle));
     status_ = new QLabel;
     status_->setTextFormat(Qt::PlainText);
     status_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-    auto* line = new QHBoxLayout;
-    line->setSpacing(4);
-    line->addWidget(search_, 1);
-    line->addWidget(columns_button_);
-    line->addWidget(export_button_);
+    search_line_->AddButton(columns_button_);
+    search_line_->AddButton(export_button_);
     auto* side = new QWidget;
     auto* layout = new QVBoxLayout(side);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(4);
-    layout->addLayout(line);
+    layout->addWidget(search_line_);
     layout->addWidget(MakeProblemLine());
     layout->addWidget(list_, 1);
     layout->addWidget(status_);
@@ -127,7 +96,7 @@ QWidget* CBrowserPane::MakeProblemLine()
     problem_text_ = new QLabel;
     problem_text_->setTextFormat(Qt::PlainText);
     problem_text_->setWordWrap(true);
-    retry_button_ = MakeButton(PaneText::Retry);
+    retry_button_ = MakePaneButton(Text(PaneText::Retry), nullptr);
     auto* layout = new QHBoxLayout(problem_line_);
     layout->setContentsMargins(8, 2, 4, 2);
     layout->addWidget(problem_icon_);
@@ -159,14 +128,14 @@ void CBrowserPane::MakeList()
     }
     list_->Header().setSortIndicator(0, Qt::AscendingOrder);
     model_->SetPictures([this](const PartRow& row) {
-        pictures_.SetScale(devicePixelRatioF());
-        return delegate_->PicturesShown() ? pictures_.Picture(row) : QPixmap();
+        pictures_.SetSize(delegate_->PictureSide(), devicePixelRatioF());
+        return delegate_->PictureSide() > 0 ? pictures_.Picture(row) : QPixmap();
     });
     model_->SetFailureSink([this] {
         QMetaObject::invokeMethod(
             this, [this] { UpdateTexts(); }, Qt::QueuedConnection);
     });
-    ShowPictures(true);
+    ShowPictures(PictureSize::Small);
 }
 
 void CBrowserPane::Connect()
@@ -186,8 +155,11 @@ void CBrowserPane::Connect()
         ColumnMenu(list_->Header().sortIndicatorSection(),
                    columns_button_->mapToGlobal(QPoint(0, columns_button_->height())));
     });
-    connect(export_button_, &QToolButton::clicked, this, [this] { AskExportFile(); });
+    connect(export_button_, &QToolButton::clicked, this, [this] { AskExportFile(false); });
     connect(retry_button_, &QToolButton::clicked, this, [this] { Refresh(); });
+    stay_.setSingleShot(true);
+    stay_.setInterval(stay_ms);
+    connect(&stay_, &QTimer::timeout, this, [this] { RememberPlace(); });
 }
 
 void CBrowserPane::DrawIcons()
@@ -199,7 +171,7 @@ void CBrowserPane::DrawIcons()
     places_button_->setIcon(DrawPaneIcon(PaneIcon::Star, colours));
     columns_button_->setIcon(DrawPaneIcon(PaneIcon::Columns, colours));
     export_button_->setIcon(DrawPaneIcon(PaneIcon::Export, colours));
-    search_->ClearButton().setIcon(DrawPaneIcon(PaneIcon::Clear, colours));
+    search_line_->DrawIcons();
     problem_icon_->setPixmap(DrawPaneIcon(PaneIcon::Warning, colours).pixmap(20, 20));
     QPalette warning = colours;
     warning.setColor(QPalette::Window, IsDark(colours) ? QColor(92, 66, 10) : QColor(255, 240, 200));
@@ -215,96 +187,12 @@ void CBrowserPane::changeEvent(QEvent* event)
     }
 }
 
-// Menus.
-
-void CBrowserPane::ColumnMenu(int column, const QPoint& place)
-{
-    auto* menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    StyleMenu(*menu);
-    FillColumnMenu(*menu, {list_->Header(), column, settings_.language, delegate_->PicturesShown(),
-                           [this](int by, Qt::SortOrder order) { list_->Header().setSortIndicator(by, order); },
-                           [this](bool shown) { ShowPictures(shown); }});
-    menu->popup(place);
-}
-
-void CBrowserPane::FillPlacesMenu()
-{
-    places_menu_->clear();
-    const PanePlace here = CurrentPlace();
-    QAction* toggle =
-        places_menu_->addAction(Text(places_.IsFavourite(here) ? PaneText::RemoveFavourite : PaneText::AddFavourite),
-                                this, [this, here] { places_.ToggleFavourite(here); });
-    toggle->setShortcut(Qt::CTRL | Qt::Key_D);
-    toggle->setEnabled(session_->CurrentFolder().id != 0);
-    const auto add_places = [this](PaneText title, const QList<PanePlace>& places) {
-        AddMenuTitle(*places_menu_, Text(title));
-        for (const PanePlace& place : places) {
-            QString name = place.server + (place.folder.isEmpty() ? QString() : u'\\' + place.folder);
-            places_menu_->addAction(name.replace(u'&', QStringLiteral("&&")), this, [this, place] { GoTo(place); });
-        }
-    };
-    add_places(PaneText::Favourites, places_.Favourites());
-    if (places_.Favourites().isEmpty()) {
-        places_menu_->addAction(Text(PaneText::NoPlaces))->setEnabled(false);
-    }
-    if (!places_.Recent().isEmpty()) {
-        add_places(PaneText::Recent, places_.Recent());
-    }
-}
-
-void CBrowserPane::ShowPictures(bool shown)
-{
-    delegate_->ShowPictures(shown);
-    list_->SetRowHeight(std::max(shown ? row_with_picture : row_without_picture, fontMetrics().height() + 12));
-}
-
-// Export.
-
-QList<int> CBrowserPane::ShownColumns() const
-{
-    QList<int> columns;
-    for (int place = 0; place < part_columns; ++place) {
-        const int column = list_->Header().logicalIndex(place);
-        if (!list_->Header().isSectionHidden(column)) {
-            columns += column;
-        }
-    }
-    return columns;
-}
-
-bool CBrowserPane::ExportTo(const QString& file)
-{
-    const CBusyPointer busy;
-    model_->Finish();
-    return !model_->Failed() && ExportList(*model_, ShownColumns(), file);
-}
-
-void CBrowserPane::AskExportFile()
-{
-    auto* dialog = new QFileDialog(this, Text(PaneText::ExportTitle));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setNameFilter(Text(PaneText::ExportFilter));
-    dialog->setDefaultSuffix(QStringLiteral("csv"));
-    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& file) {
-        if (ExportTo(file)) {
-            return;
-        }
-        auto* message = new QMessageBox(QMessageBox::Warning, Text(PaneText::ExportTitle),
-                                        Text(PaneText::ExportFailed).arg(file), QMessageBox::Ok, this);
-        message->setAttribute(Qt::WA_DeleteOnClose);
-        message->open();
-    });
-    dialog->open();
-}
-
 // Focus.
 
 QList<QWidget*> CBrowserPane::FocusStops() const
 {
-    const QList<QWidget*> all{places_button_,  tree_,          search_,       &search_->ClearButton(),
-                              columns_button_, export_button_, retry_button_, list_};
+    const QList<QWidget*> all = QList<QWidget*>{places_button_, tree_} + search_line_->FocusStops() +
+                                QList<QWidget*>{columns_button_, export_button_, retry_button_, list_};
     QList<QWidget*> stops;
     for (QWidget* stop : all) {
         if (stop->isVisibleTo(this) && stop->isEnabledTo(this)) {
@@ -330,44 +218,6 @@ std::int16_t CBrowserPane::MoveFocus(std::int16_t code)
     }
     stops[to]->setFocus(forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
     return 1;
-}
-
-// View state.
-
-void CBrowserPane::ApplyViewState(const ViewState& state)
-{
-    QHeaderView& header = list_->Header();
-    if (state.tree_width > 0) {
-        splitter_->setSizes({state.tree_width, std::max(1, splitter_->width() - state.tree_width)});
-    }
-    int place = 0;
-    for (const ViewColumn& column : state.columns) {
-        if (column.id < 0 || column.id >= part_columns) {
-            continue;
-        }
-        header.moveSection(header.visualIndex(column.id), place++);
-        if (column.width > 0) {
-            header.resizeSection(column.id, std::clamp<int>(column.width, smallest_column, largest_column));
-        }
-        header.setSectionHidden(column.id, !column.visible);
-    }
-    if (header.hiddenSectionCount() == header.count()) {
-        header.showSection(static_cast<int>(PartColumn::Name));
-    }
-    ShowPictures(state.thumbnails);
-}
-
-void CBrowserPane::CaptureViewState(ViewState& state)
-{
-    const QHeaderView& header = list_->Header();
-    state.tree_width = ToInt16(splitter_->sizes().front());
-    state.thumbnails = delegate_->PicturesShown();
-    for (int place = 0; place < part_columns; ++place) {
-        const int column = header.logicalIndex(place);
-        const bool hidden = header.isSectionHidden(column);
-        state.columns[static_cast<std::size_t>(place)] = {ToInt16(column),
-                                                          ToInt16(hidden ? 0 : header.sectionSize(column)), !hidden};
-    }
 }
 
 } // namespace partkeep

@@ -2,10 +2,12 @@
 
 #include "desktop/readable_colours.h"
 
+#include <QActionGroup>
 #include <QApplication>
 #include <QHeaderView>
 
 #include <algorithm>
+#include <iterator>
 
 namespace partkeep {
 
@@ -64,6 +66,21 @@ void AddChoice(QMenu& menu, const ColumnMenuState& state, int column)
                      [&header, column](bool shown) { header.setSectionHidden(column, !shown); });
 }
 
+void AddPictureSizes(QMenu& menu, const ColumnMenuState& state)
+{
+    constexpr PaneText names[] = {PaneText::NoPictures, PaneText::SmallPictures, PaneText::MediumPictures,
+                                  PaneText::LargePictures};
+    auto* group = new QActionGroup(&menu);
+    for (std::size_t size = 0; size < std::size(names); ++size) {
+        QAction* action = menu.addAction(PaneString(names[size], state.language));
+        action->setCheckable(true);
+        action->setChecked(static_cast<PictureSize>(size) == state.pictures);
+        group->addAction(action);
+        QObject::connect(action, &QAction::triggered, &menu,
+                         [show = state.show_pictures, size] { show(static_cast<PictureSize>(size)); });
+    }
+}
+
 } // namespace
 
 void StyleMenu(QMenu& menu)
@@ -99,10 +116,8 @@ void FillColumnMenu(QMenu& menu, const ColumnMenuState& state)
     for (int column = 0; column < state.header.count(); ++column) {
         AddChoice(menu, state, column);
     }
-    QAction* pictures = menu.addAction(PaneString(PaneText::Thumbnails, state.language));
-    pictures->setCheckable(true);
-    pictures->setChecked(state.pictures);
-    QObject::connect(pictures, &QAction::toggled, &menu, state.show_pictures);
+    AddMenuTitle(menu, PaneString(PaneText::Thumbnails, state.language));
+    AddPictureSizes(menu, state);
 }
 
 } // namespace partkeep

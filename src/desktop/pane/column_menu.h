@@ -2,6 +2,7 @@
 #pragma once
 
 #include "desktop/pane/pane_texts.h"
+#include "partlibrary/session/view_state.h"
 
 #include <QMenu>
 #include <QString>
@@ -18,9 +19,9 @@ struct ColumnMenuState {
     QHeaderView& header;
     int column; // logical; negative: only the choice of columns
     PaneLanguage language;
-    bool pictures;
+    PictureSize pictures;
     std::function<void(int column, Qt::SortOrder order)> sort;
-    std::function<void(bool shown)> show_pictures;
+    std::function<void(PictureSize size)> show_pictures;
 };
 
 // Entries that a finger can tell apart, in the colours of the palette.

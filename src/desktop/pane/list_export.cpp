@@ -2,6 +2,8 @@
 
 #include <QSaveFile>
 
+#include <algorithm>
+
 namespace partkeep {
 
 namespace {
@@ -20,28 +22,57 @@ bool WriteLine(QSaveFile& file, const QStringList& fields)
     return file.write(line) == line.size();
 }
 
-} // namespace
-
-bool ExportList(const CPartListModel& model, const QList<int>& columns, const QString& file_name)
+QStringList HeaderFields(const CPartListModel& model, const QList<int>& columns)
 {
-    QSaveFile file(file_name);
     QStringList fields;
     for (const int column : columns) {
         fields += Field(model.HeaderText(static_cast<PartColumn>(column)));
     }
-    bool written = file.open(QIODevice::WriteOnly) && file.write(byte_order_mark) > 0 && WriteLine(file, fields);
-    for (int row = 0; written && row < model.rowCount(); ++row) {
-        const PartRow* part = model.Row(row);
-        fields.clear();
-        for (const int column : columns) {
-            fields += part != nullptr ? Field(model.CellText(*part, static_cast<PartColumn>(column))) : QString();
+    if (model.ShowsAllFolders()) {
+        fields += Field(model.FolderHeader());
+    }
+    return fields;
+}
+
+bool WriteRow(QSaveFile& file, const CPartListModel& model, const QList<int>& columns, int row)
+{
+    const PartRow* part = model.Row(row);
+    if (part == nullptr) {
+        return false;
+    }
+    QStringList fields;
+    for (const int column : columns) {
+        fields += Field(model.CellText(*part, static_cast<PartColumn>(column)));
+    }
+    if (model.ShowsAllFolders()) {
+        fields += Field(model.FolderText(*part));
+    }
+    return WriteLine(file, fields);
+}
+
+} // namespace
+
+std::optional<int> ExportList(const CPartListModel& model, const QList<int>& columns, const QString& file_name,
+                              const QItemSelection* selection)
+{
+    QList<QItemSelectionRange> ranges{{model.index(0, 0), model.index(model.rowCount() - 1, 0)}};
+    if (selection != nullptr) {
+        ranges = *selection;
+        std::sort(ranges.begin(), ranges.end(), [](const auto& a, const auto& b) { return a.top() < b.top(); });
+    }
+    QSaveFile file(file_name);
+    int rows = 0;
+    bool written = file.open(QIODevice::WriteOnly) && file.write(byte_order_mark) > 0 &&
+                   WriteLine(file, HeaderFields(model, columns));
+    for (const QItemSelectionRange& range : ranges) {
+        for (int row = range.top(); range.isValid() && written && row <= range.bottom(); ++row, ++rows) {
+            written = WriteRow(file, model, columns, row);
         }
-        written = part != nullptr && WriteLine(file, fields);
     }
     if (!written) {
         file.cancelWriting();
     }
-    return file.commit() && written;
+    return file.commit() && written ? std::optional(rows) : std::nullopt;
 }
 
 } // namespace partkeep

@@ -29,15 +29,19 @@ void CListFollower::ShowList()
     const PartRow* row = model_.Failed() ? nullptr : model_.Row(list_.currentIndex().row());
     const PartId current = row != nullptr && model_.Library() == session_.Library() ? row->id : 0;
     const FolderRow& folder = session_.CurrentFolder();
+    const PartListView view = session_.ListView();
     const CShowing showing(*this);
+    reveals_ = false;
     if (session_.Library() == nullptr || folder.id == 0) {
         model_.Clear();
     } else {
-        model_.Start(session_.ShareLibrary(), session_.ListView(), folder.parts, session_.ShownUnit(), Narrows());
+        model_.SetServer(session_.CurrentServer());
+        model_.Start(session_.ShareLibrary(), view, folder.parts, session_.ShownUnit(), Narrows());
         model_.Step();
     }
-    list_.Header().setSortIndicator(static_cast<int>(session_.ListView().sort),
-                                    session_.ListView().descending ? Qt::DescendingOrder : Qt::AscendingOrder);
+    list_.SetResults(session_.ShowsResults());
+    list_.Header().setSortIndicator(static_cast<int>(view.sort),
+                                    view.descending ? Qt::DescendingOrder : Qt::AscendingOrder);
     ShowSelection();
     if (const auto place = current != 0 ? model_.RowOf(current) : std::nullopt) {
         list_.selectionModel()->setCurrentIndex(model_.index(static_cast<int>(*place), 0),
@@ -63,6 +67,23 @@ void CListFollower::ShowWaiting()
 {
     if (waits_ && model_.Complete()) {
         ShowSelection();
+        if (reveals_) {
+            Reveal();
+        }
+    }
+}
+
+void CListFollower::Reveal()
+{
+    const CShowing showing(*this);
+    const auto& ids = session_.Selection();
+    const auto row = ids.empty() ? std::nullopt : model_.RowOf(ids.front());
+    reveals_ = !ids.empty() && !row && waits_;
+    if (row) {
+        list_.selectionModel()->setCurrentIndex(model_.index(static_cast<int>(*row), 0), QItemSelectionModel::NoUpdate);
+        list_.scrollTo(list_.currentIndex());
+    } else {
+        list_.scrollToTop();
     }
 }
 

@@ -47,6 +47,7 @@ public:
     void ShowList();
     void ShowSelection();
     void ShowWaiting(); // once the list is known to its end
+    void Reveal();      // brings what is selected into view, else the top; as soon as it is known where that is
 
     // From the user. An action inside another is part of it and not to be given here. True when it has changed the
     // selection.
@@ -64,7 +65,8 @@ private:
     CPartListModel& model_;
     CPartListView& list_;
     PaneState state_ = PaneState::Idle;
-    bool waits_ = false; // the selection, for rows that are not known yet
+    bool reveals_ = false; // what waits, when it comes
+    bool waits_ = false;   // the selection, for rows that are not known yet
 };
 
 } // namespace partkeep

@@ -81,6 +81,11 @@ void DrawExport(QPainter& painter)
     painter.drawPolyline(QPolygonF({{7.5, 10.5}, {12, 15}, {16.5, 10.5}}));
 }
 
+void DrawNarrow(QPainter& painter)
+{
+    painter.drawPolygon(QPolygonF({{3.5, 4.5}, {20.5, 4.5}, {14, 12.5}, {14, 20}, {10, 17.5}, {10, 12.5}}));
+}
+
 void DrawWarning(QPainter& painter)
 {
     painter.setBrush(QColor(240, 170, 0));
@@ -108,6 +113,8 @@ void Draw(QPainter& painter, PaneIcon icon, const QPalette& palette)
         return DrawColumns(painter);
     case PaneIcon::Export:
         return DrawExport(painter);
+    case PaneIcon::Narrow:
+        return DrawNarrow(painter);
     case PaneIcon::Warning:
         return DrawWarning(painter);
     }

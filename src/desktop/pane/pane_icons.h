@@ -7,7 +7,7 @@
 
 namespace partkeep {
 
-enum class PaneIcon { Server, ServerAway, Folder, Search, Clear, Star, Columns, Export, Warning };
+enum class PaneIcon { Server, ServerAway, Folder, Search, Clear, Star, Columns, Export, Narrow, Warning };
 
 [[nodiscard]] QIcon DrawPaneIcon(PaneIcon icon, const QPalette& palette);
 

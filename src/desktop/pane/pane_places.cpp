@@ -9,6 +9,8 @@
 #include <QSaveFile>
 #include <QStandardPaths>
 
+#include <algorithm>
+
 namespace partkeep {
 
 namespace {
@@ -20,29 +22,91 @@ constexpr auto favourites_key = "favourites";
 constexpr auto recent_key = "recent";
 constexpr auto server_key = "server";
 constexpr auto folder_key = "folder";
+constexpr auto name_key = "name";
+constexpr auto whole_server_key = "searchWholeServer";
+constexpr qsizetype longest_name = 200;
 
-QList<PanePlace> ReadPlaces(const QJsonValue& value, qsizetype most)
+const PanePlace& PlaceOf(const PanePlace& place)
 {
-    QList<PanePlace> places;
-    for (const auto& entry : value.toArray()) {
-        const PanePlace place{entry[QLatin1String(server_key)].toString(), entry[QLatin1String(folder_key)].toString()};
-        if (!place.server.isEmpty() && !places.contains(place) && places.size() < most) {
-            places += place;
-        }
-    }
-    return places;
+    return place;
 }
 
-QJsonArray PlacesArray(const QList<PanePlace>& places)
+const PanePlace& PlaceOf(const PaneFavourite& favourite)
+{
+    return favourite.place;
+}
+
+template <typename Entry>
+bool Holds(const QList<Entry>& entries, const PanePlace& place)
+{
+    return std::any_of(entries.begin(), entries.end(), [&](const Entry& entry) { return PlaceOf(entry) == place; });
+}
+
+PanePlace ReadPlace(const QJsonValue& entry)
+{
+    return {entry[QLatin1String(server_key)].toString(), entry[QLatin1String(folder_key)].toString()};
+}
+
+void ReadEntry(const QJsonValue& entry, PanePlace& place)
+{
+    place = ReadPlace(entry);
+}
+
+void ReadEntry(const QJsonValue& entry, PaneFavourite& favourite)
+{
+    favourite = {ReadPlace(entry), entry[QLatin1String(name_key)].toString().left(longest_name)};
+}
+
+template <typename Entry>
+QList<Entry> ReadEntries(const QJsonValue& value, qsizetype most)
+{
+    QList<Entry> entries;
+    for (const auto& read : value.toArray()) {
+        Entry entry;
+        ReadEntry(read, entry);
+        const PanePlace& place = PlaceOf(entry);
+        if (!place.server.isEmpty() && !Holds(entries, place) && entries.size() < most) {
+            entries += entry;
+        }
+    }
+    return entries;
+}
+
+QJsonObject EntryObject(const PanePlace& place)
+{
+    return {{QLatin1String(server_key), place.server}, {QLatin1String(folder_key), place.folder}};
+}
+
+QJsonObject EntryObject(const PaneFavourite& favourite)
+{
+    QJsonObject object = EntryObject(favourite.place);
+    if (!favourite.name.isEmpty()) {
+        object[QLatin1String(name_key)] = favourite.name;
+    }
+    return object;
+}
+
+template <typename Entry>
+QJsonArray EntriesArray(const QList<Entry>& entries)
 {
     QJsonArray array;
-    for (const PanePlace& place : places) {
-        array += QJsonObject{{QLatin1String(server_key), place.server}, {QLatin1String(folder_key), place.folder}};
+    for (const Entry& entry : entries) {
+        array += EntryObject(entry);
     }
     return array;
 }
 
 } // namespace
+
+QString PlaceText(const PanePlace& place)
+{
+    return place.folder.isEmpty() ? place.server : place.server + u'\\' + place.folder;
+}
+
+QString NameOf(const PaneFavourite& favourite)
+{
+    return favourite.name.isEmpty() ? PlaceText(favourite.place) : favourite.name;
+}
 
 QString CPanePlaces::UsersFile()
 {
@@ -53,10 +117,29 @@ QString CPanePlaces::UsersFile()
 void CPanePlaces::ToggleFavourite(const PanePlace& place)
 {
     Read();
-    if (!favourites_.removeOne(place)) {
-        favourites_ += place;
+    if (favourites_.removeIf([&](const PaneFavourite& known) { return known.place == place; }) == 0) {
+        favourites_ += {place, {}};
         favourites_ = favourites_.last(std::min(favourites_.size(), most_favourites));
     }
+    Write();
+}
+
+bool CPanePlaces::IsFavourite(const PanePlace& place) const
+{
+    return Holds(favourites_, place);
+}
+
+void CPanePlaces::SetFavourites(const QList<PaneFavourite>& favourites)
+{
+    Read();
+    favourites_ = favourites;
+    Write();
+}
+
+void CPanePlaces::SetSearchesServer(bool whole)
+{
+    Read();
+    searches_server_ = whole;
     Write();
 }
 
@@ -80,8 +163,9 @@ void CPanePlaces::Read()
         return;
     }
     const QJsonObject root = QJsonDocument::fromJson(file.readAll()).object();
-    favourites_ = ReadPlaces(root[QLatin1String(favourites_key)], most_favourites);
-    recent_ = ReadPlaces(root[QLatin1String(recent_key)], most_recent);
+    favourites_ = ReadEntries<PaneFavourite>(root[QLatin1String(favourites_key)], most_favourites);
+    recent_ = ReadEntries<PanePlace>(root[QLatin1String(recent_key)], most_recent);
+    searches_server_ = root[QLatin1String(whole_server_key)].toBool();
 }
 
 void CPanePlaces::Write() const
@@ -94,9 +178,10 @@ void CPanePlaces::Write() const
     if (!file.open(QIODevice::WriteOnly)) {
         return;
     }
-    file.write(QJsonDocument(QJsonObject{{QLatin1String(favourites_key), PlacesArray(favourites_)},
-                                         {QLatin1String(recent_key), PlacesArray(recent_)}})
-                   .toJson());
+    const QJsonObject root{{QLatin1String(favourites_key), EntriesArray(favourites_)},
+                           {QLatin1String(recent_key), EntriesArray(recent_)},
+                           {QLatin1String(whole_server_key), searches_server_}};
+    file.write(QJsonDocument(root).toJson());
     file.commit();
 }
 

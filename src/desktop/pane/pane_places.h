@@ -1,5 +1,5 @@
-// The folders that a user comes back to: favourites and the last ones visited. They stand in a file of the pane's
-// own, per user, and are read again before each change, since several dialogs may be open at once.
+// What the pane remembers of its user: favourite folders, the last ones worked in, and where is searched. It stands in
+// a file of the pane's own, per user, and is read again before each change, since several dialogs may be open at once.
 #pragma once
 
 #include <QList>
@@ -16,6 +16,17 @@ struct PanePlace {
     friend bool operator==(const PanePlace&, const PanePlace&) = default;
 };
 
+struct PaneFavourite {
+    PanePlace place;
+    QString name; // given by the user; empty: the place's own
+
+    friend bool operator==(const PaneFavourite&, const PaneFavourite&) = default;
+};
+
+// As the tree would spell it: server and folder.
+[[nodiscard]] QString PlaceText(const PanePlace& place);
+[[nodiscard]] QString NameOf(const PaneFavourite& favourite);
+
 class CPanePlaces {
 public:
     // A native path; empty: nothing is kept beyond this run.
@@ -24,20 +35,24 @@ public:
     // `partkeep-read/browser.json` under the user's configuration folder.
     [[nodiscard]] static QString UsersFile();
 
-    [[nodiscard]] const QList<PanePlace>& Favourites() const { return favourites_; }
-    [[nodiscard]] const QList<PanePlace>& Recent() const { return recent_; } // the latest first
-    [[nodiscard]] bool IsFavourite(const PanePlace& place) const { return favourites_.contains(place); }
+    [[nodiscard]] const QList<PaneFavourite>& Favourites() const { return favourites_; } // in the user's order
+    [[nodiscard]] const QList<PanePlace>& Recent() const { return recent_; }             // the latest first
+    [[nodiscard]] bool IsFavourite(const PanePlace& place) const;
+    [[nodiscard]] bool SearchesServer() const { return searches_server_; }
 
     void ToggleFavourite(const PanePlace& place);
+    void SetFavourites(const QList<PaneFavourite>& favourites);
     void Visit(const PanePlace& place);
+    void SetSearchesServer(bool whole);
 
 private:
     void Read();
     void Write() const; // in silence where the file cannot be written
 
     QString file_;
-    QList<PanePlace> favourites_;
+    QList<PaneFavourite> favourites_;
     QList<PanePlace> recent_;
+    bool searches_server_ = false;
 };
 
 } // namespace partkeep

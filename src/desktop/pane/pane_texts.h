@@ -64,6 +64,36 @@ enum class PaneText {
     PartMissing,
     CopyFailed, // %1 reason
     OtherTrouble,
+    SearchServerHint,
+    ScopeFolder,
+    ScopeServer,
+    ScopeTip,
+    Narrow,
+    NarrowAll,
+    NarrowNothing,
+    EmptyNarrowed,
+    ResultCount,      // %1 parts found in the whole server
+    ResultCountSoFar, // %1
+    ResultHelp,
+    InFolder, // %1 part, %2 folder
+    Folder,
+    CopyNames,
+    OpenFolder,
+    ExportSelection,
+    ExportName, // of a file that is proposed
+    ExportDone, // %1 parts, %2 file
+    NoPictures,
+    SmallPictures,
+    MediumPictures,
+    LargePictures,
+    ArrangeFavourites,
+    Up,
+    Down,
+    Rename,
+    Remove,
+    Close,
+    Keys,
+    KeysHelp,
     Count
 };
 

@@ -26,6 +26,17 @@ public:
 
 } // namespace
 
+QToolButton* MakePaneButton(const QString& text, QWidget* parent)
+{
+    auto* button = new QToolButton(parent);
+    button->setText(text);
+    button->setAccessibleName(text);
+    button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    button->setFocusPolicy(Qt::StrongFocus);
+    button->setMinimumHeight(button_side);
+    return button;
+}
+
 CServerTree::CServerTree(IPartListEvents& events, QWidget* parent) : QTreeView(parent), events_(events)
 {
     setHeaderHidden(true);

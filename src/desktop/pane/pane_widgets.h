@@ -11,6 +11,11 @@
 
 namespace partkeep {
 
+inline constexpr int button_side = 32; // logical pixels, large enough for a finger
+
+// A button with icon and text, reached by the keyboard too.
+[[nodiscard]] QToolButton* MakePaneButton(const QString& text, QWidget* parent);
+
 class CServerTree : public QTreeView {
 public:
     // Reports user actions as the list does; `events` must outlive the tree.

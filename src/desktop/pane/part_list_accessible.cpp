@@ -28,7 +28,9 @@ public:
 
     [[nodiscard]] QString text(QAccessible::Text which) const override
     {
-        return which == QAccessible::Name || which == QAccessible::Value ? Index().data().toString() : QString();
+        return which == QAccessible::Name || which == QAccessible::Value
+                   ? Index().data(Qt::AccessibleTextRole).toString()
+                   : QString();
     }
     [[nodiscard]] QRect rect() const override
     {

@@ -1,5 +1,7 @@
 #include "desktop/pane/part_list_model.h"
 
+#include "desktop/pane/pane_places.h"
+
 #include <QLocale>
 #include <QPixmap>
 
@@ -129,6 +131,17 @@ void CPartListModel::PictureArrived(PartId part)
     }
 }
 
+PartId CPartListModel::PartAt(int row) const
+{
+    const PartRow* part = Row(row);
+    return part != nullptr ? part->id : 0;
+}
+
+QString CPartListModel::FolderText(const PartRow& row) const
+{
+    return ShowsAllFolders() ? PlaceText({server_, row.folder_path}) : QString();
+}
+
 QString CPartListModel::CellText(const PartRow& row, PartColumn column) const
 {
     switch (column) {
@@ -175,22 +188,32 @@ int CPartListModel::columnCount(const QModelIndex& parent) const
 
 QVariant CPartListModel::data(const QModelIndex& index, int role) const
 {
-    const bool text = role == Qt::DisplayRole || role == Qt::ToolTipRole || role == Qt::AccessibleTextRole;
     const auto column = static_cast<PartColumn>(index.column());
     if (role == Qt::TextAlignmentRole && column == PartColumn::Thickness) {
         return static_cast<int>(Qt::AlignRight | Qt::AlignVCenter);
     }
-    if (!text && !(role == Qt::DecorationRole && column == PartColumn::Name)) {
-        return {};
+    const bool text = role == Qt::DisplayRole || role == Qt::ToolTipRole || role == Qt::AccessibleTextRole;
+    const bool of_name = role == Qt::DecorationRole || role == part_role || role == folder_role;
+    const PartRow* row = text || (of_name && column == PartColumn::Name) ? Row(index.row()) : nullptr;
+    return row != nullptr ? RowData(*row, column, role) : QVariant();
+}
+
+QVariant CPartListModel::RowData(const PartRow& row, PartColumn column, int role) const
+{
+    switch (role) {
+    case part_role:
+        return row.id;
+    case folder_role:
+        return FolderText(row);
+    case Qt::DecorationRole:
+        return pictures_ ? pictures_(row) : QPixmap();
+    case Qt::AccessibleTextRole:
+        return column == PartColumn::Name && ShowsAllFolders()
+                   ? PaneString(PaneText::InFolder, language_).arg(CellText(row, column), FolderText(row))
+                   : CellText(row, column);
+    default:
+        return CellText(row, column);
     }
-    const PartRow* row = Row(index.row());
-    if (row == nullptr) {
-        return {};
-    }
-    if (text) {
-        return CellText(*row, column);
-    }
-    return pictures_ ? pictures_(*row) : QPixmap();
 }
 
 QVariant CPartListModel::headerData(int section, Qt::Orientation orientation, int role) const

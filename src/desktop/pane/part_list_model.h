@@ -19,6 +19,10 @@ namespace partkeep {
 
 inline constexpr int part_columns = 5; // those of PartColumn, in its order
 
+// Beside what the toolkit asks for: a row's part, and in the first column of a list of all folders its folder.
+inline constexpr int part_role = Qt::UserRole;
+inline constexpr int folder_role = Qt::UserRole + 1;
+
 // A thickness of 1/10000 mm as the list shows it.
 [[nodiscard]] QString ThicknessText(std::int32_t thickness, DisplayUnit unit);
 
@@ -28,6 +32,7 @@ public:
 
     // Shows nothing.
     void Clear();
+    void SetServer(const QString& server) { server_ = server; } // for the next start
     // Begins anew; nothing is read yet. `narrowed`: the user has typed on, and what the list holds now may be all there
     // is to look at.
     void Start(std::shared_ptr<IPartLibrary> library, const PartListView& view, qint64 parts_in_folder,
@@ -52,6 +57,10 @@ public:
     [[nodiscard]] const PartRow* Row(int row) const;
     [[nodiscard]] std::vector<PartId> Ids(qint64 first, qint64 count) const;
     [[nodiscard]] std::optional<qint64> RowOf(PartId part) const;
+    [[nodiscard]] PartId PartAt(int row) const; // 0: none
+    [[nodiscard]] bool ShowsAllFolders() const { return View() != nullptr && View()->folder == all_folders; }
+    [[nodiscard]] QString FolderHeader() const { return PaneString(PaneText::Folder, language_); }
+    [[nodiscard]] QString FolderText(const PartRow& row) const; // empty in a list of one folder
     [[nodiscard]] QString CellText(const PartRow& row, PartColumn column) const;
     [[nodiscard]] QString HeaderText(PartColumn column) const;
 
@@ -63,11 +72,13 @@ public:
 private:
     using Page = std::vector<PartRow>;
 
+    [[nodiscard]] QVariant RowData(const PartRow& row, PartColumn column, int role) const;
     void ShowFound();
     void Fail() const;
 
     PaneLanguage language_;
     DisplayUnit unit_ = DisplayUnit::Metric;
+    QString server_;
     std::shared_ptr<IPartLibrary> library_;
     std::unique_ptr<IPartListing> pages_;
     int rows_ = 0; // told to the views

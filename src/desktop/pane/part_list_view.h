@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 class QHeaderView;
 
@@ -23,6 +24,9 @@ public:
     virtual void Act(bool clicked, const std::function<void()>& action) = 0;
     virtual void TextTyped(const QString& text) = 0;              // belongs to the search
     virtual void ColumnMenu(int column, const QPoint& place) = 0; // `place` in global coordinates
+    virtual void RowMenu(const QPoint& place) = 0;                // for what is selected; in global coordinates
+    virtual void DoubleClicked(qint64 part) = 0;                  // which the first press met; 0: none
+    virtual void DragSelection() = 0;                             // returns when the drag has ended
     virtual void ListPainted() = 0;
 };
 
@@ -44,7 +48,9 @@ public:
     // Shown in place of rows while there are none.
     void SetEmptyText(const QString& text);
     [[nodiscard]] const QString& EmptyText() const { return empty_text_; }
-    void TakeKey(QKeyEvent* event) { keyPressEvent(event); } // from the search box
+    void TakeKey(QKeyEvent* event); // from the search box
+    // Rows that lead away from here, each when it is chosen: by a click or the space bar. Moving on selects nothing.
+    void SetResults(bool results) { results_ = results; }
 
     void setModel(QAbstractItemModel* model) override;
     [[nodiscard]] QRect visualRect(const QModelIndex& index) const override;
@@ -80,6 +86,9 @@ protected:
     bool viewportEvent(QEvent* event) override;
 
 private:
+    void PressSelected(const QModelIndex& index, const QPoint& place);
+    void ReleaseOn(const QModelIndex& index);
+    [[nodiscard]] qint64 PartAt(const QModelIndex& index) const;
     void PaintRow(QPainter& painter, int row);
     void PaintEmpty(QPainter& painter) const;
     [[nodiscard]] int RowAt(int y) const; // as if rows went on for ever
@@ -92,6 +101,9 @@ private:
     int row_height_ = 36;
     int hovered_row_ = -1;
     bool pressed_ = false;
+    bool results_ = false;
+    qint64 pressed_part_ = 0;
+    std::optional<QPoint> undecided_; // a press that selects, chooses or drags when more of it is known
     QString empty_text_;
 };
 

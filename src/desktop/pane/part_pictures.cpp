@@ -9,7 +9,7 @@ namespace partkeep {
 
 namespace {
 
-constexpr int kept_pictures = 400;
+constexpr int kept_pixels = 4'000'000;  // four bytes each
 constexpr std::size_t most_wanted = 64; // what scrolled by long ago is not read any more
 constexpr int largest_side = 8192;
 
@@ -18,7 +18,7 @@ constexpr FileSlot preferred_slots[] = {FileSlot::Bent, FileSlot::Png, FileSlot:
 
 } // namespace
 
-CPartPictures::CPartPictures() : pictures_(kept_pictures) {}
+CPartPictures::CPartPictures() : pictures_(kept_pixels) {}
 
 void CPartPictures::Clear()
 {
@@ -26,9 +26,10 @@ void CPartPictures::Clear()
     wanted_.clear();
 }
 
-void CPartPictures::SetScale(qreal device_pixel_ratio)
+void CPartPictures::SetSize(int side, qreal device_pixel_ratio)
 {
-    if (scale_ != device_pixel_ratio) {
+    if (side_ != side || scale_ != device_pixel_ratio) {
+        side_ = side;
         scale_ = device_pixel_ratio;
         Clear();
     }
@@ -59,7 +60,8 @@ PartId CPartPictures::ReadNext(IPartLibrary& library)
     const Wanted next = wanted_.back();
     wanted_.pop_back();
     const QPixmap picture = Fit(library.ReadFile(next.part, next.slot).value_or(QByteArray()));
-    pictures_.insert(next.part, new QPixmap(picture)); // an empty one too, lest it be asked for again
+    // An empty one too, lest it be asked for again.
+    pictures_.insert(next.part, new QPixmap(picture), std::max(1, picture.width() * picture.height()));
     return next.part;
 }
 
@@ -73,7 +75,7 @@ QPixmap CPartPictures::Fit(const QByteArray& content) const
     if (!size.isValid() || size.width() > largest_side || size.height() > largest_side) {
         return {};
     }
-    const int side = qRound(picture_size * scale_);
+    const int side = qRound(side_ * scale_);
     const QImage image = reader.read();
     if (image.isNull()) {
         return {};

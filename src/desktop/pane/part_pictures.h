@@ -1,5 +1,5 @@
 // Small pictures of parts for the list: read one at a time between events, for rows that are shown, and kept for the
-// last few hundred parts.
+// last few hundred parts, fewer of large ones.
 #pragma once
 
 #include "partlibrary/library/part_library.h"
@@ -12,14 +12,12 @@
 
 namespace partkeep {
 
-inline constexpr int picture_size = 32; // logical pixels, both ways
-
 class CPartPictures {
 public:
     CPartPictures();
 
     void Clear();
-    void SetScale(qreal device_pixel_ratio);
+    void SetSize(int side, qreal device_pixel_ratio); // in logical pixels
 
     // The picture, or null while it is on its way; then it is asked for.
     [[nodiscard]] QPixmap Picture(const PartRow& row);
@@ -38,6 +36,7 @@ private:
 
     QCache<PartId, QPixmap> pictures_;
     std::vector<Wanted> wanted_;
+    int side_ = 0;
     qreal scale_ = 1;
 };
 

@@ -1,6 +1,7 @@
 #include "desktop/pane/part_row_delegate.h"
 
-#include "desktop/pane/part_pictures.h"
+#include "desktop/pane/part_list_model.h"
+#include "desktop/readable_colours.h"
 
 #include <QAbstractItemView>
 #include <QHelpEvent>
@@ -26,26 +27,62 @@ QPalette::ColorGroup GroupOf(const QStyleOptionViewItem& option)
 
 QRect CPartRowDelegate::TextArea(const QRect& cell, const QModelIndex& index) const
 {
-    const bool beside_picture = pictures_ && index.column() == 0;
-    return cell.adjusted(beside_picture ? picture_size + 2 * picture_margin : text_margin, 0, -text_margin, 0);
+    const bool beside_picture = picture_side_ > 0 && index.column() == 0;
+    return cell.adjusted(beside_picture ? picture_side_ + 2 * picture_margin : text_margin, 0, -text_margin, 0);
+}
+
+void CPartRowDelegate::PaintPicture(QPainter& painter, const QRect& cell, const QModelIndex& index) const
+{
+    const auto picture = index.data(Qt::DecorationRole).value<QPixmap>();
+    QRect place(QPoint(), picture.deviceIndependentSize().toSize());
+    place.moveCenter(QPoint(cell.left() + picture_margin + picture_side_ / 2, cell.center().y()));
+    painter.drawPixmap(place.intersected(cell).topLeft(), picture);
+}
+
+// A hit has a ground of its own, on which its letters can be read in every theme and on a selected row alike.
+void CPartRowDelegate::PaintText(QPainter& painter, const QRect& area, const QString& text,
+                                 const QModelIndex& index) const
+{
+    const QVariant alignment = index.data(Qt::TextAlignmentRole);
+    const int place = alignment.isValid() ? alignment.toInt() : int(Qt::AlignLeft | Qt::AlignVCenter);
+    const QFontMetrics metrics = painter.fontMetrics();
+    const QString shown = metrics.elidedText(text, Qt::ElideRight, area.width());
+    painter.drawText(area, place, shown);
+    if (index.column() == static_cast<int>(PartColumn::Thickness)) {
+        return;
+    }
+    painter.save();
+    painter.setPen(Qt::black);
+    for (const SearchHit& hit : FindHits(shown, words_)) {
+        const int from = area.left() + metrics.horizontalAdvance(shown.left(hit.start));
+        const int to = area.left() + metrics.horizontalAdvance(shown.left(hit.start + hit.length));
+        const QRect ground(from, area.center().y() - metrics.height() / 2, to - from, metrics.height());
+        painter.fillRect(ground, QColor(255, 214, 92));
+        painter.setClipRect(ground);
+        painter.drawText(area, place, shown);
+    }
+    painter.restore();
 }
 
 void CPartRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
-    if (pictures_ && index.column() == 0) {
-        const auto picture = index.data(Qt::DecorationRole).value<QPixmap>();
-        const QSize size = picture.deviceIndependentSize().toSize();
-        QRect place(QPoint(), size);
-        place.moveCenter(QPoint(option.rect.left() + picture_margin + picture_size / 2, option.rect.center().y()));
-        painter->drawPixmap(place.intersected(option.rect).topLeft(), picture);
+    if (picture_side_ > 0 && index.column() == 0) {
+        PaintPicture(*painter, option.rect, index);
     }
     const bool selected = option.state.testFlag(QStyle::State_Selected);
-    const QRect area = TextArea(option.rect, index);
-    const QVariant alignment = index.data(Qt::TextAlignmentRole);
+    const QColor text = option.palette.color(GroupOf(option), selected ? QPalette::HighlightedText : QPalette::Text);
+    QRect area = TextArea(option.rect, index);
     painter->setFont(option.font);
-    painter->setPen(option.palette.color(GroupOf(option), selected ? QPalette::HighlightedText : QPalette::Text));
-    painter->drawText(area, alignment.isValid() ? alignment.toInt() : int(Qt::AlignLeft | Qt::AlignVCenter),
-                      option.fontMetrics.elidedText(index.data().toString(), Qt::ElideRight, area.width()));
+    const QString folder = index.data(folder_role).toString();
+    if (!folder.isEmpty()) {
+        const QRect below(area.left(), area.center().y() + 1, area.width(), option.fontMetrics.height());
+        area = QRect(area.left(), area.center().y() - option.fontMetrics.height(), area.width(), below.height());
+        painter->setPen(selected ? text : FaintText(text, option.palette.color(QPalette::Base)));
+        painter->drawText(below, Qt::AlignLeft | Qt::AlignVCenter,
+                          option.fontMetrics.elidedText(folder, Qt::ElideMiddle, below.width()));
+    }
+    painter->setPen(text);
+    PaintText(*painter, area, index.data().toString(), index);
 }
 
 bool CPartRowDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
@@ -55,8 +92,11 @@ bool CPartRowDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view, con
         return QStyledItemDelegate::helpEvent(event, view, option, index);
     }
     const QString text = index.data().toString();
-    const bool cut = view->fontMetrics().horizontalAdvance(text) > TextArea(view->visualRect(index), index).width();
-    QToolTip::showText(event->globalPos(), cut ? text : QString(), view);
+    const QString folder = index.data(folder_role).toString();
+    const int room = TextArea(view->visualRect(index), index).width();
+    const auto is_cut = [&](const QString& line) { return view->fontMetrics().horizontalAdvance(line) > room; };
+    const QString whole = folder.isEmpty() ? text : text + u'\n' + folder;
+    QToolTip::showText(event->globalPos(), is_cut(text) || is_cut(folder) ? whole : QString(), view);
     return true;
 }
 

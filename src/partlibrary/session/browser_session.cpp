@@ -81,6 +81,10 @@ bool CBrowserSession::Go(const QString& server, const QString& folder)
     }
     const qsizetype place = servers_.indexOf(server);
     cursor_ = static_cast<int>(place >= 0 ? place : servers_.size());
+    if (ShowsResults()) {
+        EndSearch();
+        Tell(&ISessionPane::FolderChanged);
+    }
     const bool here = library != nullptr && library == library_ && server == current_server_;
     const bool there = here && current_folder_.id != 0 && current_folder_.path == folder;
     wanted_folder_ = here ? std::nullopt : std::optional(folder);

@@ -28,6 +28,7 @@
 namespace partkeep {
 
 enum class DisplayUnit : std::int16_t { Metric = 0, Inch = 1 };
+enum class SearchScope : std::uint8_t { Folder, Server };
 
 struct SelectedPart {
     QString server;
@@ -85,7 +86,7 @@ public:
     [[nodiscard]] IPartLibrary* Library() { return library_.get(); } // of the current server; null: not reached
     [[nodiscard]] std::shared_ptr<IPartLibrary> ShareLibrary() const { return library_; }
     [[nodiscard]] const FolderRow& CurrentFolder() const { return current_folder_; } // id 0: none
-    [[nodiscard]] const PartListView& ListView() const { return view_; }
+    [[nodiscard]] PartListView ListView() const; // what the list shows: of all folders for the results of a server
     [[nodiscard]] DisplayUnit ShownUnit() const { return shown_unit_; }
     [[nodiscard]] const std::vector<PartId>& Selection() const { return selection_; } // in the order of the list
 
@@ -104,6 +105,14 @@ public:
     void SearchFor(const QString& text);  // clicks only when the selection has changed
     void SortBy(PartColumn column, bool descending);
 
+    // What is searched for or narrowed down in the whole server is no list of the contract's: nothing in it is
+    // selected. Selecting one of its parts goes to that part's folder. Both click as SearchFor does.
+    void SearchIn(SearchScope scope);
+    void NarrowTo(PartColumn column, const std::optional<ColumnValue>& value); // nothing: to all of them
+    [[nodiscard]] SearchScope Scope() const { return scope_; }
+    [[nodiscard]] bool SearchesServers() const { return library_ != nullptr && library_->ListsAllFolders(); }
+    [[nodiscard]] bool ShowsResults() const;
+
     // Selects by name in the current folder; false, with nothing changed, when one is not shown.
     bool SelectParts(const QStringList& names);
 
@@ -113,6 +122,9 @@ private:
     bool MakeCurrent(const QString& server, std::shared_ptr<IPartLibrary> library);
     bool EnterFolder(const QString& path);
     void ListChanged();
+    void ChangeView(const std::function<void()>& change);
+    void EndSearch();
+    void Choose(PartId part);
     bool KeepVisible();
     void SetSelection(std::vector<PartId> ids);
     void RememberNames(std::size_t index);
@@ -130,7 +142,8 @@ private:
     std::shared_ptr<IPartLibrary> library_;
     FolderRow current_folder_;
     std::optional<QString> wanted_folder_; // asked for before its server was there
-    PartListView view_;
+    PartListView view_;                    // of the current folder
+    SearchScope scope_ = SearchScope::Folder;
     std::vector<PartId> selection_;
     std::vector<QString> selected_names_; // of the first of them, for when the library does not answer
     std::optional<std::u16string> target_folder_;

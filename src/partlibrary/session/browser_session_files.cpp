@@ -51,16 +51,23 @@ bool CBrowserSession::CopyPartFiles(std::u16string_view server, std::u16string_v
 {
     const auto library = LibraryOf(server);
     const auto part = library != nullptr ? FindByPath(*library, part_path) : std::nullopt;
-    return part && StageFiles(*library, *part, SlotsOfMask(data_kind_));
+    if (!part) {
+        return false;
+    }
+    if (pane_ != nullptr) {
+        pane_->CopyStarted(part->name);
+    }
+    const bool staged = StageFiles(*library, *part, SlotsOfMask(data_kind_));
+    if (pane_ != nullptr) {
+        pane_->CopyEnded();
+    }
+    return staged;
 }
 
 bool CBrowserSession::StageFiles(IPartLibrary& library, const PartRow& part, SlotSet slots)
 {
     if (!target_folder_) {
         return SetProblem({LibraryFault::WriteFailed, part.name, QStringLiteral("no target folder is set")});
-    }
-    if (pane_ != nullptr) {
-        pane_->CopyStarted(part.name);
     }
     CStagedFiles files(*target_folder_, target_names_);
     std::optional<FileSlot> begun;
@@ -70,9 +77,6 @@ bool CBrowserSession::StageFiles(IPartLibrary& library, const PartRow& part, Slo
         return open ? files.Write(block) : files.Problem();
     };
     const bool staged = library.CopyFiles(part.id, slots, write) && files.Commit();
-    if (pane_ != nullptr) {
-        pane_->CopyEnded();
-    }
     return staged || SetProblem(files.Problem() ? files.Problem() : library.Problem());
 }
 

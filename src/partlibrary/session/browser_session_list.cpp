@@ -57,7 +57,7 @@ bool CBrowserSession::EnterFolder(const QString& path)
         ListChanged();
         return true;
     }
-    view_.search.clear();
+    EndSearch();
     SetSelection({});
     Tell(&ISessionPane::FolderChanged);
     return true;
@@ -104,16 +104,6 @@ bool CBrowserSession::SetPartFilter(std::int16_t kind_mask)
     return library_ != nullptr;
 }
 
-void CBrowserSession::SearchFor(const QString& text)
-{
-    view_.search = text;
-    const std::size_t before = selection_.size();
-    ListChanged();
-    if (selection_.size() != before) {
-        Click();
-    }
-}
-
 void CBrowserSession::SortBy(PartColumn column, bool descending)
 {
     view_.sort = column;
@@ -139,6 +129,10 @@ bool CBrowserSession::KeepVisible()
     if (selection_.empty() || library_ == nullptr) {
         return true;
     }
+    if (ShowsResults()) {
+        SetSelection({});
+        return false;
+    }
     auto visible = library_->Visible(view_, selection_);
     if (!visible) {
         SetProblem(library_->Problem());
@@ -160,6 +154,10 @@ void CBrowserSession::SetDisplayUnit(std::int16_t unit)
 
 void CBrowserSession::Select(std::vector<PartId> ids)
 {
+    if (ShowsResults() && !ids.empty()) {
+        Choose(ids.back());
+        return;
+    }
     SetSelection(std::move(ids));
     Click();
 }
@@ -173,14 +171,15 @@ void CBrowserSession::SetSelection(std::vector<PartId> ids)
 bool CBrowserSession::SelectParts(const QStringList& names)
 {
     std::vector<PartId> ids;
+    const bool listed = library_ != nullptr && !ShowsResults();
     for (const QString& name : names) {
-        const auto part = library_ != nullptr ? library_->FindPart(current_folder_.path, name) : std::nullopt;
+        const auto part = listed ? library_->FindPart(current_folder_.path, name) : std::nullopt;
         if (!part) {
             return false;
         }
         ids.push_back(part->id);
     }
-    auto visible = library_ != nullptr ? library_->Visible(view_, ids) : std::nullopt;
+    auto visible = listed ? library_->Visible(view_, ids) : std::nullopt;
     if (!visible || visible->size() != ids.size()) {
         return false;
     }
@@ -192,7 +191,8 @@ bool CBrowserSession::SelectParts(const QStringList& names)
 
 std::int16_t CBrowserSession::SelectAllParts(std::int16_t select)
 {
-    auto all = select == 1 && library_ != nullptr ? library_->Ids(view_) : std::nullopt;
+    const bool listed = library_ != nullptr && !ShowsResults();
+    auto all = select == 1 && listed ? library_->Ids(view_) : std::nullopt;
     const bool done = select != 1 || all.has_value();
     SetSelection(std::move(all).value_or(std::vector<PartId>{}));
     Tell(&ISessionPane::SelectionChanged);

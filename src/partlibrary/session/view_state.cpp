@@ -26,7 +26,7 @@ void PackViewState(const ViewState& state, std::span<std::int16_t, view_state_va
     put(state.tree_width);
     put(static_cast<int>(state.sort));
     put(state.descending ? 1 : 0);
-    put(state.thumbnails ? 1 : 0);
+    put(static_cast<int>(state.pictures));
     for (const ViewColumn& column : state.columns) {
         put(column.id);
         put(column.width);
@@ -45,7 +45,8 @@ bool UnpackViewState(std::span<const std::int16_t, view_state_values> values, Vi
         state.sort = static_cast<PartColumn>(values[3]);
     }
     state.descending = values[4] != 0;
-    state.thumbnails = values[5] != 0;
+    state.pictures =
+        static_cast<PictureSize>(std::clamp<std::int16_t>(values[5], 0, static_cast<std::int16_t>(PictureSize::Large)));
     for (std::size_t i = 0; i < view_columns; ++i) {
         const auto column = values.subspan(6 + 3 * i, 3);
         state.columns[i] = {std::max<std::int16_t>(column[0], -1), ReadWidth(column[1]), column[2] != 0};

@@ -21,17 +21,19 @@ struct ViewColumn {
     friend bool operator==(const ViewColumn&, const ViewColumn&) = default;
 };
 
+enum class PictureSize : std::uint8_t { None, Small, Medium, Large };
+
 struct ViewState {
     std::int16_t tree_width = 0; // logical pixels; 0: as the pane likes
     PartColumn sort = PartColumn::Name;
     bool descending = false;
-    bool thumbnails = false;
+    PictureSize pictures = PictureSize::None;
     std::array<ViewColumn, view_columns> columns{}; // from left to right
 
     friend bool operator==(const ViewState&, const ViewState&) = default;
 };
 
-// The values in their order: mark, version, tree width, sort column, descending, thumbnails, and then id, width
+// The values in their order: mark, version, tree width, sort column, descending, size of pictures, and then id, width
 // and visibility of each column.
 inline constexpr std::size_t view_state_values = 6 + 3 * view_columns;
 
