@@ -85,6 +85,8 @@ public:
     void DeleteRow(int, int) override {}
     [[nodiscard]] int SelectedRowCount(int) const override { return 0; }
     [[nodiscard]] int NextSelectedRow(int, int) const override { return -1; }
+    void SelectAllRows(int) override {}
+    void FocusRow(int, int) override {}
     bool CreateToolbar(const ToolbarTemplate&) override { return true; }
     [[nodiscard]] Rect ClientRectBesideToolbar() const override { return {}; }
     void MoveAllControls(int, int) override {}
@@ -96,6 +98,7 @@ public:
         return make_control_();
     }
     [[nodiscard]] std::unique_ptr<IHostedControl> TemplateControl(int) override { return nullptr; }
+    void CreateLabel(int, const Rect&) override {}
     [[nodiscard]] std::unique_ptr<IPanelWindow> CreatePanel(int, const Rect&) override
     {
         return std::make_unique<CSilentPanel>();

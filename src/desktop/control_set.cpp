@@ -62,6 +62,13 @@ void CControlSet::AddHosted(int id, QWidget* widget)
     controls_.push_back({id, ControlKind::HostedControl, widget, {}, false});
 }
 
+void CControlSet::AddLabel(int id, QWidget* widget)
+{
+    widget->setObjectName(QString::number(id));
+    widget->setFont(font_);
+    controls_.push_back({id, ControlKind::Label, widget, {}, false});
+}
+
 std::vector<QRect> CControlSet::WorkingAreas() const
 {
     std::vector<QRect> areas;

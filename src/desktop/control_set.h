@@ -31,6 +31,7 @@ public:
     void Add(const TemplateControl& control, QWidget* widget);
     // One made at run time, already in its place.
     void AddHosted(int id, QWidget* widget);
+    void AddLabel(int id, QWidget* widget);
 
     // What the user goes on with while another window is open, on the screen: the hosted controls that were added, and
     // the push buttons.

@@ -6,6 +6,8 @@
 #include "desktop/qt_panel_window.h"
 #include "desktop/qt_values.h"
 
+#include <QLabel>
+
 namespace partkeep {
 
 std::unique_ptr<IHostedControl> CQtDialogWindow::MakeHosted(const ClassId& class_id, QWidget*& widget)
@@ -38,6 +40,17 @@ std::unique_ptr<IHostedControl> CQtDialogWindow::TemplateControl(int id)
 {
     const auto control = template_controls_.find(id);
     return control == template_controls_.end() ? nullptr : std::move(control->second);
+}
+
+void CQtDialogWindow::CreateLabel(int id, const Rect& area)
+{
+    if (!frame_) {
+        return;
+    }
+    auto* label = new QLabel(frame_);
+    label->setGeometry(ToQRect(area));
+    label->show();
+    controls_.AddLabel(id, label);
 }
 
 std::unique_ptr<IPanelWindow> CQtDialogWindow::CreatePanel(int id, const Rect& area)

@@ -56,6 +56,7 @@ public:
     [[nodiscard]] std::unique_ptr<IHostedControl> CreateHostedControl(const ClassId& class_id, int id,
                                                                       const Rect& area) override;
     [[nodiscard]] std::unique_ptr<IHostedControl> TemplateControl(int id) override;
+    void CreateLabel(int id, const Rect& area) override;
     [[nodiscard]] std::unique_ptr<IPanelWindow> CreatePanel(int id, const Rect& area) override;
 
 private:

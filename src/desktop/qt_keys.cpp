@@ -30,7 +30,8 @@ constexpr KeyRow named_keys[] = {
     {Qt::Key_Right, 39},
     {Qt::Key_Down, 40},
     {Qt::Key_Insert, 45},
-    {Qt::Key_Delete, 46},
+    {Qt::Key_Delete, key_delete},
+    {Qt::Key_F2, key_f2},
 };
 
 int VirtualKey(int key)

@@ -56,6 +56,18 @@ public:
         const auto* list = controls_.As<CReportList>(id);
         return list == nullptr ? -1 : list->NextSelected(after);
     }
+    void SelectAllRows(int id) override
+    {
+        if (auto* list = controls_.As<CReportList>(id)) {
+            list->selectAll();
+        }
+    }
+    void FocusRow(int id, int row) override
+    {
+        if (auto* list = controls_.As<CReportList>(id)) {
+            list->FocusRow(row);
+        }
+    }
 
 private:
     CControlSet& controls_;

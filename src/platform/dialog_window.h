@@ -26,7 +26,10 @@ inline constexpr int id_cancel = 2;
 inline constexpr int key_tab = 9;
 inline constexpr int key_return = 13;
 inline constexpr int key_escape = 27;
+inline constexpr int key_delete = 46;
 inline constexpr int key_a = 65;
+inline constexpr int key_z = 90;
+inline constexpr int key_f2 = 113;
 
 // A key going down, by virtual key code, with the modifiers as they are at that moment.
 struct KeyPress {
@@ -118,6 +121,9 @@ public:
     virtual void DeleteRow(int id, int row) = 0;
     [[nodiscard]] virtual int SelectedRowCount(int id) const = 0;
     [[nodiscard]] virtual int NextSelectedRow(int id, int after) const = 0; // after -1: the first; -1: none
+    virtual void SelectAllRows(int id) = 0;
+    // The row from which keys go on, brought into view; selects nothing.
+    virtual void FocusRow(int id, int row) = 0;
 };
 
 // The tool bar, at the top of the client area.
@@ -174,6 +180,8 @@ public:
                                                                               const Rect& area) = 0;
     // The hosted control that stands in the template; null where there is none.
     [[nodiscard]] virtual std::unique_ptr<IHostedControl> TemplateControl(int id) = 0;
+    // A text, empty and visible.
+    virtual void CreateLabel(int id, const Rect& area) = 0;
     // Visible, sunken.
     [[nodiscard]] virtual std::unique_ptr<IPanelWindow> CreatePanel(int id, const Rect& area) = 0;
 };

@@ -6,7 +6,10 @@
 #include "selection/quantity_keypad_dlg.h"
 #include "settings/local_strings.h"
 
+#include <algorithm>
 #include <iterator>
+#include <string>
+#include <utility>
 
 namespace partkeep {
 
@@ -25,6 +28,8 @@ constexpr ColumnLayout columns[] = {
     {PathColumn, LocalString::Path, 150},
     {QuantityColumn, LocalString::Quantity, 55},
 };
+
+constexpr int count_gap = 4; // pixels
 
 std::u16string PathOf(const PartRecord& part)
 {
@@ -48,6 +53,24 @@ void CSelectedPartsDlg::OnInitDialog()
     window_->SetTitle(LoadLocalString(LocalString::SelectedParts));
     window_->Fields().SetText(RES_REMOVE, LoadLocalString(LocalString::Remove));
     window_->Fields().SetText(RES_CHANGE_QUANTITY, LoadLocalString(LocalString::ChangeQuantity));
+    MakeCountLabel();
+}
+
+// Where the template has nothing: between the window's edge and the first button.
+void CSelectedPartsDlg::MakeCountLabel()
+{
+    IDialogFields& fields = window_->Fields();
+    const Rect button = fields.MapToDialog(RES_REMOVE, fields.ControlClientRect(RES_REMOVE));
+    const Rect list = fields.MapToDialog(RES_PART_LIST, fields.ControlClientRect(RES_PART_LIST));
+    const Rect area{list.left + count_gap, button.top, button.left - count_gap, button.bottom};
+    window_->CreateLabel(RES_PARTS_COLLECTED, area);
+}
+
+// The number alone, which reads the same in every language.
+void CSelectedPartsDlg::ShowCount()
+{
+    const std::string digits = selectedParts.empty() ? std::string() : std::to_string(selectedParts.size());
+    window_->Fields().SetText(RES_PARTS_COLLECTED, std::u16string(digits.begin(), digits.end()));
 }
 
 void CSelectedPartsDlg::InitColumns()
@@ -65,6 +88,7 @@ void CSelectedPartsDlg::AddLastPartRow()
         return;
     }
     AddRow(static_cast<int>(selectedParts.size()) - 1, selectedParts.back());
+    ShowCount();
 }
 
 void CSelectedPartsDlg::AddAllRows()
@@ -73,6 +97,7 @@ void CSelectedPartsDlg::AddAllRows()
     for (const PartRecord& part : selectedParts) {
         AddRow(row++, part);
     }
+    ShowCount();
 }
 
 void CSelectedPartsDlg::AddRow(int row, const PartRecord& part)
@@ -93,6 +118,7 @@ void CSelectedPartsDlg::Show()
 void CSelectedPartsDlg::EmptyAndDestroy()
 {
     selectedParts.clear();
+    removed_.clear();
     if (window_ != nullptr) {
         window_->Destroy();
     }
@@ -117,17 +143,81 @@ void CSelectedPartsDlg::OnCommand(int id)
     }
 }
 
-// Each deletion shifts the rows below it, so each pass asks anew for the first selected row.
+bool CSelectedPartsDlg::TakesKey(const KeyPress& press) const
+{
+    const bool plain = !press.control && !press.shift;
+    const bool with_control = press.control && !press.shift;
+    return (plain && (press.key == key_delete || press.key == key_f2)) ||
+           (with_control && (press.key == key_a || press.key == key_z));
+}
+
+void CSelectedPartsDlg::OnKey(const KeyPress& press)
+{
+    switch (press.key) {
+    case key_delete:
+        OnRemove();
+        break;
+    case key_f2:
+        OnChangeQty();
+        break;
+    case key_a:
+        window_->ReportList().SelectAllRows(RES_PART_LIST);
+        break;
+    default:
+        OnPutBack();
+        break;
+    }
+}
+
+// Each deletion shifts the rows below it, so each pass asks anew for the first selected row. Keys go on from the row
+// that takes the place of the last one removed.
 void CSelectedPartsDlg::OnRemove()
 {
     IReportList& list = window_->ReportList();
+    std::list<PartRecord> removed;
+    int next = -1;
     for (int left = list.SelectedRowCount(RES_PART_LIST); left > 0; --left) {
         const int row = list.NextSelectedRow(RES_PART_LIST, -1);
         if (row < 0 || row >= static_cast<int>(selectedParts.size())) {
-            return;
+            break;
         }
         list.DeleteRow(RES_PART_LIST, row);
-        selectedParts.erase(std::next(selectedParts.begin(), row));
+        removed.splice(removed.end(), selectedParts, std::next(selectedParts.begin(), row));
+        next = row;
+    }
+    if (removed.empty()) {
+        return;
+    }
+    removed_.push_back(std::move(removed));
+    ShowCount();
+    if (!selectedParts.empty()) {
+        list.FocusRow(RES_PART_LIST, std::min(next, static_cast<int>(selectedParts.size()) - 1));
+        window_->Fields().Focus(RES_PART_LIST);
+    }
+}
+
+bool CSelectedPartsDlg::IsListed(const PartRecord& part) const
+{
+    return std::any_of(selectedParts.begin(), selectedParts.end(),
+                       [&part](const PartRecord& listed) { return IsSamePart(listed, part); });
+}
+
+// At the end, as if added again; the files were staged when it was. What has been added meanwhile stands already.
+void CSelectedPartsDlg::OnPutBack()
+{
+    if (removed_.empty()) {
+        return;
+    }
+    const std::list<PartRecord> back = std::move(removed_.back());
+    removed_.pop_back();
+    for (const PartRecord& part : back) {
+        if (!IsListed(part)) {
+            selectedParts.push_back(part);
+            AddLastPartRow();
+        }
+    }
+    if (!selectedParts.empty()) {
+        window_->ReportList().FocusRow(RES_PART_LIST, static_cast<int>(selectedParts.size()) - 1);
     }
 }
 

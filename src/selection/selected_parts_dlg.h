@@ -8,6 +8,7 @@
 #include <list>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 namespace partkeep {
 
@@ -38,8 +39,14 @@ public:
 private:
     [[nodiscard]] IDialogHandler& Handler() { return *this; }
     void OnInitDialog() override;
+    [[nodiscard]] bool TakesKey(const KeyPress& press) const override;
+    void OnKey(const KeyPress& press) override;
     void OnCommand(int id) override;
     void OnRemove();
+    void OnPutBack();
+    [[nodiscard]] bool IsListed(const PartRecord& part) const;
+    void MakeCountLabel();
+    void ShowCount();
     void OnChangeQty();
     void UpdatePartQty(std::u16string_view name, std::u16string_view path, std::u16string_view quantity);
     void AddRow(int row, const PartRecord& part);
@@ -47,6 +54,7 @@ private:
     void SetSelectedQuantities(std::u16string_view quantity);
 
     CEventDoor& door_;
+    std::vector<std::list<PartRecord>> removed_; // by one command each, the last one last
     IconHandle dialogIcon_;
     std::unique_ptr<CDialogEntrance> entrance_; // from the first attempt to make the window on
     IDialogWindow* window_ = nullptr;           // the entrance's

@@ -47,6 +47,17 @@ std::unique_ptr<IHostedControl> CWinDialogWindow::TemplateControl(int id)
     return MakeHostedControl(std::move(content));
 }
 
+void CWinDialogWindow::CreateLabel(int id, const Rect& area)
+{
+    const RECT place = CDialogScale(window_).ToDevice(area);
+    HWND label = CreateWindowExW(0, L"STATIC", L"", WS_CHILD | WS_VISIBLE | SS_LEFT | SS_CENTERIMAGE | SS_NOPREFIX,
+                                 place.left, place.top, place.right - place.left, place.bottom - place.top, window_,
+                                 reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), module_, nullptr);
+    if (label != nullptr) {
+        SendMessageW(label, WM_SETFONT, static_cast<WPARAM>(SendMessageW(window_, WM_GETFONT, 0, 0)), FALSE);
+    }
+}
+
 std::unique_ptr<IPanelWindow> CWinDialogWindow::CreatePanel(int id, const Rect& area)
 {
     return MakePanel(module_, window_, id, CDialogScale(window_).ToDevice(area));

@@ -74,8 +74,23 @@ public:
         }
         return static_cast<int>(SendToControl(window_, id, LVM_GETNEXTITEM, static_cast<WPARAM>(after), LVNI_SELECTED));
     }
+    void SelectAllRows(int id) override { SetState(id, -1, LVIS_SELECTED, LVIS_SELECTED); }
+    void FocusRow(int id, int row) override
+    {
+        SetState(id, row, LVIS_FOCUSED, LVIS_FOCUSED);
+        SendToControl(window_, id, LVM_SETSELECTIONMARK, 0, row);
+        SendToControl(window_, id, LVM_ENSUREVISIBLE, static_cast<WPARAM>(row), FALSE);
+    }
 
 private:
+    void SetState(int id, int row, UINT state, UINT mask) const // row -1: all
+    {
+        LVITEMW item{};
+        item.state = state;
+        item.stateMask = mask;
+        SendToControl(window_, id, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+    }
+
     const HWND& window_;
 };
 

@@ -48,7 +48,7 @@ const char* const spoken_in_english =
     "CheckBox LASER|CheckBox MARVEN|"
     "Dialog Selected Parts|Button Remove|Button Change Qty.|Tree Selected Parts|ColumnHeader Part Name|ColumnHeader "
     "Path|"
-    "ColumnHeader Quantity|TreeItem P1|TreeItem SRV1\\Plates\\2008|TreeItem 1|"
+    "ColumnHeader Quantity|TreeItem P1|TreeItem SRV1\\Plates\\2008|TreeItem 1|StaticText 1|"
     "Dialog Input Quantity|StaticText Part NO.|EditableText Part NO.|Button 1|Button 2|Button 3|Button 4|Button 5|"
     "Button 6|Button 7|Button 8|Button 9|Button 00|Button 0|Button OK|Button Cancel";
 

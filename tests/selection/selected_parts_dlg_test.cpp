@@ -102,6 +102,69 @@ TEST_F(SelectedParts, RemoveTakesTheSelectedRowsAndNoOthers)
     });
 }
 
+// The list begins as A to E, each row selected by a key or by number before what is played.
+TEST_F(SelectedParts, KeysWorkTheList)
+{
+    const auto select = [](std::set<int> rows) {
+        return [=](CScriptedWindow& window) { window.SelectRows(RES_PART_LIST, rows); };
+    };
+    const auto add = [this](const char16_t* name) { return [=, this](CScriptedWindow&) { Add(name); }; };
+    const UserAction remove = user::Key(key_delete);
+    const UserAction back = user::Key(key_z, true);
+    const struct {
+        const char* label;
+        std::vector<UserAction> plays;
+        const char16_t* names;
+        const char* focus; // where keys go on, as it was told last
+    } rows[] = {
+        {"nothing selected", {remove, back}, u"ABCDE", ""},
+        {"the next row", {select({1}), remove}, u"ACDE", "250: FocusRow 233 1"},
+        {"behind several", {select({0, 2}), remove}, u"BDE", "250: FocusRow 233 1"},
+        {"the last", {select({3, 4}), user::Press(RES_REMOVE)}, u"ABC", "250: FocusRow 233 2"},
+        {"all, and all back in their order", {user::Key(key_a, true), remove, back}, u"ABCDE", "250: FocusRow 233 4"},
+        {"back at the end, once", {select({1, 3}), remove, back, back}, u"ACEBD", "250: FocusRow 233 4"},
+        {"the last removal first",
+         {select({0}), remove, select({0}), remove, back, back},
+         u"CDEBA",
+         "250: FocusRow 233 4"},
+        {"not what was added again", {select({0, 1}), remove, add(u"B"), back}, u"CDEBA", "250: FocusRow 233 4"},
+        {"other keys are the list's", {user::Key(key_a), user::Key(key_delete, true), user::Key(key_z)}, u"ABCDE", ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        Run([&] {
+            for (const char16_t* name : {u"A", u"B", u"C", u"D", u"E"}) {
+                Add(name);
+            }
+            recorder_.lines.clear();
+            for (const UserAction& play : row.plays) {
+                play(*window_);
+            }
+            std::string focus;
+            for (const std::string& line : recorder_.Take()) {
+                focus = line.find("FocusRow") != std::string::npos ? line : focus;
+            }
+            std::u16string names;
+            Parts();
+            for (const PartRecord& part : dialog_.selectedParts) {
+                names += part.PartName;
+            }
+            EXPECT_EQ(names, row.names);
+            EXPECT_EQ(focus, row.focus);
+        });
+    }
+    Run([this] {
+        Add(u"A");
+        window_->SelectRows(RES_PART_LIST, {0});
+        windows_.Play(RES_QUANTITY_KEYPAD, {user::Press(RES_DIGIT_7), user::Press(RES_OK)});
+        window_->PressKey({key_f2, false, false});
+        EXPECT_EQ(Parts(), u"A|S\\F|7 ");
+        EXPECT_EQ(window_->Text(RES_PARTS_COLLECTED), u"1");
+        window_->PressKey({key_delete, false, false});
+        EXPECT_EQ(window_->Text(RES_PARTS_COLLECTED), u"");
+    });
+}
+
 TEST_F(SelectedParts, ChangeQtyGivesAllSelectedRowsTheSameText)
 {
     Run([this] {

@@ -138,6 +138,14 @@ public:
         return next == rows.end() ? -1 : static_cast<int>(next - rows.begin());
     }
 
+    void SelectAllRows(int id) override
+    {
+        for (ScriptedRow& row : NoteOn("SelectAllRows", id).rows) {
+            row.selected = true;
+        }
+    }
+    void FocusRow(int id, int row) override { NoteOn("FocusRow", id, row); }
+
     // ---- Tool bar
 
     bool CreateToolbar(const ToolbarTemplate& toolbar) override

@@ -198,6 +198,11 @@ public:
         const bool hosted = At(id).kind == ControlKind::HostedControl;
         return hosted && windows_.makeControl ? windows_.makeControl(id) : nullptr;
     }
+    void CreateLabel(int id, const Rect& area) override
+    {
+        Note("CreateLabel", id, area);
+        controls[id].area = area;
+    }
     [[nodiscard]] std::unique_ptr<IPanelWindow> CreatePanel(int id, const Rect& area) override;
 
 private:
