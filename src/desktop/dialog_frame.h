@@ -4,6 +4,7 @@
 
 #include "desktop/dialog_request.h"
 #include "desktop/spoken_role.h"
+#include "desktop/toolkit_texts.h"
 
 #include <QDialog>
 #include <QPointer>
@@ -55,6 +56,7 @@ private:
     [[nodiscard]] CDropDownList* OpenListAround(const QWidget& widget) const;
 
     CSpokenRoles roles_;
+    CToolkitTexts texts_;
     IDialogFrameEvents& events_;
     bool input_enabled_ = true;
     bool painted_ = false;                // and not told yet

@@ -1,6 +1,8 @@
 #include "desktop/qt_toolbar.h"
 
+#include "desktop/interface_language.h"
 #include "desktop/spoken_role.h"
+#include "settings/process_values.h"
 
 #include <QHBoxLayout>
 #include <QHelpEvent>
@@ -37,6 +39,20 @@ protected:
     }
 };
 
+// Nothing shows it: the buttons are named by their tool tips alone.
+QString SpokenName()
+{
+    switch (InterfaceLanguageOf(TheProcessValues().languageId)) {
+    case InterfaceLanguage::Japanese:
+        return QStringLiteral("機械フィルター");
+    case InterfaceLanguage::Chinese:
+        return QStringLiteral("机床筛选");
+    case InterfaceLanguage::English:
+        break;
+    }
+    return QStringLiteral("Machine filter");
+}
+
 // The strip with its background clear; what the first pixel shows counts as background.
 QImage ReadStrip(const ToolbarTemplate& toolbar)
 {
@@ -71,6 +87,7 @@ CQtToolbar::CQtToolbar(const ToolbarTemplate& toolbar, QWidget* parent, const Co
 {
     hide();
     SetSpokenRole(*this, QAccessible::ToolBar);
+    setAccessibleName(SpokenName());
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(bar_margin, bar_margin, bar_margin, bar_margin);
     row->setSpacing(0);

@@ -41,6 +41,7 @@ class CSearchBox;
 class CSearchLine;
 class CServerTree;
 class CServerTreeModel;
+class CStatusLine;
 
 struct PaneSettings {
     PaneLanguage language = PaneLanguage::English;
@@ -76,6 +77,7 @@ private:
     void MakeTree();
     void Connect();
     void DrawIcons();
+    [[nodiscard]] QString Number(qint64 value) const { return LocaleOf(settings_.language).toString(value); }
     [[nodiscard]] QString Text(PaneText text) const { return PaneString(text, settings_.language); }
 
     // The session's calls.
@@ -87,7 +89,8 @@ private:
     std::int16_t MoveFocus(std::int16_t code) override;
     void ApplyViewState(const ViewState& state) override;
     void CaptureViewState(ViewState& state) override;
-    void CopyStarted(const QString& part) override;
+    void CopyStarted(const CopyProgress& copy) override;
+    void CopyProgressed(const CopyProgress& copy) override;
     void CopyEnded() override;
 
     // What the user does.
@@ -151,7 +154,7 @@ private:
     QToolButton* retry_button_ = nullptr;
     CPartListView* list_ = nullptr;
     CPartRowDelegate* delegate_ = nullptr;
-    QLabel* status_ = nullptr;
+    CStatusLine* status_ = nullptr;
 
     QPointer<CKeySheet> key_sheet_;
     PictureSize pictures_size_ = PictureSize::Small;

@@ -12,7 +12,6 @@
 #include <QFileDialog>
 #include <QGuiApplication>
 #include <QHeaderView>
-#include <QLocale>
 #include <QMenu>
 #include <QMessageBox>
 #include <QStandardPaths>
@@ -188,7 +187,7 @@ void CBrowserPane::AskExportFile(bool selection_alone)
 void CBrowserPane::TellExport(const QString& file, std::optional<int> parts)
 {
     if (parts) {
-        note_ = Text(PaneText::ExportDone).arg(QLocale(QLocale::English).toString(*parts), file);
+        note_ = Text(PaneText::ExportDone).arg(Number(*parts), file);
         UpdateTexts();
         return;
     }

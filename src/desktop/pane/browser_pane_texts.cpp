@@ -3,11 +3,13 @@
 
 #include "desktop/pane/pane_widgets.h"
 #include "desktop/pane/search_line.h"
+#include "desktop/pane/status_line.h"
 
 #include <QFrame>
 #include <QLabel>
-#include <QLocale>
 #include <QStringList>
+
+#include <algorithm>
 
 namespace partkeep {
 
@@ -46,11 +48,6 @@ PaneText TextOfFault(LibraryFault fault)
     default:
         return PaneText::OtherTrouble;
     }
-}
-
-QString Number(qint64 value)
-{
-    return QLocale(QLocale::English).toString(value);
 }
 
 } // namespace
@@ -153,24 +150,31 @@ QString CBrowserPane::ProblemText() const
                            : line;
 }
 
-// Painted from inside the copy: no event is run, and the next text comes with the next paint. The pictures of a part
-// that the user has just clicked come as copies too, and would only flicker.
-void CBrowserPane::CopyStarted(const QString& part)
+// Painted from inside the copy: no event is run, and the next text comes with the next paint.
+void CBrowserPane::CopyStarted(const CopyProgress& copy)
 {
     RememberPlace();
-    if (follower_->IsActing() || (copy_shown_.isValid() && copy_shown_.elapsed() < copy_line_ms)) {
+    CopyProgressed(copy);
+}
+
+void CBrowserPane::CopyProgressed(const CopyProgress& copy)
+{
+    if (copy_shown_.isValid() && copy_shown_.elapsed() < copy_line_ms) {
         return;
     }
-    status_->setText(Text(PaneText::Copying).arg(part));
+    const QLocale locale = LocaleOf(settings_.language);
+    status_->setText(Text(PaneText::Copying)
+                         .arg(copy.part, Number(static_cast<qint64>(copy.number)), Number(static_cast<qint64>(copy.of)),
+                              locale.formattedDataSize(copy.bytes)));
+    status_->ShowShare(static_cast<double>(copy.number) / static_cast<double>(std::max<std::size_t>(copy.of, 1)));
     status_->repaint();
     copy_shown_.start();
 }
 
 void CBrowserPane::CopyEnded()
 {
-    if (!follower_->IsActing()) {
-        status_->setText(StatusText());
-    }
+    status_->setText(StatusText());
+    status_->ShowShare(0);
 }
 
 } // namespace partkeep

@@ -7,6 +7,7 @@
 #include "desktop/pane/part_row_delegate.h"
 #include "desktop/pane/search_line.h"
 #include "desktop/pane/server_tree_model.h"
+#include "desktop/pane/status_line.h"
 
 #include <QEvent>
 #include <QFrame>
@@ -31,6 +32,7 @@ constexpr std::array<int, part_columns> first_widths{150, 112, 92, 100, 110};
 void CBrowserPane::MakeWidgets()
 {
     setAccessibleName(Text(PaneText::Browser));
+    setLocale(LocaleOf(settings_.language));
     splitter_ = new QSplitter(this);
     splitter_->setChildrenCollapsible(false);
     splitter_->addWidget(MakeLeftSide());
@@ -71,9 +73,7 @@ QWidget* CBrowserPane::MakeRightSide()
     columns_button_ = MakePaneButton(Text(PaneText::Columns), nullptr);
     export_button_ = MakePaneButton(Text(PaneText::Export), nullptr);
     export_button_->setToolTip(Text(PaneText::ExportTitle));
-    status_ = new QLabel;
-    status_->setTextFormat(Qt::PlainText);
-    status_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    status_ = new CStatusLine;
     search_line_->AddButton(columns_button_);
     search_line_->AddButton(export_button_);
     auto* side = new QWidget;

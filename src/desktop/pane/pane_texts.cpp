@@ -2,8 +2,6 @@
 
 #include "partlibrary/library/library_text.h"
 
-#include <QLocale>
-
 #include <array>
 
 namespace partkeep {
@@ -48,7 +46,7 @@ constexpr std::array<Row, static_cast<std::size_t>(PaneText::Count)> texts{{
     {u"%1 parts", u"部品 %1 件", u"%1 个零件"},
     {u"%1 parts so far …", u"部品 %1 件 (検索中 …)", u"已找到 %1 个零件 …"},
     {u"%1 selected", u"%1 件を選択", u"已选择 %1 个"},
-    {u"Copying %1 …", u"%1 をコピー中 …", u"正在复制 %1 …"},
+    {u"Copying %1: %2 of %3, %4", u"%1 をコピー中: %3 件中 %2 件目、%4", u"正在复制 %1：第 %2 个，共 %3 个，%4"},
     {u"(deleted)", u"(削除済み)", u"(已删除)"},
     {u"No server found in %1.\nPut a part library there, then choose Try again.",
      u"%1 にサーバーが見つかりません。\n部品ライブラリを置いてから「再試行」を選んでください。",
@@ -131,21 +129,6 @@ constexpr std::array<Row, static_cast<std::size_t>(PaneText::Count)> texts{{
 }};
 
 } // namespace
-
-PaneLanguage PaneLanguageOf(std::int32_t language_id)
-{
-    if (language_id >= 1 && language_id <= 3) {
-        return static_cast<PaneLanguage>(language_id - 1);
-    }
-    switch (QLocale::system().language()) {
-    case QLocale::Japanese:
-        return PaneLanguage::Japanese;
-    case QLocale::Chinese:
-        return PaneLanguage::Chinese;
-    default:
-        return PaneLanguage::English;
-    }
-}
 
 QString PaneString(PaneText text, PaneLanguage language)
 {

@@ -1,9 +1,9 @@
 // What the part browser's pane says, in the three languages of the component.
 #pragma once
 
-#include <QString>
+#include "desktop/interface_language.h"
 
-#include <cstdint>
+#include <QString>
 
 namespace partkeep {
 
@@ -42,7 +42,7 @@ enum class PaneText {
     PartCount,      // %1 parts
     PartCountSoFar, // %1 parts, and more being found
     SelectedCount,  // %1
-    Copying,        // %1 part
+    Copying,        // %1 part, %2 which one, %3 of how many, %4 bytes so far
     PartGone,
     EmptyNoServers, // %1 folder
     EmptyNoFolder,  // no library folder is configured
@@ -97,11 +97,7 @@ enum class PaneText {
     Count
 };
 
-enum class PaneLanguage { English, Japanese, Chinese };
-
-// By the component's language number: 1 English, 2 Japanese, 3 simplified Chinese. Any other follows the user's
-// locale among the three, else English.
-[[nodiscard]] PaneLanguage PaneLanguageOf(std::int32_t language_id);
+using PaneLanguage = InterfaceLanguage;
 
 [[nodiscard]] QString PaneString(PaneText text, PaneLanguage language);
 

@@ -12,7 +12,7 @@ std::unique_ptr<IHostedControl> CPartBrowserFactory::Create(const ClassId& class
         return nullptr;
     }
     auto session = std::make_shared<CBrowserSession>(folder_);
-    widget = new CBrowserPane(session, {PaneLanguageOf(language_()), places_file_}, parent);
+    widget = new CBrowserPane(session, {InterfaceLanguageOf(language_()), places_file_}, parent);
     return std::make_unique<CSessionControl>(std::move(session));
 }
 

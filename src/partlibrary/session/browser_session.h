@@ -130,7 +130,7 @@ private:
     void RememberNames(std::size_t index);
     [[nodiscard]] std::optional<PartRow> FindByPath(IPartLibrary& library, std::u16string_view part_path);
     [[nodiscard]] std::optional<PartRow> FirstSelected();
-    bool StageFiles(IPartLibrary& library, const PartRow& part, SlotSet slots);
+    bool StageFiles(IPartLibrary& library, const PartRow& part, SlotSet slots, CopyProgress* progress = nullptr);
     bool SetProblem(const LibraryProblem& problem); // true for no problem
     void Tell(void (ISessionPane::*change)());
     void Click();
@@ -145,6 +145,8 @@ private:
     PartListView view_;                    // of the current folder
     SearchScope scope_ = SearchScope::Folder;
     std::vector<PartId> selection_;
+    std::size_t asked_ = 0;               // entry of the selection that was asked for last
+    CopyProgress copy_;                   // the last one
     std::vector<QString> selected_names_; // of the first of them, for when the library does not answer
     std::optional<std::u16string> target_folder_;
     CFolderNames target_names_;

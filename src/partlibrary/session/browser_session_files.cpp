@@ -54,17 +54,20 @@ bool CBrowserSession::CopyPartFiles(std::u16string_view server, std::u16string_v
     if (!part) {
         return false;
     }
+    const std::size_t number = std::min(asked_ + 1, std::max<std::size_t>(selection_.size(), 1));
+    const bool goes_on = number >= copy_.number && selection_.size() == copy_.of && number > 1;
+    copy_ = {part->name, number, std::max<std::size_t>(selection_.size(), 1), goes_on ? copy_.bytes : 0};
     if (pane_ != nullptr) {
-        pane_->CopyStarted(part->name);
+        pane_->CopyStarted(copy_);
     }
-    const bool staged = StageFiles(*library, *part, SlotsOfMask(data_kind_));
+    const bool staged = StageFiles(*library, *part, SlotsOfMask(data_kind_), &copy_);
     if (pane_ != nullptr) {
         pane_->CopyEnded();
     }
     return staged;
 }
 
-bool CBrowserSession::StageFiles(IPartLibrary& library, const PartRow& part, SlotSet slots)
+bool CBrowserSession::StageFiles(IPartLibrary& library, const PartRow& part, SlotSet slots, CopyProgress* progress)
 {
     if (!target_folder_) {
         return SetProblem({LibraryFault::WriteFailed, part.name, QStringLiteral("no target folder is set")});
@@ -74,6 +77,10 @@ bool CBrowserSession::StageFiles(IPartLibrary& library, const PartRow& part, Slo
     const auto write = [&](FileSlot slot, std::span<const char> block) {
         const bool open = begun == slot || files.Begin(ToWide(part.name) + KindOf(slot).extension);
         begun = slot;
+        if (progress != nullptr && pane_ != nullptr) {
+            progress->bytes += static_cast<qint64>(block.size());
+            pane_->CopyProgressed(*progress);
+        }
         return open ? files.Write(block) : files.Problem();
     };
     const bool staged = library.CopyFiles(part.id, slots, write) && files.Commit();

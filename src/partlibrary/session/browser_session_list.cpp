@@ -225,6 +225,7 @@ std::optional<SelectedPart> CBrowserSession::GetSelectedPart(std::int16_t index)
     if (index < 0 || place >= selection_.size() || library_ == nullptr) {
         return std::nullopt;
     }
+    asked_ = place;
     RememberNames(place);
     const auto part = library_->FindPart(selection_[place]);
     if (!part && library_->Problem().fault != LibraryFault::NoPart) {

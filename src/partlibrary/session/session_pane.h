@@ -6,9 +6,18 @@
 
 #include <QString>
 
+#include <cstddef>
 #include <cstdint>
 
 namespace partkeep {
+
+// A copy of parts that are asked for one after the other.
+struct CopyProgress {
+    QString part;
+    std::size_t number = 1; // which of the selected ones, from 1
+    std::size_t of = 1;
+    qint64 bytes = 0; // of all that were copied since the first one
+};
 
 class ISessionPane {
 public:
@@ -28,8 +37,9 @@ public:
     virtual void ApplyViewState(const ViewState& state) = 0;
     virtual void CaptureViewState(ViewState& state) = 0;
 
-    // Around each copy of a part's files. A pane may repaint a line in place; it must not run events.
-    virtual void CopyStarted(const QString& /*part*/) {}
+    // Around and during each copy of a part's files. A pane may repaint a line in place; it must not run events.
+    virtual void CopyStarted(const CopyProgress& /*copy*/) {}
+    virtual void CopyProgressed(const CopyProgress& /*copy*/) {}
     virtual void CopyEnded() {}
 };
 
