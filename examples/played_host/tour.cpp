@@ -39,6 +39,13 @@ CTour::CTour(QString pictures, QString suffix) : pictures_(std::move(pictures)),
         [this] { Keep(keypad, "keypad"); },
         [this] { Click(keypad, ok_button); },
         [this] { Keep(selected_parts, "list"); },
+        [this] { Press(selection_dialog, Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier); },
+        [this] { Type(selection_dialog, "1 brk"); }, // the words in any order
+        [] {},                                       // what it finds comes in between
+        [] {},
+        [this] { Keep(selection_dialog, "search"); },
+        [this] { Press(selection_dialog, Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier); },
+        [this] { Press(selection_dialog, Qt::Key_Backspace); },
         [this] { ClickPart(1); },
         [this] { Press(selection_dialog, Qt::Key_Return); },
         [this] { Press(keypad, Qt::Key_7); },
@@ -99,11 +106,18 @@ void CTour::Click(int number, int id)
     }
 }
 
-void CTour::Press(int number, Qt::Key key)
+void CTour::Press(int number, Qt::Key key, Qt::KeyboardModifiers modifiers)
 {
     if (QWidget* window = Window(number)) {
         QWidget* focus = window->focusWidget();
-        QTest::keyClick(focus != nullptr ? focus : window, key);
+        QTest::keyClick(focus != nullptr ? focus : window, key, modifiers);
+    }
+}
+
+void CTour::Type(int number, const char* text)
+{
+    if (QWidget* window = Window(number); window != nullptr && window->focusWidget() != nullptr) {
+        QTest::keyClicks(window->focusWidget(), QString::fromLatin1(text));
     }
 }
 

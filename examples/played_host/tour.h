@@ -27,7 +27,8 @@ private:
     [[nodiscard]] QWidget* Window(int number);
     [[nodiscard]] QWidget* Control(int number, int id);
     void Click(int number, int id);
-    void Press(int number, Qt::Key key);
+    void Press(int number, Qt::Key key, Qt::KeyboardModifiers modifiers = {});
+    void Type(int number, const char* text);
     void ClickPart(int row, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     void OpenInTree(const char* name);
     void Keep(int number, const char* name);

@@ -97,7 +97,9 @@ void CSelectedPartsDlg::AddAllRows()
     for (const PartRecord& part : selectedParts) {
         AddRow(row++, part);
     }
-    ShowCount();
+    if (row > 0) {
+        ShowCount();
+    }
 }
 
 void CSelectedPartsDlg::AddRow(int row, const PartRecord& part)

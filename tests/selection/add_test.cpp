@@ -15,20 +15,22 @@ TEST_F(Add, StagesAndListsInItsOrder)
     std::filesystem::create_directories(folder.Path("Work/SRV1AB"));
     WriteBytes(folder.Path("Work/SRV1AB/P1.bmf"), "old");
     Type(u"007");
-    const auto row = [](const std::string& index, const std::string& name) {
+    const auto row = [](const std::string& index, const std::string& name, const std::string& count) {
         const std::string cell = "250: SetCell 233 " + index;
-        return "250: InsertRow 233 " + index + " '" + name + "'; " + cell + " 1 'SRV1\\A\\B'; " + cell + " 2 '007'; ";
+        return "250: InsertRow 233 " + index + " '" + name + "'; " + cell + " 1 'SRV1\\A\\B'; " + cell +
+               " 2 '007'; 250: SetText 248 '" + count + "'; ";
     };
     Lines lines = LinesOf(user::Press(RES_ADD));
     std::erase_if(lines, [](const std::string& line) { return line.starts_with("202:"); });
-    EXPECT_EQ(lines,
-              Steps("101: Enable 210 off; GetSelectedPartCount(); 101: Enable 201 off; 250: CreateModeless; "
-                    "250: SetSmallIcon none; 250: SetTitle 'Selected Parts'; 250: SetText 247 'Remove'; "
-                    "250: SetText 259 'Change Qty.'; 250: InsertColumn 233 0 'Part Name' 130; "
-                    "250: InsertColumn 233 1 'Path' 150; 250: InsertColumn 233 2 'Quantity' 55; "
-                    "250: SetFullRowSelect 233; 250: Show on; SetDataKind(24); SetTargetFolder(" +
-                    Quoted(folder.Core(u"Work") + u"\\SRV1AB\\") + "); " + Staged(0, "P1") + row("0", "P1") +
-                    Staged(1, "P2") + row("1", "P2") + "SelectAllParts(0); 101: Enable 210 on; 101: Enable 201 on"));
+    EXPECT_EQ(lines, Steps("101: Enable 210 off; GetSelectedPartCount(); 101: Enable 201 off; 250: CreateModeless; "
+                           "250: SetSmallIcon none; 250: SetTitle 'Selected Parts'; 250: SetText 247 'Remove'; "
+                           "250: SetText 259 'Change Qty.'; 250: CreateLabel 248 10,151,96,180; 250: InsertColumn 233 "
+                           "0 'Part Name' 130; "
+                           "250: InsertColumn 233 1 'Path' 150; 250: InsertColumn 233 2 'Quantity' 55; "
+                           "250: SetFullRowSelect 233; 250: Show on; SetDataKind(24); SetTargetFolder(" +
+                           Quoted(folder.Core(u"Work") + u"\\SRV1AB\\") + "); " + Staged(0, "P1") +
+                           row("0", "P1", "1") + Staged(1, "P2") + row("1", "P2", "2") +
+                           "SelectAllParts(0); 101: Enable 210 on; 101: Enable 201 on"));
     EXPECT_EQ(NamesIn(folder.Path("Work/SRV1AB")), (Lines{"P1.iga", "P2.iga"}));
 }
 
