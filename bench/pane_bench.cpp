@@ -162,9 +162,10 @@ const char* const typed_texts[] = {"BRK-99",   "brk", "7",       "sus304 77",   
 
 // Each key of each text, and the key that takes it away again. `hurried`: the next key comes while the list is
 // still being scanned for the last one.
-void Keys(benchmark::State& state, bool hurried)
+void Keys(benchmark::State& state, bool hurried, SearchScope scope = SearchScope::Folder)
 {
     CShownPane pane;
+    pane.Session().SearchIn(scope);
     pane.Open(static_cast<int>(state.range(0)));
     pane.Settle();
     CTimes echo;
@@ -206,6 +207,19 @@ void HurriedKeys(benchmark::State& state)
     Keys(state, true);
 }
 BENCHMARK(HurriedKeys)->Arg(small_folder)->Arg(large_folder)->Iterations(3)->Unit(benchmark::kMillisecond);
+
+// In all folders, whichever is open.
+void KeyInWholeServer(benchmark::State& state)
+{
+    Keys(state, false, SearchScope::Server);
+}
+BENCHMARK(KeyInWholeServer)->Arg(small_folder)->Iterations(3)->Unit(benchmark::kMillisecond);
+
+void HurriedKeysInWholeServer(benchmark::State& state)
+{
+    Keys(state, true, SearchScope::Server);
+}
+BENCHMARK(HurriedKeysInWholeServer)->Arg(small_folder)->Iterations(3)->Unit(benchmark::kMillisecond);
 
 void KeyWithASelectedPart(benchmark::State& state)
 {
