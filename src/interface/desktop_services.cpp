@@ -69,7 +69,7 @@ public:
     std::unique_ptr<IHostedControl> CreateHidden(const ClassId& class_id, std::int32_t control_id, int width,
                                                  int height) override
     {
-        CPartBrowserControls browsers{CLibraryFolder(ConfiguredLibraryFolder(registry_))};
+        CPartBrowserControls browsers{CLibraryFolder::Configured(registry_)};
         return browsers.CreateHidden(class_id, control_id, width, height);
     }
 

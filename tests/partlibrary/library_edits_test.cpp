@@ -91,10 +91,12 @@ TEST_F(LibraryEdits, EachIsSeenWholeOrNotAtAll)
          LibraryFault::NoPart, nullptr},
     };
     for (const auto& row : rows) {
-        const auto library = CSqliteLibrary::Open(library_file_, problem_);
+        CBrowserSession session{libraries_.Places()};
+        ASSERT_TRUE(session.Go(u"SRV1"_s, {}));
+        const auto library = session.ShareLibrary();
         const std::string before = All(*library);
         const auto revision = library->Revision();
-        const auto writer = CSqliteWriter::Open(library_file_, problem_);
+        const auto writer = libraries_.At(u"SRV1"_s)->Edit(problem_);
         ASSERT_TRUE(writer != nullptr && writer->Begin()) << row.label;
         const bool done = row.edit(*writer);
         EXPECT_EQ(done, row.fault == LibraryFault::None) << row.label << ": " << ProblemText(writer->Problem());

@@ -1,12 +1,12 @@
 #include "tests/partlibrary/library_fixture.h"
 
 #include "partlibrary/library/library_text.h"
-#include "partlibrary/sqlite/library_check.h"
+#include "partlibrary/postgres/pg_admin.h"
 #include "partlibrary/sqlite/library_rows.h"
 #include "partlibrary/sqlite/schema.h"
+#include "partlibrary/sqlite/sqlite_admin.h"
 
-#include <QFile>
-
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -24,6 +24,22 @@ void Require(bool done, const LibraryProblem& problem)
 }
 
 } // namespace
+
+bool InDatabase()
+{
+    return std::getenv("PARTKEEP_POSTGRES") != nullptr;
+}
+
+void RunInDatabase(const std::string& sql)
+{
+    FILE* const shell = popen("psql -qAt -v ON_ERROR_STOP=1 service=partkeep >/dev/null", "w");
+    std::fputs("SET client_min_messages = warning; SET search_path = \"SRV1\"; ", shell);
+    std::fputs((sql + ";\n").c_str(), shell);
+    if (pclose(shell) != 0) {
+        std::cerr << "fixture: " << sql << std::endl;
+        std::abort();
+    }
+}
 
 QByteArray SmallBitmap(qsizetype size)
 {
@@ -56,12 +72,39 @@ void PutTestPart(ILibraryWriter& writer, const QString& folder, const QString& n
     }
 }
 
+CTestLibraries::CTestLibraries()
+{
+    if (InDatabase()) {
+        RunInDatabase("DO $$ DECLARE s text; BEGIN FOR s IN SELECT relnamespace::regnamespace::text FROM pg_class "
+                      "WHERE relname = 'partkeep_library' LOOP EXECUTE 'DROP SCHEMA ' || s || ' CASCADE'; END LOOP; "
+                      "END $$");
+    }
+}
+
+CLibraryFolder CTestLibraries::Places() const
+{
+    return InDatabase() ? CLibraryFolder({}, {test_service}) : CLibraryFolder(Folder());
+}
+
+QString CTestLibraries::PlaceOf(const QString& server) const
+{
+    return InDatabase() ? test_service + u':' + server : FileOf(server);
+}
+
+std::unique_ptr<ILibraryAdmin> CTestLibraries::At(const QString& server) const
+{
+    if (InDatabase()) {
+        return std::make_unique<CPgAdmin>(PgPlace{test_service, server});
+    }
+    return std::make_unique<CSqliteAdmin>(FileOf(server));
+}
+
 void CTestLibraries::Fill(const QString& server, const std::function<void(ILibraryWriter&)>& fill)
 {
     LibraryProblem problem;
-    const QString file = FileOf(server);
-    Require(QFile::exists(file) || CSqliteWriter::Create(file, problem), problem);
-    const auto writer = CSqliteWriter::Open(file, problem);
+    const auto library = At(server);
+    Require(library->Create(false, problem) || problem.fault == LibraryFault::AlreadyThere, problem);
+    const auto writer = library->Edit(problem);
     Require(writer != nullptr, problem);
     Require(writer->Begin(), writer->Problem());
     fill(*writer);
@@ -102,8 +145,14 @@ std::vector<std::string> LibraryShop::Take()
     return names;
 }
 
+// The same statement for both engines, but for how each writes bytes.
 void LibraryShop::Forge(const QString& sql)
 {
+    if (InDatabase()) {
+        const QString translated = QString(sql).replace(u"UPDATE library"_s, u"UPDATE partkeep_library"_s);
+        RunInDatabase(ToUtf8(QString(translated).replace(u"x'"_s, u"'\\x"_s).replace(u"BLOB"_s, u"bytea"_s)));
+        return;
+    }
     LibraryProblem problem;
     const auto connection = CConnection::Open(library_file_, OpenMode::Write, problem);
     Require(connection != nullptr, problem);
@@ -112,6 +161,10 @@ void LibraryShop::Forge(const QString& sql)
 
 void LibraryShop::ForgePart(const QString& name)
 {
+    if (InDatabase()) {
+        RunInDatabase("UPDATE part SET name = $q$" + ToUtf8(name) + "$q$ WHERE slots = 127");
+        return;
+    }
     LibraryProblem problem;
     const auto connection = CConnection::Open(library_file_, OpenMode::Write, problem);
     PartRow row;
@@ -128,6 +181,11 @@ void LibraryShop::ForgePart(const QString& name)
 
 void LibraryShop::ForgeFolder(const QString& path)
 {
+    if (InDatabase()) {
+        RunInDatabase("UPDATE folder SET name = $q$" + ToUtf8(path.mid(path.lastIndexOf(u'\\') + 1)) +
+                      "$q$, path = $q$" + ToUtf8(path) + "$q$ WHERE id = 2");
+        return;
+    }
     LibraryProblem problem;
     const auto connection = CConnection::Open(library_file_, OpenMode::Write, problem);
     const QString name = path.mid(path.lastIndexOf(u'\\') + 1);
@@ -139,7 +197,7 @@ void LibraryShop::ForgeFolder(const QString& path)
 std::string LibraryShop::Check() const
 {
     LibraryProblem problem;
-    const auto check = CheckLibrary(library_file_, {}, problem);
+    const auto check = libraries_.At(u"SRV1"_s)->Check({}, problem);
     return check ? check->findings.join(u'\n').toStdString() : ProblemText(problem);
 }
 

@@ -1,6 +1,8 @@
-// Small libraries in a temporary folder, and a browser session on them.
+// Small libraries in a temporary folder, and a browser session on them. The suites run once more on libraries in a
+// database, where one has been started for them.
 #pragma once
 
+#include "partlibrary/library/library_admin.h"
 #include "partlibrary/session/browser_session.h"
 #include "partlibrary/sqlite/sqlite_library.h"
 #include "partlibrary/sqlite/sqlite_writer.h"
@@ -25,8 +27,21 @@ using namespace Qt::StringLiterals;
 void PutTestPart(ILibraryWriter& writer, const QString& folder, const QString& name, SlotSet slots,
                  const PartAttributes& attributes = {});
 
+// Whether the libraries are in a database.
+[[nodiscard]] bool InDatabase();
+
+// The service of it, by this name.
+inline const QString test_service = u"partkeep"_s;
+
+// Runs SQL there, in the schema SRV1.
+void RunInDatabase(const std::string& sql);
+
 class CTestLibraries {
 public:
+    CTestLibraries();
+    [[nodiscard]] CLibraryFolder Places() const;
+    [[nodiscard]] QString PlaceOf(const QString& server) const; // as the tool has it
+    [[nodiscard]] std::unique_ptr<ILibraryAdmin> At(const QString& server) const;
     [[nodiscard]] QString Folder() const { return QString::fromStdString(folder_.Path().string()); }
     [[nodiscard]] QString FileOf(const QString& server) const { return Folder() + u'/' + server + u".kpl"_s; }
 
@@ -66,7 +81,7 @@ protected:
     CTestLibraries libraries_;
     CTemporaryFolder target_;
     QString library_file_ = libraries_.FileOf(u"SRV1"_s);
-    CBrowserSession session_{CLibraryFolder(libraries_.Folder())};
+    CBrowserSession session_{libraries_.Places()};
 };
 
 } // namespace partkeep

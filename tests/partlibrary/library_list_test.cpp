@@ -40,8 +40,9 @@ protected:
               "comment_key = CAST(name AS BLOB)"_s);
     }
 
-    LibraryProblem problem_;
-    std::unique_ptr<CSqliteLibrary> library_ = CSqliteLibrary::Open(library_file_, problem_);
+    CConnection& Connection() { return dynamic_cast<CSqliteLibrary&>(*library_).Connection(); }
+
+    std::shared_ptr<IPartLibrary> library_ = session_.Go(u"SRV1"_s, {}) ? session_.ShareLibrary() : nullptr;
     PartListView view_{library_->FindFolder(u"Plates\\2008"_s)->id, -1, {}, PartColumn::Name, false};
 };
 
@@ -122,7 +123,7 @@ TEST_F(PartList, TheSearchIndexFollowsItsParts)
     });
     const std::pair<QString, int> rows[] = {{u"R-2"_s, 1}, {u"r-1"_s, 0}, {u"鋼"_s, 1}, {u"付板"_s, 0}, {u"p"_s, 4}};
     for (const auto& [typed, count] : rows) {
-        CStatement found(library_->Connection(), "SELECT count(*) FROM part_search WHERE part_search MATCH ?");
+        CStatement found(Connection(), "SELECT count(*) FROM part_search WHERE part_search MATCH ?");
         ASSERT_TRUE(found.With(PairQuery(SearchWords(typed))).Next());
         EXPECT_EQ(found.Integer(0), count) << typed.toStdString();
     }
@@ -134,7 +135,7 @@ TEST_F(PartList, TheSearchIndexFollowsItsParts)
 TEST_F(PartList, EveryLookUpAndEveryOrderUsesAnIndex)
 {
     std::set<std::string> statements;
-    library_->Connection().WatchStatements([&statements](std::string_view sql) { statements.emplace(sql); });
+    Connection().WatchStatements([&statements](std::string_view sql) { statements.emplace(sql); });
     static_cast<void>(library_->FindFolder(u"Plates"_s));
     static_cast<void>(library_->Folders({}));
     const auto part = library_->FindPart(u"Plates\\2008"_s, u"P1"_s);
@@ -152,14 +153,14 @@ TEST_F(PartList, EveryLookUpAndEveryOrderUsesAnIndex)
             }
         }
     }
-    library_->Connection().WatchStatements({});
+    Connection().WatchStatements({});
     std::erase_if(statements, [](const std::string& sql) {
         return sql.find("FROM") == std::string::npos || sql.ends_with("FROM folder"); // all of them
     });
     EXPECT_GE(statements.size(), 35U);
     const QRegularExpression scan(u"SCAN (part|part_file|piece|folder|child)[ \n]"_s);
     for (const std::string& sql : statements) {
-        CStatement plan(library_->Connection(), "EXPLAIN QUERY PLAN " + sql);
+        CStatement plan(Connection(), "EXPLAIN QUERY PLAN " + sql);
         QString steps;
         while (plan.Next()) {
             steps += plan.Text(3) + u'\n';

@@ -139,6 +139,9 @@ TEST(LibraryFolder, TheUsersSettingComesBeforeTheMachines)
     EXPECT_EQ(ConfiguredLibraryFolder(registry), u"/srv/parts"_s);
     registry.Set(u"HKCU\\" + key, u"folder", u"\\home\\parts");
     EXPECT_EQ(ConfiguredLibraryFolder(registry), u"/home/parts"_s);
+    EXPECT_EQ(CLibraryFolder::Configured(registry).Services(), nullptr) << "nothing of a database is touched";
+    registry.Set(u"HKLM\\" + key, u"services", u"shop, archive");
+    EXPECT_EQ(ConfiguredServices(registry), (QStringList{u"shop"_s, u"archive"_s}));
 }
 
 } // namespace

@@ -70,7 +70,7 @@ protected:
 
     const fs::path before_ = fs::current_path();
     CTemporaryFolder work_;
-    std::string library_ = library_file_.toStdString();
+    std::string library_ = libraries_.PlaceOf(u"SRV1"_s).toStdString();
     std::ostringstream out_;
     std::ostringstream err_;
 };
@@ -133,21 +133,21 @@ TEST_F(LibraryTool, AnImportThatFailsLeavesTheLibraryAsItWas)
         {"control", "Z.iga", "x", "part,comment\nZ,a\tb\n"},
         {"too long", "Z.iga", "x", "part,machine\nZ," + std::string(256, '0')},
     };
-    const std::string before = ReadBytes(library_);
+    const std::string before = InDatabase() ? Left() : ReadBytes(library_);
     for (const auto& row : rows) {
         fs::remove_all("in");
         Write("in/A.iga", "fine");
         Write(fs::path("in") / row.file, row.content);
         WriteBytes("t.csv", row.table);
         ExpectTrouble({"import", library_, "in", "--csv", "t.csv"}, row.reason);
-        EXPECT_TRUE(ReadBytes(library_) == before) << row.reason;
+        EXPECT_EQ(InDatabase() ? Left() : ReadBytes(library_), before) << row.reason;
     }
     fs::remove_all("in");
     fs::create_directory("in");
     fs::create_symlink("gone", "in/Q.iga");
     ExpectTrouble({"import", library_, "in"}, "reading failed");
     LibraryProblem problem;
-    const auto other = CSqliteWriter::Open(library_file_, problem);
+    const auto other = libraries_.At(u"SRV1"_s)->Edit(problem);
     ASSERT_TRUE(other != nullptr && other->Begin());
     ExpectTrouble({"import", library_, "in"}, "in use");
 }
@@ -319,6 +319,19 @@ TEST_F(LibraryTool, WhatIsExtractedOrBackedUpIsTheSame)
     EXPECT_EQ(Run({"diff", library_, "B.kpl"}), 1);
     EXPECT_EQ(out_.str(), "- Plates\\Top\n~ Plates\\2008\\P2: .bmf\n+ Plates\\2008\\X\n");
     EXPECT_EQ(Run({"backup", library_, "B.kpl", "--replace"}) + Run({"diff", library_, "B.kpl"}), 0) << err_.str();
+}
+
+// Out of each engine into a file, and back into each.
+TEST_F(LibraryTool, ACopyHoldsTheSameWhateverEngineHoldsIt)
+{
+    const std::string back = libraries_.PlaceOf(u"C"_s).toStdString();
+    ASSERT_EQ(Run({"copy", library_, "A.kpl"}) + Run({"copy", "A.kpl", back}), 0) << err_.str();
+    for (const std::string& copy : {std::string("A.kpl"), back}) {
+        EXPECT_EQ(Run({"check", copy}) + Run({"diff", library_, copy}), 0) << out_.str() << err_.str();
+        ExpectTrouble({"copy", library_, copy}, "exists already");
+    }
+    ASSERT_EQ(Run({"extract", library_, "one"}) + Run({"extract", back, "two"}), 0) << err_.str();
+    EXPECT_EQ(std::system("diff -r one two && diff one.csv two.csv"), 0);
 }
 
 TEST_F(LibraryTool, RepairKeepsWhatCanBeReadAndTellsTheRest)

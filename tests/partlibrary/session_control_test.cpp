@@ -17,8 +17,7 @@ class SessionControl : public LibraryShop {
 protected:
     SessionControl()
     {
-        auto control =
-            CPartBrowserControls(CLibraryFolder(libraries_.Folder())).CreateHidden(part_browser_class_id, 1, 1, 1);
+        auto control = CPartBrowserControls(libraries_.Places()).CreateHidden(part_browser_class_id, 1, 1, 1);
         inner_ = &dynamic_cast<CSessionControl&>(*control).Session();
         control_ = control.get();
         browser_.Attach(std::move(control));

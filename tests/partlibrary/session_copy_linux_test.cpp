@@ -255,7 +255,7 @@ TEST_F(SessionCopy, NamesThatWouldLeaveTheFolderAreNeverLetThrough)
     for (const QString& name : names) {
         SCOPED_TRACE(name.toStdString());
         ForgePart(name);
-        CBrowserSession session{CLibraryFolder(libraries_.Folder())};
+        CBrowserSession session{libraries_.Places()};
         session.SetTargetFolder(target_.Core());
         session.Go(u"SRV1"_s, u"Plates\\2008"_s);
         session.SelectAllParts(1);
@@ -272,7 +272,7 @@ TEST_F(SessionCopy, NamesThatWouldLeaveTheFolderAreNeverLetThrough)
     for (const QString& path : {u"/../../evil"_s, u"..\\evil"_s, u"a\nb"_s, u"a\\"_s, u"Other\\name"_s}) {
         SCOPED_TRACE(path.toStdString());
         ForgeFolder(path);
-        CBrowserSession session{CLibraryFolder(libraries_.Folder())};
+        CBrowserSession session{libraries_.Places()};
         session.SetTargetFolder(target_.Core());
         session.ConnectServer(u"SRV1");
         EXPECT_EQ(session.Folders(u"SRV1"_s, {})->size(), 0U);
@@ -294,7 +294,7 @@ TEST_F(SessionCopy, ALockIsWaitedForOnceAndNamesAreRemembered)
     LibraryProblem problem;
     const auto other = CConnection::Open(library_file_, OpenMode::Write, problem);
     ASSERT_TRUE(other->Execute("BEGIN EXCLUSIVE"));
-    CBrowserSession late{CLibraryFolder(libraries_.Folder())};
+    CBrowserSession late{libraries_.Places()};
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_FALSE(CopyP1());
     EXPECT_EQ(session_.GetSelectedPart(2)->name, u"p1"_s);

@@ -20,7 +20,7 @@ public:
     std::unique_ptr<IHostedControl> Create(const ClassId& class_id, QWidget* parent, QWidget*& widget) override
     {
         CPartBrowserFactory browsers(
-            CLibraryFolder(ConfiguredLibraryFolder(registry_)), [] { return TheProcessValues().languageId; },
+            CLibraryFolder::Configured(registry_), [] { return TheProcessValues().languageId; },
             CPanePlaces::UsersFile());
         return browsers.Create(class_id, parent, widget);
     }

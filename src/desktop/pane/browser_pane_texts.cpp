@@ -24,6 +24,8 @@ PaneText TextOfFault(LibraryFault fault)
         return PaneText::ServerGone;
     case LibraryFault::Busy:
         return PaneText::ServerBusy;
+    case LibraryFault::NoAnswer:
+        return PaneText::ServerSilent;
     case LibraryFault::Unfinished:
         return PaneText::ServerUnfinished;
     case LibraryFault::Replaced:
@@ -56,6 +58,7 @@ void CBrowserPane::UpdateTexts()
 {
     status_->setText(StatusText());
     list_->SetEmptyText(EmptyText());
+    list_->SetFaded(ShownProblem().fault == LibraryFault::NoAnswer);
     const QString problem = ProblemText();
     problem_text_->setText(problem);
     problem_text_->setToolTip(problem);
@@ -91,7 +94,7 @@ QString CBrowserPane::EmptyText() const
     if (model_->rowCount() > 0 || (model_->Started() && !model_->Complete())) {
         return {};
     }
-    if (session_->LibraryFolder().Path().isEmpty()) {
+    if (!session_->LibraryFolder().IsConfigured()) {
         return Text(PaneText::EmptyNoFolder);
     }
     if (session_->Servers().isEmpty() && session_->OtherServers().isEmpty()) {
@@ -129,6 +132,9 @@ QString CBrowserPane::Remarks() const
     }
     if (library != nullptr && library->HasOtherKeys()) {
         remarks += Text(PaneText::ServerSlow).arg(session_->CurrentServer());
+    }
+    if (library != nullptr && session_->IsTwice()) {
+        remarks += Text(PaneText::ServerTwice).arg(session_->CurrentServer());
     }
     return remarks.join(u' ');
 }

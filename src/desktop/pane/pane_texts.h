@@ -52,6 +52,8 @@ enum class PaneText {
     EmptySearch, // %1
     ServerGone,  // %1 server
     ServerBusy,
+    ServerSilent,
+    ServerTwice, // %1 server
     ServerUnfinished,
     ServerReplaced,
     Since,          // %1 time

@@ -8,6 +8,7 @@
 #include <QScroller>
 
 #include <algorithm>
+#include <utility>
 
 namespace partkeep {
 
@@ -57,6 +58,13 @@ void CPartListView::SetRowHeight(int height)
     row_height_ = height;
     updateGeometries();
     viewport()->update();
+}
+
+void CPartListView::SetFaded(bool faded)
+{
+    if (std::exchange(faded_, faded) != faded) {
+        viewport()->update();
+    }
 }
 
 void CPartListView::SetEmptyText(const QString& text)
@@ -277,6 +285,7 @@ void CPartListView::PaintRow(QPainter& painter, int row)
     QStyleOptionViewItem option;
     initViewItemOption(&option);
     option.showDecorationSelected = true;
+    option.state.setFlag(QStyle::State_Enabled, !faded_ && isEnabled());
     option.state.setFlag(QStyle::State_HasFocus, hasFocus() && row == currentIndex().row());
     option.state.setFlag(QStyle::State_Selected, selectionModel()->isRowSelected(row));
     option.state.setFlag(QStyle::State_MouseOver, row == hovered_row_);

@@ -16,6 +16,7 @@ enum class LibraryFault {
     OtherVersion, // a library of a version that this build does not know
     Damaged,
     Busy,       // another program holds it, or does not answer in time
+    NoAnswer,   // the machine that holds it does not answer, or cannot at the moment
     Unfinished, // a writer was cut off, and who reads may not take its changes back
     Replaced,   // another library stands in its place now
     ReadOnly,

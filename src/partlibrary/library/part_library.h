@@ -11,6 +11,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QTime>
 
 #include <functional>
 #include <memory>
@@ -85,6 +86,9 @@ public:
     [[nodiscard]] virtual std::optional<PartRow> FindPart(const QString& folder, const QString& name) = 0;
     [[nodiscard]] virtual std::optional<PartRow> FindPart(PartId id) = 0;
 
+    // Several at once, in their order; an empty row for one that has gone. Nothing on an error.
+    [[nodiscard]] virtual std::optional<std::vector<PartRow>> FindParts(std::span<const PartId> ids);
+
     // The folders directly inside one, in natural order. Nothing on an error.
     [[nodiscard]] virtual std::optional<std::vector<FolderRow>> Folders(const QString& path) = 0;
 
@@ -126,6 +130,9 @@ public:
     // what was stored, and when the sink has a problem: what was handed over is then worth nothing.
     virtual bool CopyFiles(PartId part, SlotSet slots, const ContentSink& sink) = 0;
 
+    // What will be copied next, in this order, for a library that can ask for it ahead.
+    virtual void Expect(std::span<const PartId> /*parts*/, SlotSet /*slots*/) {}
+
     // One file as a whole, empty where the part has none. Nothing on an error.
     [[nodiscard]] std::optional<QByteArray> ReadFile(PartId part, FileSlot slot)
     {
@@ -146,6 +153,9 @@ public:
     // The last list met keys by other rules than those of now. Lists are right all the same, but slow until all keys
     // are made anew.
     [[nodiscard]] virtual bool HasOtherKeys() const { return false; }
+
+    // Since when the machine that holds the library has not answered; invalid while it does.
+    [[nodiscard]] virtual QTime SilentSince() const { return {}; }
 };
 
 } // namespace partkeep

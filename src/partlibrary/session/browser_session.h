@@ -92,6 +92,7 @@ public:
 
     // What went wrong last, or what is wrong now with the file behind the library that is shown.
     [[nodiscard]] LibraryProblem Problem() const;
+    [[nodiscard]] bool IsTwice() const { return libraries_.IsTwice(current_server_); } // as a file, which is shown, too
     [[nodiscard]] QTime FailsSince() const { return libraries_.FailsSince(current_server_); }
 
     // The folders in one of any server's. Nothing where it is not reached; told only for the current server.
@@ -130,6 +131,7 @@ private:
     void RememberNames(std::size_t index);
     [[nodiscard]] std::optional<PartRow> FindByPath(IPartLibrary& library, std::u16string_view part_path);
     [[nodiscard]] std::optional<PartRow> FirstSelected();
+    void ExpectRest(PartId part);
     bool StageFiles(IPartLibrary& library, const PartRow& part, SlotSet slots, CopyProgress* progress = nullptr);
     bool SetProblem(const LibraryProblem& problem); // true for no problem
     void Tell(void (ISessionPane::*change)());
@@ -148,6 +150,7 @@ private:
     std::size_t asked_ = 0;               // entry of the selection that was asked for last
     CopyProgress copy_;                   // the last one
     std::vector<QString> selected_names_; // of the first of them, for when the library does not answer
+    std::size_t next_copy_ = 0;           // behind the one of the selection that was copied last
     std::optional<std::u16string> target_folder_;
     CFolderNames target_names_;
     std::int16_t data_kind_ = part_data_kind;

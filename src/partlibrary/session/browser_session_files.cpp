@@ -60,11 +60,32 @@ bool CBrowserSession::CopyPartFiles(std::u16string_view server, std::u16string_v
     if (pane_ != nullptr) {
         pane_->CopyStarted(copy_);
     }
-    const bool staged = StageFiles(*library, *part, SlotsOfMask(data_kind_), &copy_);
+    const SlotSet slots = SlotsOfMask(data_kind_);
+    const CopyProgress begun = copy_;
+    bool staged = StageFiles(*library, *part, slots, &copy_);
+    if (!staged && library->Problem().fault == LibraryFault::NoAnswer) { // lost in the middle, not waited for
+        copy_ = begun;
+        staged = StageFiles(*library, *part, slots, &copy_) && SetProblem({});
+    }
     if (pane_ != nullptr) {
         pane_->CopyEnded();
     }
+    if (staged && library == library_) {
+        ExpectRest(part->id);
+    }
     return staged;
+}
+
+// Who copies a part of the selection goes on with those behind it.
+void CBrowserSession::ExpectRest(PartId part)
+{
+    const bool goes_on = next_copy_ < selection_.size() && selection_[next_copy_] == part;
+    const auto place = goes_on ? selection_.begin() + static_cast<std::ptrdiff_t>(next_copy_)
+                               : std::find(selection_.begin(), selection_.end(), part);
+    if (place != selection_.end()) {
+        next_copy_ = static_cast<std::size_t>(place - selection_.begin()) + 1;
+        library_->Expect(std::span(selection_).subspan(next_copy_), SlotsOfMask(data_kind_));
+    }
 }
 
 bool CBrowserSession::StageFiles(IPartLibrary& library, const PartRow& part, SlotSet slots, CopyProgress* progress)

@@ -84,7 +84,9 @@ bool CBrowserSession::RefreshPartList()
         there = true;
     }
     if (!there) {
-        EnterFolder({});
+        if (problem_.fault != LibraryFault::NoAnswer) { // what is shown stays
+            EnterFolder({});
+        }
     } else if (selection_.size() < before) {
         SetProblem({LibraryFault::NoPart, current_folder_.path, {}});
     }
@@ -209,12 +211,11 @@ std::int32_t CBrowserSession::GetSelectedPartCount() const
 void CBrowserSession::RememberNames(std::size_t index)
 {
     const std::size_t wanted = index == 0 ? 1 : std::min(selection_.size(), most_names);
-    while (selected_names_.size() < wanted) {
-        const auto part = library_->FindPart(selection_[selected_names_.size()]);
-        if (!part && library_->Problem().fault != LibraryFault::NoPart) {
-            return;
-        }
-        selected_names_.push_back(part && part->folder == current_folder_.id ? part->name : QString());
+    const std::size_t known = selected_names_.size();
+    const auto parts =
+        known < wanted ? library_->FindParts(std::span(selection_).subspan(known, wanted - known)) : std::nullopt;
+    for (const PartRow& part : parts.value_or(std::vector<PartRow>())) {
+        selected_names_.push_back(part.folder == current_folder_.id ? part.name : QString());
     }
 }
 
@@ -230,9 +231,9 @@ std::optional<SelectedPart> CBrowserSession::GetSelectedPart(std::int16_t index)
     const auto part = library_->FindPart(selection_[place]);
     if (!part && library_->Problem().fault != LibraryFault::NoPart) {
         SetProblem(library_->Problem());
-        return place < selected_names_.size()
-                   ? std::optional(SelectedPart{current_server_, current_folder_.path, selected_names_[place]})
-                   : std::nullopt;
+        const bool known = place < selected_names_.size() && problem_.fault != LibraryFault::NameRefused;
+        return known ? std::optional(SelectedPart{current_server_, current_folder_.path, selected_names_[place]})
+                     : std::nullopt;
     }
     const QString name = part && part->folder == current_folder_.id ? part->name : QString();
     return SelectedPart{current_server_, current_folder_.path, name};

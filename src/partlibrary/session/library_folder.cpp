@@ -18,18 +18,31 @@ namespace {
 
 constexpr std::u16string_view folder_key = u"software\\Velmar\\ORVIC\\PartLibrary";
 constexpr std::u16string_view folder_value = u"folder";
+constexpr std::u16string_view services_value = u"services";
+
+// The user's before the machine's.
+QString Configured(const IRegistry& registry, std::u16string_view value)
+{
+    for (const RegistryRoot root : {RegistryRoot::CurrentUser, RegistryRoot::LocalMachine}) {
+        const auto text = registry.ReadValue(root, folder_key, value);
+        if (text && !text->empty()) {
+            return FromWide(*text);
+        }
+    }
+    return {};
+}
 
 } // namespace
 
 QString ConfiguredLibraryFolder(const IRegistry& registry)
 {
-    for (const RegistryRoot root : {RegistryRoot::CurrentUser, RegistryRoot::LocalMachine}) {
-        const auto folder = registry.ReadValue(root, folder_key, folder_value);
-        if (folder && !folder->empty()) {
-            return FromUtf8(NativePath(CorePath(ToUtf8(FromWide(*folder)))));
-        }
-    }
-    return {};
+    const QString folder = Configured(registry, folder_value);
+    return folder.isEmpty() ? folder : FromUtf8(NativePath(CorePath(ToUtf8(folder))));
+}
+
+QStringList ConfiguredServices(const IRegistry& registry)
+{
+    return Configured(registry, services_value).replace(u',', u' ').split(u' ', Qt::SkipEmptyParts);
 }
 
 QString CLibraryFolder::FileOf(const QString& server) const
@@ -42,11 +55,13 @@ QString CLibraryFolder::FileOf(const QString& server) const
 
 QStringList CLibraryFolder::Servers() const
 {
-    if (path_.isEmpty()) {
-        return {};
-    }
+    const QStringList files =
+        path_.isEmpty() ? QStringList() : QDir(path_).entryList({QStringLiteral("*.kpl")}, QDir::Files, QDir::NoSort);
     std::vector<std::pair<QByteArray, QString>> found;
-    for (const QString& file : QDir(path_).entryList({QStringLiteral("*.kpl")}, QDir::Files, QDir::NoSort)) {
+    for (const QString& server : services_ != nullptr ? services_->Servers() : QStringList()) {
+        found.emplace_back(SortKey(server), server);
+    }
+    for (const QString& file : files) {
         const QString server = ServerOfFile(file);
         if (server != file && CheckName(server) == NameFault::None) { // the filter takes other cases too
             found.emplace_back(SortKey(server), server);
@@ -57,6 +72,7 @@ QStringList CLibraryFolder::Servers() const
     for (const auto& entry : found) {
         servers += entry.second;
     }
+    servers.removeDuplicates();
     return servers;
 }
 

@@ -1,9 +1,13 @@
-// The folder that holds the part libraries, one file a server: `<server>.kpl`. A server is found by its name,
-// spelled exactly.
+// Where the part libraries are: in a folder, one file a server: `<server>.kpl`, and in databases, where services lead
+// to them. A server is found by its name, spelled exactly; a file goes before a database.
 #pragma once
+
+#include "partlibrary/session/service_servers.h"
 
 #include <QString>
 #include <QStringList>
+
+#include <memory>
 
 namespace partkeep {
 
@@ -13,10 +17,22 @@ class IRegistry;
 // user's before the machine's. Empty when neither is there.
 [[nodiscard]] QString ConfiguredLibraryFolder(const IRegistry& registry);
 
+// The configured services: value `services` of that key, names with commas or blanks between them.
+[[nodiscard]] QStringList ConfiguredServices(const IRegistry& registry);
+
 class CLibraryFolder {
 public:
     // A native path; empty text holds no server.
-    explicit CLibraryFolder(QString path) : path_(std::move(path)) {}
+    explicit CLibraryFolder(QString path, const QStringList& services = {})
+        : path_(std::move(path)), services_(services.isEmpty() ? nullptr : std::make_shared<CServiceServers>(services))
+    {
+    }
+    [[nodiscard]] static CLibraryFolder Configured(const IRegistry& registry)
+    {
+        return CLibraryFolder(ConfiguredLibraryFolder(registry), ConfiguredServices(registry));
+    }
+    [[nodiscard]] bool IsConfigured() const { return !path_.isEmpty() || services_ != nullptr; }
+    [[nodiscard]] CServiceServers* Services() const { return services_.get(); } // null: none are configured
 
     // The file for a server, whether it exists or not. Empty for a name that cannot be a server's.
     [[nodiscard]] QString FileOf(const QString& server) const;
@@ -28,6 +44,7 @@ public:
 
 private:
     QString path_;
+    std::shared_ptr<CServiceServers> services_;
 };
 
 // The server that a library file stands for: its name without the extension.

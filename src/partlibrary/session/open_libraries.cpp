@@ -1,6 +1,9 @@
 #include "partlibrary/session/open_libraries.h"
 
+#include "partlibrary/library/library_names.h"
 #include "partlibrary/sqlite/sqlite_library.h"
+
+#include <QFileInfo>
 
 #include <utility>
 
@@ -12,7 +15,8 @@ namespace {
 // That there is no file costs nothing to find out.
 std::chrono::milliseconds Validity(LibraryFault fault)
 {
-    return std::chrono::milliseconds(fault == LibraryFault::Busy ? 10000 : fault == LibraryFault::NotFound ? 0 : 1000);
+    const bool waited_for = fault == LibraryFault::Busy || fault == LibraryFault::NoAnswer;
+    return std::chrono::milliseconds(waited_for ? 10000 : fault == LibraryFault::NotFound ? 0 : 1000);
 }
 
 } // namespace
@@ -31,15 +35,30 @@ std::shared_ptr<IPartLibrary> COpenLibraries::Look(const QString& server)
     return entry.problem ? nullptr : entry.library;
 }
 
-void COpenLibraries::Open(const QString& server, Entry& entry)
+// A file goes before a database.
+std::unique_ptr<IPartLibrary> COpenLibraries::OpenNew(const QString& server, LibraryProblem& problem) const
 {
     const QString file = folder_.FileOf(server);
+    CServiceServers* const services = folder_.Services();
+    if (!file.isEmpty() && (services == nullptr || QFileInfo::exists(file))) {
+        return CSqliteLibrary::Open(file, problem);
+    }
+    const bool may_be = services != nullptr && CheckName(server) == NameFault::None;
+    if (const auto place = may_be ? services->Find(server) : std::nullopt) {
+        return OpenPgLibrary(*place, problem);
+    }
+    const bool none = !folder_.IsConfigured();
+    problem = may_be && services->Problem()
+                  ? services->Problem()
+                  : LibraryProblem{LibraryFault::NotFound, server,
+                                   none ? QStringLiteral("no library folder is configured") : QString()};
+    return nullptr;
+}
+
+void COpenLibraries::Open(const QString& server, Entry& entry)
+{
     entry.problem = {};
-    if (file.isEmpty()) {
-        const bool no_folder = folder_.Path().isEmpty();
-        entry.problem = {LibraryFault::NotFound, server,
-                         no_folder ? QStringLiteral("no library folder is configured") : QString()};
-    } else if (auto library = CSqliteLibrary::Open(file, entry.problem); library != nullptr) {
+    if (auto library = OpenNew(server, entry.problem); library != nullptr) {
         entry.library = std::move(library);
     }
     entry.tried = Clock::now();
@@ -53,6 +72,9 @@ void COpenLibraries::Open(const QString& server, Entry& entry)
 void COpenLibraries::Retry(const QString& server)
 {
     entries_.erase(server);
+    if (folder_.Services() != nullptr) {
+        folder_.Services()->Retry();
+    }
 }
 
 void COpenLibraries::CloseOthers(const QString& server)
@@ -63,7 +85,17 @@ void COpenLibraries::CloseOthers(const QString& server)
 QTime COpenLibraries::FailsSince(const QString& server) const
 {
     const auto entry = entries_.find(server);
-    return entry != entries_.end() ? entry->second.fails_since : QTime();
+    if (entry == entries_.end()) {
+        return {};
+    }
+    const bool fails = entry->second.fails_since.isValid() || entry->second.library == nullptr;
+    return fails ? entry->second.fails_since : entry->second.library->SilentSince();
+}
+
+bool COpenLibraries::IsTwice(const QString& server) const
+{
+    return folder_.Services() != nullptr && folder_.Services()->Knows(server) &&
+           QFileInfo::exists(folder_.FileOf(server));
 }
 
 } // namespace partkeep

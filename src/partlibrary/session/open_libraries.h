@@ -30,6 +30,7 @@ public:
 
     [[nodiscard]] const LibraryProblem& Problem() const { return problem_; }
     [[nodiscard]] QTime FailsSince(const QString& server) const; // invalid while it does not
+    [[nodiscard]] bool IsTwice(const QString& server) const;     // found as a file and in a database
     [[nodiscard]] const CLibraryFolder& Folder() const { return folder_; }
 
 private:
@@ -41,6 +42,7 @@ private:
         QTime fails_since;
     };
 
+    [[nodiscard]] std::unique_ptr<IPartLibrary> OpenNew(const QString& server, LibraryProblem& problem) const;
     void Open(const QString& server, Entry& entry);
 
     CLibraryFolder folder_;

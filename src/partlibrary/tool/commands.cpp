@@ -1,6 +1,7 @@
 #include "partlibrary/tool/commands.h"
 
 #include "partlibrary/library/library_text.h"
+#include "partlibrary/postgres/pg_admin.h"
 #include "partlibrary/sqlite/sqlite_admin.h"
 #include "partlibrary/tool/edit_commands.h"
 #include "partlibrary/tool/look_commands.h"
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <functional>
 #include <iterator>
+#include <memory>
 #include <numeric>
 #include <ostream>
 #include <string>
@@ -25,10 +27,30 @@ namespace {
 
 using Command = std::function<int(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output)>;
 
+std::unique_ptr<ILibraryAdmin> LibraryAt(const std::string& text)
+{
+    const QString place = FromUtf8(text);
+    if (auto in_database = PgPlaceOf(place)) {
+        return std::make_unique<CPgAdmin>(std::move(*in_database));
+    }
+    return std::make_unique<CSqliteAdmin>(place);
+}
+
 int Diff(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output)
 {
-    CSqliteAdmin other(FromUtf8(options.other));
-    return TellDifferences(library, other, output);
+    return TellDifferences(library, *LibraryAt(options.other), output);
+}
+
+int Copy(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output)
+{
+    return CopyTo(library, *LibraryAt(options.other), options, output);
+}
+
+// Out of a database a copy is a backup; it takes the place of nothing.
+int BackUpAny(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output)
+{
+    const bool copies = PgPlaceOf(FromUtf8(options.library)) && !options.replace;
+    return copies ? Copy(library, options, output) : BackUp(library, options, output);
 }
 
 // How many letters lie between two words, as slips of the fingers go.
@@ -95,15 +117,17 @@ public:
                                 QStringLiteral("no code page of a system")});
         }
         SetSystemCodePage(options_.code_page);
-        CSqliteAdmin library(FromUtf8(options_.library));
-        return chosen->second(library, options_, output);
+        return chosen->second(*LibraryAt(options_.library), options_, output);
     }
 
 private:
     CLI::App& Add(const char* name, const char* description, Command command)
     {
         CLI::App* const added = app_.add_subcommand(name, description);
-        added->add_option("library", options_.library, "The library file, <server>.kpl")->required();
+        added
+            ->add_option("library", options_.library,
+                         "The library: a file <server>.kpl, or SERVICE:SERVER for one in a database")
+            ->required();
         commands_.emplace_back(added, std::move(command));
         return *added;
     }
@@ -126,9 +150,12 @@ private:
         extract.add_option("target", options_.other, "The folder to make")->required();
         extract.add_option("--folder", options_.folder, "Only this folder of the library and those inside it");
         extract.add_option("--csv", options_.table, "Where the table of attributes goes (<folder>.csv)");
-        CLI::App& backup = Add("backup", "Copy the library while it is in use", BackUp);
+        CLI::App& backup = Add("backup", "Copy the library while it is in use", BackUpAny);
         backup.add_option("target", options_.other, "The file to make")->required();
         backup.add_flag("--replace", options_.replace, "Put it in the place of what is there");
+        Add("copy", "Make a library with all that is in this one", Copy)
+            .add_option("target", options_.other, "The library to make: a file, or SERVICE:SERVER")
+            ->required();
         Add("repair", "Make a damaged library sound, and keep the damaged one beside it", Repair);
     }
     void AddLooks()

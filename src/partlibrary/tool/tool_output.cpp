@@ -59,6 +59,7 @@ ToolEnd EndOf(LibraryFault fault)
     case LibraryFault::NoPart:
         return ToolEnd::NotThere;
     case LibraryFault::Busy:
+    case LibraryFault::NoAnswer:
     case LibraryFault::Replaced:
         return ToolEnd::Busy;
     case LibraryFault::NotALibrary:

@@ -2,6 +2,7 @@
 
 #include "partlibrary/import/library_extract.h"
 #include "partlibrary/import/library_import.h"
+#include "partlibrary/library/library_copy.h"
 #include "partlibrary/library/library_text.h"
 #include "partlibrary/tool/place_pattern.h"
 
@@ -98,6 +99,30 @@ int BackUp(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& outp
     }
     output.Tell("done", Deed(options, "backed up to " + Printable(target)),
                 {{QStringLiteral("library"), target}, {QStringLiteral("dry_run"), options.dry_run}});
+    return done;
+}
+
+int CopyTo(ILibraryAdmin& library, ILibraryAdmin& target, const ToolOptions& options, CToolOutput& output)
+{
+    LibraryProblem problem;
+    const auto from = library.Open(problem);
+    if (from == nullptr) {
+        return output.Fail(problem);
+    }
+    const bool made = target.Create(options.dry_run, problem);
+    if (!made && (options.dry_run || problem.fault != LibraryFault::AlreadyThere)) {
+        return output.Fail(problem);
+    }
+    if (!options.dry_run) { // what an attempt that failed has left is empty
+        const auto to = target.Edit(problem);
+        problem = to != nullptr ? LibraryProblem() : problem;
+        if (to == nullptr || !CopyWholeLibrary(*from, *to, output.Progress("parts"), problem)) {
+            problem.subject = problem.subject.isEmpty() ? target.Name() : problem.subject;
+            return output.Fail(problem);
+        }
+    }
+    output.Tell("done", Deed(options, "copied to " + Printable(target.Name())),
+                {{QStringLiteral("library"), target.Name()}});
     return done;
 }
 

@@ -9,6 +9,7 @@ namespace partkeep {
 int CreateLibrary(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output);
 int ImportParts(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output);
 int ExtractParts(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output);
+int CopyTo(ILibraryAdmin& library, ILibraryAdmin& target, const ToolOptions& options, CToolOutput& output);
 int BackUp(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output);
 int Repair(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output);
 int Watch(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output);

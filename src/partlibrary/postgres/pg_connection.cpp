@@ -1,0 +1,226 @@
+#include "partlibrary/postgres/pg_connection.h"
+
+#include "partlibrary/library/sort_text.h"
+#include "partlibrary/postgres/pg_waits.h"
+
+#include <array>
+#include <cerrno>
+#include <poll.h>
+#include <utility>
+
+namespace partkeep {
+
+using std::chrono::milliseconds;
+
+std::shared_ptr<CPgConnection> CPgConnection::Open(const PgPlace& place, PgUse use, LibraryProblem& problem)
+{
+    problem = {};
+    QString why;
+    const PqDriver* const driver = LoadPqDriver(why);
+    if (driver == nullptr) {
+        problem = {LibraryFault::CannotOpen, place.Text(),
+                   QStringLiteral("the module for databases is not installed: ") + why};
+        return nullptr;
+    }
+    if (ToUtf8(place.server).size() > longest_schema) { // the server would cut it, and show another's
+        problem = {LibraryFault::NotFound, place.Text(), {}};
+        return nullptr;
+    }
+    std::shared_ptr<CPgConnection> connection(new CPgConnection(*driver, place, use));
+    connection->last_byte_ = Clock::now();
+    if (connection->Connect()) {
+        return connection;
+    }
+    problem = connection->Problem();
+    return nullptr;
+}
+
+CPgConnection::CPgConnection(const PqDriver& driver, PgPlace place, PgUse use)
+    : pq_(driver), place_(std::move(place)), use_(use), connection_(nullptr, CFinish{&driver})
+{
+}
+
+CPgConnection::~CPgConnection() = default;
+
+milliseconds CPgConnection::Patience() const
+{
+    return use_ == PgUse::Browse || !ever_open_ ? browse_patience : tool_patience;
+}
+
+// Connecting.
+
+bool CPgConnection::Connect()
+{
+    Disconnect();
+    if (!StartUp() || !EnterPipeline() || !Prepare()) {
+        connection_.reset();
+        return false;
+    }
+    ever_open_ = true;
+    silent_since_ = {};
+    return true;
+}
+
+bool CPgConnection::StartUp()
+{
+    const std::string service = ToUtf8(place_.service);
+    const bool tool = use_ != PgUse::Browse;
+    const std::array<const char*, 8> names{"service",    "client_encoding", "fallback_application_name",
+                                           "keepalives", "keepalives_idle", tool ? "tcp_user_timeout" : nullptr,
+                                           nullptr};
+    const std::array<const char*, 8> values{service.c_str(), "UTF8", "partkeep", "1", "5", "30000", nullptr};
+    connection_.reset(pq_.PQconnectStartParams(names.data(), values.data(), 0));
+    if (connection_ == nullptr) {
+        problem_ = {LibraryFault::NoMemory, place_.Text(), {}};
+        return false;
+    }
+    pq_.PQsetNoticeProcessor(
+        connection_.get(), [](void*, const char*) {}, nullptr);
+    PostgresPollingStatusType status =
+        pq_.PQstatus(connection_.get()) == CONNECTION_BAD ? PGRES_POLLING_FAILED : PGRES_POLLING_WRITING;
+    while (status != PGRES_POLLING_OK && status != PGRES_POLLING_FAILED) {
+        if (!Wait(status == PGRES_POLLING_READING ? POLLIN : POLLOUT)) {
+            return false;
+        }
+        status = pq_.PQconnectPoll(connection_.get());
+    }
+    return status == PGRES_POLLING_OK || Lose();
+}
+
+bool CPgConnection::EnterPipeline()
+{
+    return (pq_.PQsetnonblocking(connection_.get(), 1) == 0 && pq_.PQenterPipelineMode(connection_.get()) == 1) ||
+           Lose();
+}
+
+// A plan that joins by hash or reads a table from end to end is none for look-ups, whatever the statistics say; to
+// compile it takes longer than it runs.
+bool CPgConnection::Prepare()
+{
+    const bool browse = use_ == PgUse::Browse;
+    const bool reads = browse || use_ == PgUse::Whole;
+    const QString schema = QString(place_.server).replace(QStringLiteral("\""), QStringLiteral("\"\""));
+    const QString path =
+        schema.isEmpty() ? QStringLiteral("pg_catalog") : QStringLiteral("\"%1\", pg_temp").arg(schema);
+    const auto set = [](SqlText name, const QString& value) {
+        return CSql("SELECT set_config('").Add(name).Add("', ").Value(value).Add(", false)");
+    };
+    const QString off = QStringLiteral("off");
+    std::vector<CSql> statements{set("search_path", path), set("jit", off),
+                                 set("statement_timeout", QString::number(browse ? browse_patience.count() : 0)),
+                                 set("lock_timeout", QString::number(browse_patience.count())),
+                                 set("default_transaction_read_only", reads ? QStringLiteral("on") : off)};
+    if (browse) {
+        statements.push_back(set("enable_hashjoin", off));
+        statements.push_back(set("enable_mergejoin", off));
+    }
+    if (!reads) { // a machine that is gone must not hold its lock
+        statements.push_back(set("tcp_keepalives_idle", QStringLiteral("2")));
+        statements.push_back(set("tcp_keepalives_interval", QStringLiteral("1")));
+        statements.push_back(set("tcp_keepalives_count", QStringLiteral("2")));
+    }
+    const bool look = use_ != PgUse::Administer && !place_.server.isEmpty();
+    if (look) {
+        statements.push_back(LibraryRow());
+    }
+    const auto results = TryAll(statements);
+    if (!results) {
+        return false;
+    }
+    if (look && !TakeLibraryRow(results->back())) {
+        return false;
+    }
+    return use_ != PgUse::Whole ||
+           TryAll(std::array{CSql("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY")}).has_value();
+}
+
+CSql CPgConnection::LibraryRow()
+{
+    return CSql("SELECT version, mark, keys FROM partkeep_library");
+}
+
+bool CPgConnection::TakeLibraryRow(const CPgResult& result)
+{
+    if (result.Rows() != 1) {
+        problem_ = {LibraryFault::NotALibrary, place_.Text(), {}};
+        return false;
+    }
+    if (result.Integer(0, 0) != postgres_library_version) {
+        problem_ = {LibraryFault::OtherVersion, place_.Text(), QString::number(result.Integer(0, 0))};
+        return false;
+    }
+    const QByteArray id = result.Bytes(0, 1);
+    if (!id_.isEmpty() && id != id_) {
+        state_ = LibraryPlace::Another;
+        problem_ = {LibraryFault::Replaced, place_.Text(), {}};
+        return false;
+    }
+    id_ = id;
+    other_keys_ = result.Text(0, 2) != KeysVersion();
+    return true;
+}
+
+void CPgConnection::Disconnect()
+{
+    connection_.reset();
+    copying_ = false;
+    single_rows_ = false;
+}
+
+// False at once while the server counts as silent.
+bool CPgConnection::Ready()
+{
+    if (Clock::now() < silent_until_) {
+        return false;
+    }
+    lost_ = false;
+    return connection_ != nullptr || (!in_transaction_ && Connect());
+}
+
+QString CPgConnection::ConnectionText() const
+{
+    return connection_ != nullptr ? OneLine(pq_.PQerrorMessage(connection_.get())) : QString();
+}
+
+bool CPgConnection::Lose()
+{
+    problem_ = {LibraryFault::NoAnswer, place_.Text(), ConnectionText()};
+    lost_ = true;
+    Disconnect();
+    return false;
+}
+
+bool CPgConnection::MissDeadline()
+{
+    lost_ = true;
+    FallSilent();
+    return false;
+}
+
+void CPgConnection::FallSilent()
+{
+    problem_ = {LibraryFault::NoAnswer, place_.Text(), QStringLiteral("no answer in time")};
+    Disconnect();
+    silent_until_ = Clock::now() + impatience;
+    silent_since_ = silent_since_.isValid() ? silent_since_ : QTime::currentTime();
+}
+
+bool CPgConnection::Wait(short events)
+{
+    pollfd socket{pq_.PQsocket(connection_.get()), events, 0};
+    for (;;) {
+        const auto left = std::chrono::duration_cast<milliseconds>(last_byte_ + Patience() - Clock::now()).count();
+        const int ready = left > 0 ? poll(&socket, 1, static_cast<int>(left)) : 0;
+        if (ready > 0) {
+            return true;
+        }
+        if (ready == 0) {
+            return MissDeadline();
+        }
+        if (errno != EINTR) {
+            return Lose();
+        }
+    }
+}
+
+} // namespace partkeep

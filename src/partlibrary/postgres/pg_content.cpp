@@ -1,0 +1,105 @@
+#include "partlibrary/postgres/pg_content.h"
+
+#include "partlibrary/postgres/pg_schema.h"
+
+#include <algorithm>
+
+namespace partkeep {
+
+namespace {
+
+constexpr int folder_path = pg_part_column_count;
+constexpr int slot = folder_path + 1;
+constexpr int bytes = slot + 1;
+constexpr int number = bytes + 1;
+constexpr int data = number + 1;
+
+} // namespace
+
+CSql CPgContent::Statement(PartId part, SlotSet slots)
+{
+    CSql sql("SELECT ");
+    sql.Add(pg_part_columns);
+    sql.Add(", path, part_file.slot, part_file.bytes, piece.nr, piece.data FROM "
+            "(SELECT part.*, (SELECT path FROM folder WHERE folder.id = part.folder) AS path FROM part WHERE id = ");
+    sql.Value(part).Add(") AS one LEFT JOIN part_file ON part_file.part = one.id AND ((1 << part_file.slot) & ");
+    sql.Value(static_cast<std::int32_t>(slots));
+    sql.Add(") <> 0 LEFT JOIN piece ON piece.content = part_file.content ORDER BY part_file.slot, piece.nr");
+    return sql;
+}
+
+LibraryProblem CPgContent::Damage() const
+{
+    return {LibraryFault::Damaged, connection_.Place().Text(), QStringLiteral("a file of ") + part_.name};
+}
+
+bool CPgContent::Take(CPgConnection::Next next, PartId part)
+{
+    switch (next) {
+    case CPgConnection::Next::Row:
+        fault_ = ReadPart(row_, 0, part_);
+        part_.folder_path = row_.IsNull(0, folder_path) ? QString() : row_.Text(0, folder_path);
+        return true;
+    case CPgConnection::Next::End:
+        connection_.SetProblem({LibraryFault::NoPart, QString::number(part), {}});
+        return false;
+    default:
+        return false;
+    }
+}
+
+// After trouble of the caller's own the rest still has to come: dropping the connection is quicker.
+bool CPgContent::HandOver(SlotSet slots, const ContentSink& sink)
+{
+    SlotSet found = 0;
+    auto next = CPgConnection::Next::Row;
+    for (; next == CPgConnection::Next::Row; next = connection_.Receive(row_)) {
+        if (LibraryProblem problem = Take(row_, found, sink)) {
+            connection_.Disconnect();
+            connection_.SetProblem(std::move(problem));
+            return false;
+        }
+    }
+    if (next == CPgConnection::Next::Failed) {
+        return false;
+    }
+    if (found != (slots & part_.slots) || done_ != bytes_) {
+        connection_.SetProblem(Damage());
+        return false;
+    }
+    return true;
+}
+
+LibraryProblem CPgContent::Take(const CPgResult& row, SlotSet& found, const ContentSink& sink)
+{
+    if (row.IsNull(0, slot)) {
+        return {};
+    }
+    const qint64 file = row.Integer(0, slot);
+    if (file < 0 || file >= static_cast<qint64>(file_kinds.size())) {
+        return Damage();
+    }
+    const auto kind = static_cast<FileSlot>(file);
+    if (file != slot_) {
+        if (done_ != bytes_) {
+            return Damage();
+        }
+        slot_ = file;
+        bytes_ = row.Integer(0, bytes);
+        done_ = 0;
+        found |= SetOf(kind);
+    }
+    if (row.IsNull(0, number)) { // no piece
+        return bytes_ == 0 ? sink(kind, {}) : Damage();
+    }
+    const std::string_view piece = row.Raw(0, data);
+    const auto size = static_cast<qint64>(piece.size());
+    if (row.Integer(0, number) * postgres_piece_bytes != done_ || size == 0 ||
+        size != std::min(postgres_piece_bytes, bytes_ - done_)) {
+        return Damage();
+    }
+    done_ += size;
+    return sink(kind, {piece.data(), piece.size()});
+}
+
+} // namespace partkeep

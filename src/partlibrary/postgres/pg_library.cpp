@@ -1,0 +1,279 @@
+#include "partlibrary/postgres/pg_library.h"
+
+#include "partlibrary/library/library_names.h"
+#include "partlibrary/library/sort_text.h"
+#include "partlibrary/postgres/pg_content.h"
+#include "partlibrary/postgres/pg_schema.h"
+
+#include <algorithm>
+#include <array>
+#include <unordered_map>
+
+namespace partkeep {
+
+namespace {
+
+constexpr std::size_t most_refused = 100000; // are told apart
+
+CSql SelectFolders()
+{
+    return std::move(CSql("SELECT ").Add(pg_folder_columns).Add(" FROM folder WHERE "));
+}
+
+CSql SelectParts()
+{
+    return std::move(CSql("SELECT ").Add(pg_part_columns).Add(" FROM part WHERE "));
+}
+
+} // namespace
+
+std::unique_ptr<CPgLibrary> CPgLibrary::Open(const PgPlace& place, PgUse use, LibraryProblem& problem)
+{
+    auto connection = CPgConnection::Open(place, use, problem);
+    return connection != nullptr ? std::make_unique<CPgLibrary>(std::move(connection)) : nullptr;
+}
+
+CPgLibrary::CPgLibrary(std::shared_ptr<CPgConnection> connection)
+    : connection_(std::move(connection)), ahead_(connection_)
+{
+}
+
+std::nullopt_t CPgLibrary::Refuse(LibraryFault fault, const QString& subject)
+{
+    connection_->SetProblem({fault, subject, {}});
+    return std::nullopt;
+}
+
+std::nullopt_t CPgLibrary::Damaged(const QString& what)
+{
+    connection_->SetProblem({LibraryFault::Damaged, connection_->Place().Text(), what});
+    return std::nullopt;
+}
+
+void CPgLibrary::CountRefused(qint64 key)
+{
+    if (refused_.size() < most_refused) {
+        refused_.insert(key);
+    }
+}
+
+// Folders.
+
+std::optional<FolderRow> CPgLibrary::TakeFolder(const CPgResult& result, const QString& subject)
+{
+    if (result.Rows() == 0) {
+        return Refuse(LibraryFault::NoFolder, subject);
+    }
+    FolderRow row;
+    const PgRowFault fault = ReadFolder(result, 0, row);
+    if (fault == PgRowFault::Damaged) {
+        return Damaged(row.path);
+    }
+    return fault == PgRowFault::None ? std::optional(row) : Refuse(LibraryFault::NameRefused, subject);
+}
+
+// Whether it is still the same library is asked along.
+std::optional<FolderRow> CPgLibrary::FindFolder(const QString& path)
+{
+    if (CheckFolderPath(path) != NameFault::None) {
+        return Refuse(LibraryFault::NoFolder, path);
+    }
+    const std::array statements{CPgConnection::LibraryRow(), std::move(SelectFolders().Add("path = ").Value(path))};
+    const auto results = connection_->AskAll(statements);
+    return results && connection_->TakeLibraryRow(results->front()) ? TakeFolder(results->back(), path) : std::nullopt;
+}
+
+std::optional<FolderRow> CPgLibrary::FindFolder(qint64 id)
+{
+    const auto result = connection_->Ask(SelectFolders().Add("id = ").Value(id));
+    return result ? TakeFolder(*result, QString::number(id)) : std::nullopt;
+}
+
+// A row that claims to lie here has to have the path of this place.
+std::optional<std::vector<FolderRow>> CPgLibrary::Folders(const QString& path)
+{
+    const auto result = connection_->Ask(SelectFolders()
+                                             .Add("parent = (SELECT id FROM folder above WHERE above.path = ")
+                                             .Value(path)
+                                             .Add(") ORDER BY sort_key, name"));
+    if (!result) {
+        return std::nullopt;
+    }
+    std::vector<FolderRow> rows;
+    FolderRow row;
+    for (int i = 0; i < result->Rows(); ++i) {
+        const PgRowFault fault = ReadFolder(*result, i, row);
+        if (fault == PgRowFault::Damaged) {
+            return Damaged(row.path);
+        }
+        if (fault == PgRowFault::None && row.path == JoinPath(path, row.name)) {
+            rows.push_back(row);
+        } else {
+            CountRefused(-row.id);
+        }
+    }
+    if (HasOtherKeys()) {
+        std::stable_sort(rows.begin(), rows.end(), [](const FolderRow& left, const FolderRow& right) {
+            return SortKey(left.name) < SortKey(right.name);
+        });
+    }
+    return rows;
+}
+
+// Parts.
+
+std::optional<PartRow> CPgLibrary::Gate(const PartRow& part, PgRowFault fault, const QString& subject)
+{
+    if (fault == PgRowFault::Damaged) {
+        return Damaged(part.name);
+    }
+    return fault == PgRowFault::None ? std::optional(part) : Refuse(LibraryFault::NameRefused, subject);
+}
+
+std::optional<PartRow> CPgLibrary::TakePart(const std::optional<CPgResult>& result, const QString& subject)
+{
+    if (!result) {
+        return std::nullopt;
+    }
+    if (result->Rows() == 0) {
+        return Refuse(LibraryFault::NoPart, subject);
+    }
+    PartRow row;
+    const PgRowFault fault = ReadPart(*result, 0, row);
+    return Gate(row, fault, subject);
+}
+
+std::optional<PartRow> CPgLibrary::FindPart(const QString& folder, const QString& name)
+{
+    if (CheckFolderPath(folder) != NameFault::None || CheckName(name) != NameFault::None) {
+        return Refuse(LibraryFault::NameRefused, JoinPath(folder, name));
+    }
+    if (const PartRow* const known = ahead_.Find(folder, name)) {
+        return *known;
+    }
+    return TakePart(connection_->Ask(SelectParts()
+                                         .Add("folder = (SELECT folder.id FROM folder WHERE path = ")
+                                         .Value(folder)
+                                         .Add(") AND name = ")
+                                         .Value(name)),
+                    JoinPath(folder, name));
+}
+
+std::optional<PartRow> CPgLibrary::FindPart(PartId id)
+{
+    if (const PartRow* const known = ahead_.Find(id)) {
+        return *known;
+    }
+    return TakePart(connection_->Ask(SelectParts().Add("id = ").Value(id)), QString::number(id));
+}
+
+std::optional<std::vector<PartRow>> CPgLibrary::FindParts(std::span<const PartId> ids)
+{
+    const auto result = connection_->Ask(SelectParts().Add("id = ANY(").Value(ids).Add(")"));
+    if (!result) {
+        return std::nullopt;
+    }
+    std::unordered_map<PartId, PartRow> found;
+    PartRow row;
+    for (int i = 0; i < result->Rows(); ++i) {
+        if (ReadPart(*result, i, row) == PgRowFault::None) {
+            found.emplace(row.id, row);
+        }
+    }
+    std::vector<PartRow> rows;
+    for (const PartId id : ids) {
+        const auto part = found.find(id);
+        rows.push_back(part != found.end() ? part->second : PartRow());
+    }
+    return rows;
+}
+
+// The whole.
+
+std::optional<std::vector<PartRow>> CPgLibrary::PartsBehind(qint64 folder, const QString& after, qint64 limit)
+{
+    std::vector<PartRow> rows;
+    for (QString behind = after;;) {
+        const auto result = connection_->Ask(SelectParts()
+                                                 .Add("folder = ")
+                                                 .Value(folder)
+                                                 .Add(" AND name > ")
+                                                 .Value(behind)
+                                                 .Add(" ORDER BY name LIMIT ")
+                                                 .Value(limit));
+        if (!result) {
+            return std::nullopt;
+        }
+        PartRow row;
+        for (int i = 0; i < result->Rows() && static_cast<qint64>(rows.size()) < limit; ++i) {
+            const PgRowFault fault = ReadPart(*result, i, row);
+            if (fault == PgRowFault::Damaged) {
+                return Damaged(row.name);
+            }
+            behind = row.name;
+            if (fault == PgRowFault::None) {
+                rows.push_back(row);
+            } else {
+                CountRefused(row.id);
+            }
+        }
+        if (result->Rows() < limit || static_cast<qint64>(rows.size()) == limit) {
+            return rows;
+        }
+    }
+}
+
+std::optional<qint64> CPgLibrary::Revision()
+{
+    const auto result = connection_->Ask(CSql("SELECT revision FROM partkeep_library"));
+    return result && result->Rows() == 1 ? std::optional(result->Integer(0, 0)) : std::nullopt;
+}
+
+std::optional<std::vector<PartFile>> CPgLibrary::Files(std::span<const PartId> parts)
+{
+    const auto result = connection_->Ask(CSql("SELECT part, slot, bytes, hash FROM part_file JOIN unnest(")
+                                             .Value(parts)
+                                             .Add(") WITH ORDINALITY AS wanted(id, nr) ON part = wanted.id "
+                                                  "ORDER BY wanted.nr, slot"));
+    if (!result) {
+        return std::nullopt;
+    }
+    std::vector<PartFile> files;
+    for (int row = 0; row < result->Rows(); ++row) {
+        const qint64 slot = result->Integer(row, 1);
+        if (slot < 0 || slot >= static_cast<qint64>(file_kinds.size()) || result->Raw(row, 3).size() != 32) {
+            return Damaged(QStringLiteral("the row of a file"));
+        }
+        files.push_back(
+            {result->Integer(row, 0), static_cast<FileSlot>(slot), result->Integer(row, 2), result->Bytes(row, 3)});
+    }
+    return files;
+}
+
+// Content.
+
+bool CPgLibrary::CopyFiles(PartId part, SlotSet slots, const ContentSink& sink)
+{
+    if (const auto copied = ahead_.Copy(part, slots, sink)) {
+        return *copied;
+    }
+    CPgContent content(*connection_);
+    if (!content.Begin(part, slots)) {
+        return false;
+    }
+    if (content.Fault() != PgRowFault::None) {
+        connection_->Disconnect();
+        static_cast<void>(Gate(content.Part(), content.Fault(), content.Part().name));
+        return false;
+    }
+    return content.HandOver(slots, sink);
+}
+
+void CPgLibrary::Expect(std::span<const PartId> parts, SlotSet slots)
+{
+    if (connection_->Use() == PgUse::Browse) { // another connection sees another state
+        ahead_.Expect(parts, slots);
+    }
+}
+
+} // namespace partkeep

@@ -1,0 +1,314 @@
+#include "partlibrary/postgres/pg_listing.h"
+
+#include "partlibrary/library/library_names.h"
+#include "partlibrary/library/sort_text.h"
+#include "partlibrary/postgres/pg_schema.h"
+
+#include <algorithm>
+#include <array>
+#include <unordered_map>
+
+namespace partkeep {
+
+namespace {
+
+constexpr qint64 first_window = 256;
+constexpr qint64 first_search_window = 2048;
+constexpr qint64 largest_window = 16384;
+constexpr qint64 window_growth = 8;
+constexpr std::size_t whole_rows_held = 20000; // pass the gate while the list is read
+constexpr qint64 small_list = 20000;           // is walked at once, faster than the index answers
+constexpr qint64 index_limit = 5000;           // more matches than this fill a page soon enough in a walk
+constexpr std::chrono::milliseconds rows_fresh{1000};
+
+} // namespace
+
+CPgListing::CPgListing(std::shared_ptr<CPgConnection> connection, PartListView view, qint64 parts,
+                       std::function<void(qint64 part)> refused)
+    : connection_(std::move(connection)), view_(std::move(view)), refused_(std::move(refused)),
+      words_(SearchWords(view_.search)),
+      phase_(!words_.isEmpty() && (parts > small_list || view_.folder == all_folders) ? Phase::Count : Phase::Walk),
+      window_(words_.isEmpty() && view_.filter < 0 && view_.only.empty() ? first_window : first_search_window)
+{
+}
+
+bool CPgListing::Step()
+{
+    switch (phase_) {
+    case Phase::Count:
+        StepCount();
+        break;
+    case Phase::Candidates:
+        StepCandidates();
+        break;
+    case Phase::Walk:
+        StepWalk();
+        break;
+    default:
+        break;
+    }
+    return !Complete() && !Failed();
+}
+
+void CPgListing::StepCount()
+{
+    codes_ = WordCodes(words_);
+    const std::array statements{
+        CPgConnection::LibraryRow(),
+        CSql("SELECT pair, parts FROM pair WHERE pair = ANY(").Value(std::span<const std::int32_t>(codes_)).Add(")")};
+    const auto results = connection_->AskAll(statements);
+    if (!results || !connection_->TakeLibraryRow(results->front())) {
+        phase_ = Phase::Failed;
+        return;
+    }
+    const CPgResult& counts = results->back();
+    qint64 rarest = counts.Rows() < static_cast<int>(codes_.size()) ? 0 : index_limit + 1;
+    for (int row = 0; row < counts.Rows(); ++row) {
+        rarest = std::min(rarest, counts.Integer(row, 1));
+    }
+    const bool believed = !connection_->HasOtherKeys();
+    phase_ = !believed || rarest > index_limit ? Phase::Walk : rarest <= 0 ? Phase::Complete : Phase::Candidates;
+}
+
+// The index is read first, and once, whatever the server would rather do.
+void CPgListing::StepCandidates()
+{
+    CSql sql("WITH found AS MATERIALIZED (SELECT *, folder AS folder_of FROM part WHERE pairs @> ");
+    sql.Value(std::span<const std::int32_t>(codes_)).Add(") SELECT ");
+    AddPartColumns(sql, view_);
+    sql.Add(" FROM found WHERE ");
+    AddFolder(sql, view_);
+    sql.Add(" AND ");
+    AddShown(sql, view_, words_, false);
+    sql.Add(" ORDER BY ");
+    AddOrder(sql, view_);
+    const auto found = connection_->Ask(sql);
+    if (!found) {
+        phase_ = Phase::Failed;
+        return;
+    }
+    PartRow part;
+    for (int row = 0; row < found->Rows(); ++row) {
+        if (TakeRow(*found, row, part)) {
+            ids_.push_back(part.id);
+            rows_.push_back(part);
+        }
+    }
+    rows_read_ = Clock::now();
+    phase_ = phase_ == Phase::Failed ? phase_ : Phase::Complete;
+}
+
+// The last row of a window comes in any case: it tells where the next one begins.
+CSql CPgListing::WindowStatement(bool whole_rows) const
+{
+    CSql sql("SELECT ");
+    const auto shown = [&] { AddShown(sql, view_, words_, other_keys_); };
+    const auto last = [&](SqlText column) {
+        sql.Add(", CASE WHEN nr = ").Value(window_).Add(" THEN ").Add(column).Add(" END");
+    };
+    sql.Add("nr = ").Value(window_).Add(", ");
+    shown();
+    last("folder_of");
+    last(view_.sort == PartColumn::Name ? SqlText("NULL") : PgKeyColumn(view_.sort));
+    last("name_key");
+    sql.Add(", ");
+    if (whole_rows) {
+        AddPartColumns(sql, view_);
+    } else {
+        sql.Add("id");
+    }
+    sql.Add(" FROM (SELECT *, folder AS folder_of, row_number() OVER (ORDER BY ");
+    AddOrder(sql, view_);
+    sql.Add(") AS nr FROM part WHERE ");
+    AddFolder(sql, view_);
+    if (at_) {
+        AddBehind(sql, view_, *at_);
+    }
+    sql.Add(" ORDER BY ");
+    AddOrder(sql, view_);
+    sql.Add(" LIMIT ").Value(window_).Add(") AS page WHERE (");
+    shown();
+    sql.Add(") OR nr = ").Value(window_);
+    return sql;
+}
+
+void CPgListing::StepWalk()
+{
+    if (!begun_) {
+        other_keys_ = connection_->HasOtherKeys();
+    }
+    const bool whole_rows = other_keys_ || ids_.size() < whole_rows_held;
+    const std::array statements{CPgConnection::LibraryRow(), WindowStatement(whole_rows)};
+    const auto results = connection_->AskAll(std::span(statements).subspan(begun_ ? 1 : 0));
+    if (!results || (!begun_ && !connection_->TakeLibraryRow(results->front()))) {
+        phase_ = Phase::Failed;
+        return;
+    }
+    if (!begun_ && other_keys_ != connection_->HasOtherKeys()) {
+        other_keys_ = connection_->HasOtherKeys();
+        StepWalk();
+        return;
+    }
+    begun_ = true;
+    TakeWindow(results->back(), whole_rows);
+}
+
+void CPgListing::TakePosition(const CPgResult& result, int row, int column)
+{
+    const bool by_thickness = view_.sort == PartColumn::Thickness;
+    const bool by_name = view_.sort == PartColumn::Name;
+    at_ = PgPosition{result.Integer(row, 2), by_thickness ? result.Integer(row, 3) : 0,
+                     by_thickness || by_name ? QByteArray() : result.Bytes(row, 3), result.Bytes(row, 4),
+                     result.Integer(row, column)};
+}
+
+void CPgListing::TakeWindow(const CPgResult& result, bool whole_rows)
+{
+    constexpr int row_column = 5;
+    bool more = false;
+    PartRow part;
+    for (int row = 0; row < result.Rows() && phase_ != Phase::Failed; ++row) {
+        if (result.Integer(row, 0) != 0) {
+            more = true;
+            TakePosition(result, row, row_column);
+        }
+        if (result.Integer(row, 1) == 0) {
+            continue;
+        }
+        if (!whole_rows) {
+            ids_.push_back(result.Integer(row, row_column));
+        } else if (TakeRow(result, row, part) && IsShownHere(part)) {
+            if (other_keys_) {
+                const QString* const texts[] = {&part.name, nullptr, &part.material, &part.machine, &part.comment};
+                const QString* const text = texts[static_cast<std::size_t>(view_.sort)];
+                ordered_.push_back({part, text != nullptr ? SortKey(*text) : QByteArray(), SortKey(part.name)});
+                continue;
+            }
+            ids_.push_back(part.id);
+            if (rows_.size() + 1 == ids_.size() && rows_.size() < static_cast<std::size_t>(first_search_window)) {
+                rows_.push_back(part);
+            }
+        }
+    }
+    rows_read_ = Clock::now();
+    window_ = std::min(window_ * window_growth, largest_window);
+    if (!more && phase_ != Phase::Failed) {
+        TakeOrder();
+        phase_ = Phase::Complete;
+    }
+}
+
+bool CPgListing::TakeRow(const CPgResult& result, int row, PartRow& part)
+{
+    const bool all = view_.folder == all_folders;
+    const int column = phase_ == Phase::Walk ? 5 : 0;
+    const PgRowFault fault = ReadPart(result, row, part, column);
+    if (fault == PgRowFault::Damaged) {
+        connection_->SetProblem({LibraryFault::Damaged, connection_->Place().Text(), part.name});
+        phase_ = Phase::Failed;
+        return false;
+    }
+    if (all) {
+        part.folder_path = result.Text(row, column + pg_part_column_count);
+    }
+    const bool sound = fault == PgRowFault::None && (!all || CheckFolderPath(part.folder_path) == NameFault::None);
+    if (!sound) {
+        refused_(part.id);
+    }
+    return sound;
+}
+
+// What the server cannot be asked where its keys and search texts are not believed.
+bool CPgListing::IsShownHere(const PartRow& part) const
+{
+    if (!other_keys_) {
+        return true;
+    }
+    const QString text = SearchText(part);
+    return std::all_of(words_.begin(), words_.end(), [&](const QString& word) { return text.contains(word); }) &&
+           std::all_of(view_.only.begin(), view_.only.end(), [&](const auto& only) {
+               const QString* const texts[] = {&part.name, nullptr, &part.material, &part.machine, &part.comment};
+               const QString* const own = texts[static_cast<std::size_t>(only.first)];
+               return own != nullptr ? SortKey(*own) == only.second.key
+                                     : part.thickness == only.second.key.toLongLong();
+           });
+}
+
+bool CPgListing::Precedes(const Ordered& left, const Ordered& right) const
+{
+    const Ordered& low = view_.descending ? right : left;
+    const Ordered& high = view_.descending ? left : right;
+    if (view_.folder == all_folders && low.row.folder != high.row.folder) {
+        return low.row.folder < high.row.folder;
+    }
+    if (view_.sort == PartColumn::Thickness && low.row.thickness != high.row.thickness) {
+        return low.row.thickness < high.row.thickness;
+    }
+    if (view_.sort != PartColumn::Name && low.column_key != high.column_key) {
+        return low.column_key < high.column_key;
+    }
+    return low.name_key != high.name_key ? low.name_key < high.name_key : low.row.id < high.row.id;
+}
+
+void CPgListing::TakeOrder()
+{
+    std::sort(ordered_.begin(), ordered_.end(), [this](const Ordered& a, const Ordered& b) { return Precedes(a, b); });
+    for (const Ordered& entry : ordered_) {
+        ids_.push_back(entry.row.id);
+    }
+    ordered_.clear();
+}
+
+// What has just been read is not asked for again.
+std::vector<PartRow> CPgListing::Rows(qint64 first, qint64 limit)
+{
+    std::vector<PartRow> rows;
+    const std::vector<PartId> ids = Ids(first, limit);
+    const auto end = first + static_cast<qint64>(ids.size());
+    if (end <= static_cast<qint64>(rows_.size()) && Clock::now() - rows_read_ < rows_fresh) {
+        return {rows_.begin() + first, rows_.begin() + end};
+    }
+    CSql sql("SELECT ");
+    AddPartColumns(sql, view_);
+    sql.Add(" FROM (SELECT *, folder AS folder_of FROM part WHERE id = ANY(").Value(std::span<const PartId>(ids));
+    sql.Add(")) AS wanted WHERE ");
+    AddFolder(sql, view_);
+    const auto result = connection_->Ask(sql);
+    if (!result) {
+        return rows;
+    }
+    std::unordered_map<PartId, PartRow> found;
+    for (int row = 0; row < result->Rows(); ++row) {
+        PartRow part;
+        const PgRowFault fault = ReadPart(*result, row, part);
+        const bool all = view_.folder == all_folders;
+        part.folder_path = all ? result->Text(row, pg_part_column_count) : QString();
+        if (fault == PgRowFault::None && CheckFolderPath(part.folder_path) == NameFault::None) {
+            found.emplace(part.id, std::move(part));
+        } else {
+            refused_(part.id);
+        }
+    }
+    for (const PartId id : ids) {
+        const auto part = found.find(id);
+        rows.push_back(part != found.end()
+                           ? part->second
+                           : PartRow{.id = id, .name = {}, .material = {}, .machine = {}, .comment = {}});
+    }
+    return rows;
+}
+
+std::vector<PartId> CPgListing::Ids(qint64 first, qint64 limit)
+{
+    const qint64 begin = std::clamp<qint64>(first, 0, Count());
+    const qint64 known = std::clamp<qint64>(Count() - begin, 0, limit);
+    return {ids_.begin() + begin, ids_.begin() + begin + known};
+}
+
+std::optional<qint64> CPgListing::RowOf(PartId part)
+{
+    const auto held = std::find(ids_.begin(), ids_.end(), part);
+    return held != ids_.end() ? std::optional<qint64>(held - ids_.begin()) : std::nullopt;
+}
+
+} // namespace partkeep

@@ -1,0 +1,34 @@
+#include "partlibrary/postgres/pg_place.h"
+
+#include "partlibrary/library/library_names.h"
+#include "partlibrary/library/library_text.h"
+#include "partlibrary/postgres/pg_library.h"
+#include "partlibrary/postgres/pg_schema.h"
+
+namespace partkeep {
+
+std::optional<PgPlace> PgPlaceOf(const QString& text)
+{
+    const qsizetype colon = text.indexOf(u':');
+    if (colon <= 0 || text.contains(u'/') || text.endsWith(FromWide(library_extension))) {
+        return std::nullopt;
+    }
+    return PgPlace{text.left(colon), text.sliced(colon + 1)};
+}
+
+std::unique_ptr<IPartLibrary> OpenPgLibrary(const PgPlace& place, LibraryProblem& problem)
+{
+    return CPgLibrary::Open(place, PgUse::Browse, problem);
+}
+
+std::optional<QStringList> ReadPgServers(const QString& service, LibraryProblem& problem)
+{
+    const auto connection = CPgConnection::Open({service, {}}, PgUse::Browse, problem);
+    auto servers = connection != nullptr ? PgServers(*connection) : std::nullopt;
+    if (connection != nullptr && !servers) {
+        problem = connection->Problem();
+    }
+    return servers;
+}
+
+} // namespace partkeep

@@ -1,0 +1,31 @@
+// Where libraries in databases are, and what opens one to read: all that who shows them need know of this engine.
+#pragma once
+
+#include "partlibrary/library/part_library.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <optional>
+
+namespace partkeep {
+
+// A service of the client library's service file, and the schema in the database that it leads to.
+struct PgPlace {
+    QString service;
+    QString server; // empty: none, only to ask which there are
+
+    [[nodiscard]] QString Text() const { return service + u':' + server; }
+};
+
+// "SERVICE:SERVER"; nothing for what is the path of a file.
+[[nodiscard]] std::optional<PgPlace> PgPlaceOf(const QString& text);
+
+// For a browser. Null on failure, with the reason.
+[[nodiscard]] std::unique_ptr<IPartLibrary> OpenPgLibrary(const PgPlace& place, LibraryProblem& problem);
+
+// The libraries that a service leads to, in natural order. Nothing on failure, with the reason.
+[[nodiscard]] std::optional<QStringList> ReadPgServers(const QString& service, LibraryProblem& problem);
+
+} // namespace partkeep

@@ -1,0 +1,186 @@
+// Statements and their results, as many as go together in one round trip.
+#include "partlibrary/postgres/pg_connection.h"
+#include "partlibrary/postgres/pg_waits.h"
+
+#include <algorithm>
+#include <array>
+#include <poll.h>
+#include <thread>
+#include <utility>
+
+namespace partkeep {
+
+namespace {
+
+bool IsOf(std::string_view state, std::string_view group)
+{
+    return state.starts_with(group);
+}
+
+// The server ends this connection, or does not take a new one yet.
+bool IsLoss(std::string_view state)
+{
+    return state.empty() || IsOf(state, "57P") || IsOf(state, "08");
+}
+
+LibraryFault FaultOfState(std::string_view state)
+{
+    static constexpr std::array<std::pair<std::string_view, LibraryFault>, 14> faults{{
+        {"55P03", LibraryFault::Busy},
+        {"40", LibraryFault::Busy},
+        {"57014", LibraryFault::NoAnswer},
+        {"53100", LibraryFault::DiskFull},
+        {"53200", LibraryFault::NoMemory},
+        {"53", LibraryFault::NoAnswer},
+        {"42501", LibraryFault::ReadOnly},
+        {"25006", LibraryFault::ReadOnly},
+        {"42P01", LibraryFault::NotFound},
+        {"3F", LibraryFault::NotFound},
+        {"3D", LibraryFault::NotFound},
+        {"58", LibraryFault::ReadFailed},
+        {"XX", LibraryFault::Damaged},
+        {"42P06", LibraryFault::AlreadyThere},
+    }};
+    const auto* const found =
+        std::find_if(faults.begin(), faults.end(), [&](const auto& fault) { return IsOf(state, fault.first); });
+    return found != faults.end() ? found->second : IsLoss(state) ? LibraryFault::NoAnswer : LibraryFault::Failed;
+}
+
+} // namespace
+
+bool CPgConnection::SendOne(const CSql& statement)
+{
+    std::vector<Oid> types;
+    std::vector<const char*> values;
+    std::vector<int> lengths;
+    for (const CSql::Parameter& parameter : statement.Parameters()) {
+        types.push_back(static_cast<Oid>(parameter.type));
+        values.push_back(parameter.bytes.data());
+        lengths.push_back(static_cast<int>(parameter.bytes.size()));
+    }
+    const std::vector<int> binary(values.size(), 1);
+    return pq_.PQsendQueryParams(connection_.get(), statement.Text().c_str(), static_cast<int>(values.size()),
+                                 types.data(), values.data(), lengths.data(), binary.data(), 1) == 1 ||
+           Lose();
+}
+
+// Null where the client library has none to give, and when the connection is lost.
+PGresult* CPgConnection::GetResult()
+{
+    while (true) {
+        const int unsent = pq_.PQflush(connection_.get());
+        if (unsent < 0) {
+            Lose();
+            return nullptr;
+        }
+        if (pq_.PQisBusy(connection_.get()) == 0) {
+            return pq_.PQgetResult(connection_.get());
+        }
+        if (!Wait(static_cast<short>(POLLIN | (unsent > 0 ? POLLOUT : 0)))) {
+            return nullptr;
+        }
+        last_byte_ = Clock::now();
+        if (pq_.PQconsumeInput(connection_.get()) == 0) {
+            Lose();
+            return nullptr;
+        }
+    }
+}
+
+bool CPgConnection::Fail(const CPgResult& result)
+{
+    const std::string_view state = result.ErrorField(PG_DIAG_SQLSTATE);
+    const bool reads = use_ == PgUse::Browse || use_ == PgUse::Whole;
+    LibraryFault fault = FaultOfState(state);
+    fault = fault == LibraryFault::ReadOnly && reads ? LibraryFault::CannotOpen : fault;
+    const std::string_view text = result.ErrorField(PG_DIAG_MESSAGE_PRIMARY);
+    const LibraryProblem problem{fault, place_.Text(), text.empty() ? ConnectionText() : OneLine(text)};
+    if (IsLoss(state)) {
+        Lose();
+    }
+    problem_ = problem;
+    return false;
+}
+
+// Up to the end of what was sent together.
+bool CPgConnection::TakeResults(std::vector<CPgResult>& results)
+{
+    bool sound = true;
+    for (;;) {
+        CPgResult result(pq_, GetResult());
+        if (connection_ == nullptr) {
+            return false;
+        }
+        if (!result) {
+            if (pq_.PQstatus(connection_.get()) == CONNECTION_BAD) {
+                return sound ? Lose() : (Disconnect(), false);
+            }
+            continue;
+        }
+        switch (result.Status()) {
+        case PGRES_PIPELINE_SYNC:
+            return sound;
+        case PGRES_TUPLES_OK:
+        case PGRES_COMMAND_OK:
+            results.push_back(std::move(result));
+            break;
+        case PGRES_PIPELINE_ABORTED:
+            break;
+        default:
+            sound = sound && Fail(result);
+            if (connection_ == nullptr) {
+                return false;
+            }
+        }
+    }
+}
+
+std::optional<std::vector<CPgResult>> CPgConnection::TryAll(std::span<const CSql> statements)
+{
+    std::vector<CPgResult> results;
+    const bool sent =
+        std::all_of(statements.begin(), statements.end(), [this](const CSql& sql) { return SendOne(sql); });
+    if (!sent || (pq_.PQpipelineSync(connection_.get()) != 1 && !Lose()) || !TakeResults(results)) {
+        return std::nullopt;
+    }
+    return results;
+}
+
+// What was there a moment ago may be starting anew.
+bool CPgConnection::MayRetry(Clock::time_point began)
+{
+    const auto now = Clock::now();
+    if (!lost_ || in_transaction_ || !ever_open_ || now < silent_until_) {
+        return false;
+    }
+    if (now + between_attempts >= began + browse_patience) {
+        silent_until_ = now + impatience;
+        silent_since_ = silent_since_.isValid() ? silent_since_ : QTime::currentTime();
+        return false;
+    }
+    std::this_thread::sleep_for(between_attempts);
+    return true;
+}
+
+std::optional<std::vector<CPgResult>> CPgConnection::AskAll(std::span<const CSql> statements)
+{
+    const auto began = Clock::now();
+    last_byte_ = began;
+    do {
+        if (!Ready()) {
+            continue;
+        }
+        if (auto results = TryAll(statements)) {
+            return results;
+        }
+    } while (MayRetry(began));
+    return std::nullopt;
+}
+
+std::optional<CPgResult> CPgConnection::Ask(const CSql& statement)
+{
+    auto results = AskAll({&statement, 1});
+    return results ? std::optional(std::move(results->back())) : std::nullopt;
+}
+
+} // namespace partkeep

@@ -1,0 +1,196 @@
+// Rows one by one, rows on their way in, and transactions.
+#include "partlibrary/postgres/pg_connection.h"
+#include "partlibrary/postgres/pg_waits.h"
+
+#include <array>
+#include <iterator>
+#include <poll.h>
+#include <thread>
+#include <utility>
+
+namespace partkeep {
+
+// Row by row.
+
+bool CPgConnection::Send(const CSql& statement)
+{
+    last_byte_ = Clock::now();
+    return Ready() && SendOne(statement) && (pq_.PQpipelineSync(connection_.get()) == 1 || Lose());
+}
+
+CPgConnection::Next CPgConnection::SendForFirst(const CSql& statement, CPgResult& row)
+{
+    const auto began = Clock::now();
+    Next next = Next::Failed;
+    do {
+        next = Send(statement) ? Receive(row) : Next::Failed;
+    } while (next == Next::Failed && MayRetry(began));
+    return next;
+}
+
+CPgConnection::Next CPgConnection::Receive(CPgResult& row)
+{
+    last_byte_ = Clock::now();
+    Next next = Next::End;
+    while (connection_ != nullptr) {
+        if (!std::exchange(single_rows_, true)) {
+            pq_.PQsetSingleRowMode(connection_.get());
+        }
+        CPgResult result(pq_, GetResult());
+        if (connection_ == nullptr) {
+            break;
+        }
+        if (!result) {
+            if (pq_.PQstatus(connection_.get()) == CONNECTION_BAD) {
+                Lose();
+            }
+            continue;
+        }
+        if (result.Status() == PGRES_SINGLE_TUPLE) {
+            row = std::move(result);
+            return Next::Row;
+        }
+        if (result.Status() == PGRES_PIPELINE_SYNC) {
+            single_rows_ = false;
+            return next;
+        }
+        if (result.Status() != PGRES_TUPLES_OK && result.Status() != PGRES_COMMAND_OK) {
+            Fail(result);
+            next = Next::Failed;
+        }
+    }
+    return Next::Failed;
+}
+
+// Rows on their way in.
+
+bool CPgConnection::BeginCopy(const CSql& statement)
+{
+    last_byte_ = Clock::now();
+    if (connection_ == nullptr || pq_.PQexitPipelineMode(connection_.get()) != 1 || !SendOne(statement)) {
+        return Lose();
+    }
+    const CPgResult result(pq_, GetResult());
+    if (!result) {
+        return connection_ == nullptr ? false : Lose();
+    }
+    copying_ = result.Status() == PGRES_COPY_IN;
+    if (!copying_) {
+        Fail(result);
+        return connection_ != nullptr ? (EnterPipeline(), false) : false;
+    }
+    static constexpr std::string_view head("PGCOPY\n\377\r\n\0\0\0\0\0\0\0\0\0", 19);
+    return PutCopy(head);
+}
+
+bool CPgConnection::PutCopy(std::string_view bytes)
+{
+    if (!copying_) {
+        return false;
+    }
+    last_byte_ = Clock::now();
+    for (;;) {
+        const int put = pq_.PQputCopyData(connection_.get(), bytes.data(), static_cast<int>(bytes.size()));
+        if (put > 0) {
+            return pq_.PQflush(connection_.get()) >= 0 || Lose();
+        }
+        if (put < 0) {
+            return Lose();
+        }
+        if (!Wait(POLLOUT)) {
+            return false;
+        }
+        pq_.PQflush(connection_.get());
+    }
+}
+
+bool CPgConnection::EndCopy()
+{
+    if (!PutCopy({"\xFF\xFF", 2})) {
+        return false;
+    }
+    copying_ = false;
+    int ended = 0;
+    while ((ended = pq_.PQputCopyEnd(connection_.get(), nullptr)) == 0) {
+        if (!Wait(POLLOUT)) {
+            return false;
+        }
+    }
+    bool sound = ended > 0 || Lose();
+    while (connection_ != nullptr) {
+        const CPgResult result(pq_, GetResult());
+        if (!result) {
+            break;
+        }
+        sound = (result.Status() == PGRES_COMMAND_OK || Fail(result)) && sound;
+    }
+    return connection_ != nullptr && EnterPipeline() && sound;
+}
+
+// Transactions.
+
+bool CPgConnection::Begin(std::span<const CSql> first, std::vector<CPgResult>& results)
+{
+    std::vector<CSql> statements{CSql("BEGIN"), CSql("SELECT pg_current_xact_id()::text")};
+    statements.insert(statements.end(), first.begin(), first.end());
+    auto answers = AskAll(statements);
+    in_transaction_ = connection_ != nullptr;
+    if (!answers) {
+        Rollback();
+        return false;
+    }
+    transaction_ = (*answers)[1].Bytes(0, 0);
+    results.assign(std::make_move_iterator(answers->begin() + 2), std::make_move_iterator(answers->end()));
+    return true;
+}
+
+bool CPgConnection::Commit(std::span<const CSql> last)
+{
+    if (!last.empty() && !AskAll(last)) {
+        return false;
+    }
+    const bool done = Run(CSql("COMMIT"));
+    const bool unknown = !done && lost_;
+    in_transaction_ = !done && !unknown;
+    return done || (unknown && LookForCommit());
+}
+
+bool CPgConnection::LookForCommit()
+{
+    const LibraryProblem problem = problem_;
+    silent_until_ = {};
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const auto told =
+            Ask(CSql("SELECT pg_xact_status(").Value(FromUtf8(transaction_.toStdString())).Add("::xid8)"));
+        const std::string_view state = told && !told->IsNull(0, 0) ? told->Raw(0, 0) : std::string_view();
+        if (state == "committed" || state == "aborted") {
+            problem_ = problem;
+            return state == "committed";
+        }
+        if (told && state.empty()) {
+            break;
+        }
+        std::this_thread::sleep_for(between_attempts * 2);
+        silent_until_ = {};
+    }
+    problem_ = {LibraryFault::NoAnswer, place_.Text(),
+                QStringLiteral("the connection was lost at the commit: look whether the change has arrived")};
+    return false;
+}
+
+// Keeps the problem that led here.
+void CPgConnection::Rollback()
+{
+    if (!in_transaction_) {
+        return;
+    }
+    const LibraryProblem problem = problem_;
+    const bool usable = !copying_ && connection_ != nullptr;
+    if (!usable || !Run(CSql("ROLLBACK"))) {
+        Disconnect();
+    }
+    in_transaction_ = false;
+    problem_ = problem;
+}
+
+} // namespace partkeep
