@@ -63,9 +63,9 @@ private:
     // Contents go before the rows that have them.
     bool Parts(qint64 folder, const std::vector<PartRow>& parts)
     {
-        for (std::size_t i = 0; i < parts.size(); ++i) {
+        for (const PartRow& part : parts) {
             contents_.emplace_back();
-            if (!Contents(parts[i])) {
+            if (!Contents(part)) {
                 return false;
             }
         }

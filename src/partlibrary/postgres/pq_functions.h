@@ -40,7 +40,7 @@ namespace partkeep {
 
 struct PqDriver {
     std::size_t bytes; // of this structure, by which the module and who loads it know each other
-#define PARTKEEP_PQ_MEMBER(name) decltype(&::name) name;
+#define PARTKEEP_PQ_MEMBER(name) decltype(&::name) name; // NOLINT(bugprone-macro-parentheses)
     PARTKEEP_PQ_FUNCTIONS(PARTKEEP_PQ_MEMBER)
 #undef PARTKEEP_PQ_MEMBER
 };

@@ -1,0 +1,250 @@
+// A browser and an import on a database, and what can happen to its server: whatever does, no call waits much longer
+// than two seconds without a byte, every part arrives whole or not at all, and all goes on when the server does.
+#include "partlibrary/tool/commands.h"
+#include "tests/partlibrary/library_fixture.h"
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include <netinet/in.h>
+
+namespace partkeep {
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr milliseconds longest_wait{2700};
+const std::string of_browsers = " FROM pg_stat_activity WHERE application_name = 'partkeep'";
+
+// Of the server's own, which stands for all others.
+void SignalServer(int signal)
+{
+    const pid_t server = std::stoi(std::getenv("PARTKEEP_POSTGRES_PID"));
+    std::ifstream children("/proc/" + std::to_string(server) + "/task/" + std::to_string(server) + "/children");
+    for (pid_t child = 0; children >> child;) {
+        kill(child, signal);
+    }
+    kill(server, signal);
+}
+
+pid_t BackendOfBrowser()
+{
+    FILE* const shell = popen(("psql -qAt service=partkeep -c \"SELECT pid" + of_browsers + " LIMIT 1\"").c_str(), "r");
+    int pid = 0;
+    const bool read = std::fscanf(shell, "%d", &pid) == 1;
+    pclose(shell);
+    return read ? pid : 0;
+}
+
+class ServerFaults : public LibraryShop {
+protected:
+    ServerFaults()
+    {
+        libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
+            for (const QString& name : {u"L1"_s, u"L2"_s, u"L3"_s}) {
+                const auto part = writer.PutPart(*writer.MakeFolder(u"Load"_s), name, std::nullopt);
+                ASSERT_TRUE(writer.PutFile(*part, FileSlot::Iga, QByteArray(900000, 'i')) &&
+                            writer.PutFile(*part, FileSlot::Ncd, QByteArray(300000, 'n')));
+            }
+        });
+    }
+
+    // As the dialog does it, by a role that may only read. False where a call took too long or left half a part.
+    bool Load(int moment, const std::function<void()>& event, int& moments, bool& complete)
+    {
+        CBrowserSession session{CLibraryFolder({}, {test_service + u"-station"_s})};
+        session.SetTargetFolder(target_.Core());
+        session.SetDataKind(-1);
+        bool fine = true;
+        moments = 0;
+        const auto call = [&](auto&& operation) {
+            if (moments++ == moment) {
+                event();
+            }
+            const auto begin = steady_clock::now();
+            const bool done = operation();
+            const auto took = std::chrono::duration_cast<milliseconds>(steady_clock::now() - begin);
+            EXPECT_LT(took.count(), longest_wait.count()) << "call " << moments;
+            fine = fine && took < longest_wait;
+            return done;
+        };
+        complete = call([&] { return session.Go(u"SRV1"_s, u"Load"_s); });
+        complete = call([&] { return session.SelectAllParts(1) == 1; }) && complete;
+        const int count = session.GetSelectedPartCount();
+        complete = complete && count == 3;
+        std::vector<QString> names(3);
+        for (std::int16_t i = 0; i < count; ++i) {
+            call([&] {
+                const auto part = session.GetSelectedPart(i);
+                names[static_cast<std::size_t>(i)] = part ? part->name : QString();
+                return part.has_value();
+            });
+        }
+        for (std::int16_t i = 0; i < count; ++i) {
+            const bool known = call([&] { return session.GetSelectedPart(i).has_value(); });
+            const QString& name = names[static_cast<std::size_t>(i)];
+            fine = fine && (known || names[1].isEmpty()); // what was told once is told again
+            const bool copied = !name.isEmpty() &&
+                                call([&] { return session.CopyPartFiles(u"SRV1", u"Load\\" + name.toStdU16String()); });
+            fine = fine && (copied || session.Problem()) && IsWhole(name, copied);
+            complete = complete && copied;
+        }
+        if (!complete) {
+            fine = fine && session.Problem().fault != LibraryFault::None;
+        }
+        return fine;
+    }
+
+    bool IsWhole(const QString& name, bool copied)
+    {
+        const fs::path iga = target_.Path(name.toStdString() + ".iga");
+        const fs::path ncd = target_.Path(name.toStdString() + ".NCD");
+        return copied ? ReadBytes(iga) == std::string(900000, 'i') && ReadBytes(ncd) == std::string(300000, 'n')
+                      : !fs::exists(iga) && !fs::exists(ncd);
+    }
+};
+
+TEST_F(ServerFaults, ALoadIsWholeAndGoesOnWhateverHappensToTheServer)
+{
+    FILE* locker = nullptr;
+    const struct {
+        const char* label;
+        std::function<void()> happens;
+        std::function<void()> mended;
+        bool unnoticed; // the load goes on
+    } rows[] = {
+        {"nothing", [] {}, [] {}, true},
+        {"connections ended", [] { RunInDatabase("SELECT pg_terminate_backend(pid)" + of_browsers); }, [] {}, true},
+        {"killed, and recovers",
+         [] {
+             if (const pid_t backend = BackendOfBrowser(); backend != 0) {
+                 kill(backend, SIGKILL);
+             }
+         },
+         [] {}, false},
+        {"stopped", [] { SignalServer(SIGSTOP); }, [] { SignalServer(SIGCONT); }, false},
+        {"rights withdrawn",
+         [] { RunInDatabase("REVOKE SELECT ON ALL TABLES IN SCHEMA \"SRV1\" FROM partkeep_station"); },
+         [] { RunInDatabase("GRANT SELECT ON ALL TABLES IN SCHEMA \"SRV1\" TO partkeep_station"); }, false},
+        {"locked",
+         [&] {
+             locker = popen("psql -q service=partkeep", "w");
+             std::fputs("SET search_path = \"SRV1\"; BEGIN; LOCK TABLE part, folder;\n", locker);
+             std::fflush(locker);
+             std::this_thread::sleep_for(milliseconds(300));
+         },
+         [&] {
+             std::fputs("ROLLBACK;\n", locker);
+             pclose(locker);
+         },
+         false},
+    };
+    for (const auto& row : rows) {
+        for (int moment = 0, moments = 2; moment < moments; moment += row.unnoticed ? 1 : 3) {
+            SCOPED_TRACE(std::string(row.label) + " at moment " + std::to_string(moment));
+            bool complete = false;
+            for (const auto& old : fs::directory_iterator(target_.Path())) {
+                fs::remove(old);
+            }
+            int passed = 0;
+            EXPECT_TRUE(Load(moment, row.happens, passed, complete));
+            EXPECT_TRUE(complete || !row.unnoticed);
+            moments = std::max(moments, passed);
+            row.mended();
+            for (int wait = 0; BackendOfBrowser() == 0 && wait < 20; ++wait) { // recovering takes a moment
+                bool open = false;
+                Load(-1, {}, passed, open);
+                std::this_thread::sleep_for(milliseconds(open ? 0 : 100));
+                if (open) {
+                    break;
+                }
+            }
+            EXPECT_TRUE(Load(-1, {}, passed, complete) && complete) << "afterwards";
+        }
+    }
+}
+
+// What is asked after a wait is answered at once, and the first call behind it waits no more than the first did.
+TEST_F(ServerFaults, AHoleInTheNetworkIsWaitedForOnce)
+{
+    const int hole = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    ASSERT_TRUE(bind(hole, reinterpret_cast<sockaddr*>(&address), size) == 0 && listen(hole, 5) == 0 &&
+                getsockname(hole, reinterpret_cast<sockaddr*>(&address), &size) == 0);
+    const fs::path services = target_.Path("services");
+    std::ofstream(services) << "[hole]\nhostaddr=127.0.0.1\nport=" << ntohs(address.sin_port) << "\n";
+    const std::string before = std::getenv("PGSERVICEFILE");
+    setenv("PGSERVICEFILE", services.c_str(), 1);
+    CBrowserSession session{CLibraryFolder({}, {u"hole"_s})};
+    const auto begin = steady_clock::now();
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_FALSE(session.Go(u"SRV1"_s, {}) || session.ReadPartAttributes(u"SRV1", u"P1") ||
+                     session.CopyPartFiles(u"SRV1", u"P1"));
+        EXPECT_EQ(session.Problem().fault, LibraryFault::NoAnswer);
+        EXPECT_TRUE(session.FailsSince().isValid());
+    }
+    EXPECT_LT(steady_clock::now() - begin, longest_wait);
+    setenv("PGSERVICEFILE", before.c_str(), 1);
+    close(hole);
+}
+
+// Nothing of an import that ends in the middle is there, nor its lock; the next one brings everything once.
+TEST_F(ServerFaults, AnImportThatIsCutOffLeavesNothing)
+{
+    const fs::path source = target_.Path("in");
+    fs::create_directory(source);
+    for (int i = 0; i < 400; ++i) {
+        WriteBytes(source / ("I" + std::to_string(i) + ".iga"), std::string(100000, 'x'));
+    }
+    const std::string library = libraries_.PlaceOf(u"SRV1"_s).toStdString();
+    const auto run = [&](std::vector<const char*> argv) {
+        std::ostringstream out;
+        return RunLibraryTool(static_cast<int>(argv.size()), argv.data(), {out, out});
+    };
+    const auto import = [&] {
+        return run({"partkeep-library", "import", library.c_str(), source.c_str(), "--into", "New"});
+    };
+    for (const bool of_server : {false, true}) {
+        for (const int moment : {5, 40, 90, 150}) {
+            const pid_t child = fork();
+            if (child == 0) {
+                _exit(import());
+            }
+            std::this_thread::sleep_for(milliseconds(moment));
+            if (of_server) {
+                RunInDatabase("SELECT pg_terminate_backend(pid)" + of_browsers);
+            } else {
+                kill(child, SIGKILL);
+            }
+            int status = 0;
+            waitpid(child, &status, 0);
+            const auto open = libraries_.At(u"SRV1"_s);
+            LibraryProblem problem;
+            const auto there = open->Open(problem)->FindFolder(u"New"_s);
+            EXPECT_EQ(there.has_value(), WIFEXITED(status) && WEXITSTATUS(status) == 0) << moment << of_server;
+            EXPECT_EQ(Check(), "") << moment << of_server;
+            EXPECT_TRUE(!there || run({"partkeep-library", "remove", library.c_str(), "New/"}) == 0);
+        }
+    }
+    const auto begin = steady_clock::now();
+    EXPECT_EQ(import(), 0);
+    EXPECT_LT(steady_clock::now() - begin, std::chrono::seconds(5));
+    const auto check = libraries_.At(u"SRV1"_s)->Check({}, *std::make_unique<LibraryProblem>());
+    EXPECT_TRUE(check && check->findings.isEmpty() && check->parts == 409);
+}
+
+} // namespace
+} // namespace partkeep
