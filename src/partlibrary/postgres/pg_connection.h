@@ -96,6 +96,7 @@ private:
     [[nodiscard]] std::optional<std::vector<CPgResult>> TryAll(std::span<const CSql> statements);
     bool TakeResults(std::vector<CPgResult>& results);
     [[nodiscard]] bool MayRetry(Clock::time_point began);
+    bool SendAll();
     PGresult* GetResult();
     bool Wait(short events);
     bool Fail(const CPgResult& result);

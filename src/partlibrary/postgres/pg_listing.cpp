@@ -19,6 +19,8 @@ constexpr qint64 window_growth = 8;
 constexpr std::size_t whole_rows_held = 20000; // pass the gate while the list is read
 constexpr qint64 small_list = 20000;           // is walked at once, faster than the index answers
 constexpr qint64 index_limit = 5000;           // more matches than this fill a page soon enough in a walk
+constexpr qint64 most_read = 400000;           // entries of the index
+constexpr int most_codes = 4;
 constexpr std::chrono::milliseconds rows_fresh{1000};
 
 } // namespace
@@ -53,42 +55,64 @@ bool CPgListing::Step()
 void CPgListing::StepCount()
 {
     codes_ = WordCodes(words_);
-    const std::array statements{
-        CPgConnection::LibraryRow(),
-        CSql("SELECT pair, parts FROM pair WHERE pair = ANY(").Value(std::span<const std::int32_t>(codes_)).Add(")")};
+    const std::array statements{CPgConnection::LibraryRow(), CSql("SELECT coalesce(sum(parts), 0)::int8 FROM folder"),
+                                CSql("SELECT pair, parts FROM pair WHERE pair = ANY(")
+                                    .Value(std::span<const std::int32_t>(codes_))
+                                    .Add(") ORDER BY parts")};
     const auto results = connection_->AskAll(statements);
     if (!results || !connection_->TakeLibraryRow(results->front())) {
         phase_ = Phase::Failed;
         return;
     }
     const CPgResult& counts = results->back();
-    qint64 rarest = counts.Rows() < static_cast<int>(codes_.size()) ? 0 : index_limit + 1;
-    for (int row = 0; row < counts.Rows(); ++row) {
-        rarest = std::min(rarest, counts.Integer(row, 1));
+    if (connection_->HasOtherKeys()) {
+        phase_ = Phase::Walk;
+    } else if (counts.Rows() < static_cast<int>(codes_.size())) { // nobody has one of them
+        phase_ = Phase::Complete;
+    } else {
+        phase_ = IsRare(counts, (*results)[1].Integer(0, 0)) ? Phase::Candidates : Phase::Walk;
     }
-    const bool believed = !connection_->HasOtherKeys();
-    phase_ = !believed || rarest > index_limit ? Phase::Walk : rarest <= 0 ? Phase::Complete : Phase::Candidates;
 }
 
-// The index is read first, and once, whatever the server would rather do.
+// As if they had nothing to do with each other. The index is asked for the rarest alone.
+bool CPgListing::IsRare(const CPgResult& counts, qint64 parts)
+{
+    const auto all = static_cast<double>(std::max<qint64>(parts, 1));
+    double expected = all;
+    qint64 read = 0;
+    codes_.clear();
+    for (int row = 0; row < std::min(counts.Rows(), most_codes); ++row) {
+        codes_.push_back(static_cast<std::int32_t>(counts.Integer(row, 0)));
+        expected *= static_cast<double>(counts.Integer(row, 1)) / all;
+        read += counts.Integer(row, 1);
+    }
+    return expected <= static_cast<double>(index_limit) && read <= most_read;
+}
+
+// The index is read first, and once, whatever the server would rather do; where it finds too many after all, a walk
+// fills a page soon enough.
 void CPgListing::StepCandidates()
 {
     CSql sql("WITH found AS MATERIALIZED (SELECT *, folder AS folder_of FROM part WHERE pairs @> ");
-    sql.Value(std::span<const std::int32_t>(codes_)).Add(") SELECT ");
-    AddPartColumns(sql, view_);
-    sql.Add(" FROM found WHERE ");
+    sql.Value(std::span<const std::int32_t>(codes_)).Add(" AND ");
     AddFolder(sql, view_);
-    sql.Add(" AND ");
+    sql.Add(" LIMIT ").Value(index_limit + 1).Add(") SELECT total.parts, ");
+    AddPartColumns(sql, view_);
+    sql.Add(" FROM (SELECT count(*) AS parts FROM found) AS total LEFT JOIN (SELECT * FROM found WHERE ");
     AddShown(sql, view_, words_, false);
-    sql.Add(" ORDER BY ");
+    sql.Add(") AS shown ON TRUE ORDER BY ");
     AddOrder(sql, view_);
     const auto found = connection_->Ask(sql);
     if (!found) {
         phase_ = Phase::Failed;
         return;
     }
+    if (found->Integer(0, 0) > index_limit) {
+        phase_ = Phase::Walk;
+        return;
+    }
     PartRow part;
-    for (int row = 0; row < found->Rows(); ++row) {
+    for (int row = 0; row < found->Rows() && !found->IsNull(row, 1); ++row) {
         if (TakeRow(*found, row, part)) {
             ids_.push_back(part.id);
             rows_.push_back(part);
@@ -201,7 +225,7 @@ void CPgListing::TakeWindow(const CPgResult& result, bool whole_rows)
 bool CPgListing::TakeRow(const CPgResult& result, int row, PartRow& part)
 {
     const bool all = view_.folder == all_folders;
-    const int column = phase_ == Phase::Walk ? 5 : 0;
+    const int column = phase_ == Phase::Walk ? 5 : 1;
     const PgRowFault fault = ReadPart(result, row, part, column);
     if (fault == PgRowFault::Damaged) {
         connection_->SetProblem({LibraryFault::Damaged, connection_->Place().Text(), part.name});

@@ -47,6 +47,7 @@ private:
     };
 
     void StepCount();
+    [[nodiscard]] bool IsRare(const CPgResult& counts, qint64 parts);
     void StepCandidates();
     void StepWalk();
     [[nodiscard]] CSql WindowStatement(bool whole_rows) const;

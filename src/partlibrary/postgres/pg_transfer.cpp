@@ -89,19 +89,24 @@ bool CPgConnection::PutCopy(std::string_view bytes)
         return false;
     }
     last_byte_ = Clock::now();
-    for (;;) {
-        const int put = pq_.PQputCopyData(connection_.get(), bytes.data(), static_cast<int>(bytes.size()));
-        if (put > 0) {
-            return pq_.PQflush(connection_.get()) >= 0 || Lose();
-        }
-        if (put < 0) {
-            return Lose();
-        }
-        if (!Wait(POLLOUT)) {
+    const int put = pq_.PQputCopyData(connection_.get(), bytes.data(), static_cast<int>(bytes.size()));
+    return (put > 0 || Lose()) && SendAll();
+}
+
+// What the client library holds back it moves about at each attempt to send: it must not become much.
+bool CPgConnection::SendAll()
+{
+    int unsent = 0;
+    while ((unsent = pq_.PQflush(connection_.get())) > 0) {
+        if (!Wait(POLLIN | POLLOUT)) {
             return false;
         }
-        pq_.PQflush(connection_.get());
+        last_byte_ = Clock::now();
+        if (pq_.PQconsumeInput(connection_.get()) == 0) {
+            return Lose();
+        }
     }
+    return unsent == 0 || Lose();
 }
 
 bool CPgConnection::EndCopy()

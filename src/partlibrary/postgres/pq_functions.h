@@ -40,9 +40,11 @@ namespace partkeep {
 
 struct PqDriver {
     std::size_t bytes; // of this structure, by which the module and who loads it know each other
-#define PARTKEEP_PQ_MEMBER(name) decltype(&::name) name; // NOLINT(bugprone-macro-parentheses)
+// NOLINTBEGIN(bugprone-macro-parentheses): a name stands there
+#define PARTKEEP_PQ_MEMBER(name) decltype(&::name) name;
     PARTKEEP_PQ_FUNCTIONS(PARTKEEP_PQ_MEMBER)
 #undef PARTKEEP_PQ_MEMBER
+    // NOLINTEND(bugprone-macro-parentheses)
 };
 
 inline constexpr const char* postgres_module_file = "libpartkeep-read-postgres.so";
