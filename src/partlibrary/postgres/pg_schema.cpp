@@ -43,9 +43,11 @@ constexpr std::array<SqlText, 15> make_tables{
     "CREATE TABLE pair(pair int4 PRIMARY KEY, parts int8 NOT NULL)",
 };
 
-// The roles are the administrator's to make; those that are there get their rights.
+// The roles are the administrator's to make; those that are there get their rights. Of pairs the server would count
+// what the table of pairs tells better.
 constexpr SqlText grant_rights = R"(DO $$ DECLARE s text := current_setting('partkeep.schema'); BEGIN
 ALTER TABLE piece ALTER COLUMN data SET STORAGE EXTERNAL;
+ALTER TABLE part ALTER COLUMN pairs SET STATISTICS 0, ALTER COLUMN search_text SET STATISTICS 0;
 IF EXISTS(SELECT 1 FROM pg_roles WHERE rolname = 'partkeep_station') THEN
 EXECUTE format('GRANT USAGE ON SCHEMA %I TO partkeep_station', s);
 EXECUTE format('GRANT SELECT ON ALL TABLES IN SCHEMA %I TO partkeep_station', s);
@@ -69,6 +71,12 @@ std::int32_t CodeOf(char32_t first, char32_t second)
 {
     const std::uint32_t mixed = (static_cast<std::uint32_t>(first) * 0x9E3779B1U) ^ static_cast<std::uint32_t>(second);
     return static_cast<std::int32_t>(mixed * 0x85EBCA6BU);
+}
+
+// A single letter or digit is in most parts; a character of a script with thousands is not.
+bool IsTelling(char32_t character)
+{
+    return character >= 0x80;
 }
 
 void Settle(std::vector<std::int32_t>& codes)
@@ -135,7 +143,9 @@ std::vector<std::int32_t> PairCodes(const QString& folded)
     for (const QString& word : folded.simplified().split(u' ', Qt::SkipEmptyParts)) {
         const QList<uint> characters = word.toUcs4();
         for (qsizetype i = 0; i < characters.size(); ++i) {
-            codes.push_back(CodeOf(characters[i], 0));
+            if (IsTelling(characters[i])) {
+                codes.push_back(CodeOf(characters[i], 0));
+            }
             if (i + 1 < characters.size()) {
                 codes.push_back(CodeOf(characters[i], characters[i + 1]));
             }
@@ -150,7 +160,7 @@ std::vector<std::int32_t> WordCodes(const QStringList& words)
     std::vector<std::int32_t> codes;
     for (const QString& word : words) {
         const QList<uint> characters = word.toUcs4();
-        if (characters.size() == 1) {
+        if (characters.size() == 1 && IsTelling(characters.front())) {
             codes.push_back(CodeOf(characters.front(), 0));
         }
         for (qsizetype i = 0; i + 1 < characters.size(); ++i) {

@@ -33,10 +33,10 @@ bool CreatePgSchema(CPgConnection& connection, LibraryProblem& problem);
 // The libraries that are found by a service, in natural order.
 [[nodiscard]] std::optional<QStringList> PgServers(CPgConnection& connection);
 
-// The codes of what a search looks for in folded text: each pair of neighbouring characters and each single one.
-// Different pairs may share a code.
+// The codes of what a search looks for in folded text: each pair of neighbouring characters, and each single one
+// beyond ASCII. Different pairs may share a code.
 [[nodiscard]] std::vector<std::int32_t> PairCodes(const QString& folded);
-// Those that a word must have: its pairs, or itself where it is one character.
+// Those that the words must have; none for a word of one character of ASCII.
 [[nodiscard]] std::vector<std::int32_t> WordCodes(const QStringList& words);
 
 } // namespace partkeep

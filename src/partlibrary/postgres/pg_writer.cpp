@@ -90,7 +90,7 @@ bool CPgWriter::Commit()
                               .Value(next_content_)};
     const bool done = connection_->Commit(last);
     if (done && changed_parts_ > analyzed_from) { // not before long would the server do so by itself
-        connection_->Run(CSql("ANALYZE folder, part, part_file, piece, pair"));
+        connection_->Run(CSql("ANALYZE folder, part, part_file"));
     }
     changed_parts_ = done ? 0 : changed_parts_;
     return done;
