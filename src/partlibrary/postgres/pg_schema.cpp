@@ -91,20 +91,21 @@ bool CreatePgSchema(CPgConnection& connection, LibraryProblem& problem)
 {
     const QString& server = connection.Place().server;
     std::vector<CSql> statements;
-    statements.push_back(CSql("SELECT set_config('partkeep.schema', ").Value(server).Add(", true)"));
-    statements.push_back(CSql(make_schema));
+    const auto add = [&statements](CSql sql) { statements.push_back(std::move(sql)); };
+    add(CSql("SELECT set_config('partkeep.schema', ").Value(server).Add(", true)"));
+    add(CSql(make_schema));
     for (const SqlText table : make_tables) {
-        statements.push_back(CSql(table));
+        add(CSql(table));
     }
-    statements.push_back(CSql("INSERT INTO partkeep_library VALUES(")
-                             .Value(postgres_library_version)
-                             .Add(", ")
-                             .Value(NewMark())
-                             .Add(", ")
-                             .Value(KeysVersion())
-                             .Add(", 0, 2, 1, 1)"));
-    statements.push_back(CSql("INSERT INTO folder VALUES(1, 0, '', '', '', 0)"));
-    statements.push_back(CSql(grant_rights));
+    add(CSql("INSERT INTO partkeep_library VALUES(")
+            .Value(postgres_library_version)
+            .Add(", ")
+            .Value(NewMark())
+            .Add(", ")
+            .Value(KeysVersion())
+            .Add(", 0, 2, 1, 1)"));
+    add(CSql("INSERT INTO folder VALUES(1, 0, '', '', '', 0)"));
+    add(CSql(grant_rights));
     std::vector<CPgResult> results;
     if (connection.Begin(statements, results) && connection.Commit({})) {
         return true;
