@@ -17,6 +17,12 @@ bool IsOf(std::string_view state, std::string_view group)
     return state.starts_with(group);
 }
 
+// The server gave up after as long as it is waited for here: whose clock is the first makes no difference.
+bool IsTimeOut(std::string_view state)
+{
+    return state == "55P03" || state == "57014";
+}
+
 // The server ends this connection, or does not take a new one yet.
 bool IsLoss(std::string_view state)
 {
@@ -97,6 +103,8 @@ bool CPgConnection::Fail(const CPgResult& result)
     const LibraryProblem problem{fault, place_.Text(), text.empty() ? ConnectionText() : OneLine(text)};
     if (IsLoss(state)) {
         Lose();
+    } else if (use_ == PgUse::Browse && IsTimeOut(state)) {
+        FallSilent();
     }
     problem_ = problem;
     return false;
