@@ -6,7 +6,8 @@
 namespace partkeep {
 
 // The first that there is; there must be one.
-template <class Widget> Widget& OwnChild(const QWidget& parent)
+template <class Widget>
+Widget& OwnChild(const QWidget& parent)
 {
     Widget* found = nullptr;
     for (QWidget* child : parent.findChildren<QWidget*>()) {
