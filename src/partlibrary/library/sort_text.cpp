@@ -117,6 +117,23 @@ QString SearchPairs(const QString& folded)
     return pairs;
 }
 
+QStringList IndexTerms(const QStringList& words)
+{
+    QStringList terms;
+    for (const QString& word : words) {
+        const bool plain = std::none_of(word.begin(), word.end(), [](QChar unit) { return unit.isSurrogate(); });
+        if (!plain || word.size() == 1) {
+            terms += word;
+            continue;
+        }
+        for (qsizetype at = 0; at + 1 < word.size(); ++at) {
+            terms += word.mid(at, 2);
+        }
+    }
+    terms.removeDuplicates();
+    return terms;
+}
+
 QString PairQuery(const QStringList& words)
 {
     QStringList terms;

@@ -35,6 +35,10 @@ inline constexpr qsizetype max_sort_key_bytes = 128;
 // of a name is found, in scripts without blanks too; two characters are all that many an operator types.
 [[nodiscard]] QString SearchPairs(const QString& folded);
 
+// What of the words the index can be asked for: pairs of neighbouring characters, and words of one character. A word
+// with a surrogate is left whole.
+[[nodiscard]] QStringList IndexTerms(const QStringList& words);
+
 // The index's query for the parts that hold all pairs of all words: no part that matches is missed, but a
 // match must still be looked at, since pairs do not say where they stand. Words must not be empty.
 [[nodiscard]] QString PairQuery(const QStringList& words);

@@ -24,24 +24,6 @@ constexpr qint64 smallest_candidate_window = 50000; // ids, which may lie far ap
 constexpr qint64 largest_window = 16384;
 constexpr qint64 slice_nanoseconds = 5'000'000;
 
-// What the index can be asked for: pairs of neighbouring characters, and words of one character.
-QStringList IndexTerms(const QStringList& words)
-{
-    QStringList terms;
-    for (const QString& word : words) {
-        const bool plain = std::none_of(word.begin(), word.end(), [](QChar unit) { return unit.isSurrogate(); });
-        if (!plain || word.size() == 1) {
-            terms += word;
-            continue;
-        }
-        for (qsizetype at = 0; at + 1 < word.size(); ++at) {
-            terms += word.mid(at, 2);
-        }
-    }
-    terms.removeDuplicates();
-    return terms;
-}
-
 // So that a slice takes its time, and no more.
 qint64 Adapted(qint64 window, qint64 nanoseconds, qint64 smallest, qint64 largest)
 {
@@ -79,13 +61,16 @@ bool CPartPages::NarrowFrom(const CPartPages& wider)
         return false;
     }
     candidates_ = wider.ids_;
-    phase_ = Phase::Among;
+    phase_ = Phase::Narrow;
     return true;
 }
 
 bool CPartPages::Step()
 {
     switch (phase_) {
+    case Phase::Narrow:
+        StepNarrow();
+        break;
     case Phase::Among:
         StepAmong();
         break;
@@ -104,21 +89,45 @@ bool CPartPages::Step()
     return !Complete() && !Failed();
 }
 
+// The wider list's rows are in order already, so the first of them are known before the last ones are looked at.
+void CPartPages::StepNarrow()
+{
+    QElapsedTimer timer;
+    timer.start();
+    const auto begin = candidates_.begin() + narrowed_;
+    const std::vector<PartId> next(begin, begin + std::min<std::ptrdiff_t>(window_, candidates_.end() - begin));
+    TakeIds(CPartQuery(view_, "part.id").Among(next).Shown(shown_).AsGiven());
+    if (Failed()) {
+        return;
+    }
+    narrowed_ += static_cast<qint64>(next.size());
+    window_ = Adapted(window_, timer.nsecsElapsed(), smallest_window, largest_window);
+    if (narrowed_ == static_cast<qint64>(candidates_.size())) {
+        candidates_ = {};
+        phase_ = Phase::Complete;
+    }
+}
+
 // Those of the candidates that the list shows, in its order.
 void CPartPages::StepAmong()
 {
-    CPartResult statement(*connection_, CPartQuery(view_, "part.id").Among(candidates_).Shown(shown_).Ordered());
+    TakeIds(CPartQuery(view_, "part.id").Among(candidates_).Shown(shown_).Ordered());
+    if (!Failed()) {
+        candidates_ = {};
+        phase_ = Phase::Complete;
+    }
+}
+
+void CPartPages::TakeIds(const CPartQuery& query)
+{
+    CPartResult statement(*connection_, query);
     while (statement.Next()) {
         ids_.push_back(statement.Integer(0));
     }
     if (statement.Failed()) {
         Fail();
-        return;
     }
-    candidates_.clear();
-    candidates_.shrink_to_fit();
     count_ = static_cast<qint64>(ids_.size());
-    phase_ = Phase::Complete;
 }
 
 // The index goes through every part that has a term, so it is asked for the rarest ones, and not at all when even
@@ -225,21 +234,15 @@ void CPartPages::TakeWindow(const std::optional<PartPosition>& end)
     CPartQuery query(view_, listed ? "part.id" : "count(*)");
     query.Folder().Beyond(at_).UpTo(end).Shown(shown_);
     if (listed) {
-        query.Ordered();
+        TakeIds(query.Ordered());
+        return;
     }
     CPartResult statement(*connection_, query);
     while (statement.Next()) {
-        if (listed) {
-            ids_.push_back(statement.Integer(0));
-        } else {
-            count_ += statement.Integer(0);
-        }
+        count_ += statement.Integer(0);
     }
     if (statement.Failed()) {
         Fail();
-    }
-    if (listed) {
-        count_ = static_cast<qint64>(ids_.size());
     }
 }
 

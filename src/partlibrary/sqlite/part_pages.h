@@ -42,7 +42,7 @@ public:
     [[nodiscard]] std::optional<qint64> RowOf(PartId part) override;
 
 private:
-    enum class Phase { Among, Sample, Candidates, Walk, Complete, Failed };
+    enum class Phase { Narrow, Among, Sample, Candidates, Walk, Complete, Failed };
     struct Anchor {
         std::optional<PartPosition> position; // the last row before; nothing: the start
         qint64 rows = 0;                      // shown rows up to there
@@ -53,7 +53,9 @@ private:
         bool operator()(const PartPosition& a, const PartPosition& b) const { return Precedes(*view, a, b); }
     };
 
+    void StepNarrow();
     void StepAmong();
+    void TakeIds(const CPartQuery& query);
     void StepSample();
     void StepCandidates();
     void StepWalk();
@@ -80,6 +82,7 @@ private:
     std::vector<Anchor> anchors_;    // by rising rows; the first is the start
     std::optional<PartPosition> at_; // where the walk stands
     std::vector<PartId> candidates_;
+    qint64 narrowed_ = 0;                     // so many of them have been looked at
     qint64 candidates_to_ = 0;                // ids up to here have been looked up in the index
     qint64 last_id_ = 0;                      // of the table
     std::set<PartPosition, InOrder> ordered_; // by keys of now

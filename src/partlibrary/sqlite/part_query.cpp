@@ -156,6 +156,12 @@ CPartQuery& CPartQuery::Ordered()
     return *this;
 }
 
+CPartQuery& CPartQuery::AsGiven()
+{
+    sql_ += " ORDER BY wanted.key";
+    return *this;
+}
+
 CPartQuery& CPartQuery::Part(qint64 offset, qint64 limit)
 {
     sql_ += " LIMIT ? OFFSET ?";

@@ -58,6 +58,7 @@ public:
     CPartQuery& UpTo(const std::optional<PartPosition>& position);
 
     CPartQuery& Ordered();
+    CPartQuery& AsGiven(); // in the order of the ids
     CPartQuery& Part(qint64 offset, qint64 limit);
 
     [[nodiscard]] const std::string& Sql() const { return sql_; }
