@@ -25,7 +25,7 @@ constexpr int progress_steps = 20000;
 constexpr int longest_value = 16 << 20; // bytes; a library's own rows stay far below
 
 // Look-ups in a large library want as many pages at hand as can be; content that streams through wants few.
-constexpr const char* read_cache = "PRAGMA cache_size=-131072";
+constexpr const char* read_cache = "PRAGMA cache_size=-262144";
 constexpr const char* read_all_cache = "PRAGMA cache_size=-16384"; // goes through once
 constexpr const char* content_cache = "PRAGMA cache_size=-512";
 constexpr const char* write_cache = "PRAGMA cache_size=-262144";
