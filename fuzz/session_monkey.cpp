@@ -1,0 +1,355 @@
+// An operator and an importer by turns: session_monkey COUNT [FIRST]. A game is up to 120 random actions, of a browser
+// session as the component and a pane use it, and of another process that changes its library meanwhile. A plain model
+// of the library knows after each of them what must be listed, selected and delivered. Game number n is always the
+// same; the first that does not hold ends the program.
+#include "partlibrary/library/library_text.h"
+#include "partlibrary/session/browser_session.h"
+#include "partlibrary/sqlite/sqlite_writer.h"
+#include "platform/files.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <random>
+#include <set>
+#include <unistd.h>
+
+namespace partkeep {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int most_actions = 120;
+const std::array<QString, 4> folders{QString(), QStringLiteral("A"), QStringLiteral("A\\B"), QStringLiteral("C")};
+const std::array<QString, 8> names{QStringLiteral("P1"),  QStringLiteral("P2"),    QStringLiteral("P10"),
+                                   QStringLiteral("Q"),   QStringLiteral("PLATE"), QStringLiteral("PLATE-1"),
+                                   QStringLiteral("B-1"), QStringLiteral("Z9")};
+const std::array<QString, 6> searches{QString(),           QStringLiteral("p"),       QStringLiteral("pl"),
+                                      QStringLiteral("1"), QStringLiteral("plate 1"), QStringLiteral("m2")};
+const QString server = QStringLiteral("SRV1");
+
+struct ModelPart {
+    QString folder;
+    QString name;
+    int version = 0;
+
+    [[nodiscard]] PartAttributes Attributes() const { return {version, u'M' + QString::number(version % 3), {}, {}}; }
+    [[nodiscard]] bool Matches(const QString& search) const
+    {
+        const QString text = (name + u'\n' + Attributes().material).toLower();
+        const QStringList words = search.split(u' ', Qt::SkipEmptyParts);
+        return std::all_of(words.begin(), words.end(), [&text](const QString& word) { return text.contains(word); });
+    }
+};
+
+// Tells the version and the slot in every block, so that a mixture shows.
+QByteArray ContentOf(int version, FileSlot slot)
+{
+    const QByteArray mark = QByteArray::number(version * 100 + static_cast<int>(slot)) + ' ';
+    return mark.repeated(version % 5 == 0 ? 20000 : 1 + version % 7);
+}
+
+const fs::path& Place()
+{
+    static const fs::path place = fs::path(fs::exists("/dev/shm") ? "/dev/shm" : fs::temp_directory_path()) /
+                                  ("partkeep-session-" + std::to_string(getpid()));
+    return place;
+}
+
+long game = 0;
+
+void Require(bool holds, const char* what)
+{
+    if (!holds) {
+        std::cerr << "game " << game << " does not hold: " << what << std::endl;
+        std::abort();
+    }
+}
+
+class CGame {
+public:
+    explicit CGame(long number) : random_(static_cast<unsigned>(number))
+    {
+        fs::remove_all(Place());
+        fs::create_directories(Place() / "out");
+        LibraryProblem problem;
+        Require(CSqliteWriter::Create(File(), problem), "a library is made");
+        for (int i = 0; i < 6; ++i) {
+            PutPart(folders[static_cast<std::size_t>(i) % 3], names[static_cast<std::size_t>(i)]);
+        }
+        session_ = std::make_unique<CBrowserSession>(CLibraryFolder(FromUtf8(Place().string())));
+        session_->SetTargetFolder(CorePath((Place() / "out").string()));
+        session_->SetDataKind(-1);
+    }
+
+    int Play()
+    {
+        for (action_ = 0; action_ < most_actions; ++action_) {
+            Act(Next() % 17);
+            Compare();
+        }
+        return action_;
+    }
+
+private:
+    [[nodiscard]] static QString File() { return FromUtf8((Place() / "SRV1.kpl").string()); }
+
+    unsigned Next() { return static_cast<unsigned>(random_() >> 8); }
+    const QString& Folder() { return folders[Next() % folders.size()]; }
+    const QString& Name() { return names[Next() % names.size()]; }
+
+    void Act(int action)
+    {
+        switch (action) {
+        case 0:
+        case 1:
+            session_->Go(server, Folder());
+            break;
+        case 2:
+            session_->SetCurrentFolder(ToWide(Folder()));
+            break;
+        case 3:
+        case 4:
+            session_->SearchFor(searches[Next() % searches.size()]);
+            break;
+        case 5:
+            session_->SortBy(static_cast<PartColumn>(Next() % 5), Next() % 2 == 0);
+            break;
+        case 6:
+            SelectSome();
+            break;
+        case 7:
+            SelectAll();
+            break;
+        case 8:
+            Load();
+            break;
+        case 9:
+            session_->Refresh();
+            break;
+        case 10:
+            session_->SearchIn(Next() % 2 == 0 ? SearchScope::Folder : SearchScope::Server);
+            break;
+        case 11:
+            ReadByPath(Folder(), Name());
+            break;
+        case 12:
+            session_->RefreshPartList();
+            break;
+        default:
+            Edit(action);
+        }
+    }
+
+    // What somebody else does.
+    void Edit(int action)
+    {
+        const QString& folder = Folder();
+        const QString& name = Name();
+        const QString& other = Name();
+        auto [id, part] = Find(folder, name);
+        switch (action) {
+        case 14:
+            Change([&](CSqliteWriter& writer) {
+                Require(writer.RemovePart(folder, name) == (part != nullptr), "a part that is there can be removed");
+                parts_.erase(id);
+            });
+            break;
+        case 15:
+            Change([&](CSqliteWriter& writer) { Move(writer, id, part, folder, other); });
+            break;
+        case 13: // taken back
+            if (LibraryProblem problem; const auto writer = CSqliteWriter::Open(File(), problem)) {
+                Require(writer->Begin(), "a change can begin");
+                writer->RemovePart(folder, name);
+            }
+            break;
+        default:
+            PutPart(folder, name);
+        }
+    }
+
+    void Move(CSqliteWriter& writer, PartId id, ModelPart* part, const QString& folder, const QString& other)
+    {
+        if (part == nullptr) {
+            return;
+        }
+        const bool taken = other != part->name && Find(folder, other).second != nullptr;
+        const auto place = writer.Library().FindFolder(folder);
+        Require(place.has_value(), "a folder with a part is there");
+        Require(writer.MovePart(id, place->id, other) != taken, "a part moves to a name that is free");
+        part->name = taken ? part->name : other;
+    }
+
+    template <class Action>
+    void Change(const Action& action)
+    {
+        LibraryProblem problem;
+        const auto writer = CSqliteWriter::Open(File(), problem);
+        Require(writer != nullptr && writer->Begin(), "a change can begin");
+        action(*writer);
+        Require(writer->Commit(), "a change can be committed");
+        listing_.reset(); // a list narrows one of the same state
+    }
+
+    void PutPart(const QString& folder, const QString& name)
+    {
+        const int version = ++versions_;
+        const ModelPart part{folder, name, version};
+        Change([&](CSqliteWriter& writer) {
+            const auto place = writer.MakeFolder(folder);
+            const auto id = place ? writer.PutPart(*place, name, part.Attributes()) : std::nullopt;
+            Require(id && writer.PutFile(*id, FileSlot::Iga, ContentOf(version, FileSlot::Iga)) &&
+                        writer.PutFile(*id, FileSlot::Ncd, ContentOf(version, FileSlot::Ncd)),
+                    "a part can be put");
+            parts_[*id] = part;
+        });
+    }
+
+    std::pair<PartId, ModelPart*> Find(const QString& folder, const QString& name)
+    {
+        for (auto& [id, part] : parts_) {
+            if (part.folder == folder && part.name == name) {
+                return {id, &part};
+            }
+        }
+        return {0, nullptr};
+    }
+
+    // What the operator does.
+    void SelectSome()
+    {
+        if (session_->Library() == nullptr || session_->ShowsResults()) {
+            return;
+        }
+        std::vector<PartId> ids = session_->Library()->Ids(session_->ListView()).value_or(std::vector<PartId>());
+        const unsigned mask = Next();
+        std::size_t place = 0;
+        std::erase_if(ids, [&](PartId) { return (mask >> (place++ % 8) & 1) == 0; });
+        const std::size_t count = ids.size();
+        session_->Select(std::move(ids));
+        Require(session_->Selection().size() == count, "what is listed can be selected");
+    }
+
+    void SelectAll()
+    {
+        const bool listed = session_->CurrentFolder().id != 0 && !session_->ShowsResults();
+        const std::size_t count = listed ? Listed().size() : 0;
+        session_->SelectAllParts(1);
+        Require(session_->Selection().size() == count, "all that is listed is selected");
+    }
+
+    void Load()
+    {
+        for (std::int16_t i = 0; i < session_->GetSelectedPartCount(); ++i) {
+            const PartId id = session_->Selection()[static_cast<std::size_t>(i)];
+            const auto told = session_->GetSelectedPart(i);
+            const auto known = parts_.find(id);
+            if (known == parts_.end()) {
+                Require(!told || told->name.isEmpty(), "a part that has gone has no name");
+                continue;
+            }
+            Require(told && told->name == known->second.name, "a selected part is called by its name");
+            Require(told->server == server && told->folder == known->second.folder, "and where it is");
+            ReadByPath(told->folder, told->name);
+        }
+    }
+
+    void ReadByPath(const QString& folder, const QString& name)
+    {
+        const ModelPart* part = Find(folder, name).second;
+        const std::u16string path = ToWide(folder.isEmpty() ? name : folder + u'\\' + name);
+        const auto row = session_->ReadPartAttributes(ToWide(server), path);
+        Require(row.has_value() == (part != nullptr), "a part is found if it is there");
+        Require(!row || (row->thickness == part->version && row->material == part->Attributes().material),
+                "a part has its attributes");
+        for (const auto& old : fs::directory_iterator(Place() / "out")) {
+            fs::remove(old);
+        }
+        Require(session_->CopyPartFiles(ToWide(server), path) == (part != nullptr), "a part is copied if it is there");
+        std::set<std::string> expected;
+        for (const FileSlot slot : {FileSlot::Iga, FileSlot::Ncd}) {
+            const std::string file = ToUtf8(name + FromWide(KindOf(slot).extension));
+            if (part == nullptr) {
+                continue;
+            }
+            expected.insert(file);
+            std::ifstream bytes(Place() / "out" / file, std::ios::binary);
+            const std::string got{std::istreambuf_iterator<char>(bytes), {}};
+            Require(got == ContentOf(part->version, slot).toStdString(), "a copy is what was stored last");
+        }
+        for (const auto& file : fs::directory_iterator(Place() / "out")) {
+            Require(expected.contains(file.path().filename().string()), "nothing else is staged");
+        }
+    }
+
+    [[nodiscard]] std::set<PartId> Listed() const
+    {
+        const PartListView view = session_->ListView();
+        std::set<PartId> listed;
+        for (const auto& [id, part] : parts_) {
+            const bool here = session_->ShowsResults() || part.folder == session_->CurrentFolder().path;
+            if (here && part.Matches(view.search)) {
+                listed.insert(id);
+            }
+        }
+        return listed;
+    }
+
+    void Compare()
+    {
+        const std::size_t count = session_->Selection().size();
+        Require(static_cast<std::size_t>(session_->GetSelectedPartCount()) == count, "a selection has its count");
+        Require(!session_->ShowsResults() || count == 0, "nothing is selected among results");
+        Require(std::distance(fs::directory_iterator(Place()), fs::directory_iterator()) == 2, "nothing is left");
+        IPartLibrary* const library = session_->Library();
+        if (library == nullptr || session_->CurrentFolder().id == 0) {
+            return;
+        }
+        const auto ids = library->Ids(session_->ListView());
+        Require(ids.has_value(), "a sound library is listed");
+        const std::set<PartId> listed(ids->begin(), ids->end());
+        Require(listed.size() == ids->size() && listed == Listed(), "a list shows what is there, once");
+        Narrow(*library);
+    }
+
+    // Lists as the pane reads them, each narrowed from the one before where it can be.
+    void Narrow(IPartLibrary& library)
+    {
+        const PartListView view = session_->ListView();
+        auto listing = library.List(view, static_cast<qint64>(parts_.size()), listing_.get());
+        listing->Finish();
+        const auto ids = listing->Ids(0, listing->Count());
+        Require(ids == library.Ids(view), "a list by steps has the rows of one at once, in their order");
+        listing_ = std::move(listing);
+    }
+
+    std::mt19937 random_;
+    int action_ = 0;
+    std::unique_ptr<CBrowserSession> session_;
+    std::unique_ptr<IPartListing> listing_;
+    std::map<PartId, ModelPart> parts_;
+    int versions_ = 0;
+};
+
+} // namespace
+} // namespace partkeep
+
+int main(int argc, char** argv)
+{
+    const long count = argc > 1 ? std::atol(argv[1]) : 1000;
+    const long first = argc > 2 ? std::atol(argv[2]) : 0;
+    long actions = 0;
+    for (long number = first; number < first + count; ++number) {
+        partkeep::game = number;
+        actions += partkeep::CGame(number).Play();
+    }
+    std::filesystem::remove_all(partkeep::Place());
+    std::cout << count << " games, " << actions << " actions, no fault\n";
+}
