@@ -1,0 +1,208 @@
+// The cache of contents: what it gives is what was kept or nothing, whatever happens to its folder and whoever is
+// killed.
+#include "partlibrary/cache/content_cache.h"
+#include "partlibrary/library/content_hash.h"
+#include "tests/support/linux_faults.h"
+#include "tests/support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <functional>
+#include <random>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace partkeep {
+namespace {
+
+namespace fs = std::filesystem;
+
+QByteArray HashOf(const QByteArray& content)
+{
+    CContentHash hash;
+    hash.Add({content.constData(), static_cast<std::size_t>(content.size())});
+    return hash.Hash();
+}
+
+// One of many that differ, some of several blocks.
+QByteArray Content(unsigned number)
+{
+    return QByteArray::number(number).repeated(static_cast<qsizetype>(number % 7 == 0 ? 200000 : number % 7 * 900));
+}
+
+void Put(CContentCache& cache, const QByteArray& content, bool keep = true)
+{
+    if (const auto made = cache.Begin(content.size())) {
+        made->Add({content.constData(), static_cast<std::size_t>(content.size() / 2)});
+        made->Add(
+            {content.constData() + content.size() / 2, static_cast<std::size_t>(content.size() - content.size() / 2)});
+        if (keep) {
+            made->Keep(HashOf(content));
+        }
+    }
+}
+
+// By both ways out; -1: wrong bytes, 0: nothing, 1: the content.
+int Get(CContentCache& cache, const QByteArray& content, const fs::path& target)
+{
+    const auto read = cache.Read(HashOf(content), content.size());
+    const CFileHandle file = CFileHandle::Open(target.string(), O_RDWR | O_CREAT | O_TRUNC, 0600);
+    const bool copied = cache.CopyTo(file.Descriptor(), HashOf(content), content.size());
+    const bool right = ReadBytes(target.string()) == (copied ? content.toStdString() : "");
+    return !right || (read && *read != content) ? -1 : read || copied ? 1 : 0;
+}
+
+qint64 OnDisk(const fs::path& folder)
+{
+    qint64 total = 0;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        total += entry.is_regular_file() ? static_cast<qint64>((entry.file_size() + 4095) / 4096 * 4096) : 0;
+    }
+    return total;
+}
+
+class ContentCache : public testing::Test {
+protected:
+    CTemporaryFolder work_;
+    const std::string folder_ = work_.Path("cache/contents");
+    const std::string target_ = work_.Path("target");
+};
+
+TEST_F(ContentCache, GivesWhatWasKeptOrNothing)
+{
+    const QByteArray content = Content(14);
+    const std::string place = HashOf(content).toHex().toStdString().insert(2, "/");
+    const std::string file = folder_ + '/' + place;
+    const struct {
+        const char* name;
+        std::function<void()> harm; // behind the first process's back
+        int got;
+    } rows[] = {
+        {"none", [] {}, 1},
+        {"a byte", [&] { WriteBytes(file, content.toStdString().replace(300000, 1, "x")); }, 0},
+        {"shorter", [&] { fs::resize_file(file, 5); }, 0},
+        {"longer", [&] { fs::resize_file(file, 1 << 20); }, 0},
+        {"a link",
+         [&] {
+             fs::rename(file, work_.Path("x"));
+             fs::create_symlink(work_.Path("x"), file);
+         },
+         0},
+        {"a pipe",
+         [&] {
+             fs::remove(file);
+             mkfifo(file.c_str(), 0600);
+         },
+         0},
+        {"writable for others", [&] { chmod(file.c_str(), 0666); }, 0},
+        {"folder writable for others", [&] { chmod(folder_.c_str(), 0777); }, 0},
+        {"folder a link",
+         [&] {
+             fs::rename(folder_, work_.Path("y"));
+             fs::create_symlink(work_.Path("y"), folder_);
+         },
+         0},
+        {"folder gone", [&] { fs::remove_all(folder_); }, 0},
+        {"folder a file",
+         [&] {
+             fs::remove_all(folder_);
+             WriteBytes(folder_, "x");
+         },
+         0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        static_cast<void>(fs::is_symlink(folder_) ? fs::remove(folder_) : fs::remove_all(folder_) > 0);
+        CContentCache first({folder_, 1 << 23});
+        Put(first, Content(1), false);
+        Put(first, content);
+        EXPECT_EQ(Get(first, content, target_), 1);
+        row.harm();
+        CContentCache second({folder_, 1 << 23});
+        EXPECT_EQ(Get(second, content, target_), row.got);
+        EXPECT_EQ(Get(first, Content(1), target_), 0);
+        Put(second, content);
+        EXPECT_GE(Get(second, content, target_), 0);
+    }
+    CContentCache none({folder_, 0});
+    Put(none, content);
+    EXPECT_EQ(Get(none, content, target_), 0);
+}
+
+TEST_F(ContentCache, AFullDiskOrOneThatCannotBeWrittenCostsNothingElse)
+{
+    PARTKEEP_NEEDS_MOUNTS();
+    fs::create_directories(folder_);
+    CMountedDisk disk(folder_, "1m");
+    chmod(folder_.c_str(), 0700);
+    CContentCache cache({folder_, 1 << 26});
+    for (unsigned number = 0; number < 40; ++number) {
+        Put(cache, Content(number));
+        EXPECT_GE(Get(cache, Content(number), target_), 0);
+    }
+    disk.SetReadOnly(true);
+    CContentCache again({folder_, 1 << 26});
+    Put(again, Content(50));
+    EXPECT_EQ(Get(again, Content(1), target_), 1);
+    EXPECT_EQ(Get(again, Content(50), target_), 0);
+}
+
+TEST_F(ContentCache, WhatWasUsedLastStays)
+{
+    CContentCache cache({folder_, 1 << 22});
+    for (unsigned number = 1; number < 60; ++number) {
+        Put(cache, Content(number * 7));
+        const std::string used = folder_ + '/' + HashOf(Content(7)).toHex().toStdString().insert(2, "/");
+        const timespec hour_ago[] = {{std::time(nullptr) - 3600, 0}, {std::time(nullptr) - 3600, 0}};
+        utimensat(AT_FDCWD, used.c_str(), hour_ago, 0);
+        ASSERT_EQ(Get(cache, Content(7), target_), 1) << number;
+        ASSERT_LE(OnDisk(folder_), (1 << 22) * 21 / 20);
+    }
+    EXPECT_GE(OnDisk(folder_), 1 << 21);
+}
+
+// Processes that put and get at the same time, and are killed at any moment.
+TEST_F(ContentCache, WhoeverIsKilledNoWrongByteIsGiven)
+{
+    const char* const asked = std::getenv("PARTKEEP_CACHE_ROUNDS");
+    const int rounds = asked != nullptr ? std::atoi(asked) : 150;
+    std::mt19937 random(5);
+    CContentCache cache({folder_, 3 << 20});
+    for (int round = 0; round < rounds; ++round) {
+        pid_t children[2];
+        for (pid_t& child : children) {
+            const auto seed = random();
+            child = fork();
+            if (child == 0) {
+                std::mt19937 own(seed);
+                CContentCache other({folder_, 3 << 20});
+                const std::string target = target_ + std::to_string(getpid());
+                for (;;) {
+                    Put(other, Content(unsigned(own() % 60)));
+                    if (Get(other, Content(unsigned(own() % 60)), target) < 0) {
+                        _exit(1);
+                    }
+                }
+            }
+        }
+        usleep(static_cast<useconds_t>(random() % 8000));
+        for (const pid_t child : children) {
+            int status = 0;
+            kill(child, SIGKILL);
+            waitpid(child, &status, 0);
+            ASSERT_TRUE(WIFSIGNALED(status)) << "wrong bytes, in round " << round;
+            fs::remove(target_ + std::to_string(child));
+        }
+        const auto number = unsigned(random() % 60);
+        ASSERT_GE(Get(cache, Content(number), target_), 0);
+        ASSERT_LE(OnDisk(folder_), (3 << 20) * 21 / 20) << round;
+    }
+}
+
+} // namespace
+} // namespace partkeep
