@@ -83,7 +83,8 @@ CTestLibraries::CTestLibraries()
 
 CLibraryFolder CTestLibraries::Places() const
 {
-    return InDatabase() ? CLibraryFolder({}, {test_service}) : CLibraryFolder(Folder());
+    return InDatabase() ? CLibraryFolder({}, {test_service}, {cache_.Path("contents"), 1 << 26})
+                        : CLibraryFolder(Folder());
 }
 
 QString CTestLibraries::PlaceOf(const QString& server) const

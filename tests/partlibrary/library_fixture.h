@@ -54,6 +54,7 @@ public:
 
 private:
     CTemporaryFolder folder_;
+    CTemporaryFolder cache_; // of what comes from a database
 };
 
 // A test on the shop. What is copied arrives in a folder of its own.

@@ -52,6 +52,9 @@ public:
 
     explicit CContentCache(CacheSettings settings) : settings_(std::move(settings)) {}
 
+    // Whether it is kept, as far as that can be told without reading it.
+    [[nodiscard]] bool Has(const QByteArray& hash, qint64 bytes) { return OpenContent(hash, bytes).IsOpen(); }
+
     // Writes a content at the end of an open file that has nothing in it yet; where the file system can, both share
     // their blocks. False where it is not kept, or not sound; the file is empty then.
     [[nodiscard]] bool CopyTo(int target, const QByteArray& hash, qint64 bytes);

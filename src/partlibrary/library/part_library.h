@@ -17,6 +17,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace partkeep {
@@ -39,9 +40,27 @@ struct PartFile {
     friend bool operator==(const PartFile&, const PartFile&) = default;
 };
 
-// Takes a block of a file, the first one even when the file is empty; blocks come in order, file after file. What it
-// gives ends the reading, unless it is no problem.
-using ContentSink = std::function<LibraryProblem(FileSlot, std::span<const char> block)>;
+// Takes the content of files, one after the other. What it gives ends the reading, unless it is no problem.
+class ContentSink {
+public:
+    // A block of a file, the first one even when the file is empty; blocks come in order.
+    using Write = std::function<LibraryProblem(FileSlot, std::span<const char> block)>;
+    // An open file with nothing in it, for a content that is at hand on this machine, or -1: it is to come in blocks.
+    // Blocks may come all the same, when it turns out not to be.
+    using FileFor = std::function<int(const PartFile&)>;
+
+    template <typename Writer>
+    ContentSink(Writer write, FileFor file = {}) // NOLINT(google-explicit-constructor): a function will do
+        : write_(std::move(write)), file_(std::move(file))
+    {
+    }
+    LibraryProblem operator()(FileSlot slot, std::span<const char> block) const { return write_(slot, block); }
+    [[nodiscard]] int File(const PartFile& file) const { return file_ ? file_(file) : -1; }
+
+private:
+    Write write_;
+    FileFor file_;
+};
 
 // The rows of a list by number, for a pane that shows a few of very many. It is found out in slices of a few
 // milliseconds, between events.
@@ -153,6 +172,9 @@ public:
     // The last list met keys by other rules than those of now. Lists are right all the same, but slow until all keys
     // are made anew.
     [[nodiscard]] virtual bool HasOtherKeys() const { return false; }
+
+    // What is given while that machine does not answer is as it was then; invalid where nothing is.
+    [[nodiscard]] virtual QTime AsOf() const { return {}; }
 
     // Since when the machine that holds the library has not answered; invalid while it does.
     [[nodiscard]] virtual QTime SilentSince() const { return {}; }

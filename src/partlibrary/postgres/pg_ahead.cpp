@@ -7,6 +7,9 @@ namespace partkeep {
 namespace {
 
 constexpr std::size_t most_ahead = 8;
+constexpr std::size_t most_small_ahead = 64;
+constexpr qint64 small_bytes = 2 << 20; // of all that are on their way
+constexpr std::size_t told_together = 1024;
 constexpr std::chrono::seconds fresh{2};
 
 } // namespace
@@ -16,7 +19,8 @@ void CPgAhead::Expect(std::span<const PartId> parts, SlotSet slots)
 {
     const bool goes_on =
         slots == slots_ && sent_.size() + waiting_.size() == parts.size() &&
-        std::equal(sent_.begin(), sent_.end(), parts.begin()) &&
+        std::equal(sent_.begin(), sent_.end(), parts.begin(),
+                   [](const Sent& sent, PartId part) { return sent.part == part; }) &&
         std::equal(waiting_.begin(), waiting_.end(), parts.begin() + static_cast<std::ptrdiff_t>(sent_.size()));
     if (goes_on) {
         return;
@@ -38,6 +42,23 @@ void CPgAhead::GiveUp()
     }
     sent_.clear();
     waiting_.clear();
+    bytes_sent_for_ = 0;
+}
+
+// What is kept is known by the hashes, of which many are told at once.
+CPgAtHand::Need CPgAhead::NeedOfNext()
+{
+    if (at_hand_.Cache() == nullptr) {
+        return {{}, small_bytes};
+    }
+    if (at_hand_.Find(waiting_.front()) == nullptr) {
+        const auto count = static_cast<std::ptrdiff_t>(std::min(waiting_.size(), told_together));
+        const std::vector<PartId> parts(waiting_.begin(), waiting_.begin() + count);
+        if (const auto told = main_->Ask(CPgAtHand::Statement(parts))) {
+            at_hand_.Take(*told);
+        }
+    }
+    return at_hand_.NeedOf(waiting_.front(), slots_).value_or(CPgAtHand::Need{{}, small_bytes});
 }
 
 void CPgAhead::SendMore()
@@ -51,13 +72,13 @@ void CPgAhead::SendMore()
         waiting_.clear();
         return;
     }
-    while (!waiting_.empty() && sent_.size() < most_ahead) {
-        if (!connection_->Send(CPgContent::Statement(waiting_.front(), slots_))) {
-            sent_.push_back(waiting_.front());
+    while (!waiting_.empty() && sent_.size() < (bytes_sent_for_ < small_bytes ? most_small_ahead : most_ahead)) {
+        sent_.push_back({waiting_.front(), NeedOfNext()});
+        bytes_sent_for_ += sent_.back().need.bytes;
+        if (!connection_->Send(CPgContent::Statement(waiting_.front(), slots_, sent_.back().need.kept))) {
             GiveUp();
             return;
         }
-        sent_.push_back(waiting_.front());
         waiting_.pop_front();
     }
 }
@@ -68,9 +89,9 @@ const PartRow* CPgAhead::Next()
         GiveUp();
     }
     if (!next_ && !sent_.empty()) {
-        next_.emplace(*connection_);
+        next_.emplace(*connection_, at_hand_.Cache(), sent_.front().need.kept);
         read_ = Clock::now();
-        if (!next_->Begin(sent_.front()) || next_->Fault() != PgRowFault::None) {
+        if (!next_->Begin(sent_.front().part) || next_->Fault() != PgRowFault::None) {
             GiveUp();
         }
     }
@@ -79,7 +100,7 @@ const PartRow* CPgAhead::Next()
 
 const PartRow* CPgAhead::Find(PartId part)
 {
-    return !sent_.empty() && sent_.front() == part ? Next() : nullptr;
+    return !sent_.empty() && sent_.front().part == part ? Next() : nullptr;
 }
 
 const PartRow* CPgAhead::Find(const QString& folder, const QString& name)
@@ -93,13 +114,14 @@ std::optional<bool> CPgAhead::Copy(PartId part, SlotSet slots, const ContentSink
     if (slots != slots_ || Find(part) == nullptr) {
         return std::nullopt;
     }
-    const bool done = next_->HandOver(slots, sink);
+    const bool done = next_->HandOver(slots, sink, *main_);
     if (!done) {
         main_->SetProblem(connection_->Problem());
         GiveUp();
         return false;
     }
     next_.reset();
+    bytes_sent_for_ -= sent_.front().need.bytes;
     sent_.pop_front();
     SendMore();
     return true;

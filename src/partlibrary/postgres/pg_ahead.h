@@ -3,6 +3,7 @@
 // is asked for anew.
 #pragma once
 
+#include "partlibrary/postgres/pg_at_hand.h"
 #include "partlibrary/postgres/pg_content.h"
 
 #include <chrono>
@@ -16,7 +17,7 @@ namespace partkeep {
 
 class CPgAhead {
 public:
-    explicit CPgAhead(std::shared_ptr<CPgConnection> main) : main_(std::move(main)) {}
+    CPgAhead(std::shared_ptr<CPgConnection> main, CPgAtHand& at_hand) : main_(std::move(main)), at_hand_(at_hand) {}
 
     void Expect(std::span<const PartId> parts, SlotSet slots);
 
@@ -30,14 +31,22 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
+    struct Sent {
+        PartId part;
+        CPgAtHand::Need need;
+    };
+
     void SendMore();
+    [[nodiscard]] CPgAtHand::Need NeedOfNext();
     [[nodiscard]] const PartRow* Next();
     void GiveUp();
 
     std::shared_ptr<CPgConnection> main_;
+    CPgAtHand& at_hand_;
     std::shared_ptr<CPgConnection> connection_;
     std::deque<PartId> waiting_; // not asked for yet
-    std::deque<PartId> sent_;
+    std::deque<Sent> sent_;
+    qint64 bytes_sent_for_ = 0; // as far as it is known
     SlotSet slots_ = 0;
     std::optional<CPgContent> next_; // of the first that was sent
     Clock::time_point read_;

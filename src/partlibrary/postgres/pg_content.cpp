@@ -1,5 +1,6 @@
 #include "partlibrary/postgres/pg_content.h"
 
+#include "partlibrary/postgres/pg_at_hand.h"
 #include "partlibrary/postgres/pg_schema.h"
 
 #include <algorithm>
@@ -11,20 +12,22 @@ namespace {
 constexpr int folder_path = pg_part_column_count;
 constexpr int slot = folder_path + 1;
 constexpr int bytes = slot + 1;
-constexpr int number = bytes + 1;
+constexpr int hash = bytes + 1;
+constexpr int number = hash + 1;
 constexpr int data = number + 1;
 
 } // namespace
 
-CSql CPgContent::Statement(PartId part, SlotSet slots)
+CSql CPgContent::Statement(PartId part, SlotSet slots, std::span<const QByteArray> kept)
 {
     CSql sql("SELECT ");
     sql.Add(pg_part_columns);
-    sql.Add(", path, part_file.slot, part_file.bytes, piece.nr, piece.data FROM "
+    sql.Add(", path, part_file.slot, part_file.bytes, part_file.hash, piece.nr, piece.data FROM "
             "(SELECT part.*, (SELECT path FROM folder WHERE folder.id = part.folder) AS path FROM part WHERE id = ");
     sql.Value(part).Add(") AS one LEFT JOIN part_file ON part_file.part = one.id AND ((1 << part_file.slot) & ");
     sql.Value(static_cast<std::int32_t>(slots));
-    sql.Add(") <> 0 LEFT JOIN piece ON piece.content = part_file.content ORDER BY part_file.slot, piece.nr");
+    sql.Add(") <> 0 LEFT JOIN piece ON piece.content = part_file.content AND part_file.hash <> ALL(").Value(kept);
+    sql.Add(") ORDER BY part_file.slot, piece.nr");
     return sql;
 }
 
@@ -49,7 +52,7 @@ bool CPgContent::Take(CPgConnection::Next next, PartId part)
 }
 
 // After trouble of the caller's own the rest still has to come: dropping the connection is quicker.
-bool CPgContent::HandOver(SlotSet slots, const ContentSink& sink)
+bool CPgContent::HandOver(SlotSet slots, const ContentSink& sink, CPgConnection& again)
 {
     SlotSet found = 0;
     auto next = CPgConnection::Next::Row;
@@ -63,11 +66,42 @@ bool CPgContent::HandOver(SlotSet slots, const ContentSink& sink)
     if (next == CPgConnection::Next::Failed) {
         return false;
     }
-    if (found != (slots & part_.slots) || done_ != bytes_) {
-        connection_.SetProblem(Damage());
-        return false;
+    LibraryProblem problem = found == (slots & part_.slots) ? EndFile() : Damage();
+    problem = problem ? problem : HandOverKept(sink, again);
+    if (problem) {
+        connection_.SetProblem(problem);
     }
-    return true;
+    return !problem;
+}
+
+LibraryProblem CPgContent::BeginFile(const CPgResult& row)
+{
+    bytes_ = row.Integer(0, bytes);
+    hash_ = row.Bytes(0, hash);
+    done_ = 0;
+    if (!only_.isEmpty() && hash_ != only_) {
+        return {LibraryFault::NoAnswer, part_.name, QStringLiteral("it was changed meanwhile")};
+    }
+    if (std::find(kept_hashes_.begin(), kept_hashes_.end(), hash_) != kept_hashes_.end()) {
+        kept_.push_back({part_.id, static_cast<FileSlot>(slot_), bytes_, hash_});
+        done_ = bytes_;
+        return {};
+    }
+    sum_ = CContentHash();
+    new_ = cache_ != nullptr ? cache_->Begin(bytes_) : nullptr;
+    return {};
+}
+
+LibraryProblem CPgContent::EndFile()
+{
+    const auto whole = std::move(new_);
+    if (done_ != bytes_ || (whole != nullptr && sum_.Hash() != hash_)) {
+        return Damage();
+    }
+    if (whole != nullptr) {
+        whole->Keep(hash_);
+    }
+    return {};
 }
 
 LibraryProblem CPgContent::Take(const CPgResult& row, SlotSet& found, const ContentSink& sink)
@@ -81,13 +115,16 @@ LibraryProblem CPgContent::Take(const CPgResult& row, SlotSet& found, const Cont
     }
     const auto kind = static_cast<FileSlot>(file);
     if (file != slot_) {
-        if (done_ != bytes_) {
-            return Damage();
-        }
+        LibraryProblem problem = EndFile();
         slot_ = file;
-        bytes_ = row.Integer(0, bytes);
-        done_ = 0;
         found |= SetOf(kind);
+        problem = problem ? problem : BeginFile(row);
+        if (problem) {
+            return problem;
+        }
+    }
+    if (!kept_.empty() && kept_.back().slot == kind) {
+        return {};
     }
     if (row.IsNull(0, number)) { // no piece
         return bytes_ == 0 ? sink(kind, {}) : Damage();
@@ -99,7 +136,31 @@ LibraryProblem CPgContent::Take(const CPgResult& row, SlotSet& found, const Cont
         return Damage();
     }
     done_ += size;
+    if (new_ != nullptr) {
+        sum_.Add(piece);
+        new_->Add({piece.data(), piece.size()});
+    }
     return sink(kind, {piece.data(), piece.size()});
+}
+
+// One that is damaged or gone by now is fetched after all: the same content, or none.
+LibraryProblem CPgContent::HandOverKept(const ContentSink& sink, CPgConnection& again) const
+{
+    for (const PartFile& file : kept_) {
+        if (const auto given = partkeep::HandOverKept(*cache_, file, sink)) {
+            if (*given) {
+                return *given;
+            }
+            continue;
+        }
+        CPgContent fetched(again, cache_);
+        fetched.only_ = file.hash;
+        if (!fetched.Begin(part_.id, SetOf(file.slot)) || fetched.Fault() != PgRowFault::None ||
+            !fetched.HandOver(SetOf(file.slot), sink, again)) {
+            return again.Problem() ? again.Problem() : Damage();
+        }
+    }
+    return {};
 }
 
 } // namespace partkeep

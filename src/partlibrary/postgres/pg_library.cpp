@@ -27,14 +27,15 @@ CSql SelectParts()
 
 } // namespace
 
-std::unique_ptr<CPgLibrary> CPgLibrary::Open(const PgPlace& place, PgUse use, LibraryProblem& problem)
+std::unique_ptr<CPgLibrary> CPgLibrary::Open(const PgPlace& place, PgUse use, LibraryProblem& problem,
+                                             std::shared_ptr<CContentCache> cache)
 {
     auto connection = CPgConnection::Open(place, use, problem);
-    return connection != nullptr ? std::make_unique<CPgLibrary>(std::move(connection)) : nullptr;
+    return connection != nullptr ? std::make_unique<CPgLibrary>(std::move(connection), std::move(cache)) : nullptr;
 }
 
-CPgLibrary::CPgLibrary(std::shared_ptr<CPgConnection> connection)
-    : connection_(std::move(connection)), ahead_(connection_)
+CPgLibrary::CPgLibrary(std::shared_ptr<CPgConnection> connection, std::shared_ptr<CContentCache> cache)
+    : connection_(std::move(connection)), at_hand_(std::move(cache)), ahead_(connection_, at_hand_)
 {
 }
 
@@ -151,12 +152,23 @@ std::optional<PartRow> CPgLibrary::FindPart(const QString& folder, const QString
     if (const PartRow* const known = ahead_.Find(folder, name)) {
         return *known;
     }
-    return TakePart(connection_->Ask(SelectParts()
-                                         .Add("folder = (SELECT folder.id FROM folder WHERE path = ")
-                                         .Value(folder)
-                                         .Add(") AND name = ")
-                                         .Value(name)),
-                    JoinPath(folder, name));
+    const CPgAtHand::Known* const at_hand = at_hand_.Find(folder, name);
+    if (at_hand != nullptr && at_hand_.IsFresh()) {
+        return at_hand->row;
+    }
+    return Known(at_hand, TakePart(connection_->Ask(SelectParts()
+                                                        .Add("folder = (SELECT folder.id FROM folder WHERE path = ")
+                                                        .Value(folder)
+                                                        .Add(") AND name = ")
+                                                        .Value(name)),
+                                   JoinPath(folder, name)));
+}
+
+// While the server does not answer, what it told before is all there is.
+std::optional<PartRow> CPgLibrary::Known(const CPgAtHand::Known* known, std::optional<PartRow> told) const
+{
+    const bool silent = !told && Problem().fault == LibraryFault::NoAnswer;
+    return silent && known != nullptr ? std::optional(known->row) : std::move(told);
 }
 
 std::optional<PartRow> CPgLibrary::FindPart(PartId id)
@@ -164,7 +176,11 @@ std::optional<PartRow> CPgLibrary::FindPart(PartId id)
     if (const PartRow* const known = ahead_.Find(id)) {
         return *known;
     }
-    return TakePart(connection_->Ask(SelectParts().Add("id = ").Value(id)), QString::number(id));
+    const CPgAtHand::Known* const at_hand = at_hand_.Find(id);
+    if (at_hand != nullptr && at_hand_.IsFresh()) {
+        return at_hand->row;
+    }
+    return Known(at_hand, TakePart(connection_->Ask(SelectParts().Add("id = ").Value(id)), QString::number(id)));
 }
 
 std::optional<std::vector<PartRow>> CPgLibrary::FindParts(std::span<const PartId> ids)
@@ -252,21 +268,49 @@ std::optional<std::vector<PartFile>> CPgLibrary::Files(std::span<const PartId> p
 
 // Content.
 
+// Which contents of a part need not come; that costs a look at its hashes, where they are not known.
+std::vector<QByteArray> CPgLibrary::KeptOf(PartId part, SlotSet slots)
+{
+    if (at_hand_.Cache() == nullptr) {
+        return {};
+    }
+    if (at_hand_.Find(part) == nullptr) {
+        if (const auto told = connection_->Ask(CPgAtHand::Statement({&part, 1}))) {
+            at_hand_.Take(*told);
+        }
+    }
+    return at_hand_.NeedOf(part, slots).value_or(CPgAtHand::Need()).kept;
+}
+
+// Pictures may be of a moment ago, what is worked by is not, as long as the server answers.
 bool CPgLibrary::CopyFiles(PartId part, SlotSet slots, const ContentSink& sink)
 {
     if (const auto copied = ahead_.Copy(part, slots, sink)) {
         return *copied;
     }
-    CPgContent content(*connection_);
+    const bool pictures = (slots & SlotsOfMask(-1)) == 0;
+    LibraryProblem problem; // of a copy of what is at hand; that of the server stands otherwise
+    const auto at_hand = [&] {
+        const bool there = at_hand_.Copy(part, slots, sink, problem);
+        if (there && problem) {
+            connection_->SetProblem(problem);
+        }
+        return there;
+    };
+    if (pictures && at_hand_.IsFresh() && at_hand()) {
+        return !problem;
+    }
+    CPgContent content(*connection_, at_hand_.Cache(), KeptOf(part, slots));
     if (!content.Begin(part, slots)) {
-        return false;
+        const bool silent = Problem().fault == LibraryFault::NoAnswer;
+        return silent && at_hand() && !problem;
     }
     if (content.Fault() != PgRowFault::None) {
         connection_->Disconnect();
         static_cast<void>(Gate(content.Part(), content.Fault(), content.Part().name));
         return false;
     }
-    return content.HandOver(slots, sink);
+    return content.HandOver(slots, sink, *connection_);
 }
 
 void CPgLibrary::Expect(std::span<const PartId> parts, SlotSet slots)

@@ -13,9 +13,10 @@ namespace partkeep {
 class CPgLibrary : public IPartLibrary {
 public:
     // Null on failure, with the reason.
-    [[nodiscard]] static std::unique_ptr<CPgLibrary> Open(const PgPlace& place, PgUse use, LibraryProblem& problem);
+    [[nodiscard]] static std::unique_ptr<CPgLibrary> Open(const PgPlace& place, PgUse use, LibraryProblem& problem,
+                                                          std::shared_ptr<CContentCache> cache = nullptr);
 
-    explicit CPgLibrary(std::shared_ptr<CPgConnection> connection);
+    explicit CPgLibrary(std::shared_ptr<CPgConnection> connection, std::shared_ptr<CContentCache> cache = nullptr);
 
     [[nodiscard]] const LibraryProblem& Problem() const override { return connection_->Problem(); }
     [[nodiscard]] std::optional<FolderRow> FindFolder(const QString& path) override;
@@ -43,6 +44,7 @@ public:
     [[nodiscard]] qint64 Refused() const override { return static_cast<qint64>(refused_.size()); }
     [[nodiscard]] bool HasOtherKeys() const override { return connection_->HasOtherKeys(); }
     [[nodiscard]] QTime SilentSince() const override { return connection_->SilentSince(); }
+    [[nodiscard]] QTime AsOf() const override { return SilentSince().isValid() ? at_hand_.AsOf() : QTime(); }
 
 private:
     std::nullopt_t Refuse(LibraryFault fault, const QString& subject);
@@ -50,9 +52,12 @@ private:
     void CountRefused(qint64 key);
     [[nodiscard]] std::optional<FolderRow> TakeFolder(const CPgResult& result, const QString& subject);
     [[nodiscard]] std::optional<PartRow> TakePart(const std::optional<CPgResult>& result, const QString& subject);
+    [[nodiscard]] std::vector<QByteArray> KeptOf(PartId part, SlotSet slots);
+    [[nodiscard]] std::optional<PartRow> Known(const CPgAtHand::Known* known, std::optional<PartRow> told) const;
     [[nodiscard]] std::optional<PartRow> Gate(const PartRow& part, PgRowFault fault, const QString& subject);
 
     std::shared_ptr<CPgConnection> connection_;
+    CPgAtHand at_hand_;
     CPgAhead ahead_;
     std::unordered_set<qint64> refused_; // ids of parts, and of folders below 0
 };

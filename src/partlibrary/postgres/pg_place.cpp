@@ -5,6 +5,8 @@
 #include "partlibrary/postgres/pg_library.h"
 #include "partlibrary/postgres/pg_schema.h"
 
+#include <utility>
+
 namespace partkeep {
 
 std::optional<PgPlace> PgPlaceOf(const QString& text)
@@ -16,9 +18,10 @@ std::optional<PgPlace> PgPlaceOf(const QString& text)
     return PgPlace{text.left(colon), text.sliced(colon + 1)};
 }
 
-std::unique_ptr<IPartLibrary> OpenPgLibrary(const PgPlace& place, LibraryProblem& problem)
+std::unique_ptr<IPartLibrary> OpenPgLibrary(const PgPlace& place, std::shared_ptr<CContentCache> cache,
+                                            LibraryProblem& problem)
 {
-    return CPgLibrary::Open(place, PgUse::Browse, problem);
+    return CPgLibrary::Open(place, PgUse::Browse, problem, std::move(cache));
 }
 
 std::optional<QStringList> ReadPgServers(const QString& service, LibraryProblem& problem)

@@ -1,6 +1,7 @@
 // Where libraries in databases are, and what opens one to read: all that who shows them need know of this engine.
 #pragma once
 
+#include "partlibrary/cache/content_cache.h"
 #include "partlibrary/library/part_library.h"
 
 #include <QString>
@@ -22,8 +23,9 @@ struct PgPlace {
 // "SERVICE:SERVER"; nothing for what is the path of a file.
 [[nodiscard]] std::optional<PgPlace> PgPlaceOf(const QString& text);
 
-// For a browser. Null on failure, with the reason.
-[[nodiscard]] std::unique_ptr<IPartLibrary> OpenPgLibrary(const PgPlace& place, LibraryProblem& problem);
+// For a browser; `cache` may be null. Null on failure, with the reason.
+[[nodiscard]] std::unique_ptr<IPartLibrary> OpenPgLibrary(const PgPlace& place, std::shared_ptr<CContentCache> cache,
+                                                          LibraryProblem& problem);
 
 // The libraries that a service leads to, in natural order. Nothing on failure, with the reason.
 [[nodiscard]] std::optional<QStringList> ReadPgServers(const QString& service, LibraryProblem& problem);

@@ -95,16 +95,22 @@ bool CBrowserSession::StageFiles(IPartLibrary& library, const PartRow& part, Slo
     }
     CStagedFiles files(*target_folder_, target_names_);
     std::optional<FileSlot> begun;
-    const auto write = [&](FileSlot slot, std::span<const char> block) {
-        const bool open = begun == slot || files.Begin(ToWide(part.name) + KindOf(slot).extension);
+    const auto begin = [&](FileSlot slot, qint64 bytes) {
+        if (begun != slot && !files.Begin(ToWide(part.name) + KindOf(slot).extension)) {
+            return false;
+        }
         begun = slot;
         if (progress != nullptr && pane_ != nullptr) {
-            progress->bytes += static_cast<qint64>(block.size());
+            progress->bytes += bytes;
             pane_->CopyProgressed(*progress);
         }
-        return open ? files.Write(block) : files.Problem();
+        return true;
     };
-    const bool staged = library.CopyFiles(part.id, slots, write) && files.Commit();
+    const auto write = [&](FileSlot slot, std::span<const char> block) {
+        return begin(slot, static_cast<qint64>(block.size())) ? files.Write(block) : files.Problem();
+    };
+    const auto file = [&](const PartFile& kept) { return begin(kept.slot, kept.bytes) ? files.File() : -1; };
+    const bool staged = library.CopyFiles(part.id, slots, {write, file}) && files.Commit();
     return staged || SetProblem(files.Problem() ? files.Problem() : library.Problem());
 }
 

@@ -2,6 +2,7 @@
 // to them. A server is found by its name, spelled exactly; a file goes before a database.
 #pragma once
 
+#include "partlibrary/cache/content_cache.h"
 #include "partlibrary/session/service_servers.h"
 
 #include <QString>
@@ -22,17 +23,21 @@ class IRegistry;
 
 class CLibraryFolder {
 public:
-    // A native path; empty text holds no server.
-    explicit CLibraryFolder(QString path, const QStringList& services = {})
-        : path_(std::move(path)), services_(services.isEmpty() ? nullptr : std::make_shared<CServiceServers>(services))
+    // A native path; empty text holds no server. What comes from databases is kept in the cache.
+    explicit CLibraryFolder(QString path, const QStringList& services = {}, CacheSettings cache = {})
+        : path_(std::move(path)), services_(services.isEmpty() ? nullptr : std::make_shared<CServiceServers>(services)),
+          cache_(cache.most_bytes > 0 ? std::make_shared<CContentCache>(std::move(cache)) : nullptr)
     {
     }
     [[nodiscard]] static CLibraryFolder Configured(const IRegistry& registry)
     {
-        return CLibraryFolder(ConfiguredLibraryFolder(registry), ConfiguredServices(registry));
+        return CLibraryFolder(ConfiguredLibraryFolder(registry), ConfiguredServices(registry),
+                              ConfiguredCache(registry));
     }
     [[nodiscard]] bool IsConfigured() const { return !path_.isEmpty() || services_ != nullptr; }
     [[nodiscard]] CServiceServers* Services() const { return services_.get(); } // null: none are configured
+
+    [[nodiscard]] const std::shared_ptr<CContentCache>& Cache() const { return cache_; } // null: none
 
     // The file for a server, whether it exists or not. Empty for a name that cannot be a server's.
     [[nodiscard]] QString FileOf(const QString& server) const;
@@ -45,6 +50,7 @@ public:
 private:
     QString path_;
     std::shared_ptr<CServiceServers> services_;
+    std::shared_ptr<CContentCache> cache_;
 };
 
 // The server that a library file stands for: its name without the extension.

@@ -45,7 +45,7 @@ std::unique_ptr<IPartLibrary> COpenLibraries::OpenNew(const QString& server, Lib
     }
     const bool may_be = services != nullptr && CheckName(server) == NameFault::None;
     if (const auto place = may_be ? services->Find(server) : std::nullopt) {
-        return OpenPgLibrary(*place, problem);
+        return OpenPgLibrary(*place, folder_.Cache(), problem);
     }
     const bool none = !folder_.IsConfigured();
     problem = may_be && services->Problem()

@@ -25,6 +25,9 @@ public:
     // Begins a file beside its place, `name` being a plain file name. False on failure.
     [[nodiscard]] bool Begin(std::u16string_view name);
 
+    // The file begun last, to be written to at its end; -1: none is.
+    [[nodiscard]] int File() const { return entries_.empty() ? -1 : entries_.back().descriptor; }
+
     // Writes on in the file begun last.
     [[nodiscard]] LibraryProblem Write(std::span<const char> block) const;
 

@@ -1,0 +1,153 @@
+#include "partlibrary/postgres/pg_at_hand.h"
+
+#include "partlibrary/library/content_hash.h"
+#include "partlibrary/library/library_names.h"
+#include "partlibrary/postgres/pg_rows.h"
+
+#include <algorithm>
+
+namespace partkeep {
+
+namespace {
+
+constexpr std::size_t most_known = 20000; // of about a kilobyte each
+constexpr int folder_path = pg_part_column_count;
+constexpr int revision = folder_path + 1;
+constexpr int slot = revision + 1;
+constexpr int bytes = slot + 1;
+constexpr int hash = bytes + 1;
+
+} // namespace
+
+CSql CPgAtHand::Statement(std::span<const PartId> parts)
+{
+    CSql sql("SELECT ");
+    sql.Add(pg_part_columns);
+    sql.Add(
+        ", path, (SELECT revision FROM partkeep_library), part_file.slot, part_file.bytes, part_file.hash FROM "
+        "(SELECT part.*, (SELECT path FROM folder WHERE folder.id = part.folder) AS path FROM part WHERE id = ANY(");
+    sql.Value(parts).Add(")) AS wanted LEFT JOIN part_file ON part_file.part = wanted.id ORDER BY id");
+    return sql;
+}
+
+void CPgAtHand::Forget()
+{
+    known_.clear();
+    places_.clear();
+}
+
+// Revisions only grow, unless another server has taken over; then the next confirmation tells.
+bool CPgAtHand::Enter(qint64 told)
+{
+    if (revision_ && told < *revision_) {
+        return false;
+    }
+    if (revision_ != told || known_.size() >= most_known) {
+        Forget();
+        as_of_ = QTime::currentTime();
+    }
+    revision_ = told;
+    return true;
+}
+
+void CPgAtHand::Take(const CPgResult& result)
+{
+    if (result.Rows() == 0 || !Enter(result.Integer(0, revision))) {
+        return;
+    }
+    for (int row = 0; row < result.Rows(); ++row) {
+        Known known;
+        const bool sound = ReadPart(result, row, known.row) == PgRowFault::None && !result.IsNull(row, folder_path);
+        known.row.folder_path = sound ? result.Text(row, folder_path) : QString();
+        if (!sound || CheckFolderPath(known.row.folder_path) != NameFault::None) {
+            continue;
+        }
+        const PartId id = known.row.id;
+        if (row == 0 || result.Integer(row - 1, 0) != id) {
+            places_[JoinPath(known.row.folder_path, known.row.name)] = id;
+            known_[id] = std::move(known);
+        }
+        const qint64 file = result.IsNull(row, slot) ? -1 : result.Integer(row, slot);
+        if (file >= 0 && file < static_cast<qint64>(file_kinds.size())) {
+            known_[id].files.push_back(
+                {id, static_cast<FileSlot>(file), result.Integer(row, bytes), result.Bytes(row, hash)});
+        }
+    }
+}
+
+void CPgAtHand::Confirm(qint64 told)
+{
+    if (revision_ != told) {
+        Forget();
+    }
+    revision_ = told;
+    confirmed_ = Clock::now();
+    as_of_ = QTime::currentTime();
+}
+
+const CPgAtHand::Known* CPgAtHand::Find(PartId part) const
+{
+    const auto found = known_.find(part);
+    return found != known_.end() ? &found->second : nullptr;
+}
+
+const CPgAtHand::Known* CPgAtHand::Find(const QString& folder, const QString& name) const
+{
+    const auto found = places_.find(JoinPath(folder, name));
+    return found != places_.end() ? Find(found->second) : nullptr;
+}
+
+std::optional<CPgAtHand::Need> CPgAtHand::NeedOf(PartId part, SlotSet slots) const
+{
+    const Known* const known = Find(part);
+    if (known == nullptr || cache_ == nullptr) {
+        return std::nullopt;
+    }
+    Need need;
+    for (const PartFile& file : known->files) {
+        const bool wanted = (slots & SetOf(file.slot)) != 0;
+        if (wanted && file.hash.size() == hash_bytes && cache_->Has(file.hash, file.bytes)) {
+            need.kept.push_back(file.hash);
+        } else {
+            need.bytes += wanted ? file.bytes : 0;
+        }
+    }
+    return need;
+}
+
+// What the sink has taken cannot be taken back: a content that turns out not to be kept ends the copy.
+bool CPgAtHand::Copy(PartId part, SlotSet slots, const ContentSink& sink, LibraryProblem& problem) const
+{
+    const Known* const known = Find(part);
+    SlotSet there = 0;
+    for (const PartFile& file : known != nullptr ? known->files : std::vector<PartFile>()) {
+        const bool kept = (slots & SetOf(file.slot)) != 0 && cache_ != nullptr && cache_->Has(file.hash, file.bytes);
+        there |= kept ? SetOf(file.slot) : SlotSet{0};
+    }
+    if (known == nullptr || there != (slots & known->row.slots)) {
+        return false;
+    }
+    for (const PartFile& file : known->files) {
+        if ((there & SetOf(file.slot)) != 0) {
+            auto given = HandOverKept(*cache_, file, sink);
+            problem = given ? *given : LibraryProblem{LibraryFault::NoAnswer, known->row.name, {}};
+            if (problem) {
+                break;
+            }
+        }
+    }
+    return true;
+}
+
+std::optional<LibraryProblem> HandOverKept(CContentCache& cache, const PartFile& file, const ContentSink& sink)
+{
+    if (const int target = sink.File(file); target >= 0) {
+        return cache.CopyTo(target, file.hash, file.bytes) ? std::optional(LibraryProblem{}) : std::nullopt;
+    }
+    const auto content = cache.Read(file.hash, file.bytes);
+    return content ? std::optional(
+                         sink(file.slot, std::span<const char>(content->constData(), std::size_t(content->size()))))
+                   : std::nullopt;
+}
+
+} // namespace partkeep
