@@ -1,7 +1,9 @@
 // Part libraries in a database beside files and beside `cp -r`, everything by turns in one run; see postgres_figures.
-// Medians in milliseconds. Arguments: how many parts the large library has, and how many clients work at once.
+// Medians in milliseconds. Arguments: how many parts the large library has (0: only copies), and how many clients work
+// at once.
 #include "partlibrary/import/library_import.h"
 #include "partlibrary/postgres/pg_admin.h"
+#include "partlibrary/postgres/pg_connection.h"
 #include "partlibrary/session/browser_session.h"
 #include "partlibrary/sqlite/sqlite_admin.h"
 #include "platform/files.h"
@@ -95,9 +97,10 @@ void Import(ILibraryAdmin& library, const fs::path& source)
             problem);
 }
 
-CLibraryFolder Places(const QString& service)
+CLibraryFolder Places(const QString& service, qint64 kept_bytes = 0)
 {
-    return service.isEmpty() ? CLibraryFolder(QString::fromStdString(folder.string())) : CLibraryFolder({}, {service});
+    return service.isEmpty() ? CLibraryFolder(QString::fromStdString(folder.string()))
+                             : CLibraryFolder({}, {service}, {(folder / "cache").string(), kept_bytes});
 }
 
 fs::path Target()
@@ -122,31 +125,84 @@ void CopySelection(CBrowserSession& session, const QString& server)
     }
 }
 
+double CopyOf(const QString& service, const QString& server, qint64 kept_bytes)
+{
+    const fs::path target = Target();
+    CBrowserSession session{Places(service, kept_bytes)};
+    Require(session.Go(server, {}), session.Problem());
+    session.SetTargetFolder(CorePath(target.string()));
+    session.SetDataKind(-1);
+    const double took = Milliseconds([&] { CopySelection(session, server); });
+    fs::remove_all(target);
+    return took;
+}
+
+// All contents as one answer: as fast as the line brings them.
+double Fetch(const QString& service, const QString& server)
+{
+    LibraryProblem problem;
+    const auto connection = CPgConnection::Open({service, server}, PgUse::Browse, problem);
+    Require(connection != nullptr, problem);
+    return Milliseconds([&] {
+        CPgResult row;
+        auto next = connection->SendForFirst(CSql("SELECT data FROM piece"), row);
+        while (next == CPgConnection::Next::Row) {
+            next = connection->Receive(row);
+        }
+        Require(next == CPgConnection::Next::End, connection->Problem());
+    });
+}
+
+double MegabytesOver(const QString& service)
+{
+    std::ifstream file(std::string(std::getenv("PARTKEEP_POSTGRES")) + '/' + service.toStdString());
+    double bytes = 0;
+    file >> bytes;
+    return bytes / 1e6;
+}
+
 void MeasureCopies()
 {
+    constexpr qint64 enough = qint64{1} << 31;
     const fs::path source = MakeSource(256, 10 << 10, 500 << 10);
     const QString server = QStringLiteral("COPY");
     Import(*Place({}, server), source);
     Import(*Place(services[0], server), source);
     std::map<std::string, std::vector<double>> times;
+    std::map<std::string, std::vector<double>> megabytes;
     for (int round = 0; round < 7; ++round) {
-        fs::path target = Target();
+        const fs::path target = Target();
         times["cp -r"].push_back(Milliseconds(
             [&] { Require(std::system(("cp -r " + source.string() + "/. " + target.string()).c_str()) == 0, {}); }));
         fs::remove_all(target);
-        for (const QString& service : {QString(), services[0], services[1], services[2]}) {
-            target = Target();
-            CBrowserSession session{Places(service)};
-            Require(session.Go(server, {}), session.Problem());
-            session.SetTargetFolder(CorePath(target.string()));
-            session.SetDataKind(-1);
-            times[service.isEmpty() ? "file" : service.toStdString()].push_back(
-                Milliseconds([&] { CopySelection(session, server); }));
-            fs::remove_all(target);
+        times["file"].push_back(CopyOf({}, server, 0));
+        for (const QString& service : services) {
+            const std::string name = service.toStdString();
+            times[name].push_back(CopyOf(service, server, 0));
+            times[name + ", all as one answer"].push_back(Fetch(service, server));
+            fs::remove_all(folder / "cache");
+            for (const char* const which : {", kept the first time", ", kept the second time"}) {
+                const double before = MegabytesOver(service);
+                times[name + which].push_back(CopyOf(service, server, enough));
+                megabytes[name + which].push_back(MegabytesOver(service) - before);
+            }
         }
     }
     for (const auto& [what, values] : times) {
         Tell("copy 256 parts, 4 files each: " + what, values);
+    }
+    for (const QString& service : services) {
+        const std::string name = service.toStdString();
+        const auto quotient = [&](const std::string& what, const std::string& by) {
+            std::vector<double> values(times[what].size());
+            std::transform(times[what].begin(), times[what].end(), times[by].begin(), values.begin(), std::divides());
+            Tell(what + ", by " + by, values);
+        };
+        quotient(name + ", kept the first time", name + ", all as one answer");
+        quotient(name + ", kept the second time", "cp -r");
+    }
+    for (const auto& [what, values] : megabytes) {
+        Tell("megabytes over the line: " + what, values);
     }
 }
 
@@ -288,9 +344,11 @@ int main(int argc, char** argv)
     using namespace partkeep;
     fs::create_directories(folder);
     MeasureCopies();
-    MeasureImports();
-    MeasureLists(argc > 1 ? std::atoi(argv[1]) : 1000000);
-    MeasureClients(argc > 2 ? std::atoi(argv[2]) : 100);
+    if (const int parts = argc > 1 ? std::atoi(argv[1]) : 1000000; parts > 0) {
+        MeasureImports();
+        MeasureLists(parts);
+        MeasureClients(argc > 2 ? std::atoi(argv[2]) : 100);
+    }
     fs::remove_all(folder);
     return 0;
 }

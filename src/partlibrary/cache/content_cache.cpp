@@ -1,6 +1,5 @@
 #include "partlibrary/cache/content_cache.h"
 
-#include "partlibrary/library/content_hash.h"
 #include "partlibrary/library/library_text.h"
 #include "platform/posix/temporary_files.h"
 #include "platform/registry.h"
@@ -9,7 +8,9 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
@@ -21,6 +22,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
+
+#define XXH_INLINE_ALL
+#include <xxhash.h>
 
 namespace partkeep {
 
@@ -34,6 +38,7 @@ constexpr qint64 default_megabytes = 2048;
 constexpr qint64 megabyte = 1 << 20;
 constexpr qint64 disk_block = 4096;
 constexpr std::size_t block_bytes = 1 << 18;
+constexpr qint64 sum_bytes = 8;             // behind the content
 constexpr time_t fresh_seconds = 60;        // for so long a content needs no new time of its last use
 constexpr const char* total_file = "total"; // what lies in the folder, at least; its lock is for whoever changes that
 
@@ -57,22 +62,43 @@ bool IsOwn(int descriptor, mode_t kind)
            (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
 
-// Block by block, with a look at each: true when all came, with that hash and length.
-bool ReadSound(int descriptor, const QByteArray& hash, qint64 bytes,
+// Of a content and its hash. It finds accidents, ten times as fast as the hash would.
+class CSum {
+public:
+    CSum() { XXH3_64bits_reset(&state_); }
+    void Add(std::string_view block) { XXH3_64bits_update(&state_, block.data(), block.size()); }
+    [[nodiscard]] std::string Bytes(const QByteArray& hash) const
+    {
+        std::uint64_t sum = 0;
+        std::memcpy(&sum, hash.constData(), std::min<std::size_t>(sizeof sum, static_cast<std::size_t>(hash.size())));
+        sum ^= XXH3_64bits_digest(&state_);
+        std::string bytes(sizeof sum, '\0');
+        std::memcpy(bytes.data(), &sum, sizeof sum);
+        return bytes;
+    }
+
+private:
+    XXH3_state_t state_;
+};
+
+// The content, block by block: true when all came and it is as it was kept. `kept` is the file that has the sum.
+bool ReadSound(int descriptor, int kept, const QByteArray& hash, qint64 bytes,
                const std::function<bool(std::string_view block)>& each)
 {
     std::vector<char> buffer(block_bytes);
-    CContentHash sum;
-    qint64 done = 0;
-    for (ssize_t got = 1; got > 0; done += got) {
-        got = pread(descriptor, buffer.data(), buffer.size(), done);
+    CSum sum;
+    for (qint64 done = 0; done < bytes;) {
+        const auto wanted = static_cast<std::size_t>(std::min<qint64>(block_bytes, bytes - done));
+        const ssize_t got = pread(descriptor, buffer.data(), wanted, done);
         const std::string_view block(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
         sum.Add(block);
-        if (got < 0 || done + got > bytes || !each(block)) {
+        if (got <= 0 || !each(block)) {
             return false;
         }
+        done += got;
     }
-    return done == bytes && sum.Hash() == hash;
+    std::string told(sum_bytes, '\0');
+    return pread(kept, told.data(), told.size(), bytes) == sum_bytes && told == sum.Bytes(hash);
 }
 
 struct KeptFile {
@@ -143,7 +169,7 @@ CFileHandle CContentCache::OpenContent(const QByteArray& hash, qint64 bytes)
     if (!file.IsOpen() || fstat(file.Descriptor(), &status) != 0) {
         return CFileHandle();
     }
-    if (!IsOwn(file.Descriptor(), S_IFREG) || status.st_size != bytes) {
+    if (!IsOwn(file.Descriptor(), S_IFREG) || status.st_size != bytes + sum_bytes) {
         Drop(hash);
         return CFileHandle();
     }
@@ -174,11 +200,11 @@ bool CContentCache::CopyTo(int target, const QByteArray& hash, qint64 bytes)
         }
         return written;
     };
-    const bool shared = ioctl(target, FICLONE, file.Descriptor()) == 0;
+    const bool shared = ioctl(target, FICLONE, file.Descriptor()) == 0 && ftruncate(target, bytes) == 0;
     const CFileHandle copy =
         shared ? CFileHandle::Open("/proc/self/fd/" + std::to_string(target), O_RDONLY) : CFileHandle();
-    if (shared ? ReadSound(copy.Descriptor(), hash, bytes, [](std::string_view) { return true; })
-               : ReadSound(file.Descriptor(), hash, bytes, write_block)) {
+    if (shared ? ReadSound(copy.Descriptor(), file.Descriptor(), hash, bytes, [](std::string_view) { return true; })
+               : ReadSound(file.Descriptor(), file.Descriptor(), hash, bytes, write_block)) {
         return true;
     }
     if (written) { // else it is the target that fails
@@ -200,7 +226,7 @@ std::optional<QByteArray> CContentCache::Read(const QByteArray& hash, qint64 byt
         content.append(block.data(), static_cast<qsizetype>(block.size()));
         return true;
     };
-    if (!ReadSound(file.Descriptor(), hash, bytes, add)) {
+    if (!ReadSound(file.Descriptor(), file.Descriptor(), hash, bytes, add)) {
         Drop(hash);
         return std::nullopt;
     }
@@ -209,7 +235,8 @@ std::optional<QByteArray> CContentCache::Read(const QByteArray& hash, qint64 byt
 
 std::unique_ptr<CContentCache::CNewContent> CContentCache::Begin(qint64 bytes)
 {
-    if (Clock::now() < rests_until_ || bytes > settings_.most_bytes / 4 || !OpenFolder() || !MakeRoom(OnDisk(bytes))) {
+    if (Clock::now() < rests_until_ || bytes > settings_.most_bytes / 4 || !OpenFolder() ||
+        !MakeRoom(OnDisk(bytes + sum_bytes))) {
         return nullptr;
     }
     std::unique_ptr<CNewContent> content(new CNewContent(*this));
@@ -263,8 +290,10 @@ qint64 CContentCache::Trim(qint64 most_bytes)
     return total;
 }
 
+class CContentCache::CNewContent::CSumOfIt : public CSum {};
+
 CContentCache::CNewContent::CNewContent(CContentCache& cache)
-    : cache_(cache), name_(NewTemporaryName()),
+    : cache_(cache), sum_(std::make_unique<CSumOfIt>()), name_(NewTemporaryName()),
       file_(openat(cache.folder_->Descriptor(), name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                    S_IRUSR | S_IWUSR))
 {
@@ -280,7 +309,13 @@ CContentCache::CNewContent::~CNewContent()
 
 void CContentCache::CNewContent::Add(std::span<const char> block)
 {
-    if (file_.IsOpen() && !file_.WriteAll({block.data(), block.size()})) {
+    sum_->Add({block.data(), block.size()});
+    Write({block.data(), block.size()});
+}
+
+void CContentCache::CNewContent::Write(std::string_view bytes)
+{
+    if (file_.IsOpen() && !file_.WriteAll(bytes)) {
         cache_.RestAfterFailure();
         file_.Close();
     }
@@ -288,6 +323,7 @@ void CContentCache::CNewContent::Add(std::span<const char> block)
 
 void CContentCache::CNewContent::Keep(const QByteArray& hash)
 {
+    Write(sum_->Bytes(hash));
     const std::string place = PlaceOf(hash);
     const int folder = cache_.folder_->Descriptor();
     const auto move = [&] { return renameat(folder, name_.c_str(), folder, place.c_str()) == 0; };

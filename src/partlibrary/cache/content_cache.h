@@ -1,6 +1,7 @@
 // What a station keeps of the contents that it has fetched from servers far away, a file each, named by the SHA-256 of
-// what is in it (FIPS 180-4). All processes of a user share one folder. Whatever is wrong with it, with its disk or
-// with what lies in it costs speed and nothing else: a content is looked over as it is read, and never believed.
+// what is in it (FIPS 180-4) and with a sum of both behind it. All processes of a user share one folder. Whatever is
+// wrong with it, with its disk or with what lies in it costs speed and nothing else: a content is looked over as it is
+// read, and never believed.
 #pragma once
 
 #include "platform/posix/file_handle.h"
@@ -13,6 +14,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace partkeep {
 
@@ -43,9 +45,12 @@ public:
 
     private:
         friend class CContentCache;
+        class CSumOfIt;
         explicit CNewContent(CContentCache& cache);
+        void Write(std::string_view bytes);
 
         CContentCache& cache_;
+        std::unique_ptr<CSumOfIt> sum_;
         std::string name_;
         CFileHandle file_;
     };

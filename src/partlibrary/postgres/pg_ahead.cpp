@@ -6,11 +6,10 @@ namespace partkeep {
 
 namespace {
 
-constexpr std::size_t most_ahead = 8;
+constexpr std::size_t most_ahead = 16;
 constexpr std::size_t most_small_ahead = 64;
 constexpr qint64 small_bytes = 2 << 20; // of all that are on their way
 constexpr std::size_t told_together = 1024;
-constexpr std::chrono::seconds fresh{2};
 
 } // namespace
 
@@ -34,7 +33,7 @@ void CPgAhead::Expect(std::span<const PartId> parts, SlotSet slots)
 void CPgAhead::GiveUp()
 {
     next_.reset();
-    if (!sent_.empty() && connection_ != nullptr) {
+    if (asked_ > 0 && connection_ != nullptr) {
         if (connection_->SilentSince().isValid()) {
             main_->FallSilent();
         }
@@ -42,6 +41,7 @@ void CPgAhead::GiveUp()
     }
     sent_.clear();
     waiting_.clear();
+    asked_ = 0;
     bytes_sent_for_ = 0;
 }
 
@@ -51,7 +51,7 @@ CPgAtHand::Need CPgAhead::NeedOfNext()
     if (at_hand_.Cache() == nullptr) {
         return {{}, small_bytes};
     }
-    if (at_hand_.Find(waiting_.front()) == nullptr) {
+    if (at_hand_.JustTold(waiting_.front(), CPgAtHand::fresh / 2) == nullptr) {
         const auto count = static_cast<std::ptrdiff_t>(std::min(waiting_.size(), told_together));
         const std::vector<PartId> parts(waiting_.begin(), waiting_.begin() + count);
         if (const auto told = main_->Ask(CPgAtHand::Statement(parts))) {
@@ -61,34 +61,50 @@ CPgAtHand::Need CPgAhead::NeedOfNext()
     return at_hand_.NeedOf(waiting_.front(), slots_).value_or(CPgAtHand::Need{{}, small_bytes});
 }
 
-void CPgAhead::SendMore()
+bool CPgAhead::Connect()
 {
-    if (waiting_.empty() || main_->SilentSince().isValid()) {
-        return;
-    }
     LibraryProblem problem;
     connection_ = connection_ != nullptr ? connection_ : CPgConnection::Open(main_->Place(), PgUse::Browse, problem);
-    if (connection_ == nullptr || connection_->Id() != main_->Id()) {
-        waiting_.clear();
-        return;
-    }
-    while (!waiting_.empty() && sent_.size() < (bytes_sent_for_ < small_bytes ? most_small_ahead : most_ahead)) {
-        sent_.push_back({waiting_.front(), NeedOfNext()});
-        bytes_sent_for_ += sent_.back().need.bytes;
-        if (!connection_->Send(CPgContent::Statement(waiting_.front(), slots_, sent_.back().need.kept))) {
-            GiveUp();
+    return connection_ != nullptr && connection_->Id() == main_->Id();
+}
+
+void CPgAhead::SendMore()
+{
+    while (!waiting_.empty() && !main_->SilentSince().isValid() &&
+           sent_.size() < (bytes_sent_for_ < small_bytes ? most_small_ahead : most_ahead)) {
+        const PartId part = waiting_.front();
+        const CPgAtHand::Need need = NeedOfNext();
+        const bool is_here = need.bytes == 0;
+        if (!is_here && !Connect()) {
+            waiting_.clear();
             return;
         }
+        sent_.push_back({part, need, is_here});
         waiting_.pop_front();
+        asked_ += is_here ? 0 : 1;
+        bytes_sent_for_ += need.bytes;
+        if (!is_here && !connection_->Send(CPgContent::Statement(part, slots_, need.kept))) {
+            GiveUp();
+        }
     }
 }
 
 const PartRow* CPgAhead::Next()
 {
-    if (next_ && Clock::now() - read_ > fresh) {
+    if (next_ && Clock::now() - read_ > CPgAtHand::fresh) {
         GiveUp();
     }
-    if (!next_ && !sent_.empty()) {
+    if (sent_.empty()) {
+        return nullptr;
+    }
+    if (sent_.front().is_here) {
+        const CPgAtHand::Known* const known = at_hand_.JustTold(sent_.front().part);
+        if (known == nullptr) {
+            GiveUp();
+        }
+        return known != nullptr ? &known->row : nullptr;
+    }
+    if (!next_) {
         next_.emplace(*connection_, at_hand_.Cache(), sent_.front().need.kept);
         read_ = Clock::now();
         if (!next_->Begin(sent_.front().part) || next_->Fault() != PgRowFault::None) {
@@ -105,8 +121,26 @@ const PartRow* CPgAhead::Find(PartId part)
 
 const PartRow* CPgAhead::Find(const QString& folder, const QString& name)
 {
-    const PartRow* const part = next_ ? Next() : nullptr; // only what has been found by its number
+    const bool known = next_ || (!sent_.empty() && sent_.front().is_here); // only what has been found by its number
+    const PartRow* const part = known ? Next() : nullptr;
     return part != nullptr && part->name == name && part->folder_path == folder ? part : nullptr;
+}
+
+bool CPgAhead::HandOverNext(SlotSet slots, const ContentSink& sink)
+{
+    if (!sent_.front().is_here) {
+        const bool done = next_->HandOver(slots, sink, *main_);
+        if (!done) {
+            main_->SetProblem(connection_->Problem());
+        }
+        return done;
+    }
+    LibraryProblem problem;
+    const bool all = at_hand_.Copy(sent_.front().part, slots, sink, problem);
+    if (!all || problem) {
+        main_->SetProblem(problem ? problem : LibraryProblem{LibraryFault::NoAnswer, main_->Place().Text(), {}});
+    }
+    return all && !problem;
 }
 
 std::optional<bool> CPgAhead::Copy(PartId part, SlotSet slots, const ContentSink& sink)
@@ -114,13 +148,12 @@ std::optional<bool> CPgAhead::Copy(PartId part, SlotSet slots, const ContentSink
     if (slots != slots_ || Find(part) == nullptr) {
         return std::nullopt;
     }
-    const bool done = next_->HandOver(slots, sink, *main_);
-    if (!done) {
-        main_->SetProblem(connection_->Problem());
+    if (!HandOverNext(slots, sink)) {
         GiveUp();
         return false;
     }
     next_.reset();
+    asked_ -= sent_.front().is_here ? 0 : 1;
     bytes_sent_for_ -= sent_.front().need.bytes;
     sent_.pop_front();
     SendMore();

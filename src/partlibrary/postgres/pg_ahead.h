@@ -1,6 +1,6 @@
 // Parts that will be copied one after the other, asked for before it is their turn, on a connection of their own: so a
 // run of copies goes as fast as the line, however long an answer takes. What does not come in the order that was told
-// is asked for anew.
+// is asked for anew. Of parts that are all kept only the hashes are asked for, many at once.
 #pragma once
 
 #include "partlibrary/postgres/pg_at_hand.h"
@@ -34,9 +34,12 @@ private:
     struct Sent {
         PartId part;
         CPgAtHand::Need need;
+        bool is_here; // all of it is kept, and nothing was asked for
     };
 
     void SendMore();
+    bool Connect();
+    bool HandOverNext(SlotSet slots, const ContentSink& sink);
     [[nodiscard]] CPgAtHand::Need NeedOfNext();
     [[nodiscard]] const PartRow* Next();
     void GiveUp();
@@ -46,6 +49,7 @@ private:
     std::shared_ptr<CPgConnection> connection_;
     std::deque<PartId> waiting_; // not asked for yet
     std::deque<Sent> sent_;
+    std::size_t asked_ = 0;     // of these
     qint64 bytes_sent_for_ = 0; // as far as it is known
     SlotSet slots_ = 0;
     std::optional<CPgContent> next_; // of the first that was sent

@@ -17,17 +17,30 @@ constexpr int slot = revision + 1;
 constexpr int bytes = slot + 1;
 constexpr int hash = bytes + 1;
 
+template <typename AddWhich>
+CSql AskFor(const AddWhich& which)
+{
+    CSql sql("SELECT ");
+    sql.Add(pg_part_columns);
+    sql.Add(", path, (SELECT revision FROM partkeep_library), part_file.slot, part_file.bytes, part_file.hash FROM "
+            "(SELECT part.*, (SELECT path FROM folder WHERE folder.id = part.folder) AS path FROM part WHERE ");
+    which(sql);
+    sql.Add(") AS wanted LEFT JOIN part_file ON part_file.part = wanted.id ORDER BY id");
+    return sql;
+}
+
 } // namespace
 
 CSql CPgAtHand::Statement(std::span<const PartId> parts)
 {
-    CSql sql("SELECT ");
-    sql.Add(pg_part_columns);
-    sql.Add(
-        ", path, (SELECT revision FROM partkeep_library), part_file.slot, part_file.bytes, part_file.hash FROM "
-        "(SELECT part.*, (SELECT path FROM folder WHERE folder.id = part.folder) AS path FROM part WHERE id = ANY(");
-    sql.Value(parts).Add(")) AS wanted LEFT JOIN part_file ON part_file.part = wanted.id ORDER BY id");
-    return sql;
+    return AskFor([parts](CSql& sql) { sql.Add("id = ANY(").Value(parts).Add(")"); });
+}
+
+CSql CPgAtHand::Statement(const QString& folder, const QString& name)
+{
+    return AskFor([&](CSql& sql) {
+        sql.Add("folder = (SELECT folder.id FROM folder WHERE path = ").Value(folder).Add(") AND name = ").Value(name);
+    });
 }
 
 void CPgAtHand::Forget()
@@ -65,6 +78,7 @@ void CPgAtHand::Take(const CPgResult& result)
         const PartId id = known.row.id;
         if (row == 0 || result.Integer(row - 1, 0) != id) {
             places_[JoinPath(known.row.folder_path, known.row.name)] = id;
+            known.told = Clock::now();
             known_[id] = std::move(known);
         }
         const qint64 file = result.IsNull(row, slot) ? -1 : result.Integer(row, slot);
@@ -89,6 +103,12 @@ const CPgAtHand::Known* CPgAtHand::Find(PartId part) const
 {
     const auto found = known_.find(part);
     return found != known_.end() ? &found->second : nullptr;
+}
+
+const CPgAtHand::Known* CPgAtHand::JustTold(PartId part, std::chrono::milliseconds within) const
+{
+    const Known* const known = Find(part);
+    return known != nullptr && Clock::now() - known->told < within ? known : nullptr;
 }
 
 const CPgAtHand::Known* CPgAtHand::Find(const QString& folder, const QString& name) const
@@ -139,14 +159,14 @@ bool CPgAtHand::Copy(PartId part, SlotSet slots, const ContentSink& sink, Librar
     return true;
 }
 
+// Where the file fails the sink is to find out why.
 std::optional<LibraryProblem> HandOverKept(CContentCache& cache, const PartFile& file, const ContentSink& sink)
 {
-    if (const int target = sink.File(file); target >= 0) {
-        return cache.CopyTo(target, file.hash, file.bytes) ? std::optional(LibraryProblem{}) : std::nullopt;
+    if (const int target = sink.File(file); target >= 0 && cache.CopyTo(target, file.hash, file.bytes)) {
+        return LibraryProblem{};
     }
     const auto content = cache.Read(file.hash, file.bytes);
-    return content ? std::optional(
-                         sink(file.slot, std::span<const char>(content->constData(), std::size_t(content->size()))))
+    return content ? std::optional(sink(file.slot, {content->constData(), static_cast<std::size_t>(content->size())}))
                    : std::nullopt;
 }
 

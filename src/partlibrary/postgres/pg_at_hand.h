@@ -26,6 +26,7 @@ public:
     struct Known {
         PartRow row; // with the path of its folder
         std::vector<PartFile> files;
+        std::chrono::steady_clock::time_point told;
     };
     // Of the files of a part: which of their contents are kept, and how many bytes the others have.
     struct Need {
@@ -38,18 +39,22 @@ public:
     // Null: nothing is kept, and nothing need be told.
     [[nodiscard]] CContentCache* Cache() const { return cache_.get(); }
 
-    // What the server is asked for these parts, and its answer.
+    // What the server is asked for these parts, and its answer, whose rows begin with those of the parts.
     [[nodiscard]] static CSql Statement(std::span<const PartId> parts);
+    [[nodiscard]] static CSql Statement(const QString& folder, const QString& name);
     void Take(const CPgResult& result);
     // The server has told the revision just now.
     void Confirm(qint64 revision);
 
     [[nodiscard]] const Known* Find(PartId part) const;
     [[nodiscard]] const Known* Find(const QString& folder, const QString& name) const;
+    // Only what was told in the last moment, in which a run of copies asks for many parts together.
+    [[nodiscard]] const Known* JustTold(PartId part, std::chrono::milliseconds within = fresh) const;
     // Nothing where the part is not known.
     [[nodiscard]] std::optional<Need> NeedOf(PartId part, SlotSet slots) const;
 
     // A moment ago is as good as now.
+    static constexpr std::chrono::milliseconds fresh{2000};
     [[nodiscard]] bool IsFresh() const { return Clock::now() - confirmed_ < fresh; }
     [[nodiscard]] QTime AsOf() const { return known_.empty() ? QTime() : as_of_; } // invalid: nothing is at hand
 
@@ -59,7 +64,6 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-    static constexpr std::chrono::seconds fresh{2};
 
     [[nodiscard]] bool Enter(qint64 revision);
     void Forget();

@@ -152,23 +152,22 @@ std::optional<PartRow> CPgLibrary::FindPart(const QString& folder, const QString
     if (const PartRow* const known = ahead_.Find(folder, name)) {
         return *known;
     }
-    const CPgAtHand::Known* const at_hand = at_hand_.Find(folder, name);
-    if (at_hand != nullptr && at_hand_.IsFresh()) {
-        return at_hand->row;
-    }
-    return Known(at_hand, TakePart(connection_->Ask(SelectParts()
-                                                        .Add("folder = (SELECT folder.id FROM folder WHERE path = ")
-                                                        .Value(folder)
-                                                        .Add(") AND name = ")
-                                                        .Value(name)),
-                                   JoinPath(folder, name)));
+    return Known(at_hand_.Find(folder, name), CPgAtHand::Statement(folder, name), JoinPath(folder, name));
 }
 
 // While the server does not answer, what it told before is all there is.
-std::optional<PartRow> CPgLibrary::Known(const CPgAtHand::Known* known, std::optional<PartRow> told) const
+std::optional<PartRow> CPgLibrary::Known(const CPgAtHand::Known* known, const CSql& statement, const QString& subject)
 {
-    const bool silent = !told && Problem().fault == LibraryFault::NoAnswer;
-    return silent && known != nullptr ? std::optional(known->row) : std::move(told);
+    const auto row = known != nullptr ? std::optional(known->row) : std::nullopt;
+    if (row && at_hand_.IsFresh()) {
+        return row;
+    }
+    const auto told = connection_->Ask(statement);
+    if (told && at_hand_.Cache() != nullptr) {
+        at_hand_.Take(*told);
+    }
+    auto part = TakePart(told, subject);
+    return !part && row && Problem().fault == LibraryFault::NoAnswer ? row : part;
 }
 
 std::optional<PartRow> CPgLibrary::FindPart(PartId id)
@@ -176,15 +175,23 @@ std::optional<PartRow> CPgLibrary::FindPart(PartId id)
     if (const PartRow* const known = ahead_.Find(id)) {
         return *known;
     }
-    const CPgAtHand::Known* const at_hand = at_hand_.Find(id);
-    if (at_hand != nullptr && at_hand_.IsFresh()) {
-        return at_hand->row;
-    }
-    return Known(at_hand, TakePart(connection_->Ask(SelectParts().Add("id = ").Value(id)), QString::number(id)));
+    return Known(at_hand_.Find(id), CPgAtHand::Statement({&id, 1}), QString::number(id));
 }
 
 std::optional<std::vector<PartRow>> CPgLibrary::FindParts(std::span<const PartId> ids)
 {
+    std::vector<PartRow> rows;
+    for (const PartId id : ids) {
+        const CPgAtHand::Known* const known = at_hand_.JustTold(id);
+        if (known == nullptr) {
+            break;
+        }
+        rows.push_back(known->row);
+    }
+    if (rows.size() == ids.size()) {
+        return rows;
+    }
+    rows.clear();
     const auto result = connection_->Ask(SelectParts().Add("id = ANY(").Value(ids).Add(")"));
     if (!result) {
         return std::nullopt;
@@ -196,7 +203,6 @@ std::optional<std::vector<PartRow>> CPgLibrary::FindParts(std::span<const PartId
             found.emplace(row.id, row);
         }
     }
-    std::vector<PartRow> rows;
     for (const PartId id : ids) {
         const auto part = found.find(id);
         rows.push_back(part != found.end() ? part->second : PartRow());
@@ -268,42 +274,40 @@ std::optional<std::vector<PartFile>> CPgLibrary::Files(std::span<const PartId> p
 
 // Content.
 
-// Which contents of a part need not come; that costs a look at its hashes, where they are not known.
-std::vector<QByteArray> CPgLibrary::KeptOf(PartId part, SlotSet slots)
+// A part that is all kept costs a look-up alone, where it was not made just before. Pictures may be of a moment ago;
+// what parts are worked by is not.
+std::optional<bool> CPgLibrary::CopyKept(PartId part, SlotSet slots, const ContentSink& sink)
 {
-    if (at_hand_.Cache() == nullptr) {
-        return {};
-    }
-    if (at_hand_.Find(part) == nullptr) {
-        if (const auto told = connection_->Ask(CPgAtHand::Statement({&part, 1}))) {
+    const bool pictures = (slots & SlotsOfMask(-1)) == 0;
+    if (at_hand_.JustTold(part) == nullptr && !(pictures && at_hand_.IsFresh() && at_hand_.Find(part) != nullptr)) {
+        const auto told = connection_->Ask(CPgAtHand::Statement({&part, 1}));
+        if (!told && Problem().fault != LibraryFault::NoAnswer) {
+            return false;
+        }
+        if (told) {
             at_hand_.Take(*told);
         }
     }
-    return at_hand_.NeedOf(part, slots).value_or(CPgAtHand::Need()).kept;
+    LibraryProblem problem;
+    const bool there = at_hand_.Copy(part, slots, sink, problem);
+    if (problem) {
+        connection_->SetProblem(problem);
+    }
+    return there ? std::optional(!problem) : std::nullopt;
 }
 
-// Pictures may be of a moment ago, what is worked by is not, as long as the server answers.
 bool CPgLibrary::CopyFiles(PartId part, SlotSet slots, const ContentSink& sink)
 {
-    if (const auto copied = ahead_.Copy(part, slots, sink)) {
+    auto copied = ahead_.Copy(part, slots, sink);
+    if (!copied && at_hand_.Cache() != nullptr) {
+        copied = CopyKept(part, slots, sink);
+    }
+    if (copied) {
         return *copied;
     }
-    const bool pictures = (slots & SlotsOfMask(-1)) == 0;
-    LibraryProblem problem; // of a copy of what is at hand; that of the server stands otherwise
-    const auto at_hand = [&] {
-        const bool there = at_hand_.Copy(part, slots, sink, problem);
-        if (there && problem) {
-            connection_->SetProblem(problem);
-        }
-        return there;
-    };
-    if (pictures && at_hand_.IsFresh() && at_hand()) {
-        return !problem;
-    }
-    CPgContent content(*connection_, at_hand_.Cache(), KeptOf(part, slots));
+    CPgContent content(*connection_, at_hand_.Cache(), at_hand_.NeedOf(part, slots).value_or(CPgAtHand::Need()).kept);
     if (!content.Begin(part, slots)) {
-        const bool silent = Problem().fault == LibraryFault::NoAnswer;
-        return silent && at_hand() && !problem;
+        return false;
     }
     if (content.Fault() != PgRowFault::None) {
         connection_->Disconnect();

@@ -52,8 +52,9 @@ private:
     void CountRefused(qint64 key);
     [[nodiscard]] std::optional<FolderRow> TakeFolder(const CPgResult& result, const QString& subject);
     [[nodiscard]] std::optional<PartRow> TakePart(const std::optional<CPgResult>& result, const QString& subject);
-    [[nodiscard]] std::vector<QByteArray> KeptOf(PartId part, SlotSet slots);
-    [[nodiscard]] std::optional<PartRow> Known(const CPgAtHand::Known* known, std::optional<PartRow> told) const;
+    [[nodiscard]] std::optional<bool> CopyKept(PartId part, SlotSet slots, const ContentSink& sink);
+    [[nodiscard]] std::optional<PartRow> Known(const CPgAtHand::Known* known, const CSql& statement,
+                                               const QString& subject);
     [[nodiscard]] std::optional<PartRow> Gate(const PartRow& part, PgRowFault fault, const QString& subject);
 
     std::shared_ptr<CPgConnection> connection_;

@@ -227,10 +227,11 @@ std::optional<SelectedPart> CBrowserSession::GetSelectedPart(std::int16_t index)
         return std::nullopt;
     }
     asked_ = place;
-    RememberNames(place);
     const auto part = library_->FindPart(selection_[place]);
-    if (!part && library_->Problem().fault != LibraryFault::NoPart) {
-        SetProblem(library_->Problem());
+    const LibraryProblem problem = part ? LibraryProblem{} : library_->Problem();
+    RememberNames(place);
+    if (problem && problem.fault != LibraryFault::NoPart) {
+        SetProblem(problem);
         const bool known = place < selected_names_.size() && problem_.fault != LibraryFault::NameRefused;
         return known ? std::optional(SelectedPart{current_server_, current_folder_.path, selected_names_[place]})
                      : std::nullopt;
