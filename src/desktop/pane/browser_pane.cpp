@@ -30,6 +30,7 @@ CBrowserPane::CBrowserPane(std::shared_ptr<CBrowserSession> session, const PaneS
 {
     MakeWidgets();
     follower_ = std::make_unique<CListFollower>(*session_, *model_, *list_);
+    live_ = std::make_unique<CLiveList>(*session_, *model_, *list_, *follower_);
     work_ = std::make_unique<CWorkSlices>(*session_, *model_, pictures_, [this] {
         follower_->ShowWaiting();
         UpdateTexts();
@@ -50,6 +51,7 @@ CBrowserPane::~CBrowserPane()
 
 void CBrowserPane::ServersChanged()
 {
+    live_->Stop();
     servers_->SetServers(session_->Servers() + session_->OtherServers());
     servers_->MarkServer(session_->CurrentServer(), session_->Library() != nullptr);
     ShowCurrentPlace();
@@ -200,6 +202,7 @@ void CBrowserPane::OnSort(int column, Qt::SortOrder order)
 void CBrowserPane::ListPainted()
 {
     work_->Start();
+    live_->Start();
     if (stay_place_ != CurrentPlace()) {
         stay_place_ = CurrentPlace();
         stay_.start();

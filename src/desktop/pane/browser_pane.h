@@ -8,6 +8,7 @@
 
 #include "desktop/hosted_control_factory.h"
 #include "desktop/pane/list_follower.h"
+#include "desktop/pane/live_list.h"
 #include "desktop/pane/pane_places.h"
 #include "desktop/pane/pane_texts.h"
 #include "desktop/pane/work_slices.h"
@@ -164,6 +165,7 @@ private:
     QTimer stay_; // in it
 
     std::unique_ptr<CListFollower> follower_;
+    std::unique_ptr<CLiveList> live_;
     std::unique_ptr<CWorkSlices> work_;
     QElapsedTimer copy_shown_;
 };

@@ -3,6 +3,7 @@
 #include "desktop/pane/busy_pointer.h"
 
 #include <QHeaderView>
+#include <QScrollBar>
 #include <QSet>
 
 #include <algorithm>
@@ -71,6 +72,21 @@ void CListFollower::ShowWaiting()
             Reveal();
         }
     }
+}
+
+void CListFollower::KeepPlace(const std::function<void()>& change)
+{
+    QScrollBar& bar = *list_.verticalScrollBar();
+    const int before = bar.value();
+    const int top = list_.indexAt({0, 0}).row();
+    const PartId part = top >= 0 ? model_.PartAt(top) : 0;
+    change();
+    while (model_.rowCount() <= top + list_.viewport()->height() / list_.RowHeight() && model_.Step()) {
+    }
+    const auto place = part != 0 ? model_.RowOf(part) : std::nullopt;
+    const int moved = place ? (static_cast<int>(*place) - top) * list_.RowHeight() : 0;
+    list_.UpdateRange();
+    bar.setValue(before + moved);
 }
 
 void CListFollower::Reveal()

@@ -47,7 +47,9 @@ public:
     void ShowList();
     void ShowSelection();
     void ShowWaiting(); // once the list is known to its end
-    void Reveal();      // brings what is selected into view, else the top; as soon as it is known where that is
+    // Changes what is listed; the row that stood at the top stays there.
+    void KeepPlace(const std::function<void()>& change);
+    void Reveal(); // brings what is selected into view, else the top; as soon as it is known where that is
 
     // From the user. An action inside another is part of it and not to be given here. True when it has changed the
     // selection.

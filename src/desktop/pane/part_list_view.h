@@ -48,6 +48,7 @@ public:
     // Shown in place of rows while there are none.
     void SetEmptyText(const QString& text);
     [[nodiscard]] const QString& EmptyText() const { return empty_text_; }
+    void UpdateRange() { updateGeometries(); } // of what can be scrolled to, before the next paint
     void SetFaded(bool faded);      // what is shown may be out of date
     void TakeKey(QKeyEvent* event); // from the search box
     // Rows that lead away from here, each when it is chosen: by a click or the space bar. Moving on selects nothing.

@@ -145,6 +145,15 @@ public:
     // Another number after each change that somebody else commits. Nothing on an error.
     [[nodiscard]] virtual std::optional<qint64> Revision() = 0;
 
+    // For whoever shows the library, between what he does for his user: nothing here waits for anyone. Whether somebody
+    // else has committed a change since the last call, the first time since it was opened; false also where that cannot
+    // be told now.
+    [[nodiscard]] virtual bool LookForChange() { return false; }
+    // Where something comes when it is time for the next call; -1: nothing tells.
+    [[nodiscard]] virtual int ChangeSocket() const { return -1; }
+    // Parts whose rows and pictures will be asked for soon, for a library that can have them at hand by then.
+    virtual void ReadAhead(std::span<const PartId> /*parts*/) {}
+
     // Hands over the files in `slots` that the part has, all of one state. False on an error, on content that is not
     // what was stored, and when the sink has a problem: what was handed over is then worth nothing.
     virtual bool CopyFiles(PartId part, SlotSet slots, const ContentSink& sink) = 0;

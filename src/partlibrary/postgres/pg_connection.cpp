@@ -95,29 +95,37 @@ bool CPgConnection::EnterPipeline()
 
 // A plan that joins by hash or reads a table from end to end is none for look-ups, whatever the statistics say; to
 // compile it takes longer than it runs.
-bool CPgConnection::Prepare()
+std::vector<std::pair<QString, QString>> CPgConnection::Settings() const
 {
     const bool browse = use_ == PgUse::Browse;
     const bool reads = browse || use_ == PgUse::Whole;
     const QString schema = QString(place_.server).replace(QStringLiteral("\""), QStringLiteral("\"\""));
     const QString path =
         schema.isEmpty() ? QStringLiteral("pg_catalog") : QStringLiteral("\"%1\", pg_temp").arg(schema);
-    const auto set = [](SqlText name, const QString& value) {
-        return CSql("SELECT set_config('").Add(name).Add("', ").Value(value).Add(", false)");
-    };
     const QString off = QStringLiteral("off");
-    std::vector<CSql> statements{set("search_path", path), set("jit", off),
-                                 set("statement_timeout", QString::number(browse ? browse_patience.count() : 0)),
-                                 set("lock_timeout", QString::number(browse_patience.count())),
-                                 set("default_transaction_read_only", reads ? QStringLiteral("on") : off)};
+    std::vector<std::pair<QString, QString>> settings{
+        {QStringLiteral("search_path"), path},
+        {QStringLiteral("jit"), off},
+        {QStringLiteral("statement_timeout"), QString::number(browse ? browse_patience.count() : 0)},
+        {QStringLiteral("lock_timeout"), QString::number(browse_patience.count())},
+        {QStringLiteral("default_transaction_read_only"), reads ? QStringLiteral("on") : off}};
     if (browse) {
-        statements.push_back(set("enable_hashjoin", off));
-        statements.push_back(set("enable_mergejoin", off));
+        settings.emplace_back(QStringLiteral("enable_hashjoin"), off);
+        settings.emplace_back(QStringLiteral("enable_mergejoin"), off);
     }
     if (!reads) { // a machine that is gone must not hold its lock
-        statements.push_back(set("tcp_keepalives_idle", QStringLiteral("2")));
-        statements.push_back(set("tcp_keepalives_interval", QStringLiteral("1")));
-        statements.push_back(set("tcp_keepalives_count", QStringLiteral("2")));
+        settings.emplace_back(QStringLiteral("tcp_keepalives_idle"), QStringLiteral("2"));
+        settings.emplace_back(QStringLiteral("tcp_keepalives_interval"), QStringLiteral("1"));
+        settings.emplace_back(QStringLiteral("tcp_keepalives_count"), QStringLiteral("2"));
+    }
+    return settings;
+}
+
+bool CPgConnection::Prepare()
+{
+    std::vector<CSql> statements;
+    for (const auto& [name, value] : Settings()) {
+        statements.push_back(std::move(CSql("SELECT set_config(").Value(name).Add(", ").Value(value).Add(", false)")));
     }
     const bool look = use_ != PgUse::Administer && !place_.server.isEmpty();
     if (look) {
@@ -136,7 +144,7 @@ bool CPgConnection::Prepare()
 
 CSql CPgConnection::LibraryRow()
 {
-    return CSql("SELECT version, mark, keys FROM partkeep_library");
+    return CSql("SELECT version, mark, keys, revision FROM partkeep_library");
 }
 
 bool CPgConnection::TakeLibraryRow(const CPgResult& result)
@@ -156,6 +164,7 @@ bool CPgConnection::TakeLibraryRow(const CPgResult& result)
         return false;
     }
     id_ = id;
+    revision_ = result.Integer(0, 3);
     other_keys_ = result.Text(0, 2) != KeysVersion();
     return true;
 }

@@ -22,6 +22,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace partkeep {
@@ -60,6 +61,8 @@ public:
     void Disconnect();
     // The same as if it had not answered in time: known from another connection to the same place.
     void FallSilent();
+    // It answers there: the next call asks.
+    void TryAgain() { silent_until_ = {}; }
 
     // Between these two nothing is asked again.
     bool Begin(std::span<const CSql> first, std::vector<CPgResult>& results);
@@ -75,6 +78,11 @@ public:
     [[nodiscard]] bool HasOtherKeys() const { return other_keys_; }
     [[nodiscard]] LibraryPlace State() const { return state_; }
     [[nodiscard]] QTime SilentSince() const { return silent_since_; } // invalid while it answers
+    [[nodiscard]] qint64 Revision() const { return revision_; }       // as it was told last
+
+    // For another connection to the same library.
+    [[nodiscard]] const PqDriver& Driver() const { return pq_; }
+    [[nodiscard]] std::vector<std::pair<QString, QString>> Settings() const;
 
     // What tells which library it is, and by whose rules its keys are; taken from a result that asked for it.
     [[nodiscard]] static CSql LibraryRow();
@@ -113,6 +121,7 @@ private:
     std::unique_ptr<PGconn, CFinish> connection_;
     LibraryProblem problem_;
     QByteArray id_;
+    qint64 revision_ = 0;
     QByteArray transaction_; // its number, as text
     LibraryPlace state_ = LibraryPlace::Same;
     QTime silent_since_;
@@ -125,5 +134,8 @@ private:
     bool ever_open_ = false; // what was there once is waited for
     bool single_rows_ = false;
 };
+
+// Sends one in the extended protocol, values in binary both ways. False when the client library fails.
+[[nodiscard]] bool SendStatement(const PqDriver& pq, PGconn* connection, const CSql& statement);
 
 } // namespace partkeep

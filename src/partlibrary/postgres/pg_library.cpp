@@ -35,7 +35,8 @@ std::unique_ptr<CPgLibrary> CPgLibrary::Open(const PgPlace& place, PgUse use, Li
 }
 
 CPgLibrary::CPgLibrary(std::shared_ptr<CPgConnection> connection, std::shared_ptr<CContentCache> cache)
-    : connection_(std::move(connection)), at_hand_(std::move(cache)), ahead_(connection_, at_hand_)
+    : connection_(std::move(connection)), at_hand_(std::move(cache)), ahead_(connection_, at_hand_),
+      watch_(connection_, at_hand_)
 {
 }
 
@@ -158,7 +159,7 @@ std::optional<PartRow> CPgLibrary::FindPart(const QString& folder, const QString
 // While the server does not answer, what it told before is all there is.
 std::optional<PartRow> CPgLibrary::Known(const CPgAtHand::Known* known, const CSql& statement, const QString& subject)
 {
-    const auto row = known != nullptr ? std::optional(known->row) : std::nullopt;
+    auto row = known != nullptr ? std::optional(known->row) : std::nullopt;
     if (row && at_hand_.IsFresh()) {
         return row;
     }

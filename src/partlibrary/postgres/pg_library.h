@@ -4,6 +4,7 @@
 #include "partlibrary/postgres/pg_ahead.h"
 #include "partlibrary/postgres/pg_connection.h"
 #include "partlibrary/postgres/pg_rows.h"
+#include "partlibrary/postgres/pg_watch.h"
 
 #include <memory>
 #include <unordered_set>
@@ -39,6 +40,9 @@ public:
     [[nodiscard]] std::optional<qint64> Revision() override;
     bool CopyFiles(PartId part, SlotSet slots, const ContentSink& sink) override;
     void Expect(std::span<const PartId> parts, SlotSet slots) override;
+    [[nodiscard]] bool LookForChange() override { return watch_.Look(); }
+    [[nodiscard]] int ChangeSocket() const override { return watch_.Socket(); }
+    void ReadAhead(std::span<const PartId> parts) override { watch_.Want(parts); }
     [[nodiscard]] LibraryPlace Place() const override { return connection_->State(); }
     [[nodiscard]] const QByteArray& Id() const override { return connection_->Id(); }
     [[nodiscard]] qint64 Refused() const override { return static_cast<qint64>(refused_.size()); }
@@ -60,6 +64,7 @@ private:
     std::shared_ptr<CPgConnection> connection_;
     CPgAtHand at_hand_;
     CPgAhead ahead_;
+    CPgWatch watch_;
     std::unordered_set<qint64> refused_; // ids of parts, and of folders below 0
 };
 

@@ -54,7 +54,7 @@ LibraryFault FaultOfState(std::string_view state)
 
 } // namespace
 
-bool CPgConnection::SendOne(const CSql& statement)
+bool SendStatement(const PqDriver& pq, PGconn* connection, const CSql& statement)
 {
     std::vector<Oid> types;
     std::vector<const char*> values;
@@ -65,9 +65,13 @@ bool CPgConnection::SendOne(const CSql& statement)
         lengths.push_back(static_cast<int>(parameter.bytes.size()));
     }
     const std::vector<int> binary(values.size(), 1);
-    return pq_.PQsendQueryParams(connection_.get(), statement.Text().c_str(), static_cast<int>(values.size()),
-                                 types.data(), values.data(), lengths.data(), binary.data(), 1) == 1 ||
-           Lose();
+    return pq.PQsendQueryParams(connection, statement.Text().c_str(), static_cast<int>(values.size()), types.data(),
+                                values.data(), lengths.data(), binary.data(), 1) == 1;
+}
+
+bool CPgConnection::SendOne(const CSql& statement)
+{
+    return SendStatement(pq_, connection_.get(), statement) || Lose();
 }
 
 // Null where the client library has none to give, and when the connection is lost.

@@ -82,7 +82,8 @@ bool CPgWriter::Commit()
     if (!Flush() || broken_ || !FlushCounts()) {
         return false;
     }
-    const std::array last{CSql("UPDATE partkeep_library SET revision = revision + 1, next_folder = ")
+    const std::array last{CSql("SELECT pg_notify('partkeep', current_schema()::text)"),
+                          CSql("UPDATE partkeep_library SET revision = revision + 1, next_folder = ")
                               .Value(next_folder_)
                               .Add(", next_part = ")
                               .Value(next_part_)

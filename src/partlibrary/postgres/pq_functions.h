@@ -19,11 +19,13 @@ namespace partkeep {
     X(PQexitPipelineMode)                                                                                              \
     X(PQfinish)                                                                                                        \
     X(PQflush)                                                                                                         \
+    X(PQfreemem)                                                                                                       \
     X(PQgetResult)                                                                                                     \
     X(PQgetisnull)                                                                                                     \
     X(PQgetlength)                                                                                                     \
     X(PQgetvalue)                                                                                                      \
     X(PQisBusy)                                                                                                        \
+    X(PQnotifies)                                                                                                      \
     X(PQntuples)                                                                                                       \
     X(PQpipelineSync)                                                                                                  \
     X(PQputCopyData)                                                                                                   \

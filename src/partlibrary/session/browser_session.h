@@ -101,7 +101,9 @@ public:
     // What the user does. Each fires one click at its end, except SortBy and Refresh.
     // To a place, as far as it is not there yet. A server joins the table where there is room.
     bool Go(const QString& server, const QString& folder);
-    bool Refresh();                       // tries again what failed
+    bool Refresh(); // tries again what failed
+    // Shows what others have changed, as a refresh does, but for the unit and for what the pane tells.
+    void Follow();
     void Select(std::vector<PartId> ids); // in the order of the list; empty for a click beside it
     void SearchFor(const QString& text);  // clicks only when the selection has changed
     void SortBy(PartColumn column, bool descending);
@@ -122,6 +124,7 @@ private:
     [[nodiscard]] std::shared_ptr<IPartLibrary> LibraryOf(std::u16string_view server);
     bool MakeCurrent(const QString& server, std::shared_ptr<IPartLibrary> library);
     bool EnterFolder(const QString& path);
+    void EnterFolderAgain();
     void ListChanged();
     void ChangeView(const std::function<void()>& change);
     void EndSearch();

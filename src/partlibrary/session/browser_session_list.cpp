@@ -75,6 +75,23 @@ bool CBrowserSession::RefreshPartList()
     if (library != library_) {
         return MakeCurrent(current_server_, std::move(library));
     }
+    EnterFolderAgain();
+    return true;
+}
+
+void CBrowserSession::Follow()
+{
+    if (library_ != nullptr && library_->Place() == LibraryPlace::Same && current_folder_.id != 0) {
+        const LibraryProblem problem = problem_;
+        problem_ = {};
+        EnterFolderAgain();
+        const bool over = problem.fault == LibraryFault::NoAnswer; // else it has told somebody nothing yet
+        SetProblem(problem_ || over ? problem_ : problem);
+    }
+}
+
+void CBrowserSession::EnterFolderAgain()
+{
     const std::size_t before = selection_.size();
     bool there = EnterFolder(current_folder_.path);
     const bool gone = !there && Problem().fault == LibraryFault::NoFolder;
@@ -90,7 +107,6 @@ bool CBrowserSession::RefreshPartList()
     } else if (selection_.size() < before) {
         SetProblem({LibraryFault::NoPart, current_folder_.path, {}});
     }
-    return true;
 }
 
 bool CBrowserSession::Refresh()

@@ -197,6 +197,9 @@ LibraryProblem ProblemOfCode(int code, const QString& file)
 int CConnection::OnBusy(void* connection, int tries)
 {
     auto& self = *static_cast<CConnection*>(connection);
+    if (!self.waits_) {
+        return 0;
+    }
     const auto now = Clock::now();
     if (tries == 0) {
         self.wait_began_ = now;

@@ -59,6 +59,26 @@ public:
     [[nodiscard]] std::string Image() const;                    // the whole as it would stand in a file
     void SetPatience(std::chrono::milliseconds patience) { patience_ = patience; }
 
+    // While it lives a lock of somebody else's is no reason to wait, nor to be told of.
+    class CWithoutWaiting {
+    public:
+        explicit CWithoutWaiting(CConnection& connection) : connection_(connection), problem_(connection.problem_)
+        {
+            connection_.waits_ = false;
+        }
+        ~CWithoutWaiting()
+        {
+            connection_.waits_ = true;
+            connection_.problem_ = problem_;
+        }
+        CWithoutWaiting(const CWithoutWaiting&) = delete;
+        CWithoutWaiting& operator=(const CWithoutWaiting&) = delete;
+
+    private:
+        CConnection& connection_;
+        LibraryProblem problem_;
+    };
+
     // Few pages at hand: for content that streams through, so that each page lands in memory that the processor
     // still has in its cache.
     void StreamContent(bool streaming);
@@ -101,6 +121,7 @@ private:
     Clock::time_point impatient_until_;
     Clock::time_point work_began_;
     bool work_timed_ = false;
+    bool waits_ = true;
     std::unordered_set<qint64> refused_; // ids of parts, and of folders below 0
     std::function<void(std::string_view sql)> watcher_;
 };

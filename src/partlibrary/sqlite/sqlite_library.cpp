@@ -43,7 +43,12 @@ private:
 std::unique_ptr<CSqliteLibrary> CSqliteLibrary::Open(const QString& file, LibraryProblem& problem, OpenMode mode)
 {
     auto connection = CConnection::Open(file, mode, problem);
-    return connection != nullptr ? std::make_unique<CSqliteLibrary>(std::move(connection)) : nullptr;
+    if (connection == nullptr) {
+        return nullptr;
+    }
+    auto library = std::make_unique<CSqliteLibrary>(std::move(connection));
+    static_cast<void>(library->LookForChange()); // from here on
+    return library;
 }
 
 std::nullopt_t CSqliteLibrary::Refuse(LibraryFault fault, const QString& subject)
@@ -236,6 +241,15 @@ std::optional<qint64> CSqliteLibrary::Revision()
 {
     CStatement statement(*connection_, "PRAGMA data_version");
     return statement.Next() ? std::optional(statement.Integer(0)) : std::nullopt;
+}
+
+bool CSqliteLibrary::LookForChange()
+{
+    const CConnection::CWithoutWaiting without_waiting(*connection_);
+    const auto now = Revision();
+    const bool changed = now && now != seen_revision_;
+    seen_revision_ = now ? now : seen_revision_;
+    return changed;
 }
 
 // Content.

@@ -37,6 +37,7 @@ public:
                                                                   qint64 limit) override;
     [[nodiscard]] std::optional<std::vector<PartFile>> Files(std::span<const PartId> parts) override;
     [[nodiscard]] std::optional<qint64> Revision() override;
+    [[nodiscard]] bool LookForChange() override;
     bool CopyFiles(PartId part, SlotSet slots, const ContentSink& sink) override;
     [[nodiscard]] LibraryPlace Place() const override { return connection_->Place(); }
     [[nodiscard]] const QByteArray& Id() const override { return connection_->Id(); }
@@ -58,6 +59,7 @@ private:
 
     std::shared_ptr<CConnection> connection_;
     std::shared_ptr<const CServerFolders> server_folders_; // once they were asked for
+    std::optional<qint64> seen_revision_;
     bool other_keys_ = false;
 };
 

@@ -1,0 +1,299 @@
+#include "partlibrary/postgres/pg_watch.h"
+
+#include "partlibrary/library/content_hash.h"
+#include "partlibrary/postgres/pg_waits.h"
+
+#include <algorithm>
+#include <array>
+#include <poll.h>
+#include <string>
+#include <utility>
+
+namespace partkeep {
+
+namespace {
+
+constexpr std::chrono::seconds between_revisions{1};
+constexpr std::chrono::seconds between_connections{2};
+constexpr int most_results = 24; // at one look
+constexpr std::size_t most_questions = 8;
+constexpr std::ptrdiff_t rows_together = 256;
+constexpr qint64 largest_picture = 2 << 20;
+constexpr qint64 most_ahead_bytes = 16 << 20;
+constexpr FileSlot pictures[] = {FileSlot::Bent, FileSlot::Flat, FileSlot::Png};
+
+bool IsReady(int socket, short events)
+{
+    pollfd one{socket, events, 0};
+    return poll(&one, 1, 0) > 0;
+}
+
+} // namespace
+
+CPgWatch::CPgWatch(std::shared_ptr<CPgConnection> main, CPgAtHand& at_hand)
+    : main_(std::move(main)), at_hand_(at_hand), revision_(main_->Revision())
+{
+}
+
+CPgWatch::~CPgWatch()
+{
+    Close();
+}
+
+int CPgWatch::Socket() const
+{
+    return connection_ != nullptr ? main_->Driver().PQsocket(connection_) : -1;
+}
+
+bool CPgWatch::Look()
+{
+    if (state_ == State::Closed && Clock::now() - closed_ >= between_connections) {
+        Start();
+    }
+    if (state_ == State::Connecting) {
+        GoOnConnecting();
+    }
+    if (state_ == State::Open) {
+        Receive();
+    }
+    if (state_ == State::Open) {
+        AskForMore();
+    }
+    if (state_ != State::Closed && IsOverdue()) {
+        Close();
+        main_->FallSilent();
+    }
+    return std::exchange(changed_, false);
+}
+
+// Connecting.
+
+void CPgWatch::Start()
+{
+    const PqDriver& pq = main_->Driver();
+    const std::string service = ToUtf8(main_->Place().service);
+    const std::array<const char*, 4> names{"service", "client_encoding", "fallback_application_name", nullptr};
+    const std::array<const char*, 4> values{service.c_str(), "UTF8", "partkeep", nullptr};
+    connection_ = pq.PQconnectStartParams(names.data(), values.data(), 0);
+    last_byte_ = Clock::now();
+    polling_ = PGRES_POLLING_WRITING;
+    state_ = State::Connecting;
+    if (connection_ == nullptr || pq.PQstatus(connection_) == CONNECTION_BAD) {
+        Close();
+    }
+}
+
+void CPgWatch::GoOnConnecting()
+{
+    const PqDriver& pq = main_->Driver();
+    while (polling_ != PGRES_POLLING_OK && polling_ != PGRES_POLLING_FAILED) {
+        if (!IsReady(Socket(), polling_ == PGRES_POLLING_READING ? POLLIN : POLLOUT)) {
+            return;
+        }
+        last_byte_ = Clock::now();
+        polling_ = pq.PQconnectPoll(connection_);
+    }
+    const bool open = polling_ == PGRES_POLLING_OK && pq.PQsetnonblocking(connection_, 1) == 0 &&
+                      pq.PQenterPipelineMode(connection_) == 1;
+    if (!open) {
+        Close();
+        return;
+    }
+    pq.PQsetNoticeProcessor(
+        connection_, [](void*, const char*) {}, nullptr);
+    state_ = State::Open;
+    SetUp();
+}
+
+// A standby refuses to listen; that costs nothing but the second until the revision is asked for.
+void CPgWatch::SetUp()
+{
+    for (const auto& [name, value] : main_->Settings()) {
+        Ask(CSql("SELECT set_config(").Value(name).Add(", ").Value(value).Add(", false)"), {Asked::Setting, {}});
+    }
+    Ask(CSql("LISTEN partkeep"), {Asked::Setting, {}});
+    asked_for_revision_ = {};
+}
+
+void CPgWatch::Close()
+{
+    if (connection_ != nullptr) {
+        main_->Driver().PQfinish(connection_);
+    }
+    connection_ = nullptr;
+    state_ = State::Closed;
+    questions_.clear();
+    closed_ = Clock::now();
+}
+
+bool CPgWatch::IsOverdue() const
+{
+    return (state_ == State::Connecting || !questions_.empty()) && Clock::now() - last_byte_ > browse_patience;
+}
+
+// Questions.
+
+void CPgWatch::Ask(const CSql& statement, Question question)
+{
+    if (state_ != State::Open) {
+        return;
+    }
+    const PqDriver& pq = main_->Driver();
+    last_byte_ = questions_.empty() ? Clock::now() : last_byte_;
+    questions_.push_back(std::move(question));
+    if (!SendStatement(pq, connection_, statement) || pq.PQpipelineSync(connection_) != 1 ||
+        pq.PQflush(connection_) < 0) {
+        Close();
+    }
+}
+
+void CPgWatch::Want(std::span<const PartId> parts)
+{
+    wanted_.assign(parts.begin(), parts.end());
+    room_ = most_ahead_bytes;
+}
+
+void CPgWatch::AskForMore()
+{
+    const auto now = Clock::now();
+    const auto asks = [this](Asked asked) {
+        return std::any_of(questions_.begin(), questions_.end(), [asked](const auto& it) { return it.asked == asked; });
+    };
+    const bool due = std::exchange(noticed_, false) || now - asked_for_revision_ >= between_revisions;
+    if (due && !asks(Asked::Revision)) {
+        asked_for_revision_ = now;
+        Ask(CSql("SELECT revision, mark FROM partkeep_library"), {Asked::Revision, {}});
+    }
+    if (at_hand_.Cache() == nullptr || asks(Asked::Rows)) {
+        return;
+    }
+    while (!wanted_.empty() && questions_.size() < most_questions && state_ == State::Open) {
+        if (at_hand_.Find(wanted_.front()) == nullptr) {
+            AskForRows();
+            return;
+        }
+        if (!AskForPictureOf(wanted_.front())) {
+            wanted_.pop_front();
+        }
+    }
+}
+
+void CPgWatch::AskForRows()
+{
+    std::vector<PartId> parts;
+    for (auto part = wanted_.begin(); part != wanted_.end() && std::ssize(parts) < rows_together; ++part) {
+        if (at_hand_.Find(*part) == nullptr) {
+            parts.push_back(*part);
+        }
+    }
+    Ask(CPgAtHand::Statement(parts), {Asked::Rows, {}});
+}
+
+// One that is neither kept nor asked for yet. False when there is no more of this part.
+bool CPgWatch::AskForPictureOf(PartId part)
+{
+    for (const PartFile& file : at_hand_.Find(part)->files) {
+        const bool picture = std::find(std::begin(pictures), std::end(pictures), file.slot) != std::end(pictures);
+        const bool asked = std::any_of(questions_.begin(), questions_.end(),
+                                       [&](const Question& it) { return it.file && it.file->hash == file.hash; });
+        if (!picture || asked || file.bytes > std::min(largest_picture, room_) ||
+            at_hand_.Cache()->Has(file.hash, file.bytes)) {
+            continue;
+        }
+        room_ -= file.bytes;
+        CSql sql("SELECT piece.data FROM part_file JOIN piece ON piece.content = part_file.content WHERE part = ");
+        sql.Value(part).Add(" AND slot = ").Value(static_cast<std::int32_t>(file.slot));
+        Ask(sql.Add(" AND hash = ").Value(file.hash).Add(" ORDER BY nr"), {Asked::Picture, file});
+        return true;
+    }
+    return false;
+}
+
+// Answers.
+
+void CPgWatch::Receive()
+{
+    const PqDriver& pq = main_->Driver();
+    if (IsReady(Socket(), POLLIN)) {
+        last_byte_ = Clock::now();
+        if (pq.PQconsumeInput(connection_) == 0) {
+            Close();
+            return;
+        }
+    }
+    TakeNotices();
+    static_cast<void>(pq.PQflush(connection_));
+    for (int results = 0; !questions_.empty() && results < most_results && pq.PQisBusy(connection_) == 0; ++results) {
+        const CPgResult result(pq, pq.PQgetResult(connection_));
+        if (!result && pq.PQstatus(connection_) == CONNECTION_BAD) {
+            Close();
+            return;
+        }
+        if (!result) {
+            continue;
+        }
+        if (result.Status() == PGRES_PIPELINE_SYNC) {
+            questions_.pop_front();
+        } else {
+            Take(result);
+        }
+    }
+}
+
+void CPgWatch::TakeNotices()
+{
+    const PqDriver& pq = main_->Driver();
+    while (PGnotify* const notice = pq.PQnotifies(connection_)) {
+        noticed_ = noticed_ || FromUtf8(notice->extra) == main_->Place().server;
+        pq.PQfreemem(notice);
+    }
+}
+
+void CPgWatch::Take(const CPgResult& result)
+{
+    const Question& question = questions_.front();
+    const bool rows = result.Status() == PGRES_TUPLES_OK;
+    if (rows && question.asked == Asked::Revision) {
+        TakeRevision(result);
+    } else if (rows && question.asked == Asked::Rows) {
+        at_hand_.Take(result);
+        std::erase_if(wanted_, [this](PartId part) { return at_hand_.Find(part) == nullptr; }); // it has gone
+    } else if (rows && question.file) {
+        TakePicture(result, *question.file);
+    }
+}
+
+// Another library in its place is for the next call to find.
+void CPgWatch::TakeRevision(const CPgResult& result)
+{
+    if (result.Rows() != 1) {
+        changed_ = true;
+        return;
+    }
+    const qint64 told = result.Integer(0, 0);
+    const bool answers_again = main_->SilentSince().isValid();
+    if (answers_again) {
+        main_->TryAgain();
+    }
+    changed_ = changed_ || answers_again || revision_ != told || result.Bytes(0, 1) != main_->Id();
+    revision_ = told;
+    at_hand_.Confirm(told);
+}
+
+void CPgWatch::TakePicture(const CPgResult& result, const PartFile& file)
+{
+    CContentHash sum;
+    const auto kept = at_hand_.Cache()->Begin(file.bytes);
+    for (int row = 0; row < result.Rows(); ++row) {
+        const std::string_view piece = result.Raw(row, 0);
+        sum.Add(piece);
+        if (kept != nullptr) {
+            kept->Add({piece.data(), piece.size()});
+        }
+    }
+    if (kept != nullptr && sum.Hash() == file.hash) {
+        kept->Keep(file.hash);
+    }
+}
+
+} // namespace partkeep

@@ -1,0 +1,74 @@
+// A connection on which nothing is waited for: it tells of changes that others commit, and brings what will be looked
+// at next. Works a little at each look, whenever who shows the library has time; between two looks nothing happens.
+//
+// Changes are told by the server as they are committed, where it takes LISTEN. A standby does not, and a line that has
+// gone tells nothing: the revision is asked for each second besides.
+#pragma once
+
+#include "partlibrary/postgres/pg_at_hand.h"
+#include "partlibrary/postgres/pg_connection.h"
+
+#include <chrono>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace partkeep {
+
+class CPgWatch {
+public:
+    CPgWatch(std::shared_ptr<CPgConnection> main, CPgAtHand& at_hand);
+    ~CPgWatch();
+    CPgWatch(const CPgWatch&) = delete;
+    CPgWatch& operator=(const CPgWatch&) = delete;
+
+    // True when somebody has committed something since the last look, and when the server answers again.
+    bool Look();
+    [[nodiscard]] int Socket() const; // where an answer comes; -1: none is waited for
+
+    // Takes the place of what was wanted before; the first ones first.
+    void Want(std::span<const PartId> parts);
+
+private:
+    using Clock = std::chrono::steady_clock;
+    enum class State { Closed, Connecting, Open };
+    enum class Asked { Setting, Revision, Rows, Picture };
+    struct Question {
+        Asked asked;
+        std::optional<PartFile> file; // a picture
+    };
+
+    void Start();
+    void GoOnConnecting();
+    void SetUp();
+    void Close();
+    void Ask(const CSql& statement, Question question);
+    void Receive();
+    void Take(const CPgResult& result);
+    void TakeRevision(const CPgResult& result);
+    void TakePicture(const CPgResult& result, const PartFile& file);
+    void TakeNotices();
+    void AskForMore();
+    void AskForRows();
+    bool AskForPictureOf(PartId part);
+    [[nodiscard]] bool IsOverdue() const;
+
+    std::shared_ptr<CPgConnection> main_;
+    CPgAtHand& at_hand_;
+    PGconn* connection_ = nullptr;
+    State state_ = State::Closed;
+    PostgresPollingStatusType polling_ = PGRES_POLLING_WRITING;
+    std::deque<Question> questions_; // asked, and not answered to their end
+    std::deque<PartId> wanted_;
+    std::optional<qint64> revision_;
+    qint64 room_ = 0; // for what is wanted, in bytes
+    bool noticed_ = false;
+    bool changed_ = false;
+    Clock::time_point last_byte_;
+    Clock::time_point asked_for_revision_;
+    Clock::time_point closed_;
+};
+
+} // namespace partkeep
