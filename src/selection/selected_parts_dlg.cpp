@@ -193,9 +193,14 @@ void CSelectedPartsDlg::OnRemove()
     removed_.push_back(std::move(removed));
     ShowCount();
     if (!selectedParts.empty()) {
-        list.FocusRow(RES_PART_LIST, std::min(next, static_cast<int>(selectedParts.size()) - 1));
-        window_->Fields().Focus(RES_PART_LIST);
+        FocusRow(std::min(next, static_cast<int>(selectedParts.size()) - 1));
     }
+}
+
+void CSelectedPartsDlg::FocusRow(int row)
+{
+    window_->ReportList().FocusRow(RES_PART_LIST, row);
+    window_->Fields().Focus(RES_PART_LIST);
 }
 
 bool CSelectedPartsDlg::IsListed(const PartRecord& part) const
@@ -219,7 +224,7 @@ void CSelectedPartsDlg::OnPutBack()
         }
     }
     if (!selectedParts.empty()) {
-        window_->ReportList().FocusRow(RES_PART_LIST, static_cast<int>(selectedParts.size()) - 1);
+        FocusRow(static_cast<int>(selectedParts.size()) - 1);
     }
 }
 

@@ -43,6 +43,7 @@ private:
     void OnKey(const KeyPress& press) override;
     void OnCommand(int id) override;
     void OnRemove();
+    void FocusRow(int row);
     void OnPutBack();
     [[nodiscard]] bool IsListed(const PartRecord& part) const;
     void MakeCountLabel();

@@ -142,7 +142,7 @@ TEST_F(PaneTrouble, AnEmptyListSaysWhatToDo)
         {"no server found", nothing, {.server = u""}, {}, u"No server found in %1.\n"_s.arg(nothing.Folder())},
         {"empty folder", libraries_, {.folder = u"Hollow"}, {}, u"This folder has no parts."_s},
         {"filter", libraries_, {.folder = u"Plates", .filter = nct_data_kind}, {}, u"No part here has files for"_s},
-        {"search", libraries_, {}, u"zz"_s, u"No part matches “zz”."_s},
+        {"search", libraries_, {}, u"zz"_s, u"No part in this folder matches “zz”."_s},
         {"rows", libraries_, {}, {}, {}},
     };
     for (const auto& row : rows) {

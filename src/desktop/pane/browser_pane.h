@@ -115,11 +115,13 @@ private:
     void RememberPlace();
     void FillPlacesMenu();
     void ArrangeFavourites();
+    void ToggleSelected(PartId part);
     void CopyNames();
     void AskExportFile(bool selection_alone);
     void TellExport(const QString& file, std::optional<int> parts);
     void ToggleKeySheet();
     void ShowPictures(PictureSize size);
+    void WidenTree(int by);
     void SetRowHeight();
 
     // Keeping up.

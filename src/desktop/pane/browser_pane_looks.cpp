@@ -1,6 +1,7 @@
 // What the pane looks like, and what of it is kept between runs.
 #include "desktop/pane/browser_pane.h"
 
+#include "desktop/finger.h"
 #include "desktop/pane/column_menu.h"
 #include "desktop/pane/part_row_delegate.h"
 
@@ -17,7 +18,7 @@ namespace {
 
 constexpr int picture_room = 6; // above and below a picture
 constexpr int text_room = 12;   // the same for text
-constexpr int lowest_row = 32;
+constexpr int lowest_row = 32;  // by a mouse
 constexpr int largest_column = 4000;
 constexpr std::array<int, 4> picture_sides{0, 32, 64, 128}; // by PictureSize
 
@@ -35,12 +36,18 @@ void CBrowserPane::ShowPictures(PictureSize size)
     SetRowHeight();
 }
 
+void CBrowserPane::WidenTree(int by)
+{
+    const QList<int> sizes = splitter_->sizes();
+    splitter_->setSizes({sizes.front() + by, sizes.back() - by});
+}
+
 // The rows of results have two lines of text.
 void CBrowserPane::SetRowHeight()
 {
     const int lines = session_->ShowsResults() ? 2 : 1;
-    list_->SetRowHeight(std::max(
-        {delegate_->PictureSide() + picture_room, lowest_row, lines * fontMetrics().height() + text_room / lines}));
+    list_->SetRowHeight(std::max({delegate_->PictureSide() + picture_room, FingerSide(lowest_row),
+                                  lines * fontMetrics().height() + text_room / lines}));
 }
 
 void CBrowserPane::ApplyViewState(const ViewState& state)

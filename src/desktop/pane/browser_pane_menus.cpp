@@ -39,7 +39,7 @@ void CBrowserPane::ColumnMenu(int column, const QPoint& place)
     StyleMenu(*menu);
     FillColumnMenu(*menu, {list_->Header(), column, settings_.language, pictures_size_,
                            [this](int by, Qt::SortOrder order) { list_->Header().setSortIndicator(by, order); },
-                           [this](PictureSize size) { ShowPictures(size); }});
+                           [this](PictureSize size) { ShowPictures(size); }, [this](int by) { WidenTree(by); }});
     menu->popup(place);
 }
 
@@ -83,9 +83,14 @@ void CBrowserPane::ArrangeFavourites()
 
 void CBrowserPane::ToggleFavourite()
 {
-    if (session_->CurrentFolder().id != 0) {
-        places_.ToggleFavourite(CurrentPlace());
+    if (session_->CurrentFolder().id == 0) {
+        return;
     }
+    const bool was = places_.IsFavourite(CurrentPlace());
+    places_.ToggleFavourite(CurrentPlace());
+    const PaneText added = places_.IsFavourite(CurrentPlace()) ? PaneText::FavouriteAdded : PaneText::FavouritesFull;
+    note_ = Text(was ? PaneText::FavouriteRemoved : added).arg(PlaceText(CurrentPlace()));
+    UpdateTexts();
 }
 
 void CBrowserPane::ToggleKeySheet()
@@ -105,7 +110,10 @@ void CBrowserPane::RowMenu(const QPoint& place)
     const PartId current = model_->PartAt(list_->currentIndex().row());
     const bool results = session_->ShowsResults();
     const bool any = results ? current != 0 : !session_->Selection().empty();
-    RowMenuState state{settings_.language, {}, {}, {}};
+    RowMenuState state{settings_.language, list_->selectionModel()->isSelected(list_->currentIndex()), {}, {}, {}, {}};
+    if (current != 0 && !results) {
+        state.toggle = [this, current] { ToggleSelected(current); };
+    }
     if (any) {
         state.copy_names = [this] { CopyNames(); };
     }
@@ -120,6 +128,17 @@ void CBrowserPane::RowMenu(const QPoint& place)
     StyleMenu(*menu);
     FillRowMenu(*menu, state);
     menu->popup(place);
+}
+
+// The list may have gone on while the menu was open.
+void CBrowserPane::ToggleSelected(PartId part)
+{
+    if (const auto row = model_->RowOf(part)) {
+        Act(true, [this, row = static_cast<int>(*row)] {
+            list_->selectionModel()->select(model_->index(row, 0),
+                                            QItemSelectionModel::Toggle | QItemSelectionModel::Rows);
+        });
+    }
 }
 
 // Of what is selected; among results, where nothing is, of the current row.

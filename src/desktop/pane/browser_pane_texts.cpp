@@ -105,7 +105,8 @@ QString CBrowserPane::EmptyText() const
     }
     const QString search = session_->ListView().search;
     if (!search.trimmed().isEmpty()) {
-        return Text(PaneText::EmptySearch).arg(search);
+        const bool elsewhere = session_->SearchesServers() && session_->Scope() == SearchScope::Folder;
+        return Text(elsewhere ? PaneText::EmptySearchFolder : PaneText::EmptySearch).arg(search);
     }
     if (!session_->ListView().only.empty()) {
         return Text(PaneText::EmptyNarrowed);
@@ -152,8 +153,11 @@ QString CBrowserPane::ProblemText() const
     QString line = Text(text);
     line = line.contains(QStringLiteral("%1")) ? line.arg(of_part ? problem.subject : server) : line;
     const QTime since = session_->FailsSince();
-    return since.isValid() ? line + QStringLiteral(" (%1)").arg(Text(PaneText::Since).arg(since.toString(u"HH:mm")))
-                           : line;
+    return since.isValid()
+               ? line +
+                     QStringLiteral(" (%1)").arg(
+                         Text(PaneText::Since).arg(LocaleOf(settings_.language).toString(since, QLocale::ShortFormat)))
+               : line;
 }
 
 // Painted from inside the copy: no event is run, and the next text comes with the next paint.

@@ -1,5 +1,6 @@
 #include "desktop/pane/column_menu.h"
 
+#include "desktop/finger.h"
 #include "desktop/readable_colours.h"
 
 #include <QActionGroup>
@@ -14,6 +15,7 @@ namespace partkeep {
 namespace {
 
 constexpr int width_step = 24;
+constexpr int entry_side = 28; // by a mouse, in logical pixels
 
 void Resize(QHeaderView& header, int column, int by)
 {
@@ -88,11 +90,13 @@ void StyleMenu(QMenu& menu)
     const QPalette theme = QApplication::palette();
     const QColor faint = FaintText(theme.color(QPalette::WindowText), theme.color(QPalette::Window));
     const QColor selected = ReadableColours(theme).color(QPalette::Highlight);
-    menu.setStyleSheet(QStringLiteral("QMenu::item { padding: 7px 16px 7px 28px; } QMenu::indicator { left: 8px; }"
+    const int room = (FingerSide(entry_side) - menu.fontMetrics().height() + 1) / 2;
+    menu.setStyleSheet(QStringLiteral("QMenu::item { padding: %3px 16px %3px 28px; } QMenu::indicator { left: 8px; }"
                                       "QMenu::item:selected { background: %1; color: palette(highlighted-text); }"
                                       "QMenu::item:disabled { color: %2; background: transparent; }"
                                       "QMenu::separator { height: 1px; background: palette(mid); }")
-                           .arg(selected.name(), faint.name()));
+                           .arg(selected.name(), faint.name())
+                           .arg(std::max(room, 0)));
 }
 
 void AddMenuTitle(QMenu& menu, const QString& text)
@@ -118,6 +122,10 @@ void FillColumnMenu(QMenu& menu, const ColumnMenuState& state)
     }
     AddMenuTitle(menu, PaneString(PaneText::Thumbnails, state.language));
     AddPictureSizes(menu, state);
+    AddMenuTitle(menu, PaneString(PaneText::Servers, state.language));
+    menu.addAction(PaneString(PaneText::WiderTree, state.language), [widen = state.widen_tree] { widen(width_step); });
+    menu.addAction(PaneString(PaneText::NarrowerTree, state.language),
+                   [widen = state.widen_tree] { widen(-width_step); });
 }
 
 } // namespace partkeep

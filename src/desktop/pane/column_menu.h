@@ -22,6 +22,7 @@ struct ColumnMenuState {
     PictureSize pictures;
     std::function<void(int column, Qt::SortOrder order)> sort;
     std::function<void(PictureSize size)> show_pictures;
+    std::function<void(int by)> widen_tree;
 };
 
 // Entries that a finger can tell apart, in the colours of the palette.

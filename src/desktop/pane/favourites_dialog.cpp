@@ -1,5 +1,6 @@
 #include "desktop/pane/favourites_dialog.h"
 
+#include "desktop/finger.h"
 #include "desktop/pane/pane_widgets.h"
 
 #include <QAction>
@@ -47,7 +48,7 @@ QPushButton* CFavouritesDialog::AddButton(PaneText text)
 {
     auto* button = new QPushButton(PaneString(text, language_), this);
     button->setAutoDefault(false);
-    button->setMinimumHeight(button_side);
+    button->setMinimumHeight(FingerSide(button_side));
     buttons_ += button;
     return button;
 }
@@ -60,7 +61,7 @@ void CFavouritesDialog::Fill(int current)
         auto* item = new QListWidgetItem(NameOf(favourite), list_);
         item->setFlags(item->flags() | Qt::ItemIsEditable);
         item->setToolTip(PlaceText(favourite.place));
-        item->setSizeHint({0, button_side});
+        item->setSizeHint({0, FingerSide(button_side)});
     }
     list_->setCurrentRow(std::clamp<int>(current, -1, list_->count() - 1));
     for (qsizetype i = 0; i + 1 < buttons_.size(); ++i) {

@@ -4,12 +4,14 @@
 #include "partlibrary/library/library_text.h"
 #include "platform/companion_place.h"
 
+#include <QApplication>
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QScreen>
 
 #include <array>
+#include <vector>
 
 namespace partkeep {
 
@@ -73,8 +75,14 @@ void CKeySheet::PlaceBeside(const QWidget& dialog)
     const QRect owner = dialog.frameGeometry();
     const QSize border = owner.size() - dialog.size(); // that of this window is not known before it is shown
     const QSize own = sizeHint() + border;
-    const Rect place =
-        CompanionPlace(ToRect(owner), ToRect(dialog.screen()->availableGeometry()), own.width(), own.height(), {});
+    std::vector<Rect> stay_visible; // what stands beside the dialog already
+    for (const QWidget* other : QApplication::topLevelWidgets()) {
+        if (other != this && other->isVisible() && other->parentWidget() == &dialog) {
+            stay_visible.push_back(ToRect(other->frameGeometry()));
+        }
+    }
+    const Rect place = CompanionPlace(ToRect(owner), ToRect(dialog.screen()->availableGeometry()), own.width(),
+                                      own.height(), stay_visible);
     move(place.left, place.top);
 }
 

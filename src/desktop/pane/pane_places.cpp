@@ -119,7 +119,7 @@ void CPanePlaces::ToggleFavourite(const PanePlace& place)
     Read();
     if (favourites_.removeIf([&](const PaneFavourite& known) { return known.place == place; }) == 0) {
         favourites_ += {place, {}};
-        favourites_ = favourites_.last(std::min(favourites_.size(), most_favourites));
+        favourites_ = favourites_.first(std::min(favourites_.size(), most_favourites)); // the user's order stays
     }
     Write();
 }

@@ -39,6 +39,8 @@ enum class PaneText {
     MoveRight,
     Wider,
     Narrower,
+    WiderTree,
+    NarrowerTree,
     PartCount,      // %1 parts
     PartCountSoFar, // %1 parts, and more being found
     SelectedCount,  // %1
@@ -49,8 +51,9 @@ enum class PaneText {
     EmptyChooseServer,
     EmptyFolder,
     EmptyFilter,
-    EmptySearch, // %1
-    ServerGone,  // %1 server
+    EmptySearch,       // %1
+    EmptySearchFolder, // %1; the server may have some
+    ServerGone,        // %1 server
     ServerBusy,
     ServerSilent,
     ServerTwice, // %1 server
@@ -73,12 +76,15 @@ enum class PaneText {
     Narrow,
     NarrowAll,
     NarrowNothing,
+    NarrowMore, // values than can be chosen from
     EmptyNarrowed,
     ResultCount,      // %1 parts found in the whole server
     ResultCountSoFar, // %1
     ResultHelp,
     InFolder, // %1 part, %2 folder
     Folder,
+    SelectToo,
+    Unselect,
     CopyNames,
     OpenFolder,
     ExportSelection,
@@ -89,6 +95,9 @@ enum class PaneText {
     MediumPictures,
     LargePictures,
     ArrangeFavourites,
+    FavouriteAdded,   // %1 place
+    FavouriteRemoved, // %1 place
+    FavouritesFull,
     Up,
     Down,
     Rename,

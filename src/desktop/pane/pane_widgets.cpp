@@ -1,17 +1,21 @@
 #include "desktop/pane/pane_widgets.h"
 
+#include "desktop/finger.h"
 #include "desktop/qt_keys.h"
 
+#include <QApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
-#include <QScroller>
 #include <QStyledItemDelegate>
+
+#include <utility>
 
 namespace partkeep {
 
 namespace {
 
-constexpr int tree_row = 30; // to be hit by a finger's tip
+constexpr int tree_row = 30;
+constexpr int tree_step = 24; // in from a branch to what is in it: the side of the mark that opens it
 
 // A style sheet would do it too, and cut the tree off from the dialog's colours.
 class CTallRows : public QStyledItemDelegate {
@@ -20,7 +24,7 @@ public:
 
     [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
     {
-        return QStyledItemDelegate::sizeHint(option, index).expandedTo({0, tree_row});
+        return QStyledItemDelegate::sizeHint(option, index).expandedTo({0, FingerSide(tree_row)});
     }
 };
 
@@ -33,7 +37,7 @@ QToolButton* MakePaneButton(const QString& text, QWidget* parent)
     button->setAccessibleName(text);
     button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     button->setFocusPolicy(Qt::StrongFocus);
-    button->setMinimumHeight(button_side);
+    button->setMinimumHeight(FingerSide(button_side));
     return button;
 }
 
@@ -49,12 +53,42 @@ CServerTree::CServerTree(IPartListEvents& events, QWidget* parent) : QTreeView(p
     setItemDelegate(new CTallRows(this));
     header()->setStretchLastSection(false);
     header()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    QScroller::grabGesture(viewport(), QScroller::TouchGesture);
+    setIndentation(tree_step);
+    ScrollByFinger(*this);
 }
 
 void CServerTree::mousePressEvent(QMouseEvent* event)
 {
+    if (IsOfFinger(*event)) {
+        finger_ = event->position().toPoint();
+        return;
+    }
     events_.Act(event->button() == Qt::LeftButton, [&] { QTreeView::mousePressEvent(event); });
+}
+
+void CServerTree::mouseMoveEvent(QMouseEvent* event)
+{
+    if (!IsOfFinger(*event)) {
+        QTreeView::mouseMoveEvent(event);
+    } else if (finger_ &&
+               (event->position().toPoint() - *finger_).manhattanLength() >= QApplication::startDragDistance()) {
+        finger_.reset();
+    }
+}
+
+// A finger that is lifted where it came down has tapped.
+void CServerTree::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (!IsOfFinger(*event)) {
+        QTreeView::mouseReleaseEvent(event);
+    } else if (std::exchange(finger_, std::nullopt)) {
+        QMouseEvent press(QEvent::MouseButtonPress, event->position(), event->globalPosition(), Qt::LeftButton,
+                          Qt::LeftButton, event->modifiers());
+        events_.Act(true, [&] {
+            QTreeView::mousePressEvent(&press);
+            QTreeView::mouseReleaseEvent(event);
+        });
+    }
 }
 
 void CServerTree::mouseDoubleClickEvent(QMouseEvent* event)
@@ -138,8 +172,8 @@ void CSearchBox::keyPressEvent(QKeyEvent* event)
 void CSearchBox::resizeEvent(QResizeEvent* event)
 {
     QLineEdit::resizeEvent(event);
-    const int side = height() - 4;
-    clear_->setGeometry(width() - side - 2, 2, side, side);
+    const int side = height();
+    clear_->setGeometry(width() - side, 0, side, side);
     setTextMargins(2, 0, side, 0);
 }
 

@@ -8,10 +8,11 @@
 #include <QTreeView>
 
 #include <functional>
+#include <optional>
 
 namespace partkeep {
 
-inline constexpr int button_side = 32; // logical pixels, large enough for a finger
+inline constexpr int button_side = 32; // by a mouse, in logical pixels
 
 // A button with icon and text, reached by the keyboard too.
 [[nodiscard]] QToolButton* MakePaneButton(const QString& text, QWidget* parent);
@@ -23,6 +24,8 @@ public:
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
@@ -30,6 +33,7 @@ protected:
 
 private:
     IPartListEvents& events_;
+    std::optional<QPoint> finger_; // that may be about to scroll
 };
 
 class CSearchBox : public QLineEdit {

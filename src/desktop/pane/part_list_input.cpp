@@ -1,5 +1,6 @@
 // How the part list takes keys and the mouse.
 
+#include "desktop/finger.h"
 #include "desktop/pane/part_list_model.h"
 #include "desktop/pane/part_list_view.h"
 #include "desktop/qt_keys.h"
@@ -8,6 +9,9 @@
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QStyleHints>
+
+#include <utility>
 
 namespace partkeep {
 
@@ -54,8 +58,8 @@ void CPartListView::mousePressEvent(QMouseEvent* event)
     pressed_ = true;
     pressed_part_ = PartAt(index);
     undecided_.reset();
-    if (plain && index.isValid() && (results_ || on_selected)) {
-        PressSelected(index, place);
+    if (IsOfFinger(*event) || (plain && index.isValid() && (results_ || on_selected))) {
+        PressUndecided(index, *event);
         return;
     }
     events_.Act(event->button() == Qt::LeftButton, [&] {
@@ -66,12 +70,45 @@ void CPartListView::mousePressEvent(QMouseEvent* event)
     });
 }
 
-// What is selected may be about to be dragged, and a list of results goes away under the pointer: both wait for what
-// the button does next.
-void CPartListView::PressSelected(const QModelIndex& index, const QPoint& place)
+// What is selected may be about to be dragged, a list of results goes away under the pointer, and a finger may be about
+// to scroll: all wait for what comes next.
+void CPartListView::PressUndecided(const QModelIndex& index, const QMouseEvent& event)
 {
-    undecided_ = place;
-    selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+    undecided_ = {event.position().toPoint(), index.isValid() ? index.row() : -1, IsOfFinger(event)};
+    if (undecided_->finger) {
+        hold_.start(QGuiApplication::styleHints()->mousePressAndHoldInterval());
+    } else {
+        selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+    }
+}
+
+// Selected rows are dragged by the mouse; a finger scrolls, which the view's scroller does.
+void CPartListView::Decide(const QPoint& moved_to)
+{
+    if ((moved_to - undecided_->place).manhattanLength() < QApplication::startDragDistance()) {
+        return;
+    }
+    const bool drags = !undecided_->finger && !results_;
+    if (drags || undecided_->finger) {
+        undecided_.reset();
+        hold_.stop();
+    }
+    if (drags) {
+        pressed_ = false; // the drag takes the release
+        events_.DragSelection();
+    }
+}
+
+// What a right click does for a mouse.
+void CPartListView::FingerHeld()
+{
+    if (!undecided_) {
+        return;
+    }
+    const Undecided held = *std::exchange(undecided_, std::nullopt);
+    pressed_ = false;
+    selectionModel()->setCurrentIndex(model()->index(held.row, FirstColumn()), QItemSelectionModel::NoUpdate);
+    events_.RowMenu(viewport()->mapToGlobal(held.place));
 }
 
 void CPartListView::mouseMoveEvent(QMouseEvent* event)
@@ -86,27 +123,24 @@ void CPartListView::mouseMoveEvent(QMouseEvent* event)
         return;
     }
     if (!undecided_) {
-        events_.Act(false, [&] { QAbstractItemView::mouseMoveEvent(event); });
+        const bool scrolls = IsOfFinger(*event);
+        scrolls ? void() : events_.Act(false, [&] { QAbstractItemView::mouseMoveEvent(event); });
         return;
     }
-    const int moved = (event->position().toPoint() - *undecided_).manhattanLength();
-    if (!results_ && moved >= QApplication::startDragDistance()) {
-        undecided_.reset();
-        pressed_ = false; // the drag takes the release
-        events_.DragSelection();
-    }
+    Decide(event->position().toPoint());
 }
 
 void CPartListView::mouseReleaseEvent(QMouseEvent* event)
 {
     pressed_ = false;
+    hold_.stop();
     if (!undecided_) {
-        events_.Act(false, [&] { QAbstractItemView::mouseReleaseEvent(event); });
+        const bool scrolled = IsOfFinger(*event);
+        scrolled ? void() : events_.Act(false, [&] { QAbstractItemView::mouseReleaseEvent(event); });
         return;
     }
     const QModelIndex index = indexAt(event->position().toPoint());
-    undecided_.reset();
-    if (index.isValid() && index.row() == currentIndex().row()) {
+    if (std::exchange(undecided_, std::nullopt)->row == (index.isValid() ? index.row() : -1)) {
         ReleaseOn(index);
     }
 }
@@ -114,7 +148,7 @@ void CPartListView::mouseReleaseEvent(QMouseEvent* event)
 void CPartListView::ReleaseOn(const QModelIndex& index)
 {
     events_.Act(true, [&] {
-        selectionModel()->select(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
     });
 }
 

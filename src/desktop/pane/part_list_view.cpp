@@ -1,16 +1,22 @@
 #include "desktop/pane/part_list_view.h"
 
+#include "desktop/finger.h"
 #include "desktop/pane/part_list_accessible.h"
 
 #include <QHeaderView>
 #include <QPainter>
 #include <QScrollBar>
-#include <QScroller>
 
 #include <algorithm>
 #include <utility>
 
 namespace partkeep {
+
+namespace {
+
+constexpr int header_side = 24; // by a mouse, in logical pixels
+
+} // namespace
 
 void PaintFocus(QAbstractScrollArea& view)
 {
@@ -33,7 +39,9 @@ CPartListView::CPartListView(IPartListEvents& events, QWidget* parent)
     setTabKeyNavigation(false);
     setDragEnabled(false);
     viewport()->setMouseTracking(true);
-    QScroller::grabGesture(viewport(), QScroller::TouchGesture);
+    ScrollByFinger(*this);
+    hold_.setSingleShot(true);
+    connect(&hold_, &QTimer::timeout, this, [this] { FingerHeld(); });
     header_->setSectionsMovable(true);
     header_->setSectionsClickable(true);
     header_->setSortIndicatorShown(true);
@@ -162,7 +170,7 @@ void CPartListView::scrollTo(const QModelIndex& index, ScrollHint hint)
 void CPartListView::updateGeometries()
 {
     QAbstractItemView::updateGeometries();
-    const int header_height = std::max(header_->sizeHint().height(), row_height_ * 3 / 4);
+    const int header_height = std::max(header_->sizeHint().height(), FingerSide(header_side));
     setViewportMargins(0, header_height, 0, 0);
     const QRect area = viewport()->geometry();
     header_->setGeometry(area.left(), area.top() - header_height, area.width(), header_height);

@@ -6,6 +6,7 @@
 #include <QPoint>
 #include <QRect>
 #include <QString>
+#include <QTimer>
 
 #include <functional>
 #include <optional>
@@ -88,8 +89,17 @@ protected:
     bool viewportEvent(QEvent* event) override;
 
 private:
-    void PressSelected(const QModelIndex& index, const QPoint& place);
+    // A press that selects, chooses, drags or scrolls when more of it is known.
+    struct Undecided {
+        QPoint place;
+        int row; // -1: beside the rows
+        bool finger;
+    };
+
+    void PressUndecided(const QModelIndex& index, const QMouseEvent& event);
+    void Decide(const QPoint& moved_to);
     void ReleaseOn(const QModelIndex& index);
+    void FingerHeld();
     [[nodiscard]] qint64 PartAt(const QModelIndex& index) const;
     void PaintRow(QPainter& painter, int row);
     void PaintEmpty(QPainter& painter) const;
@@ -105,7 +115,8 @@ private:
     bool pressed_ = false;
     bool results_ = false;
     qint64 pressed_part_ = 0;
-    std::optional<QPoint> undecided_; // a press that selects, chooses or drags when more of it is known
+    std::optional<Undecided> undecided_;
+    QTimer hold_; // of a finger
     QString empty_text_;
     bool faded_ = false;
 };

@@ -14,6 +14,7 @@ void FillRowMenu(QMenu& menu, const RowMenuState& state)
         }
         return entry;
     };
+    add(state.selected ? PaneText::Unselect : PaneText::SelectToo, state.toggle);
     QAction* copy = add(PaneText::CopyNames, state.copy_names);
     copy->setShortcut(Qt::CTRL | Qt::Key_C);
     copy->setShortcutVisibleInContextMenu(true);

@@ -11,6 +11,8 @@ namespace partkeep {
 
 struct RowMenuState {
     PaneLanguage language;
+    bool selected; // the current row
+    std::function<void()> toggle;
     std::function<void()> copy_names;
     std::function<void()> open_folder; // empty: the list is that folder's
     std::function<void()> export_selection;

@@ -1,5 +1,6 @@
 #include "desktop/pane/search_line.h"
 
+#include "desktop/finger.h"
 #include "desktop/pane/busy_pointer.h"
 #include "desktop/pane/column_menu.h"
 #include "desktop/pane/pane_icons.h"
@@ -26,7 +27,7 @@ CSearchLine::CSearchLine(CBrowserSession& session, PaneLanguage language, std::f
       line_(new QHBoxLayout(this))
 {
     box_->setAccessibleName(Text(PaneText::Search));
-    box_->setMinimumHeight(button_side);
+    box_->setMinimumHeight(FingerSide(button_side));
     box_->ClearButton().setAccessibleName(Text(PaneText::ClearSearch));
     box_->ClearButton().setToolTip(Text(PaneText::ClearSearch));
     scope_->setCheckable(true);
@@ -142,6 +143,9 @@ void CSearchLine::FillValues(QMenu& menu, PartColumn column)
         if (!value.text.isEmpty()) {
             add(ValueText(column, value), value);
         }
+    }
+    if (values && values->size() >= most_values) {
+        menu.addAction(Text(PaneText::NarrowMore))->setEnabled(false);
     }
     if (menu.actions().size() == 1) {
         menu.addAction(Text(PaneText::NarrowNothing))->setEnabled(false);

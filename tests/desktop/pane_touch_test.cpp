@@ -1,0 +1,100 @@
+// The pane under fingers: how large what they hit is, and what taps and flicks do.
+#include "tests/desktop/played_pane.h"
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QMenu>
+#include <QPointingDevice>
+#include <QScrollBar>
+#include <QScroller>
+
+namespace partkeep {
+namespace {
+
+class PaneTouch : public testing::Test {
+protected:
+    PaneTouch()
+    {
+        libraries_.MakeShop();
+        libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
+            for (int part = 0; part < 60; ++part) {
+                PutTestPart(writer, u"Long"_s, u"L%1"_s.arg(part), 1, {part % 7, {}, {}, {}});
+            }
+        });
+    }
+
+    // A finger that goes from one place to another on its way to being lifted.
+    void Touch(QWidget& widget, const QPoint& from, int down = 0)
+    {
+        QTest::touchEvent(widget.window(), screen_.get()).press(0, from, &widget);
+        for (int step = 1; step <= 8 && down != 0; ++step) {
+            QTest::qWait(10);
+            QTest::touchEvent(widget.window(), screen_.get()).move(0, from + QPoint(0, down * step / 8), &widget);
+        }
+        QTest::touchEvent(widget.window(), screen_.get()).release(0, from + QPoint(0, down), &widget);
+        Settle();
+    }
+
+    CTestLibraries libraries_;
+    std::unique_ptr<QPointingDevice> screen_;
+};
+
+TEST_F(PaneTouch, WhatAFingerHitsIsLargeEnough)
+{
+    for (const bool touch : {false, true}) {
+        SCOPED_TRACE(touch);
+        screen_.reset(touch ? QTest::createTouchDevice() : nullptr);
+        CPlayedPane pane(libraries_);
+        pane.Type(u"p"_s);
+        QList<QSize> targets{{44, pane.List().RowHeight()}, {44, pane.Header().height()}, pane.Search().size()};
+        targets += pane.Tree().visualRect(pane.Tree().currentIndex()).size();
+        for (const QToolButton* button : pane.pane->findChildren<QToolButton*>()) {
+            targets += button->isVisible() ? button->size() : QSize(44, 44);
+        }
+        QMenu& places = *ButtonIn(*pane.pane, u"Places"_s)->menu();
+        places.popup({});
+        targets += places.actionGeometry(places.actions().front()).size();
+        places.close();
+        for (const QSize& target : targets) {
+            EXPECT_GE(std::min(target.width(), target.height()), touch ? 44 : 24);
+        }
+    }
+}
+
+TEST_F(PaneTouch, TapsChooseAndFlicksOnlyScroll)
+{
+    screen_.reset(QTest::createTouchDevice());
+    CPlayedPane pane(libraries_, {.folder = u"Long"});
+    QWidget& rows = *pane.List().viewport();
+    pane.TakeClicks();
+    Touch(rows, pane.List().visualRect(pane.pane->Model().index(1, 0)).center());
+    EXPECT_EQ(pane.Selected(), "L1");
+    EXPECT_EQ(pane.TakeClicks(), 1);
+    Touch(rows, {60, rows.height() - 20}, -100);
+    EXPECT_GT(pane.List().verticalScrollBar()->value(), 0);
+    EXPECT_EQ(pane.Selected(), "L1");
+    EXPECT_EQ(pane.TakeClicks(), 0);
+
+    // A finger that stays asks for the menu, by which it can take several.
+    pane.List().scrollToTop();
+    const QPoint third = pane.List().visualRect(pane.pane->Model().index(2, 0)).center();
+    QTest::touchEvent(&pane.window, screen_.get()).press(0, third, &rows);
+    QTRY_VERIFY_WITH_TIMEOUT(QApplication::activePopupWidget() != nullptr, 3000);
+    QTest::touchEvent(&pane.window, screen_.get()).release(0, third, &rows);
+    auto& menu = *qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    menu.actions().front()->trigger();
+    menu.close();
+    EXPECT_EQ(pane.Selected(), "L1 L2");
+    EXPECT_EQ(pane.TakeClicks(), 1);
+
+    QWidget& tree = *pane.Tree().viewport();
+    const QModelIndex server = pane.Tree().model()->index(0, 0);
+    Touch(tree, pane.Tree().visualRect(server).center(), 40);
+    EXPECT_EQ(pane.TakeClicks(), 0) << "scrolled";
+    Touch(tree, pane.Tree().visualRect(server).center());
+    EXPECT_EQ(pane.browser.GetCurrentFolder(), u"");
+    EXPECT_EQ(pane.TakeClicks(), 1);
+}
+
+} // namespace
+} // namespace partkeep
