@@ -38,8 +38,24 @@ CDialogFrame::~CDialogFrame()
     events_.FrameGoes();
 }
 
+// Windows do not inherit: menus, open lists, messages and dialogs over this one take its colours when they come.
+void CDialogFrame::Colour(QWidget& widget) const
+{
+    if (!widget.isWindow() || widget.windowType() == Qt::ToolTip) {
+        return;
+    }
+    for (const QWidget* around = widget.parentWidget(); around != nullptr; around = around->parentWidget()) {
+        if (around == this) {
+            widget.setPalette(palette());
+        }
+    }
+}
+
 bool CDialogFrame::eventFilter(QObject* watched, QEvent* event)
 {
+    if (event->type() == QEvent::Polish && watched->isWidgetType()) {
+        Colour(static_cast<QWidget&>(*watched));
+    }
     if (!IsInput(event->type()) || !watched->isWidgetType()) {
         return false;
     }

@@ -52,6 +52,7 @@ protected:
 
 private:
     [[nodiscard]] bool IsFirstReceiver(const QWidget& widget, const QKeyEvent& event);
+    void Colour(QWidget& widget) const;
     bool FilterKey(QWidget& widget, QKeyEvent& event);
     [[nodiscard]] CDropDownList* OpenListAround(const QWidget& widget) const;
 

@@ -1,10 +1,12 @@
 // Walks all windows, widgets and menus of a run in each language: none shows a text of another.
 #include "tests/desktop/whole_dialog.h"
+#include "tests/desktop/window_checks.h"
 
 #include "desktop/pane/favourites_dialog.h"
 #include "desktop/pane/key_sheet.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QApplication>
 #include <QComboBox>
 #include <QContextMenuEvent>
@@ -14,6 +16,11 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QRegularExpression>
+
+#include <iconv.h>
+
+#include <algorithm>
+#include <array>
 
 namespace partkeep {
 namespace {
@@ -25,25 +32,35 @@ const QRegularExpression& Exceptions()
         u"Partkeep "
         u"Read|Kolvyn|Partkeep|PNG|/[\\w/"
         u".-]+|PART|NCT|LASER|MARVEN|SRV1|Plates|2008|Bare|SPCC|板金|筐体|タレット|取付板|\\b[pP]\\d+|"
-        u"Ctrl|Shift|Alt|Space|Enter|Esc|Delete|F\\d|CSV|csv|\\(&?[A-Z]\\)|A–Z|\\bmm\\b|\\binch\\b|\\bOK\\b|\\bNO\\b"_s);
+        u"Ctrl|Shift|Alt|\\bF\\d|CSV|csv|partkeep-library check --rebuild|\\(&?[A-Z]\\)|\\bmm\\b|\\binch\\b|\\bOK\\b|\\bNO\\b|\\b[Mk]iB\\b"_s);
     return pattern;
 }
 
-bool HasKana(const QString& text)
+// Whether an old encoding of one language has a character: each lacks the characters of the other that look alike.
+bool IsIn(const char* encoding, QChar character)
 {
-    return text.contains(QRegularExpression(u"[\\x{3041}-\\x{30fa}]"_s));
-}
-
-bool HasScript(const QString& text)
-{
-    return text.contains(QRegularExpression(u"[\\x{3041}-\\x{30fa}\\x{4e00}-\\x{9fff}]"_s));
+    iconv_t converter = iconv_open(encoding, "UTF-16LE");
+    std::array<char, 2> from{static_cast<char>(character.cell()), static_cast<char>(character.row())};
+    std::array<char, 4> to{};
+    char* in = from.data();
+    char* out = to.data();
+    std::size_t in_left = from.size();
+    std::size_t out_left = to.size();
+    const bool converted = iconv(converter, &in, &in_left, &out, &out_left) == 0;
+    iconv_close(converter);
+    return converted;
 }
 
 bool IsOfLanguage(QString text, int language)
 {
     text.remove(Exceptions());
     const bool latin = text.contains(QRegularExpression(u"[A-Za-z]{2}"_s));
-    return language == 1 ? !HasScript(text) : !latin && (language == 2 || !HasKana(text));
+    return (language == 1 || !latin) && std::ranges::all_of(text, [language](QChar character) {
+               const bool letter = character.isLetter() && character.unicode() >= 0x3041;
+               const bool kana = character.unicode() <= 0x30fa;
+               return !letter || (language == 2 && IsIn("CP932", character)) ||
+                      (language == 3 && !kana && IsIn("GB2312", character));
+           });
 }
 
 void Collect(const QMenu& menu, QStringList& texts)
@@ -69,7 +86,8 @@ void Collect(QWidget& widget, QStringList& texts)
     if (const auto* button = qobject_cast<QAbstractButton*>(&widget)) {
         texts += button->text();
     }
-    if (const auto* label = qobject_cast<QLabel*>(&widget)) {
+    const bool of_keyboard = dynamic_cast<CKeySheet*>(widget.window()) != nullptr && widget.font().bold();
+    if (const auto* label = qobject_cast<QLabel*>(&widget); label != nullptr && !of_keyboard) {
         texts += label->text();
     }
     if (auto* field = qobject_cast<QLineEdit*>(&widget)) {
@@ -113,47 +131,117 @@ void ExpectLanguage(int language)
     }
 }
 
+// Each menu and window in the order of looking.
+const char* const spoken_in_english =
+    "AlertMessage Kolvyn PartkeepRead|StaticText Please select one or more part.|Grouping |Button OK|"
+    "PopupMenu Parts|MenuItem Select this one too|MenuItem Copy the name|MenuItem Go to its folder|"
+    "MenuItem Export the selection|PopupMenu Places|MenuItem Add this folder to the favourites|Separator |"
+    "MenuItem Favourites|MenuItem No favourites yet|Separator |MenuItem Recent folders|"
+    "MenuItem SRV1\\Plates\\2008|PopupMenu Narrow|MenuItem Material|MenuItem Machine|MenuItem Thickness (mm)|"
+    "PopupMenu Material|MenuItem All|MenuItem SPCC|PopupMenu Columns|MenuItem Name|MenuItem Sort ascending|"
+    "MenuItem Sort descending|MenuItem Move to the left|MenuItem Move to the right|MenuItem Wider|"
+    "MenuItem Narrower|Separator |MenuItem Columns|MenuItem Name|MenuItem Thickness (mm)|MenuItem Material|"
+    "MenuItem Machine|MenuItem Comment|Separator |MenuItem Pictures|MenuItem No pictures|MenuItem Small pictures|"
+    "MenuItem Medium pictures|MenuItem Large pictures|Separator |MenuItem Servers and folders|"
+    "MenuItem Wider tree|MenuItem Narrower tree|Dialog Keys|StaticText A–Z 0–9|"
+    "StaticText Search, from the list or the tree|StaticText ↑ ↓|StaticText In the search box: move in the list|"
+    "StaticText Shift+↑ ↓|StaticText Select on|StaticText Space|StaticText Choose a result of the whole server|"
+    "StaticText Ctrl+F|StaticText To the search box|StaticText Ctrl+Shift+F|"
+    "StaticText This folder or whole server|StaticText Ctrl+D|StaticText This folder to or from the favourites|"
+    "StaticText Alt+↑|StaticText The folder above|StaticText Alt+←|StaticText Back to the results|StaticText F5|"
+    "StaticText Read everything again|StaticText Ctrl+C|StaticText Copy the names of selected parts|"
+    "StaticText Ctrl+A|StaticText Select all parts|StaticText Enter|StaticText OK: load|StaticText Esc|"
+    "StaticText Cancel|StaticText Alt+1 – Alt+4|StaticText Machine filter|StaticText F6|"
+    "StaticText To the selected parts and back|StaticText Delete|StaticText Selected parts: remove|StaticText F2|"
+    "StaticText Selected parts: change the quantity|StaticText Ctrl+Z|"
+    "StaticText Selected parts: put back what was removed|StaticText F1|StaticText This sheet|"
+    "Dialog Arrange the favourites|List Favourites|ListItem SRV1\\Plates\\2008|Button Up|Button Down|"
+    "Button Rename|Button Remove|Button Close|AlertMessage Export the list|Graphic |"
+    "StaticText The list could not be written to /nowhere/list.csv.|Grouping |Button OK";
+
 class Languages : public WholeDialog, public ::testing::WithParamInterface<int> {
 protected:
-    Languages() : WholeDialog(GetParam()) {}
+    Languages() : WholeDialog(GetParam()) { QAccessible::setActive(true); }
+
+    [[nodiscard]] static QString Said(PaneText text) { return PaneString(text, InterfaceLanguageOf(GetParam())); }
+
+    // All that is up, of which one window is new to the reader.
+    void Look(QWidget* window)
+    {
+        ExpectLanguage(GetParam());
+        ASSERT_NE(window, nullptr);
+        ExpectReadable(*window);
+        Speak(*window, spoken_);
+    }
+    void LookAtMenu(QMenu& menu)
+    {
+        menu.popup({});
+        Look(&menu);
+        menu.close();
+    }
+
+    QStringList spoken_;
 };
 
 TEST_P(Languages, NoWindowShowsATextOfAnother)
 {
     const UserStep look = [] { ExpectLanguage(GetParam()); };
-    const UserStep menus = [look] {
+    // Windows and menus that go take the keys along, so these come last.
+    const UserStep menus = [this] {
         Pane().List().setFocus();
         QContextMenuEvent row(QContextMenuEvent::Keyboard, {}, {});
         QApplication::sendEvent(&Pane().List(), &row);
-        look();
+        Look(QApplication::activePopupWidget());
         QApplication::activePopupWidget()->close();
+        LookAtMenu(*ButtonIn(Pane(), Said(PaneText::Places))->menu());
+        QMenu& narrow = *ButtonIn(Pane(), Said(PaneText::Narrow))->menu();
+        LookAtMenu(narrow);
+        LookAtMenu(*narrow.actions().front()->menu());
+        ButtonIn(Pane(), Said(PaneText::Columns))->click();
+        Look(QApplication::activePopupWidget());
+        QApplication::activePopupWidget()->close();
+    };
+    const UserStep windows = [this] {
         Pane().TakeWindowKey(QKeyEvent(QEvent::KeyPress, Qt::Key_F1, Qt::NoModifier));
-        CPanePlaces places({});
+        Look(&OwnChild<CKeySheet>(*WindowOf(dialog)));
+        Pane().TakeWindowKey(QKeyEvent(QEvent::KeyPress, Qt::Key_F1, Qt::NoModifier));
+        Pane().TakeWindowKey(QKeyEvent(QEvent::KeyPress, Qt::Key_D, Qt::ControlModifier));
+        ExpectLanguage(GetParam());
+        CPanePlaces places(libraries_.Folder() + u"/places.json"_s);
         CFavouritesDialog favourites(places, InterfaceLanguageOf(GetParam()), &Pane());
         favourites.setAttribute(Qt::WA_DeleteOnClose, false);
-        look();
+        favourites.show();
+        Look(&favourites);
+        ButtonIn(Pane(), Said(PaneText::Export))->click();
+        auto* files = Pane().findChild<QFileDialog*>();
+        ASSERT_NE(files, nullptr);
+        ExpectLanguage(GetParam());
+        ExpectReadable(*files);
+        Q_EMIT files->fileSelected(u"/nowhere/list.csv"_s);
+        auto* failed = Pane().findChild<QMessageBox*>();
+        Look(failed);
+        failed->close();
+        files->reject();
+        WindowOf(dialog)->close();
     };
-    const UserStep export_list = [look] {
-        for (auto* button : Pane().findChildren<QToolButton*>()) {
-            if (button->isVisible() &&
-                button->toolTip() == PaneString(PaneText::ExportTitle, InterfaceLanguageOf(GetParam()))) {
-                button->click();
-            }
-        }
-        auto* dialog_of_files = Pane().findChild<QFileDialog*>();
-        ASSERT_NE(dialog_of_files, nullptr);
-        look();
-        dialog_of_files->reject();
-        WindowOf(dialog)->activateWindow();
-    };
-    const UserStep message = [look] {
-        look();
+    const UserStep message = [this] {
+        Look(QApplication::activeModalWidget());
         AnswerMessage();
     };
     Run(true,
         {Clicking(dialog, RES_ADD), message, Clicking(dialog, RES_ASK_QUANTITY), Row(0), Clicking(dialog, RES_ADD),
-         look, Typing(keypad, "5"), Pressing(keypad, Qt::Key_Return), look, menus, export_list, [] { Settle(); },
-         Typing(dialog, "p9"), [] { Settle(Pane()); }, look, Pressing(dialog, Qt::Key_Escape)});
+         look, Typing(keypad, "5"), Pressing(keypad, Qt::Key_Return), look, Typing(dialog, "p9"),
+         [] { Settle(Pane()); }, look, Pressing(dialog, Qt::Key_Backspace), [] { Settle(Pane()); },
+         [menus, windows] {
+             menus();
+             windows();
+         }});
+    if (GetParam() == 1) {
+        EXPECT_EQ(spoken_.join(u'|').toStdString(), spoken_in_english);
+    }
+    for (int text = 0; text < static_cast<int>(PaneText::Count); ++text) {
+        EXPECT_TRUE(IsOfLanguage(Said(static_cast<PaneText>(text)), GetParam())) << text;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(AllThree, Languages, ::testing::Values(1, 2, 3));

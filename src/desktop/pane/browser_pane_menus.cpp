@@ -36,7 +36,7 @@ void CBrowserPane::ColumnMenu(int column, const QPoint& place)
 {
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    StyleMenu(*menu);
+    StyleMenu(*menu, Text(PaneText::Columns));
     FillColumnMenu(*menu, {list_->Header(), column, settings_.language, pictures_size_,
                            [this](int by, Qt::SortOrder order) { list_->Header().setSortIndicator(by, order); },
                            [this](PictureSize size) { ShowPictures(size); }, [this](int by) { WidenTree(by); }});
@@ -125,7 +125,7 @@ void CBrowserPane::RowMenu(const QPoint& place)
     }
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    StyleMenu(*menu);
+    StyleMenu(*menu, Text(PaneText::Parts));
     FillRowMenu(*menu, state);
     menu->popup(place);
 }

@@ -165,7 +165,7 @@ void CBrowserPane::Connect()
 void CBrowserPane::DrawIcons()
 {
     const QPalette& colours = palette();
-    StyleMenu(*places_menu_);
+    StyleMenu(*places_menu_, Text(PaneText::Places));
     servers_->SetIcons(DrawPaneIcon(PaneIcon::Server, colours), DrawPaneIcon(PaneIcon::ServerAway, colours),
                        DrawPaneIcon(PaneIcon::Folder, colours));
     places_button_->setIcon(DrawPaneIcon(PaneIcon::Star, colours));

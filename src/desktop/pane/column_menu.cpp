@@ -85,18 +85,19 @@ void AddPictureSizes(QMenu& menu, const ColumnMenuState& state)
 
 } // namespace
 
-void StyleMenu(QMenu& menu)
+void StyleMenu(QMenu& menu, const QString& name)
 {
+    menu.setAccessibleName(name);
     const QPalette theme = QApplication::palette();
     const QColor faint = FaintText(theme.color(QPalette::WindowText), theme.color(QPalette::Window));
-    const QColor selected = ReadableColours(theme).color(QPalette::Highlight);
     const int room = (FingerSide(entry_side) - menu.fontMetrics().height() + 1) / 2;
-    menu.setStyleSheet(QStringLiteral("QMenu::item { padding: %3px 16px %3px 28px; } QMenu::indicator { left: 8px; }"
-                                      "QMenu::item:selected { background: %1; color: palette(highlighted-text); }"
-                                      "QMenu::item:disabled { color: %2; background: transparent; }"
-                                      "QMenu::separator { height: 1px; background: palette(mid); }")
-                           .arg(selected.name(), faint.name())
-                           .arg(std::max(room, 0)));
+    menu.setStyleSheet(
+        QStringLiteral("QMenu::item { padding: %2px 16px %2px 28px; } QMenu::indicator { left: 8px; }"
+                       "QMenu::item:selected { background: palette(highlight); color: palette(highlighted-text); }"
+                       "QMenu::item:disabled { color: %1; background: transparent; }"
+                       "QMenu::separator { height: 1px; background: palette(mid); }")
+            .arg(faint.name())
+            .arg(std::max(room, 0)));
 }
 
 void AddMenuTitle(QMenu& menu, const QString& text)

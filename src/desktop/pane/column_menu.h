@@ -25,8 +25,8 @@ struct ColumnMenuState {
     std::function<void(int by)> widen_tree;
 };
 
-// Entries that a finger can tell apart, in the colours of the palette.
-void StyleMenu(QMenu& menu);
+// Entries that a finger can tell apart, in the colours of the palette; and what a screen reader calls the menu.
+void StyleMenu(QMenu& menu, const QString& name);
 
 // A heading for the entries that follow. The toolkit's own sections lose their text to a style.
 void AddMenuTitle(QMenu& menu, const QString& text);

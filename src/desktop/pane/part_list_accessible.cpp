@@ -217,6 +217,16 @@ QList<QAccessibleInterface*> CPartListAccessible::selectedCells() const
     return cells;
 }
 
+bool CPartListAccessible::selectRow(int row)
+{
+    return View().SelectRow(row, true);
+}
+
+bool CPartListAccessible::unselectRow(int row)
+{
+    return View().SelectRow(row, false);
+}
+
 bool CPartListAccessible::isRowSelected(int row) const
 {
     return View().selectionModel()->isRowSelected(row);

@@ -45,10 +45,10 @@ public:
     [[nodiscard]] QList<int> selectedRows() const override; // the first thousand
     [[nodiscard]] bool isColumnSelected(int /*column*/) const override { return false; }
     [[nodiscard]] bool isRowSelected(int row) const override;
-    // The selection is the user's; a screen reader works it by keys.
-    bool selectRow(int /*row*/) override { return false; }
+    // For whoever has neither keys nor a pointer: the row too, or no more.
+    bool selectRow(int row) override;
     bool selectColumn(int /*column*/) override { return false; }
-    bool unselectRow(int /*row*/) override { return false; }
+    bool unselectRow(int row) override;
     bool unselectColumn(int /*column*/) override { return false; }
     void modelChange(QAccessibleTableModelChangeEvent* event) override;
 

@@ -189,6 +189,19 @@ void CPartListView::keyPressEvent(QKeyEvent* event)
     events_.Act(false, [&] { QAbstractItemView::keyPressEvent(event); });
 }
 
+bool CPartListView::SelectRow(int row, bool selected)
+{
+    const QWidget* modal = QApplication::activeModalWidget();
+    const QModelIndex index = model()->index(row, FirstColumn());
+    if (!index.isValid() || (modal != nullptr && modal != window()) ||
+        selectionModel()->isRowSelected(row) == selected) {
+        return false;
+    }
+    const auto change = selected ? QItemSelectionModel::Select : QItemSelectionModel::Deselect;
+    events_.Act(true, [&] { selectionModel()->setCurrentIndex(index, change | QItemSelectionModel::Rows); });
+    return true;
+}
+
 void CPartListView::contextMenuEvent(QContextMenuEvent* event)
 {
     if (event->reason() != QContextMenuEvent::Keyboard) {

@@ -94,7 +94,7 @@ void CSearchLine::DrawIcons()
     box_->ClearButton().setIcon(DrawPaneIcon(PaneIcon::Clear, palette()));
     scope_->setIcon(DrawPaneIcon(PaneIcon::Search, palette()));
     narrow_->setIcon(DrawPaneIcon(PaneIcon::Narrow, palette()));
-    StyleMenu(*narrow_menu_);
+    StyleMenu(*narrow_menu_, Text(PaneText::Narrow));
 }
 
 QString CSearchLine::ValueText(PartColumn column, const ColumnValue& value) const
@@ -104,13 +104,16 @@ QString CSearchLine::ValueText(PartColumn column, const ColumnValue& value) cons
 
 void CSearchLine::FillNarrowMenu()
 {
+    for (QMenu* old : narrow_menu_->findChildren<QMenu*>(Qt::FindDirectChildrenOnly)) {
+        old->deleteLater(); // clearing leaves it
+    }
     narrow_menu_->clear();
     constexpr PaneText names[] = {PaneText::Material, PaneText::Machine, PaneText::ThicknessMetric};
     for (std::size_t i = 0; i < std::size(narrow_columns); ++i) {
         const PartColumn column = narrow_columns[i];
         const bool inch = names[i] == PaneText::ThicknessMetric && session_.ShownUnit() == DisplayUnit::Inch;
         QMenu* values = narrow_menu_->addMenu(Text(inch ? PaneText::ThicknessInch : names[i]));
-        StyleMenu(*values);
+        StyleMenu(*values, values->title());
         connect(values, &QMenu::aboutToShow, this, [this, values, column] { FillValues(*values, column); });
     }
 }
