@@ -195,6 +195,21 @@ void LibraryShop::ForgeFolder(const QString& path)
             connection->Problem());
 }
 
+void LibraryShop::SwapEntries(const QString& name, qsizetype first, qsizetype second)
+{
+    LibraryProblem problem;
+    auto connection = CConnection::Open(library_file_, OpenMode::Read, problem);
+    const auto page = [&] {
+        CStatement root(*connection, "SELECT rootpage FROM sqlite_schema WHERE name = ?");
+        return root.With(name).Next() ? root.Integer(0) : 0;
+    }();
+    connection.reset();
+    std::string bytes = ReadBytes(library_file_.toStdString());
+    const auto entries = bytes.begin() + (page - 1) * page_bytes + 8; // behind the head of a page without others below
+    std::swap_ranges(entries + 2 * first, entries + 2 * first + 2, entries + 2 * second);
+    WriteBytes(library_file_.toStdString(), bytes);
+}
+
 std::string LibraryShop::Check() const
 {
     LibraryProblem problem;

@@ -76,6 +76,9 @@ protected:
     void ForgePart(const QString& name);
     void ForgeFolder(const QString& path);
 
+    // Two entries in the first page of a table or an index change places.
+    void SwapEntries(const QString& name, qsizetype first, qsizetype second);
+
     // What the tool's check has to say of SRV1, in lines; nothing for a sound library.
     [[nodiscard]] std::string Check() const;
 

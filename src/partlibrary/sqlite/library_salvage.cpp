@@ -65,22 +65,21 @@ private:
         return true;
     }
 
-    // Each row by the table's own order alone, since an index may be what is damaged.
+    // Each row by the table's own order alone, since an index may be what is damaged. A number may be damaged, too, and
+    // then even that order leads astray whoever looks for the next number: the rows are gone through one by one.
     template <typename Each>
     bool Rows(const std::string& sql, qint64 end, const Each& each)
     {
         qint64 skip = 0;
         for (qint64 id = 0;;) {
-            CStatement next(damaged_, sql + " WHERE id > ? ORDER BY id LIMIT 1");
-            if (next.With(id).Next()) {
-                id = next.Integer(0);
-                skip = 0;
-                if (!each(next)) {
+            CStatement rows(damaged_, sql + " WHERE id > ? ORDER BY id");
+            for (rows.With(id); rows.Next(); skip = 0) {
+                id = rows.Integer(0) < end ? std::max(id, rows.Integer(0)) : id;
+                if (!each(rows)) {
                     return false;
                 }
-                continue;
             }
-            if (!next.Failed()) {
+            if (!rows.Failed()) {
                 return true;
             }
             if (damaged_.Problem().fault != LibraryFault::Damaged) {
