@@ -115,6 +115,10 @@ TEST_F(PartList, GoesThroughAllFolders)
 
 TEST_F(PartList, TheSearchIndexFollowsItsParts)
 {
+    view_.search = u"p"_s;
+    const auto wider = library_->List(view_, 5, nullptr);
+    wider->Finish();
+    view_.search = u"p1"_s;
     libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
         const auto folder = writer.MakeFolder(u"Plates\\2008"_s);
         ASSERT_TRUE(writer.PutPart(*folder, u"P10"_s, PartAttributes{0, {}, {}, u"鋼 br-1"_s}));
@@ -128,6 +132,10 @@ TEST_F(PartList, TheSearchIndexFollowsItsParts)
         EXPECT_EQ(found.Integer(0), count) << typed.toStdString();
     }
     EXPECT_EQ(Check(), "");
+    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) { PutTestPart(writer, u"Plates\\2008"_s, u"P11"_s, 1); });
+    const auto list = library_->List(view_, 5, wider.get());
+    list->Finish();
+    EXPECT_EQ(list->Count(), 3) << "what came since the wider list began is not left out";
 }
 
 // Asks the engine how it goes about each statement that look-ups, listings and copies really run. Only what is

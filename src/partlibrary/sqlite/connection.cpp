@@ -161,6 +161,12 @@ bool CConnection::InTransaction() const
     return sqlite3_get_autocommit(database_) == 0;
 }
 
+std::optional<qint64> CConnection::State()
+{
+    CStatement state(*this, "PRAGMA data_version");
+    return state.Next() ? std::optional(state.Integer(0)) : std::nullopt;
+}
+
 std::string CConnection::Image() const
 {
     sqlite3_int64 size = 0;

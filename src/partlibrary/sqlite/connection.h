@@ -12,6 +12,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -55,6 +56,7 @@ public:
     void SetId(QByteArray id);
     [[nodiscard]] qint64 Salt() const { return salt_; } // of the sums of rows, by the id
     [[nodiscard]] bool InTransaction() const;
+    [[nodiscard]] std::optional<qint64> State(); // another number after each change that somebody else commits
     [[nodiscard]] sqlite3* Engine() const { return database_; } // for what the engine does with files as a whole
     [[nodiscard]] std::string Image() const;                    // the whole as it would stand in a file
     void SetPatience(std::chrono::milliseconds patience) { patience_ = patience; }

@@ -37,8 +37,8 @@ qint64 Adapted(qint64 window, qint64 nanoseconds, qint64 smallest, qint64 larges
 
 CPartPages::CPartPages(std::shared_ptr<CConnection> connection, PartListView view, qint64 parts_in_folder,
                        std::shared_ptr<const CServerFolders> folders, bool other_keys)
-    : connection_(std::move(connection)),
-      view_(std::move(view)), shown_{SearchWords(view_.search), std::move(folders), other_keys},
+    : connection_(std::move(connection)), view_(std::move(view)),
+      state_(connection_->State()), shown_{SearchWords(view_.search), std::move(folders), other_keys},
       phase_(parts_in_folder > small_folder && !shown_.words.isEmpty() && !other_keys ? Phase::Sample : Phase::Walk),
       window_(smallest_window * 4), candidate_window_(smallest_candidate_window), anchors_(1), ordered_({&view_})
 {
@@ -56,8 +56,9 @@ bool CPartPages::NarrowFrom(const CPartPages& wider)
         std::all_of(wider.shown_.words.begin(), wider.shown_.words.end(), [&words](const QString& old) {
             return std::any_of(words.begin(), words.end(), [&old](const QString& word) { return word.contains(old); });
         });
-    if (!wider.Complete() || static_cast<qint64>(wider.ids_.size()) != wider.count_ || same != view_ || !narrows ||
-        Failed() || shown_.other_keys) {
+    const bool of_now = wider.connection_ == connection_ && state_ && wider.state_ == state_;
+    if (!of_now || !wider.Complete() || static_cast<qint64>(wider.ids_.size()) != wider.count_ || same != view_ ||
+        !narrows || Failed() || shown_.other_keys) {
         return false;
     }
     candidates_ = wider.ids_;

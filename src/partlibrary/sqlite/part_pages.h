@@ -29,7 +29,7 @@ public:
                std::shared_ptr<const CServerFolders> folders = nullptr, bool other_keys = false);
 
     // Looks only among the rows of a list that this one's search narrows. False when that list does not hold
-    // all its ids, or shows something else. To be called before the first step.
+    // all its ids, shows something else, or is of an earlier state. To be called before the first step.
     bool NarrowFrom(const CPartPages& wider);
 
     bool Step() override;
@@ -72,6 +72,7 @@ private:
 
     std::shared_ptr<CConnection> connection_;
     PartListView view_;
+    std::optional<qint64> state_; // of the library when the list began
     ShownRows shown_;
     QStringList index_words_; // those of their pairs that the index is asked for
     Phase phase_;

@@ -10,15 +10,15 @@ namespace partkeep {
 std::shared_ptr<const CServerFolders> CServerFolders::Read(CConnection& connection,
                                                            std::shared_ptr<const CServerFolders> known)
 {
-    CStatement state(connection, "SELECT data_version FROM pragma_data_version");
-    if (!state.Next()) {
+    const auto state = connection.State();
+    if (!state) {
         return nullptr;
     }
-    if (known != nullptr && known->state_ == state.Integer(0)) {
+    if (known != nullptr && known->state_ == *state) {
         return known;
     }
     auto folders = std::make_shared<CServerFolders>();
-    folders->state_ = state.Integer(0);
+    folders->state_ = *state;
     return folders->Fill(connection) ? folders : nullptr;
 }
 

@@ -239,8 +239,7 @@ std::optional<std::vector<PartRow>> CSqliteLibrary::PartsBehind(qint64 folder, c
 
 std::optional<qint64> CSqliteLibrary::Revision()
 {
-    CStatement statement(*connection_, "PRAGMA data_version");
-    return statement.Next() ? std::optional(statement.Integer(0)) : std::nullopt;
+    return connection_->State();
 }
 
 bool CSqliteLibrary::LookForChange()
