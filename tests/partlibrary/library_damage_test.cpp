@@ -1,9 +1,13 @@
 // Libraries that are cut short, altered, foreign or gone: a clear reason, never a crash or wrong content.
+#include "partlibrary/library/library_names.h"
+#include "partlibrary/library/library_walk.h"
+#include "partlibrary/sqlite/library_rows.h"
 #include "tests/partlibrary/library_fixture.h"
 
 #include <filesystem>
 #include <random>
 #include <set>
+#include <sqlite3.h>
 #include <sys/stat.h>
 
 namespace partkeep {
@@ -93,6 +97,8 @@ TEST_F(LibraryDamage, AChangedOrMissingPieceIsFound)
         {"UPDATE folder SET parent = 3 WHERE id = 2", "", "not as it was stored"},
         {"UPDATE folder SET sort_key = x'' WHERE id = 2", "", "its key"},
         {"UPDATE folder SET parts = 7", "", "count of parts"},
+        {"UPDATE folder SET parts = 1 << 62", "", "folder : the row"},
+        {"UPDATE folder SET parent = 7 WHERE id = 1", "a row", "folder : the row"},
     };
     for (const auto& row : rows) {
         WriteBytes(file_, sound_);
@@ -150,6 +156,34 @@ TEST_F(LibraryDamage, SearchAndImportEndWhateverTheRowsSay)
     const auto writer = CSqliteWriter::Open(library_file_, problem);
     EXPECT_FALSE(writer->Begin() && writer->MakeFolder(u"New"_s));
     EXPECT_EQ(writer->Problem().fault, LibraryFault::Damaged);
+}
+
+// Twins among folders, each with twins inside, and names out of order.
+TEST_F(LibraryDamage, WalksEndWhateverTheIndexesSay)
+{
+    LibraryProblem problem;
+    auto forger = CConnection::Open(library_file_, OpenMode::Write, problem);
+    sqlite3_db_config(forger->Engine(), SQLITE_DBCONFIG_DEFENSIVE, 0, nullptr);
+    ASSERT_TRUE(forger->Execute("DROP INDEX folder_by_path"));
+    QString path;
+    for (qint64 id = 100; id < 160; ++id) {
+        const qint64 parent = id < 102 ? 1 : id / 2 * 2 - 2;
+        path = JoinPath(path, id % 2 == 0 ? u"a"_s : QString()); // the twin has the same
+        ASSERT_TRUE(forger->Execute("INSERT INTO folder VALUES(?, ?, 'a', ?, x'', ?, 0)", id, parent, path,
+                                    FolderSum(forger->Salt(), id, parent, "a", path.toStdString())));
+    }
+    for (const char* sql : {"CREATE INDEX folder_by_path ON folder(path)", "PRAGMA writable_schema=1",
+                            "UPDATE sqlite_schema SET sql = replace(sql, 'TE IN', 'TE UNIQUE IN') "
+                            "WHERE name = 'folder_by_path'"}) {
+        ASSERT_TRUE(forger->Execute(sql)) << sql;
+    }
+    forger.reset();
+    SwapEntries(u"part_by_name"_s, 1, 3);
+    const auto library = CSqliteLibrary::Open(library_file_, problem);
+    ASSERT_NE(library, nullptr) << ProblemText(problem);
+    EXPECT_EQ(AllFolders(*library)->size(), 3U + 30U);
+    EXPECT_FALSE(library->PartsBehind(library->FindFolder(u"Plates\\2008"_s)->id, {}, 9));
+    EXPECT_EQ(library->Problem().fault, LibraryFault::Damaged);
 }
 
 // A writer that was cut off leaves its journal: it is taken back when the next reader comes, or while one is reading.

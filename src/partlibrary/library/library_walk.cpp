@@ -1,5 +1,7 @@
 #include "partlibrary/library/library_walk.h"
 
+#include <QSet>
+
 #include <algorithm>
 
 namespace partkeep {
@@ -18,9 +20,15 @@ std::optional<std::vector<FolderRow>> AllFolders(IPartLibrary& library, const QS
     }
     std::vector<FolderRow> all;
     std::vector<FolderRow> waiting{*first};
+    QSet<QString> met; // twins in each of their twins would be more than anybody can walk through
     while (!waiting.empty()) {
-        all.push_back(std::move(waiting.back()));
+        const FolderRow next = std::move(waiting.back());
         waiting.pop_back();
+        if (met.contains(next.path)) {
+            continue;
+        }
+        met.insert(next.path);
+        all.push_back(next);
         if (!all.back().has_folders) {
             continue;
         }

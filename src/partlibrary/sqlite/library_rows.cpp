@@ -73,13 +73,15 @@ qint64 PieceSum(qint64 salt, qint64 id, std::string_view content)
 }
 
 // The root alone has no parent and no name. A path grows with each step down, so no folder is its own ancestor.
-RowFault ReadFolderRow(const CStatement& statement, FolderRow& row)
+RowFault ReadFolderRow(const CStatement& statement, FolderRow& row, int column)
 {
-    const std::string_view name = statement.Raw(2);
-    const std::string_view path = statement.Raw(3);
-    const qint64 parent = statement.Integer(1);
-    row = {statement.Integer(0), FromUtf8(name), FromUtf8(path), statement.Integer(5), statement.Integer(6) != 0};
-    if (statement.Integer(4) != FolderSum(statement.Salt(), row.id, parent, name, path) || row.parts < 0) {
+    const qint64 parent = statement.Integer(column + 1);
+    const std::string_view name = statement.Raw(column + 2);
+    const std::string_view path = statement.Raw(column + 3);
+    row = {statement.Integer(column), FromUtf8(name), FromUtf8(path), statement.Integer(column + 5),
+           statement.Integer(column + 6) != 0};
+    const bool in_range = row.id > 0 && row.id <= max_part_id && row.parts >= 0 && row.parts <= max_part_id;
+    if (!in_range || statement.Integer(column + 4) != FolderSum(statement.Salt(), row.id, parent, name, path)) {
         return RowFault::Damaged;
     }
     const bool root = row.id == root_folder;

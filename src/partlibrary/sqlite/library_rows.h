@@ -42,7 +42,7 @@ enum class RowFault { None, Refused, Damaged };
 inline constexpr const char* folder_row_columns =
     "folder.id, folder.parent, folder.name, folder.path, folder.sum, folder.parts, "
     "EXISTS(SELECT 1 FROM folder child WHERE child.parent = folder.id)";
-[[nodiscard]] RowFault ReadFolderRow(const CStatement& statement, FolderRow& row);
+[[nodiscard]] RowFault ReadFolderRow(const CStatement& statement, FolderRow& row, int column = 0); // from there on
 
 inline constexpr const char* part_row_columns = "part.id, part.folder, part.slots, part.thickness, part.name, "
                                                 "part.material, part.machine, part.comment, part.sum";

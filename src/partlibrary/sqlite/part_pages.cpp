@@ -202,7 +202,13 @@ void CPartPages::StepWalk()
     if (Failed()) {
         return;
     }
+    const bool onward = !at_ || !end || Precedes(view_, *at_, *end);
     at_ = end;
+    if (!onward) { // an index out of order would be walked through for ever
+        connection_->SetProblem(DamagedRow(*connection_));
+        Fail();
+        return;
+    }
     if (!end) {
         TakeOrder();
         phase_ = Phase::Complete;

@@ -1,6 +1,7 @@
 #include "partlibrary/sqlite/sqlite_library.h"
 
 #include "partlibrary/library/library_names.h"
+#include "partlibrary/library/library_text.h"
 #include "partlibrary/library/sort_text.h"
 #include "partlibrary/sqlite/part_pages.h"
 #include "partlibrary/sqlite/part_values.h"
@@ -15,6 +16,10 @@ namespace {
 
 const std::string select_folders = std::string("SELECT ") + folder_row_columns + " FROM folder ";
 const std::string select_parts = std::string("SELECT ") + part_row_columns + " FROM part ";
+const std::string find_part = std::string("SELECT ") + part_row_columns +
+                              ", folder.id, folder.parent, folder.name, folder.path, folder.sum, 0, 0 "
+                              "FROM folder CROSS JOIN part ON part.folder = folder.id "
+                              "WHERE folder.path = ? AND part.name = ?";
 
 std::optional<std::vector<PartId>> ReadIds(CConnection& connection, const CPartQuery& query)
 {
@@ -51,20 +56,27 @@ std::unique_ptr<CSqliteLibrary> CSqliteLibrary::Open(const QString& file, Librar
     return library;
 }
 
+std::nullopt_t CSqliteLibrary::RefuseDamaged()
+{
+    connection_->SetProblem(DamagedRow(*connection_));
+    return std::nullopt;
+}
+
 std::nullopt_t CSqliteLibrary::Refuse(LibraryFault fault, const QString& subject)
 {
     connection_->SetProblem({fault, subject, {}});
     return std::nullopt;
 }
 
-// A name that the gate would hold back is not looked for.
+// A name that the gate would hold back is not looked for. An index that is damaged may lead to another row.
 std::optional<FolderRow> CSqliteLibrary::FindFolder(const QString& path)
 {
     if (CheckFolderPath(path) != NameFault::None) {
         return Refuse(LibraryFault::NoFolder, path);
     }
     CStatement statement(*connection_, select_folders + "WHERE path = ?");
-    return ReadFolder(statement.With(path), path);
+    const auto row = ReadFolder(statement.With(path), path);
+    return !row || row->path == path ? row : RefuseDamaged();
 }
 
 std::optional<FolderRow> CSqliteLibrary::FindFolder(qint64 id)
@@ -81,8 +93,7 @@ std::optional<FolderRow> CSqliteLibrary::ReadFolder(CStatement& statement, const
     }
     const RowFault fault = ReadFolderRow(statement, row);
     if (fault == RowFault::Damaged) {
-        connection_->SetProblem(DamagedRow(*connection_));
-        return std::nullopt;
+        return RefuseDamaged();
     }
     return fault == RowFault::None ? std::optional(row) : Refuse(LibraryFault::NameRefused, subject);
 }
@@ -92,9 +103,17 @@ std::optional<PartRow> CSqliteLibrary::FindPart(const QString& folder, const QSt
     if (CheckFolderPath(folder) != NameFault::None || CheckName(name) != NameFault::None) {
         return Refuse(LibraryFault::NameRefused, JoinPath(folder, name));
     }
-    CStatement statement(*connection_,
-                         select_parts + "WHERE folder = (SELECT id FROM folder WHERE path = ?) AND name = ?");
-    return ReadPart(statement.With(folder, name), JoinPath(folder, name));
+    CStatement statement(*connection_, find_part);
+    const auto row = ReadPart(statement.With(folder, name), JoinPath(folder, name));
+    FolderRow inside;
+    if (!row) {
+        return row;
+    }
+    const RowFault fault = ReadFolderRow(statement, inside, part_row_column_count);
+    if (fault == RowFault::Refused) {
+        return Refuse(LibraryFault::NameRefused, row->name);
+    }
+    return fault == RowFault::None && inside.path == folder && row->name == name ? row : RefuseDamaged();
 }
 
 std::optional<PartRow> CSqliteLibrary::FindPart(PartId id)
@@ -111,8 +130,7 @@ std::optional<PartRow> CSqliteLibrary::ReadPart(CStatement& statement, const QSt
     }
     const RowFault fault = ReadPartRow(statement, row);
     if (fault == RowFault::Damaged) {
-        connection_->SetProblem(DamagedRow(*connection_));
-        return std::nullopt;
+        return RefuseDamaged();
     }
     return fault == RowFault::None ? std::optional(row) : Refuse(LibraryFault::NameRefused, subject);
 }
@@ -127,8 +145,7 @@ std::optional<std::vector<FolderRow>> CSqliteLibrary::Folders(const QString& pat
     for (statement.With(path); statement.Next();) {
         const RowFault fault = ReadFolderRow(statement, row);
         if (fault == RowFault::Damaged) {
-            connection_->SetProblem(DamagedRow(*connection_));
-            return std::nullopt;
+            return RefuseDamaged();
         }
         if (fault == RowFault::None && row.path == (path.isEmpty() ? row.name : path + u'\\' + row.name)) {
             rows.push_back(row);
@@ -227,11 +244,14 @@ std::optional<std::vector<PartRow>> CSqliteLibrary::PartsBehind(qint64 folder, c
                                                       "ORDER BY name LIMIT ?");
     std::vector<PartRow> rows;
     PartRow row;
+    std::string last = ToUtf8(after);
     for (statement.With(folder, after, limit); statement.Next();) {
-        if (ReadPartRow(statement, row) != RowFault::None) {
-            connection_->SetProblem(DamagedRow(*connection_));
-            return std::nullopt;
+        const bool sound = ReadPartRow(statement, row) == RowFault::None;
+        std::string name = ToUtf8(row.name);
+        if (!sound || name <= last) { // an index out of order would be walked through for ever
+            return RefuseDamaged();
         }
+        last = std::move(name);
         rows.push_back(row);
     }
     return statement.Failed() ? std::nullopt : std::optional(std::move(rows));
@@ -261,8 +281,7 @@ std::optional<std::vector<FileRow>> CSqliteLibrary::FileRows(PartId part)
     for (statement.With(part * slots_per_part, part * slots_per_part + slots_per_part - 1); statement.Next();) {
         FileRow file;
         if (ReadFileRow(statement, file) != RowFault::None) {
-            connection_->SetProblem(DamagedRow(*connection_));
-            return std::nullopt;
+            return RefuseDamaged();
         }
         files.push_back(std::move(file));
     }

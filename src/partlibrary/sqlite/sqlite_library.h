@@ -49,6 +49,7 @@ public:
 
 private:
     std::nullopt_t Refuse(LibraryFault fault, const QString& subject);
+    std::nullopt_t RefuseDamaged(); // a row
     [[nodiscard]] std::optional<FolderRow> ReadFolder(CStatement& statement, const QString& subject);
     [[nodiscard]] std::optional<PartRow> ReadPart(CStatement& statement, const QString& subject);
     [[nodiscard]] std::optional<std::vector<FileRow>> FileRows(PartId part);
