@@ -111,6 +111,8 @@ TEST_F(PartList, GoesThroughAllFolders)
     list->Finish();
     EXPECT_EQ(list->Count(), 0);
     EXPECT_GT(library_->Refused(), 0);
+    Forge(u"UPDATE part SET material = 'other'"_s);
+    EXPECT_EQ(library_->Values({}, PartColumn::Material, 9).has_value(), InDatabase()) << "rows are not as stored";
 }
 
 TEST_F(PartList, TheSearchIndexFollowsItsParts)

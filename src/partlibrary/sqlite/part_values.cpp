@@ -1,5 +1,7 @@
 #include "partlibrary/sqlite/part_values.h"
 
+#include "partlibrary/sqlite/library_rows.h"
+
 #include <QElapsedTimer>
 
 #include <algorithm>
@@ -15,7 +17,7 @@ class CValues {
 public:
     CValues(CConnection& connection, PartColumn column, bool other_keys, std::size_t most)
         : connection_(connection), key_(KeyColumn(column, other_keys)),
-          wanted_(TextColumn(column) + std::string(", ") + key_), number_(column == PartColumn::Thickness), most_(most)
+          wanted_(part_row_columns + std::string(", ") + key_), column_(column), most_(most)
     {
     }
 
@@ -25,31 +27,38 @@ public:
         const CPartQuery query = CPartQuery(any, wanted_).Among(ids);
         CStatement rows(connection_,
                         query.Sql() + " GROUP BY " + key_ + " ORDER BY " + key_ + " LIMIT " + std::to_string(most_));
-        for (rows.WithAll(query.Values()); rows.Next();) {
-            Take(rows);
+        bool sound = true;
+        for (rows.WithAll(query.Values()); sound && rows.Next();) {
+            sound = Take(rows).has_value();
         }
-        return !rows.Failed();
+        return sound && !rows.Failed();
     }
 
     // From one value to the next by the index, however many parts have it.
     bool OfFolder(qint64 folder)
     {
-        const std::string from = "SELECT " + wanted_ + " FROM part WHERE folder = ? ";
+        const std::string from = "SELECT " + wanted_ +
+                                 " FROM part WHERE folder = ? "
+                                 "AND part_is_sound(part.id, name, material, machine, comment) ";
         const std::string order = " ORDER BY " + key_ + ", name_key LIMIT 1";
         CStatement first(connection_, from + order);
         CStatement next(connection_, from + "AND " + key_ + " > ?" + order);
         CStatement* rows = &first.With(folder);
         while (found_.size() < most_ && rows->Next()) {
-            const SqlValue key = Take(*rows);
-            rows = &next.WithAll({SqlValue(folder), key});
+            const auto key = Take(*rows);
+            if (!key) {
+                return false;
+            }
+            rows = &next.WithAll({SqlValue(folder), *key});
         }
         return !rows->Failed();
     }
 
     std::vector<ColumnValue> InOrder()
     {
-        const auto below = [this](const ColumnValue& a, const ColumnValue& b) {
-            return number_ ? a.key.toLongLong() < b.key.toLongLong() : a.key < b.key;
+        const bool number = column_ == PartColumn::Thickness;
+        const auto below = [number](const ColumnValue& a, const ColumnValue& b) {
+            return number ? a.key.toLongLong() < b.key.toLongLong() : a.key < b.key;
         };
         std::stable_sort(found_.begin(), found_.end(), below);
         found_.erase(
@@ -59,17 +68,35 @@ public:
     }
 
 private:
-    SqlValue Take(const CStatement& row)
+    // The value's key; nothing for a row that does not pass.
+    std::optional<SqlValue> Take(const CStatement& statement)
     {
-        found_.push_back(number_ ? ColumnValue{row.Text(0), row.Text(0).toUtf8()}
-                                 : ColumnValue{row.Text(0), row.Bytes(1)});
-        return number_ ? SqlValue(row.Integer(1)) : SqlValue(found_.back().key);
+        PartRow row;
+        if (ReadPartRow(statement, row) != RowFault::None) {
+            connection_.SetProblem(DamagedRow(connection_));
+            return std::nullopt;
+        }
+        if (column_ == PartColumn::Thickness) {
+            const QString number = QString::number(row.thickness);
+            found_.push_back({number, number.toUtf8()});
+            return SqlValue(qint64{row.thickness});
+        }
+        found_.push_back({TextOf(row), statement.Bytes(part_row_column_count)});
+        return SqlValue(found_.back().key);
+    }
+
+    [[nodiscard]] const QString& TextOf(const PartRow& row) const
+    {
+        return column_ == PartColumn::Name       ? row.name
+               : column_ == PartColumn::Material ? row.material
+               : column_ == PartColumn::Machine  ? row.machine
+                                                 : row.comment;
     }
 
     CConnection& connection_;
     std::string key_;
     std::string wanted_;
-    bool number_;
+    PartColumn column_;
     std::size_t most_;
     std::vector<ColumnValue> found_;
 };
@@ -79,10 +106,12 @@ std::optional<std::vector<qint64>> FolderIds(CConnection& connection, qint64 fol
     if (folder != all_folders) {
         return std::vector{folder};
     }
-    CStatement rows(connection, "SELECT id FROM folder WHERE parts > 0");
+    CStatement rows(connection, std::string("SELECT ") + folder_row_columns + " FROM folder WHERE parts > 0");
     std::vector<qint64> ids;
-    while (rows.Next()) {
-        ids.push_back(rows.Integer(0));
+    for (FolderRow row; rows.Next();) {
+        if (ReadFolderRow(rows, row) == RowFault::None) {
+            ids.push_back(row.id);
+        }
     }
     return rows.Failed() ? std::nullopt : std::optional(std::move(ids));
 }
