@@ -28,6 +28,9 @@ CXmlCompactor::CXmlCompactor(std::byte* source, std::byte* source_block, std::ui
                              std::byte*& result)
     : source_code_page_(CodePageOf(source_block)), target_code_page_(target_code_page)
 {
+    if (NodeId(source) == xml_skipped_id) {
+        return; // nothing of such a node goes into a copy
+    }
     const bool convertible = source_code_page_ == target_code_page_ ||
                              (IsConvertible(source_code_page_) && IsConvertible(target_code_page_));
     if (convertible && PutHeader() && Walk(source, source_block) && PutPiece() && PutNames()) {

@@ -17,8 +17,8 @@
 namespace partkeep {
 
 // `node` stands in `block`, whose code page is taken for everything under it. The chain on the node's own link
-// does not come along. The new block has 0 references and no owner. Null when there is no memory, for more than
-// 65,534 names or 4 GB, and when a code page cannot be converted.
+// does not come along. The new block has 0 references and no owner. Null when there is no memory, for a node that
+// iteration passes over, for more than 65,534 names or 4 GB, and when a code page cannot be converted.
 [[nodiscard]] std::byte* CompactXml(std::byte* node, std::byte* block, std::uint32_t target_code_page);
 
 // Goes through the source once and puts the byte runs of which the copy consists one behind the other, with the few

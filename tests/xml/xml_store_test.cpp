@@ -105,6 +105,7 @@ TEST(XmlStore, CopiesWhatContainsTheParentEvenUnderASkippedNode)
         CXmlElement parent = skipped.AppendChild(CXmlElement("y", 65001));
         PutField(skipped.Node(), xml_skipped_id);
         EXPECT_NE(parent.AppendChild(above).Node(), above.Node());
+        EXPECT_TRUE(parent.AppendChild(skipped).IsEmpty());
         EXPECT_EQ(Show(parent) + Show(above), "<y><a/></y><a/>");
     }
 }
