@@ -9,12 +9,10 @@
 #include <fstream>
 #include <iostream>
 #include <sstream>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
-
-#include <netinet/in.h>
+#include <utility>
 
 namespace partkeep {
 namespace {
@@ -174,76 +172,132 @@ TEST_F(ServerFaults, ALoadIsWholeAndGoesOnWhateverHappensToTheServer)
     }
 }
 
-// What is asked after a wait is answered at once, and the first call behind it waits no more than the first did.
-TEST_F(ServerFaults, AHoleInTheNetworkIsWaitedForOnce)
-{
-    const int hole = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    ASSERT_TRUE(bind(hole, reinterpret_cast<sockaddr*>(&address), size) == 0 && listen(hole, 5) == 0 &&
-                getsockname(hole, reinterpret_cast<sockaddr*>(&address), &size) == 0);
-    const fs::path services = target_.Path("services");
-    std::ofstream(services) << "[hole]\nhostaddr=127.0.0.1\nport=" << ntohs(address.sin_port) << "\n";
-    const std::string before = std::getenv("PGSERVICEFILE");
-    setenv("PGSERVICEFILE", services.c_str(), 1);
-    CBrowserSession session{CLibraryFolder({}, {u"hole"_s})};
-    const auto begin = steady_clock::now();
-    for (int i = 0; i < 20; ++i) {
-        EXPECT_FALSE(session.Go(u"SRV1"_s, {}) || session.ReadPartAttributes(u"SRV1", u"P1") ||
-                     session.CopyPartFiles(u"SRV1", u"P1"));
-        EXPECT_EQ(session.Problem().fault, LibraryFault::NoAnswer);
-        EXPECT_TRUE(session.FailsSince().isValid());
+class ServerImports : public ServerFaults {
+protected:
+    ServerImports()
+    {
+        fs::create_directory(source_);
+        for (int i = 0; i < 400; ++i) {
+            WriteBytes(source_ / ("I" + std::to_string(i) + ".iga"), std::string(100000, 'x'));
+        }
     }
-    EXPECT_LT(steady_clock::now() - begin, longest_wait);
-    setenv("PGSERVICEFILE", before.c_str(), 1);
-    close(hole);
-}
+
+    int Run(std::vector<const char*> argv)
+    {
+        told_.str({});
+        return RunLibraryTool(static_cast<int>(argv.size()), argv.data(), {told_, told_});
+    }
+    int Import() { return Run({"partkeep-library", "import", library_.c_str(), source_.c_str(), "--into", "New"}); }
+    int Remove() { return Run({"partkeep-library", "remove", library_.c_str(), "New/"}); }
+
+    // In a process of its own, while `meanwhile` runs again and again. Whether it came to the end.
+    bool ImportMeanwhile(const std::function<void(pid_t)>& meanwhile)
+    {
+        const pid_t child = fork();
+        if (child == 0) {
+            _exit(Import());
+        }
+        int status = 0;
+        while (waitpid(child, &status, WNOHANG) == 0) {
+            meanwhile(child);
+            std::this_thread::sleep_for(milliseconds(1));
+        }
+        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
+
+    void ExpectImported(bool imported, const std::string& label)
+    {
+        LibraryProblem problem;
+        EXPECT_EQ(libraries_.At(u"SRV1"_s)->Open(problem)->FindFolder(u"New"_s).has_value(), imported) << label;
+        const auto check = libraries_.At(u"SRV1"_s)->Check({}, problem);
+        EXPECT_TRUE(check && check->findings.isEmpty() && check->parts == (imported ? 409 : 9)) << label;
+    }
+
+    fs::path source_ = target_.Path("in");
+    std::string library_ = libraries_.PlaceOf(u"SRV1"_s).toStdString();
+    std::ostringstream told_;
+};
 
 // Nothing of an import that ends in the middle is there, nor its lock; the next one brings everything once.
-TEST_F(ServerFaults, AnImportThatIsCutOffLeavesNothing)
+TEST_F(ServerImports, LeaveNothingWhereTheyAreCutOff)
 {
-    const fs::path source = target_.Path("in");
-    fs::create_directory(source);
-    for (int i = 0; i < 400; ++i) {
-        WriteBytes(source / ("I" + std::to_string(i) + ".iga"), std::string(100000, 'x'));
-    }
-    const std::string library = libraries_.PlaceOf(u"SRV1"_s).toStdString();
-    const auto run = [&](std::vector<const char*> argv) {
-        std::ostringstream out;
-        return RunLibraryTool(static_cast<int>(argv.size()), argv.data(), {out, out});
-    };
-    const auto import = [&] {
-        return run({"partkeep-library", "import", library.c_str(), source.c_str(), "--into", "New"});
-    };
     for (const bool of_server : {false, true}) {
         for (const int moment : {5, 40, 90, 150}) {
-            const pid_t child = fork();
-            if (child == 0) {
-                _exit(import());
-            }
-            std::this_thread::sleep_for(milliseconds(moment));
-            if (of_server) {
-                RunInDatabase("SELECT pg_terminate_backend(pid)" + of_browsers);
-            } else {
-                kill(child, SIGKILL);
-            }
-            int status = 0;
-            waitpid(child, &status, 0);
-            const auto open = libraries_.At(u"SRV1"_s);
-            LibraryProblem problem;
-            const auto there = open->Open(problem)->FindFolder(u"New"_s);
-            EXPECT_EQ(there.has_value(), WIFEXITED(status) && WEXITSTATUS(status) == 0) << moment << of_server;
-            EXPECT_EQ(Check(), "") << moment << of_server;
-            EXPECT_TRUE(!there || run({"partkeep-library", "remove", library.c_str(), "New/"}) == 0);
+            const std::string label = std::to_string(moment) + (of_server ? " server" : " tool");
+            const auto at = steady_clock::now() + milliseconds(moment);
+            bool cut = false;
+            const bool imported = ImportMeanwhile([&](pid_t child) {
+                if (steady_clock::now() < at || std::exchange(cut, true)) {
+                    return;
+                }
+                if (of_server) {
+                    RunInDatabase("SELECT pg_terminate_backend(pid)" + of_browsers);
+                } else {
+                    kill(child, SIGKILL);
+                }
+            });
+            ExpectImported(imported, label);
+            EXPECT_TRUE(!imported || Remove() == 0) << label;
         }
     }
     const auto begin = steady_clock::now();
-    EXPECT_EQ(import(), 0);
+    EXPECT_EQ(Import(), 0);
     EXPECT_LT(steady_clock::now() - begin, std::chrono::seconds(5));
-    const auto check = libraries_.At(u"SRV1"_s)->Check({}, *std::make_unique<LibraryProblem>());
-    EXPECT_TRUE(check && check->findings.isEmpty() && check->parts == 409);
+    ExpectImported(true, "afterwards");
+}
+
+// Whoever loses the answer to a commit learns what has become of it, and a second attempt brings nothing twice.
+TEST_F(ServerImports, KnowWhetherACommitHasArrivedWhoseAnswerIsLost)
+{
+    setenv("PGOPTIONS", "-c synchronous_commit=on", 1);
+    RunInDatabase("ALTER SYSTEM SET synchronous_standby_names = 'nobody'"); // whom a commit that is made waits for
+    RunInDatabase("SELECT pg_reload_conf()");
+    EXPECT_TRUE(ImportMeanwhile([](pid_t) {
+        RunInDatabase("SELECT pg_terminate_backend(pid)" + of_browsers + " AND wait_event = 'SyncRep'");
+    }));
+    RunInDatabase("ALTER SYSTEM RESET synchronous_standby_names");
+    RunInDatabase("SELECT pg_reload_conf()");
+    unsetenv("PGOPTIONS");
+    ExpectImported(true, "made");
+    EXPECT_EQ(Import(), 0);
+    ExpectImported(true, "made, and once more");
+    ASSERT_EQ(Remove(), 0);
+
+    RunInDatabase("CREATE FUNCTION cut() RETURNS trigger LANGUAGE plpgsql AS "
+                  "'BEGIN PERFORM pg_terminate_backend(pg_backend_pid()); RETURN NULL; END'; "
+                  "CREATE CONSTRAINT TRIGGER cut AFTER INSERT ON part DEFERRABLE INITIALLY DEFERRED "
+                  "FOR EACH ROW EXECUTE FUNCTION cut()");
+    EXPECT_NE(Import(), 0);
+    EXPECT_NE(told_.str().find("terminating connection"), std::string::npos) << told_.str();
+    RunInDatabase("DROP TRIGGER cut ON part; DROP FUNCTION cut()");
+    ExpectImported(false, "not made");
+    EXPECT_EQ(Import(), 0);
+    ExpectImported(true, "not made, and once more");
+}
+
+TEST_F(ServerImports, LeaveNothingWhereTheDiskOfTheServerIsFull)
+{
+    const std::string disk = std::string(std::getenv("PARTKEEP_POSTGRES")) + "/small";
+    fs::create_directory(disk);
+    if (geteuid() != 0 || std::system(("mount -t tmpfs -o size=16m small " + disk).c_str()) != 0 ||
+        std::system(("chown --reference=" + disk + "/../data " + disk).c_str()) != 0) {
+        GTEST_SKIP() << "no small disk here: that takes root";
+    }
+    RunInDatabase("CREATE TABLESPACE small LOCATION '" + disk + "'");
+    RunInDatabase("ALTER TABLE piece SET TABLESPACE small");
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        EXPECT_NE(Import(), 0);
+        EXPECT_NE(told_.str().find("No space left on device"), std::string::npos) << told_.str();
+        ExpectImported(false, "full");
+        bool complete = false;
+        int moments = 0;
+        EXPECT_TRUE(Load(-1, {}, moments, complete) && complete);
+    }
+    RunInDatabase("ALTER TABLE piece SET TABLESPACE pg_default");
+    RunInDatabase("DROP TABLESPACE small");
+    EXPECT_EQ(std::system(("umount " + disk).c_str()), 0);
+    EXPECT_EQ(Import(), 0);
+    ExpectImported(true, "with room again");
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "partlibrary/library/sort_text.h"
 #include "partlibrary/postgres/pg_waits.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <poll.h>
@@ -61,14 +62,49 @@ bool CPgConnection::Connect()
     return true;
 }
 
+// Each host has its share of the time: one that swallows everything must not take that of the next.
 bool CPgConnection::StartUp()
 {
+    CPgHosts hosts;
+    if (!StartOn(hosts)) {
+        return false;
+    }
+    hosts = {pq_, connection_.get()};
+    if (hosts.LeaveOutSilent() && !StartOn(hosts)) {
+        return false;
+    }
+    for (bool swallowed = false; !PollStart(hosts.Count(), swallowed);) {
+        if (!swallowed) {
+            return false;
+        }
+        hosts.LeaveOut(pq_, connection_.get());
+        if (!StartOn(hosts)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool CPgConnection::StartOn(const CPgHosts& hosts)
+{
     const std::string service = ToUtf8(place_.service);
-    const bool tool = use_ != PgUse::Browse;
-    const std::array<const char*, 8> names{"service",    "client_encoding", "fallback_application_name",
-                                           "keepalives", "keepalives_idle", tool ? "tcp_user_timeout" : nullptr,
-                                           nullptr};
-    const std::array<const char*, 8> values{service.c_str(), "UTF8", "partkeep", "1", "5", "30000", nullptr};
+    const auto places = hosts.Values();
+    std::vector<const char*> names{"service", "client_encoding", "fallback_application_name", "keepalives",
+                                   "keepalives_idle"};
+    std::vector<const char*> values{service.c_str(), "UTF8", "partkeep", "1", "5"};
+    const auto set = [&](const char* name, const char* value) {
+        names.push_back(name);
+        values.push_back(value);
+    };
+    if (use_ != PgUse::Browse) {
+        set("tcp_user_timeout", "30000");
+    }
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        if (!places[i].empty()) {
+            set(CPgHosts::names[i], places[i].c_str());
+        }
+    }
+    set(nullptr, nullptr);
     connection_.reset(pq_.PQconnectStartParams(names.data(), values.data(), 0));
     if (connection_ == nullptr) {
         problem_ = {LibraryFault::NoMemory, place_.Text(), {}};
@@ -76,10 +112,20 @@ bool CPgConnection::StartUp()
     }
     pq_.PQsetNoticeProcessor(
         connection_.get(), [](void*, const char*) {}, nullptr);
+    return true;
+}
+
+bool CPgConnection::PollStart(std::size_t hosts, bool& swallowed)
+{
+    const auto now = Clock::now();
+    const auto share = (last_byte_ + Patience() - now) / static_cast<int>(std::max<std::size_t>(hosts, 1));
     PostgresPollingStatusType status =
         pq_.PQstatus(connection_.get()) == CONNECTION_BAD ? PGRES_POLLING_FAILED : PGRES_POLLING_WRITING;
+    swallowed = false;
     while (status != PGRES_POLLING_OK && status != PGRES_POLLING_FAILED) {
-        if (!Wait(status == PGRES_POLLING_READING ? POLLIN : POLLOUT)) {
+        const short events = status == PGRES_POLLING_READING ? POLLIN : POLLOUT;
+        swallowed = hosts > 1 && PollUntil(events, now + share) == 0;
+        if (swallowed || !Wait(events)) {
             return false;
         }
         status = pq_.PQconnectPoll(connection_.get());
@@ -113,10 +159,11 @@ std::vector<std::pair<QString, QString>> CPgConnection::Settings() const
         settings.emplace_back(QStringLiteral("enable_hashjoin"), off);
         settings.emplace_back(QStringLiteral("enable_mergejoin"), off);
     }
-    if (!reads) { // a machine that is gone must not hold its lock
+    if (!reads) { // a machine that is gone must not hold its lock, whether it has an answer on its way or not
         settings.emplace_back(QStringLiteral("tcp_keepalives_idle"), QStringLiteral("2"));
         settings.emplace_back(QStringLiteral("tcp_keepalives_interval"), QStringLiteral("1"));
         settings.emplace_back(QStringLiteral("tcp_keepalives_count"), QStringLiteral("2"));
+        settings.emplace_back(QStringLiteral("tcp_user_timeout"), QStringLiteral("4000"));
     }
     return settings;
 }
@@ -216,18 +263,19 @@ void CPgConnection::FallSilent()
 
 bool CPgConnection::Wait(short events)
 {
+    const int ready = PollUntil(events, last_byte_ + Patience());
+    return ready > 0 || (ready == 0 ? MissDeadline() : Lose());
+}
+
+// As poll has it: 0 when the time is over.
+int CPgConnection::PollUntil(short events, Clock::time_point until) const
+{
     pollfd socket{pq_.PQsocket(connection_.get()), events, 0};
     for (;;) {
-        const auto left = std::chrono::duration_cast<milliseconds>(last_byte_ + Patience() - Clock::now()).count();
+        const auto left = std::chrono::duration_cast<milliseconds>(until - Clock::now()).count();
         const int ready = left > 0 ? poll(&socket, 1, static_cast<int>(left)) : 0;
-        if (ready > 0) {
-            return true;
-        }
-        if (ready == 0) {
-            return MissDeadline();
-        }
-        if (errno != EINTR) {
-            return Lose();
+        if (ready >= 0 || errno != EINTR) {
+            return ready;
         }
     }
 }

@@ -8,6 +8,7 @@
 
 #include "partlibrary/library/library_problem.h"
 #include "partlibrary/library/part_library.h"
+#include "partlibrary/postgres/pg_hosts.h"
 #include "partlibrary/postgres/pg_place.h"
 #include "partlibrary/postgres/pg_result.h"
 #include "partlibrary/postgres/sql.h"
@@ -98,6 +99,8 @@ private:
     CPgConnection(const PqDriver& driver, PgPlace place, PgUse use);
     bool Connect();
     bool StartUp();
+    bool StartOn(const CPgHosts& hosts);
+    bool PollStart(std::size_t hosts, bool& swallowed);
     bool Prepare();
     bool Ready();
     bool SendOne(const CSql& statement);
@@ -107,6 +110,7 @@ private:
     bool SendAll();
     PGresult* GetResult();
     bool Wait(short events);
+    [[nodiscard]] int PollUntil(short events, Clock::time_point until) const;
     bool Fail(const CPgResult& result);
     bool Lose();
     bool MissDeadline();

@@ -24,10 +24,13 @@ namespace partkeep {
     X(PQgetisnull)                                                                                                     \
     X(PQgetlength)                                                                                                     \
     X(PQgetvalue)                                                                                                      \
+    X(PQhost)                                                                                                          \
+    X(PQhostaddr)                                                                                                      \
     X(PQisBusy)                                                                                                        \
     X(PQnotifies)                                                                                                      \
     X(PQntuples)                                                                                                       \
     X(PQpipelineSync)                                                                                                  \
+    X(PQport)                                                                                                          \
     X(PQputCopyData)                                                                                                   \
     X(PQputCopyEnd)                                                                                                    \
     X(PQresultErrorField)                                                                                              \
