@@ -8,6 +8,7 @@
 #include <QHelpEvent>
 #include <QImage>
 #include <QKeySequence>
+#include <QSignalBlocker>
 #include <QToolButton>
 #include <QToolTip>
 
@@ -106,7 +107,9 @@ CQtToolbar::CQtToolbar(const ToolbarTemplate& toolbar, QWidget* parent, const Co
         tool->setProperty("command", number);
         // Tools take no focus; this is their way by keyboard.
         tool->setShortcut(QKeySequence(Qt::ALT | static_cast<Qt::Key>(Qt::Key_1 + place)));
-        connect(tool, &QToolButton::clicked, this, [command, number] { command(number); });
+        const auto press = [command, number] { command(number); };
+        connect(tool, &QToolButton::clicked, this, press);
+        connect(tool, &QToolButton::toggled, this, press); // as assistive tools do it, without a click
         row->addWidget(tool);
         ++place;
     }
@@ -125,6 +128,7 @@ void CQtToolbar::EnableToolTips(const Text& text)
 void CQtToolbar::Press(int command, bool pressed)
 {
     if (QToolButton* tool = Tool(command)) {
+        const QSignalBlocker ours(tool);
         tool->setChecked(pressed);
     }
 }

@@ -40,7 +40,11 @@ CSearchLine::CSearchLine(CBrowserSession& session, PaneLanguage language, std::f
     line_->addWidget(box_, 1);
     line_->addWidget(scope_);
     line_->addWidget(narrow_);
-    connect(scope_, &QToolButton::clicked, this, [this] { Switch(); });
+    connect(scope_, &QToolButton::toggled, this, [this](bool whole) { // an assistive tool toggles without a click
+        if (whole != SearchesServer()) {
+            Switch();
+        }
+    });
     connect(narrow_menu_, &QMenu::aboutToShow, this, [this] { FillNarrowMenu(); });
     ShowState();
 }
@@ -66,14 +70,18 @@ void CSearchLine::Switch()
         ShowState();
         return;
     }
-    const bool whole = session_.Scope() == SearchScope::Server;
-    scope_chosen_(whole ? SearchScope::Folder : SearchScope::Server);
+    scope_chosen_(SearchesServer() ? SearchScope::Folder : SearchScope::Server);
+}
+
+bool CSearchLine::SearchesServer() const
+{
+    return session_.Scope() == SearchScope::Server && session_.SearchesServers();
 }
 
 // A library that cannot list all its folders leaves no choice.
 void CSearchLine::ShowState()
 {
-    const bool whole = session_.Scope() == SearchScope::Server && session_.SearchesServers();
+    const bool whole = SearchesServer();
     box_->setPlaceholderText(Text(whole ? PaneText::SearchServerHint : PaneText::SearchHint));
     scope_->setChecked(whole);
     scope_->setText(Text(whole ? PaneText::ScopeServer : PaneText::ScopeFolder));
@@ -127,7 +135,7 @@ void CSearchLine::FillValues(QMenu& menu, PartColumn column)
     const auto chosen = view.only.find(column);
     const auto known = chosen != view.only.end() ? std::optional(chosen->second) : std::nullopt;
     view.only.erase(column);
-    if (session_.Scope() == SearchScope::Server && session_.SearchesServers()) {
+    if (SearchesServer()) {
         view.folder = all_folders;
     }
     auto* group = new QActionGroup(&menu);

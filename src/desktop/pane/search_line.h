@@ -31,6 +31,7 @@ public:
 
 private:
     [[nodiscard]] QToolButton* MakeButton(PaneText text);
+    [[nodiscard]] bool SearchesServer() const;
     void FillNarrowMenu();
     void FillValues(QMenu& menu, PartColumn column);
     [[nodiscard]] QString ValueText(PartColumn column, const ColumnValue& value) const;
