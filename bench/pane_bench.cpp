@@ -213,13 +213,13 @@ void KeyInWholeServer(benchmark::State& state)
 {
     Keys(state, false, SearchScope::Server);
 }
-BENCHMARK(KeyInWholeServer)->Arg(small_folder)->Iterations(3)->Unit(benchmark::kMillisecond);
+BENCHMARK(KeyInWholeServer)->Arg(small_folder)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 void HurriedKeysInWholeServer(benchmark::State& state)
 {
     Keys(state, true, SearchScope::Server);
 }
-BENCHMARK(HurriedKeysInWholeServer)->Arg(small_folder)->Iterations(3)->Unit(benchmark::kMillisecond);
+BENCHMARK(HurriedKeysInWholeServer)->Arg(small_folder)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 void KeyWithASelectedPart(benchmark::State& state)
 {

@@ -8,6 +8,7 @@
 
 #include <CLI/CLI.hpp>
 #include <QApplication>
+#include <QPalette>
 
 #include <iostream>
 #include <string>
@@ -24,6 +25,10 @@ int main(int argc, char** argv)
     app.add_option("--pictures", pictures, "Existing folder for pictures of the windows")->required();
     app.add_option("--suffix", suffix, "Put behind each picture's name");
     app.add_option("-l,--language", language, "1 English, 2 Japanese, 3 simplified Chinese");
+    bool features = false;
+    bool dark = false;
+    app.add_flag("--features", features, "Show what the part browser can do, in English");
+    app.add_flag("--dark", dark, "In dark colours");
     CLI11_PARSE(app, argc, argv);
 
     const QApplication application(argc, argv);
@@ -31,6 +36,14 @@ int main(int argc, char** argv)
     reader.SetWorkingFolder(working_folder);
     reader.SetLanguageId(language);
     CTour tour(QString::fromStdString(pictures), QString::fromStdString(suffix));
+    if (dark) {
+        QPalette colours(QColor(45, 45, 48));
+        colours.setColor(QPalette::Base, QColor(30, 30, 30));
+        QApplication::setPalette(colours);
+    }
+    if (features) {
+        tour.ShowFeatures();
+    }
     tour.Start();
     Outcome outcome{"InvokePartkeepMultiSelection", reader.InvokeMultiSelection(true) ? "S_OK" : "S_FALSE", {}};
     for (int index = 0; index < reader.NumberOfPartsSelected(); ++index) {

@@ -2,9 +2,16 @@
 
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QContextMenuEvent>
+#include <QDialog>
+#include <QMenu>
+#include <QPainter>
 #include <QTest>
 #include <QTimer>
+#include <QToolButton>
 #include <QTreeView>
+
+#include <algorithm>
 
 namespace {
 
@@ -50,6 +57,55 @@ CTour::CTour(QString pictures, QString suffix) : pictures_(std::move(pictures)),
         [this] { Press(selection_dialog, Qt::Key_Return); },
         [this] { Press(keypad, Qt::Key_7); },
         [this] { Press(keypad, Qt::Key_Return); },
+    };
+}
+
+void CTour::ShowFeatures()
+{
+    const auto scene = [this](const char* name) { return [this, name] { KeepScene(name); }; };
+    const auto close = [this] { CloseMenus(); };
+    const auto pause = [] {}; // what is found or read comes in between
+    steps_ = {
+        [this] { OpenInTree("PLATES"); },
+        [this] { OpenInTree("Brackets"); },
+        [this] { OpenInTree("L"); },
+        [this] { ClickPart(0); },
+        [this] { ClickPart(2, Qt::ControlModifier); },
+        [this] { Press(selection_dialog, Qt::Key_D, Qt::ControlModifier); },
+        [this] { Click(selection_dialog, add_button); },
+        [this] { ClickPart(1); },
+        [this] { OpenMenu("Places"); },
+        scene("places"),
+        close,
+        [this] { OpenMenu("Narrow", 0); },
+        scene("narrow"),
+        close,
+        [this] { OpenMenu("Columns"); },
+        scene("columns"),
+        close,
+        [this] { OpenRowMenu(); },
+        scene("rows"),
+        close,
+        [this] { Press(selection_dialog, Qt::Key_F1); },
+        pause,
+        scene("keys"),
+        [this] { Press(selection_dialog, Qt::Key_F1); },
+        [this] { Trigger("Places", "Arrange the favourites …"); },
+        pause,
+        scene("favourites"),
+        close,
+        [this] { Trigger("Columns", "Large pictures"); },
+        pause,
+        pause,
+        scene("large"),
+        [this] { Trigger("Columns", "Small pictures"); },
+        [this] { Press(selection_dialog, Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier); },
+        [this] { Type(selection_dialog, "1 brk"); },
+        pause,
+        pause,
+        scene("server"),
+        [this] { Press(selection_dialog, Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier); },
+        [this] { Press(selection_dialog, Qt::Key_Return); },
     };
 }
 
@@ -166,4 +222,105 @@ void CTour::Keep(int number, const char* name)
     if (QWidget* window = Window(number)) {
         window->grab().save(QStringLiteral("%1/%2%3.png").arg(pictures_, QString::fromLatin1(name), suffix_));
     }
+}
+
+QToolButton* CTour::BrowserButton(const char* name)
+{
+    const QWidget* pane = Control(selection_dialog, browser);
+    const auto buttons = pane != nullptr ? pane->findChildren<QToolButton*>() : QList<QToolButton*>();
+    for (QToolButton* button : buttons) {
+        if (button->accessibleName() == QString::fromUtf8(name)) {
+            return button;
+        }
+    }
+    Fail(QStringLiteral("the part browser has no button %1").arg(QString::fromUtf8(name)));
+    return nullptr;
+}
+
+void CTour::OpenMenu(const char* button, int submenu)
+{
+    QToolButton* opener = BrowserButton(button);
+    if (opener == nullptr || opener->menu() == nullptr) {
+        opener != nullptr ? opener->click() : void(); // which makes a menu
+        return;
+    }
+    opener->menu()->popup(opener->mapToGlobal(QPoint(0, opener->height())));
+    if (submenu >= 0) {
+        QAction* entry = opener->menu()->actions().at(submenu);
+        opener->menu()->setActiveAction(entry);
+        entry->menu()->popup(opener->menu()->mapToGlobal(QPoint(opener->menu()->width(), 0)));
+    }
+}
+
+void CTour::OpenRowMenu()
+{
+    const QWidget* pane = Control(selection_dialog, browser);
+    const auto views = pane != nullptr ? pane->findChildren<QAbstractItemView*>() : QList<QAbstractItemView*>();
+    for (QAbstractItemView* view : views) {
+        if (view->model() != nullptr && view->model()->columnCount() > 1) {
+            QContextMenuEvent event(QContextMenuEvent::Keyboard, {}, {});
+            QApplication::sendEvent(view, &event);
+            return;
+        }
+    }
+}
+
+// Popups and the windows that the browser opens over the dialog.
+void CTour::CloseMenus()
+{
+    while (QWidget* popup = QApplication::activePopupWidget()) {
+        popup->close();
+    }
+    const QWidget* pane = Control(selection_dialog, browser);
+    const auto opened = pane != nullptr ? pane->findChildren<QDialog*>() : QList<QDialog*>();
+    for (QDialog* dialog : opened) {
+        dialog->close();
+    }
+}
+
+void CTour::Trigger(const char* button, const char* entry)
+{
+    OpenMenu(button);
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    const auto actions = menu != nullptr ? menu->actions() : QList<QAction*>();
+    for (QAction* action : actions) {
+        if (action->text() == QString::fromUtf8(entry)) {
+            menu->close();
+            action->trigger();
+            return;
+        }
+    }
+    Fail(QStringLiteral("there is no entry %1").arg(QString::fromUtf8(entry)));
+}
+
+// All windows as they stand on the screen, menus in front.
+void CTour::KeepScene(const char* name)
+{
+    QWidgetList shown;
+    QRect area;
+    const auto windows = QApplication::topLevelWidgets();
+    for (QWidget* window : windows) {
+        if (window->isVisible()) {
+            shown += window;
+            area |= window->frameGeometry();
+        }
+    }
+    const auto layer = [](const QWidget* window) {
+        return window->windowType() == Qt::Popup   ? 3
+               : window->parentWidget() == nullptr ? 0
+               : window->isModal()                 ? 2
+                                                   : 1;
+    };
+    std::stable_sort(shown.begin(), shown.end(),
+                     [&](const QWidget* one, const QWidget* other) { return layer(one) < layer(other); });
+    const qreal ratio = shown.front()->devicePixelRatio();
+    QPixmap scene(area.size() * ratio);
+    scene.setDevicePixelRatio(ratio);
+    scene.fill(QColor(96, 110, 125));
+    QPainter painter(&scene);
+    for (QWidget* window : shown) {
+        painter.drawPixmap(window->pos() - area.topLeft(), window->grab());
+    }
+    painter.end();
+    scene.save(QStringLiteral("%1/%2%3.png").arg(pictures_, QString::fromLatin1(name), suffix_));
 }

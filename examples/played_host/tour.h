@@ -8,10 +8,15 @@
 #include <functional>
 #include <vector>
 
+class QToolButton;
+
 class CTour {
 public:
     // `pictures` is an existing folder; the files are named by window and `suffix`.
     CTour(QString pictures, QString suffix);
+
+    // Instead of the usual walk: what the part browser can do, a picture each.
+    void ShowFeatures();
 
     // One step after the other, in the loops of windows that a step opens too.
     void Start();
@@ -32,6 +37,12 @@ private:
     void ClickPart(int row, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     void OpenInTree(const char* name);
     void Keep(int number, const char* name);
+    void KeepScene(const char* name);
+    [[nodiscard]] QToolButton* BrowserButton(const char* name);
+    void OpenMenu(const char* button, int submenu = -1);
+    void CloseMenus();
+    void OpenRowMenu();
+    void Trigger(const char* button, const char* entry);
 
     QString pictures_;
     QString suffix_;

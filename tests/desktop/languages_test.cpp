@@ -12,6 +12,7 @@
 #include <QContextMenuEvent>
 #include <QFileDialog>
 #include <QHeaderView>
+#include <QImage>
 #include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
@@ -176,7 +177,13 @@ protected:
     void LookAtMenu(QMenu& menu)
     {
         menu.popup({});
+        menu.setActiveAction(menu.actions().front());
         Look(&menu);
+        const QImage shown = menu.grab().toImage();
+        const QRgb weak = QApplication::palette().color(QPalette::Highlight).rgb();
+        for (int x = 0; x < shown.width(); ++x) {
+            ASSERT_NE(shown.pixel(x, menu.actionGeometry(menu.actions().front()).top() + 2), weak);
+        }
         menu.close();
     }
 

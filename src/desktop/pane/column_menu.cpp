@@ -90,14 +90,15 @@ void StyleMenu(QMenu& menu, const QString& name)
     menu.setAccessibleName(name);
     const QPalette theme = QApplication::palette();
     const QColor faint = FaintText(theme.color(QPalette::WindowText), theme.color(QPalette::Window));
+    const QColor selected = ReadableColours(theme).color(QPalette::Highlight); // a style sheet sees the theme's own
     const int room = (FingerSide(entry_side) - menu.fontMetrics().height() + 1) / 2;
-    menu.setStyleSheet(
-        QStringLiteral("QMenu::item { padding: %2px 16px %2px 28px; } QMenu::indicator { left: 8px; }"
-                       "QMenu::item:selected { background: palette(highlight); color: palette(highlighted-text); }"
-                       "QMenu::item:disabled { color: %1; background: transparent; }"
-                       "QMenu::separator { height: 1px; background: palette(mid); }")
-            .arg(faint.name())
-            .arg(std::max(room, 0)));
+    menu.setStyleSheet(QStringLiteral("QMenu::item { padding: %2px 16px %2px 28px; } QMenu::indicator { left: 8px; }"
+                                      "QMenu::item:selected { background: %3; color: palette(highlighted-text); }"
+                                      "QMenu::item:disabled { color: %1; background: transparent; }"
+                                      "QMenu::separator { height: 1px; background: palette(mid); }")
+                           .arg(faint.name())
+                           .arg(std::max(room, 0))
+                           .arg(selected.name()));
 }
 
 void AddMenuTitle(QMenu& menu, const QString& text)
