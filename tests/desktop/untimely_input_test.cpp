@@ -1,6 +1,7 @@
 // Input that waits at a real X server while the selection dialog is busy, and that comes when it has gone on: the
 // whole table, with real keys and a real pointer. Runs under under_x_server.
 
+#include "desktop/dialog_request.h"
 #include "desktop/hosted_control_factory.h"
 #include "desktop/qt_dialog_windows.h"
 #include "resources/resource_ids.h"
@@ -16,8 +17,12 @@
 
 #include <QAbstractNativeEventFilter>
 #include <QApplication>
+#include <QDrag>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QPointer>
 #include <QPushButton>
 #include <QTimer>
 #include <QTreeWidget>
@@ -38,10 +43,32 @@ public:
     }
 
 protected:
-    void mousePressEvent(QMouseEvent*) override { script_.FireClick(); }
+    void mousePressEvent(QMouseEvent* event) override
+    {
+        event->button() == Qt::LeftButton ? script_.FireClick() : void();
+    }
+    void mouseDoubleClickEvent(QMouseEvent*) override { PostDialogRequest(*window(), DialogRequest::Choose); }
+    // By the other button, since what is dragged has been clicked before.
+    void mouseMoveEvent(QMouseEvent* event) override
+    {
+        if (event->buttons() != Qt::RightButton || std::exchange(drags_, true)) {
+            return;
+        }
+        const QPointer<QWidget> self(this);
+        auto* parts = new QMimeData;
+        parts->setData(QLatin1String(dragged_parts_type), {});
+        auto* drag = new QDrag(this);
+        drag->setMimeData(parts);
+        const Qt::DropAction action = drag->exec(Qt::CopyAction);
+        if (self != nullptr) {
+            drags_ = false;
+            action == Qt::CopyAction ? PostDialogRequest(*window(), DialogRequest::Add) : void();
+        }
+    }
 
 private:
     ControlScript& script_;
+    bool drags_ = false;
 };
 
 class CScriptedFactory : public IQtControlFactory {
@@ -90,6 +117,11 @@ protected:
         const QPoint place = widget == nullptr ? QPoint() : widget->mapToGlobal(widget->rect().center());
         return "mousemove " + std::to_string(place.x()) + " " + std::to_string(place.y()) + " " + clicks;
     }
+    static std::string InTheList(const char* key)
+    {
+        const auto to = [](const QWidget* window) { return "windowfocus " + std::to_string(window->winId()) + " "; };
+        return to(WindowOf(RES_SELECTED_PARTS_DIALOG)) + key + to(QApplication::activeWindow());
+    }
     static std::string Words(Input input)
     {
         switch (input) {
@@ -111,6 +143,15 @@ protected:
             return PointedAt(RES_SELECTION_DIALOG, RES_FILTER_LASER);
         case Input::Click:
             return PointedAt(RES_SELECTION_DIALOG, RES_BROWSER);
+        case Input::DeleteKey:
+            return InTheList("key Delete ");
+        case Input::PutBack:
+            return InTheList("key ctrl+z ");
+        case Input::DoubleClick:
+            return PointedAt(RES_SELECTION_DIALOG, RES_BROWSER, "click 1 click 1 ");
+        case Input::Drop:
+            return PointedAt(RES_SELECTION_DIALOG, RES_BROWSER, "mousedown 3 mousemove_relative 9 9 ") +
+                   PointedAt(RES_SELECTED_PARTS_DIALOG, RES_PART_LIST, "mousemove_relative 1 1 mouseup 3 ");
         case Input::CloseBox:
             break;
         }
@@ -233,8 +274,14 @@ TEST_F(UntimelyInput, HasItsOneOutcomeOnARealScreen)
         busy = static_cast<Busy>(row / input_count / input_count);
         first = static_cast<Input>(row / input_count % input_count);
         second = static_cast<Input>(row % input_count);
+        if (!IsPlayed(first, second)) {
+            continue;
+        }
         const std::string label = UntimelyRow(busy, first, second);
-        EXPECT_EQ(Outcome(), CUntimelyRun::Outcome(busy, first, second)) << label;
+        const std::string outcome = Outcome();
+        EXPECT_TRUE(outcome == CUntimelyRun::Outcome(busy, first, second) ||
+                    outcome == CUntimelyRun::LateOutcome(busy, first, second))
+            << outcome << " after " << label;
     }
 }
 

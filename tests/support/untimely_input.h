@@ -5,39 +5,83 @@
 #pragma once
 
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace partkeep {
 
 enum class Busy { Load, Add, Click, Keypad, Message };
-enum class Input { Enter, Escape, DoubleClickOnOk, Cancel, CloseBox, Add, Remove, LaserTool, Click, SelectAll };
+enum class Input {
+    Enter,
+    Escape,
+    DoubleClickOnOk,
+    Cancel,
+    CloseBox,
+    Add,
+    Remove,
+    LaserTool,
+    Click,
+    SelectAll,
+    DeleteKey, // in the list's window, as the next one
+    PutBack,
+    DoubleClick, // on a part, where the browser is ours; so is what is dragged from there onto the list
+    Drop
+};
 
 inline constexpr const char* busy_names[] = {"Load", "Add", "click", "keypad", "message"};
-inline constexpr const char* input_names[] = {"Enter", "Escape", "double click on OK", "Cancel", "close box",
-                                              "Add",   "Remove", "LASER tool",         "click",  "Ctrl+A"};
+inline constexpr const char* input_names[] = {"Enter",  "Escape", "double click on OK", "Cancel", "close box",
+                                              "Add",    "Remove", "LASER tool",         "click",  "Ctrl+A",
+                                              "Delete", "Ctrl+Z", "double click",       "drop"};
 [[nodiscard]] inline std::string UntimelyRow(Busy busy, Input first, Input second)
 {
     return std::string(busy_names[static_cast<int>(busy)]) + ": " + input_names[static_cast<int>(first)] + ", " +
            input_names[static_cast<int>(second)];
 }
 inline constexpr int busy_count = 5;
-inline constexpr int input_count = 10;
+inline constexpr int input_count = 14;
+
+// Each of the later ones meets what can undo it, hide it or come before it.
+[[nodiscard]] inline bool IsPlayed(Input first, Input second)
+{
+    const auto is_later = [](Input input) { return input >= Input::DeleteKey; };
+    const auto meets = [](Input input) {
+        return input == Input::Enter || input == Input::Escape || input == Input::Add || input == Input::Remove ||
+               input == Input::Click;
+    };
+    if (is_later(first) && is_later(second)) {
+        return first == second || (first == Input::DeleteKey && second == Input::PutBack);
+    }
+    if (first == Input::Drop && (second == Input::Remove || second == Input::Click)) {
+        return false; // the toolkit may drop a click that waits while something is dropped
+    }
+    return (!is_later(first) || meets(second)) && (!is_later(second) || meets(first));
+}
 
 // Follows the dialog by letters of parts.
 class CUntimelyRun {
 public:
     // "cancel", or "ok", the parts that the host gets and the filter that is saved, such as "ok AB 0".
-    static std::string Outcome(Busy busy, Input first, Input second)
+    static std::string Outcome(Busy busy, Input first, Input second) { return OutcomeOf(busy, {first, second}); }
+    // What a double click or a drop asks for is posted, and may come behind input that waits already.
+    static std::string LateOutcome(Busy busy, Input first, Input second)
+    {
+        const bool posted = first == Input::DoubleClick || first == Input::Drop;
+        return OutcomeOf(busy, posted ? std::vector{second, Input::Add} : std::vector{first, second});
+    }
+
+private:
+    static std::string OutcomeOf(Busy busy, const std::vector<Input>& inputs)
     {
         CUntimelyRun run(busy);
-        run.Take(first);
-        run.Take(second);
+        for (const Input input : inputs) {
+            run.Take(input);
+        }
         if (run.over_ != Over::Nothing && run.over_ != Over::Closing) {
             run.Answer(true);
         }
         return run.end_.empty() ? run.Loaded() : run.end_;
     }
 
-private:
     enum class Over { Nothing, Keypad, Message, Closing }; // a window that closes takes what waits along
 
     explicit CUntimelyRun(Busy busy)
@@ -65,11 +109,14 @@ private:
             end_ = Loaded();
         } else if (input == Input::Escape || input == Input::Cancel || input == Input::CloseBox) {
             end_ = "cancel";
-        } else if (input == Input::Add) {
+        } else if (input == Input::Add || input == Input::DoubleClick || input == Input::Drop) {
             selected_.empty() ? void(over_ = Over::Message) : Add();
-        } else if (input == Input::Remove) {
+        } else if (input == Input::Remove || input == Input::DeleteKey) {
+            removed_ = row_selected_;
             listed_.erase(0, row_selected_ ? 1 : 0);
             row_selected_ = false;
+        } else if (input == Input::PutBack) {
+            listed_ += std::exchange(removed_, false) ? "A" : "";
         } else if (input == Input::LaserTool) {
             filter_ = "2";
         } else if (input == Input::SelectAll) {
@@ -103,6 +150,7 @@ private:
     std::string selected_ = "B";
     std::string filter_ = "0";
     bool row_selected_ = true;
+    bool removed_ = false;
     Over over_ = Over::Nothing;
     std::string end_;
 };
