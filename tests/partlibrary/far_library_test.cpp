@@ -3,7 +3,6 @@
 #include "tests/partlibrary/library_fixture.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <functional>
 
@@ -116,16 +115,12 @@ TEST_F(FarLibrary, WhatWasLoadedLoadsWhileTheServerIsAway)
     session.SelectAllParts(1);
     EXPECT_EQ(Load(session), all_);
     EXPECT_FALSE(session.Library()->AsOf().isValid());
-    const auto signal = [](const std::string& name) {
-        const std::string to = "$PARTKEEP_POSTGRES_PID $(cat /proc/$PARTKEEP_POSTGRES_PID/task/*/children)";
-        return std::system(("kill -" + name + ' ' + to).c_str()) == 0;
-    };
-    ASSERT_TRUE(signal("STOP"));
+    ASSERT_TRUE(SignalDatabase("STOP"));
     EXPECT_EQ(Load(session), all_);
     EXPECT_TRUE(session.Library()->AsOf().isValid());
     EXPECT_FALSE(session.CopyPartFiles(u"SRV1", u"Plates\\Top")) << "of which nothing is known";
     EXPECT_EQ(session.Problem().fault, LibraryFault::NoAnswer);
-    EXPECT_TRUE(signal("CONT") && session.Refresh());
+    EXPECT_TRUE(SignalDatabase("CONT") && session.Refresh());
     EXPECT_EQ(Load(session), all_);
 }
 

@@ -41,6 +41,12 @@ void RunInDatabase(const std::string& sql)
     }
 }
 
+bool SignalDatabase(const std::string& signal)
+{
+    const std::string to = "$PARTKEEP_POSTGRES_PID $(cat /proc/$PARTKEEP_POSTGRES_PID/task/*/children)";
+    return std::system(("kill -" + signal + ' ' + to).c_str()) == 0;
+}
+
 QByteArray SmallBitmap(qsizetype size)
 {
     QByteArray file(size, '\x55');

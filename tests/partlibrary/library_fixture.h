@@ -36,6 +36,9 @@ inline const QString test_service = u"partkeep"_s;
 // Runs SQL there, in the schema SRV1.
 void RunInDatabase(const std::string& sql);
 
+// Stops the server ("STOP") or lets it go on ("CONT").
+[[nodiscard]] bool SignalDatabase(const std::string& signal);
+
 class CTestLibraries {
 public:
     CTestLibraries();

@@ -131,6 +131,7 @@ private:
     [[nodiscard]] QString EmptyText() const;
     [[nodiscard]] QString ProblemText() const;
     [[nodiscard]] QString Remarks() const;
+    [[nodiscard]] QString AsOfText() const;
     [[nodiscard]] LibraryProblem ShownProblem() const;
     [[nodiscard]] QList<QWidget*> FocusStops() const;
     [[nodiscard]] QList<int> ShownColumns() const;

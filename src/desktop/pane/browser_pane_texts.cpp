@@ -58,7 +58,7 @@ void CBrowserPane::UpdateTexts()
 {
     status_->setText(StatusText());
     list_->SetEmptyText(EmptyText());
-    list_->SetFaded(ShownProblem().fault == LibraryFault::NoAnswer);
+    list_->SetFaded(ShownProblem().fault == LibraryFault::NoAnswer || !AsOfText().isEmpty());
     const QString problem = ProblemText();
     problem_text_->setText(problem);
     problem_text_->setToolTip(problem);
@@ -123,6 +123,13 @@ LibraryProblem CBrowserPane::ShownProblem() const
     return problem || !rows_failed ? problem : model_->Library()->Problem();
 }
 
+// Of what is at hand while a server is away.
+QString CBrowserPane::AsOfText() const
+{
+    const QTime as_of = session_->Library() != nullptr ? session_->Library()->AsOf() : QTime();
+    return as_of.isValid() ? Text(PaneText::AsOf).arg(as_of.toString(u"HH:mm")) : QString();
+}
+
 // What is no trouble, but less than there could be.
 QString CBrowserPane::Remarks() const
 {
@@ -136,6 +143,9 @@ QString CBrowserPane::Remarks() const
     }
     if (library != nullptr && session_->IsTwice()) {
         remarks += Text(PaneText::ServerTwice).arg(session_->CurrentServer());
+    }
+    if (const QString as_of = AsOfText(); !as_of.isEmpty()) {
+        remarks += as_of;
     }
     return remarks.join(u' ');
 }
@@ -153,11 +163,12 @@ QString CBrowserPane::ProblemText() const
     QString line = Text(text);
     line = line.contains(QStringLiteral("%1")) ? line.arg(of_part ? problem.subject : server) : line;
     const QTime since = session_->FailsSince();
-    return since.isValid()
-               ? line +
-                     QStringLiteral(" (%1)").arg(
-                         Text(PaneText::Since).arg(LocaleOf(settings_.language).toString(since, QLocale::ShortFormat)))
-               : line;
+    line += since.isValid()
+                ? QStringLiteral(" (%1)").arg(
+                      Text(PaneText::Since).arg(LocaleOf(settings_.language).toString(since, QLocale::ShortFormat)))
+                : QString();
+    const QString as_of = AsOfText();
+    return as_of.isEmpty() ? line : line + u' ' + as_of;
 }
 
 // Painted from inside the copy: no event is run, and the next text comes with the next paint.

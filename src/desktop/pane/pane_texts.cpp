@@ -88,6 +88,8 @@ constexpr std::array<Row, static_cast<std::size_t>(PaneText::Count)> texts{{
      u"サーバー %1 のライブラリが置き換えられました。再試行すると新しいものが表示されます。",
      u"服务器 %1 的零件库已被替换。请重试以查看新的零件库。"},
     {u"since %1", u"%1 から", u"自 %1 起"},
+    {u"Parts that can be loaded are as of %1.", u"読み込める部品は %1 時点のものです。",
+     u"可加载的零件为 %1 时的状态。"},
     {u"%1 entries have names that are not allowed and are not shown.",
      u"使用できない名前の項目が %1 件あり、表示されていません。", u"有 %1 个条目的名称不被允许，未显示。"},
     {u"Lists of server %1 are slow until somebody runs partkeep-library check --rebuild on its library.",

@@ -60,6 +60,7 @@ enum class PaneText {
     ServerUnfinished,
     ServerReplaced,
     Since,          // %1 time
+    AsOf,           // %1 time
     EntriesRefused, // %1 how many
     ServerSlow,     // %1 server
     ServerDamaged,

@@ -146,8 +146,8 @@ public:
     [[nodiscard]] virtual std::optional<qint64> Revision() = 0;
 
     // For whoever shows the library, between what he does for his user: nothing here waits for anyone. Whether somebody
-    // else has committed a change since the last call, the first time since it was opened; false also where that cannot
-    // be told now.
+    // else has committed a change since the last call, the first time since it was opened, or the library has begun or
+    // ceased to be silent; false also where that cannot be told now.
     [[nodiscard]] virtual bool LookForChange() { return false; }
     // Where something comes when it is time for the next call; -1: nothing tells.
     [[nodiscard]] virtual int ChangeSocket() const { return -1; }

@@ -183,7 +183,7 @@ std::optional<std::vector<PartRow>> CPgLibrary::FindParts(std::span<const PartId
 {
     std::vector<PartRow> rows;
     for (const PartId id : ids) {
-        const CPgAtHand::Known* const known = at_hand_.JustTold(id);
+        const CPgAtHand::Known* const known = at_hand_.IsFresh() ? at_hand_.Find(id) : at_hand_.JustTold(id);
         if (known == nullptr) {
             break;
         }

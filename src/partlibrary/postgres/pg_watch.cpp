@@ -61,6 +61,7 @@ bool CPgWatch::Look()
     }
     if (state_ != State::Closed && IsOverdue()) {
         Close();
+        changed_ = changed_ || !main_->SilentSince().isValid();
         main_->FallSilent();
     }
     return std::exchange(changed_, false);

@@ -24,7 +24,8 @@ public:
     CPgWatch(const CPgWatch&) = delete;
     CPgWatch& operator=(const CPgWatch&) = delete;
 
-    // True when somebody has committed something since the last look, and when the server answers again.
+    // True when somebody has committed something since the last look, and when the server does not answer any more, or
+    // again.
     bool Look();
     [[nodiscard]] int Socket() const; // where an answer comes; -1: none is waited for
 

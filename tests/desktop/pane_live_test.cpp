@@ -1,0 +1,226 @@
+// Lists that follow what others change in their library.
+#include "tests/desktop/played_pane.h"
+
+#include <QDialog>
+#include <QElapsedTimer>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <thread>
+
+namespace partkeep {
+namespace {
+
+constexpr int patience_ms = 2000; // within which a change shows
+
+class PaneLive : public testing::Test {
+protected:
+    PaneLive()
+    {
+        libraries_.MakeShop();
+        libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
+            for (int part = 100; part < 160; ++part) {
+                PutTestPart(writer, u"Live"_s, Name(part), SetOf(FileSlot::Iga));
+            }
+        });
+    }
+
+    [[nodiscard]] static QString Name(int part) { return u"L%1"_s.arg(part); }
+
+    void Change(const std::function<void(ILibraryWriter&)>& change) { libraries_.Fill(u"SRV1"_s, change); }
+
+    static bool Shows(CPlayedPane& pane, const std::function<bool()>& state)
+    {
+        QElapsedTimer time;
+        time.start();
+        while (time.elapsed() < patience_ms && !state()) {
+            QTest::qWait(20);
+        }
+        Settle(*pane.pane);
+        return state();
+    }
+
+    CTestLibraries libraries_;
+    const PaneStart start_{.folder = u"Live"};
+};
+
+TEST_F(PaneLive, RowsFollowWhereTheyAreAndSelectionStays)
+{
+    CPlayedPane pane(libraries_, start_);
+    QScrollBar& bar = *pane.List().verticalScrollBar();
+    bar.setValue(bar.maximum());
+    ClickRow(*pane.pane, 55);
+    ClickRow(*pane.pane, 57, Qt::ControlModifier);
+    EXPECT_EQ(pane.Selected(), "L155 L157");
+    pane.TakeClicks();
+    const auto text = [&](int row, int column) { return pane.pane->Model().index(row, column).data().toString(); };
+    const int place = bar.value();
+    const auto rows = [&](int count) { return Shows(pane, [&] { return pane.pane->Model().rowCount() == count; }); };
+
+    Change([](ILibraryWriter& writer) { PutTestPart(writer, u"Live"_s, u"A"_s, SetOf(FileSlot::Iga)); });
+    EXPECT_TRUE(rows(61)) << "one before those in view";
+    EXPECT_EQ(bar.value(), place + pane.List().RowHeight());
+    EXPECT_EQ(pane.Selected(), "L155 L157");
+
+    Change([](ILibraryWriter& writer) {
+        static_cast<void>(writer.PutPart(*writer.MakeFolder(u"Live"_s), u"L155"_s, PartAttributes{25000, {}, {}, {}}));
+        EXPECT_TRUE(writer.RemovePart(u"Live"_s, u"L157"_s));
+    });
+    EXPECT_TRUE(rows(60) && text(56, 1) == u"2.50"_s);
+    EXPECT_EQ(pane.Selected(), "L155");
+    EXPECT_EQ(pane.TakeClicks(), 0);
+
+    QDialog keypad(&pane.window);
+    keypad.setModal(true);
+    keypad.show();
+    Change([](ILibraryWriter& writer) { EXPECT_TRUE(writer.RemovePart(u"Live"_s, u"L155"_s)); });
+    QTest::qWait(patience_ms / 2);
+    EXPECT_EQ(pane.pane->Model().rowCount(), 60) << "while a keypad is open";
+    EXPECT_EQ(pane.browser.GetSelectedPartCount(), 1);
+    keypad.hide();
+    EXPECT_TRUE(rows(59));
+    EXPECT_EQ(pane.Selected(), "");
+}
+
+TEST_F(PaneLive, WhatIsInViewLoadsWhileTheServerIsAwayAndTheLineTellsOfWhen)
+{
+    if (!InDatabase()) {
+        GTEST_SKIP() << "a file is never away";
+    }
+    CTemporaryFolder target;
+    CPlayedPane pane(libraries_, start_);
+    pane.browser.SetTargetFolder(target.Core());
+    pane.browser.SetDataKind(-1);
+    ClickRow(*pane.pane, 2);
+    EXPECT_TRUE(pane.browser.CopyPartFiles(u"SRV1", u"Live\\L102"));
+    ASSERT_TRUE(SignalDatabase("STOP"));
+    const auto tells = [&](const char* text) { return pane.ProblemLine().find(text) != std::string::npos; };
+    QElapsedTimer time;
+    time.start();
+    while (!tells("as of") && time.elapsed() < 3 * patience_ms) {
+        QTest::qWait(20);
+    }
+    EXPECT_TRUE(tells("does not answer") && tells("since") && tells("as of")) << pane.ProblemLine();
+    time.start();
+    EXPECT_EQ(pane.Selected(), "L102");
+    EXPECT_TRUE(pane.browser.CopyPartFiles(u"SRV1", u"Live\\L102"));
+    EXPECT_FALSE(pane.browser.CopyPartFiles(u"SRV1", u"Live\\L103")) << "in view, but never loaded";
+    EXPECT_LT(time.elapsed(), patience_ms / 4) << "nobody waits for it again";
+    EXPECT_EQ(NamesIn(target.Path()), std::vector<std::string>{"L102.iga"});
+    ASSERT_TRUE(SignalDatabase("CONT"));
+    Change([](ILibraryWriter& writer) { EXPECT_TRUE(writer.RemovePart(u"Live"_s, u"L159"_s)); });
+    time.start();
+    while ((pane.pane->Model().rowCount() != 59 || !pane.ProblemLine().empty()) && time.elapsed() < 3 * patience_ms) {
+        QTest::qWait(20);
+    }
+    EXPECT_EQ(pane.pane->Model().rowCount(), 59);
+    EXPECT_EQ(pane.ProblemLine(), "");
+}
+
+// As the dialog asks after a click; the median time of it is told, for a run over a slow line.
+TEST_F(PaneLive, AClickInViewShowsItsPicturesWithoutAskingAfterASecondOfRest)
+{
+    if (!InDatabase()) {
+        GTEST_SKIP() << "a file is as near as what was read ahead";
+    }
+    Change([](ILibraryWriter& writer) {
+        for (int part = 100; part < 120; ++part) {
+            const auto id = writer.PutPart(*writer.MakeFolder(u"Live"_s), Name(part), std::nullopt);
+            EXPECT_TRUE(writer.PutFile(*id, FileSlot::Flat, SmallBitmap(2000 + part)) &&
+                        writer.PutFile(*id, FileSlot::Bent, SmallBitmap(3000 + part)) &&
+                        writer.PutFile(*id, FileSlot::Png, SmallPng() + QByteArray(50000 + part, 'p')));
+        }
+    });
+    CTemporaryFolder target;
+    CPlayedPane pane(libraries_, start_);
+    pane.browser.SetTargetFolder(target.Core());
+    std::vector<qint64> times;
+    for (int row = 0; row < 6; ++row) {
+        QTest::qWait(1000);
+        const bool stopped = row == 5 && SignalDatabase("STOP");
+        QElapsedTimer time;
+        time.start();
+        ClickAt(*pane.List().viewport(), pane.List().visualRect(pane.pane->Model().index(row, 0)).center());
+        const std::u16string name = Name(100 + row).toStdU16String();
+        EXPECT_EQ(pane.Selected(), Name(100 + row).toStdString());
+        PartAttributeBlocks blocks(name);
+        EXPECT_TRUE(pane.browser.ReadPartAttributes(u"SRV1", u"Live\\" + name, blocks));
+        for (const char* const tag : {"2D", "3D"}) {
+            std::array<char, image_block_bytes> image{};
+            std::strcpy(image.data(), tag);
+            EXPECT_TRUE(pane.browser.ReadPartImage({}, image.data(), nullptr)) << tag << row;
+        }
+        EXPECT_EQ(pane.browser.GetPreviewFileTitle(), name);
+        times.push_back(time.elapsed());
+        EXPECT_TRUE(!stopped || SignalDatabase("CONT"));
+    }
+    EXPECT_LT(times.back(), patience_ms / 2) << "it was asked, and did not answer";
+    std::sort(times.begin(), times.end());
+    RecordProperty("median_ms", static_cast<int>(times[times.size() / 2]));
+}
+
+// PARTKEEP_LIVE_CHANGES=1000 for a long run of ten stations.
+TEST_F(PaneLive, StationsShowTheLastStateAndLoadNoWrongPart)
+{
+    const char* const asked = std::getenv("PARTKEEP_LIVE_CHANGES");
+    const int changes = asked != nullptr ? std::atoi(asked) : 40;
+    CTemporaryFolder target;
+    std::vector<std::unique_ptr<CPlayedPane>> stations;
+    for (int i = 0; i < (asked != nullptr ? 10 : 3); ++i) {
+        stations.push_back(std::make_unique<CPlayedPane>(libraries_, start_));
+        ClickRow(*stations.back()->pane, i % 5);
+        stations.back()->browser.SetTargetFolder(target.Core());
+        stations.back()->browser.SetDataKind(-1);
+    }
+    std::set<QString> names; // that stay, and those that come and go
+    for (int part = 100; part < 160; ++part) {
+        names.insert(Name(part));
+    }
+    std::atomic<bool> ended = false;
+    std::jthread writer([&] {
+        std::mt19937 random(7);
+        for (int change = 0; change < changes; ++change) {
+            const QString name = Name(131 + static_cast<int>(random() % 60));
+            const bool there = names.contains(name);
+            Change([&](ILibraryWriter& library) {
+                if (there && random() % 2 == 0) {
+                    EXPECT_TRUE(library.RemovePart(u"Live"_s, name));
+                    names.erase(name);
+                    return;
+                }
+                PutTestPart(library, u"Live"_s, name, SetOf(FileSlot::Iga),
+                            {static_cast<std::int32_t>(random() % 1000), {}, {}, {}});
+                names.insert(name);
+            });
+        }
+        ended = true;
+    });
+    while (!ended && !HasFailure()) {
+        for (std::size_t i = 0; i < stations.size(); ++i) {
+            QTest::qWait(5);
+            const std::string part = Name(100 + static_cast<int>(i) % 5).toStdString();
+            EXPECT_EQ(stations[i]->Selected(), part);
+            const bool copied =
+                stations[i]->browser.CopyPartFiles(u"SRV1", u"Live\\" + FromUtf8(part).toStdU16String());
+            EXPECT_TRUE(copied || !InDatabase()) << "a file may be locked for too long";
+            EXPECT_TRUE(!copied || ReadBytes(target.Path(part + ".iga")) == part + ".iga");
+        }
+    }
+    writer.join();
+    const std::string last = QStringList(names.begin(), names.end()).join(u' ').toStdString();
+    QElapsedTimer time;
+    time.start();
+    for (const auto& station : stations) {
+        EXPECT_TRUE(Shows(*station, [&] { return station->Shown() == last; })) << station->Shown();
+    }
+    RecordProperty("ms", static_cast<int>(time.elapsed()));
+    EXPECT_LT(time.elapsed(), patience_ms);
+}
+
+} // namespace
+} // namespace partkeep
