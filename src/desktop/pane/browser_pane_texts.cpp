@@ -127,7 +127,9 @@ LibraryProblem CBrowserPane::ShownProblem() const
 QString CBrowserPane::AsOfText() const
 {
     const QTime as_of = session_->Library() != nullptr ? session_->Library()->AsOf() : QTime();
-    return as_of.isValid() ? Text(PaneText::AsOf).arg(as_of.toString(u"HH:mm")) : QString();
+    return as_of.isValid()
+               ? Text(PaneText::AsOf).arg(LocaleOf(settings_.language).toString(as_of, QLocale::ShortFormat))
+               : QString();
 }
 
 // What is no trouble, but less than there could be.
