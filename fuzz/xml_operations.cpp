@@ -192,7 +192,9 @@ private:
         auto& children = parent.model->children;
         const std::size_t index = value % children.size();
         if (children[index].use_count() == 1 && children[index]->children.empty()) {
-            PutField(ChildAt(parent.handle, index).Node(), xml_skipped_id);
+            const CXmlElement hidden = ChildAt(parent.handle, index);
+            PutField(hidden.Node(), xml_skipped_id);
+            Check(CXmlElement("other", 65001).AppendChild(hidden).IsEmpty(), "copy of what is passed over");
             children.erase(children.begin() + static_cast<std::ptrdiff_t>(index));
         }
     }
