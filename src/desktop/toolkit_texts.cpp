@@ -143,7 +143,7 @@ public:
             return {};
         }
         if (language_ == InterfaceLanguage::English) {
-            return QString::fromUtf8(source);
+            return FromUtf8(source);
         }
         const QString known = has_catalogue_ ? catalogue_.translate(context, source, disambiguation, n) : QString();
         return known.isEmpty() ? FromTable(source) : known;
