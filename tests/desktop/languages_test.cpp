@@ -10,6 +10,8 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QContextMenuEvent>
+#include <QDateTime>
+#include <QFile>
 #include <QFileDialog>
 #include <QHeaderView>
 #include <QImage>
@@ -17,6 +19,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QRegularExpression>
+#include <QTreeView>
 
 #include <iconv.h>
 
@@ -224,6 +227,26 @@ TEST_P(Languages, NoWindowShowsATextOfAnother)
         ASSERT_NE(files, nullptr);
         ExpectLanguage(GetParam());
         ExpectReadable(*files);
+        // Of a file that was changed at a known moment.
+        const QString known = libraries_.Folder() + u"/known.csv"_s;
+        files->setDirectory(libraries_.Folder());
+        QFile file(known);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) &&
+                    file.setFileTime(QDateTime({2026, 11, 26}, {14, 5}), QFileDevice::FileModificationTime));
+        file.close();
+        const auto dates = [files] {
+            QStringList all;
+            for (const QAbstractItemView* view : files->findChildren<QTreeView*>()) {
+                for (int row = 0; row < view->model()->rowCount(view->rootIndex()); ++row) {
+                    all += view->model()->index(row, 3, view->rootIndex()).data().toString();
+                }
+            }
+            return all;
+        };
+        const QString date = LocaleOf(InterfaceLanguageOf(GetParam()))
+                                 .toString(QDateTime({2026, 11, 26}, {14, 5}), QLocale::ShortFormat);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return dates().contains(date); }))
+            << date.toStdString() << " not in " << dates().join(u'|').toStdString();
         Q_EMIT files->fileSelected(u"/nowhere/list.csv"_s);
         auto* failed = Pane().findChild<QMessageBox*>();
         Look(failed);

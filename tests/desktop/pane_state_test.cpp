@@ -38,6 +38,37 @@ TEST_F(PaneState, TheUnitChangesAtTheRefresh)
     EXPECT_EQ(ThicknessText(0x7FFFFFFF, DisplayUnit::Metric), u"214748.36"_s);
 }
 
+TEST_F(PaneState, AfterASortTheSelectionElseTheTopIsInView)
+{
+    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
+        for (int part = 0; part < 60; ++part) {
+            PutTestPart(writer, u"Long"_s, u"L%1"_s.arg(part), 1, {part % 7, {}, {}, {}});
+        }
+    });
+    CPlayedPane pane(libraries_, {.folder = u"Long"});
+    const auto sort = [&pane](int column, Qt::SortOrder order) {
+        pane.Header().setSortIndicator(column, order);
+        Settle(*pane.pane);
+    };
+    const auto shows = [&pane](const QString& name) {
+        for (int row = 0; row < pane.pane->Model().rowCount(); ++row) {
+            const QModelIndex cell = pane.pane->Model().index(row, 0);
+            if (cell.data().toString() == name) {
+                return pane.List().viewport()->rect().contains(pane.List().visualRect(cell).center());
+            }
+        }
+        return false;
+    };
+    pane.Key(Qt::Key_End); // L59
+    sort(0, Qt::DescendingOrder);
+    EXPECT_TRUE(shows(u"L59"_s));
+    sort(1, Qt::AscendingOrder);
+    EXPECT_TRUE(shows(u"L59"_s));
+    pane.browser.SelectAllParts(0);
+    sort(0, Qt::AscendingOrder);
+    EXPECT_TRUE(shows(u"L0"_s));
+}
+
 TEST_F(PaneState, LooksComeBackThroughTheViewState)
 {
     std::vector<std::int16_t> values(max_view_state_values, 0);

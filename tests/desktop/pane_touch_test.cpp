@@ -5,6 +5,7 @@
 #include <QHeaderView>
 #include <QMenu>
 #include <QPointingDevice>
+#include <QProxyStyle>
 #include <QScrollBar>
 #include <QScroller>
 
@@ -35,6 +36,13 @@ protected:
         Settle();
     }
 
+    static bool RollsOn(CPlayedPane& pane)
+    {
+        const int lifted = pane.List().verticalScrollBar()->value();
+        QTest::qWait(100);
+        return pane.List().verticalScrollBar()->value() != lifted;
+    }
+
     CTestLibraries libraries_;
     std::unique_ptr<QPointingDevice> screen_;
 };
@@ -61,6 +69,27 @@ TEST_F(PaneTouch, WhatAFingerHitsIsLargeEnough)
     }
 }
 
+TEST_F(PaneTouch, NothingRollsOnWhereNothingMoves)
+{
+    struct Still : QProxyStyle {
+        int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                      QStyleHintReturn* data) const override
+        {
+            return hint == SH_Widget_Animation_Duration ? 0 : QProxyStyle::styleHint(hint, option, widget, data);
+        }
+    };
+    const QString usual = QApplication::style()->name();
+    QApplication::setStyle(new Still);
+    screen_.reset(QTest::createTouchDevice());
+    {
+        CPlayedPane pane(libraries_, {.folder = u"Long"});
+        Touch(*pane.List().viewport(), {60, pane.List().viewport()->height() - 20}, -100);
+        EXPECT_GT(pane.List().verticalScrollBar()->value(), 0);
+        EXPECT_FALSE(RollsOn(pane));
+    }
+    QApplication::setStyle(usual);
+}
+
 TEST_F(PaneTouch, TapsChooseAndFlicksOnlyScroll)
 {
     screen_.reset(QTest::createTouchDevice());
@@ -72,6 +101,7 @@ TEST_F(PaneTouch, TapsChooseAndFlicksOnlyScroll)
     EXPECT_EQ(pane.TakeClicks(), 1);
     Touch(rows, {60, rows.height() - 20}, -100);
     EXPECT_GT(pane.List().verticalScrollBar()->value(), 0);
+    EXPECT_TRUE(RollsOn(pane));
     EXPECT_EQ(pane.Selected(), "L1");
     EXPECT_EQ(pane.TakeClicks(), 0);
 

@@ -10,8 +10,10 @@
 
 #include <QClipboard>
 #include <QFileDialog>
+#include <QFileSystemModel>
 #include <QGuiApplication>
 #include <QHeaderView>
+#include <QIdentityProxyModel>
 #include <QMenu>
 #include <QMessageBox>
 #include <QStandardPaths>
@@ -24,6 +26,36 @@ namespace partkeep {
 namespace {
 
 constexpr int most_copied_names = 10000;
+
+// The toolkit's model tells sizes and dates in the language of the desktop.
+class CFilesByLocale : public QIdentityProxyModel {
+public:
+    CFilesByLocale(const QLocale& locale, QObject* parent) : QIdentityProxyModel(parent), locale_(locale) {}
+
+    [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override
+    {
+        const auto* files = qobject_cast<const QFileSystemModel*>(sourceModel());
+        const QVariant told = QIdentityProxyModel::data(index, role);
+        if (files == nullptr || role != Qt::DisplayRole || told.toString().isEmpty()) {
+            return told;
+        }
+        const QModelIndex file = mapToSource(index);
+        switch (index.column()) {
+        case size_column:
+            return locale_.formattedDataSize(files->size(file));
+        case date_column:
+            return locale_.toString(files->lastModified(file), QLocale::ShortFormat);
+        default:
+            return told;
+        }
+    }
+
+private:
+    static constexpr int size_column = 1;
+    static constexpr int date_column = 3;
+
+    QLocale locale_;
+};
 
 QString MenuText(QString text)
 {
@@ -189,6 +221,7 @@ void CBrowserPane::AskExportFile(bool selection_alone)
     auto* dialog = new QFileDialog(this, Text(title));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setOption(QFileDialog::DontUseNativeDialog); // that one has the language of the desktop
+    dialog->setProxyModel(new CFilesByLocale(LocaleOf(settings_.language), dialog));
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setNameFilter(Text(PaneText::ExportFilter));
     dialog->setDefaultSuffix(QStringLiteral("csv"));
