@@ -16,7 +16,8 @@
 namespace partkeep {
 namespace {
 
-constexpr int patience_ms = 2000; // within which a change shows
+constexpr qint64 patience_ms = 2000; // within which a change shows
+constexpr int half_ms = 1000;
 
 class PaneLive : public testing::Test {
 protected:
@@ -79,7 +80,7 @@ TEST_F(PaneLive, RowsFollowWhereTheyAreAndSelectionStays)
     keypad.setModal(true);
     keypad.show();
     Change([](ILibraryWriter& writer) { EXPECT_TRUE(writer.RemovePart(u"Live"_s, u"L155"_s)); });
-    QTest::qWait(patience_ms / 2);
+    QTest::qWait(half_ms);
     EXPECT_EQ(pane.pane->Model().rowCount(), 60) << "while a keypad is open";
     EXPECT_EQ(pane.browser.GetSelectedPartCount(), 1);
     keypad.hide();
@@ -125,9 +126,6 @@ TEST_F(PaneLive, WhatIsInViewLoadsWhileTheServerIsAwayAndTheLineTellsOfWhen)
 // As the dialog asks after a click; the median time of it is told, for a run over a slow line.
 TEST_F(PaneLive, AClickInViewShowsItsPicturesWithoutAskingAfterASecondOfRest)
 {
-    if (!InDatabase()) {
-        GTEST_SKIP() << "a file is as near as what was read ahead";
-    }
     Change([](ILibraryWriter& writer) {
         for (int part = 100; part < 120; ++part) {
             const auto id = writer.PutPart(*writer.MakeFolder(u"Live"_s), Name(part), std::nullopt);
@@ -141,8 +139,8 @@ TEST_F(PaneLive, AClickInViewShowsItsPicturesWithoutAskingAfterASecondOfRest)
     pane.browser.SetTargetFolder(target.Core());
     std::vector<qint64> times;
     for (int row = 0; row < 6; ++row) {
-        QTest::qWait(1000);
-        const bool stopped = row == 5 && SignalDatabase("STOP");
+        QTest::qWait(half_ms);
+        const bool stopped = row == 5 && InDatabase() && SignalDatabase("STOP");
         QElapsedTimer time;
         time.start();
         ClickAt(*pane.List().viewport(), pane.List().visualRect(pane.pane->Model().index(row, 0)).center());
@@ -164,7 +162,8 @@ TEST_F(PaneLive, AClickInViewShowsItsPicturesWithoutAskingAfterASecondOfRest)
     RecordProperty("median_ms", static_cast<int>(times[times.size() / 2]));
 }
 
-// PARTKEEP_LIVE_CHANGES=1000 for a long run of ten stations.
+// PARTKEEP_LIVE_CHANGES=1000 for a long run of ten stations. A file that is changed without pause may be locked for too
+// long to answer; then it says so.
 TEST_F(PaneLive, StationsShowTheLastStateAndLoadNoWrongPart)
 {
     const char* const asked = std::getenv("PARTKEEP_LIVE_CHANGES");
@@ -204,10 +203,11 @@ TEST_F(PaneLive, StationsShowTheLastStateAndLoadNoWrongPart)
         for (std::size_t i = 0; i < stations.size(); ++i) {
             QTest::qWait(5);
             const std::string part = Name(100 + static_cast<int>(i) % 5).toStdString();
-            EXPECT_EQ(stations[i]->Selected(), part);
+            const std::string selected = stations[i]->Selected();
+            EXPECT_TRUE(selected == part || (selected == "?" && !InDatabase())) << selected;
             const bool copied =
                 stations[i]->browser.CopyPartFiles(u"SRV1", u"Live\\" + FromUtf8(part).toStdU16String());
-            EXPECT_TRUE(copied || !InDatabase()) << "a file may be locked for too long";
+            EXPECT_TRUE(copied || !InDatabase());
             EXPECT_TRUE(!copied || ReadBytes(target.Path(part + ".iga")) == part + ".iga");
         }
     }
