@@ -35,7 +35,7 @@ public:
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override
     {
         const auto* files = qobject_cast<const QFileSystemModel*>(sourceModel());
-        const QVariant told = QIdentityProxyModel::data(index, role);
+        QVariant told = QIdentityProxyModel::data(index, role);
         if (files == nullptr || role != Qt::DisplayRole || told.toString().isEmpty()) {
             return told;
         }
