@@ -50,8 +50,8 @@ public:
     void SetEmptyText(const QString& text);
     [[nodiscard]] const QString& EmptyText() const { return empty_text_; }
     void UpdateRange() { updateGeometries(); } // of what can be scrolled to, before the next paint
-    void SetFaded(bool faded);      // what is shown may be out of date
-    void TakeKey(QKeyEvent* event); // from the search box
+    void SetFaded(bool faded);                 // what is shown may be out of date
+    void TakeKey(QKeyEvent* event);            // from the search box
     // By an assistive tool. False where nothing was done, such as behind a window that waits for an answer.
     bool SelectRow(int row, bool selected);
     // Rows that lead away from here, each when it is chosen: by a click or the space bar. Moving on selects nothing.
