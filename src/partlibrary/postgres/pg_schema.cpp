@@ -44,9 +44,10 @@ constexpr std::array<SqlText, 15> make_tables{
 };
 
 // The roles are the administrator's to make; those that are there get their rights. Of pairs the server would count
-// what the table of pairs tells better.
+// what the table of pairs tells better. A content that a page has room for stays in it: chunks elsewhere, with an
+// index of their own, take longer to store.
 constexpr SqlText grant_rights = R"(DO $$ DECLARE s text := current_setting('partkeep.schema'); BEGIN
-ALTER TABLE piece ALTER COLUMN data SET STORAGE EXTERNAL;
+ALTER TABLE piece SET (toast_tuple_target = 8160), ALTER COLUMN data SET STORAGE EXTERNAL;
 ALTER TABLE part ALTER COLUMN pairs SET STATISTICS 0, ALTER COLUMN search_text SET STATISTICS 0;
 IF EXISTS(SELECT 1 FROM pg_roles WHERE rolname = 'partkeep_station') THEN
 EXECUTE format('GRANT USAGE ON SCHEMA %I TO partkeep_station', s);

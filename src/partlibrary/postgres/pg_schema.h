@@ -6,7 +6,7 @@
 //   part              one row a part: as in the file format, with the pairs of characters of its search text, and who
 //                     changed it when
 //   part_file         one row a file or picture: which content it has, how long it is, and its SHA-256
-//   piece             content in pieces of postgres_piece_bytes, outside of the table's pages
+//   piece             content in pieces of postgres_piece_bytes, outside of the table's pages where one is too small
 //   pair              how many parts have a pair of characters
 //
 // Names and texts compare by their bytes; keys are those of sort_text.h. Every order of a list is an index that begins

@@ -101,6 +101,7 @@ void CPgWriter::Rollback()
 {
     connection_->Rollback();
     in_pieces_ = false;
+    piece_rows_.clear();
     folders_.clear();
     folders_read_ = false;
     bare_folders_.clear();

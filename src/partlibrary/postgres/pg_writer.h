@@ -71,6 +71,7 @@ private:
     bool Start(bool rebuilding);
     bool Flush();
     bool EndPieces();
+    bool SendPieces();
     bool PutPieces(FileSlot slot, const ContentSource& source, StoredContent& stored);
     bool FlushFolders();
     bool FlushParts();
@@ -103,6 +104,7 @@ private:
     std::unordered_map<std::int32_t, qint64> pairs_; // how many parts more have them
     std::map<qint64, qint64> new_parts_;             // by folder
     std::vector<char> piece_;
+    std::string piece_rows_; // that wait to be sent together
     std::size_t changed_parts_ = 0;
     qint64 next_folder_ = 0;
     qint64 next_part_ = 0;

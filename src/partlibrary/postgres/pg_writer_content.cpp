@@ -11,15 +11,23 @@ namespace partkeep {
 
 namespace {
 
-constexpr std::size_t most_held = 4096; // parts that wait
-constexpr qint64 first_names = 16;      // that are read ahead
+constexpr std::size_t most_held = 4096;        // parts that wait
+constexpr std::size_t sent_together = 1 << 16; // bytes: to send small contents takes longer than to store them
+constexpr qint64 first_names = 16;             // that are read ahead
 constexpr qint64 most_names = 4096;
 
 } // namespace
 
 bool CPgWriter::EndPieces()
 {
-    return !std::exchange(in_pieces_, false) || connection_->EndCopy();
+    return !std::exchange(in_pieces_, false) || (SendPieces() && connection_->EndCopy());
+}
+
+bool CPgWriter::SendPieces()
+{
+    const bool sent = piece_rows_.empty() || connection_->PutCopy(piece_rows_);
+    piece_rows_.clear();
+    return sent;
 }
 
 bool CPgWriter::PutPieces(FileSlot slot, const ContentSource& source, StoredContent& stored)
@@ -39,10 +47,10 @@ bool CPgWriter::PutPieces(FileSlot slot, const ContentSource& source, StoredCont
         }
         const std::string_view piece(piece_.data(), static_cast<std::size_t>(size));
         hash.Add(piece);
-        std::string head;
-        CCopyRow(head, 3).Put(stored.id).Put(number);
-        AppendNumber(head, static_cast<std::int32_t>(size));
-        if (size > 0 && !(connection_->PutCopy(head) && connection_->PutCopy(piece))) {
+        if (size > 0) {
+            CCopyRow(piece_rows_, 3).Put(stored.id).Put(number).Put(piece);
+        }
+        if (piece_rows_.size() >= sent_together && !SendPieces()) {
             return false;
         }
         if (size < postgres_piece_bytes) {
