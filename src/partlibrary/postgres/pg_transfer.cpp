@@ -163,8 +163,9 @@ bool CPgConnection::Commit(std::span<const CSql> last)
 bool CPgConnection::LookForCommit()
 {
     const LibraryProblem problem = problem_;
+    const auto until = Clock::now() + tool_patience;
     silent_until_ = {};
-    for (int attempt = 0; attempt < 100; ++attempt) {
+    while (Clock::now() < until) {
         const auto told =
             Ask(CSql("SELECT pg_xact_status(").Value(FromUtf8(transaction_.toStdString())).Add("::xid8)"));
         const std::string_view state = told && !told->IsNull(0, 0) ? told->Raw(0, 0) : std::string_view();
