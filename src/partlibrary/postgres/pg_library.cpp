@@ -246,8 +246,10 @@ std::optional<std::vector<PartRow>> CPgLibrary::PartsBehind(qint64 folder, const
     }
 }
 
+// Whoever wants to know this wants to know it now, also from a server that counts as silent.
 std::optional<qint64> CPgLibrary::Revision()
 {
+    connection_->TryAgain();
     const auto result = connection_->Ask(CSql("SELECT revision FROM partkeep_library"));
     return result && result->Rows() == 1 ? std::optional(result->Integer(0, 0)) : std::nullopt;
 }

@@ -112,7 +112,7 @@ void CBrowserSession::EnterFolderAgain()
 bool CBrowserSession::Refresh()
 {
     libraries_.Retry(current_server_);
-    return RefreshPartList();
+    return RefreshPartList() && problem_.fault != LibraryFault::NoAnswer;
 }
 
 bool CBrowserSession::SetPartFilter(std::int16_t kind_mask)

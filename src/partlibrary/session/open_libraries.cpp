@@ -69,8 +69,17 @@ void COpenLibraries::Open(const QString& server, Entry& entry)
     }
 }
 
+// What is open on a database that still does not answer stays: opening it anew would wait once more, and there would be
+// nothing to show.
 void COpenLibraries::Retry(const QString& server)
 {
+    const auto entry = entries_.find(server);
+    const auto open = entry != entries_.end() ? entry->second.library : nullptr;
+    const bool in_database =
+        open != nullptr && folder_.Services() != nullptr && !QFileInfo::exists(folder_.FileOf(server));
+    if (in_database && !open->Revision() && open->Problem().fault == LibraryFault::NoAnswer) {
+        return;
+    }
     entries_.erase(server);
     if (folder_.Services() != nullptr) {
         folder_.Services()->Retry();

@@ -52,7 +52,10 @@ std::optional<PgPlace> CServiceServers::Find(const QString& server)
     Ask();
     const auto found = std::find_if(services_.begin(), services_.end(),
                                     [&](const Service& service) { return service.servers.contains(server); });
-    return found != services_.end() ? std::optional(PgPlace{found->name, server}) : std::nullopt;
+    if (found == services_.end() || found->problem) { // which would be waited for a second time
+        return std::nullopt;
+    }
+    return PgPlace{found->name, server};
 }
 
 bool CServiceServers::Knows(const QString& server) const
