@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 
 #include <algorithm>
+#include <utility>
 
 namespace partkeep {
 
@@ -79,10 +80,10 @@ private:
         if (column_ == PartColumn::Thickness) {
             const QString number = QString::number(row.thickness);
             found_.push_back({number, number.toUtf8()});
-            return SqlValue(qint64{row.thickness});
+            return std::optional<SqlValue>(std::in_place, std::in_place_type<qint64>, row.thickness);
         }
         found_.push_back({TextOf(row), statement.Bytes(part_row_column_count)});
-        return SqlValue(found_.back().key);
+        return std::optional<SqlValue>(std::in_place, found_.back().key);
     }
 
     [[nodiscard]] const QString& TextOf(const PartRow& row) const
