@@ -104,7 +104,7 @@ std::optional<PartRow> CSqliteLibrary::FindPart(const QString& folder, const QSt
         return Refuse(LibraryFault::NameRefused, JoinPath(folder, name));
     }
     CStatement statement(*connection_, find_part);
-    const auto row = ReadPart(statement.With(folder, name), JoinPath(folder, name));
+    auto row = ReadPart(statement.With(folder, name), JoinPath(folder, name));
     FolderRow inside;
     if (!row) {
         return row;
