@@ -242,9 +242,22 @@ void FillLarge(int parts)
     Require(writer->Commit(), writer->Problem());
 }
 
+void TellSize()
+{
+    LibraryProblem problem;
+    const auto connection = CPgConnection::Open({services[0], QStringLiteral("LARGE")}, PgUse::Administer, problem);
+    Require(connection != nullptr, problem);
+    const auto size = connection->Ask(CSql("SELECT sum(pg_total_relation_size(oid))::bigint FROM pg_class "
+                                           "WHERE relkind = 'r' AND relnamespace = '\"LARGE\"'::regnamespace"));
+    Require(size.has_value(), connection->Problem());
+    std::printf("they take %.0f MB with their indexes\n", static_cast<double>(size->Integer(0, 0)) / 1e6);
+    std::fflush(stdout);
+}
+
 void MeasureLists(int parts)
 {
     std::printf("filling %d parts took %.0f ms\n", parts, Milliseconds([&] { FillLarge(parts); }));
+    TellSize();
     const struct {
         const char* label;
         QString folder;
