@@ -2,6 +2,7 @@
 
 #include "desktop/interface_language.h"
 #include "partlibrary/library/library_text.h"
+#include "platform/text.h"
 #include "settings/process_values.h"
 
 #include <QCoreApplication>
@@ -143,7 +144,7 @@ public:
             return {};
         }
         if (language_ == InterfaceLanguage::English) {
-            return FromUtf8(source);
+            return FromWide(WidenText(source, utf8_code_page));
         }
         const QString known = has_catalogue_ ? catalogue_.translate(context, source, disambiguation, n) : QString();
         return known.isEmpty() ? FromTable(source) : known;
