@@ -6,6 +6,7 @@
 #include "partlibrary/library/sort_text.h"
 
 #include <QHeaderView>
+#include <QImage>
 #include <QMenu>
 
 namespace partkeep {
@@ -158,6 +159,24 @@ TEST_F(PaneSelection, TheTreeNavigatesWithOneClickEach)
     }
 }
 
+// Apart from each other, along the middle of a name.
+int GroundsOfHits(CPlayedPane& pane, int row)
+{
+    const QRect cell = pane.List().visualRect(pane.pane->Model().index(row, 0));
+    const QImage look = pane.List().viewport()->grab(cell).toImage();
+    int grounds = 0;
+    bool inside = false;
+    for (int x = 0; x < look.width(); ++x) {
+        bool ground = false;
+        for (int y = 0; y < look.height(); ++y) {
+            ground = ground || look.pixelColor(x, y) == QColor(255, 214, 92);
+        }
+        grounds += ground && !inside ? 1 : 0;
+        inside = ground;
+    }
+    return grounds;
+}
+
 // A result is no selection until it is chosen; that goes to its folder.
 TEST_F(PaneSelection, AWholeServerIsSearched)
 {
@@ -227,6 +246,10 @@ TEST_F(PaneSelection, AWholeServerIsSearched)
             wide(pane); // the next one would begin so
         }
     }
+    CPlayedPane pane(libraries_);
+    pane.Search().setText(u"0 p"_s);
+    Settle(*pane.pane);
+    EXPECT_EQ(GroundsOfHits(pane, 0), 2) << pane.Shown();
     EXPECT_EQ(FindHits(u"ﾎﾞｰﾙ Hülse h"_s, SearchWords(u"ボー hu h"_s)), (QList<SearchHit>{{0, 3}, {5, 2}, {11, 1}}));
 }
 

@@ -51,17 +51,17 @@ void CPartRowDelegate::PaintText(QPainter& painter, const QRect& area, const QSt
     if (index.column() == static_cast<int>(PartColumn::Thickness)) {
         return;
     }
-    painter.save();
-    painter.setPen(Qt::black);
     for (const SearchHit& hit : FindHits(shown, words_)) {
         const int from = area.left() + metrics.horizontalAdvance(shown.left(hit.start));
         const int to = area.left() + metrics.horizontalAdvance(shown.left(hit.start + hit.length));
         const QRect ground(from, area.center().y() - metrics.height() / 2, to - from, metrics.height());
+        painter.save(); // the next ground lies outside this one
         painter.fillRect(ground, QColor(255, 214, 92));
-        painter.setClipRect(ground);
+        painter.setClipRect(ground, Qt::IntersectClip);
+        painter.setPen(Qt::black);
         painter.drawText(area, place, shown);
+        painter.restore();
     }
-    painter.restore();
 }
 
 void CPartRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
