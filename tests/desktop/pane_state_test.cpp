@@ -15,6 +15,8 @@
 #include <QPushButton>
 #include <QSplitter>
 
+#include <algorithm>
+
 namespace partkeep {
 namespace {
 
@@ -88,6 +90,10 @@ TEST_F(PaneState, LooksComeBackThroughTheViewState)
     EXPECT_TRUE(pane.Header().isSectionHidden(3));
     EXPECT_EQ(pane.Shown(), "P1 P2 p1 Bare P10") << "by thickness, downwards, ties by name downwards";
     EXPECT_NEAR(pane.pane->findChild<QSplitter*>()->sizes().front(), 260, 4);
+    values[5] = static_cast<std::int16_t>(PictureSize::Large);
+    std::replace(values.begin(), values.end(), std::int16_t{233}, std::int16_t{60});
+    pane.browser.SetViewState(values.data());
+    EXPECT_GT(pane.Header().sectionSize(0), 128 + 40) << "a name has room beside its picture";
 }
 
 TEST_F(PaneState, AForeignViewStateLeavesAUsablePane)

@@ -20,6 +20,7 @@ constexpr int picture_room = 6; // above and below a picture
 constexpr int text_room = 12;   // the same for text
 constexpr int lowest_row = 32;  // by a mouse
 constexpr int largest_column = 4000;
+constexpr int name_characters = 12;                         // that show beside a picture, its margins included
 constexpr std::array<int, 4> picture_sides{0, 32, 64, 128}; // by PictureSize
 
 std::int16_t ToInt16(int value)
@@ -34,6 +35,13 @@ void CBrowserPane::ShowPictures(PictureSize size)
     pictures_size_ = size;
     delegate_->SetPictureSide(picture_sides[static_cast<std::size_t>(size)]);
     SetRowHeight();
+    // A large picture must not take the room of the name beside it.
+    QHeaderView& header = list_->Header();
+    const int name = static_cast<int>(PartColumn::Name);
+    const int room = delegate_->PictureSide() + name_characters * fontMetrics().averageCharWidth();
+    if (!header.isSectionHidden(name) && header.sectionSize(name) < room) {
+        header.resizeSection(name, room);
+    }
 }
 
 void CBrowserPane::WidenTree(int by)
