@@ -111,28 +111,34 @@ protected:
     }
 
     static void Xdotool(const std::string& words) { ASSERT_EQ(std::system(("xdotool " + words).c_str()), 0) << words; }
-    static std::string PointedAt(int number, int id, const char* clicks = "click 1 ")
+    // Pressed and let go by hand: a click of the tool's own waits a tenth of a second.
+    static constexpr const char* one_click = "mousedown 1 mouseup 1 ";
+    static constexpr const char* two_clicks = "mousedown 1 mouseup 1 mousedown 1 mouseup 1 ";
+    static std::string PointedAt(int number, int id, const char* clicks = one_click)
     {
         QWidget* widget = ControlOf(number, id);
         const QPoint place = widget == nullptr ? QPoint() : widget->mapToGlobal(widget->rect().center());
         return "mousemove " + std::to_string(place.x()) + " " + std::to_string(place.y()) + " " + clicks;
     }
+    // The focus goes back to the window that waits for an answer: on a slow machine none may be active for a moment.
     static std::string InTheList(const char* key)
     {
         const auto to = [](const QWidget* window) { return "windowfocus " + std::to_string(window->winId()) + " "; };
-        return to(WindowOf(RES_SELECTED_PARTS_DIALOG)) + key + to(QApplication::activeWindow());
+        const QWidget* active = QApplication::activeWindow();
+        return to(WindowOf(RES_SELECTED_PARTS_DIALOG)) + key +
+               to(active != nullptr ? active : QApplication::activeModalWidget());
     }
     static std::string Words(Input input)
     {
         switch (input) {
         case Input::Enter:
-            return "key Return ";
+            return "key --delay 0 Return ";
         case Input::Escape:
-            return "key Escape ";
+            return "key --delay 0 Escape ";
         case Input::SelectAll:
-            return "key ctrl+a ";
+            return "key --delay 0 ctrl+a ";
         case Input::DoubleClickOnOk:
-            return PointedAt(RES_SELECTION_DIALOG, RES_LOAD, "click 1 click 1 ");
+            return PointedAt(RES_SELECTION_DIALOG, RES_LOAD, two_clicks);
         case Input::Cancel:
             return PointedAt(RES_SELECTION_DIALOG, id_cancel);
         case Input::Add:
@@ -144,11 +150,11 @@ protected:
         case Input::Click:
             return PointedAt(RES_SELECTION_DIALOG, RES_BROWSER);
         case Input::DeleteKey:
-            return InTheList("key Delete ");
+            return InTheList("key --delay 0 Delete ");
         case Input::PutBack:
-            return InTheList("key ctrl+z ");
+            return InTheList("key --delay 0 ctrl+z ");
         case Input::DoubleClick:
-            return PointedAt(RES_SELECTION_DIALOG, RES_BROWSER, "click 1 click 1 ");
+            return PointedAt(RES_SELECTION_DIALOG, RES_BROWSER, two_clicks);
         case Input::Drop:
             return PointedAt(RES_SELECTION_DIALOG, RES_BROWSER, "mousedown 3 mousemove_relative 9 9 ") +
                    PointedAt(RES_SELECTED_PARTS_DIALOG, RES_PART_LIST, "mousemove_relative 1 1 mouseup 3 ");
@@ -171,7 +177,7 @@ protected:
                 AskToClose(WindowOf(RES_SELECTION_DIALOG)->winId());
             }
         }
-        Xdotool(words + "key Shift_L");
+        Xdotool(words + "key --delay 0 Shift_L");
     }
 
     // One turn of the one who works the dialog, in whatever loop runs.
@@ -183,7 +189,8 @@ protected:
             step = Step::List;
             browser.selection = {browser.list[0]};
             PressLater(ControlOf(RES_SELECTION_DIALOG, RES_ADD));
-        } else if (step == Step::List && WindowOf(RES_SELECTED_PARTS_DIALOG) != nullptr) {
+        } else if (step == Step::List && WindowOf(RES_SELECTED_PARTS_DIALOG) != nullptr &&
+                   WindowOf(RES_SELECTION_DIALOG)->isActiveWindow()) {
             step = Step::Busy;
             MakeBusy();
         } else if (step == Step::Busy && !sent) {
