@@ -8,6 +8,7 @@
 #include <fstream>
 #include <sstream>
 #include <sys/socket.h>
+#include <thread>
 #include <unistd.h>
 
 #include <netinet/in.h>
@@ -61,13 +62,27 @@ protected:
     {
         CBrowserSession session{CLibraryFolder({}, {QString::fromLatin1(service.c_str())})};
         const auto begin = steady_clock::now();
-        const bool shown = session.Go(u"SRV1"_s, u"Plates\\2008"_s) && session.SelectAllParts(1) == 5;
+        const bool shown = session.Go(u"SRV1"_s, u"Plates\\2008"_s) && session.SelectAllParts(1) == 1 &&
+                           session.GetSelectedPartCount() == 5;
         EXPECT_LT(steady_clock::now() - begin, longest_wait) << service;
+        EXPECT_TRUE(!shown || Follows(*session.Library())) << service;
         std::ostringstream out;
         const std::string library = service + ":SRV1";
         const char* const argv[] = {"partkeep-library", "list", library.c_str()};
         const bool listed = RunLibraryTool(3, argv, {out, out}) == 0;
-        return {shown ? "" : ProblemText(session.Problem()), listed ? "" : out.str()};
+        return {shown ? "" : "not shown: " + ProblemText(session.Problem()), listed ? "" : out.str()};
+    }
+
+    // Whether it shows what others change, and takes nothing for silent meanwhile.
+    static bool Follows(IPartLibrary& library)
+    {
+        bool changed = false;
+        RunInDatabase("UPDATE partkeep_library SET revision = revision + 1");
+        for (int look = 0; look < 1000 && !changed; ++look) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            changed = library.LookForChange();
+        }
+        return changed && !library.SilentSince().isValid();
     }
 
     std::string before_ = std::getenv("PGSERVICEFILE");
@@ -131,6 +146,22 @@ TEST_F(ServerAccess, WaitsOnceForAHoleInTheNetwork)
         EXPECT_EQ(session.Problem().fault, LibraryFault::NoAnswer);
         EXPECT_TRUE(session.FailsSince().isValid());
     }
+    EXPECT_LT(steady_clock::now() - begin, longest_wait);
+}
+
+TEST_F(ServerAccess, WaitsForAllHolesAtOnceAndShowsWhatTheOthersHave)
+{
+    const CHole holes[3];
+    QStringList services;
+    for (const CHole& hole : holes) {
+        AddService("hole" + hole.Port(), "hostaddr=127.0.0.1\nport=" + hole.Port() + "\n");
+        services += QString::fromStdString("hole" + hole.Port());
+    }
+    services.insert(1, test_service + u"-station"_s);
+    CBrowserSession session{CLibraryFolder({}, services)};
+    const auto begin = steady_clock::now();
+    EXPECT_TRUE(session.Go(u"SRV1"_s, u"Plates\\2008"_s));
+    EXPECT_FALSE(session.Go(u"of nobody"_s, {}));
     EXPECT_LT(steady_clock::now() - begin, longest_wait);
 }
 

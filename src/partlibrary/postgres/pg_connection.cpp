@@ -1,12 +1,10 @@
 #include "partlibrary/postgres/pg_connection.h"
 
 #include "partlibrary/library/sort_text.h"
+#include "partlibrary/postgres/pg_start.h"
 #include "partlibrary/postgres/pg_waits.h"
 
-#include <algorithm>
 #include <array>
-#include <cerrno>
-#include <poll.h>
 #include <utility>
 
 namespace partkeep {
@@ -16,11 +14,9 @@ using std::chrono::milliseconds;
 std::shared_ptr<CPgConnection> CPgConnection::Open(const PgPlace& place, PgUse use, LibraryProblem& problem)
 {
     problem = {};
-    QString why;
-    const PqDriver* const driver = LoadPqDriver(why);
+    const PqDriver* const driver = LoadPqDriver(problem);
     if (driver == nullptr) {
-        problem = {LibraryFault::CannotOpen, place.Text(),
-                   QStringLiteral("the module for databases is not installed: ") + why};
+        problem.subject = place.Text();
         return nullptr;
     }
     if (ToUtf8(place.server).size() > longest_schema) { // the server would cut it, and show another's
@@ -37,7 +33,7 @@ std::shared_ptr<CPgConnection> CPgConnection::Open(const PgPlace& place, PgUse u
 }
 
 CPgConnection::CPgConnection(const PqDriver& driver, PgPlace place, PgUse use)
-    : pq_(driver), place_(std::move(place)), use_(use), connection_(nullptr, CFinish{&driver})
+    : pq_(driver), place_(std::move(place)), use_(use), connection_(nullptr, CPqFinish{&driver})
 {
 }
 
@@ -62,75 +58,23 @@ bool CPgConnection::Connect()
     return true;
 }
 
-// Each host has its share of the time: one that swallows everything must not take that of the next.
 bool CPgConnection::StartUp()
 {
-    CPgHosts hosts;
-    if (!StartOn(hosts)) {
-        return false;
+    CPgStart start(pq_, place_, use_ == PgUse::Browse, last_byte_ + Patience());
+    CPgStart::State state = start.GoOn();
+    for (; state == CPgStart::State::Pending; state = start.GoOn()) {
+        static_cast<void>(PollUntil(start.Awaited(), start.Until()));
     }
-    hosts = {pq_, connection_.get()};
-    if (hosts.LeaveOutSilent() && !StartOn(hosts)) {
-        return false;
+    if (state == CPgStart::State::Open) {
+        connection_ = start.Take();
+        return true;
     }
-    for (bool swallowed = false; !PollStart(hosts.Count(), swallowed);) {
-        if (!swallowed) {
-            return false;
-        }
-        hosts.LeaveOut(pq_, connection_.get());
-        if (!StartOn(hosts)) {
-            return false;
-        }
+    if (state == CPgStart::State::Late) {
+        return MissDeadline();
     }
-    return true;
-}
-
-bool CPgConnection::StartOn(const CPgHosts& hosts)
-{
-    const std::string service = ToUtf8(place_.service);
-    const auto places = hosts.Values();
-    std::vector<const char*> names{"service", "client_encoding", "fallback_application_name", "keepalives",
-                                   "keepalives_idle"};
-    std::vector<const char*> values{service.c_str(), "UTF8", "partkeep", "1", "5"};
-    const auto set = [&](const char* name, const char* value) {
-        names.push_back(name);
-        values.push_back(value);
-    };
-    if (use_ != PgUse::Browse) {
-        set("tcp_user_timeout", "30000");
-    }
-    for (std::size_t i = 0; i < places.size(); ++i) {
-        if (!places[i].empty()) {
-            set(CPgHosts::names[i], places[i].c_str());
-        }
-    }
-    set(nullptr, nullptr);
-    connection_.reset(pq_.PQconnectStartParams(names.data(), values.data(), 0));
-    if (connection_ == nullptr) {
-        problem_ = {LibraryFault::NoMemory, place_.Text(), {}};
-        return false;
-    }
-    pq_.PQsetNoticeProcessor(
-        connection_.get(), [](void*, const char*) {}, nullptr);
-    return true;
-}
-
-bool CPgConnection::PollStart(std::size_t hosts, bool& swallowed)
-{
-    const auto now = Clock::now();
-    const auto share = (last_byte_ + Patience() - now) / static_cast<int>(std::max<std::size_t>(hosts, 1));
-    PostgresPollingStatusType status =
-        pq_.PQstatus(connection_.get()) == CONNECTION_BAD ? PGRES_POLLING_FAILED : PGRES_POLLING_WRITING;
-    swallowed = false;
-    while (status != PGRES_POLLING_OK && status != PGRES_POLLING_FAILED) {
-        const short events = status == PGRES_POLLING_READING ? POLLIN : POLLOUT;
-        swallowed = hosts > 1 && PollUntil(events, now + share) == 0;
-        if (swallowed || !Wait(events)) {
-            return false;
-        }
-        status = pq_.PQconnectPoll(connection_.get());
-    }
-    return status == PGRES_POLLING_OK || Lose();
+    Lose();
+    problem_ = start.Problem();
+    return false;
 }
 
 bool CPgConnection::EnterPipeline()
@@ -255,7 +199,7 @@ bool CPgConnection::MissDeadline()
 
 void CPgConnection::FallSilent()
 {
-    problem_ = {LibraryFault::NoAnswer, place_.Text(), QStringLiteral("no answer in time")};
+    problem_ = {LibraryFault::NoAnswer, place_.Text(), OneLine(too_late)};
     Disconnect();
     silent_until_ = Clock::now() + impatience;
     silent_since_ = silent_since_.isValid() ? silent_since_ : QTime::currentTime();
@@ -263,21 +207,8 @@ void CPgConnection::FallSilent()
 
 bool CPgConnection::Wait(short events)
 {
-    const int ready = PollUntil(events, last_byte_ + Patience());
+    const int ready = PollUntil({pq_.PQsocket(connection_.get()), events, 0}, last_byte_ + Patience());
     return ready > 0 || (ready == 0 ? MissDeadline() : Lose());
-}
-
-// As poll has it: 0 when the time is over.
-int CPgConnection::PollUntil(short events, Clock::time_point until) const
-{
-    pollfd socket{pq_.PQsocket(connection_.get()), events, 0};
-    for (;;) {
-        const auto left = std::chrono::duration_cast<milliseconds>(until - Clock::now()).count();
-        const int ready = left > 0 ? poll(&socket, 1, static_cast<int>(left)) : 0;
-        if (ready >= 0 || errno != EINTR) {
-            return ready;
-        }
-    }
 }
 
 } // namespace partkeep

@@ -8,7 +8,6 @@
 
 #include "partlibrary/library/library_problem.h"
 #include "partlibrary/library/part_library.h"
-#include "partlibrary/postgres/pg_hosts.h"
 #include "partlibrary/postgres/pg_place.h"
 #include "partlibrary/postgres/pg_result.h"
 #include "partlibrary/postgres/sql.h"
@@ -91,16 +90,10 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-    struct CFinish {
-        const PqDriver* driver;
-        void operator()(PGconn* connection) const { driver->PQfinish(connection); }
-    };
 
     CPgConnection(const PqDriver& driver, PgPlace place, PgUse use);
     bool Connect();
     bool StartUp();
-    bool StartOn(const CPgHosts& hosts);
-    bool PollStart(std::size_t hosts, bool& swallowed);
     bool Prepare();
     bool Ready();
     bool SendOne(const CSql& statement);
@@ -110,7 +103,6 @@ private:
     bool SendAll();
     PGresult* GetResult();
     bool Wait(short events);
-    [[nodiscard]] int PollUntil(short events, Clock::time_point until) const;
     bool Fail(const CPgResult& result);
     bool Lose();
     bool MissDeadline();
@@ -122,7 +114,7 @@ private:
     const PqDriver& pq_;
     PgPlace place_;
     PgUse use_;
-    std::unique_ptr<PGconn, CFinish> connection_;
+    PqConnection connection_;
     LibraryProblem problem_;
     QByteArray id_;
     qint64 revision_ = 0;

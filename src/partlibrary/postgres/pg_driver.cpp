@@ -54,11 +54,14 @@ const PqDriver* Load(QString& why)
 
 } // namespace
 
-const PqDriver* LoadPqDriver(QString& why)
+const PqDriver* LoadPqDriver(LibraryProblem& problem)
 {
     static QString reason;
     static const PqDriver* const driver = Load(reason);
-    why = driver != nullptr ? QString() : reason;
+    if (driver == nullptr) {
+        problem = {
+            LibraryFault::CannotOpen, {}, QStringLiteral("the module for databases is not installed: ") + reason};
+    }
     return driver;
 }
 

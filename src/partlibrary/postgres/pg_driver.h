@@ -2,13 +2,12 @@
 // database never loads it, nor needs it installed.
 #pragma once
 
+#include "partlibrary/library/library_problem.h"
 #include "partlibrary/postgres/pq_functions.h"
-
-#include <QString>
 
 namespace partkeep {
 
 // Loaded at the first call, for as long as the process runs. Null where the module is not installed, with the reason.
-[[nodiscard]] const PqDriver* LoadPqDriver(QString& why);
+[[nodiscard]] const PqDriver* LoadPqDriver(LibraryProblem& problem);
 
 } // namespace partkeep

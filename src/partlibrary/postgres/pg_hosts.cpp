@@ -73,6 +73,12 @@ CPgHosts::CPgHosts(const PqDriver& pq, PGconn* connection)
     }
 }
 
+std::chrono::steady_clock::time_point CPgHosts::ShareUntil(std::chrono::steady_clock::time_point until) const
+{
+    const auto now = std::chrono::steady_clock::now();
+    return now + (until - now) / static_cast<int>(std::max<std::size_t>(hosts_.size(), 1));
+}
+
 void CPgHosts::LeaveOut(const PqDriver& pq, const PGconn* connection)
 {
     const std::string_view host = pq.PQhost(connection);

@@ -5,6 +5,7 @@
 #include "partlibrary/postgres/pq_functions.h"
 
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -21,6 +22,8 @@ public:
     CPgHosts(const PqDriver& pq, PGconn* connection);
 
     [[nodiscard]] std::size_t Count() const { return hosts_.size(); }
+    // Until when the first of them may be waited for, if there is time for all until then.
+    [[nodiscard]] std::chrono::steady_clock::time_point ShareUntil(std::chrono::steady_clock::time_point until) const;
     // Leaves out the one that a connection of these hosts waits for, which then counts as silent for some seconds.
     void LeaveOut(const PqDriver& pq, const PGconn* connection);
     // Leaves out those that count as silent, unless all do. Whether there were any.

@@ -3,7 +3,6 @@
 #include "partlibrary/library/library_names.h"
 #include "partlibrary/library/library_text.h"
 #include "partlibrary/postgres/pg_library.h"
-#include "partlibrary/postgres/pg_schema.h"
 
 #include <utility>
 
@@ -22,16 +21,6 @@ std::unique_ptr<IPartLibrary> OpenPgLibrary(const PgPlace& place, std::shared_pt
                                             LibraryProblem& problem)
 {
     return CPgLibrary::Open(place, PgUse::Browse, problem, std::move(cache));
-}
-
-std::optional<QStringList> ReadPgServers(const QString& service, LibraryProblem& problem)
-{
-    const auto connection = CPgConnection::Open({service, {}}, PgUse::Browse, problem);
-    auto servers = connection != nullptr ? PgServers(*connection) : std::nullopt;
-    if (connection != nullptr && !servers) {
-        problem = connection->Problem();
-    }
-    return servers;
 }
 
 } // namespace partkeep

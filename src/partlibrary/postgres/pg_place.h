@@ -5,7 +5,6 @@
 #include "partlibrary/library/part_library.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <memory>
 #include <optional>
@@ -26,8 +25,5 @@ struct PgPlace {
 // For a browser; `cache` may be null. Null on failure, with the reason.
 [[nodiscard]] std::unique_ptr<IPartLibrary> OpenPgLibrary(const PgPlace& place, std::shared_ptr<CContentCache> cache,
                                                           LibraryProblem& problem);
-
-// The libraries that a service leads to, in natural order. Nothing on failure, with the reason.
-[[nodiscard]] std::optional<QStringList> ReadPgServers(const QString& service, LibraryProblem& problem);
 
 } // namespace partkeep

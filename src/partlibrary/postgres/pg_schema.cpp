@@ -1,6 +1,5 @@
 #include "partlibrary/postgres/pg_schema.h"
 
-#include "partlibrary/library/library_names.h"
 #include "partlibrary/library/sort_text.h"
 
 #include <QRandomGenerator>
@@ -114,29 +113,6 @@ bool CreatePgSchema(CPgConnection& connection, LibraryProblem& problem)
     connection.Rollback();
     problem = connection.Problem();
     return false;
-}
-
-std::optional<QStringList> PgServers(CPgConnection& connection)
-{
-    const auto rows =
-        connection.Ask(CSql("SELECT n.nspname::text FROM pg_class c JOIN pg_namespace n ON n.oid = c.relnamespace "
-                            "WHERE c.relname = 'partkeep_library' AND has_schema_privilege(n.oid, 'USAGE')"));
-    if (!rows) {
-        return std::nullopt;
-    }
-    std::vector<std::pair<QByteArray, QString>> found;
-    for (int row = 0; row < rows->Rows(); ++row) {
-        const QString server = rows->Text(row, 0);
-        if (CheckName(server) == NameFault::None) {
-            found.emplace_back(SortKey(server), server);
-        }
-    }
-    std::sort(found.begin(), found.end());
-    QStringList servers;
-    for (const auto& entry : found) {
-        servers += entry.second;
-    }
-    return servers;
 }
 
 std::vector<std::int32_t> PairCodes(const QString& folded)

@@ -30,9 +30,6 @@ inline constexpr qint64 postgres_max_file_bytes = qint64{4} << 30;
 // Makes schema, tables, rights and indexes in one transaction. `connection` is for PgUse::Administer.
 bool CreatePgSchema(CPgConnection& connection, LibraryProblem& problem);
 
-// The libraries that are found by a service, in natural order.
-[[nodiscard]] std::optional<QStringList> PgServers(CPgConnection& connection);
-
 // The codes of what a search looks for in folded text: each pair of neighbouring characters, and each single one
 // beyond ASCII. Different pairs may share a code.
 [[nodiscard]] std::vector<std::int32_t> PairCodes(const QString& folded);

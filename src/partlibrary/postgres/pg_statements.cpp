@@ -1,58 +1,14 @@
 // Statements and their results, as many as go together in one round trip.
 #include "partlibrary/postgres/pg_connection.h"
+#include "partlibrary/postgres/pg_problem.h"
 #include "partlibrary/postgres/pg_waits.h"
 
 #include <algorithm>
-#include <array>
 #include <poll.h>
 #include <thread>
 #include <utility>
 
 namespace partkeep {
-
-namespace {
-
-bool IsOf(std::string_view state, std::string_view group)
-{
-    return state.starts_with(group);
-}
-
-// The server gave up after as long as it is waited for here: whose clock is the first makes no difference.
-bool IsTimeOut(std::string_view state)
-{
-    return state == "55P03" || state == "57014";
-}
-
-// The server ends this connection, or does not take a new one yet.
-bool IsLoss(std::string_view state)
-{
-    return state.empty() || IsOf(state, "57P") || IsOf(state, "08");
-}
-
-LibraryFault FaultOfState(std::string_view state)
-{
-    static constexpr std::array<std::pair<std::string_view, LibraryFault>, 14> faults{{
-        {"55P03", LibraryFault::Busy},
-        {"40", LibraryFault::Busy},
-        {"57014", LibraryFault::NoAnswer},
-        {"53100", LibraryFault::DiskFull},
-        {"53200", LibraryFault::NoMemory},
-        {"53", LibraryFault::NoAnswer},
-        {"42501", LibraryFault::ReadOnly},
-        {"25006", LibraryFault::ReadOnly},
-        {"42P01", LibraryFault::NotFound},
-        {"3F", LibraryFault::NotFound},
-        {"3D", LibraryFault::NotFound},
-        {"58", LibraryFault::ReadFailed},
-        {"XX", LibraryFault::Damaged},
-        {"42P06", LibraryFault::AlreadyThere},
-    }};
-    const auto* const found =
-        std::find_if(faults.begin(), faults.end(), [&](const auto& fault) { return IsOf(state, fault.first); });
-    return found != faults.end() ? found->second : IsLoss(state) ? LibraryFault::NoAnswer : LibraryFault::Failed;
-}
-
-} // namespace
 
 bool SendStatement(const PqDriver& pq, PGconn* connection, const CSql& statement)
 {
@@ -101,10 +57,7 @@ bool CPgConnection::Fail(const CPgResult& result)
 {
     const std::string_view state = result.ErrorField(PG_DIAG_SQLSTATE);
     const bool reads = use_ == PgUse::Browse || use_ == PgUse::Whole;
-    LibraryFault fault = FaultOfState(state);
-    fault = fault == LibraryFault::ReadOnly && reads ? LibraryFault::CannotOpen : fault;
-    const std::string_view text = result.ErrorField(PG_DIAG_MESSAGE_PRIMARY);
-    const LibraryProblem problem{fault, place_.Text(), text.empty() ? ConnectionText() : OneLine(text)};
+    const LibraryProblem problem = PgProblem(result, place_, reads, pq_.PQerrorMessage(connection_.get()));
     if (IsLoss(state)) {
         Lose();
     } else if (use_ == PgUse::Browse && IsTimeOut(state)) {

@@ -4,7 +4,6 @@
 #include "partlibrary/postgres/pg_waits.h"
 
 #include <algorithm>
-#include <array>
 #include <poll.h>
 #include <string>
 #include <utility>
@@ -31,18 +30,14 @@ bool IsReady(int socket, short events)
 } // namespace
 
 CPgWatch::CPgWatch(std::shared_ptr<CPgConnection> main, CPgAtHand& at_hand)
-    : main_(std::move(main)), at_hand_(at_hand), revision_(main_->Revision())
+    : main_(std::move(main)), at_hand_(at_hand), connection_(nullptr, CPqFinish{&main_->Driver()}),
+      revision_(main_->Revision())
 {
-}
-
-CPgWatch::~CPgWatch()
-{
-    Close();
 }
 
 int CPgWatch::Socket() const
 {
-    return connection_ != nullptr ? main_->Driver().PQsocket(connection_) : -1;
+    return connection_ != nullptr ? main_->Driver().PQsocket(connection_.get()) : start_ ? start_->Awaited().fd : -1;
 }
 
 bool CPgWatch::Look()
@@ -59,49 +54,46 @@ bool CPgWatch::Look()
     if (state_ == State::Open) {
         AskForMore();
     }
-    if (state_ != State::Closed && IsOverdue()) {
-        Close();
-        changed_ = changed_ || !main_->SilentSince().isValid();
-        main_->FallSilent();
+    if (state_ == State::Open && IsOverdue()) {
+        GiveUp();
     }
     return std::exchange(changed_, false);
+}
+
+void CPgWatch::GiveUp()
+{
+    Close();
+    changed_ = changed_ || !main_->SilentSince().isValid();
+    main_->FallSilent();
 }
 
 // Connecting.
 
 void CPgWatch::Start()
 {
-    const PqDriver& pq = main_->Driver();
-    const std::string service = ToUtf8(main_->Place().service);
-    const std::array<const char*, 4> names{"service", "client_encoding", "fallback_application_name", nullptr};
-    const std::array<const char*, 4> values{service.c_str(), "UTF8", "partkeep", nullptr};
-    connection_ = pq.PQconnectStartParams(names.data(), values.data(), 0);
-    last_byte_ = Clock::now();
-    polling_ = PGRES_POLLING_WRITING;
+    start_.emplace(main_->Driver(), main_->Place(), true, Clock::now() + browse_patience);
     state_ = State::Connecting;
-    if (connection_ == nullptr || pq.PQstatus(connection_) == CONNECTION_BAD) {
-        Close();
-    }
 }
 
 void CPgWatch::GoOnConnecting()
 {
     const PqDriver& pq = main_->Driver();
-    while (polling_ != PGRES_POLLING_OK && polling_ != PGRES_POLLING_FAILED) {
-        if (!IsReady(Socket(), polling_ == PGRES_POLLING_READING ? POLLIN : POLLOUT)) {
-            return;
-        }
-        last_byte_ = Clock::now();
-        polling_ = pq.PQconnectPoll(connection_);
+    const CPgStart::State state = start_->GoOn();
+    if (state == CPgStart::State::Pending) {
+        return;
     }
-    const bool open = polling_ == PGRES_POLLING_OK && pq.PQsetnonblocking(connection_, 1) == 0 &&
-                      pq.PQenterPipelineMode(connection_) == 1;
-    if (!open) {
+    if (state == CPgStart::State::Late) {
+        GiveUp();
+        return;
+    }
+    connection_ = start_->Take();
+    start_.reset();
+    if (connection_ == nullptr || pq.PQsetnonblocking(connection_.get(), 1) != 0 ||
+        pq.PQenterPipelineMode(connection_.get()) != 1) {
         Close();
         return;
     }
-    pq.PQsetNoticeProcessor(
-        connection_, [](void*, const char*) {}, nullptr);
+    last_byte_ = Clock::now();
     state_ = State::Open;
     SetUp();
 }
@@ -118,10 +110,8 @@ void CPgWatch::SetUp()
 
 void CPgWatch::Close()
 {
-    if (connection_ != nullptr) {
-        main_->Driver().PQfinish(connection_);
-    }
-    connection_ = nullptr;
+    start_.reset();
+    connection_.reset();
     state_ = State::Closed;
     questions_.clear();
     closed_ = Clock::now();
@@ -129,7 +119,7 @@ void CPgWatch::Close()
 
 bool CPgWatch::IsOverdue() const
 {
-    return (state_ == State::Connecting || !questions_.empty()) && Clock::now() - last_byte_ > browse_patience;
+    return !questions_.empty() && Clock::now() - last_byte_ > browse_patience;
 }
 
 // Questions.
@@ -142,8 +132,8 @@ void CPgWatch::Ask(const CSql& statement, Question question)
     const PqDriver& pq = main_->Driver();
     last_byte_ = questions_.empty() ? Clock::now() : last_byte_;
     questions_.push_back(std::move(question));
-    if (!SendStatement(pq, connection_, statement) || pq.PQpipelineSync(connection_) != 1 ||
-        pq.PQflush(connection_) < 0) {
+    if (!SendStatement(pq, connection_.get(), statement) || pq.PQpipelineSync(connection_.get()) != 1 ||
+        pq.PQflush(connection_.get()) < 0) {
         Close();
     }
 }
@@ -217,16 +207,17 @@ void CPgWatch::Receive()
     const PqDriver& pq = main_->Driver();
     if (IsReady(Socket(), POLLIN)) {
         last_byte_ = Clock::now();
-        if (pq.PQconsumeInput(connection_) == 0) {
+        if (pq.PQconsumeInput(connection_.get()) == 0) {
             Close();
             return;
         }
     }
     TakeNotices();
-    static_cast<void>(pq.PQflush(connection_));
-    for (int results = 0; !questions_.empty() && results < most_results && pq.PQisBusy(connection_) == 0; ++results) {
-        const CPgResult result(pq, pq.PQgetResult(connection_));
-        if (!result && pq.PQstatus(connection_) == CONNECTION_BAD) {
+    static_cast<void>(pq.PQflush(connection_.get()));
+    for (int results = 0; !questions_.empty() && results < most_results && pq.PQisBusy(connection_.get()) == 0;
+         ++results) {
+        const CPgResult result(pq, pq.PQgetResult(connection_.get()));
+        if (!result && pq.PQstatus(connection_.get()) == CONNECTION_BAD) {
             Close();
             return;
         }
@@ -244,7 +235,7 @@ void CPgWatch::Receive()
 void CPgWatch::TakeNotices()
 {
     const PqDriver& pq = main_->Driver();
-    while (PGnotify* const notice = pq.PQnotifies(connection_)) {
+    while (PGnotify* const notice = pq.PQnotifies(connection_.get())) {
         noticed_ = noticed_ || FromUtf8(notice->extra) == main_->Place().server;
         pq.PQfreemem(notice);
     }

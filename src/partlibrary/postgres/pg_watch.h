@@ -7,6 +7,7 @@
 
 #include "partlibrary/postgres/pg_at_hand.h"
 #include "partlibrary/postgres/pg_connection.h"
+#include "partlibrary/postgres/pg_start.h"
 
 #include <chrono>
 #include <deque>
@@ -20,9 +21,6 @@ namespace partkeep {
 class CPgWatch {
 public:
     CPgWatch(std::shared_ptr<CPgConnection> main, CPgAtHand& at_hand);
-    ~CPgWatch();
-    CPgWatch(const CPgWatch&) = delete;
-    CPgWatch& operator=(const CPgWatch&) = delete;
 
     // True when somebody has committed something since the last look, and when the server does not answer any more, or
     // again.
@@ -45,6 +43,7 @@ private:
     void GoOnConnecting();
     void SetUp();
     void Close();
+    void GiveUp();
     void Ask(const CSql& statement, Question question);
     void Receive();
     void Take(const CPgResult& result);
@@ -58,9 +57,9 @@ private:
 
     std::shared_ptr<CPgConnection> main_;
     CPgAtHand& at_hand_;
-    PGconn* connection_ = nullptr;
+    std::optional<CPgStart> start_; // while it is connecting
+    PqConnection connection_;
     State state_ = State::Closed;
-    PostgresPollingStatusType polling_ = PGRES_POLLING_WRITING;
     std::deque<Question> questions_; // asked, and not answered to their end
     std::deque<PartId> wanted_;
     std::optional<qint64> revision_;

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <libpq-fe.h>
+#include <memory>
 
 namespace partkeep {
 
@@ -51,6 +52,12 @@ struct PqDriver {
 #undef PARTKEEP_PQ_MEMBER
     // NOLINTEND(bugprone-macro-parentheses)
 };
+
+struct CPqFinish {
+    const PqDriver* driver;
+    void operator()(PGconn* connection) const { driver->PQfinish(connection); }
+};
+using PqConnection = std::unique_ptr<PGconn, CPqFinish>;
 
 inline constexpr const char* postgres_module_file = "libpartkeep-read-postgres.so";
 inline constexpr const char* postgres_module_entry = "partkeep_postgres_driver";

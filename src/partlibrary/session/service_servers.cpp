@@ -1,5 +1,7 @@
 #include "partlibrary/session/service_servers.h"
 
+#include "partlibrary/postgres/pg_servers.h"
+
 #include <algorithm>
 
 namespace partkeep {
@@ -19,13 +21,22 @@ CServiceServers::CServiceServers(const QStringList& services)
 
 void CServiceServers::Ask()
 {
-    problem_ = {};
+    std::vector<Service*> due;
+    QStringList names;
     for (Service& service : services_) {
         if (!service.asked || Clock::now() - *service.asked >= validity) {
-            service.problem = {};
-            service.servers = ReadPgServers(service.name, service.problem).value_or(service.servers);
-            service.asked = Clock::now();
+            due.push_back(&service);
+            names += service.name;
         }
+    }
+    const auto answers = ReadPgServers(names);
+    for (std::size_t i = 0; i < due.size(); ++i) {
+        due[i]->problem = answers[i].problem;
+        due[i]->servers = answers[i].names.value_or(due[i]->servers);
+        due[i]->asked = Clock::now();
+    }
+    problem_ = {};
+    for (const Service& service : services_) {
         problem_ = problem_ ? problem_ : service.problem;
     }
 }

@@ -1,0 +1,56 @@
+#include "partlibrary/postgres/pg_problem.h"
+
+#include "partlibrary/postgres/pg_waits.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace partkeep {
+
+namespace {
+
+LibraryFault FaultOfState(std::string_view state)
+{
+    static constexpr std::array<std::pair<std::string_view, LibraryFault>, 14> faults{{
+        {"55P03", LibraryFault::Busy},
+        {"40", LibraryFault::Busy},
+        {"57014", LibraryFault::NoAnswer},
+        {"53100", LibraryFault::DiskFull},
+        {"53200", LibraryFault::NoMemory},
+        {"53", LibraryFault::NoAnswer},
+        {"42501", LibraryFault::ReadOnly},
+        {"25006", LibraryFault::ReadOnly},
+        {"42P01", LibraryFault::NotFound},
+        {"3F", LibraryFault::NotFound},
+        {"3D", LibraryFault::NotFound},
+        {"58", LibraryFault::ReadFailed},
+        {"XX", LibraryFault::Damaged},
+        {"42P06", LibraryFault::AlreadyThere},
+    }};
+    const auto* const found =
+        std::find_if(faults.begin(), faults.end(), [&](const auto& fault) { return state.starts_with(fault.first); });
+    return found != faults.end() ? found->second : IsLoss(state) ? LibraryFault::NoAnswer : LibraryFault::Failed;
+}
+
+} // namespace
+
+bool IsTimeOut(std::string_view state)
+{
+    return state == "55P03" || state == "57014";
+}
+
+bool IsLoss(std::string_view state)
+{
+    return state.empty() || state.starts_with("57P") || state.starts_with("08");
+}
+
+LibraryProblem PgProblem(const CPgResult& error, const PgPlace& place, bool reads, std::string_view otherwise)
+{
+    const LibraryFault fault = FaultOfState(error.ErrorField(PG_DIAG_SQLSTATE));
+    const std::string_view text = error.ErrorField(PG_DIAG_MESSAGE_PRIMARY);
+    return {fault == LibraryFault::ReadOnly && reads ? LibraryFault::CannotOpen : fault, place.Text(),
+            OneLine(text.empty() ? otherwise : text)};
+}
+
+} // namespace partkeep

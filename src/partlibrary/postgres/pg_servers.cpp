@@ -1,0 +1,184 @@
+#include "partlibrary/postgres/pg_servers.h"
+
+#include "partlibrary/library/library_names.h"
+#include "partlibrary/library/sort_text.h"
+#include "partlibrary/postgres/pg_connection.h"
+#include "partlibrary/postgres/pg_problem.h"
+#include "partlibrary/postgres/pg_start.h"
+#include "partlibrary/postgres/pg_waits.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+namespace partkeep {
+
+namespace {
+
+using Clock = CPgStart::Clock;
+
+QStringList ReadNames(const CPgResult& rows)
+{
+    std::vector<std::pair<QByteArray, QString>> found;
+    for (int row = 0; row < rows.Rows(); ++row) {
+        const QString server = rows.Text(row, 0);
+        if (CheckName(server) == NameFault::None) {
+            found.emplace_back(SortKey(server), server);
+        }
+    }
+    std::sort(found.begin(), found.end());
+    QStringList names;
+    for (const auto& entry : found) {
+        names += entry.second;
+    }
+    return names;
+}
+
+// What one service is asked, from the connection to the answer. Nothing is waited for.
+class CQuestion {
+public:
+    CQuestion(const PqDriver& pq, const QString& service, Clock::time_point until)
+        : pq_(pq), place_{service, {}}, until_(until), start_(pq, place_, true, until),
+          connection_(nullptr, CPqFinish{&pq})
+    {
+    }
+
+    // False when it has come to its end.
+    bool GoOn()
+    {
+        if (!over_ && connection_ == nullptr) {
+            Connect();
+        }
+        if (!over_ && connection_ != nullptr) {
+            Receive();
+        }
+        return !over_;
+    }
+
+    [[nodiscard]] pollfd Awaited() const
+    {
+        const short events = static_cast<short>(POLLIN | (unsent_ ? POLLOUT : 0));
+        return connection_ != nullptr ? pollfd{pq_.PQsocket(connection_.get()), events, 0} : start_.Awaited();
+    }
+    [[nodiscard]] Clock::time_point Until() const { return connection_ != nullptr ? until_ : start_.Until(); }
+    [[nodiscard]] PgServers Answer() { return std::move(answer_); }
+
+private:
+    void Connect()
+    {
+        const auto state = start_.GoOn();
+        over_ = state == CPgStart::State::Failed || state == CPgStart::State::Late;
+        if (over_) {
+            answer_.problem = state == CPgStart::State::Late ? Late() : start_.Problem();
+        }
+        if (state == CPgStart::State::Open) {
+            connection_ = start_.Take();
+            Ask();
+        }
+    }
+
+    void Ask()
+    {
+        const CSql sql("SELECT n.nspname::text FROM pg_catalog.pg_class c "
+                       "JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
+                       "WHERE c.relname = 'partkeep_library' AND has_schema_privilege(n.oid, 'USAGE')");
+        if (pq_.PQsetnonblocking(connection_.get(), 1) != 0 || !SendStatement(pq_, connection_.get(), sql)) {
+            Lose();
+        }
+    }
+
+    void Receive()
+    {
+        const int unsent = pq_.PQflush(connection_.get());
+        unsent_ = unsent > 0;
+        pollfd socket = Awaited();
+        if (unsent < 0 || (poll(&socket, 1, 0) > 0 && pq_.PQconsumeInput(connection_.get()) == 0)) {
+            Lose();
+            return;
+        }
+        while (!over_ && pq_.PQisBusy(connection_.get()) == 0) {
+            Take(CPgResult(pq_, pq_.PQgetResult(connection_.get())));
+        }
+        if (!over_ && Clock::now() >= until_) {
+            over_ = true;
+            answer_.problem = Late();
+        }
+    }
+
+    void Take(const CPgResult& result)
+    {
+        over_ = !result;
+        if (!result && !answer_.names && !answer_.problem) {
+            Lose();
+        } else if (result && result.Status() == PGRES_TUPLES_OK) {
+            answer_.names = ReadNames(result);
+        } else if (result) {
+            answer_.problem = PgProblem(result, place_, true, pq_.PQerrorMessage(connection_.get()));
+        }
+    }
+
+    void Lose()
+    {
+        over_ = true;
+        answer_.problem = {LibraryFault::NoAnswer, place_.Text(), OneLine(pq_.PQerrorMessage(connection_.get()))};
+    }
+
+    [[nodiscard]] LibraryProblem Late() const { return {LibraryFault::NoAnswer, place_.Text(), OneLine(too_late)}; }
+
+    const PqDriver& pq_;
+    PgPlace place_;
+    Clock::time_point until_;
+    CPgStart start_;
+    PqConnection connection_;
+    PgServers answer_;
+    bool unsent_ = false;
+    bool over_ = false;
+};
+
+// Until something has come for one of them, or one has waited long enough.
+void WaitForAny(std::span<const CQuestion* const> questions)
+{
+    std::vector<pollfd> sockets;
+    auto until = Clock::time_point::max();
+    for (const CQuestion* const question : questions) {
+        sockets.push_back(question->Awaited());
+        until = std::min(until, question->Until());
+    }
+    static_cast<void>(PollUntil(sockets, until)); // each finds out by itself
+}
+
+} // namespace
+
+std::vector<PgServers> ReadPgServers(std::span<const QString> services)
+{
+    LibraryProblem problem;
+    const PqDriver* const pq = LoadPqDriver(problem);
+    if (pq == nullptr) {
+        return {services.size(), PgServers{std::nullopt, problem}};
+    }
+    const auto until = Clock::now() + browse_patience;
+    std::vector<std::unique_ptr<CQuestion>> questions;
+    for (const QString& service : services) {
+        questions.push_back(std::make_unique<CQuestion>(*pq, service, until));
+    }
+    for (;;) {
+        std::vector<const CQuestion*> open;
+        for (const auto& question : questions) {
+            if (question->GoOn()) {
+                open.push_back(question.get());
+            }
+        }
+        if (open.empty()) {
+            break;
+        }
+        WaitForAny(open);
+    }
+    std::vector<PgServers> answers;
+    answers.reserve(questions.size());
+    for (const auto& question : questions) {
+        answers.push_back(question->Answer());
+    }
+    return answers;
+}
+
+} // namespace partkeep
