@@ -262,8 +262,9 @@ TEST_F(SessionControl, ADeletedPartHasNoNameAndOutdatesTheList)
         EXPECT_EQ(inner_->Problem().fault, told);
     }
     EXPECT_EQ(SelectedName(-1) + SelectedName(1), "##");
-    for (const auto& [from, to] : {std::pair{u"Plates"_s, u"A\\B"_s}, {u"A\\B\\2008"_s, u"2009"_s}}) {
-        libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& writer) { ASSERT_TRUE(writer.MoveFolder(from, to)); });
+    for (const auto& moved : {std::pair{u"Plates"_s, u"A\\B"_s}, {u"A\\B\\2008"_s, u"2009"_s}}) {
+        const auto move = [&](ILibraryWriter& writer) { ASSERT_TRUE(writer.MoveFolder(moved.first, moved.second)); };
+        libraries_.Fill(u"SRV1"_s, move);
         EXPECT_TRUE(browser_.RefreshPartList());
         EXPECT_EQ(inner_->Problem().fault, LibraryFault::None);
         EXPECT_EQ(SelectedName(0), "P2") << "in a folder that has another path now";

@@ -205,7 +205,7 @@ TEST_F(EventDoor, AnyEventInsideAnyCallLeavesTheRunWhole)
             SCOPED_TRACE(name + std::string(" at call ") + std::to_string(at));
             std::ptrdiff_t call = 0;
             int inside = 0;
-            browser.onCall = [&, &event = event] {
+            browser.onCall = [&, &name = name, &event = event] {
                 EXPECT_TRUE(++inside == 1 || name == std::string("destroy")) << "a call inside a call";
                 CScriptedWindow* window = windows.Find(RES_SELECTION_DIALOG);
                 const CLastly left([&] { --inside; });
