@@ -31,6 +31,7 @@ namespace fs = std::filesystem;
 using std::chrono::steady_clock;
 
 const std::array<QString, 3> services{QStringLiteral("partkeep"), QStringLiteral("line1"), QStringLiteral("line20")};
+constexpr std::int16_t every_machine = 15;
 const fs::path folder = fs::temp_directory_path() / ("partkeep-bench-" + std::to_string(std::random_device{}()));
 
 void Require(bool done, const LibraryProblem& problem)
@@ -111,7 +112,8 @@ fs::path Target()
     return made;
 }
 
-// As a Load asks: name, attributes, files, one part after the other.
+// As a Load asks with the filter MARVEN: name, attributes, the part's own files, the machine's, one part after the
+// other.
 void CopySelection(CBrowserSession& session, const QString& server)
 {
     session.SelectAllParts(1);
@@ -119,9 +121,11 @@ void CopySelection(CBrowserSession& session, const QString& server)
         const auto part = session.GetSelectedPart(i);
         Require(part.has_value(), session.Problem());
         const std::u16string path = u"\\" + part->name.toStdU16String();
-        Require(session.ReadPartAttributes(server.toStdU16String(), path).has_value() &&
-                    session.CopyPartFiles(server.toStdU16String(), path),
-                session.Problem());
+        Require(session.ReadPartAttributes(server.toStdU16String(), path).has_value(), session.Problem());
+        for (const std::int16_t kind : {part_data_kind, every_machine}) {
+            session.SetDataKind(kind);
+            Require(session.CopyPartFiles(server.toStdU16String(), path), session.Problem());
+        }
     }
 }
 
@@ -131,7 +135,7 @@ double CopyOf(const QString& service, const QString& server, qint64 kept_bytes)
     CBrowserSession session{Places(service, kept_bytes)};
     Require(session.Go(server, {}), session.Problem());
     session.SetTargetFolder(CorePath(target.string()));
-    session.SetDataKind(-1);
+    session.SetPartFilter(every_machine);
     const double took = Milliseconds([&] { CopySelection(session, server); });
     fs::remove_all(target);
     return took;

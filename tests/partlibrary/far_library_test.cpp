@@ -3,8 +3,15 @@
 #include "tests/partlibrary/library_fixture.h"
 
 #include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <string>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 
 namespace partkeep {
 namespace {
@@ -105,6 +112,101 @@ TEST_F(FarLibrary, WhatIsKeptComesFromHereAndWhateverIsWrongWithItCostsOnlySpeed
         RunInDatabase("DELETE FROM piece");
         EXPECT_EQ(LoadAnew(row.most_bytes), row.kept_again ? all_ : std::vector<std::string>{});
         RunInDatabase("INSERT INTO piece SELECT * FROM saved");
+    }
+}
+
+// A line to the database of 20 ms that counts, found by the service "far" while it lives.
+class CCountedLine {
+public:
+    explicit CCountedLine(const CTemporaryFolder& folder) : counted_(folder.Path("counted"))
+    {
+        const char* const port = std::getenv("PARTKEEP_POSTGRES_PORT");
+        const std::string socket = std::string("/.s.PGSQL.") + (port != nullptr ? port : "5432");
+        const std::string near = folder.Path().string() + socket;
+        const std::string far = std::getenv("PARTKEEP_POSTGRES") + socket;
+        line_ = fork();
+        if (line_ == 0) {
+            execlp("timeout", "timeout", "120", SLOW_LINE, near.c_str(), far.c_str(), "20", counted_.c_str(), nullptr);
+            _exit(1);
+        }
+        WriteBytes(folder.Path("services"), ReadBytes(services_) + "[far]\nhost=" + folder.Path().string() +
+                                                "\nport=" + socket.substr(socket.rfind('.') + 1) +
+                                                "\ndbname=postgres\nuser=station\n");
+        setenv("PGSERVICEFILE", folder.Path("services").c_str(), 1);
+        for (int i = 0; i < 600 && !fs::exists(near); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        }
+    }
+    ~CCountedLine()
+    {
+        setenv("PGSERVICEFILE", services_.c_str(), 1);
+        kill(line_, SIGTERM);
+        waitpid(line_, nullptr, 0);
+    }
+    CCountedLine(const CCountedLine&) = delete;
+    CCountedLine& operator=(const CCountedLine&) = delete;
+    [[nodiscard]] long Bytes() const { return std::atol(ReadBytes(counted_).c_str()); }
+
+private:
+    const std::string services_ = std::getenv("PGSERVICEFILE");
+    const std::string counted_;
+    pid_t line_ = -1;
+};
+
+TEST_F(FarLibrary, EachContentComesOverTheLineOnce)
+{
+    constexpr int parts = 24;
+    constexpr long size = 100000;
+    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
+        for (int i = 0; i < parts; ++i) {
+            const auto part = writer.PutPart(*writer.MakeFolder(u"Far"_s), u"F%1"_s.arg(i), std::nullopt);
+            const auto put = [&](FileSlot slot, const QString& content) {
+                EXPECT_TRUE(part && writer.PutFile(*part, slot, QByteArray(content.toLatin1()).repeated(size / 4)));
+            };
+            put(FileSlot::Iga, u"i%1"_s.arg(i / 3, 3)); // three parts have the same
+            put(FileSlot::Bmf, u"b%1"_s.arg(i, 3));
+            put(FileSlot::Sy5, u"s%1"_s.arg(i, 3));
+            put(FileSlot::Ncd, u"s%1"_s.arg(i, 3)); // and each part has one twice
+        }
+    });
+    const struct {
+        const char* label;
+        std::int16_t filter;
+        std::vector<std::int16_t> kinds; // one after the other, for each part
+        qint64 most_bytes;
+        long contents; // that come
+    } rows[] = {
+        {"all at once", all_data_kinds, {all_data_kinds}, 1 << 26, parts / 3 + 2 * parts},
+        {"loaded again", all_data_kinds, {all_data_kinds}, 1 << 26, 0},
+        {"its own, then the machine's", 15, {part_data_kind, 15}, 1 << 26, parts / 3 + 2 * parts},
+        {"the same, nothing kept", 15, {part_data_kind, 15}, 0, 4 * parts},
+        {"its own alone", part_data_kind, {part_data_kind}, 1 << 26, parts / 3 + parts},
+    };
+    const CTemporaryFolder line_folder;
+    const CCountedLine line(line_folder);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        if (row.contents != 0) {
+            fs::remove_all(contents_);
+        }
+        const long before = line.Bytes();
+        CBrowserSession session{CLibraryFolder({}, {u"far"_s}, {contents_, row.most_bytes})};
+        session.SetTargetFolder(target_.Core());
+        session.SetPartFilter(row.filter);
+        ASSERT_TRUE(session.Go(u"SRV1"_s, u"Far"_s));
+        session.SelectAllParts(1);
+        ASSERT_EQ(session.GetSelectedPartCount(), parts);
+        for (std::int16_t i = 0; i < parts; ++i) {
+            const std::u16string path = u"Far\\" + session.GetSelectedPart(i)->name.toStdU16String();
+            EXPECT_TRUE(session.ReadPartAttributes(u"SRV1", path).has_value());
+            for (const std::int16_t kind : row.kinds) {
+                session.SetDataKind(kind);
+                EXPECT_TRUE(session.CopyPartFiles(u"SRV1", path));
+            }
+        }
+        const long came = line.Bytes() - before;
+        EXPECT_GE(came, row.contents * size);
+        EXPECT_LT(came, row.contents * size + 3 * size) << "what tells of them, and nothing twice";
     }
 }
 

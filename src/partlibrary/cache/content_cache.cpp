@@ -235,8 +235,7 @@ std::optional<QByteArray> CContentCache::Read(const QByteArray& hash, qint64 byt
 
 std::unique_ptr<CContentCache::CNewContent> CContentCache::Begin(qint64 bytes)
 {
-    if (Clock::now() < rests_until_ || bytes > settings_.most_bytes / 4 || !OpenFolder() ||
-        !MakeRoom(OnDisk(bytes + sum_bytes))) {
+    if (!Takes(bytes) || !MakeRoom(OnDisk(bytes + sum_bytes))) {
         return nullptr;
     }
     std::unique_ptr<CNewContent> content(new CNewContent(*this));

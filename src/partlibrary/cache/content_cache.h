@@ -60,6 +60,12 @@ public:
     // Whether it is kept, as far as that can be told without reading it.
     [[nodiscard]] bool Has(const QByteArray& hash, qint64 bytes) { return OpenContent(hash, bytes).IsOpen(); }
 
+    // Whether one of so many bytes would be kept, as far as that can be told before it comes.
+    [[nodiscard]] bool Takes(qint64 bytes)
+    {
+        return Clock::now() >= rests_until_ && bytes <= settings_.most_bytes / 4 && OpenFolder();
+    }
+
     // Writes a content at the end of an open file that has nothing in it yet; where the file system can, both share
     // their blocks. False where it is not kept, or not sound; the file is empty then.
     [[nodiscard]] bool CopyTo(int target, const QByteArray& hash, qint64 bytes);

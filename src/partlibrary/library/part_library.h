@@ -40,6 +40,14 @@ struct PartFile {
     friend bool operator==(const PartFile&, const PartFile&) = default;
 };
 
+// A copy of a part's files that is to come.
+struct PartCopy {
+    PartId part = 0;
+    SlotSet slots = 0;
+
+    friend bool operator==(const PartCopy&, const PartCopy&) = default;
+};
+
 // Takes the content of files, one after the other. What it gives ends the reading, unless it is no problem.
 class ContentSink {
 public:
@@ -159,7 +167,7 @@ public:
     virtual bool CopyFiles(PartId part, SlotSet slots, const ContentSink& sink) = 0;
 
     // What will be copied next, in this order, for a library that can ask for it ahead.
-    virtual void Expect(std::span<const PartId> /*parts*/, SlotSet /*slots*/) {}
+    virtual void Expect(std::span<const PartCopy> /*copies*/) {}
 
     // One file as a whole, empty where the part has none. Nothing on an error.
     [[nodiscard]] std::optional<QByteArray> ReadFile(PartId part, FileSlot slot)

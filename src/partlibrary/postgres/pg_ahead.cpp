@@ -14,19 +14,18 @@ constexpr std::size_t told_together = 1024;
 } // namespace
 
 // What is under way and is expected again goes on.
-void CPgAhead::Expect(std::span<const PartId> parts, SlotSet slots)
+void CPgAhead::Expect(std::span<const PartCopy> copies)
 {
     const bool goes_on =
-        slots == slots_ && sent_.size() + waiting_.size() == parts.size() &&
-        std::equal(sent_.begin(), sent_.end(), parts.begin(),
-                   [](const Sent& sent, PartId part) { return sent.part == part; }) &&
-        std::equal(waiting_.begin(), waiting_.end(), parts.begin() + static_cast<std::ptrdiff_t>(sent_.size()));
+        sent_.size() + waiting_.size() == copies.size() &&
+        std::equal(sent_.begin(), sent_.end(), copies.begin(),
+                   [](const Sent& sent, const PartCopy& copy) { return sent.copy == copy; }) &&
+        std::equal(waiting_.begin(), waiting_.end(), copies.begin() + static_cast<std::ptrdiff_t>(sent_.size()));
     if (goes_on) {
         return;
     }
     GiveUp();
-    waiting_.assign(parts.begin(), parts.end());
-    slots_ = slots;
+    waiting_.assign(copies.begin(), copies.end());
     SendMore();
 }
 
@@ -41,24 +40,41 @@ void CPgAhead::GiveUp()
     }
     sent_.clear();
     waiting_.clear();
+    coming_.clear();
     asked_ = 0;
     bytes_sent_for_ = 0;
 }
 
 // What is kept is known by the hashes, of which many are told at once.
+void CPgAhead::AskForHashes()
+{
+    std::vector<PartId> parts;
+    const auto add = [&parts](PartId part) {
+        if (parts.size() < told_together && (parts.empty() || parts.back() != part)) {
+            parts.push_back(part);
+        }
+    };
+    for (const Sent& sent : sent_) {
+        add(sent.copy.part);
+    }
+    for (const PartCopy& copy : waiting_) {
+        add(copy.part);
+    }
+    if (const auto told = main_->Ask(CPgAtHand::Statement(parts))) {
+        at_hand_.Take(*told);
+    }
+}
+
 CPgAtHand::Need CPgAhead::NeedOfNext()
 {
+    const PartCopy& next = waiting_.front();
     if (at_hand_.Cache() == nullptr) {
-        return {{}, small_bytes};
+        return {{}, {}, small_bytes};
     }
-    if (at_hand_.JustTold(waiting_.front(), CPgAtHand::fresh / 2) == nullptr) {
-        const auto count = static_cast<std::ptrdiff_t>(std::min(waiting_.size(), told_together));
-        const std::vector<PartId> parts(waiting_.begin(), waiting_.begin() + count);
-        if (const auto told = main_->Ask(CPgAtHand::Statement(parts))) {
-            at_hand_.Take(*told);
-        }
+    if (at_hand_.JustTold(next.part, CPgAtHand::fresh / 2) == nullptr) {
+        AskForHashes();
     }
-    return at_hand_.NeedOf(waiting_.front(), slots_).value_or(CPgAtHand::Need{{}, small_bytes});
+    return at_hand_.NeedOf(next.part, next.slots, coming_).value_or(CPgAtHand::Need{{}, {}, small_bytes});
 }
 
 bool CPgAhead::Connect()
@@ -72,23 +88,27 @@ void CPgAhead::SendMore()
 {
     while (!waiting_.empty() && !main_->SilentSince().isValid() &&
            sent_.size() < (bytes_sent_for_ < small_bytes ? most_small_ahead : most_ahead)) {
-        const PartId part = waiting_.front();
+        const PartCopy copy = waiting_.front();
         const CPgAtHand::Need need = NeedOfNext();
         const bool is_here = need.bytes == 0;
         if (!is_here && !Connect()) {
             waiting_.clear();
             return;
         }
-        sent_.push_back({part, need, is_here});
+        sent_.push_back({copy, need, is_here});
         waiting_.pop_front();
+        coming_.insert(need.coming.begin(), need.coming.end());
         asked_ += is_here ? 0 : 1;
         bytes_sent_for_ += need.bytes;
-        if (!is_here && !connection_->Send(CPgContent::Statement(part, slots_, need.kept))) {
+        const bool once = at_hand_.Cache() != nullptr;
+        if (!is_here && !connection_->Send(CPgContent::Statement(copy.part, copy.slots, need.kept, once))) {
             GiveUp();
         }
     }
 }
 
+// Behind many others it may be a while until it is the turn of a part that is here: then it is asked once more whether
+// what is here is still what it has.
 const PartRow* CPgAhead::Next()
 {
     if (next_ && Clock::now() - read_ > CPgAtHand::fresh) {
@@ -97,8 +117,12 @@ const PartRow* CPgAhead::Next()
     if (sent_.empty()) {
         return nullptr;
     }
+    const PartId part = sent_.front().copy.part;
     if (sent_.front().is_here) {
-        const CPgAtHand::Known* const known = at_hand_.JustTold(sent_.front().part);
+        if (at_hand_.JustTold(part) == nullptr) {
+            AskForHashes();
+        }
+        const CPgAtHand::Known* const known = at_hand_.JustTold(part);
         if (known == nullptr) {
             GiveUp();
         }
@@ -107,7 +131,7 @@ const PartRow* CPgAhead::Next()
     if (!next_) {
         next_.emplace(*connection_, at_hand_.Cache(), sent_.front().need.kept);
         read_ = Clock::now();
-        if (!next_->Begin(sent_.front().part) || next_->Fault() != PgRowFault::None) {
+        if (!next_->Begin(part) || next_->Fault() != PgRowFault::None) {
             GiveUp();
         }
     }
@@ -116,48 +140,66 @@ const PartRow* CPgAhead::Next()
 
 const PartRow* CPgAhead::Find(PartId part)
 {
-    return !sent_.empty() && sent_.front().part == part ? Next() : nullptr;
+    return !sent_.empty() && sent_.front().copy.part == part ? Next() : nullptr;
 }
 
+// Nobody waits for the next part but who has asked for it by its number, or has had other files of it just now.
 const PartRow* CPgAhead::Find(const QString& folder, const QString& name)
 {
-    const bool known = next_ || (!sent_.empty() && sent_.front().is_here); // only what has been found by its number
+    const bool again = !sent_.empty() && sent_.front().copy.part == copied_.id && copied_.name == name &&
+                       copied_.folder_path == folder;
+    const bool known = next_ || again || (!sent_.empty() && sent_.front().is_here);
     const PartRow* const part = known ? Next() : nullptr;
     return part != nullptr && part->name == name && part->folder_path == folder ? part : nullptr;
 }
 
-bool CPgAhead::HandOverNext(SlotSet slots, const ContentSink& sink)
+std::optional<bool> CPgAhead::HandOverNext(const ContentSink& sink)
 {
+    const PartCopy copy = sent_.front().copy;
     if (!sent_.front().is_here) {
-        const bool done = next_->HandOver(slots, sink, *main_);
+        const bool done = next_->HandOver(copy.slots, sink, *main_);
         if (!done) {
             main_->SetProblem(connection_->Problem());
         }
         return done;
     }
     LibraryProblem problem;
-    const bool all = at_hand_.Copy(sent_.front().part, slots, sink, problem);
-    if (!all || problem) {
-        main_->SetProblem(problem ? problem : LibraryProblem{LibraryFault::NoAnswer, main_->Place().Text(), {}});
+    if (!at_hand_.Copy(copy.part, copy.slots, sink, problem)) {
+        return std::nullopt; // what was to be kept was not
     }
-    return all && !problem;
+    if (problem) {
+        main_->SetProblem(problem);
+    }
+    return !problem;
+}
+
+void CPgAhead::DropNext()
+{
+    const Sent& next = sent_.front();
+    next_.reset();
+    asked_ -= next.is_here ? 0 : 1;
+    bytes_sent_for_ -= next.need.bytes;
+    for (const QByteArray& hash : next.need.coming) {
+        coming_.erase(hash);
+    }
+    sent_.pop_front();
 }
 
 std::optional<bool> CPgAhead::Copy(PartId part, SlotSet slots, const ContentSink& sink)
 {
-    if (slots != slots_ || Find(part) == nullptr) {
+    const PartRow* const row = !sent_.empty() && sent_.front().copy.slots == slots ? Find(part) : nullptr;
+    if (row == nullptr) {
         return std::nullopt;
     }
-    if (!HandOverNext(slots, sink)) {
+    copied_ = *row;
+    const auto copied = HandOverNext(sink);
+    if (copied && !*copied) {
         GiveUp();
         return false;
     }
-    next_.reset();
-    asked_ -= sent_.front().is_here ? 0 : 1;
-    bytes_sent_for_ -= sent_.front().need.bytes;
-    sent_.pop_front();
+    DropNext();
     SendMore();
-    return true;
+    return copied;
 }
 
 } // namespace partkeep

@@ -1,6 +1,7 @@
 // Parts that will be copied one after the other, asked for before it is their turn, on a connection of their own: so a
 // run of copies goes as fast as the line, however long an answer takes. What does not come in the order that was told
-// is asked for anew. Of parts that are all kept only the hashes are asked for, many at once.
+// is asked for anew. Of parts that are all kept only the hashes are asked for, many at once. A content that several of
+// them have comes once.
 #pragma once
 
 #include "partlibrary/postgres/pg_at_hand.h"
@@ -10,6 +11,7 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <vector>
 
@@ -19,39 +21,42 @@ class CPgAhead {
 public:
     CPgAhead(std::shared_ptr<CPgConnection> main, CPgAtHand& at_hand) : main_(std::move(main)), at_hand_(at_hand) {}
 
-    void Expect(std::span<const PartId> parts, SlotSet slots);
+    void Expect(std::span<const PartCopy> copies);
 
     // The part that is next, if it is this one and is there. Null: ask otherwise.
     [[nodiscard]] const PartRow* Find(PartId part);
     [[nodiscard]] const PartRow* Find(const QString& folder, const QString& name);
 
-    // Nothing where this part is not next, or nothing of it was handed over yet.
+    // Nothing where this copy is not next, or nothing of it was handed over yet.
     [[nodiscard]] std::optional<bool> Copy(PartId part, SlotSet slots, const ContentSink& sink);
 
 private:
     using Clock = std::chrono::steady_clock;
 
     struct Sent {
-        PartId part;
+        PartCopy copy;
         CPgAtHand::Need need;
         bool is_here; // all of it is kept, and nothing was asked for
     };
 
     void SendMore();
     bool Connect();
-    bool HandOverNext(SlotSet slots, const ContentSink& sink);
+    void AskForHashes();
     [[nodiscard]] CPgAtHand::Need NeedOfNext();
     [[nodiscard]] const PartRow* Next();
+    [[nodiscard]] std::optional<bool> HandOverNext(const ContentSink& sink);
+    void DropNext();
     void GiveUp();
 
     std::shared_ptr<CPgConnection> main_;
     CPgAtHand& at_hand_;
     std::shared_ptr<CPgConnection> connection_;
-    std::deque<PartId> waiting_; // not asked for yet
+    std::deque<PartCopy> waiting_; // not asked for yet
     std::deque<Sent> sent_;
-    std::size_t asked_ = 0;     // of these
-    qint64 bytes_sent_for_ = 0; // as far as it is known
-    SlotSet slots_ = 0;
+    std::size_t asked_ = 0;          // of these
+    qint64 bytes_sent_for_ = 0;      // as far as it is known
+    std::set<QByteArray> coming_;    // contents that were asked for and will be kept
+    PartRow copied_;                 // the last one
     std::optional<CPgContent> next_; // of the first that was sent
     Clock::time_point read_;
 };

@@ -117,7 +117,8 @@ const CPgAtHand::Known* CPgAtHand::Find(const QString& folder, const QString& na
     return found != places_.end() ? Find(found->second) : nullptr;
 }
 
-std::optional<CPgAtHand::Need> CPgAtHand::NeedOf(PartId part, SlotSet slots) const
+std::optional<CPgAtHand::Need> CPgAtHand::NeedOf(PartId part, SlotSet slots,
+                                                 const std::set<QByteArray>& asked_for) const
 {
     const Known* const known = Find(part);
     if (known == nullptr || cache_ == nullptr) {
@@ -125,11 +126,16 @@ std::optional<CPgAtHand::Need> CPgAtHand::NeedOf(PartId part, SlotSet slots) con
     }
     Need need;
     for (const PartFile& file : known->files) {
-        const bool wanted = (slots & SetOf(file.slot)) != 0;
-        if (wanted && file.hash.size() == hash_bytes && cache_->Has(file.hash, file.bytes)) {
+        if ((slots & SetOf(file.slot)) == 0) {
+            continue;
+        }
+        if (file.hash.size() == hash_bytes && (asked_for.contains(file.hash) || cache_->Has(file.hash, file.bytes))) {
             need.kept.push_back(file.hash);
-        } else {
-            need.bytes += wanted ? file.bytes : 0;
+            continue;
+        }
+        need.bytes += file.bytes;
+        if (cache_->Takes(file.bytes)) {
+            need.coming.push_back(file.hash);
         }
     }
     return need;

@@ -14,6 +14,7 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <unordered_map>
 #include <utility>
@@ -28,9 +29,11 @@ public:
         std::vector<PartFile> files;
         std::chrono::steady_clock::time_point told;
     };
-    // Of the files of a part: which of their contents are kept, and how many bytes the others have.
+    // Of the files of a part: which of their contents need not come, which will be kept once they have come, and how
+    // many bytes come.
     struct Need {
         std::vector<QByteArray> kept;
+        std::vector<QByteArray> coming;
         qint64 bytes = 0;
     };
 
@@ -50,8 +53,10 @@ public:
     [[nodiscard]] const Known* Find(const QString& folder, const QString& name) const;
     // Only what was told in the last moment, in which a run of copies asks for many parts together.
     [[nodiscard]] const Known* JustTold(PartId part, std::chrono::milliseconds within = fresh) const;
+    // What has been asked for already, and will be kept before these files are handed over, need not come again.
     // Nothing where the part is not known.
-    [[nodiscard]] std::optional<Need> NeedOf(PartId part, SlotSet slots) const;
+    [[nodiscard]] std::optional<Need> NeedOf(PartId part, SlotSet slots,
+                                             const std::set<QByteArray>& asked_for = {}) const;
 
     // A moment ago is as good as now.
     static constexpr std::chrono::milliseconds fresh{2000};

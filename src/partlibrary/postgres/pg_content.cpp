@@ -18,16 +18,22 @@ constexpr int data = number + 1;
 
 } // namespace
 
-CSql CPgContent::Statement(PartId part, SlotSet slots, std::span<const QByteArray> kept)
+CSql CPgContent::Statement(PartId part, SlotSet slots, std::span<const QByteArray> kept, bool once)
 {
+    const auto wanted = static_cast<std::int32_t>(slots);
     CSql sql("SELECT ");
     sql.Add(pg_part_columns);
     sql.Add(", path, part_file.slot, part_file.bytes, part_file.hash, piece.nr, piece.data FROM "
             "(SELECT part.*, (SELECT path FROM folder WHERE folder.id = part.folder) AS path FROM part WHERE id = ");
     sql.Value(part).Add(") AS one LEFT JOIN part_file ON part_file.part = one.id AND ((1 << part_file.slot) & ");
-    sql.Value(static_cast<std::int32_t>(slots));
-    sql.Add(") <> 0 LEFT JOIN piece ON piece.content = part_file.content AND part_file.hash <> ALL(").Value(kept);
-    sql.Add(") ORDER BY part_file.slot, piece.nr");
+    sql.Value(wanted).Add(") <> 0 LEFT JOIN piece ON piece.content = part_file.content AND part_file.hash <> ALL(");
+    sql.Value(kept).Add(")");
+    if (once) {
+        sql.Add(" AND NOT EXISTS (SELECT FROM part_file AS first WHERE first.part = one.id AND first.slot < "
+                "part_file.slot AND first.hash = part_file.hash AND ((1 << first.slot) & ");
+        sql.Value(wanted).Add(") <> 0)");
+    }
+    sql.Add(" ORDER BY part_file.slot, piece.nr");
     return sql;
 }
 
@@ -100,6 +106,9 @@ LibraryProblem CPgContent::EndFile()
     }
     if (whole != nullptr) {
         whole->Keep(hash_);
+    }
+    if (cache_ != nullptr && slot_ >= 0) {
+        kept_hashes_.push_back(hash_); // of it nothing comes again
     }
     return {};
 }

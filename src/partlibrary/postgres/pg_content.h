@@ -23,13 +23,14 @@ public:
     {
     }
 
-    [[nodiscard]] static CSql Statement(PartId part, SlotSet slots, std::span<const QByteArray> kept);
+    // `once`: a content that several of these files have comes with the first of them alone, for who keeps it.
+    [[nodiscard]] static CSql Statement(PartId part, SlotSet slots, std::span<const QByteArray> kept, bool once);
 
     // Waits for the part itself, of what was sent or is sent now. False on an error, and NoPart where there is none.
     [[nodiscard]] bool Begin(PartId part) { return Take(connection_.Receive(row_), part); }
     [[nodiscard]] bool Begin(PartId part, SlotSet slots)
     {
-        return Take(connection_.SendForFirst(Statement(part, slots, kept_hashes_), row_), part);
+        return Take(connection_.SendForFirst(Statement(part, slots, kept_hashes_, cache_ != nullptr), row_), part);
     }
     [[nodiscard]] const PartRow& Part() const { return part_; }
     [[nodiscard]] PgRowFault Fault() const { return fault_; }

@@ -320,10 +320,10 @@ bool CPgLibrary::CopyFiles(PartId part, SlotSet slots, const ContentSink& sink)
     return content.HandOver(slots, sink, *connection_);
 }
 
-void CPgLibrary::Expect(std::span<const PartId> parts, SlotSet slots)
+void CPgLibrary::Expect(std::span<const PartCopy> copies)
 {
     if (connection_->Use() == PgUse::Browse) { // another connection sees another state
-        ahead_.Expect(parts, slots);
+        ahead_.Expect(copies);
     }
 }
 

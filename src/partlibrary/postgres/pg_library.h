@@ -39,7 +39,7 @@ public:
     [[nodiscard]] std::optional<std::vector<PartFile>> Files(std::span<const PartId> parts) override;
     [[nodiscard]] std::optional<qint64> Revision() override;
     bool CopyFiles(PartId part, SlotSet slots, const ContentSink& sink) override;
-    void Expect(std::span<const PartId> parts, SlotSet slots) override;
+    void Expect(std::span<const PartCopy> copies) override;
     [[nodiscard]] bool LookForChange() override { return watch_.Look(); }
     [[nodiscard]] int ChangeSocket() const override { return watch_.Socket(); }
     void ReadAhead(std::span<const PartId> parts) override { watch_.Want(parts); }

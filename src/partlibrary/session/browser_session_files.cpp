@@ -76,7 +76,8 @@ bool CBrowserSession::CopyPartFiles(std::u16string_view server, std::u16string_v
     return staged;
 }
 
-// Who copies a part of the selection goes on with those behind it.
+// Who copies a part of the selection goes on with those behind it. While the list keeps to a machine, each part's own
+// data is copied first, then the machine's.
 void CBrowserSession::ExpectRest(PartId part)
 {
     const bool goes_on = next_copy_ < selection_.size() && selection_[next_copy_] == part;
@@ -84,7 +85,20 @@ void CBrowserSession::ExpectRest(PartId part)
                                : std::find(selection_.begin(), selection_.end(), part);
     if (place != selection_.end()) {
         next_copy_ = static_cast<std::size_t>(place - selection_.begin()) + 1;
-        library_->Expect(std::span(selection_).subspan(next_copy_), SlotsOfMask(data_kind_));
+        const std::int16_t filter = view_.filter;
+        const bool machine = filter != all_data_kinds && filter != part_data_kind;
+        const bool by_twos = machine && (data_kind_ == part_data_kind || data_kind_ == filter);
+        std::vector<PartCopy> copies;
+        if (by_twos && data_kind_ == part_data_kind) {
+            copies.push_back({part, SlotsOfMask(filter)});
+        }
+        for (const PartId next : std::span(selection_).subspan(next_copy_)) {
+            copies.push_back({next, SlotsOfMask(by_twos ? part_data_kind : data_kind_)});
+            if (by_twos) {
+                copies.push_back({next, SlotsOfMask(filter)});
+            }
+        }
+        library_->Expect(copies);
     }
 }
 
