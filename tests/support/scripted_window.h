@@ -131,6 +131,7 @@ public:
             return -1;
         }
         Note("RunModal");
+        result_.reset(); // of an earlier run of the same window
         Open(events, windows_.existing.empty() ? nullptr : windows_.existing.back());
         visible = true;
         PlayRun();
