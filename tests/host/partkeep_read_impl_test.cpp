@@ -119,7 +119,12 @@ TEST_F(HostObject, RunsTheDialogAndKeepsWhatItBrings)
     EXPECT_EQ(first_file, file);
     EXPECT_EQ(first_file, folder.Core(u"Work\\\\A2.iga"));
 
+    std::u16string server, path, sy, nc, machine_name;
     std::int32_t machine = 7;
+    EXPECT_EQ(object.GetPartInfo(0, &server, &path, &file, &sy, &nc, &name, &comment, &material, &machine_name,
+                                 &machine, &thickness, &quantity),
+              HostResult::Ok);
+    EXPECT_EQ(server + path + name + comment + material + machine_name + quantity, u"A2cSUSM1");
     failing_memory::allocations_left = 1;
     EXPECT_EQ(object.GetPartInfo(0, nullptr, nullptr, &file, nullptr, nullptr, &name, nullptr, nullptr, nullptr,
                                  &machine, &thickness, nullptr),
