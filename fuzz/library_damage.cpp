@@ -5,6 +5,7 @@
 // them by turns. At the end it tells how many could be opened and how many the check called sound, by kind.
 #include "fuzz/library_forger.h"
 #include "partlibrary/library/library_text.h"
+#include "partlibrary/library/library_walk.h"
 #include "partlibrary/session/browser_session.h"
 #include "partlibrary/sqlite/library_check.h"
 #include "partlibrary/sqlite/schema.h"
@@ -22,6 +23,7 @@
 #include <malloc.h>
 #include <map>
 #include <random>
+#include <set>
 #include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -33,6 +35,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int parts = 12;
+constexpr std::size_t most_parts = 1000; // that damage can make of them
+constexpr std::size_t most_values = 8;
 constexpr unsigned most_seconds = 20; // of a whole process, on a machine that is busy
 constexpr rlim_t most_processor_seconds = 2;
 
@@ -123,6 +127,7 @@ public:
         const auto library = CSqliteLibrary::Open(file, problem);
         if (library != nullptr) {
             Tree(*library, {}, 0);
+            WholeServer(*library);
         }
         Session();
         const bool bad = (wrong_ && (!rows_ || sound)) || (sound && missing_);
@@ -161,6 +166,40 @@ private:
         }
         for (const FolderRow& row : *inner) {
             Tree(library, row.path, depth + 1);
+        }
+    }
+
+    // Lists of all folders, the values of their columns, and all parts by name: none may show a part twice, or go on.
+    void WholeServer(CSqliteLibrary& library)
+    {
+        for (const char16_t* search : {u"", u"p1", u"note"}) {
+            PartListView view{all_folders, -1, FromWide(search)};
+            const auto values = library.Values(view, PartColumn::Material, most_values);
+            wrong_ = wrong_ || (values && values->size() > most_values);
+            CheckList(library, view);
+            if (values && !values->empty()) {
+                view.only[PartColumn::Material] = values->front();
+                CheckList(library, view);
+            }
+        }
+        std::set<PartId> seen;
+        for (const FolderRow& folder : AllFolders(library).value_or(std::vector<FolderRow>())) {
+            ForEachPart(library, folder.id, [&](const PartRow& row) {
+                Compare(row);
+                wrong_ = wrong_ || !seen.insert(row.id).second;
+                return seen.size() < most_parts;
+            });
+        }
+        wrong_ = wrong_ || seen.size() >= most_parts;
+    }
+    void CheckList(CSqliteLibrary& library, const PartListView& view)
+    {
+        const auto list = library.List(view, parts, nullptr);
+        list->Finish();
+        std::set<PartId> seen;
+        for (const PartRow& row : list->Rows(0, most_parts)) {
+            row.name.isEmpty() ? void() : Compare(row);
+            wrong_ = wrong_ || !seen.insert(row.id).second;
         }
     }
 
