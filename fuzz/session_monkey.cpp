@@ -1,7 +1,9 @@
 // An operator and an importer by turns: session_monkey COUNT [FIRST]. A game is up to 120 random actions, of a browser
 // session as the component and a pane use it, and of another process that changes its library meanwhile. A plain model
-// of the library knows after each of them what must be listed, selected and delivered. Game number n is always the
-// same; the first that does not hold ends the program.
+// of the library knows after each of them what must be listed, selected and delivered. Some actions meet trouble of the
+// machine: they may fail, but deliver nothing wrong, and all is as it was when the trouble has gone. Game number n is
+// always the same; the first that does not hold ends the program.
+#include "fuzz/monkey_faults.h"
 #include "partlibrary/library/library_text.h"
 #include "partlibrary/session/browser_session.h"
 #include "partlibrary/sqlite/sqlite_writer.h"
@@ -16,8 +18,10 @@
 #include <iterator>
 #include <map>
 #include <memory>
+#include <optional>
 #include <random>
 #include <set>
+#include <type_traits>
 #include <unistd.h>
 
 namespace partkeep {
@@ -26,6 +30,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int most_actions = 120;
+constexpr int first_edit = 13; // of the actions
 const std::array<QString, 4> folders{QString(), QStringLiteral("A"), QStringLiteral("A\\B"), QStringLiteral("C")};
 const std::array<QString, 8> names{QStringLiteral("P1"),  QStringLiteral("P2"),    QStringLiteral("P10"),
                                    QStringLiteral("Q"),   QStringLiteral("PLATE"), QStringLiteral("PLATE-1"),
@@ -63,11 +68,12 @@ const fs::path& Place()
 }
 
 long game = 0;
+std::string trouble_text; // of the action
 
-void Require(bool holds, const char* what)
+void Require(bool holds, const std::string& what)
 {
     if (!holds) {
-        std::cerr << "game " << game << " does not hold: " << what << std::endl;
+        std::cerr << "game " << game << " does not hold: " << what << trouble_text << std::endl;
         std::abort();
     }
 }
@@ -91,7 +97,8 @@ public:
     int Play()
     {
         for (action_ = 0; action_ < most_actions; ++action_) {
-            Act(Next() % 17);
+            const auto action = static_cast<int>(Next() % 17);
+            Next() % 12 == 0 && action < first_edit ? ActInTrouble(action) : Act(action);
             Compare();
         }
         return action_;
@@ -104,22 +111,52 @@ private:
     const QString& Folder() { return folders[Next() % folders.size()]; }
     const QString& Name() { return names[Next() % names.size()]; }
 
+    void ActInTrouble(int action)
+    {
+        trouble_ = Next();
+        trouble_text = ", in trouble " + std::to_string(*trouble_);
+        Act(action);
+        trouble_.reset();
+        trouble_text.clear();
+        listing_.reset();
+        session_->Refresh();
+    }
+
+    // Calls the session, in the trouble that there may be. Without memory it has no answer: whoever calls it for a host
+    // makes one.
+    template <class Call>
+    std::invoke_result_t<Call> Ask(const Call& call)
+    {
+        try {
+            std::optional<CMonkeyFault> fault;
+            trouble_ ? void(fault.emplace(*trouble_, Place() / "SRV1.kpl")) : void();
+            return call();
+        } catch (const std::bad_alloc&) {
+            Require(trouble_.has_value(), "memory is there");
+            return std::invoke_result_t<Call>();
+        }
+    }
+
     void Act(int action)
     {
+        const QString folder = Folder();
+        const QString search = searches[Next() % searches.size()];
+        const auto column = static_cast<PartColumn>(Next() % 5);
+        const bool first = Next() % 2 == 0;
         switch (action) {
         case 0:
         case 1:
-            session_->Go(server, Folder());
+            Ask([&] { session_->Go(server, folder); });
             break;
         case 2:
-            session_->SetCurrentFolder(ToWide(Folder()));
+            Ask([&] { session_->SetCurrentFolder(ToWide(folder)); });
             break;
         case 3:
         case 4:
-            session_->SearchFor(searches[Next() % searches.size()]);
+            Ask([&] { session_->SearchFor(search); });
             break;
         case 5:
-            session_->SortBy(static_cast<PartColumn>(Next() % 5), Next() % 2 == 0);
+            Ask([&] { session_->SortBy(column, first); });
             break;
         case 6:
             SelectSome();
@@ -131,16 +168,16 @@ private:
             Load();
             break;
         case 9:
-            session_->Refresh();
+            Ask([&] { session_->Refresh(); });
             break;
         case 10:
-            session_->SearchIn(Next() % 2 == 0 ? SearchScope::Folder : SearchScope::Server);
+            Ask([&] { session_->SearchIn(first ? SearchScope::Folder : SearchScope::Server); });
             break;
         case 11:
-            ReadByPath(Folder(), Name());
+            ReadByPath(folder, Name());
             break;
         case 12:
-            session_->RefreshPartList();
+            Ask([&] { session_->RefreshPartList(); });
             break;
         default:
             Edit(action);
@@ -233,26 +270,29 @@ private:
         std::size_t place = 0;
         std::erase_if(ids, [&](PartId) { return (mask >> (place++ % 8) & 1) == 0; });
         const std::size_t count = ids.size();
-        session_->Select(std::move(ids));
-        Require(session_->Selection().size() == count, "what is listed can be selected");
+        Ask([&] { session_->Select(std::move(ids)); });
+        Require(trouble_ || session_->Selection().size() == count, "what is listed can be selected");
     }
 
     void SelectAll()
     {
         const bool listed = session_->CurrentFolder().id != 0 && !session_->ShowsResults();
         const std::size_t count = listed ? Listed().size() : 0;
-        session_->SelectAllParts(1);
-        Require(session_->Selection().size() == count, "all that is listed is selected");
+        Ask([&] { session_->SelectAllParts(1); });
+        Require(trouble_ || session_->Selection().size() == count, "all that is listed is selected");
     }
 
     void Load()
     {
         for (std::int16_t i = 0; i < session_->GetSelectedPartCount(); ++i) {
             const PartId id = session_->Selection()[static_cast<std::size_t>(i)];
-            const auto told = session_->GetSelectedPart(i);
+            const auto told = Ask([&] { return session_->GetSelectedPart(i); });
             const auto known = parts_.find(id);
             if (known == parts_.end()) {
                 Require(!told || told->name.isEmpty(), "a part that has gone has no name");
+                continue;
+            }
+            if (trouble_ && (!told || told->name.isEmpty())) {
                 continue;
             }
             Require(told && told->name == known->second.name, "a selected part is called by its name");
@@ -265,18 +305,19 @@ private:
     {
         const ModelPart* part = Find(folder, name).second;
         const std::u16string path = ToWide(folder.isEmpty() ? name : folder + u'\\' + name);
-        const auto row = session_->ReadPartAttributes(ToWide(server), path);
-        Require(row.has_value() == (part != nullptr), "a part is found if it is there");
+        const auto row = Ask([&] { return session_->ReadPartAttributes(ToWide(server), path); });
+        Require(row.has_value() == (part != nullptr) || (trouble_ && !row), "a part is found if it is there");
         Require(!row || (row->thickness == part->version && row->material == part->Attributes().material),
                 "a part has its attributes");
         for (const auto& old : fs::directory_iterator(Place() / "out")) {
             fs::remove(old);
         }
-        Require(session_->CopyPartFiles(ToWide(server), path) == (part != nullptr), "a part is copied if it is there");
+        const bool copied = Ask([&] { return session_->CopyPartFiles(ToWide(server), path); });
+        Require(copied == (part != nullptr) || (trouble_ && !copied), "a part is copied if it is there");
         std::set<std::string> expected;
         for (const FileSlot slot : {FileSlot::Iga, FileSlot::Ncd}) {
             const std::string file = ToUtf8(name + FromWide(KindOf(slot).extension));
-            if (part == nullptr) {
+            if (part == nullptr || (!copied && !fs::exists(Place() / "out" / file))) {
                 continue;
             }
             expected.insert(file);
@@ -285,7 +326,8 @@ private:
             Require(got == ContentOf(part->version, slot).toStdString(), "a copy is what was stored last");
         }
         for (const auto& file : fs::directory_iterator(Place() / "out")) {
-            Require(expected.contains(file.path().filename().string()), "nothing else is staged");
+            Require(expected.contains(file.path().filename().string()),
+                    "staged besides: " + file.path().filename().string());
         }
     }
 
@@ -332,6 +374,7 @@ private:
 
     std::mt19937 random_;
     int action_ = 0;
+    std::optional<unsigned> trouble_; // which one the machine has at this moment
     std::unique_ptr<CBrowserSession> session_;
     std::unique_ptr<IPartListing> listing_;
     std::map<PartId, ModelPart> parts_;

@@ -4,6 +4,7 @@
 #include "platform/posix/temporary_files.h"
 #include "platform/text.h"
 #include "tests/partlibrary/library_fixture.h"
+#include "tests/support/failing_memory.h"
 #include "tests/support/linux_faults.h"
 
 #include <atomic>
@@ -46,6 +47,34 @@ TEST_F(SessionCopy, AFullOrReadOnlyDiskLeavesNoPartOfAFile)
     EXPECT_EQ(session_.Problem().fault, LibraryFault::WriteFailed);
     EXPECT_EQ(ReadBytes(target_.Path("P1.NCD")), large);
     EXPECT_EQ(NamesIn(target_.Path()).size(), 4U);
+}
+
+// Each allocation fails in turn, from the opening of the library to the last file in place.
+TEST_F(SessionCopy, WithoutMemoryNothingIsLeftBehind)
+{
+    const auto descriptors = [] { return NamesIn("/proc/self/fd").size(); };
+    const std::size_t open_before = descriptors();
+    failing_memory::one_failed = true;
+    for (std::size_t at = 1; std::exchange(failing_memory::one_failed, false); ++at) {
+        bool copied = false;
+        {
+            CBrowserSession session{libraries_.Places()};
+            session.SetTargetFolder(target_.Core(u""));
+            session.SetDataKind(-1);
+            failing_memory::allocations_left = at;
+            try {
+                session.Go(u"SRV1"_s, u"Plates\\2008"_s);
+                session.SearchFor(u"p1"_s);
+                session.SelectAllParts(1);
+                copied = session.CopyPartFiles(u"SRV1", u"Plates\\2008\\P1");
+            } catch (const std::bad_alloc&) { // an answer is made of it where the host's calls come in
+            }
+            failing_memory::allocations_left = 0;
+            copied = copied || session.CopyPartFiles(u"SRV1", u"Plates\\2008\\P1");
+        }
+        ASSERT_TRUE(copied && Take().size() == 4U) << at;
+        ASSERT_EQ(descriptors(), open_before) << at;
+    }
 }
 
 // No two pieces alike, and none like that of another version.

@@ -69,16 +69,16 @@ void CFolderNames::Update(int directory)
 {
     struct stat status = {};
     const bool known = fstat(directory, &status) == 0 && status.st_dev == device_ && status.st_ino == inode_;
-    if (known && watch_ >= 0 && TakeEvents()) {
-        return;
+    inode_ = 0; // should memory run out before all names are there, they are read again
+    if (!known || watch_ < 0 || !TakeEvents()) {
+        Forget();
+        if (known) {
+            Watch(directory);
+        }
+        Read(directory);
     }
-    Forget();
     device_ = status.st_dev;
     inode_ = status.st_ino;
-    if (known) {
-        Watch(directory);
-    }
-    Read(directory);
 }
 
 void CFolderNames::Watch(int directory)

@@ -54,14 +54,16 @@ bool CStagedFiles::Begin(std::u16string_view name)
     if (problem_) {
         return false;
     }
-    const std::string temporary = NewTemporaryName();
-    const int descriptor =
-        openat(directory_, temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, new_file_mode);
-    if (descriptor < 0) {
-        return Fail(errno);
+    // Before there is a file, which would be left where memory runs out.
+    Entry& entry = entries_.emplace_back(Entry{std::u16string(name), NewTemporaryName(), -1});
+    entry.descriptor = openat(directory_, entry.temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                              new_file_mode);
+    if (entry.descriptor < 0) {
+        const int error = errno;
+        entries_.pop_back();
+        return Fail(error);
     }
-    HoldTemporaryFile(descriptor);
-    entries_.push_back({std::u16string(name), temporary, descriptor});
+    HoldTemporaryFile(entry.descriptor);
     return true;
 }
 
@@ -96,18 +98,23 @@ bool CStagedFiles::Commit()
         return false;
     }
     names_.Update(directory_);
-    std::size_t placed = 0;
+    std::vector<std::string> targets; // all at first: what is renamed and what is not is told without memory
+    targets.reserve(entries_.size());
     for (const Entry& entry : entries_) {
-        const std::string target = names_.SpellingOf(directory_, entry.name);
-        if (renameat(directory_, entry.temporary.c_str(), directory_, target.c_str()) != 0) {
-            Fail(errno);
-            break;
+        targets.push_back(names_.SpellingOf(directory_, entry.name));
+    }
+    std::size_t placed = 0;
+    int error = 0;
+    for (; placed < entries_.size() && error == 0; placed += error == 0 ? 1 : 0) {
+        const bool moved =
+            renameat(directory_, entries_[placed].temporary.c_str(), directory_, targets[placed].c_str()) == 0;
+        error = moved ? 0 : errno;
+        if (moved) {
+            close(entries_[placed].descriptor);
         }
-        close(entry.descriptor);
-        ++placed;
     }
     entries_.erase(entries_.begin(), entries_.begin() + static_cast<std::ptrdiff_t>(placed));
-    return entries_.empty();
+    return error == 0 || Fail(error);
 }
 
 } // namespace partkeep

@@ -233,17 +233,16 @@ int CConnection::OnProgress(void* connection)
     return now - self.work_began_ > most_work ? 1 : 0;
 }
 
+// Makes the statement's place too, since it is given back where nothing may fail.
 sqlite3_stmt* CConnection::Take(const std::string& sql)
 {
-    if (const auto idle = idle_.find(sql); idle != idle_.end()) {
-        return std::exchange(idle->second, nullptr);
-    }
-    return nullptr;
+    return std::exchange(idle_[sql], nullptr);
 }
 
-void CConnection::GiveBack(std::string sql, sqlite3_stmt* statement)
+void CConnection::GiveBack(const std::string& sql, sqlite3_stmt* statement) noexcept
 {
-    sqlite3_finalize(std::exchange(idle_[std::move(sql)], statement));
+    const auto place = idle_.find(sql);
+    sqlite3_finalize(place == idle_.end() ? statement : std::exchange(place->second, statement));
 }
 
 // Statements.
@@ -272,7 +271,7 @@ CStatement::~CStatement()
 {
     if (statement_ != nullptr) {
         Reset();
-        connection_.GiveBack(std::move(sql_), statement_);
+        connection_.GiveBack(sql_, statement_);
     }
 }
 

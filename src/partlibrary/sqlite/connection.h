@@ -106,7 +106,7 @@ private:
     bool OpenFile();
     bool SetUp();
     [[nodiscard]] sqlite3_stmt* Take(const std::string& sql);
-    void GiveBack(std::string sql, sqlite3_stmt* statement);
+    void GiveBack(const std::string& sql, sqlite3_stmt* statement) noexcept;
     [[nodiscard]] LibraryProblem EngineProblem(int code) const;
     static int OnBusy(void* connection, int tries);
     static int OnProgress(void* connection);
@@ -187,14 +187,15 @@ bool CConnection::Execute(std::string_view sql, const Values&... values)
 class CReadTransaction {
 public:
     explicit CReadTransaction(CConnection& connection)
-        : connection_(connection), within_(connection.InTransaction()), begun_(!within_ && connection.Execute("BEGIN"))
+        : connection_(connection), end_(connection, "ROLLBACK"), within_(connection.InTransaction()),
+          begun_(!within_ && connection.Execute("BEGIN"))
     {
     }
     ~CReadTransaction()
     {
         if (begun_) {
             const LibraryProblem problem = connection_.Problem();
-            connection_.Execute("ROLLBACK");
+            end_.Done();
             connection_.SetProblem(problem);
         }
     }
@@ -204,6 +205,7 @@ public:
 
 private:
     CConnection& connection_;
+    CStatement end_; // made at the beginning: the end may need no memory
     bool within_;
     bool begun_;
 };
