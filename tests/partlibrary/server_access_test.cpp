@@ -2,6 +2,7 @@
 #include "partlibrary/tool/commands.h"
 #include "tests/partlibrary/library_fixture.h"
 
+#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -10,6 +11,7 @@
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 #include <netinet/in.h>
 
@@ -18,29 +20,58 @@ namespace {
 
 namespace fs = std::filesystem;
 using std::chrono::steady_clock;
+using namespace std::string_literals;
 
 constexpr std::chrono::milliseconds longest_wait{2700};
 
-// A port at which connections are taken, and nothing is ever said.
+// A port at which connections are taken, and nothing is ever said, or always the same to whoever has said something.
 class CHole {
 public:
-    CHole()
+    explicit CHole(std::string answer = {}) : answer_(std::move(answer))
     {
         address_.sin_family = AF_INET;
         address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t size = sizeof address_;
         EXPECT_TRUE(bind(hole_, reinterpret_cast<sockaddr*>(&address_), size) == 0 && listen(hole_, 50) == 0 &&
                     getsockname(hole_, reinterpret_cast<sockaddr*>(&address_), &size) == 0);
+        if (!answer_.empty()) {
+            answering_ = std::thread([this] { Answer(); });
+        }
     }
-    ~CHole() { close(hole_); }
+    ~CHole()
+    {
+        shutdown(hole_, SHUT_RDWR);
+        if (answering_.joinable()) {
+            answering_.join();
+        }
+        close(hole_);
+    }
     CHole(const CHole&) = delete;
     CHole& operator=(const CHole&) = delete;
     [[nodiscard]] std::string Port() const { return std::to_string(ntohs(address_.sin_port)); }
 
 private:
+    void Answer() const
+    {
+        for (int caller = 0; (caller = accept(hole_, nullptr, nullptr)) >= 0; close(caller)) {
+            std::array<char, 1024> said{};
+            static_cast<void>(recv(caller, said.data(), said.size(), 0));
+            static_cast<void>(send(caller, answer_.data(), answer_.size(), MSG_NOSIGNAL));
+        }
+    }
+
+    std::string answer_;
     int hole_ = socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address_{};
+    std::thread answering_;
 };
+
+// What a server says that does not take a connection.
+std::string Fatal(const std::string& state)
+{
+    const std::string fields = "SFATAL"s + '\0' + 'C' + state + '\0' + "Mnot now" + '\0' + '\0';
+    return "E"s + '\0' + '\0' + '\0' + static_cast<char>(fields.size() + 4) + fields;
+}
 
 class ServerAccess : public LibraryShop {
 protected:
@@ -54,7 +85,8 @@ protected:
 
     void AddService(const std::string& name, const std::string& settings)
     {
-        std::ofstream(services_, std::ios::app) << "[" << name << "]\ndbname=postgres\nuser=station\n" << settings;
+        std::ofstream(services_, std::ios::app) << "[" << name << "]\n"
+                                                << settings << "dbname=postgres\nuser=station\n";
     }
 
     // What the browser has to say, and the tool; nothing where both show what is there.
@@ -100,36 +132,69 @@ TEST_F(ServerAccess, IsBySafeConnectionsAndForWhomThePasswordFits)
     const std::string here = "hostaddr=127.0.0.1\nport=" + port + "\npassword=of the station\n";
     const std::string own = "sslrootcert=" + folder + "/ca.pem\n";
     const std::string full = "sslmode=verify-full\nchannel_binding=require\n" + own;
+    const std::string right = here + "host=db.example\n" + full;
     const CHole hole;
     const CHole another_hole;
+    const CHole plain("N");
+    const CHole starting(Fatal("57P03"));
+    const CHole full_up(Fatal("53300"));
+    const CHole web("HTTP/1.1 400 Bad Request\r\n\r\n");
+    const auto at = [](const CHole& whom) { return "host=127.0.0.1\nport=" + whom.Port() + "\n"; };
+    const char* const refused = "access to the library is refused";
+    const char* const away = "the server of the library does not answer";
     const std::string holes = "hostaddr=127.0.0.1,127.0.0.1,127.0.0.1\nhost=db.example,db.example,db.example\nport=";
     const struct {
         const char* service;
         std::string settings;
-        const char* refused; // what both say, among other words; null: let in
+        const char* kind; // what both say; null: let in
+        const char* why = "";
+        const char* before = "";
+        const char* after = "";
     } rows[] = {
-        {"plain", here + "host=db.example\nsslmode=disable\n", "no encryption"},
-        {"elsewhere", here + "host=db.elsewhere\n" + full, "does not match host name \"db.elsewhere\""},
+        {"plain", here + "host=db.example\nsslmode=disable\n", refused, "no encryption)"},
+        {"elsewhere", here + "host=db.elsewhere\n" + full, refused, "does not match host name \"db.elsewhere\")"},
         {"other-authority", here + "host=db.example\nsslmode=verify-full\nsslrootcert=" + folder + "/other-ca.pem\n",
-         "certificate verify failed"},
-        {"no-authority", here + "host=db.example\nsslmode=verify-full\nsslrootcert=/nowhere.pem\n", "/nowhere.pem"},
-        {"guessed", "password=guessed\nhost=db.example\n" + full + here, "password authentication failed"},
-        {"no-password", "hostaddr=127.0.0.1\nhost=db.example\nport=" + port + "\n" + full, "no password supplied"},
-        {"right", here + "host=db.example\n" + full, nullptr},
+         refused, "certificate verify failed)"},
+        {"no-authority", here + "host=db.example\nsslmode=verify-full\nsslrootcert=/nowhere.pem\n", refused,
+         "/nowhere.pem"},
+        {"guessed", "password=guessed\nhost=db.example\n" + full + here, refused,
+         "FATAL: password authentication failed for user \"station\")"},
+        {"no-password", "hostaddr=127.0.0.1\nhost=db.example\nport=" + port + "\n" + full, refused,
+         "no password supplied)"},
+        {"no-login", right, refused, "is not permitted to log in)", "ALTER ROLE station NOLOGIN",
+         "ALTER ROLE station LOGIN"},
+        {"no-database", right + "dbname=nowhere\n", refused, "database \"nowhere\" does not exist)"},
+        {"no-schema", right, refused, "permission denied for schema SRV1)",
+         "REVOKE USAGE ON SCHEMA \"SRV1\" FROM partkeep_station", "GRANT USAGE ON SCHEMA \"SRV1\" TO partkeep_station"},
+        {"no-table", right, refused, "permission denied for table partkeep_library)",
+         "REVOKE SELECT ON partkeep_library FROM partkeep_station",
+         "GRANT SELECT ON partkeep_library TO partkeep_station"},
+        {"no-tls", at(plain) + "sslmode=require\n", refused, "server does not support SSL"},
+        {"no-database-server", at(web) + "sslmode=disable\n", refused},
+        {"no-service", {}, refused, "no-service"},
+        {"starting", at(starting) + "sslmode=disable\n", away, "FATAL: not now)"},
+        {"full", at(full_up) + "sslmode=disable\n", away, "FATAL: not now)"},
+        {"nobody", "host=127.0.0.1\nport=1\n", away, "Connection refused"},
+        {"right", right, nullptr},
         {"second", holes + hole.Port() + "," + port + "," + hole.Port() + "\npassword=of the station\n" + full,
          nullptr},
         {"third", holes + hole.Port() + "," + another_hole.Port() + "," + port + "\npassword=of the station\n" + full,
          nullptr},
     };
     for (const auto& row : rows) {
-        AddService(row.service, row.settings);
-        const auto [browser, tool] = Ask(row.service);
-        if (row.refused == nullptr) {
-            EXPECT_EQ(browser + tool, "") << row.service;
-            continue;
+        SCOPED_TRACE(row.service);
+        if (!row.settings.empty()) {
+            AddService(row.service, row.settings);
         }
-        EXPECT_NE(browser.find(row.refused), std::string::npos) << row.service << ": " << browser;
-        EXPECT_NE(tool.find(row.refused), std::string::npos) << row.service << ": " << tool;
+        RunInDatabase(row.before);
+        const auto [browser, tool] = Ask(row.service);
+        RunInDatabase(row.after);
+        EXPECT_EQ(row.kind == nullptr, (browser + tool).empty());
+        for (const std::string& said : {browser, tool}) {
+            EXPECT_TRUE(row.kind == nullptr ||
+                        (said.find(row.kind) != std::string::npos && said.find(row.why) != std::string::npos))
+                << said;
+        }
     }
 }
 

@@ -8,6 +8,7 @@
 #include <QFrame>
 #include <QLabel>
 #include <QStringList>
+#include <QTextDocument>
 
 #include <algorithm>
 
@@ -26,6 +27,8 @@ PaneText TextOfFault(LibraryFault fault)
         return PaneText::ServerBusy;
     case LibraryFault::NoAnswer:
         return PaneText::ServerSilent;
+    case LibraryFault::Refused:
+        return PaneText::ServerBars;
     case LibraryFault::Unfinished:
         return PaneText::ServerUnfinished;
     case LibraryFault::Replaced:
@@ -58,10 +61,10 @@ void CBrowserPane::UpdateTexts()
 {
     status_->setText(StatusText());
     list_->SetEmptyText(EmptyText());
-    list_->SetFaded(ShownProblem().fault == LibraryFault::NoAnswer || !AsOfText().isEmpty());
+    list_->SetFaded(IsAway(ShownProblem().fault) || !AsOfText().isEmpty());
     const QString problem = ProblemText();
     problem_text_->setText(problem);
-    problem_text_->setToolTip(problem);
+    problem_text_->setToolTip(Qt::convertFromPlainText(problem)); // a server may say anything
     problem_line_->setAccessibleName(problem);
     if (!list_->Pressed()) {
         problem_line_->setVisible(!problem.isEmpty());
@@ -163,7 +166,11 @@ QString CBrowserPane::ProblemText() const
     const bool of_part = text == PaneText::CopyFailed;
     const QString server = of_server ? ServerOfFile(problem.subject) : session_->CurrentServer();
     QString line = Text(text);
-    line = line.contains(QStringLiteral("%1")) ? line.arg(of_part ? problem.subject : server) : line;
+    if (text == PaneText::ServerBars) {
+        line = line.arg(server, problem.detail);
+    } else if (line.contains(QStringLiteral("%1"))) {
+        line = line.arg(of_part ? problem.subject : server);
+    }
     const QTime since = session_->FailsSince();
     line += since.isValid()
                 ? QStringLiteral(" (%1)").arg(

@@ -78,6 +78,8 @@ constexpr std::array<Row, static_cast<std::size_t>(PaneText::Count)> texts{{
     {u"Server %1 does not answer. What was read before is still shown.",
      u"サーバー %1 が応答しません。以前に読み込んだ内容を表示しています。",
      u"服务器 %1 没有响应。仍显示之前读取的内容。"},
+    {u"Access to server %1 is refused: %2.", u"サーバー %1 へのアクセスが拒否されました: %2",
+     u"对服务器 %1 的访问被拒绝：%2"},
     {u"Server %1 is there as a file and in a database. The file is shown.",
      u"サーバー %1 はファイルとデータベースの両方にあります。ファイルを表示しています。",
      u"服务器 %1 同时存在于文件和数据库中。显示的是文件。"},

@@ -56,6 +56,7 @@ enum class PaneText {
     ServerGone,        // %1 server
     ServerBusy,
     ServerSilent,
+    ServerBars,  // %1 server, %2 reason, in the words of who refused
     ServerTwice, // %1 server
     ServerUnfinished,
     ServerReplaced,

@@ -28,6 +28,8 @@ const char* FaultText(LibraryFault fault)
         return "the library is in use by another program";
     case LibraryFault::NoAnswer:
         return "the server of the library does not answer";
+    case LibraryFault::Refused:
+        return "access to the library is refused";
     case LibraryFault::Unfinished:
         return "a program was cut off while it changed the library, and its changes cannot be taken back from here";
     case LibraryFault::Replaced:

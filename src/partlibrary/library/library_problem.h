@@ -17,6 +17,7 @@ enum class LibraryFault {
     Damaged,
     Busy,       // another program holds it, or does not answer in time
     NoAnswer,   // the machine that holds it does not answer, or cannot at the moment
+    Refused,    // that machine answers, but lets nobody in from here, or is not the one that is meant
     Unfinished, // a writer was cut off, and who reads may not take its changes back
     Replaced,   // another library stands in its place now
     ReadOnly,
@@ -41,6 +42,12 @@ struct LibraryProblem {
 
     explicit operator bool() const { return fault != LibraryFault::None; }
 };
+
+// The library may be as it was, and is not to be had now: who shows it keeps what it shows.
+[[nodiscard]] constexpr bool IsAway(LibraryFault fault)
+{
+    return fault == LibraryFault::NoAnswer || fault == LibraryFault::Refused;
+}
 
 // What an error of the system was while something was written, and its text.
 [[nodiscard]] LibraryProblem WriteProblem(int error, const QString& subject);

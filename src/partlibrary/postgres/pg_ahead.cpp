@@ -34,7 +34,7 @@ void CPgAhead::GiveUp()
     next_.reset();
     if (asked_ > 0 && connection_ != nullptr) {
         if (connection_->SilentSince().isValid()) {
-            main_->FallSilent();
+            main_->FallSilent(connection_->Silence());
         }
         connection_->Disconnect();
     }

@@ -50,11 +50,15 @@ bool CPgConnection::Connect()
 {
     Disconnect();
     if (!StartUp() || !EnterPipeline() || !Prepare()) {
+        if (problem_.fault == LibraryFault::Refused) {
+            FallSilent(problem_);
+        }
         connection_.reset();
         return false;
     }
     ever_open_ = true;
     silent_since_ = {};
+    silence_ = {};
     return true;
 }
 
@@ -74,6 +78,7 @@ bool CPgConnection::StartUp()
     }
     Lose();
     problem_ = start.Problem();
+    lost_ = problem_.fault != LibraryFault::Refused; // which nothing changes in a moment
     return false;
 }
 
@@ -124,6 +129,7 @@ bool CPgConnection::Prepare()
     }
     const auto results = TryAll(statements);
     if (!results) {
+        TellMissingRight();
         return false;
     }
     if (look && !TakeLibraryRow(results->back())) {
@@ -171,6 +177,7 @@ void CPgConnection::Disconnect()
 bool CPgConnection::Ready()
 {
     if (Clock::now() < silent_until_) {
+        problem_ = silence_;
         return false;
     }
     lost_ = false;
@@ -193,13 +200,18 @@ bool CPgConnection::Lose()
 bool CPgConnection::MissDeadline()
 {
     lost_ = true;
-    FallSilent();
+    FallSilent(TooLate());
     return false;
 }
 
-void CPgConnection::FallSilent()
+LibraryProblem CPgConnection::TooLate() const
 {
-    problem_ = {LibraryFault::NoAnswer, place_.Text(), OneLine(too_late)};
+    return {LibraryFault::NoAnswer, place_.Text(), OneLine(too_late)};
+}
+
+void CPgConnection::FallSilent(const LibraryProblem& why)
+{
+    problem_ = silence_ = why;
     Disconnect();
     silent_until_ = Clock::now() + impatience;
     silent_since_ = silent_since_.isValid() ? silent_since_ : QTime::currentTime();

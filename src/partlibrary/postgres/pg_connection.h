@@ -59,8 +59,8 @@ public:
 
     // Drops the connection; the next call makes another.
     void Disconnect();
-    // The same as if it had not answered in time: known from another connection to the same place.
-    void FallSilent();
+    // The same as if it had not answered in time, or had refused: known from another connection to the same place.
+    void FallSilent(const LibraryProblem& why);
     // It answers there: the next call asks.
     void TryAgain() { silent_until_ = {}; }
 
@@ -77,8 +77,10 @@ public:
     [[nodiscard]] const QByteArray& Id() const { return id_; }
     [[nodiscard]] bool HasOtherKeys() const { return other_keys_; }
     [[nodiscard]] LibraryPlace State() const { return state_; }
-    [[nodiscard]] QTime SilentSince() const { return silent_since_; } // invalid while it answers
-    [[nodiscard]] qint64 Revision() const { return revision_; }       // as it was told last
+    [[nodiscard]] QTime SilentSince() const { return silent_since_; }        // invalid while it answers
+    [[nodiscard]] const LibraryProblem& Silence() const { return silence_; } // none while it answers
+    [[nodiscard]] LibraryProblem TooLate() const;
+    [[nodiscard]] qint64 Revision() const { return revision_; } // as it was told last
 
     // For another connection to the same library.
     [[nodiscard]] const PqDriver& Driver() const { return pq_; }
@@ -96,6 +98,7 @@ private:
     bool StartUp();
     bool Prepare();
     bool Ready();
+    void TellMissingRight();
     bool SendOne(const CSql& statement);
     [[nodiscard]] std::optional<std::vector<CPgResult>> TryAll(std::span<const CSql> statements);
     bool TakeResults(std::vector<CPgResult>& results);
@@ -121,6 +124,7 @@ private:
     QByteArray transaction_; // its number, as text
     LibraryPlace state_ = LibraryPlace::Same;
     QTime silent_since_;
+    LibraryProblem silence_;
     Clock::time_point silent_until_;
     Clock::time_point last_byte_;
     bool other_keys_ = false;

@@ -48,7 +48,10 @@ public:
     [[nodiscard]] qint64 Refused() const override { return static_cast<qint64>(refused_.size()); }
     [[nodiscard]] bool HasOtherKeys() const override { return connection_->HasOtherKeys(); }
     [[nodiscard]] QTime SilentSince() const override { return connection_->SilentSince(); }
-    [[nodiscard]] QTime AsOf() const override { return SilentSince().isValid() ? at_hand_.AsOf() : QTime(); }
+    [[nodiscard]] QTime AsOf() const override
+    {
+        return connection_->Silence().fault == LibraryFault::NoAnswer ? at_hand_.AsOf() : QTime();
+    }
 
 private:
     std::nullopt_t Refuse(LibraryFault fault, const QString& subject);

@@ -2,8 +2,12 @@
 
 #include "partlibrary/postgres/pg_waits.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <array>
+#include <optional>
+#include <string>
 #include <utility>
 
 namespace partkeep {
@@ -49,8 +53,24 @@ LibraryProblem PgProblem(const CPgResult& error, const PgPlace& place, bool read
 {
     const LibraryFault fault = FaultOfState(error.ErrorField(PG_DIAG_SQLSTATE));
     const std::string_view text = error.ErrorField(PG_DIAG_MESSAGE_PRIMARY);
-    return {fault == LibraryFault::ReadOnly && reads ? LibraryFault::CannotOpen : fault, place.Text(),
+    return {fault == LibraryFault::ReadOnly && reads ? LibraryFault::Refused : fault, place.Text(),
             OneLine(text.empty() ? otherwise : text)};
+}
+
+// Of several hosts each has said something: whom one refuses, the others do not help by being away.
+LibraryProblem PgConnectProblem(std::string_view text, const PgPlace& place, bool spoke)
+{
+    static const QRegularExpression before_message(QStringLiteral(":  ([0-9A-Z]{5}): ")); // "FATAL:  28P01: ..."
+    static const QRegularExpression place_in_source(QStringLiteral("\\n[^\\n]*\\.c:[0-9]+(?=\\n|$)"));
+    QString told = FromUtf8(text);
+    std::optional<bool> refused;
+    for (auto match = before_message.globalMatch(told); match.hasNext();) {
+        const std::string state = ToUtf8(match.next().captured(1));
+        const bool passes = IsLoss(state) || state.starts_with("53");
+        refused = refused.value_or(false) || !passes;
+    }
+    told.replace(before_message, QStringLiteral(":  ")).remove(place_in_source);
+    return {refused.value_or(spoke) ? LibraryFault::Refused : LibraryFault::NoAnswer, place.Text(), told.simplified()};
 }
 
 } // namespace partkeep

@@ -20,4 +20,8 @@ namespace partkeep {
 [[nodiscard]] LibraryProblem PgProblem(const CPgResult& error, const PgPlace& place, bool reads,
                                        std::string_view otherwise);
 
+// Of a connection that could not be made, from all that the client library says of it, SQLSTATEs included. A server
+// that spoke and was not taken for the right one, or that the client library has no password for, gives no SQLSTATE.
+[[nodiscard]] LibraryProblem PgConnectProblem(std::string_view text, const PgPlace& place, bool spoke);
+
 } // namespace partkeep

@@ -17,12 +17,17 @@ namespace {
 
 using Clock = CPgStart::Clock;
 
-QStringList ReadNames(const CPgResult& rows)
+QStringList ReadNames(const CPgResult& rows, QStringList& barred)
 {
     std::vector<std::pair<QByteArray, QString>> found;
     for (int row = 0; row < rows.Rows(); ++row) {
         const QString server = rows.Text(row, 0);
-        if (CheckName(server) == NameFault::None) {
+        if (CheckName(server) != NameFault::None) {
+            continue;
+        }
+        if (rows.Raw(row, 1).front() == '\0') {
+            barred += server;
+        } else {
             found.emplace_back(SortKey(server), server);
         }
     }
@@ -79,9 +84,9 @@ private:
 
     void Ask()
     {
-        const CSql sql("SELECT n.nspname::text FROM pg_catalog.pg_class c "
+        const CSql sql("SELECT n.nspname::text, has_schema_privilege(n.oid, 'USAGE') FROM pg_catalog.pg_class c "
                        "JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
-                       "WHERE c.relname = 'partkeep_library' AND has_schema_privilege(n.oid, 'USAGE')");
+                       "WHERE c.relname = 'partkeep_library'");
         if (pq_.PQsetnonblocking(connection_.get(), 1) != 0 || !SendStatement(pq_, connection_.get(), sql)) {
             Lose();
         }
@@ -111,7 +116,7 @@ private:
         if (!result && !answer_.names && !answer_.problem) {
             Lose();
         } else if (result && result.Status() == PGRES_TUPLES_OK) {
-            answer_.names = ReadNames(result);
+            answer_.names = ReadNames(result, answer_.barred);
         } else if (result) {
             answer_.problem = PgProblem(result, place_, true, pq_.PQerrorMessage(connection_.get()));
         }
@@ -154,7 +159,7 @@ std::vector<PgServers> ReadPgServers(std::span<const QString> services)
     LibraryProblem problem;
     const PqDriver* const pq = LoadPqDriver(problem);
     if (pq == nullptr) {
-        return {services.size(), PgServers{std::nullopt, problem}};
+        return {services.size(), PgServers{std::nullopt, {}, problem}};
     }
     const auto until = Clock::now() + browse_patience;
     std::vector<std::unique_ptr<CQuestion>> questions;

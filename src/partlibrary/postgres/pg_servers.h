@@ -15,6 +15,7 @@ namespace partkeep {
 
 struct PgServers {
     std::optional<QStringList> names; // in natural order; nothing on failure, with the reason
+    QStringList barred;               // that are there as well, and that this user may not see
     LibraryProblem problem;
 };
 

@@ -1,10 +1,11 @@
 #include "partlibrary/postgres/pg_start.h"
 
 #include "partlibrary/library/library_text.h"
-#include "partlibrary/postgres/pg_waits.h"
+#include "partlibrary/postgres/pg_problem.h"
 
 #include <algorithm>
 #include <string>
+#include <sys/socket.h>
 #include <utility>
 #include <vector>
 
@@ -46,12 +47,15 @@ void CPgStart::Begin()
     set(nullptr, nullptr);
     connection_.reset(pq_.PQconnectStartParams(names.data(), values.data(), 0));
     polling_ = PGRES_POLLING_WRITING;
+    refused_ = false;
     if (connection_ == nullptr) {
         problem_ = {LibraryFault::NoMemory, place_.Text(), {}};
         state_ = State::Failed;
     } else if (pq_.PQstatus(connection_.get()) == CONNECTION_BAD) {
+        refused_ = *pq_.PQhost(connection_.get()) == '\0'; // by what the service says: there is nobody to ask
         Fail();
     } else {
+        pq_.PQsetErrorVerbosity(connection_.get(), PQERRORS_VERBOSE); // the one way to learn an SQLSTATE by now
         pq_.PQsetNoticeProcessor(
             connection_.get(), [](void*, const char*) {}, nullptr);
     }
@@ -59,7 +63,7 @@ void CPgStart::Begin()
 
 void CPgStart::Fail()
 {
-    problem_ = {LibraryFault::NoAnswer, place_.Text(), OneLine(pq_.PQerrorMessage(connection_.get()))};
+    problem_ = PgConnectProblem(pq_.PQerrorMessage(connection_.get()), place_, refused_);
     state_ = State::Failed;
 }
 
@@ -98,12 +102,27 @@ void CPgStart::PassOver()
     share_until_ = hosts_.ShareUntil(until_);
 }
 
+// Something has come for which it was waiting, and not the end of the line. Later on there is nothing left to refuse
+// but a server that does not write, which may be another one in a moment.
+bool CPgStart::IsSpokenTo() const
+{
+    const ConnStatusType status = pq_.PQstatus(connection_.get());
+    char byte = 0;
+    return (status == CONNECTION_SSL_STARTUP || status == CONNECTION_AWAITING_RESPONSE) &&
+           recv(pq_.PQsocket(connection_.get()), &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
+}
+
+// After a refusal it goes on to the next host by itself.
 void CPgStart::Step()
 {
+    const bool spoken_to = IsSpokenTo();
     polling_ = pq_.PQconnectPoll(connection_.get());
-    if (polling_ == PGRES_POLLING_FAILED) {
+    const bool failed = polling_ == PGRES_POLLING_FAILED;
+    refused_ = refused_ || (spoken_to && (failed || pq_.PQstatus(connection_.get()) == CONNECTION_STARTED));
+    if (failed) {
         Fail();
     } else if (polling_ == PGRES_POLLING_OK) {
+        pq_.PQsetErrorVerbosity(connection_.get(), PQERRORS_DEFAULT);
         state_ = State::Open;
     }
 }

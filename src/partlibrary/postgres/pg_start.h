@@ -35,6 +35,7 @@ private:
     void PassOver();
     void Step();
     void Fail();
+    [[nodiscard]] bool IsSpokenTo() const;
 
     const PqDriver& pq_;
     PgPlace place_;
@@ -45,6 +46,7 @@ private:
     PqConnection connection_;
     PostgresPollingStatusType polling_ = PGRES_POLLING_WRITING;
     State state_ = State::Pending;
+    bool refused_ = false; // after the server had spoken
     LibraryProblem problem_;
 };
 

@@ -4,6 +4,7 @@
 #include "partlibrary/postgres/pg_waits.h"
 
 #include <algorithm>
+#include <array>
 #include <poll.h>
 #include <thread>
 #include <utility>
@@ -61,7 +62,7 @@ bool CPgConnection::Fail(const CPgResult& result)
     if (IsLoss(state)) {
         Lose();
     } else if (use_ == PgUse::Browse && IsTimeOut(state)) {
-        FallSilent();
+        FallSilent(problem);
     }
     problem_ = problem;
     return false;
@@ -119,12 +120,29 @@ bool CPgConnection::MayRetry(Clock::time_point began)
         return false;
     }
     if (now + between_attempts >= began + browse_patience) {
-        silent_until_ = now + impatience;
-        silent_since_ = silent_since_.isValid() ? silent_since_ : QTime::currentTime();
+        FallSilent(problem_);
         return false;
     }
     std::this_thread::sleep_for(between_attempts);
     return true;
+}
+
+// A schema that may not be used the server passes over, and misses what is in it.
+void CPgConnection::TellMissingRight()
+{
+    if (problem_.fault != LibraryFault::NotFound || connection_ == nullptr || in_transaction_) {
+        return;
+    }
+    const LibraryProblem problem = problem_;
+    const auto told = TryAll(std::array{std::move(CSql("SELECT 1 FROM pg_catalog.pg_namespace WHERE nspname = ")
+                                                      .Value(place_.server)
+                                                      .Add(" AND NOT has_schema_privilege(oid, 'USAGE')"))});
+    if (told && told->front().Rows() == 1) {
+        problem_ = {LibraryFault::Refused, place_.Text(),
+                    QStringLiteral("permission denied for schema ") + place_.server};
+    } else if (told) {
+        problem_ = problem;
+    }
 }
 
 std::optional<std::vector<CPgResult>> CPgConnection::AskAll(std::span<const CSql> statements)
@@ -138,6 +156,7 @@ std::optional<std::vector<CPgResult>> CPgConnection::AskAll(std::span<const CSql
         if (auto results = TryAll(statements)) {
             return results;
         }
+        TellMissingRight();
     } while (MayRetry(began));
     return std::nullopt;
 }

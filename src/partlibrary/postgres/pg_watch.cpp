@@ -64,7 +64,7 @@ void CPgWatch::GiveUp()
 {
     Close();
     changed_ = changed_ || !main_->SilentSince().isValid();
-    main_->FallSilent();
+    main_->FallSilent(main_->TooLate());
 }
 
 // Connecting.

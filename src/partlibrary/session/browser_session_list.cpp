@@ -85,7 +85,7 @@ void CBrowserSession::Follow()
         const LibraryProblem problem = problem_;
         problem_ = {};
         EnterFolderAgain();
-        const bool over = problem.fault == LibraryFault::NoAnswer; // else it has told somebody nothing yet
+        const bool over = IsAway(problem.fault); // else it has told somebody nothing yet
         SetProblem(problem_ || over ? problem_ : problem);
     }
 }
@@ -101,7 +101,7 @@ void CBrowserSession::EnterFolderAgain()
         there = true;
     }
     if (!there) {
-        if (problem_.fault != LibraryFault::NoAnswer) { // what is shown stays
+        if (!IsAway(problem_.fault)) { // what is shown stays
             EnterFolder({});
         }
     } else if (selection_.size() < before) {
@@ -112,7 +112,7 @@ void CBrowserSession::EnterFolderAgain()
 bool CBrowserSession::Refresh()
 {
     libraries_.Retry(current_server_);
-    return RefreshPartList() && problem_.fault != LibraryFault::NoAnswer;
+    return RefreshPartList() && !IsAway(problem_.fault);
 }
 
 bool CBrowserSession::SetPartFilter(std::int16_t kind_mask)

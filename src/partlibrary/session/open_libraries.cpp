@@ -15,7 +15,7 @@ namespace {
 // That there is no file costs nothing to find out.
 std::chrono::milliseconds Validity(LibraryFault fault)
 {
-    const bool waited_for = fault == LibraryFault::Busy || fault == LibraryFault::NoAnswer;
+    const bool waited_for = fault == LibraryFault::Busy || IsAway(fault);
     return std::chrono::milliseconds(waited_for ? 10000 : fault == LibraryFault::NotFound ? 0 : 1000);
 }
 
@@ -69,7 +69,7 @@ void COpenLibraries::Open(const QString& server, Entry& entry)
     }
 }
 
-// What is open on a database that still does not answer stays: opening it anew would wait once more, and there would be
+// What is open on a database that still is away stays: opening it anew would wait once more, and there would be
 // nothing to show.
 void COpenLibraries::Retry(const QString& server)
 {
@@ -77,7 +77,7 @@ void COpenLibraries::Retry(const QString& server)
     const auto open = entry != entries_.end() ? entry->second.library : nullptr;
     const bool in_database =
         open != nullptr && folder_.Services() != nullptr && !QFileInfo::exists(folder_.FileOf(server));
-    if (in_database && !open->Revision() && open->Problem().fault == LibraryFault::NoAnswer) {
+    if (in_database && !open->Revision() && IsAway(open->Problem().fault)) {
         return;
     }
     entries_.erase(server);

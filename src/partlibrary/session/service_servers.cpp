@@ -15,7 +15,7 @@ constexpr std::chrono::seconds validity{10};
 CServiceServers::CServiceServers(const QStringList& services)
 {
     for (const QString& name : services) {
-        services_.push_back({name, {}, {}, std::nullopt});
+        services_.push_back({name, {}, {}, {}, std::nullopt});
     }
 }
 
@@ -32,7 +32,10 @@ void CServiceServers::Ask()
     const auto answers = ReadPgServers(names);
     for (std::size_t i = 0; i < due.size(); ++i) {
         due[i]->problem = answers[i].problem;
-        due[i]->servers = answers[i].names.value_or(due[i]->servers);
+        if (answers[i].names) {
+            due[i]->servers = *answers[i].names;
+            due[i]->barred = answers[i].barred;
+        }
         due[i]->asked = Clock::now();
     }
     problem_ = {};
@@ -61,12 +64,15 @@ std::optional<PgPlace> CServiceServers::Find(const QString& server)
         }
     }
     Ask();
+    return FindIn(server, Knows(server) ? &Service::servers : &Service::barred);
+}
+
+// One that does not answer would be waited for a second time.
+std::optional<PgPlace> CServiceServers::FindIn(const QString& server, QStringList Service::*list) const
+{
     const auto found = std::find_if(services_.begin(), services_.end(),
-                                    [&](const Service& service) { return service.servers.contains(server); });
-    if (found == services_.end() || found->problem) { // which would be waited for a second time
-        return std::nullopt;
-    }
-    return PgPlace{found->name, server};
+                                    [&](const Service& service) { return (service.*list).contains(server); });
+    return found != services_.end() && !found->problem ? std::optional(PgPlace{found->name, server}) : std::nullopt;
 }
 
 bool CServiceServers::Knows(const QString& server) const

@@ -19,7 +19,8 @@ public:
     explicit CServiceServers(const QStringList& services);
 
     [[nodiscard]] QStringList Servers();
-    // The first service that has it. Nothing where none has, or one that may does not answer: see Problem.
+    // The first service that has it, or else one that has it for others: opening it tells so. Nothing where none has,
+    // or one that may does not answer: see Problem.
     [[nodiscard]] std::optional<PgPlace> Find(const QString& server);
     [[nodiscard]] bool Knows(const QString& server) const; // by what was learnt before
     [[nodiscard]] const LibraryProblem& Problem() const { return problem_; }
@@ -30,11 +31,13 @@ private:
     struct Service {
         QString name;
         QStringList servers; // as they were last told
+        QStringList barred;
         LibraryProblem problem;
         std::optional<Clock::time_point> asked;
     };
 
     void Ask();
+    [[nodiscard]] std::optional<PgPlace> FindIn(const QString& server, QStringList Service::*list) const;
 
     std::vector<Service> services_;
     LibraryProblem problem_;

@@ -70,6 +70,7 @@ ToolEnd EndOf(LibraryFault fault)
     case LibraryFault::Stopped:
         return ToolEnd::Stopped;
     case LibraryFault::CannotOpen:
+    case LibraryFault::Refused:
     case LibraryFault::ReadOnly:
     case LibraryFault::DiskFull:
     case LibraryFault::ReadFailed:
