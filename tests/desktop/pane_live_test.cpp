@@ -35,11 +35,11 @@ protected:
 
     void Change(const std::function<void(ILibraryWriter&)>& change) { libraries_.Fill(u"SRV1"_s, change); }
 
-    static bool Shows(CPlayedPane& pane, const std::function<bool()>& state)
+    static bool Shows(CPlayedPane& pane, const std::function<bool()>& state, qint64 patience = patience_ms)
     {
         QElapsedTimer time;
         time.start();
-        while (time.elapsed() < patience_ms && !state()) {
+        while (time.elapsed() < patience && !state()) {
             QTest::qWait(20);
         }
         Settle(*pane.pane);
@@ -121,6 +121,58 @@ TEST_F(PaneLive, WhatIsInViewLoadsWhileTheServerIsAwayAndTheLineTellsOfWhen)
     }
     EXPECT_EQ(pane.pane->Model().rowCount(), 59);
     EXPECT_EQ(pane.ProblemLine(), "");
+}
+
+TEST_F(PaneLive, AServerThatEndsOrTurnsTheStationAwayIsToldOfUntouchedAndSoIsItsReturn)
+{
+    if (!InDatabase()) {
+        GTEST_SKIP() << "a file is never away";
+    }
+    const std::string rules = std::getenv("PARTKEEP_POSTGRES") + std::string("/data/pg_hba.conf");
+    const std::string before = ReadBytes(rules);
+    const struct {
+        const char* label;
+        std::function<void()> ends;
+        std::function<void()> returns;
+        const char* line;
+    } rows[] = {
+        {"killed", [] { ASSERT_TRUE(SignalDatabase("KILL")); }, StartDatabase, "Server SRV1 does not answer."},
+        {"ended", [] { ASSERT_TRUE(SignalDatabase("INT")); }, StartDatabase, "Server SRV1 does not answer."},
+        {"closed to all",
+         [&] {
+             WriteBytes(rules, "local all all reject\n");
+             RunInDatabase("SELECT pg_reload_conf(), pg_sleep(0.3); SELECT pg_terminate_backend(pid) FROM "
+                           "pg_stat_activity WHERE application_name = 'partkeep'");
+         },
+         [&] {
+             WriteBytes(rules, before);
+             ASSERT_TRUE(SignalDatabase("HUP"));
+         },
+         "Access to server SRV1 is refused: "},
+    };
+    CPlayedPane pane(libraries_, start_);
+    ClickRow(*pane.pane, 2);
+    EXPECT_EQ(pane.Selected(), "L102");
+    RunInDatabase("CHECKPOINT"); // else what was written just now is lost with it
+    const auto starts = [&](const char* line) {
+        return pane.ProblemLine().starts_with(line) && pane.ProblemLine().find("(since ") != std::string::npos;
+    };
+    const auto look = [&] { return pane.List().viewport()->grab().toImage(); };
+    const QImage shown = look();
+    for (const auto& row : rows) {
+        row.ends();
+        EXPECT_TRUE(Shows(
+            pane, [&] { return starts(row.line); }, 10 * patience_ms))
+            << row.label << ": " << pane.ProblemLine();
+        EXPECT_NE(look(), shown) << row.label;
+        EXPECT_EQ(pane.pane->Model().rowCount(), 60) << row.label;
+        EXPECT_EQ(pane.Selected(), "L102") << row.label;
+        row.returns();
+        EXPECT_TRUE(Shows(
+            pane, [&] { return pane.ProblemLine().empty(); }, 10 * patience_ms))
+            << row.label;
+        EXPECT_EQ(look(), shown) << row.label;
+    }
 }
 
 // As the dialog asks after a click; the median time of it is told, for a run over a slow line.

@@ -4,22 +4,8 @@
 
 #include <QElapsedTimer>
 
-#include <csignal>
-#include <fstream>
-
 namespace partkeep {
 namespace {
-
-// Of the server's own, which stands for all others.
-void SignalServer(int signal)
-{
-    const std::string server = std::getenv("PARTKEEP_POSTGRES_PID");
-    std::ifstream children("/proc/" + server + "/task/" + server + "/children");
-    for (pid_t child = 0; children >> child;) {
-        kill(child, signal);
-    }
-    kill(std::stoi(server), signal);
-}
 
 QImage LookOfRow(CPlayedPane& pane, int row)
 {
@@ -33,7 +19,7 @@ TEST(PaneOutage, IsShownSinceWhenItLastsHoldsNobodyUpAndEnds)
     CPlayedPane pane(libraries);
     ClickRow(*pane.pane, 1);
     const QImage before = LookOfRow(pane, 3);
-    SignalServer(SIGSTOP);
+    ASSERT_TRUE(SignalDatabase("STOP"));
     const struct {
         const char* label;
         std::function<void()> action;
@@ -60,7 +46,7 @@ TEST(PaneOutage, IsShownSinceWhenItLastsHoldsNobodyUpAndEnds)
         EXPECT_NE(LookOfRow(pane, 3), before) << row.label;
         EXPECT_EQ(pane.Selected(), "P1") << row.label;
     }
-    SignalServer(SIGCONT);
+    ASSERT_TRUE(SignalDatabase("CONT"));
     QTest::mouseClick(ButtonIn(*pane.pane, u"Try again"_s), Qt::LeftButton);
     Settle(*pane.pane);
     EXPECT_EQ(pane.ProblemLine(), "");

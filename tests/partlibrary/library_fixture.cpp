@@ -6,10 +6,15 @@
 #include "partlibrary/sqlite/schema.h"
 #include "partlibrary/sqlite/sqlite_admin.h"
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 
 namespace partkeep {
 
@@ -43,8 +48,34 @@ void RunInDatabase(const std::string& sql)
 
 bool SignalDatabase(const std::string& signal)
 {
-    const std::string to = "$PARTKEEP_POSTGRES_PID $(cat /proc/$PARTKEEP_POSTGRES_PID/task/*/children)";
-    return std::system(("kill -" + signal + ' ' + to).c_str()) == 0;
+    const std::string find =
+        "P=$(head -n 1 $PARTKEEP_POSTGRES/data/postmaster.pid); C=$(cat /proc/$P/task/*/children); ";
+    const std::string children = "; [ $? = 0 ] && { kill -" + signal + " $C 2>/dev/null; true; }"; // some may be gone
+    return std::system((find + "kill -" + signal + " $P" + children).c_str()) == 0;
+}
+
+// What is left of the one before it may keep it from starting at first.
+void StartDatabase()
+{
+    static pid_t server = 0;
+    const std::string folder = std::getenv("PARTKEEP_POSTGRES");
+    for (int attempt = 0; attempt < 600; ++attempt) {
+        if (server == 0 || waitpid(server, nullptr, WNOHANG) == server) {
+            server = fork();
+        }
+        if (server == 0) {
+            execl("/bin/sh", "sh", "-c", "exec $PARTKEEP_POSTGRES/start >>$PARTKEEP_POSTGRES/log 2>&1", nullptr);
+            _exit(1);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        pid_t stands = 0;
+        std::ifstream(folder + "/data/postmaster.pid") >> stands;
+        if (stands == server && std::system("psql -qAt service=partkeep -c '' >/dev/null 2>&1") == 0) {
+            return;
+        }
+    }
+    std::cerr << "fixture: the server does not start" << std::endl;
+    std::abort();
 }
 
 QByteArray SmallBitmap(qsizetype size)

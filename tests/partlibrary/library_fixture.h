@@ -36,8 +36,12 @@ inline const QString test_service = u"partkeep"_s;
 // Runs SQL there, in the schema SRV1.
 void RunInDatabase(const std::string& sql);
 
-// Stops the server ("STOP") or lets it go on ("CONT").
+// Stops the server ("STOP"), lets it go on ("CONT"), or ends it: as an administrator does ("INT"), or as if its machine
+// had gone ("KILL").
 [[nodiscard]] bool SignalDatabase(const std::string& signal);
+
+// After that, on the main thread.
+void StartDatabase();
 
 class CTestLibraries {
 public:

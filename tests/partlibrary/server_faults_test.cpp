@@ -24,17 +24,6 @@ using std::chrono::steady_clock;
 constexpr milliseconds longest_wait{2700};
 const std::string of_browsers = " FROM pg_stat_activity WHERE application_name = 'partkeep'";
 
-// Of the server's own, which stands for all others.
-void SignalServer(int signal)
-{
-    const pid_t server = std::stoi(std::getenv("PARTKEEP_POSTGRES_PID"));
-    std::ifstream children("/proc/" + std::to_string(server) + "/task/" + std::to_string(server) + "/children");
-    for (pid_t child = 0; children >> child;) {
-        kill(child, signal);
-    }
-    kill(server, signal);
-}
-
 pid_t BackendOfBrowser()
 {
     FILE* const shell = popen(("psql -qAt service=partkeep -c \"SELECT pid" + of_browsers + " LIMIT 1\"").c_str(), "r");
@@ -130,7 +119,7 @@ TEST_F(ServerFaults, ALoadIsWholeAndGoesOnWhateverHappensToTheServer)
              }
          },
          [] {}, false},
-        {"stopped", [] { SignalServer(SIGSTOP); }, [] { SignalServer(SIGCONT); }, false},
+        {"stopped", [] { EXPECT_TRUE(SignalDatabase("STOP")); }, [] { EXPECT_TRUE(SignalDatabase("CONT")); }, false},
         {"rights withdrawn",
          [] { RunInDatabase("REVOKE SELECT ON ALL TABLES IN SCHEMA \"SRV1\" FROM partkeep_station"); },
          [] { RunInDatabase("GRANT SELECT ON ALL TABLES IN SCHEMA \"SRV1\" TO partkeep_station"); }, false},

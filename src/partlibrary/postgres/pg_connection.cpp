@@ -217,6 +217,15 @@ void CPgConnection::FallSilent(const LibraryProblem& why)
     silent_since_ = silent_since_.isValid() ? silent_since_ : QTime::currentTime();
 }
 
+bool CPgConnection::IsCut() const
+{
+    if (connection_ == nullptr) {
+        return true;
+    }
+    pollfd socket{pq_.PQsocket(connection_.get()), POLLRDHUP, 0};
+    return poll(&socket, 1, 0) > 0;
+}
+
 bool CPgConnection::Wait(short events)
 {
     const int ready = PollUntil({pq_.PQsocket(connection_.get()), events, 0}, last_byte_ + Patience());

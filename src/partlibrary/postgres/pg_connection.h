@@ -61,6 +61,8 @@ public:
     void Disconnect();
     // The same as if it had not answered in time, or had refused: known from another connection to the same place.
     void FallSilent(const LibraryProblem& why);
+    // The server, or something between here and there, has ended the connection, or there is none.
+    [[nodiscard]] bool IsCut() const;
     // It answers there: the next call asks.
     void TryAgain() { silent_until_ = {}; }
 

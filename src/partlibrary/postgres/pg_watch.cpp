@@ -1,6 +1,7 @@
 #include "partlibrary/postgres/pg_watch.h"
 
 #include "partlibrary/library/content_hash.h"
+#include "partlibrary/postgres/pg_problem.h"
 #include "partlibrary/postgres/pg_waits.h"
 
 #include <algorithm>
@@ -25,6 +26,11 @@ bool IsReady(int socket, short events)
 {
     pollfd one{socket, events, 0};
     return poll(&one, 1, 0) > 0;
+}
+
+bool IsLongAgo(std::chrono::steady_clock::time_point when)
+{
+    return std::chrono::steady_clock::now() - when > browse_patience;
 }
 
 } // namespace
@@ -55,16 +61,16 @@ bool CPgWatch::Look()
         AskForMore();
     }
     if (state_ == State::Open && IsOverdue()) {
-        GiveUp();
+        GiveUp(main_->TooLate());
     }
     return std::exchange(changed_, false);
 }
 
-void CPgWatch::GiveUp()
+void CPgWatch::GiveUp(const LibraryProblem& why)
 {
     Close();
-    changed_ = changed_ || !main_->SilentSince().isValid();
-    main_->FallSilent(main_->TooLate());
+    changed_ = changed_ || main_->Silence().fault != why.fault;
+    main_->FallSilent(why);
 }
 
 // Connecting.
@@ -83,7 +89,13 @@ void CPgWatch::GoOnConnecting()
         return;
     }
     if (state == CPgStart::State::Late) {
-        GiveUp();
+        GiveUp(main_->TooLate());
+        return;
+    }
+    // That there is no room for one more says nothing of those that are there.
+    const bool in_vain = state == CPgStart::State::Failed && main_->IsCut();
+    if (in_vain && (start_->Problem().fault == LibraryFault::Refused || IsLongAgo(last_byte_))) {
+        GiveUp(LibraryProblem(start_->Problem()));
         return;
     }
     connection_ = start_->Take();
@@ -119,7 +131,7 @@ void CPgWatch::Close()
 
 bool CPgWatch::IsOverdue() const
 {
-    return !questions_.empty() && Clock::now() - last_byte_ > browse_patience;
+    return !questions_.empty() && IsLongAgo(last_byte_);
 }
 
 // Questions.
@@ -252,6 +264,19 @@ void CPgWatch::Take(const CPgResult& result)
         std::erase_if(wanted_, [this](PartId part) { return at_hand_.Find(part) == nullptr; }); // it has gone
     } else if (rows && question.file) {
         TakePicture(result, *question.file);
+    } else if (question.asked == Asked::Revision) {
+        MissRevision(result);
+    }
+}
+
+// A right that was withdrawn, or a table that has gone, is for the next call to tell; one that somebody has locked
+// would hold that call up.
+void CPgWatch::MissRevision(const CPgResult& error)
+{
+    if (const std::string_view state = error.ErrorField(PG_DIAG_SQLSTATE); IsTimeOut(state)) {
+        GiveUp(PgProblem(error, main_->Place(), true, too_late));
+    } else if (!IsLoss(state)) {
+        changed_ = changed_ || !std::exchange(misses_revision_, true);
     }
 }
 
@@ -263,7 +288,7 @@ void CPgWatch::TakeRevision(const CPgResult& result)
         return;
     }
     const qint64 told = result.Integer(0, 0);
-    const bool answers_again = main_->SilentSince().isValid();
+    const bool answers_again = std::exchange(misses_revision_, false) || main_->SilentSince().isValid();
     if (answers_again) {
         main_->TryAgain();
     }

@@ -43,7 +43,8 @@ private:
     void GoOnConnecting();
     void SetUp();
     void Close();
-    void GiveUp();
+    void GiveUp(const LibraryProblem& why);
+    void MissRevision(const CPgResult& error);
     void Ask(const CSql& statement, Question question);
     void Receive();
     void Take(const CPgResult& result);
@@ -66,6 +67,7 @@ private:
     qint64 room_ = 0; // for what is wanted, in bytes
     bool noticed_ = false;
     bool changed_ = false;
+    bool misses_revision_ = false; // which has been told
     Clock::time_point last_byte_;
     Clock::time_point asked_for_revision_;
     Clock::time_point closed_;
