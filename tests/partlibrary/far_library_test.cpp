@@ -179,7 +179,7 @@ TEST_F(FarLibrary, EachContentComesOverTheLineOnce)
         {"all at once", all_data_kinds, {all_data_kinds}, 1 << 26, parts / 3 + 2 * parts},
         {"loaded again", all_data_kinds, {all_data_kinds}, 1 << 26, 0},
         {"its own, then the machine's", 15, {part_data_kind, 15}, 1 << 26, parts / 3 + 2 * parts},
-        {"the same, nothing kept", 15, {part_data_kind, 15}, 0, 4 * parts},
+        {"the same, nothing kept", 15, {part_data_kind, 15}, 0, 4L * parts},
         {"its own alone", part_data_kind, {part_data_kind}, 1 << 26, parts / 3 + parts},
     };
     const CTemporaryFolder line_folder;
@@ -207,6 +207,57 @@ TEST_F(FarLibrary, EachContentComesOverTheLineOnce)
         const long came = line.Bytes() - before;
         EXPECT_GE(came, row.contents * size);
         EXPECT_LT(came, row.contents * size + 3 * size) << "what tells of them, and nothing twice";
+    }
+}
+
+// As a list asks for what it shows, of a server that does not answer at first.
+TEST_F(FarLibrary, PicturesInViewComeOnceAndAreNotWaitedForWhateverIsKept)
+{
+    constexpr int parts = 40;
+    const auto picture = [](PartId part) { return SmallPng() + QByteArray::number(part).repeated(50000); };
+    libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& writer) {
+        for (int i = 0; i < parts; ++i) {
+            const auto part = writer.PutPart(*writer.MakeFolder(u"Far"_s), u"F%1"_s.arg(i), std::nullopt);
+            EXPECT_TRUE(part && writer.PutFile(*part, FileSlot::Png, picture(*part)));
+        }
+    });
+    WriteBytes(cache_.Path("file"), "x");
+    const CTemporaryFolder line_folder;
+    const CCountedLine line(line_folder);
+    for (const CacheSettings& cache : {CacheSettings{contents_, 1 << 26}, {cache_.Path("file"), 1 << 26}, {{}, 0}}) {
+        SCOPED_TRACE(cache.folder);
+        LibraryProblem problem;
+        const auto library =
+            OpenPgLibrary({u"far"_s, u"SRV1"_s}, CLibraryFolder({}, {u"far"_s}, cache).Cache(), problem);
+        const auto folder = library->FindFolder(u"Far"_s);
+        PartListView view;
+        view.folder = folder->id;
+        std::vector<PartId> wanted = *library->Ids(view);
+        ASSERT_EQ(std::ssize(wanted), parts);
+        library->ReadAhead(wanted);
+        const long before = line.Bytes();
+        long bytes = 0;
+        const auto ask = [&] {
+            std::erase_if(wanted, [&](PartId part) {
+                const auto content = library->PictureAtHand(part, FileSlot::Png);
+                EXPECT_TRUE(!content || *content == picture(part));
+                bytes += content ? std::ssize(*content) : 0;
+                return content.has_value();
+            });
+        };
+        ASSERT_TRUE(SignalDatabase("STOP"));
+        ask();
+        EXPECT_TRUE(std::ssize(wanted) == parts && !library->SilentSince().isValid()) << "they were waited for";
+        ASSERT_TRUE(SignalDatabase("CONT"));
+        for (int look = 0; !wanted.empty() && look < 3000; ++look) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            static_cast<void>(library->LookForChange());
+            if (library->PicturesCame()) {
+                ask();
+            }
+        }
+        EXPECT_TRUE(wanted.empty());
+        EXPECT_LT(line.Bytes() - before, bytes + bytes / 4) << "some came twice";
     }
 }
 

@@ -30,11 +30,11 @@ CBrowserPane::CBrowserPane(std::shared_ptr<CBrowserSession> session, const PaneS
 {
     MakeWidgets();
     follower_ = std::make_unique<CListFollower>(*session_, *model_, *list_);
-    live_ = std::make_unique<CLiveList>(*session_, *model_, *list_, *follower_);
     work_ = std::make_unique<CWorkSlices>(*session_, *model_, pictures_, [this] {
         follower_->ShowWaiting();
         UpdateTexts();
     });
+    live_ = std::make_unique<CLiveList>(*session_, *model_, *list_, *follower_, *work_);
     Connect();
     session_->SearchIn(places_.SearchesServer() ? SearchScope::Server : SearchScope::Folder);
     session_->AttachPane(this);

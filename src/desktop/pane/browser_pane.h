@@ -168,8 +168,8 @@ private:
     QTimer stay_; // in it
 
     std::unique_ptr<CListFollower> follower_;
-    std::unique_ptr<CLiveList> live_;
     std::unique_ptr<CWorkSlices> work_;
+    std::unique_ptr<CLiveList> live_;
     QElapsedTimer copy_shown_;
 };
 

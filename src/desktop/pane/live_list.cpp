@@ -14,8 +14,9 @@ constexpr int first_looks = 20;
 
 } // namespace
 
-CLiveList::CLiveList(CBrowserSession& session, CPartListModel& model, CPartListView& list, CListFollower& follower)
-    : session_(session), model_(model), list_(list), follower_(follower)
+CLiveList::CLiveList(CBrowserSession& session, CPartListModel& model, CPartListView& list, CListFollower& follower,
+                     CWorkSlices& work)
+    : session_(session), model_(model), list_(list), follower_(follower), work_(work)
 {
     QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { Look(); });
 }
@@ -57,6 +58,9 @@ void CLiveList::Look()
     timer_.setInterval(++looks_ < first_looks ? first_look_ms : look_ms);
     changed_ = library_->LookForChange() || changed_;
     WatchSocket();
+    if (library_->PicturesCame()) {
+        work_.TakePictures();
+    }
     if (changed_ && MayChange()) {
         changed_ = false;
         follower_.KeepPlace([this] { session_.Follow(); });

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "desktop/pane/list_follower.h"
+#include "desktop/pane/work_slices.h"
 
 #include <QSocketNotifier>
 #include <QTimer>
@@ -16,7 +17,8 @@ namespace partkeep {
 class CLiveList {
 public:
     // All are borrowed.
-    CLiveList(CBrowserSession& session, CPartListModel& model, CPartListView& list, CListFollower& follower);
+    CLiveList(CBrowserSession& session, CPartListModel& model, CPartListView& list, CListFollower& follower,
+              CWorkSlices& work);
 
     void Start(); // at a paint
     void Stop();  // the library may go
@@ -31,6 +33,7 @@ private:
     CPartListModel& model_;
     CPartListView& list_;
     CListFollower& follower_;
+    CWorkSlices& work_;
     QTimer timer_;
     std::shared_ptr<IPartLibrary> library_; // that is watched
     std::unique_ptr<QSocketNotifier> notifier_;

@@ -24,6 +24,7 @@ void CPartPictures::Clear()
 {
     pictures_.clear();
     wanted_.clear();
+    awaited_.clear();
 }
 
 void CPartPictures::SetSize(int side, qreal device_pixel_ratio)
@@ -42,14 +43,30 @@ QPixmap CPartPictures::Picture(const PartRow& row)
     }
     const auto found = std::find_if(std::begin(preferred_slots), std::end(preferred_slots),
                                     [&row](FileSlot slot) { return (row.slots & SetOf(slot)) != 0; });
-    const bool asked = std::any_of(wanted_.begin(), wanted_.end(), [&](const Wanted& it) { return it.part == row.id; });
-    if (found != std::end(preferred_slots) && !asked) {
-        wanted_.push_back({row.id, *found});
-        if (wanted_.size() > most_wanted) {
-            wanted_.erase(wanted_.begin());
-        }
+    if (found != std::end(preferred_slots) && !IsAskedFor(row.id)) {
+        Add(wanted_, {row.id, *found});
     }
     return {};
+}
+
+bool CPartPictures::IsAskedFor(PartId part) const
+{
+    const auto same = [part](const Wanted& it) { return it.part == part; };
+    return std::any_of(wanted_.begin(), wanted_.end(), same) || std::any_of(awaited_.begin(), awaited_.end(), same);
+}
+
+void CPartPictures::Add(std::vector<Wanted>& pictures, const Wanted& picture)
+{
+    pictures.push_back(picture);
+    if (pictures.size() > most_wanted) {
+        pictures.erase(pictures.begin());
+    }
+}
+
+void CPartPictures::TryAgain()
+{
+    wanted_.insert(wanted_.begin(), awaited_.begin(), awaited_.end());
+    awaited_.clear();
 }
 
 PartId CPartPictures::ReadNext(IPartLibrary& library)
@@ -59,7 +76,12 @@ PartId CPartPictures::ReadNext(IPartLibrary& library)
     }
     const Wanted next = wanted_.back();
     wanted_.pop_back();
-    const QPixmap picture = Fit(library.ReadFile(next.part, next.slot).value_or(QByteArray()));
+    const auto content = library.PictureAtHand(next.part, next.slot);
+    if (!content) {
+        Add(awaited_, next);
+        return 0;
+    }
+    const QPixmap picture = Fit(*content);
     // An empty one too, lest it be asked for again.
     pictures_.insert(next.part, new QPixmap(picture), std::max(1, picture.width() * picture.height()));
     return next.part;

@@ -1,5 +1,5 @@
-// Small pictures of parts for the list: read one at a time between events, for rows that are shown, and kept for the
-// last few hundred parts, fewer of large ones.
+// Small pictures of parts for the list: taken one at a time between events, for rows that are shown, and kept for the
+// last few hundred parts, fewer of large ones. What is still to come over a line is not waited for.
 #pragma once
 
 #include "partlibrary/library/part_library.h"
@@ -23,8 +23,10 @@ public:
     [[nodiscard]] QPixmap Picture(const PartRow& row);
 
     [[nodiscard]] bool HasWork() const { return !wanted_.empty(); }
-    // Reads the picture that was asked for last. The part that it belongs to; 0: there was none.
+    // Takes the picture that was asked for last, where it is at hand. The part that it belongs to; 0: there is none.
     PartId ReadNext(IPartLibrary& library);
+    // Some of those that were not at hand may have come.
+    void TryAgain();
 
 private:
     struct Wanted {
@@ -32,10 +34,13 @@ private:
         FileSlot slot;
     };
 
+    static void Add(std::vector<Wanted>& pictures, const Wanted& picture);
+    [[nodiscard]] bool IsAskedFor(PartId part) const;
     [[nodiscard]] QPixmap Fit(const QByteArray& content) const;
 
     QCache<PartId, QPixmap> pictures_;
     std::vector<Wanted> wanted_;
+    std::vector<Wanted> awaited_; // they were not at hand
     int side_ = 0;
     qreal scale_ = 1;
 };

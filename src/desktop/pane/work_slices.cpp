@@ -28,6 +28,12 @@ void CWorkSlices::Start()
     }
 }
 
+void CWorkSlices::TakePictures()
+{
+    pictures_.TryAgain();
+    Start();
+}
+
 void CWorkSlices::Search(const QString& text)
 {
     search_ = text;

@@ -20,6 +20,7 @@ public:
 
     [[nodiscard]] bool HasWork() const;
     void Start();
+    void TakePictures();              // some that were to come may be there
     void Search(const QString& text); // waits for its slice; a later text takes its place
     void ForgetSearch() { search_.reset(); }
 

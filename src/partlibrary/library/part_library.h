@@ -161,6 +161,13 @@ public:
     [[nodiscard]] virtual int ChangeSocket() const { return -1; }
     // Parts whose rows and pictures will be asked for soon, for a library that can have them at hand by then.
     virtual void ReadAhead(std::span<const PartId> /*parts*/) {}
+    // A picture as far as it is on this machine; empty where the part has none, or it cannot be read. Nothing where it
+    // is still to come, which is then seen to: when it is worth asking again PicturesCame tells, once.
+    [[nodiscard]] virtual std::optional<QByteArray> PictureAtHand(PartId part, FileSlot slot)
+    {
+        return ReadFile(part, slot).value_or(QByteArray());
+    }
+    [[nodiscard]] virtual bool PicturesCame() { return false; }
 
     // Hands over the files in `slots` that the part has, all of one state. False on an error, on content that is not
     // what was stored, and when the sink has a problem: what was handed over is then worth nothing.

@@ -43,6 +43,11 @@ public:
     [[nodiscard]] bool LookForChange() override { return watch_.Look(); }
     [[nodiscard]] int ChangeSocket() const override { return watch_.Socket(); }
     void ReadAhead(std::span<const PartId> parts) override { watch_.Want(parts); }
+    [[nodiscard]] std::optional<QByteArray> PictureAtHand(PartId part, FileSlot slot) override
+    {
+        return watch_.Picture(part, slot);
+    }
+    [[nodiscard]] bool PicturesCame() override { return watch_.TakeArrival(); }
     [[nodiscard]] LibraryPlace Place() const override { return connection_->State(); }
     [[nodiscard]] const QByteArray& Id() const override { return connection_->Id(); }
     [[nodiscard]] qint64 Refused() const override { return static_cast<qint64>(refused_.size()); }

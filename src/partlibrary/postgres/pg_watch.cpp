@@ -1,6 +1,5 @@
 #include "partlibrary/postgres/pg_watch.h"
 
-#include "partlibrary/library/content_hash.h"
 #include "partlibrary/postgres/pg_problem.h"
 #include "partlibrary/postgres/pg_waits.h"
 
@@ -17,10 +16,6 @@ constexpr std::chrono::seconds between_revisions{1};
 constexpr std::chrono::seconds between_connections{2};
 constexpr int most_results = 24; // at one look
 constexpr std::size_t most_questions = 8;
-constexpr std::ptrdiff_t rows_together = 256;
-constexpr qint64 largest_picture = 2 << 20;
-constexpr qint64 most_ahead_bytes = 16 << 20;
-constexpr FileSlot pictures[] = {FileSlot::Bent, FileSlot::Flat, FileSlot::Png};
 
 bool IsReady(int socket, short events)
 {
@@ -36,7 +31,7 @@ bool IsLongAgo(std::chrono::steady_clock::time_point when)
 } // namespace
 
 CPgWatch::CPgWatch(std::shared_ptr<CPgConnection> main, CPgAtHand& at_hand)
-    : main_(std::move(main)), at_hand_(at_hand), connection_(nullptr, CPqFinish{&main_->Driver()}),
+    : main_(std::move(main)), pictures_(at_hand), connection_(nullptr, CPqFinish{&main_->Driver()}),
       revision_(main_->Revision())
 {
 }
@@ -126,6 +121,7 @@ void CPgWatch::Close()
     connection_.reset();
     state_ = State::Closed;
     questions_.clear();
+    pictures_.LoseAnswers();
     closed_ = Clock::now();
 }
 
@@ -150,10 +146,14 @@ void CPgWatch::Ask(const CSql& statement, Question question)
     }
 }
 
-void CPgWatch::Want(std::span<const PartId> parts)
+// What comes is for the next look.
+std::optional<QByteArray> CPgWatch::Picture(PartId part, FileSlot slot)
 {
-    wanted_.assign(parts.begin(), parts.end());
-    room_ = most_ahead_bytes;
+    auto content = pictures_.Picture(part, slot);
+    if (!content && state_ == State::Open) {
+        AskForMore();
+    }
+    return content;
 }
 
 void CPgWatch::AskForMore()
@@ -167,49 +167,13 @@ void CPgWatch::AskForMore()
         asked_for_revision_ = now;
         Ask(CSql("SELECT revision, mark FROM partkeep_library"), {Asked::Revision, {}});
     }
-    if (at_hand_.Cache() == nullptr || asks(Asked::Rows)) {
-        return;
-    }
-    while (!wanted_.empty() && questions_.size() < most_questions && state_ == State::Open) {
-        if (at_hand_.Find(wanted_.front()) == nullptr) {
-            AskForRows();
+    while (questions_.size() < most_questions && state_ == State::Open) {
+        const auto next = pictures_.Next();
+        if (!next) {
             return;
         }
-        if (!AskForPictureOf(wanted_.front())) {
-            wanted_.pop_front();
-        }
+        Ask(next->sql, {next->picture ? Asked::Picture : Asked::Rows, next->picture});
     }
-}
-
-void CPgWatch::AskForRows()
-{
-    std::vector<PartId> parts;
-    for (auto part = wanted_.begin(); part != wanted_.end() && std::ssize(parts) < rows_together; ++part) {
-        if (at_hand_.Find(*part) == nullptr) {
-            parts.push_back(*part);
-        }
-    }
-    Ask(CPgAtHand::Statement(parts), {Asked::Rows, {}});
-}
-
-// One that is neither kept nor asked for yet. False when there is no more of this part.
-bool CPgWatch::AskForPictureOf(PartId part)
-{
-    for (const PartFile& file : at_hand_.Find(part)->files) {
-        const bool picture = std::find(std::begin(pictures), std::end(pictures), file.slot) != std::end(pictures);
-        const bool asked = std::any_of(questions_.begin(), questions_.end(),
-                                       [&](const Question& it) { return it.file && it.file->hash == file.hash; });
-        if (!picture || asked || file.bytes > std::min(largest_picture, room_) ||
-            at_hand_.Cache()->Has(file.hash, file.bytes)) {
-            continue;
-        }
-        room_ -= file.bytes;
-        CSql sql("SELECT piece.data FROM part_file JOIN piece ON piece.content = part_file.content WHERE part = ");
-        sql.Value(part).Add(" AND slot = ").Value(static_cast<std::int32_t>(file.slot));
-        Ask(sql.Add(" AND hash = ").Value(file.hash).Add(" ORDER BY nr"), {Asked::Picture, file});
-        return true;
-    }
-    return false;
 }
 
 // Answers.
@@ -259,13 +223,12 @@ void CPgWatch::Take(const CPgResult& result)
     const bool rows = result.Status() == PGRES_TUPLES_OK;
     if (rows && question.asked == Asked::Revision) {
         TakeRevision(result);
-    } else if (rows && question.asked == Asked::Rows) {
-        at_hand_.Take(result);
-        std::erase_if(wanted_, [this](PartId part) { return at_hand_.Find(part) == nullptr; }); // it has gone
-    } else if (rows && question.file) {
-        TakePicture(result, *question.file);
     } else if (question.asked == Asked::Revision) {
         MissRevision(result);
+    } else if (question.asked == Asked::Rows) {
+        pictures_.TakeRows(result);
+    } else if (question.picture) {
+        pictures_.TakePicture(result, *question.picture);
     }
 }
 
@@ -294,23 +257,7 @@ void CPgWatch::TakeRevision(const CPgResult& result)
     }
     changed_ = changed_ || answers_again || revision_ != told || result.Bytes(0, 1) != main_->Id();
     revision_ = told;
-    at_hand_.Confirm(told);
-}
-
-void CPgWatch::TakePicture(const CPgResult& result, const PartFile& file)
-{
-    CContentHash sum;
-    const auto kept = at_hand_.Cache()->Begin(file.bytes);
-    for (int row = 0; row < result.Rows(); ++row) {
-        const std::string_view piece = result.Raw(row, 0);
-        sum.Add(piece);
-        if (kept != nullptr) {
-            kept->Add({piece.data(), piece.size()});
-        }
-    }
-    if (kept != nullptr && sum.Hash() == file.hash) {
-        kept->Keep(file.hash);
-    }
+    pictures_.Confirm(told);
 }
 
 } // namespace partkeep

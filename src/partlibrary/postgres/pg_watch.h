@@ -5,8 +5,8 @@
 // gone tells nothing: the revision is asked for each second besides.
 #pragma once
 
-#include "partlibrary/postgres/pg_at_hand.h"
 #include "partlibrary/postgres/pg_connection.h"
+#include "partlibrary/postgres/pg_pictures.h"
 #include "partlibrary/postgres/pg_start.h"
 
 #include <chrono>
@@ -27,8 +27,9 @@ public:
     bool Look();
     [[nodiscard]] int Socket() const; // where an answer comes; -1: none is waited for
 
-    // Takes the place of what was wanted before; the first ones first.
-    void Want(std::span<const PartId> parts);
+    void Want(std::span<const PartId> parts) { pictures_.Want(parts); }
+    [[nodiscard]] std::optional<QByteArray> Picture(PartId part, FileSlot slot);
+    [[nodiscard]] bool TakeArrival() { return pictures_.TakeArrival(); }
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -36,7 +37,7 @@ private:
     enum class Asked { Setting, Revision, Rows, Picture };
     struct Question {
         Asked asked;
-        std::optional<PartFile> file; // a picture
+        std::optional<PartFile> picture;
     };
 
     void Start();
@@ -49,22 +50,17 @@ private:
     void Receive();
     void Take(const CPgResult& result);
     void TakeRevision(const CPgResult& result);
-    void TakePicture(const CPgResult& result, const PartFile& file);
     void TakeNotices();
     void AskForMore();
-    void AskForRows();
-    bool AskForPictureOf(PartId part);
     [[nodiscard]] bool IsOverdue() const;
 
     std::shared_ptr<CPgConnection> main_;
-    CPgAtHand& at_hand_;
+    CPgPictures pictures_;
     std::optional<CPgStart> start_; // while it is connecting
     PqConnection connection_;
     State state_ = State::Closed;
     std::deque<Question> questions_; // asked, and not answered to their end
-    std::deque<PartId> wanted_;
     std::optional<qint64> revision_;
-    qint64 room_ = 0; // for what is wanted, in bytes
     bool noticed_ = false;
     bool changed_ = false;
     bool misses_revision_ = false; // which has been told
