@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <functional>
 #include <random>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -166,11 +167,70 @@ TEST_F(ContentCache, WhatWasUsedLastStays)
     EXPECT_GE(OnDisk(folder_), 1 << 21);
 }
 
+// PARTKEEP_CACHE_ROUNDS=10000 for a long run of those below.
+int Rounds(int usual)
+{
+    const char* const asked = std::getenv("PARTKEEP_CACHE_ROUNDS");
+    return asked != nullptr ? std::atoi(asked) : usual;
+}
+
+// Into an empty cache and into a full one by turns, while another process reads.
+TEST_F(ContentCache, AWriterKilledAtAnyOfItsChangesLeavesNothingWrong)
+{
+    constexpr int limit = 3 << 20;
+    const pid_t reader = fork();
+    if (reader == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        for (unsigned number = 0;; ++number) {
+            CContentCache cache({folder_, limit});
+            if (Get(cache, Content(number % 60), target_ + "-reader") < 0) {
+                _exit(1);
+            }
+        }
+    }
+    int killed = 0;
+    for (unsigned series = 0; series < 2 || killed < Rounds(0); ++series) {
+        const auto write = [&] {
+            CContentCache cache({folder_, limit});
+            for (unsigned number = series; number < series + 4; ++number) {
+                Put(cache, Content(number * 5 % 60));
+            }
+            return Get(cache, Content((series + 3) * 5 % 60), target_) == 1;
+        };
+        CContentCache cache({folder_, limit});
+        for (unsigned number = 0; series % 2 == 1 && number < 60; ++number) {
+            Put(cache, Content(number));
+        }
+        Ended ended = Ended::Killed;
+        for (int place = 1; ended == Ended::Killed; ++place, ++killed) {
+            SCOPED_TRACE(testing::Message() << "series " << series << ", change " << place);
+            if (series % 2 == 0) {
+                fs::remove_all(folder_);
+            } else {
+                WriteBytes(folder_ + "/total", std::to_string(limit) + '\n');
+            }
+            ended = KillAtChange(place, write);
+            for (auto number = unsigned(place % 5); number < 60; number += 5) {
+                ASSERT_GE(Get(cache, Content(number), target_), 0);
+            }
+            ASSERT_LE(fs::exists(folder_) ? OnDisk(folder_) : 0, limit / 20 * 21);
+            ASSERT_TRUE(write()) << "as if nobody had been killed";
+        }
+        --killed;
+        ASSERT_EQ(ended, Ended::Well);
+    }
+    int status = 0;
+    kill(reader, SIGKILL);
+    waitpid(reader, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status)) << "the other process was given wrong bytes";
+    EXPECT_GT(killed, 40);
+    RecordProperty("killed", killed);
+}
+
 // Processes that put and get at the same time, and are killed at any moment.
 TEST_F(ContentCache, WhoeverIsKilledNoWrongByteIsGiven)
 {
-    const char* const asked = std::getenv("PARTKEEP_CACHE_ROUNDS");
-    const int rounds = asked != nullptr ? std::atoi(asked) : 150;
+    const int rounds = Rounds(150);
     std::mt19937 random(5);
     CContentCache cache({folder_, 3 << 20});
     for (int round = 0; round < rounds; ++round) {

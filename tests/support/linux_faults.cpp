@@ -1,14 +1,18 @@
 #include "tests/support/linux_faults.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <fstream>
 #include <grp.h>
+#include <iterator>
 #include <linux/capability.h>
 #include <sched.h>
 #include <sys/mman.h>
 #include <sys/mount.h>
+#include <sys/ptrace.h>
 #include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -112,6 +116,27 @@ void DropPrivileges()
     Require(CanOwnForOthers() ? BecomeNobody() : syscall(SYS_capset, &header, none) == 0, "privileges");
 }
 
+constexpr std::uint64_t changes[] = {
+    SYS_write,    SYS_pwrite64, SYS_ftruncate, SYS_renameat2, SYS_linkat,
+    SYS_unlinkat, SYS_mkdirat,  SYS_utimensat, SYS_ioctl,     SYS_copy_file_range,
+#ifdef SYS_renameat // some, and the next ones, only older processors have
+    SYS_renameat,
+#endif
+#ifdef SYS_unlink
+    SYS_unlink,   SYS_rename,   SYS_link,      SYS_mkdir,     SYS_rmdir,
+#endif
+};
+
+// Of a child that stands at a call of the system.
+bool IsChange(pid_t child)
+{
+    __ptrace_syscall_info call{};
+    Require(ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof call, &call) > 0, "look at a child");
+    const bool makes_file = call.entry.nr == SYS_openat && (call.entry.args[2] & O_CREAT) != 0;
+    return call.op == PTRACE_SYSCALL_INFO_ENTRY &&
+           (makes_file || std::find(std::begin(changes), std::end(changes), call.entry.nr) != std::end(changes));
+}
+
 } // namespace
 
 bool CanMount()
@@ -191,6 +216,29 @@ bool RunWithoutPrivileges(const std::function<bool()>& action)
         DropPrivileges();
         return action();
     });
+}
+
+Ended KillAtChange(int place, const std::function<bool()>& action)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0) {
+            raise(SIGSTOP);
+        }
+        _exit(action() ? 0 : 1);
+    }
+    int status = 0;
+    Require(waitpid(child, &status, 0) == child && WIFSTOPPED(status) &&
+                ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL) == 0,
+            "watch a child");
+    for (int made = 0; WIFSTOPPED(status);) {
+        made += WSTOPSIG(status) == (SIGTRAP | 0x80) && IsChange(child) ? 1 : 0;
+        Require((made == place ? kill(child, SIGKILL)
+                               : static_cast<int>(ptrace(PTRACE_SYSCALL, child, nullptr, nullptr))) == 0,
+                "lead a child");
+        Require(waitpid(child, &status, 0) == child, "wait for a child");
+    }
+    return WIFSIGNALED(status) ? Ended::Killed : WEXITSTATUS(status) == 0 ? Ended::Well : Ended::Badly;
 }
 
 } // namespace partkeep

@@ -57,4 +57,11 @@ void GiveToUnprivilegedUser(const std::filesystem::path& path);
 // Runs `action` in a child process that no permission is waived for, and gives its result.
 [[nodiscard]] bool RunWithoutPrivileges(const std::function<bool()>& action);
 
+// How a child process ended that runs `action`, whose result is whether it went well.
+enum class Ended { Well, Badly, Killed };
+
+// Runs it in a child process that is killed as it comes to its `place`-th change of a file system, from 1 on. A system
+// that does not let a process be watched throws.
+[[nodiscard]] Ended KillAtChange(int place, const std::function<bool()>& action);
+
 } // namespace partkeep
