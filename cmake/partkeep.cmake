@@ -25,7 +25,9 @@ if(PARTKEEP_SANITIZE)
   target_link_options(partkeep_settings_for_all INTERFACE -fsanitize=address,undefined)
 endif()
 if(PARTKEEP_COVERAGE) # in place of the fuzzer's own counters, whose runtime only its targets have
-  target_compile_options(partkeep_settings_for_all INTERFACE -fprofile-instr-generate -fcoverage-mapping)
+  # The counters stand in the file all the time, so that a process that is killed has told what it ran too.
+  target_compile_options(partkeep_settings_for_all INTERFACE
+    -fprofile-instr-generate -fcoverage-mapping "SHELL:-mllvm -runtime-counter-relocation")
   target_link_options(partkeep_settings_for_all INTERFACE -fprofile-instr-generate)
 elseif(PARTKEEP_FUZZ)
   target_compile_options(partkeep_settings_for_all INTERFACE -fsanitize=fuzzer-no-link)

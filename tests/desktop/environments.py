@@ -146,7 +146,8 @@ def run(number, label, kind, environment, expected, component="whole", before=No
     work.mkdir()
     work.chmod(0o777)
     # What toolkits keep until the process ends is no matter of this table.
-    base = {"PATH": os.environ["PATH"], "HOME": str(place), "XDG_CONFIG_HOME": str(place / "config"),
+    kept = {name: os.environ[name] for name in ("PATH", "LLVM_PROFILE_FILE") if name in os.environ}
+    base = {**kept, "HOME": str(place), "XDG_CONFIG_HOME": str(place / "config"),
             "ASAN_OPTIONS": "detect_leaks=0"}
     with open(work / "err", "wb") as errors, open(work / "out", "wb") as output:
         process = subprocess.Popen(
