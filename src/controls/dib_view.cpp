@@ -82,8 +82,7 @@ bool IsRunLengthCoded(const DibFigures& figures)
 bool RunLengthFits(const DibFigures& figures, std::size_t available)
 {
     const auto pixels = static_cast<std::uint64_t>(figures.width) * static_cast<std::uint64_t>(figures.height);
-    return !figures.top_down && pixels <= max_run_length_pixels && figures.image_bytes != 0 &&
-           figures.image_bytes <= available;
+    return !figures.top_down && pixels <= max_run_length_pixels && figures.image_bytes <= available;
 }
 
 // 0 when they do not fit.

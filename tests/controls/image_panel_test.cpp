@@ -1,5 +1,6 @@
 #include "controls/image_panel.h"
 
+#include "controls/dib_helpers.h"
 #include "tests/support/dib_sample.h"
 #include "tests/support/scripted_window.h"
 
@@ -14,7 +15,7 @@ TEST(ImagePanel, PaintsImageOrBackground)
     CImagePanel panel;
     EXPECT_EQ(panel.SetImage(nullptr), 1) << "without window";
     panel.Attach(window.CreatePanel(RES_IMAGE_PANEL, {5, 9, 16, 16}));
-    const SampleFile file = MakeSampleFile(DibSamples()[13]); // top-down
+    const SampleFile file = MakeSampleFile({.height = -7});
     const TestBlock whole(file.bytes);
     const TestBlock cut(std::span(file.bytes).first(file.bytes.size() - 1));
     const std::string background = "FillSolidRect 0 0 11 7 271";
@@ -30,6 +31,35 @@ TEST(ImagePanel, PaintsImageOrBackground)
     // Taking the image away repaints nothing.
     EXPECT_EQ(recorder.lines, Steps("101: CreatePanel 65535 5,9,16,16; 101: panel 1 Invalidate on; "
                                     "101: panel 1 Invalidate on"));
+}
+
+TEST(ImagePanel, ShowsEveryFormItsPictureOrBackground)
+{
+    Recorder recorder;
+    CScriptedWindows windows(recorder);
+    CScriptedWindow window(windows, selection_dialog_template);
+    CImagePanel panel;
+    panel.Attach(window.CreatePanel(RES_IMAGE_PANEL, {5, 9, 16, 16}));
+    constexpr Rect client{0, 0, 11, 7};
+    ForEachForm([&](const DibForm& form, bool drawn) {
+        SCOPED_TRACE(form.Label());
+        SampleFile file = MakeSampleFile(form);
+        const TestBlock block(file.bytes);
+        panel.SetImage(block.handle);
+        RasterContext raster(client.right, client.bottom);
+        window.controls[-1].painter(raster);
+        ASSERT_EQ(raster.calls.back().starts_with("FillSolidRect 0 0 "), !drawn);
+        for (int y = 0; y < client.bottom; ++y) {
+            for (int x = 0; x < client.right; ++x) {
+                const int column = (2 * x + 1) * file.picture.width / (2 * client.right);
+                const int row = (2 * y + 1) * file.picture.height / (2 * client.bottom);
+                ASSERT_EQ(raster.canvas.At(x, y), drawn ? file.picture.At(column, row) : untouched) << x << ' ' << y;
+            }
+        }
+        RasterContext direct(1, 1);
+        EXPECT_EQ(PaintDIB(direct, &client, block.handle, &client, nullptr) != 0, drawn);
+        EXPECT_EQ(direct.calls.empty(), !drawn);
+    });
 }
 
 } // namespace

@@ -10,7 +10,7 @@ namespace {
 
 TEST(CQtDeviceContext, ShowsEverySamplePixelForPixel)
 {
-    ExpectShowsAsRaster(DibSamples(), [](int width, int height, const std::function<void(IDeviceContext&)>& paint) {
+    ExpectShowsAsRaster(DrawnForms(), [](int width, int height, const std::function<void(IDeviceContext&)>& paint) {
         QImage image(width, height, QImage::Format_ARGB32_Premultiplied);
         image.fill(0);
         QPainter painter(&image);
@@ -35,7 +35,7 @@ TEST(CQtDeviceContext, ResultsAndEdges)
     QPainter painter(&image);
     painter.translate(4, 4);
     CQtDeviceContext context(painter);
-    const SampleFile file = MakeSampleFile(DibSamples()[4]);
+    const SampleFile file = MakeSampleFile({});
     const DibView view = file.View();
     Picture picture = DecodePlainly(view);
     constexpr int far = 0x7FFFFFFF;

@@ -5,83 +5,308 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
 #include <random>
 
 namespace partkeep {
 
 namespace {
 
-using enum DibCompression;
+constexpr std::int64_t rle8 = 1;
+constexpr std::int64_t rle4 = 2;
+constexpr std::int64_t bit_fields = 3;
 
-constexpr std::array samples{
-    DibSample{"1 bit", 1},
-    DibSample{"4 bits", 4},
-    DibSample{"8 bits", 8},
-    DibSample{"16 bits", 16},
-    DibSample{"24 bits", 24},
-    DibSample{"32 bits", 32},
-    DibSample{"core, 1 bit", 1, 12},
-    DibSample{"core, 4 bits", 4, 12},
-    DibSample{"core, 8 bits", 8, 12},
-    DibSample{"core, 16 bits", 16, 12},
-    DibSample{"core, 24 bits", 24, 12},
-    DibSample{"core, 32 bits", 32, 12},
-    DibSample{"top-down, 1 bit", 1, 40, -7},
-    DibSample{"top-down, 24 bits", 24, 40, -7},
-    DibSample{"five colours of 4 bits", 4, 40, 7, None, {}, 5},
-    DibSample{"24 bits with a table", 24, 40, 7, None, {}, 9},
-    DibSample{"masks 5 6 5", 16, 40, 7, BitFields, {0xF800, 0x7E0, 0x1F}},
-    DibSample{"masks 4 4 4, top-down", 16, 40, -7, BitFields, {0xF00, 0xF0, 0xF}},
-    DibSample{"masks of swapped bytes", 32, 40, 7, BitFields, {0xFF, 0xFF00, 0xFF0000}},
-    DibSample{"masks of ten bits", 32, 40, 7, BitFields, {0x3FF00000, 0xFFC00, 0x3FF}},
-    DibSample{"runs of 4 bits", 4, 40, 7, Rle4},
-    DibSample{"runs of 8 bits", 8, 40, 7, Rle8},
-    DibSample{"masks 3 2 1", 16, 40, 7, BitFields, {0xE00, 0x30, 0x1}},
+const struct {
+    std::int64_t header_bytes;
+    std::int64_t compression;
+    std::vector<std::int64_t> depths;
+} drawn_kinds[] = {
+    {12, 0, {1, 4, 8, 16, 24, 32}}, {40, 0, {1, 4, 8, 16, 24, 32}}, {40, rle8, {8}}, {40, rle4, {4}},
+    {40, bit_fields, {16, 32}},
 };
 
-void AppendRandom(std::vector<std::byte>& bytes, std::size_t count, std::mt19937& random)
+const struct {
+    std::int64_t bits;
+    std::array<std::uint32_t, 3> masks;
+} mask_kinds[] = {
+    {16, {0xF800, 0x7E0, 0x1F}},        {16, {0xF00, 0xF0, 0xF}}, {32, {0xFF, 0xFF00, 0xFF0000}},
+    {32, {0x3FF00000, 0xFFC00, 0x3FF}}, {16, {0xE00, 0x30, 0x1}}, // the last one: not every device fills eight bits
+                                                                  // from fewer than four
+};
+
+const struct {
+    std::int64_t DibForm::*field;
+    std::vector<std::int64_t> values;
+} edges[] = {
+    {&DibForm::header_bytes, {0, 11, 13, 16, 39, 41, 52, 56, 64, 108, 124, 0x7FFFFFFF, 0xFFFFFFFF}},
+    {&DibForm::bits, {0, 1, 2, 4, 7, 8, 15, 16, 24, 31, 32, 33, 64, 0x101}},
+    {&DibForm::compression, {0, 1, 2, 3, 4, 5, 6, 0xFFFFFFFF}},
+    {&DibForm::width, {1, 0, -1, -11, 0x40000000, 0x40000001, 0x7FFFFFFF, 0x80000000}}, // rows of 2^32 bytes among them
+    {&DibForm::height, {1, 0, -1, -7, 9, 0x1000000, 0x7FFFFFFF, 0x80000000}},
+    {&DibForm::planes, {0, 2, 0x101}},
+    {&DibForm::image_bytes, {0, 0x10000, 0xFFFFFFFF}},
+    {&DibForm::colors_used, {1, 2, 256, 257, 0x4001, 0xFFFF, 0x10002, 0xFFFF0000, 0xFFFFFFFF}},
+};
+
+bool IsCore(const DibForm& form)
 {
-    std::generate_n(std::back_inserter(bytes), count, [&random] { return static_cast<std::byte>(random()); });
+    return form.header_bytes == dib_core_header_bytes;
 }
 
-void AppendPixels(std::vector<std::byte>& bytes, const DibSample& sample, std::mt19937& random)
+bool IsCoded(const DibForm& form)
 {
-    const auto rows = static_cast<std::size_t>(std::abs(sample.height));
-    if (sample.compression != Rle4 && sample.compression != Rle8) {
-        AppendRandom(bytes, (DibSample::width * sample.bits + 31U) / 32 * 4 * rows, random);
-        return;
-    }
-    // Each row: three pixels one by one, then a run to the row's end.
-    for (std::size_t row = 0; row < rows; ++row) {
-        bytes.insert(bytes.end(), {std::byte{0}, std::byte{3}});
-        AppendRandom(bytes, sample.bits == 4 ? 2 : 4, random);
-        bytes.insert(bytes.end(), {std::byte{DibSample::width - 3}, std::byte{9}, std::byte{0}, std::byte{0}});
-    }
+    return !IsCore(form) && form.bits <= 8 && (form.compression == rle8 || form.compression == rle4);
 }
 
-void PutHeader(SampleFile& file, const DibSample& sample)
+bool HasMasks(const DibForm& form)
 {
-    const bool core = sample.header_bytes == dib_core_header_bytes;
-    file.Put(0, sample.header_bytes);
-    file.Put(4, DibSample::width);
-    core ? file.Put(6, static_cast<std::uint16_t>(sample.height)) : file.Put(8, sample.height);
-    file.Put(core ? 8 : 12, std::uint16_t{1});
-    file.Put(core ? 10 : 14, sample.bits);
-    if (!core) {
-        file.Put(16, sample.compression);
-        file.Put(20, static_cast<std::uint32_t>(file.bytes.size() - file.pixel_offset));
-        file.Put(32, sample.colors_used);
-    }
-    if (sample.compression == BitFields) {
-        file.Put(40, sample.masks);
-    }
+    return !IsCore(form) && form.compression == bit_fields;
 }
+
+std::int64_t TableEntries(const DibForm& form)
+{
+    const std::int64_t told = IsCore(form) ? 0 : form.colors_used;
+    return told == 0 && form.bits <= 8 ? std::int64_t{1} << form.bits : told;
+}
+
+std::int64_t EntryBytes(const DibForm& form)
+{
+    return IsCore(form) ? 3 : 4;
+}
+
+// Cut to 16 bits, as those who read the header count.
+std::uint16_t TableBytes(const DibForm& form)
+{
+    return static_cast<std::uint16_t>(static_cast<std::uint16_t>(TableEntries(form)) * EntryBytes(form));
+}
+
+bool IsDrawnKind(const DibForm& form)
+{
+    return std::any_of(std::begin(drawn_kinds), std::end(drawn_kinds), [&form](const auto& kind) {
+        return kind.header_bytes == form.header_bytes && (IsCore(form) || kind.compression == form.compression) &&
+               std::count(kind.depths.begin(), kind.depths.end(), form.bits) != 0;
+    });
+}
+
+// No file here has more than 64 columns or rows, whatever its header tells.
+bool IsDrawn(const DibForm& form)
+{
+    const bool extents = form.width > 0 && form.width <= 64 && form.height != 0 && std::abs(form.height) <= 64;
+    const bool rows = form.height > 0 || (!IsCore(form) && !IsCoded(form));
+    const bool coded = !IsCoded(form) || form.image_bytes == -1;
+    const bool table = TableBytes(form) >= std::min<std::int64_t>(TableEntries(form), 256) * EntryBytes(form);
+    return IsDrawnKind(form) && extents && rows && coded && table && form.planes == 1;
+}
+
+class FormWriter {
+public:
+    explicit FormWriter(const DibForm& form)
+        : form_(form), random_(static_cast<unsigned>(form.bits)),
+          columns_(form.width > 0 && form.width <= 64 ? static_cast<int>(form.width) : 11),
+          rows_(std::abs(form.height) <= 64 ? static_cast<int>(std::abs(form.height)) : 7)
+    {
+    }
+
+    SampleFile Write()
+    {
+        file_.picture = Picture(columns_, rows_);
+        const auto laid_out = std::clamp<std::int64_t>(form_.header_bytes, IsCore(form_) ? 12 : 40, 124);
+        file_.bytes.resize(dib_file_header_bytes + static_cast<std::size_t>(laid_out));
+        AppendRandom(HasMasks(form_) ? 12 : 0);
+        AppendTable();
+        file_.pixel_offset = file_.bytes.size();
+        IsCoded(form_) ? AppendRuns() : AppendRows();
+        PutHeader();
+        return std::move(file_);
+    }
+
+private:
+    void AppendRandom(std::size_t count)
+    {
+        std::generate_n(std::back_inserter(file_.bytes), count, [this] { return static_cast<std::byte>(random_()); });
+    }
+
+    void AppendTable()
+    {
+        const auto entry_bytes = static_cast<std::size_t>(EntryBytes(form_));
+        std::size_t at = file_.bytes.size();
+        AppendRandom(TableBytes(form_));
+        for (; at + entry_bytes <= file_.bytes.size() && table_.size() < 256; at += entry_bytes) {
+            table_.push_back(Little(at, 3));
+        }
+    }
+
+    [[nodiscard]] std::uint32_t Little(std::size_t at, std::size_t count) const
+    {
+        std::uint32_t value = 0;
+        for (std::size_t byte = 0; byte < count; ++byte) {
+            value |= std::to_integer<std::uint32_t>(file_.bytes[at + byte]) << (8 * byte);
+        }
+        return value;
+    }
+
+    void AppendRows()
+    {
+        const auto row_bytes = static_cast<std::size_t>((columns_ * form_.bits + 31) / 32 * 4);
+        for (int stored = 0; stored < rows_; ++stored) {
+            const std::size_t begin = file_.bytes.size();
+            AppendRandom(row_bytes);
+            for (int column = 0; column < columns_ && form_.bits <= 32; ++column) {
+                file_.picture.At(column, form_.height < 0 ? stored : rows_ - 1 - stored) = Shown(begin, column);
+            }
+        }
+    }
+
+    [[nodiscard]] std::uint32_t Shown(std::size_t row, int column) const
+    {
+        const auto bits = static_cast<std::size_t>(form_.bits);
+        const std::size_t first = static_cast<std::size_t>(column) * bits;
+        if (bits > 8) {
+            return Deep(Little(row + first / 8, bits / 8));
+        }
+        const auto byte = std::to_integer<std::uint32_t>(file_.bytes[row + first / 8]);
+        return FromTable(byte >> ((64 - first % 8 - bits) % 8) & ((1U << bits) - 1));
+    }
+
+    [[nodiscard]] std::uint32_t FromTable(std::uint32_t number) const
+    {
+        return number < table_.size() ? table_[number] : 0;
+    }
+
+    [[nodiscard]] std::uint32_t Deep(std::uint32_t value) const
+    {
+        std::array<std::uint32_t, 3> masks{0xFF0000, 0xFF00, 0xFF};
+        masks = form_.bits == 16 ? std::array<std::uint32_t, 3>{0x7C00, 0x3E0, 0x1F} : masks;
+        masks = HasMasks(form_) ? form_.masks : masks;
+        std::uint32_t color = 0;
+        for (const std::uint32_t mask : masks) {
+            color = color << 8 | Share(value, mask);
+        }
+        return color;
+    }
+
+    // Eight bits, by repeating those that there are.
+    static std::uint32_t Share(std::uint32_t value, std::uint32_t mask)
+    {
+        const int width = std::popcount(mask);
+        const std::uint64_t share = mask == 0 ? 0 : (value & mask) >> std::countr_zero(mask);
+        std::uint64_t repeated = share;
+        int count = width;
+        for (; mask != 0 && count < 8; count += width) {
+            repeated = repeated << width | share;
+        }
+        return static_cast<std::uint32_t>(repeated >> std::max(0, count - 8)) & 0xFF;
+    }
+
+    // Each row: three pixels one by one, where there are more, then a run to the row's end.
+    void AppendRuns()
+    {
+        for (int row = rows_; row-- > 0;) {
+            int column = 0;
+            if (columns_ > 3) {
+                file_.bytes.insert(file_.bytes.end(), {std::byte{0}, std::byte{3}});
+                const std::size_t begin = file_.bytes.size();
+                AppendRandom(form_.bits == 4 ? 2 : 4);
+                for (; column < 3; ++column) {
+                    file_.picture.At(column, row) = Shown(begin, column);
+                }
+            }
+            file_.bytes.insert(file_.bytes.end(), {static_cast<std::byte>(columns_ - column), std::byte{0x29}, {}, {}});
+            for (int begin = column; column < columns_; ++column) {
+                const bool odd = (column - begin) % 2 != 0;
+                file_.picture.At(column, row) = FromTable(form_.bits == 8 ? 0x29 : odd ? 9 : 2);
+            }
+        }
+    }
+
+    void PutHeader()
+    {
+        file_.Put(0, static_cast<std::uint32_t>(form_.header_bytes));
+        if (IsCore(form_)) {
+            const std::int64_t fields[] = {form_.width, form_.height, form_.planes, form_.bits};
+            for (std::size_t at = 0; at < 4; ++at) {
+                file_.Put(4 + 2 * at, static_cast<std::uint16_t>(fields[at]));
+            }
+            return;
+        }
+        const auto there = static_cast<std::int64_t>(file_.bytes.size() - file_.pixel_offset);
+        file_.Put(4, static_cast<std::int32_t>(form_.width));
+        file_.Put(8, static_cast<std::int32_t>(form_.height));
+        file_.Put(12, static_cast<std::uint16_t>(form_.planes));
+        file_.Put(14, static_cast<std::uint16_t>(form_.bits));
+        file_.Put(16, static_cast<std::uint32_t>(form_.compression));
+        file_.Put(20, static_cast<std::uint32_t>(form_.image_bytes == -1 ? there : form_.image_bytes));
+        file_.Put(32, static_cast<std::uint32_t>(form_.colors_used));
+        if (HasMasks(form_)) {
+            file_.Put(40, form_.masks);
+        }
+    }
+
+    const DibForm form_;
+    std::mt19937 random_;
+    SampleFile file_;
+    std::vector<std::uint32_t> table_;
+    int columns_;
+    int rows_;
+};
 
 } // namespace
 
-std::span<const DibSample> DibSamples()
+std::string DibForm::Label() const
 {
-    return samples;
+    std::string label = "bits, header, height, colours, compression, width, planes, bytes, masks:";
+    for (const std::int64_t number :
+         {bits, header_bytes, height, colors_used, compression, width, planes, image_bytes, std::int64_t{masks[0]}}) {
+        label += ' ' + std::to_string(number);
+    }
+    return label;
+}
+
+std::vector<DibForm> DrawnForms()
+{
+    std::vector<DibForm> forms;
+    const auto add = [&forms](DibForm form) {
+        for (const std::int64_t height : {7, -7}) {
+            for (const std::int64_t colors : {0, 5, 300}) {
+                form.height = height;
+                form.colors_used = colors;
+                if (IsDrawn(form) && (!IsCore(form) || colors == 0)) {
+                    forms.push_back(form);
+                }
+            }
+        }
+    };
+    for (const auto& kind : drawn_kinds) {
+        for (const std::int64_t bits : kind.depths) {
+            for (const auto& [mask_bits, masks] : mask_kinds) {
+                if (kind.compression == bit_fields ? mask_bits == bits : &masks == &mask_kinds[0].masks) {
+                    add({.bits = bits,
+                         .header_bytes = kind.header_bytes,
+                         .compression = kind.compression,
+                         .masks = masks});
+                }
+            }
+        }
+    }
+    return forms;
+}
+
+void ForEachForm(const std::function<void(const DibForm& form, bool drawn)>& use)
+{
+    for (const DibForm& drawn : DrawnForms()) {
+        use(drawn, true);
+        for (const auto& [field, values] : edges) {
+            for (const std::int64_t value : values) {
+                DibForm form = drawn;
+                form.*field = value;
+                if (IsCore(form)) { // whose fields have 16 bits
+                    form.width &= 0xFFFF;
+                    form.height &= 0xFFFF;
+                }
+                use(form, IsDrawn(form));
+            }
+        }
+    }
 }
 
 DibView SampleFile::View() const
@@ -90,19 +315,9 @@ DibView SampleFile::View() const
     return {all.subspan(dib_file_header_bytes, pixel_offset - dib_file_header_bytes), all.subspan(pixel_offset)};
 }
 
-SampleFile MakeSampleFile(const DibSample& sample)
+SampleFile MakeSampleFile(const DibForm& form)
 {
-    std::mt19937 random(sample.bits);
-    const std::size_t whole_table = sample.bits <= 8 ? 1U << sample.bits : 0U;
-    const std::size_t colors = sample.colors_used != 0 ? sample.colors_used : whole_table;
-    const std::size_t between =
-        sample.compression == BitFields ? 12 : colors * (sample.header_bytes == dib_core_header_bytes ? 3 : 4);
-    SampleFile file{{}, dib_file_header_bytes + sample.header_bytes + between};
-    file.bytes.resize(file.pixel_offset - between);
-    AppendRandom(file.bytes, between, random);
-    AppendPixels(file.bytes, sample, random);
-    PutHeader(file, sample);
-    return file;
+    return FormWriter(form).Write();
 }
 
 TestBlock::TestBlock(std::span<const std::byte> bytes) : handle(AllocateBlock(bytes.size()))
@@ -111,7 +326,7 @@ TestBlock::TestBlock(std::span<const std::byte> bytes) : handle(AllocateBlock(by
     std::copy(bytes.begin(), bytes.end(), static_cast<std::byte*>(lock.Address()));
 }
 
-void ExpectShowsAsRaster(std::span<const DibSample> shown_samples, const PaintOnCanvas& paint)
+void ExpectShowsAsRaster(std::span<const DibForm> shown_forms, const PaintOnCanvas& paint)
 {
     struct Row {
         const char* label;
@@ -126,10 +341,10 @@ void ExpectShowsAsRaster(std::span<const DibSample> shown_samples, const PaintOn
         Row{"enlarged", {1, 2, 30, 26}, whole},       Row{"enlarged off the canvas", {-5, -6, 45, 43}, whole},
         Row{"reduced", {4, 4, 15, 10}, whole}, // by one row, where devices still agree
     };
-    for (const DibSample& sample : shown_samples) {
-        const TestBlock block(MakeSampleFile(sample).bytes);
+    for (const DibForm& form : shown_forms) {
+        const TestBlock block(MakeSampleFile(form).bytes);
         for (const Row& row : rows) {
-            SCOPED_TRACE(std::string(sample.label) + ", " + row.label);
+            SCOPED_TRACE(form.Label() + ", " + row.label);
             RasterContext raster(32, 28);
             PaintDIB(raster, &row.target, block.handle, &row.source, nullptr);
             std::int32_t result = 0;

@@ -1,4 +1,5 @@
-// Bitmaps of every kind with random colours, and the one check that a device context shows each of them.
+// Bitmaps of every kind, sound and not, each made together with the picture that it has to show, and the one check
+// that a device context shows them.
 #pragma once
 
 #include "tests/support/raster_context.h"
@@ -8,23 +9,31 @@
 
 namespace partkeep {
 
-struct DibSample {
-    const char* label;
-    std::uint16_t bits;
-    std::uint32_t header_bytes = dib_info_header_bytes;
-    int height = 7;
-    DibCompression compression = DibCompression::None;
+// What a header says. All fields alike, so that a table can name any of them.
+struct DibForm {
+    std::int64_t bits = 24;
+    std::int64_t header_bytes = dib_info_header_bytes;
+    std::int64_t height = 7;
+    std::int64_t colors_used = 0;
+    std::int64_t compression = 0;
+    std::int64_t width = 11;
+    std::int64_t planes = 1;
+    std::int64_t image_bytes = -1; // -1 for as many as there are
     std::array<std::uint32_t, 3> masks{};
-    std::uint32_t colors_used = 0;
 
-    static constexpr int width = 11;
+    [[nodiscard]] std::string Label() const;
 };
 
-[[nodiscard]] std::span<const DibSample> DibSamples();
+// Every kind that is drawn: header, depth, compression, masks, order of rows, size of the colour table.
+[[nodiscard]] std::vector<DibForm> DrawnForms();
+
+// Each of these with each field in turn at the edge of what is drawn, or beyond.
+void ForEachForm(const std::function<void(const DibForm& form, bool drawn)>& use);
 
 struct SampleFile {
     std::vector<std::byte> bytes; // a BMP file
-    std::size_t pixel_offset;
+    std::size_t pixel_offset = 0;
+    Picture picture{11, 7}; // what it shows, where it is drawn
 
     [[nodiscard]] DibView View() const;
     template <typename T>
@@ -34,7 +43,7 @@ struct SampleFile {
     }
 };
 
-[[nodiscard]] SampleFile MakeSampleFile(const DibSample& sample);
+[[nodiscard]] SampleFile MakeSampleFile(const DibForm& form);
 
 // A block that goes with its scope.
 struct TestBlock {
@@ -50,7 +59,7 @@ struct TestBlock {
 using PaintOnCanvas =
     std::function<Picture(int width, int height, const std::function<void(IDeviceContext&)>& painter)>;
 
-// Paints each sample whole, in part, enlarged and reduced: the same pixels and a result above 0.
-void ExpectShowsAsRaster(std::span<const DibSample> shown_samples, const PaintOnCanvas& paint);
+// Paints each form whole, in part, enlarged and reduced: the same pixels and a result above 0.
+void ExpectShowsAsRaster(std::span<const DibForm> shown_forms, const PaintOnCanvas& paint);
 
 } // namespace partkeep

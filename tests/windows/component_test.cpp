@@ -104,7 +104,7 @@ TEST_F(Component, GivesTheReserveForExceptionsBackWhenItIsUnloaded)
 
 TEST_F(Component, BitmapFunctionsAreExportedByName)
 {
-    const SampleFile sample = MakeSampleFile({"", 8, dib_info_header_bytes, 7, DibCompression::None, {}, 2});
+    const SampleFile sample = MakeSampleFile({.bits = 8, .colors_used = 2});
     const TestBlock block(sample.bytes);
     const void* header = sample.bytes.data() + dib_file_header_bytes;
     EXPECT_EQ(Function<DWORD WINAPI(const void*)>("DIBWidth")(header), 11U);

@@ -36,8 +36,10 @@ Picture PaintWithGdi(int width, int height, const std::function<void(IDeviceCont
 
 TEST(CGdiDeviceContext, ShowsEverySamplePixelForPixel)
 {
-    // Not the last one: GDI under Wine leaves the low bits of masks below four bits empty.
-    ExpectShowsAsRaster(DibSamples().first(DibSamples().size() - 1), PaintWithGdi);
+    std::vector<DibForm> forms = DrawnForms();
+    // GDI under Wine leaves the low bits of masks below four bits empty.
+    std::erase_if(forms, [](const DibForm& form) { return form.bits == 16 && form.masks[2] == 1; });
+    ExpectShowsAsRaster(forms, PaintWithGdi);
 }
 
 } // namespace
