@@ -131,10 +131,10 @@ std::optional<DibView> MakeDibView(std::span<const std::byte> dib)
     }
     // FindDIBBits knows nothing of colour masks. Drawn from where it points, their 12 bytes would be pixels.
     const std::size_t pixel_offset = figures->header_bytes + PaletteSize(dib.data()) + figures->mask_bytes;
-    if (figures->TableEnd() > dib.size() || pixel_offset > dib.size()) {
+    if (figures->TableEnd() > dib.size()) {
         return {};
     }
-    const auto pixels = dib.subspan(pixel_offset);
+    const auto pixels = dib.subspan(std::min(pixel_offset, dib.size()));
     const std::size_t pixel_bytes = PixelBytes(*figures, pixels.size());
     if (pixel_bytes == 0) {
         return {};

@@ -137,6 +137,7 @@ TEST(CreateDibPalette, CopiesTheTableOfFileAndBareBitmap)
          std::initializer_list<std::pair<DibForm, std::size_t>>{{{.bits = 1}, 2},
                                                                 {{.bits = 8}, 256},
                                                                 {{}, 0},
+                                                                {{.bits = 8, .height = 0}, 0},
                                                                 {{.bits = 4, .header_bytes = 12}, 16},
                                                                 {{.bits = 24, .header_bytes = 12}, 0},
                                                                 {{.bits = 4, .colors_used = 5}, 5},
