@@ -130,7 +130,7 @@ TEST_F(PaneTrouble, ALibraryCutShortWhileItIsShownHangsNothing)
 
 TEST_F(PaneTrouble, AnEmptyListSaysWhatToDo)
 {
-    const CTestLibraries nothing;
+    CTestLibraries nothing;
     libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) { static_cast<void>(writer.MakeFolder(u"Hollow"_s)); });
     const struct {
         const char* label;
@@ -140,6 +140,11 @@ TEST_F(PaneTrouble, AnEmptyListSaysWhatToDo)
         QString text;
     } rows[] = {
         {"no server found", nothing, {.server = u""}, {}, u"No server found in %1.\n"_s.arg(nothing.Folder())},
+        {"not set up",
+         nothing,
+         {.server = u"", .configured = false},
+         {},
+         u"No folder with part libraries is set up."_s},
         {"empty folder", libraries_, {.folder = u"Hollow"}, {}, u"This folder has no parts."_s},
         {"filter", libraries_, {.folder = u"Plates", .filter = nct_data_kind}, {}, u"No part here has files for"_s},
         {"search", libraries_, {}, u"zz"_s, u"No part in this folder matches “zz”."_s},
@@ -151,7 +156,12 @@ TEST_F(PaneTrouble, AnEmptyListSaysWhatToDo)
         pane.Type(row.typed);
         EXPECT_TRUE(pane.List().EmptyText().startsWith(row.text)) << pane.List().EmptyText().toStdString();
         EXPECT_EQ(pane.List().EmptyText().isEmpty(), row.text.isEmpty());
+        EXPECT_EQ(pane.ProblemLine(), "");
     }
+    CPlayedPane pane(nothing, {.server = u""});
+    nothing.MakeShop();
+    pane.Key(Qt::Key_F5);
+    EXPECT_EQ(pane.List().EmptyText(), u"Choose a server on the left to see its parts."_s) << "as the first text told";
 }
 
 TEST_F(PaneTrouble, TheWidgetMayGoBeforeTheControl)

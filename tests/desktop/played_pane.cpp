@@ -56,7 +56,8 @@ QToolButton* ButtonIn(CBrowserPane& pane, const QString& text)
 CPlayedPane::CPlayedPane(const CTestLibraries& libraries, const PaneStart& start)
 {
     CPartBrowserFactory factory(
-        libraries.Places(), [&start] { return start.language; }, libraries.Folder() + u"/places/browser.json"_s);
+        start.configured ? libraries.Places() : CLibraryFolder({}), [&start] { return start.language; },
+        libraries.Folder() + u"/places/browser.json"_s);
     QWidget* widget = nullptr;
     browser.Attach(factory.Create(part_browser_class_id, &window, widget));
     pane = static_cast<CBrowserPane*>(widget);

@@ -14,7 +14,7 @@ CBrowserSession::~CBrowserSession() = default;
 // That no server is chosen yet is no fault to tell of.
 std::shared_ptr<IPartLibrary> CBrowserSession::Reach(const QString& server)
 {
-    const bool none = server.isEmpty() && LibraryFolder().IsConfigured();
+    const bool none = server.isEmpty();
     auto library = none ? nullptr : libraries_.Look(server);
     SetProblem(none ? LibraryProblem{} : libraries_.Problem());
     return library;
