@@ -15,7 +15,7 @@ constexpr std::size_t told_together = 1024;
 
 // What is under way and is expected again goes on.
 void CPgAhead::Expect(std::span<const PartCopy> copies)
-{
+try {
     const bool goes_on =
         sent_.size() + waiting_.size() == copies.size() &&
         std::equal(sent_.begin(), sent_.end(), copies.begin(),
@@ -27,6 +27,9 @@ void CPgAhead::Expect(std::span<const PartCopy> copies)
     GiveUp();
     waiting_.assign(copies.begin(), copies.end());
     SendMore();
+} catch (...) {
+    GiveUp(); // what was asked and what was noted may differ
+    throw;
 }
 
 void CPgAhead::GiveUp()
@@ -110,7 +113,7 @@ void CPgAhead::SendMore()
 // Behind many others it may be a while until it is the turn of a part that is here: then it is asked once more whether
 // what is here is still what it has.
 const PartRow* CPgAhead::Next()
-{
+try {
     if (next_ && Clock::now() - read_ > CPgAtHand::fresh) {
         GiveUp();
     }
@@ -136,6 +139,9 @@ const PartRow* CPgAhead::Next()
         }
     }
     return next_ ? &next_->Part() : nullptr;
+} catch (...) {
+    GiveUp();
+    throw;
 }
 
 const PartRow* CPgAhead::Find(PartId part)
@@ -186,7 +192,7 @@ void CPgAhead::DropNext()
 }
 
 std::optional<bool> CPgAhead::Copy(PartId part, SlotSet slots, const ContentSink& sink)
-{
+try {
     const PartRow* const row = !sent_.empty() && sent_.front().copy.slots == slots ? Find(part) : nullptr;
     if (row == nullptr) {
         return std::nullopt;
@@ -200,6 +206,9 @@ std::optional<bool> CPgAhead::Copy(PartId part, SlotSet slots, const ContentSink
     DropNext();
     SendMore();
     return copied;
+} catch (...) {
+    GiveUp();
+    throw;
 }
 
 } // namespace partkeep

@@ -37,6 +37,14 @@ CSql CPgContent::Statement(PartId part, SlotSet slots, std::span<const QByteArra
     return sql;
 }
 
+// Whoever asks next would get them.
+CPgContent::~CPgContent()
+{
+    if (rows_to_come_) {
+        connection_.Disconnect();
+    }
+}
+
 LibraryProblem CPgContent::Damage() const
 {
     return {LibraryFault::Damaged, connection_.Place().Text(), QStringLiteral("a file of ") + part_.name};
@@ -44,6 +52,7 @@ LibraryProblem CPgContent::Damage() const
 
 bool CPgContent::Take(CPgConnection::Next next, PartId part)
 {
+    rows_to_come_ = next == CPgConnection::Next::Row;
     switch (next) {
     case CPgConnection::Next::Row:
         fault_ = ReadPart(row_, 0, part_);
@@ -57,18 +66,18 @@ bool CPgContent::Take(CPgConnection::Next next, PartId part)
     }
 }
 
-// After trouble of the caller's own the rest still has to come: dropping the connection is quicker.
+// After trouble of the caller's own the rest still has to come: dropping the connection, at the end, is quicker.
 bool CPgContent::HandOver(SlotSet slots, const ContentSink& sink, CPgConnection& again)
 {
     SlotSet found = 0;
     auto next = CPgConnection::Next::Row;
     for (; next == CPgConnection::Next::Row; next = connection_.Receive(row_)) {
         if (LibraryProblem problem = Take(row_, found, sink)) {
-            connection_.Disconnect();
             connection_.SetProblem(std::move(problem));
             return false;
         }
     }
+    rows_to_come_ = false;
     if (next == CPgConnection::Next::Failed) {
         return false;
     }

@@ -22,6 +22,9 @@ public:
         : connection_(connection), cache_(cache), kept_hashes_(std::move(kept))
     {
     }
+    ~CPgContent(); // drops the connection where rows are still to come
+    CPgContent(const CPgContent&) = delete;
+    CPgContent& operator=(const CPgContent&) = delete;
 
     // `once`: a content that several of these files have comes with the first of them alone, for who keeps it.
     [[nodiscard]] static CSql Statement(PartId part, SlotSet slots, std::span<const QByteArray> kept, bool once);
@@ -58,6 +61,7 @@ private:
     CPgResult row_;
     PartRow part_;
     PgRowFault fault_ = PgRowFault::None;
+    bool rows_to_come_ = false;
     qint64 slot_ = -1; // that is under way
     qint64 bytes_ = 0; // of it
     qint64 done_ = 0;

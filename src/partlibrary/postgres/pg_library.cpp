@@ -313,7 +313,6 @@ bool CPgLibrary::CopyFiles(PartId part, SlotSet slots, const ContentSink& sink)
         return false;
     }
     if (content.Fault() != PgRowFault::None) {
-        connection_->Disconnect();
         static_cast<void>(Gate(content.Part(), content.Fault(), content.Part().name));
         return false;
     }

@@ -101,8 +101,9 @@ bool CPgConnection::TakeResults(std::vector<CPgResult>& results)
     }
 }
 
+// Where memory runs out in between, answers would be left for the next question.
 std::optional<std::vector<CPgResult>> CPgConnection::TryAll(std::span<const CSql> statements)
-{
+try {
     std::vector<CPgResult> results;
     const bool sent =
         std::all_of(statements.begin(), statements.end(), [this](const CSql& sql) { return SendOne(sql); });
@@ -110,6 +111,9 @@ std::optional<std::vector<CPgResult>> CPgConnection::TryAll(std::span<const CSql
         return std::nullopt;
     }
     return results;
+} catch (...) {
+    Disconnect();
+    throw;
 }
 
 // What was there a moment ago may be starting anew.
