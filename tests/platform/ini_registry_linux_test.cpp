@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <string>
+#include <vector>
 
 namespace partkeep {
 namespace {
@@ -16,7 +18,7 @@ constexpr auto user = RegistryRoot::CurrentUser;
 class IniRegistry : public testing::Test {
 protected:
     CTemporaryFolder folder_;
-    CIniRegistry registry_{folder_.Path("machine.ini").string(), folder_.Path("user.ini").string()};
+    CIniRegistry registry_{{folder_.Path("user.ini").string(), folder_.Path("machine.ini").string()}};
 };
 
 TEST_F(IniRegistry, AnswersAsARegistry)
@@ -68,15 +70,17 @@ TEST_F(IniRegistry, GivesTheSystemCodePage)
 
 TEST_F(IniRegistry, FollowsTheConventionsOfTheDesktop)
 {
-    setenv("XDG_CONFIG_DIRS", "/first:/second", 1);
+    using Files = std::vector<std::string>;
+    setenv("XDG_CONFIG_DIRS", "/desktop:relative::/etc/xdg", 1);
     setenv("XDG_CONFIG_HOME", "relative", 1);
     setenv("HOME", "/home/me", 1);
-    EXPECT_EQ(CIniRegistry::AtConventionalPaths().MachineFile(), "/first/partkeep-read/registry.ini");
-    EXPECT_EQ(CIniRegistry::AtConventionalPaths().UserFile(), "/home/me/.config/partkeep-read/registry.ini");
+    EXPECT_EQ(CIniRegistry::AtConventionalPaths().Files(),
+              (Files{"/home/me/.config/partkeep-read/registry.ini", "/desktop/partkeep-read/registry.ini",
+                     "/etc/xdg/partkeep-read/registry.ini"}));
     unsetenv("XDG_CONFIG_DIRS");
     setenv("XDG_CONFIG_HOME", "/config", 1);
-    EXPECT_EQ(CIniRegistry::AtConventionalPaths().MachineFile(), "/etc/xdg/partkeep-read/registry.ini");
-    EXPECT_EQ(CIniRegistry::AtConventionalPaths().UserFile(), "/config/partkeep-read/registry.ini");
+    EXPECT_EQ(CIniRegistry::AtConventionalPaths().Files(),
+              (Files{"/config/partkeep-read/registry.ini", "/etc/xdg/partkeep-read/registry.ini"}));
 }
 
 TEST(StderrMessages, WriteTitleAndTextWithoutSteeringTheTerminal)

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <sstream>
 
 namespace partkeep {
 
@@ -117,10 +118,18 @@ std::string AbsolutePathIn(const char* variable)
     return value != nullptr && *value == '/' ? value : "";
 }
 
-std::string MachineConfigFolder()
+// Desktops put folders of their own in front of the one that packages use.
+std::vector<std::string> MachineConfigFolders()
 {
-    const std::string folders = AbsolutePathIn("XDG_CONFIG_DIRS");
-    return folders.empty() ? "/etc/xdg" : folders.substr(0, folders.find(':'));
+    const char* value = std::getenv("XDG_CONFIG_DIRS");
+    std::vector<std::string> folders;
+    std::istringstream rest(value != nullptr ? value : "");
+    for (std::string folder; std::getline(rest, folder, ':');) {
+        if (folder.starts_with('/')) {
+            folders.push_back(folder);
+        }
+    }
+    return folders.empty() ? std::vector<std::string>{"/etc/xdg"} : folders;
 }
 
 std::string UserConfigFolder()
@@ -131,15 +140,14 @@ std::string UserConfigFolder()
 
 } // namespace
 
-CIniRegistry::CIniRegistry(std::string machine_file, std::string user_file)
-    : machine_file_(std::move(machine_file)), user_file_(std::move(user_file))
-{
-}
-
 CIniRegistry CIniRegistry::AtConventionalPaths()
 {
-    return {MachineConfigFolder().append(file_below_config_folder),
-            UserConfigFolder().append(file_below_config_folder)};
+    std::vector<std::string> files = MachineConfigFolders();
+    files.insert(files.begin(), UserConfigFolder());
+    for (std::string& file : files) {
+        file.append(file_below_config_folder);
+    }
+    return CIniRegistry(std::move(files));
 }
 
 std::optional<std::u16string> CIniRegistry::ReadValue(RegistryRoot root, std::u16string_view key,
@@ -148,7 +156,7 @@ std::optional<std::u16string> CIniRegistry::ReadValue(RegistryRoot root, std::u1
     std::u16string full_key(RootName(root));
     full_key.append(u"\\").append(key);
     bool key_found = false;
-    for (const std::string& file : {user_file_, machine_file_}) {
+    for (const std::string& file : files_) {
         Answer answer = SearchFile(file, WithoutFinalSeparators(full_key), name);
         if (answer.value) {
             if (EqualNoCase(name, install_path_value)) {
