@@ -88,6 +88,56 @@ TEST_F(PaneLive, RowsFollowWhereTheyAreAndSelectionStays)
     EXPECT_EQ(pane.Selected(), "");
 }
 
+TEST_F(PaneLive, FoldersFollowWhereTheyAre)
+{
+    Change([](ILibraryWriter& writer) {
+        for (int folder = 100; folder < 130; ++folder) {
+            EXPECT_TRUE(writer.MakeFolder(u"M\\%1"_s.arg(folder)).has_value());
+        }
+    });
+    CPlayedPane pane(libraries_, {.folder = u"M\\120"});
+    CServerTree& tree = pane.Tree();
+    const auto server = [&] { return tree.model()->index(0, 0); };
+    const auto names = [](const QModelIndex& branch) {
+        QStringList all;
+        for (int row = 0; row < branch.model()->rowCount(branch); ++row) {
+            all += branch.model()->index(row, 0, branch).data().toString();
+        }
+        return all.join(u' ').toStdString();
+    };
+    const auto shows = [&](const char* folders) {
+        return Shows(pane, [&] { return names(server()) == folders; }) ? "" : names(server());
+    };
+    EXPECT_EQ(names(server()), "Live M Plates");
+    const int place = tree.visualRect(tree.currentIndex()).top();
+    const auto current = [&] { return tree.currentIndex().data().toString().toStdString(); };
+    EXPECT_GT(tree.verticalScrollBar()->value(), 0);
+
+    Change([](ILibraryWriter& writer) {
+        EXPECT_TRUE(writer.MakeFolder(u"A\\B"_s) && writer.MakeFolder(u"Live\\C"_s) &&
+                    writer.RemoveFolder(u"M\\105"_s) && writer.MoveFolder(u"Plates"_s, u"L"_s));
+    });
+    EXPECT_EQ(shows("A L Live M"), "");
+    const QModelIndex grown = tree.model()->index(2, 0, server());
+    EXPECT_TRUE(Shows(pane, [&] { return tree.model()->rowCount(grown.siblingAtRow(3)) == 29; }) &&
+                tree.model()->hasChildren(grown));
+    EXPECT_EQ(tree.visualRect(tree.currentIndex()).top(), place);
+    EXPECT_EQ(current(), "120");
+    EXPECT_EQ(pane.TakeClicks(), 0);
+
+    QDialog keypad(&pane.window);
+    keypad.setModal(true);
+    keypad.show();
+    Change([](ILibraryWriter& writer) {
+        EXPECT_TRUE(writer.RemoveFolder(u"A\\B"_s) && writer.RemoveFolder(u"A"_s) && writer.RemoveFolder(u"M\\120"_s));
+    });
+    QTest::qWait(half_ms);
+    EXPECT_EQ(names(server()), "A L Live M") << "while a keypad is open";
+    keypad.hide();
+    EXPECT_EQ(shows("L Live M"), "");
+    EXPECT_EQ(current(), "SRV1") << "the folder has gone";
+}
+
 TEST_F(PaneLive, WhatIsInViewLoadsWhileTheServerIsAwayAndTheLineTellsOfWhen)
 {
     if (!InDatabase()) {

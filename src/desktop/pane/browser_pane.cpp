@@ -34,7 +34,8 @@ CBrowserPane::CBrowserPane(std::shared_ptr<CBrowserSession> session, const PaneS
         follower_->ShowWaiting();
         UpdateTexts();
     });
-    live_ = std::make_unique<CLiveList>(*session_, *model_, *list_, *follower_, *work_);
+    live_tree_ = std::make_unique<CLiveTree>(*session_, *servers_, *tree_);
+    live_ = std::make_unique<CLiveList>(*session_, *model_, *list_, *follower_, *live_tree_, *work_);
     Connect();
     session_->SearchIn(places_.SearchesServer() ? SearchScope::Server : SearchScope::Folder);
     session_->AttachPane(this);

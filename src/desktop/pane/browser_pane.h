@@ -169,6 +169,7 @@ private:
 
     std::unique_ptr<CListFollower> follower_;
     std::unique_ptr<CWorkSlices> work_;
+    std::unique_ptr<CLiveTree> live_tree_;
     std::unique_ptr<CLiveList> live_;
     QElapsedTimer copy_shown_;
 };

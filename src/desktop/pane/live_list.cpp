@@ -3,6 +3,7 @@
 #include <QApplication>
 
 #include <algorithm>
+#include <utility>
 
 namespace partkeep {
 
@@ -11,12 +12,13 @@ namespace {
 constexpr int look_ms = 500;
 constexpr int first_look_ms = 50; // while a connection is made
 constexpr int first_looks = 20;
+constexpr int next_branch_ms = 10;
 
 } // namespace
 
 CLiveList::CLiveList(CBrowserSession& session, CPartListModel& model, CPartListView& list, CListFollower& follower,
-                     CWorkSlices& work)
-    : session_(session), model_(model), list_(list), follower_(follower), work_(work)
+                     CLiveTree& tree, CWorkSlices& work)
+    : session_(session), model_(model), list_(list), follower_(follower), tree_(tree), work_(work)
 {
     QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { Look(); });
 }
@@ -32,6 +34,7 @@ void CLiveList::Stop()
 {
     notifier_.reset();
     library_.reset();
+    tree_.Forget();
     asked_for_.clear();
     changed_ = false;
     looks_ = 0;
@@ -42,7 +45,21 @@ bool CLiveList::MayChange() const
 {
     const QWidget* const modal = QApplication::activeModalWidget();
     return (modal == nullptr || modal == list_.window()) && QApplication::activePopupWidget() == nullptr &&
-           QApplication::mouseButtons() == Qt::NoButton && follower_.State() == PaneState::Idle && !list_.Pressed();
+           QApplication::mouseButtons() == Qt::NoButton && follower_.State() == PaneState::Idle && !list_.Pressed() &&
+           !tree_.Pressed();
+}
+
+// One branch at a look, lest a slow line makes the pane stand still. Whether there are more.
+bool CLiveList::Follow()
+{
+    if (std::exchange(changed_, false)) {
+        follower_.KeepPlace([this] { session_.Follow(); });
+        tree_.Change();
+    }
+    if (tree_.HasWork()) {
+        tree_.Step();
+    }
+    return tree_.HasWork();
 }
 
 void CLiveList::Look()
@@ -55,16 +72,13 @@ void CLiveList::Look()
         timer_.stop(); // until the next paint
         return;
     }
-    timer_.setInterval(++looks_ < first_looks ? first_look_ms : look_ms);
     changed_ = library_->LookForChange() || changed_;
     WatchSocket();
     if (library_->PicturesCame()) {
         work_.TakePictures();
     }
-    if (changed_ && MayChange()) {
-        changed_ = false;
-        follower_.KeepPlace([this] { session_.Follow(); });
-    }
+    const bool goes_on = MayChange() && Follow();
+    timer_.setInterval(goes_on ? next_branch_ms : ++looks_ < first_looks ? first_look_ms : look_ms);
     std::vector<PartId> next = LikelyNext();
     if (next != asked_for_) {
         asked_for_ = std::move(next);

@@ -22,6 +22,8 @@ public:
     // Reports user actions as the list does; `events` must outlive the tree.
     CServerTree(IPartListEvents& events, QWidget* parent);
 
+    [[nodiscard]] bool Pressed() const { return finger_.has_value(); } // by a finger; the system knows of the mouse
+
 protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;

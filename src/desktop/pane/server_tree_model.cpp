@@ -1,5 +1,9 @@
 #include "desktop/pane/server_tree_model.h"
 
+#include <QSet>
+
+#include <algorithm>
+
 namespace partkeep {
 
 namespace {
@@ -75,6 +79,39 @@ void CServerTreeModel::Forget()
         item(row)->setData({}, FetchedRole);
         item(row)->setData(true, HasFoldersRole);
     }
+}
+
+bool CServerTreeModel::IsRead(const QModelIndex& branch)
+{
+    return branch.data(FetchedRole).toBool();
+}
+
+bool CServerTreeModel::Update(const QModelIndex& branch, const std::vector<FolderRow>& rows)
+{
+    QStandardItem& parent = *itemFromIndex(branch);
+    QSet<QString> paths;
+    std::for_each(rows.begin(), rows.end(), [&paths](const FolderRow& folder) { paths += folder.path; });
+    bool changed = false;
+    for (int row = parent.rowCount() - 1; row >= 0; --row) {
+        if (!paths.contains(FolderOf(parent.child(row)->index()))) {
+            parent.removeRow(row);
+            changed = true;
+        }
+    }
+    int place = 0;
+    for (const FolderRow& folder : rows) {
+        if (place == parent.rowCount() || FolderOf(parent.child(place)->index()) != folder.path) {
+            parent.insertRow(place, MakeFolder(ServerOf(branch), folder));
+            changed = true;
+        }
+        QStandardItem& item = *parent.child(place++);
+        changed = changed || item.data(HasFoldersRole).toBool() != folder.has_folders;
+        item.setData(folder.has_folders, HasFoldersRole);
+    }
+    changed = changed || place < parent.rowCount();
+    parent.removeRows(place, parent.rowCount() - place); // those that stood elsewhere
+    parent.setData(!rows.empty(), HasFoldersRole);
+    return changed;
 }
 
 QString CServerTreeModel::ServerOf(const QModelIndex& index)

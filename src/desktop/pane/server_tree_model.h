@@ -29,6 +29,10 @@ public:
     void MarkServer(const QString& server, bool reached);
     void Forget(); // what was read of the servers; it is read again when it is needed
 
+    [[nodiscard]] static bool IsRead(const QModelIndex& branch); // the folders in it, that is
+    // These are in it now; those that stay keep what is open of them. True when anything has changed.
+    bool Update(const QModelIndex& branch, const std::vector<FolderRow>& rows);
+
     [[nodiscard]] static QString ServerOf(const QModelIndex& index);
     [[nodiscard]] static QString FolderOf(const QModelIndex& index); // empty: the server's root
 
