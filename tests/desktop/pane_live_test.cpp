@@ -1,6 +1,7 @@
 // Lists that follow what others change in their library.
 #include "tests/desktop/played_pane.h"
 
+#include <QCryptographicHash>
 #include <QDialog>
 #include <QElapsedTimer>
 #include <QScrollBar>
@@ -16,8 +17,9 @@
 namespace partkeep {
 namespace {
 
-constexpr qint64 patience_ms = 2000; // within which a change shows
-constexpr int half_ms = 1000;
+constexpr qint64 longest_ms = 2000; // until a change shows, on a machine with nothing else to do
+constexpr qint64 patience_ms = 30000;
+constexpr int half_ms = longest_ms / 2;
 
 class PaneLive : public testing::Test {
 protected:
@@ -153,7 +155,7 @@ TEST_F(PaneLive, WhatIsInViewLoadsWhileTheServerIsAwayAndTheLineTellsOfWhen)
     const auto tells = [&](const char* text) { return pane.ProblemLine().find(text) != std::string::npos; };
     QElapsedTimer time;
     time.start();
-    while (!tells("as of") && time.elapsed() < 3 * patience_ms) {
+    while (!tells("as of") && time.elapsed() < patience_ms) {
         QTest::qWait(20);
     }
     EXPECT_TRUE(tells("does not answer") && tells("since") && tells("as of")) << pane.ProblemLine();
@@ -161,12 +163,12 @@ TEST_F(PaneLive, WhatIsInViewLoadsWhileTheServerIsAwayAndTheLineTellsOfWhen)
     EXPECT_EQ(pane.Selected(), "L102");
     EXPECT_TRUE(pane.browser.CopyPartFiles(u"SRV1", u"Live\\L102"));
     EXPECT_FALSE(pane.browser.CopyPartFiles(u"SRV1", u"Live\\L103")) << "in view, but never loaded";
-    EXPECT_LT(time.elapsed(), patience_ms / 4) << "nobody waits for it again";
+    EXPECT_LT(time.elapsed(), half_ms) << "nobody waits for it again";
     EXPECT_EQ(NamesIn(target.Path()), std::vector<std::string>{"L102.iga"});
     ASSERT_TRUE(SignalDatabase("CONT"));
     Change([](ILibraryWriter& writer) { EXPECT_TRUE(writer.RemovePart(u"Live"_s, u"L159"_s)); });
     time.start();
-    while ((pane.pane->Model().rowCount() != 59 || !pane.ProblemLine().empty()) && time.elapsed() < 3 * patience_ms) {
+    while ((pane.pane->Model().rowCount() != 59 || !pane.ProblemLine().empty()) && time.elapsed() < patience_ms) {
         QTest::qWait(20);
     }
     EXPECT_EQ(pane.pane->Model().rowCount(), 59);
@@ -228,21 +230,33 @@ TEST_F(PaneLive, AServerThatEndsOrTurnsTheStationAwayIsToldOfUntouchedAndSoIsIts
 // As the dialog asks after a click; the median time of it is told, for a run over a slow line.
 TEST_F(PaneLive, AClickInViewShowsItsPicturesWithoutAskingAfterASecondOfRest)
 {
-    Change([](ILibraryWriter& writer) {
-        for (int part = 100; part < 120; ++part) {
-            const auto id = writer.PutPart(*writer.MakeFolder(u"Live"_s), Name(part), std::nullopt);
-            EXPECT_TRUE(writer.PutFile(*id, FileSlot::Flat, SmallBitmap(2000 + part)) &&
-                        writer.PutFile(*id, FileSlot::Bent, SmallBitmap(3000 + part)) &&
-                        writer.PutFile(*id, FileSlot::Png, SmallPng() + QByteArray(50000 + part, 'p')));
+    const auto picture = [](FileSlot slot, int row) {
+        return slot == FileSlot::Png ? SmallPng() + QByteArray(50000 + row, 'p')
+                                     : SmallBitmap((slot == FileSlot::Flat ? 2000 : 3000) + row);
+    };
+    constexpr std::array slots{FileSlot::Flat, FileSlot::Bent, FileSlot::Png};
+    Change([&](ILibraryWriter& writer) {
+        for (int row = 0; row < 20; ++row) {
+            const auto id = writer.PutPart(*writer.MakeFolder(u"Live"_s), Name(100 + row), std::nullopt);
+            for (const FileSlot slot : slots) {
+                EXPECT_TRUE(writer.PutFile(*id, slot, picture(slot, row)));
+            }
         }
     });
     CTemporaryFolder target;
     CPlayedPane pane(libraries_, start_);
     pane.browser.SetTargetFolder(target.Core());
-    std::vector<qint64> times;
-    for (int row = 0; row < 6; ++row) {
+    const auto cache = libraries_.Places().Cache();
+    const auto rest = [&](int row) {
         QTest::qWait(half_ms);
-        const bool stopped = row == 5 && InDatabase() && SignalDatabase("STOP");
+        return Shows(pane, [&] {
+            return cache == nullptr || std::all_of(slots.begin(), slots.end(), [&](FileSlot slot) {
+                       const QByteArray content = picture(slot, row);
+                       return cache->Has(QCryptographicHash::hash(content, QCryptographicHash::Sha256), content.size());
+                   });
+        });
+    };
+    const auto click = [&](int row) {
         QElapsedTimer time;
         time.start();
         ClickAt(*pane.List().viewport(), pane.List().visualRect(pane.pane->Model().index(row, 0)).center());
@@ -256,12 +270,23 @@ TEST_F(PaneLive, AClickInViewShowsItsPicturesWithoutAskingAfterASecondOfRest)
             EXPECT_TRUE(pane.browser.ReadPartImage({}, image.data(), nullptr)) << tag << row;
         }
         EXPECT_EQ(pane.browser.GetPreviewFileTitle(), name);
-        times.push_back(time.elapsed());
-        EXPECT_TRUE(!stopped || SignalDatabase("CONT"));
+        return time.elapsed();
+    };
+    std::vector<qint64> times;
+    for (int row = 0; row < 5; ++row) {
+        EXPECT_TRUE(rest(row));
+        times.push_back(click(row));
     }
-    EXPECT_LT(times.back(), patience_ms / 2) << "it was asked, and did not answer";
     std::sort(times.begin(), times.end());
     RecordProperty("median_ms", static_cast<int>(times[times.size() / 2]));
+    bool asked = InDatabase(); // as it may be, on a machine that is busy otherwise, after a while without its word
+    for (int row = 5; row >= 0 && asked; --row) {
+        EXPECT_TRUE(rest(row));
+        ASSERT_TRUE(SignalDatabase("STOP"));
+        asked = click(row) >= half_ms;
+        ASSERT_TRUE(SignalDatabase("CONT"));
+    }
+    EXPECT_FALSE(asked) << "it did not answer";
 }
 
 // PARTKEEP_LIVE_CHANGES=1000 for a long run of ten stations. A file that is changed without pause may be locked for too
@@ -321,7 +346,7 @@ TEST_F(PaneLive, StationsShowTheLastStateAndLoadNoWrongPart)
         EXPECT_TRUE(Shows(*station, [&] { return station->Shown() == last; })) << station->Shown();
     }
     RecordProperty("ms", static_cast<int>(time.elapsed()));
-    EXPECT_LT(time.elapsed(), patience_ms);
+    EXPECT_LT(time.elapsed(), asked != nullptr ? longest_ms : patience_ms);
 }
 
 } // namespace
