@@ -24,10 +24,13 @@ std::shared_ptr<CPgConnection> CPgConnection::Open(const PgPlace& place, PgUse u
         return nullptr;
     }
     std::shared_ptr<CPgConnection> connection(new CPgConnection(*driver, place, use));
-    connection->last_byte_ = Clock::now();
-    if (connection->Connect()) {
-        return connection;
-    }
+    const auto began = connection->last_byte_ = Clock::now();
+    connection->ever_open_ = use == PgUse::Browse; // whoever shows a library has heard of it there just now
+    do {
+        if (connection->Connect()) {
+            return connection;
+        }
+    } while (connection->MayRetry(began));
     problem = connection->Problem();
     return nullptr;
 }

@@ -133,7 +133,7 @@ private:
     bool in_transaction_ = false;
     bool copying_ = false;
     bool lost_ = false;      // the last failure was of the connection
-    bool ever_open_ = false; // what was there once is waited for
+    bool ever_open_ = false; // or told to be there a moment ago: it is waited for
     bool single_rows_ = false;
 };
 
