@@ -68,8 +68,6 @@ private:
         }
         if (NodeKind(root) != XmlKind::Element) {
             DropLeaf(root);
-        } else if (IsHolder(root)) {
-            DropAttributes(root);
         } else {
             DropContent(root);
         }

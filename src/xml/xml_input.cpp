@@ -38,7 +38,7 @@ bool CXmlInput::Refill()
     using Traits = std::streambuf::traits_type;
     Traits::int_type next = Traits::eof();
     try {
-        next = buffer == nullptr ? Traits::eof() : buffer->sgetc();
+        next = buffer->sgetc(); // there is one, or the stream would be bad
     } catch (...) {
         stream_->setstate(std::ios_base::badbit); // as the stream's own reads do
     }

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <string>
 #include <utility>
 
+#include "tests/support/failing_memory.h"
 #include "tests/support/temporary_folder.h"
 
 using namespace partkeep;
@@ -27,6 +29,24 @@ protected:
 
     CTemporaryFolder folder_;
 };
+
+// The first of all: later on the XML library has what it needs.
+TEST_F(OptionsFile, IsWrittenWholeOrStaysWhenMemoryIsShort)
+{
+    bool failed = true;
+    for (std::size_t at = 1; failed; ++at) {
+        Put("old");
+        failing_memory::one_failed = false;
+        failing_memory::allocations_left = at;
+        try {
+            WriteOptionsFile(Path(), {2, 2});
+        } catch (const std::bad_alloc&) {
+        }
+        failing_memory::allocations_left = 0;
+        failed = failing_memory::one_failed;
+        EXPECT_TRUE(Bytes() == complete_file || (failed && Bytes() == "old")) << at;
+    }
+}
 
 TEST_F(OptionsFile, IsWrittenByteForByteWithCrLf)
 {

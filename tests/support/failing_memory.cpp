@@ -11,12 +11,23 @@ bool one_failed = false;
 
 } // namespace failing_memory
 
-void* operator new(std::size_t size)
+namespace {
+
+bool FailsNow()
 {
     using namespace failing_memory;
-    if (allocations_left > 0 && --allocations_left == 0) {
-        allocations_left = fails_for_good ? 1 : 0;
-        one_failed = true;
+    if (allocations_left == 0 || --allocations_left > 0) {
+        return false;
+    }
+    allocations_left = fails_for_good ? 1 : 0;
+    return one_failed = true;
+}
+
+} // namespace
+
+void* operator new(std::size_t size)
+{
+    if (FailsNow()) {
         throw std::bad_alloc();
     }
     if (void* memory = std::malloc(size == 0 ? 1 : size)) {
@@ -39,6 +50,19 @@ void* operator new[](std::size_t size)
 {
     return operator new(size);
 }
+
+#ifndef _WIN32 // where aligned memory is another heap's
+void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept
+{
+    const auto step = static_cast<std::size_t>(alignment);
+    return FailsNow() ? nullptr : std::aligned_alloc(step, (size + step - 1) / step * step);
+}
+
+void operator delete(void* memory, std::align_val_t) noexcept
+{
+    std::free(memory);
+}
+#endif
 
 void operator delete(void* memory) noexcept
 {

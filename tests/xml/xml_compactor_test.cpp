@@ -80,9 +80,11 @@ TEST(XmlCompactor, KeepsWhatStandsAroundLongPieces)
         CXmlElement root("r", 65001);
         root.AppendChild(CXmlElement("t", std::string(length, 't'), 65001));
         for (int round = 0; round < 4; ++round) {
-            root.AddChild(("n" + std::to_string(round)).c_str(), true);
+            for (const char* name : {"a long name", "a long name", "a long nome"}) {
+                root.AddChild(name, round == 1);
+            }
             const std::string shown = Show(root);
-            root = Compact(root);
+            root = Compact(Compact(root));
             ASSERT_EQ(Show(root), shown) << length << ' ' << round;
         }
     }
@@ -103,9 +105,23 @@ TEST(XmlCompactor, TakesShiftJisToUtf8AndBackByteForByte)
     EXPECT_EQ(Write(Compact(utf8, 932)), text);
 }
 
+TEST(XmlCompactor, KeepsANodeWhoseNameIsEmptyOrMissing)
+{
+    for (const std::uint16_t id : std::initializer_list<std::uint16_t>{0, 9}) {
+        CXmlElement root = Read(Declared("<r =\"1\"/>"));
+        root.AppendChild(TextLeaf("a", "2"));
+        PutField((*root.Begin()).Node(), id);
+        for (int round = 0; round < 3; ++round) {
+            EXPECT_EQ(Show(root), "<r =\"1\"><>2</></r>") << id;
+            root = Compact(root);
+        }
+    }
+}
+
 TEST(XmlCompactor, RefusesWhatHasNoCopy)
 {
     EXPECT_TRUE(Compact(Sample(), 12345).IsEmpty()) << "no such code page";
+    EXPECT_TRUE(Compact(CXmlElement("r", 12345)).IsEmpty());
     CXmlElement root("r", 65001);
     CXmlElement names = root.AppendChild(CXmlElement("n", 65001));
     for (std::uint32_t at = 1; at < xml_most_names; ++at) {

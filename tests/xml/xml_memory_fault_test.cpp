@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include "tests/support/failing_memory.h"
 #include "watched_memory.h"
 #include "xml_test_support.h"
 
@@ -54,10 +55,8 @@ TEST(XmlMemoryFault, AReadOrAWriteEndsWholeOrReportsFailure)
     FailEachAllocation(Write(root), [&] { return Write(root); });
 }
 
-TEST(XmlMemoryFault, ACopyEndsWholeOrReportsFailureAndLeavesItsParent)
+void FailCopiesOf(const CXmlElement& inside)
 {
-    CXmlElement outer("outer", 932);
-    const CXmlElement inside = outer.AppendChild(Read(BigText()));
     for (const std::uint32_t code_page : {932U, 65001U}) {
         CXmlElement expected("t", code_page);
         expected.AppendChild(inside);
@@ -69,6 +68,51 @@ TEST(XmlMemoryFault, ACopyEndsWholeOrReportsFailureAndLeavesItsParent)
             return appended ? Write(target) : "-";
         });
     }
+}
+
+TEST(XmlMemoryFault, ACopyEndsWholeOrReportsFailureAndLeavesItsParent)
+{
+    CXmlElement outer("outer", 932);
+    FailCopiesOf(outer.AppendChild(Read(BigText())));
+    // A text that fills the first page up to each of the pieces behind it in turn.
+    for (std::size_t filled = 3850; filled < 4096; filled += 5) {
+        CXmlElement inside = outer.AppendChild(CXmlElement("r", 932));
+        inside.AddAttribute("x", CXmlString("1"));
+        inside.AppendChild(TextLeaf("fill", std::string(filled, 't'), 932));
+        inside.AppendChild(TextArray("list", {"a", "\x95\x94"}));
+        CXmlElement element = inside.AppendChild(CXmlElement("e", 932));
+        element.AddAttribute("y", CXmlString("\x95\x94"));
+        element.AddChild("n", true);
+        inside.AppendChild(TextLeaf("long", std::string(4200, 'u'), 932));
+        inside.AppendChild(TextLeaf("long", std::string(4200, 'v'), 932));
+        FailCopiesOf(inside);
+    }
+}
+
+// The standard library's own memory: its strings take the conversions of code pages and the text that is written.
+TEST(XmlMemoryFault, ACopyOrATextThatNoStringCanHoldReportsFailure)
+{
+    CXmlElement outer("outer", 932);
+    CXmlElement inside = outer.AppendChild(Read(BigText()));
+    inside.AppendChild(TextLeaf("a-name-too-long-for-no-memory", std::string(20'000, 'u'), 932));
+    for (const bool for_good : {false, true}) {
+        failing_memory::fails_for_good = for_good;
+        failing_memory::one_failed = true;
+        for (std::size_t at = 1; failing_memory::one_failed; ++at) {
+            CXmlElement target("t", 65001);
+            CXmlDocument document;
+            std::string text;
+            failing_memory::one_failed = false;
+            failing_memory::allocations_left = at;
+            document = target.AppendChild(inside);
+            const bool written = WriteXml(text, document);
+            failing_memory::allocations_left = 0;
+            ASSERT_EQ(text.empty(), !written) << at;
+            ASSERT_TRUE(written ? text.ends_with("</R>") : failing_memory::one_failed) << at;
+            ASSERT_TRUE(target.Begin() == target.End() || Show(document).size() > 80'000) << at;
+        }
+    }
+    failing_memory::fails_for_good = false;
 }
 
 TEST(XmlMemoryFault, ATextThatWasLostIsNotTakenForAnEmptyOne)
@@ -85,10 +129,14 @@ TEST(XmlMemoryFault, ATextThatWasLostIsNotTakenForAnEmptyOne)
 
 TEST(XmlMemoryFault, AnAppendOrAReadingOfValuesReportsFailure)
 {
-    FailEachAllocation("r|true", [] {
+    const CXmlElement array = TextArray("list", {"1", "2"});
+    FailEachAllocation("r|true", [&array] {
         CXmlElement root("r", 65001);
         CXmlElement copies("c", 65001);
-        const bool made = !root.AddChild("a", true).IsEmpty() && !copies.AppendChild(root).IsEmpty();
+        CXmlElement deep("d", 65001);
+        const bool made = !root.AddChild("a", true).IsEmpty() && !copies.AppendChild(root).IsEmpty() &&
+                          !deep.AppendChild(CXmlElement("d", 65001)).IsEmpty() && !root.AppendChild(deep).IsEmpty() &&
+                          array.AsStringList().has != 0;
         const CXmlElement copy = made ? copies.AppendChild(root) : CXmlElement();
         const char* name = copy.GetName();
         const CXmlValue<CXmlString> text = copy.IsEmpty() ? copy.AsString() : (*copy.Begin()).AsString();

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "xml/xml_name_table.h"
 #include "xml_test_support.h"
 
@@ -17,6 +19,21 @@ TEST(XmlNameTable, GrowsWithTheFifthName)
         EXPECT_EQ(table.Intern(names[at]), at + 1);
         EXPECT_EQ(table.BucketCount(), bucket_counts[at]) << names[at];
         EXPECT_EQ(table.Find(names[at / 2]), at / 2 + 1) << "also where it has moved";
+    }
+}
+
+// All in one bucket, and two of them with one fingerprint.
+TEST(XmlNameTable, TellsTheNamesOfALargeBucketApart)
+{
+    CXmlNameTable table;
+    std::vector<std::string> names{"namecjghhhwlw", "namekafpoeytm"};
+    for (int at = 0; at < 100; ++at) {
+        names.push_back("name" + std::to_string(at));
+    }
+    for (const int round : {1, 2}) {
+        for (std::size_t at = 0; at < names.size(); ++at) {
+            EXPECT_EQ(table.Intern(names[at]), at + 1) << round;
+        }
     }
 }
 

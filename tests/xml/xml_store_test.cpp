@@ -98,7 +98,7 @@ TEST(XmlStore, CopiesWhatContainsTheParentEvenUnderASkippedNode)
         CXmlElement skipped = above.AppendChild(Read(Declared("<x><z/></x>")));
         if (compact) {
             CXmlElement other("a", 65001);
-            above = other.AppendChild(above);
+            above = other.AppendChild(other.AppendChild(above));
             other = CXmlElement();
             skipped = *above.Begin();
         }
@@ -108,6 +108,28 @@ TEST(XmlStore, CopiesWhatContainsTheParentEvenUnderASkippedNode)
         EXPECT_TRUE(parent.AppendChild(skipped).IsEmpty());
         EXPECT_EQ(Show(parent) + Show(above), "<y><a/></y><a/>");
     }
+}
+
+TEST(XmlStore, TakesAndGivesNothingWhereNoElementIs)
+{
+    CXmlElement root("r", 65001);
+    root.AddAttribute("x", CXmlString("1"));
+    CXmlElement empty;
+    CXmlElement leaf = TextLeaf("t", "1");
+    CXmlElement holder = root.GetAttributes();
+    for (CXmlElement* none : {&empty, &leaf, &holder}) {
+        EXPECT_TRUE(none->AppendChild(CXmlElement("c", 65001)).IsEmpty());
+        EXPECT_TRUE(none->AddAttribute("y", CXmlString("2")).IsEmpty());
+        EXPECT_TRUE(none->GetAttributes().IsEmpty());
+        EXPECT_EQ(none->TextView(), none == &leaf ? "1" : "");
+        EXPECT_EQ(none->Begin() == none->End(), none != &holder);
+        EXPECT_EQ(none->AsStringList().has, 0);
+    }
+    EXPECT_TRUE(root.AppendChild(empty).IsEmpty());
+    EXPECT_TRUE(root.AppendChild(holder).IsEmpty());
+    EXPECT_EQ(holder.GetName(), nullptr);
+    EXPECT_FALSE(holder.AppendChild(TextLeaf("z", "3")).IsEmpty());
+    EXPECT_EQ(Show(root) + Show(CXmlElement(nullptr, 65001)), "<r x=\"1\" z=\"3\"/></>");
 }
 
 TEST(XmlStore, ANameStaysReadableWhileAnIteratorLives)

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -50,6 +51,21 @@ inline std::string Show(const partkeep::CXmlElement& root)
 inline partkeep::CXmlElement TextLeaf(const char* name, std::string_view text, std::uint32_t code_page = 65001)
 {
     return {name, partkeep::CXmlString(text), code_page};
+}
+
+// An array of texts that all stand in it.
+inline partkeep::CXmlElement TextArray(const char* name, std::initializer_list<std::string_view> texts)
+{
+    const auto counted = [](std::string_view bytes) {
+        return std::string{static_cast<char>(bytes.size()), 0, 0, 0} + std::string(bytes);
+    };
+    std::string items;
+    for (const std::string_view text : texts) {
+        items += counted(text);
+    }
+    const auto kind = static_cast<partkeep::XmlKind>(-static_cast<int>(partkeep::XmlKind::Text));
+    items.append(partkeep::xml_address_width, '\0');
+    return partkeep::CXmlElement(partkeep::MakeFixedBlock(name, kind, counted(items), 932));
 }
 
 } // namespace xml_test

@@ -30,6 +30,7 @@ TEST(XmlValue, ReadsEveryScalarKindAsEachType)
         {"text of two signs", TextLeaf("t", "+-5"), false, 0, "+-5"},
         {"text too long for any type", TextLeaf("t", "1180591620717411303425"), false, 1, "1180591620717411303425"},
         {"empty text", TextLeaf("t", ""), false, 0, ""},
+        {"text behind no space", TextLeaf("t", "\x95 5"), false, 0, "\x95 5"},
         {"bool false", Number(XmlKind::Boolean, std::uint8_t{0}), false, 0, "false"},
         {"bool of another byte", Number(XmlKind::Boolean, std::uint8_t{200}), true, 200, "true"},
         {"u8", Number(XmlKind::Unsigned8, std::uint8_t{255}), true, 255, "255"},
@@ -43,6 +44,7 @@ TEST(XmlValue, ReadsEveryScalarKindAsEachType)
         {"f64", Number(XmlKind::Float64, -2.9), true, -2, "-2.8999999999999999"},
         {"f64 cut", Number(XmlKind::Float64, 70000.75), true, 4464, "70000.75"},
         {"f64 out of range", Number(XmlKind::Float64, -0x1p70), true, 0, "-1180591620717411303424.0"},
+        {"f64 too large", Number(XmlKind::Float64, 0x1p70), true, 0, "1180591620717411303424.0"},
         {"f64 infinite", Number(XmlKind::Float64, -HUGE_VAL), true, 0, "0.0"},
         {"f64 no number", Number(XmlKind::Float64, std::nan("")), true, 0, "0.0"},
     };

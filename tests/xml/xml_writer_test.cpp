@@ -25,6 +25,7 @@ TEST(XmlWriter, NamesTheCodePageAndWritesBytesAsTheyAre)
     EXPECT_EQ(Write(CXmlElement("a", 1252)), "<?xml version=\"1.0\" encoding=\"\"?><a/>");
     const std::string longer(100'000, 'x');
     EXPECT_TRUE(Show(TextLeaf("a", longer)) == "<a>" + longer + "</a>");
+    EXPECT_TRUE(Show(TextLeaf(longer.c_str(), "a")) == "<" + longer + ">a</" + longer + ">");
 }
 
 TEST(XmlWriter, WritesNothingOfWhatIsNoDocument)
