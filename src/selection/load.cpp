@@ -6,6 +6,8 @@
 #include "selection/partkeep_read_dlg.h"
 #include "settings/options_file.h"
 
+#include <algorithm>
+
 namespace partkeep {
 
 void CPartkeepReadDlg::OnLoad()
@@ -54,7 +56,7 @@ void CPartkeepReadDlg::StageSelection(std::int32_t count, const std::u16string& 
     MakeFolder(staging_path);
     browser_.SetDataKind(part_data_kind);
     browser_.SetTargetFolder(staging_path + u"\\");
-    const std::int32_t first = multiSelection || count == 0 ? 0 : count - 1;
+    const std::int32_t first = multiSelection ? 0 : std::max(count - 1, 0);
     for (std::int32_t entry = first; entry < count; ++entry) {
         const auto index = static_cast<std::int16_t>(entry);
         PartRecord record;

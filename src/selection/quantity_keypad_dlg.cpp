@@ -12,8 +12,7 @@ namespace partkeep {
 
 namespace {
 
-constexpr std::size_t max_characters = 5;
-constexpr std::int32_t max_quantity = 99999;
+constexpr std::size_t max_characters = 5; // and so no more than 99999
 
 struct DigitButton {
     int id;
@@ -44,15 +43,15 @@ std::u16string_view WithoutBlanksAtEnd(std::u16string_view text)
     return text;
 }
 
-// Reads as _wtol does: leading blanks, a sign, then digits up to the first other character. At most
-// `max_characters` characters, so that no number can run over.
+// Reads as _wtol does: leading blanks, a sign, then digits up to the first other character. The text is not all
+// blanks and holds at most `max_characters` characters, so that no number can run over.
 std::int32_t ReadNumber(std::u16string_view text)
 {
-    while (!text.empty() && IsBlank(text.front())) {
+    while (IsBlank(text.front())) {
         text.remove_prefix(1);
     }
-    const bool negative = !text.empty() && text.front() == u'-';
-    if (negative || (!text.empty() && text.front() == u'+')) {
+    const bool negative = text.front() == u'-';
+    if (negative || text.front() == u'+') {
         text.remove_prefix(1);
     }
     std::int32_t number = 0;
@@ -69,8 +68,7 @@ std::optional<LocalString> Refusal(std::u16string_view text)
     if (text.size() > max_characters) {
         return LocalString::QuantityRange;
     }
-    const std::int32_t number = ReadNumber(text);
-    if (number < 1 || number > max_quantity) {
+    if (ReadNumber(text) < 1) {
         return LocalString::QuantityRange;
     }
     if (!std::all_of(text.begin(), text.end(), IsDigit)) {

@@ -84,7 +84,7 @@ void CSelectedPartsDlg::InitColumns()
 
 void CSelectedPartsDlg::AddLastPartRow()
 {
-    if (!WindowExists() || selectedParts.empty()) {
+    if (!WindowExists()) {
         return;
     }
     AddRow(static_cast<int>(selectedParts.size()) - 1, selectedParts.back());
@@ -223,9 +223,7 @@ void CSelectedPartsDlg::OnPutBack()
             AddLastPartRow();
         }
     }
-    if (!selectedParts.empty()) {
-        FocusRow(static_cast<int>(selectedParts.size()) - 1);
-    }
+    FocusRow(static_cast<int>(selectedParts.size()) - 1); // what was not added again stands already
 }
 
 void CSelectedPartsDlg::OnChangeQty()

@@ -122,13 +122,17 @@ TEST(PaintDib, RefusesBlocksCutAnywhereAndAbsurdArguments)
     }
     const TestBlock block(MakeSampleFile({}).bytes);
     constexpr int least = -0x7FFFFFFF;
-    const Rect widest{least, 0, 0x7FFFFFFF, 7};
     const Rect lowest{0, least, 11, least + 7};
+    const Rect deepest{0, 0, 11, least};
     EXPECT_EQ(PaintDIB(raster, &whole, nullptr, &whole, nullptr), 0);
     EXPECT_EQ(PaintDIB(raster, nullptr, block.handle, &whole, nullptr), 0);
     EXPECT_EQ(PaintDIB(raster, &whole, block.handle, nullptr, nullptr), 0);
-    EXPECT_EQ(PaintDIB(raster, &widest, block.handle, &widest, nullptr), 0);
     EXPECT_EQ(PaintDIB(raster, &whole, block.handle, &lowest, nullptr), 0);
+    EXPECT_EQ(PaintDIB(raster, &deepest, block.handle, &deepest, nullptr), 0);
+    for (const Rect& vast : {Rect{least, 0, 0x7FFFFFFF, 7}, {0x7FFFFFFF, 0, least, 7}, {0, least, 11, 0x7FFFFFFF}}) {
+        EXPECT_EQ(PaintDIB(raster, &vast, block.handle, &whole, nullptr), 0);
+        EXPECT_EQ(PaintDIB(raster, &whole, block.handle, &vast, nullptr), 0);
+    }
 }
 
 TEST(CreateDibPalette, CopiesTheTableOfFileAndBareBitmap)

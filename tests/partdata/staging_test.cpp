@@ -142,6 +142,7 @@ TEST_F(Staging, FindsTheFourFilesInAnyCase)
         {"all", "P.iga; P.bmf; P.SY5; P.NCD", "P.iga", "P.SY5", "P.NCD", true},
         {"second choice", "p.BMF; P.sy5", "P.bmf", "P.SY5", "kept", true},
         {"no main file", "p.ncd", "kept", "kept", "P.NCD", true},
+        {"SY5 alone", "p.Sy5", "kept", "P.SY5", "kept", true},
         {"other parts, and a folder", "PP.iga; P.SY9; B2DP.iga", "kept", "kept", "kept", false},
     };
     for (const auto& [label, files, iga, sy, nc, found] : rows) {

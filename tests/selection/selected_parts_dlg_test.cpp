@@ -128,7 +128,11 @@ TEST_F(SelectedParts, KeysWorkTheList)
          u"CDEBA",
          "250: FocusRow 233 4"},
         {"not what was added again", {select({0, 1}), remove, add(u"B"), back}, u"CDEBA", "250: FocusRow 233 4"},
-        {"other keys are the list's", {user::Key(key_a), user::Key(key_delete, true), user::Key(key_z)}, u"ABCDE", ""},
+        {"other keys are the list's",
+         {user::Key(key_a), user::Key(key_delete, true), user::Key(key_delete, false, true), user::Key(key_z),
+          user::Key(key_z, true, true)},
+         u"ABCDE",
+         ""},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.label);
@@ -195,6 +199,7 @@ TEST_F(SelectedParts, EveryWayToCloseItOnlyHidesIt)
         for (const UserAction& close : {user::CloseBox(), user::Key(key_escape), user::Key(key_return)}) {
             Add(u"A");
             dialog_.Show();
+            window_->PressButton(RES_PARTS_COLLECTED);
             EXPECT_TRUE(window_->visible);
             const auto before = Parts();
             close(*window_);
@@ -212,6 +217,7 @@ TEST_F(SelectedParts, EveryWayToCloseItOnlyHidesIt)
 
 TEST_F(SelectedParts, CollectsWithoutAWindowAndListsAllOfItInALaterOne)
 {
+    EXPECT_FALSE(dialog_.Create(owner_) || owner_.EndModal(id_ok)) << "outside a run";
     Run([this] {
         CSelectedPartsDlg late(door_, nullptr);
         windows_.canMakeWindows = false;
