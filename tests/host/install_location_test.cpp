@@ -63,6 +63,8 @@ TEST(InstallLocation, LeavesTheTextAloneWhereAKeyDoesNotOpen)
     registry.keys[orvic_key];
     EXPECT_EQ(ReadInstallPath(registry, text, u"software\\Velmar\\ORVIC", u"installpath"), 1);
     EXPECT_EQ(text, u"");
+    registry.Set(u"HKCU\\Software\\Classes\\CLSID\\{1}\\InprocServer32\\", u"CodeBase", u"C:\\Sel.dll");
+    EXPECT_EQ(ReadCodeBaseFolder(registry, text), 1);
 }
 
 } // namespace

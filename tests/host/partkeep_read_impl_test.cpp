@@ -120,11 +120,15 @@ TEST_F(HostObject, RunsTheDialogAndKeepsWhatItBrings)
     EXPECT_EQ(first_file, folder.Core(u"Work\\\\A2.iga"));
 
     std::u16string server, path, sy, nc, machine_name;
+    file = name = comment = material = quantity = u"before";
+    thickness = 0.0;
     std::int32_t machine = 7;
     EXPECT_EQ(object.GetPartInfo(0, &server, &path, &file, &sy, &nc, &name, &comment, &material, &machine_name,
                                  &machine, &thickness, &quantity),
               HostResult::Ok);
     EXPECT_EQ(server + path + name + comment + material + machine_name + quantity, u"A2cSUSM1");
+    EXPECT_EQ(file, first_file);
+    EXPECT_EQ(thickness, 3.2);
     failing_memory::allocations_left = 1;
     EXPECT_EQ(object.GetPartInfo(0, nullptr, nullptr, &file, nullptr, nullptr, &name, nullptr, nullptr, nullptr,
                                  &machine, &thickness, nullptr),
