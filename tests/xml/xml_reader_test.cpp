@@ -61,6 +61,7 @@ const struct {
     {"text, beside attributes", R"(<b x="1">t</b>)", R"(<b x="1"/>)"},
     {"text, none beside attributes", R"(<b x="2"></b>)", R"(<b x="2"/>)"},
     {"text, beside children", "<b>t<c/>t<d/>t</b>t", "<b><c/><d/></b>"},
+    {"text, a bracket alone", R"(<b x="1">><c/></b>)", R"(<b x="1"><c/></b>)"},
     {"text, before a comment", "<b>t<!-- c --></b>", "<b/>"},
     {"text, CDATA", "<b><![CDATA[<c/>]]></b>", "<b><![CDATA[<c/></b>"},
     {"end tag, another name", "<b>t</c>", ""},
