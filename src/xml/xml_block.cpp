@@ -28,7 +28,6 @@ public:
         while (first_ != nullptr) {
             block = first_;
             first_ = OwnerOf(block);
-            PutField(block + XmlPlaces::owner, static_cast<std::byte*>(nullptr));
             DestroyOne(block);
         }
     }

@@ -4,7 +4,6 @@
 #include <new>
 #include <optional>
 #include <string>
-#include <utility>
 
 #include "platform/text.h"
 #include "xml/xml_field.h"
@@ -95,14 +94,6 @@ CXmlTextCell::CXmlTextCell(std::string_view text)
     if (cell_ != nullptr) {
         PutBytes(PutField(cell_, static_cast<std::uint32_t>(text.size())), text);
     }
-}
-
-CXmlTextCell::CXmlTextCell(CXmlTextCell&& other) noexcept : cell_(std::exchange(other.cell_, nullptr)) {}
-
-CXmlTextCell& CXmlTextCell::operator=(CXmlTextCell&& other) noexcept
-{
-    std::swap(cell_, other.cell_);
-    return *this;
 }
 
 CXmlTextCell::~CXmlTextCell()

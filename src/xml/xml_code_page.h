@@ -27,8 +27,6 @@ class CXmlTextCell {
 public:
     CXmlTextCell() = default;
     explicit CXmlTextCell(std::string_view text);
-    CXmlTextCell(CXmlTextCell&& other) noexcept;
-    CXmlTextCell& operator=(CXmlTextCell&& other) noexcept;
     CXmlTextCell(const CXmlTextCell&) = delete;
     CXmlTextCell& operator=(const CXmlTextCell&) = delete;
     ~CXmlTextCell();

@@ -161,7 +161,7 @@ void BreakTree(XmlHead* head)
 bool DropTree(std::byte* root)
 {
     XmlTree* tree = HeadOf(root)->tree;
-    if (tree == nullptr || tree->root != root || IsHeld(*tree)) {
+    if (tree->root != root || IsHeld(*tree)) {
         return false;
     }
     for (XmlHead* at = tree->heads; at != nullptr;) {

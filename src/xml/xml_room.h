@@ -152,7 +152,7 @@ inline void NoteLink(std::byte* parent, std::byte* child)
     }
 }
 
-// True when the block was the root of a whole tree that nobody holds any more, and that is gone.
+// For a block of a tree. True when it was the root, nobody holds anything of the tree any more, and all of it is gone.
 [[nodiscard]] bool DropTree(std::byte* root);
 
 } // namespace partkeep

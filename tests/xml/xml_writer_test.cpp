@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "xml/xml_compactor.h"
+#include "xml/xml_room.h"
 #include "xml_test_support.h"
 
 using namespace partkeep;
@@ -26,6 +28,23 @@ TEST(XmlWriter, NamesTheCodePageAndWritesBytesAsTheyAre)
     const std::string longer(100'000, 'x');
     EXPECT_TRUE(Show(TextLeaf("a", longer)) == "<a>" + longer + "</a>");
     EXPECT_TRUE(Show(TextLeaf(longer.c_str(), "a")) == "<" + longer + ">a</" + longer + ">");
+}
+
+// The guess takes the place of a text that grows while it is written.
+TEST(XmlWriter, GuessesWhatIsAboutAsLongAsTheText)
+{
+    std::string text = "<R>";
+    for (int at = 0; at < 1000; ++at) {
+        text += "<part id=\"" + std::to_string(at) + "\"><name>a part of some name, and what it is</name></part>";
+    }
+    const CXmlDocument read = Read(Declared(text + "</R>"));
+    const CXmlElement copy(CompactXml(read.Node(), read.Block(), 65001));
+    for (std::byte* block : {read.Block(), copy.Block()}) {
+        const std::size_t guess = GuessLengthOf(block);
+        EXPECT_GT(guess, text.size() / 2);
+        EXPECT_LT(guess, text.size() * 2);
+    }
+    EXPECT_EQ(GuessLengthOf(CXmlElement("made", 65001).Block()), 0U);
 }
 
 TEST(XmlWriter, WritesNothingOfWhatIsNoDocument)
