@@ -2,7 +2,7 @@
 
 #include "partlibrary/library/library_names.h"
 #include "partlibrary/library/sort_text.h"
-#include "partlibrary/postgres/pg_connection.h"
+#include "partlibrary/postgres/pg_line.h"
 #include "partlibrary/postgres/pg_problem.h"
 #include "partlibrary/postgres/pg_start.h"
 #include "partlibrary/postgres/pg_waits.h"

@@ -14,8 +14,8 @@ namespace partkeep {
 
 bool CPgConnection::Send(const CSql& statement)
 {
-    last_byte_ = Clock::now();
-    return Ready() && SendOne(statement) && (pq_.PQpipelineSync(connection_.get()) == 1 || Lose());
+    BeginWait();
+    return Ready() && SendOne(statement) && SendSync();
 }
 
 CPgConnection::Next CPgConnection::SendForFirst(const CSql& statement, CPgResult& row)
@@ -24,24 +24,24 @@ CPgConnection::Next CPgConnection::SendForFirst(const CSql& statement, CPgResult
     Next next = Next::Failed;
     do {
         next = Send(statement) ? Receive(row) : Next::Failed;
-    } while (next == Next::Failed && MayRetry(began));
+    } while (next == Next::Failed && !in_transaction_ && MayRetry(began));
     return next;
 }
 
 CPgConnection::Next CPgConnection::Receive(CPgResult& row)
 {
-    last_byte_ = Clock::now();
+    BeginWait();
     Next next = Next::End;
-    while (connection_ != nullptr) {
+    while (Get() != nullptr) {
         if (!std::exchange(single_rows_, true)) {
-            pq_.PQsetSingleRowMode(connection_.get());
+            Driver().PQsetSingleRowMode(Get());
         }
-        CPgResult result(pq_, GetResult());
-        if (connection_ == nullptr) {
+        CPgResult result(Driver(), GetResult());
+        if (Get() == nullptr) {
             break;
         }
         if (!result) {
-            if (pq_.PQstatus(connection_.get()) == CONNECTION_BAD) {
+            if (Driver().PQstatus(Get()) == CONNECTION_BAD) {
                 Lose();
             }
             continue;
@@ -66,18 +66,18 @@ CPgConnection::Next CPgConnection::Receive(CPgResult& row)
 
 bool CPgConnection::BeginCopy(const CSql& statement)
 {
-    last_byte_ = Clock::now();
-    if (connection_ == nullptr || pq_.PQexitPipelineMode(connection_.get()) != 1 || !SendOne(statement)) {
+    BeginWait();
+    if (Get() == nullptr || Driver().PQexitPipelineMode(Get()) != 1 || !SendOne(statement)) {
         return Lose();
     }
-    const CPgResult result(pq_, GetResult());
+    const CPgResult result(Driver(), GetResult());
     if (!result) {
-        return connection_ == nullptr ? false : Lose();
+        return Get() == nullptr ? false : Lose();
     }
     copying_ = result.Status() == PGRES_COPY_IN;
     if (!copying_) {
         Fail(result);
-        return connection_ != nullptr ? (EnterPipeline(), false) : false;
+        return Get() != nullptr ? (EnterPipeline(), false) : false;
     }
     static constexpr std::string_view head("PGCOPY\n\377\r\n\0\0\0\0\0\0\0\0\0", 19);
     return PutCopy(head);
@@ -85,28 +85,12 @@ bool CPgConnection::BeginCopy(const CSql& statement)
 
 bool CPgConnection::PutCopy(std::string_view bytes)
 {
-    if (!copying_) {
+    if (!copying_ || Get() == nullptr) {
         return false;
     }
-    last_byte_ = Clock::now();
-    const int put = pq_.PQputCopyData(connection_.get(), bytes.data(), static_cast<int>(bytes.size()));
+    BeginWait();
+    const int put = Driver().PQputCopyData(Get(), bytes.data(), static_cast<int>(bytes.size()));
     return (put > 0 || Lose()) && SendAll();
-}
-
-// What the client library holds back it moves about at each attempt to send: it must not become much.
-bool CPgConnection::SendAll()
-{
-    int unsent = 0;
-    while ((unsent = pq_.PQflush(connection_.get())) > 0) {
-        if (!Wait(POLLIN | POLLOUT)) {
-            return false;
-        }
-        last_byte_ = Clock::now();
-        if (pq_.PQconsumeInput(connection_.get()) == 0) {
-            return Lose();
-        }
-    }
-    return unsent == 0 || Lose();
 }
 
 bool CPgConnection::EndCopy()
@@ -116,20 +100,20 @@ bool CPgConnection::EndCopy()
     }
     copying_ = false;
     int ended = 0;
-    while ((ended = pq_.PQputCopyEnd(connection_.get(), nullptr)) == 0) {
+    while ((ended = Driver().PQputCopyEnd(Get(), nullptr)) == 0) {
         if (!Wait(POLLOUT)) {
             return false;
         }
     }
     bool sound = ended > 0 || Lose();
-    while (connection_ != nullptr) {
-        const CPgResult result(pq_, GetResult());
+    while (Get() != nullptr) {
+        const CPgResult result(Driver(), GetResult());
         if (!result) {
             break;
         }
         sound = (result.Status() == PGRES_COMMAND_OK || Fail(result)) && sound;
     }
-    return connection_ != nullptr && EnterPipeline() && sound;
+    return Get() != nullptr && EnterPipeline() && sound;
 }
 
 // Transactions.
@@ -139,7 +123,7 @@ bool CPgConnection::Begin(std::span<const CSql> first, std::vector<CPgResult>& r
     std::vector<CSql> statements{CSql("BEGIN"), CSql("SELECT pg_current_xact_id()::text")};
     statements.insert(statements.end(), first.begin(), first.end());
     auto answers = AskAll(statements);
-    in_transaction_ = connection_ != nullptr;
+    in_transaction_ = Get() != nullptr;
     if (!answers) {
         Rollback();
         return false;
@@ -155,32 +139,32 @@ bool CPgConnection::Commit(std::span<const CSql> last)
         return false;
     }
     const bool done = Run(CSql("COMMIT"));
-    const bool unknown = !done && lost_;
+    const bool unknown = !done && IsLost();
     in_transaction_ = !done && !unknown;
     return done || (unknown && LookForCommit());
 }
 
 bool CPgConnection::LookForCommit()
 {
-    const LibraryProblem problem = problem_;
+    const LibraryProblem problem = Problem();
     const auto until = Clock::now() + tool_patience;
-    silent_until_ = {};
+    TryAgain();
     while (Clock::now() < until) {
         const auto told =
             Ask(CSql("SELECT pg_xact_status(").Value(FromUtf8(transaction_.toStdString())).Add("::xid8)"));
         const std::string_view state = told && !told->IsNull(0, 0) ? told->Raw(0, 0) : std::string_view();
         if (state == "committed" || state == "aborted") {
-            problem_ = problem;
+            SetProblem(problem);
             return state == "committed";
         }
         if (told && state.empty()) {
             break;
         }
         std::this_thread::sleep_for(between_attempts * 2);
-        silent_until_ = {};
+        TryAgain();
     }
-    problem_ = {LibraryFault::NoAnswer, place_.Text(),
-                QStringLiteral("the connection was lost at the commit: look whether the change has arrived")};
+    SetProblem({LibraryFault::NoAnswer, Place().Text(),
+                QStringLiteral("the connection was lost at the commit: look whether the change has arrived")});
     return false;
 }
 
@@ -190,13 +174,13 @@ void CPgConnection::Rollback()
     if (!in_transaction_) {
         return;
     }
-    const LibraryProblem problem = problem_;
-    const bool usable = !copying_ && connection_ != nullptr;
+    const LibraryProblem problem = Problem();
+    const bool usable = !copying_ && Get() != nullptr;
     if (!usable || !Run(CSql("ROLLBACK"))) {
         Disconnect();
     }
     in_transaction_ = false;
-    problem_ = problem;
+    SetProblem(problem);
 }
 
 } // namespace partkeep
