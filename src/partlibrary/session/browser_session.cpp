@@ -45,8 +45,14 @@ bool CBrowserSession::MakeCurrent(const QString& server, std::shared_ptr<IPartLi
     if (library_ == nullptr) {
         return false;
     }
-    wanted_folder_.reset();
-    return EnterFolder(restored) || EnterFolder({});
+    if (EnterFolder(restored)) {
+        return true;
+    }
+    if (IsAway(problem_.fault)) { // the folder may be there all the same
+        wanted_folder_ = restored;
+        return false;
+    }
+    return EnterFolder({});
 }
 
 void CBrowserSession::DisconnectServer()

@@ -146,7 +146,7 @@ private:
     QString current_server_;
     std::shared_ptr<IPartLibrary> library_;
     FolderRow current_folder_;
-    std::optional<QString> wanted_folder_; // asked for before its server was there
+    std::optional<QString> wanted_folder_; // asked for while its server is not there
     PartListView view_;                    // of the current folder
     SearchScope scope_ = SearchScope::Folder;
     std::vector<PartId> selection_;

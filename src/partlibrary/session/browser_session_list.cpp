@@ -40,6 +40,7 @@ bool CBrowserSession::SetCurrentFolder(std::u16string_view folder)
         wanted_folder_ = path;
         return false;
     }
+    wanted_folder_.reset();
     SetProblem({});
     return EnterFolder(path);
 }
@@ -50,6 +51,7 @@ bool CBrowserSession::EnterFolder(const QString& path)
     if (!row) {
         return SetProblem(library_->Problem());
     }
+    wanted_folder_.reset();
     const bool same = row->id == current_folder_.id;
     current_folder_ = *row;
     view_.folder = row->id;
@@ -81,7 +83,8 @@ bool CBrowserSession::RefreshPartList()
 
 void CBrowserSession::Follow()
 {
-    if (library_ != nullptr && library_->Place() == LibraryPlace::Same && current_folder_.id != 0) {
+    const bool shows = current_folder_.id != 0 || wanted_folder_;
+    if (library_ != nullptr && library_->Place() == LibraryPlace::Same && shows) {
         const LibraryProblem problem = problem_;
         problem_ = {};
         EnterFolderAgain();
@@ -93,7 +96,7 @@ void CBrowserSession::Follow()
 void CBrowserSession::EnterFolderAgain()
 {
     const std::size_t before = selection_.size();
-    bool there = EnterFolder(current_folder_.path);
+    bool there = EnterFolder(wanted_folder_.value_or(current_folder_.path));
     const bool gone = !there && Problem().fault == LibraryFault::NoFolder;
     if (const auto moved = gone ? PathNow(*library_, current_folder_.id) : std::nullopt; moved && EnterFolder(*moved)) {
         SetProblem({});
@@ -245,14 +248,17 @@ std::optional<SelectedPart> CBrowserSession::GetSelectedPart(std::int16_t index)
     asked_ = place;
     const auto part = library_->FindPart(selection_[place]);
     const LibraryProblem problem = part ? LibraryProblem{} : library_->Problem();
+    const QString name = part && part->folder == current_folder_.id ? part->name : QString();
     RememberNames(place);
+    if (part && place == selected_names_.size()) { // the library has ceased to answer in between
+        selected_names_.push_back(name);
+    }
     if (problem && problem.fault != LibraryFault::NoPart) {
         SetProblem(problem);
         const bool known = place < selected_names_.size() && problem_.fault != LibraryFault::NameRefused;
         return known ? std::optional(SelectedPart{current_server_, current_folder_.path, selected_names_[place]})
                      : std::nullopt;
     }
-    const QString name = part && part->folder == current_folder_.id ? part->name : QString();
     return SelectedPart{current_server_, current_folder_.path, name};
 }
 
