@@ -188,8 +188,8 @@ TEST_F(PaneLive, AServerThatEndsOrTurnsTheStationAwayIsToldOfUntouchedAndSoIsIts
         std::function<void()> returns;
         const char* line;
     } rows[] = {
-        {"killed", [] { ASSERT_TRUE(SignalDatabase("KILL")); }, StartDatabase, "Server SRV1 does not answer."},
-        {"ended", [] { ASSERT_TRUE(SignalDatabase("INT")); }, StartDatabase, "Server SRV1 does not answer."},
+        {"killed", [] { ASSERT_TRUE(SignalDatabase("KILL")); }, RestartDatabase, "Server SRV1 does not answer."},
+        {"ended", [] { ASSERT_TRUE(SignalDatabase("INT")); }, RestartDatabase, "Server SRV1 does not answer."},
         {"closed to all",
          [&] {
              WriteBytes(rules, "local all all reject\n");

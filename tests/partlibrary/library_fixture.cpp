@@ -10,11 +10,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace partkeep {
 
@@ -55,27 +52,16 @@ bool SignalDatabase(const std::string& signal)
 }
 
 // What is left of the one before it may keep it from starting at first.
-void StartDatabase()
+void RestartDatabase()
 {
-    static pid_t server = 0;
-    const std::string folder = std::getenv("PARTKEEP_POSTGRES");
-    for (int attempt = 0; attempt < 600; ++attempt) {
-        if (server == 0 || waitpid(server, nullptr, WNOHANG) == server) {
-            server = fork();
-        }
-        if (server == 0) {
-            execl("/bin/sh", "sh", "-c", "exec $PARTKEEP_POSTGRES/start >>$PARTKEEP_POSTGRES/log 2>&1", nullptr);
-            _exit(1);
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        pid_t stands = 0;
-        std::ifstream(folder + "/data/postmaster.pid") >> stands;
-        if (stands == server && std::system("psql -qAt service=partkeep -c '' >/dev/null 2>&1") == 0) {
-            return;
+    for (int attempt = 0; std::system("$PARTKEEP_POSTGRES/restart") != 0; ++attempt) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        if (attempt == 100) {
+            std::cerr << "fixture: the server does not start" << std::endl;
+            static_cast<void>(std::system("tail -n 20 $PARTKEEP_POSTGRES/log >&2"));
+            std::abort();
         }
     }
-    std::cerr << "fixture: the server does not start" << std::endl;
-    std::abort();
 }
 
 QByteArray SmallBitmap(qsizetype size)

@@ -40,8 +40,8 @@ void RunInDatabase(const std::string& sql);
 // had gone ("KILL").
 [[nodiscard]] bool SignalDatabase(const std::string& signal);
 
-// After that, on the main thread.
-void StartDatabase();
+// The server starts anew, whether it still runs or was ended.
+void RestartDatabase();
 
 class CTestLibraries {
 public:

@@ -1,171 +1,26 @@
 // A browser and an import on a database, and what can happen to its server: whatever does, no call waits much longer
 // than two seconds without a byte, every part arrives whole or not at all, and all goes on when the server does.
 #include "partlibrary/tool/commands.h"
-#include "tests/partlibrary/library_fixture.h"
+#include "tests/partlibrary/server_faults.h"
 
-#include <chrono>
+#include <climits>
 #include <csignal>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <sstream>
 #include <sys/wait.h>
-#include <thread>
-#include <unistd.h>
 #include <utility>
 
 namespace partkeep {
 namespace {
-
-namespace fs = std::filesystem;
-using std::chrono::milliseconds;
-using std::chrono::steady_clock;
-
-constexpr milliseconds longest_wait{2700};
-const std::string of_browsers = " FROM pg_stat_activity WHERE application_name = 'partkeep'";
-
-pid_t BackendOfBrowser()
-{
-    FILE* const shell = popen(("psql -qAt service=partkeep -c \"SELECT pid" + of_browsers + " LIMIT 1\"").c_str(), "r");
-    int pid = 0;
-    const bool read = std::fscanf(shell, "%d", &pid) == 1;
-    pclose(shell);
-    return read ? pid : 0;
-}
-
-class ServerFaults : public LibraryShop {
-protected:
-    ServerFaults()
-    {
-        libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
-            for (const QString& name : {u"L1"_s, u"L2"_s, u"L3"_s}) {
-                const auto part = writer.PutPart(*writer.MakeFolder(u"Load"_s), name, std::nullopt);
-                ASSERT_TRUE(writer.PutFile(*part, FileSlot::Iga, QByteArray(900000, 'i')) &&
-                            writer.PutFile(*part, FileSlot::Ncd, QByteArray(300000, 'n')));
-            }
-        });
-    }
-
-    // As the dialog does it, by a role that may only read. False where a call took too long or left half a part.
-    bool Load(int moment, const std::function<void()>& event, int& moments, bool& complete)
-    {
-        CBrowserSession session{CLibraryFolder({}, {test_service + u"-station"_s})};
-        session.SetTargetFolder(target_.Core());
-        session.SetDataKind(-1);
-        bool fine = true;
-        moments = 0;
-        const auto call = [&](auto&& operation) {
-            if (moments++ == moment) {
-                event();
-            }
-            const auto begin = steady_clock::now();
-            const bool done = operation();
-            const auto took = std::chrono::duration_cast<milliseconds>(steady_clock::now() - begin);
-            EXPECT_LT(took.count(), longest_wait.count()) << "call " << moments;
-            fine = fine && took < longest_wait;
-            return done;
-        };
-        complete = call([&] { return session.Go(u"SRV1"_s, u"Load"_s); });
-        complete = call([&] { return session.SelectAllParts(1) == 1; }) && complete;
-        const int count = session.GetSelectedPartCount();
-        complete = complete && count == 3;
-        std::vector<QString> names(3);
-        for (std::int16_t i = 0; i < count; ++i) {
-            call([&] {
-                const auto part = session.GetSelectedPart(i);
-                names[static_cast<std::size_t>(i)] = part ? part->name : QString();
-                return part.has_value();
-            });
-        }
-        for (std::int16_t i = 0; i < count; ++i) {
-            const bool known = call([&] { return session.GetSelectedPart(i).has_value(); });
-            const QString& name = names[static_cast<std::size_t>(i)];
-            fine = fine && (known || names[1].isEmpty()); // what was told once is told again
-            const bool copied = !name.isEmpty() &&
-                                call([&] { return session.CopyPartFiles(u"SRV1", u"Load\\" + name.toStdU16String()); });
-            fine = fine && (copied || session.Problem()) && IsWhole(name, copied);
-            complete = complete && copied;
-        }
-        if (!complete) {
-            fine = fine && session.Problem().fault != LibraryFault::None;
-        }
-        return fine;
-    }
-
-    bool IsWhole(const QString& name, bool copied)
-    {
-        const fs::path iga = target_.Path(name.toStdString() + ".iga");
-        const fs::path ncd = target_.Path(name.toStdString() + ".NCD");
-        return copied ? ReadBytes(iga) == std::string(900000, 'i') && ReadBytes(ncd) == std::string(300000, 'n')
-                      : !fs::exists(iga) && !fs::exists(ncd);
-    }
-};
-
-TEST_F(ServerFaults, ALoadIsWholeAndGoesOnWhateverHappensToTheServer)
-{
-    FILE* locker = nullptr;
-    const struct {
-        const char* label;
-        std::function<void()> happens;
-        std::function<void()> mended;
-        bool unnoticed; // the load goes on
-    } rows[] = {
-        {"nothing", [] {}, [] {}, true},
-        {"connections ended", [] { RunInDatabase("SELECT pg_terminate_backend(pid)" + of_browsers); }, [] {}, true},
-        {"killed, and recovers",
-         [] {
-             if (const pid_t backend = BackendOfBrowser(); backend != 0) {
-                 kill(backend, SIGKILL);
-             }
-         },
-         [] {}, false},
-        {"stopped", [] { EXPECT_TRUE(SignalDatabase("STOP")); }, [] { EXPECT_TRUE(SignalDatabase("CONT")); }, false},
-        {"rights withdrawn",
-         [] { RunInDatabase("REVOKE SELECT ON ALL TABLES IN SCHEMA \"SRV1\" FROM partkeep_station"); },
-         [] { RunInDatabase("GRANT SELECT ON ALL TABLES IN SCHEMA \"SRV1\" TO partkeep_station"); }, false},
-        {"locked",
-         [&] {
-             locker = popen("psql -q service=partkeep", "w");
-             std::fputs("SET search_path = \"SRV1\"; BEGIN; LOCK TABLE part, folder;\n", locker);
-             std::fflush(locker);
-             std::this_thread::sleep_for(milliseconds(300));
-         },
-         [&] {
-             std::fputs("ROLLBACK;\n", locker);
-             pclose(locker);
-         },
-         false},
-    };
-    for (const auto& row : rows) {
-        for (int moment = 0, moments = 2; moment < moments; moment += row.unnoticed ? 1 : 3) {
-            SCOPED_TRACE(std::string(row.label) + " at moment " + std::to_string(moment));
-            bool complete = false;
-            for (const auto& old : fs::directory_iterator(target_.Path())) {
-                fs::remove(old);
-            }
-            int passed = 0;
-            EXPECT_TRUE(Load(moment, row.happens, passed, complete));
-            EXPECT_TRUE(complete || !row.unnoticed);
-            moments = std::max(moments, passed);
-            row.mended();
-            for (int wait = 0; BackendOfBrowser() == 0 && wait < 20; ++wait) { // recovering takes a moment
-                bool open = false;
-                Load(-1, {}, passed, open);
-                std::this_thread::sleep_for(milliseconds(open ? 0 : 100));
-                if (open) {
-                    break;
-                }
-            }
-            EXPECT_TRUE(Load(-1, {}, passed, complete) && complete) << "afterwards";
-        }
-    }
-}
 
 class ServerImports : public ServerFaults {
 protected:
     ServerImports()
     {
         fs::create_directory(source_);
+        fs::create_directory(target_.Path("few"));
+        for (const char* name : {"A", "B", "C", "D"}) {
+            WriteBytes(target_.Path("few") / (name + ".iga"s), std::string(100000, 'x'));
+        }
         for (int i = 0; i < 400; ++i) {
             WriteBytes(source_ / ("I" + std::to_string(i) + ".iga"), std::string(100000, 'x'));
         }
@@ -177,6 +32,15 @@ protected:
         return RunLibraryTool(static_cast<int>(argv.size()), argv.data(), {told_, told_});
     }
     int Import() { return Run({"partkeep-library", "import", library_.c_str(), source_.c_str(), "--into", "New"}); }
+    bool ImportTapped()
+    {
+        const std::string few = target_.Path("few");
+        const auto begin = steady_clock::now();
+        const auto held = line_.Held();
+        const int end = Run({"partkeep-library", "import", "tapped-librarian:SRV1", few.c_str(), "--into", "New"});
+        EXPECT_LT(steady_clock::now() - begin, std::chrono::seconds(30) + line_.Held() - held);
+        return end == 0;
+    }
     int Remove() { return Run({"partkeep-library", "remove", library_.c_str(), "New/"}); }
 
     // In a process of its own, while `meanwhile` runs again and again. Whether it came to the end.
@@ -194,12 +58,12 @@ protected:
         return WIFEXITED(status) && WEXITSTATUS(status) == 0;
     }
 
-    void ExpectImported(bool imported, const std::string& label)
+    void ExpectImported(bool imported, const std::string& label, int parts = 400)
     {
         LibraryProblem problem;
         EXPECT_EQ(libraries_.At(u"SRV1"_s)->Open(problem)->FindFolder(u"New"_s).has_value(), imported) << label;
         const auto check = libraries_.At(u"SRV1"_s)->Check({}, problem);
-        EXPECT_TRUE(check && check->findings.isEmpty() && check->parts == (imported ? 409 : 9)) << label;
+        EXPECT_TRUE(check && check->findings.isEmpty() && check->parts == 9 + (imported ? parts : 0)) << label;
     }
 
     fs::path source_ = target_.Path("in");
@@ -238,7 +102,6 @@ TEST_F(ServerImports, LeaveNothingWhereTheyAreCutOff)
 // Whoever loses the answer to a commit learns what has become of it, and a second attempt brings nothing twice.
 TEST_F(ServerImports, KnowWhetherACommitHasArrivedWhoseAnswerIsLost)
 {
-    setenv("PGOPTIONS", "-c synchronous_commit=on", 1);
     RunInDatabase("ALTER SYSTEM SET synchronous_standby_names = 'nobody'"); // whom a commit that is made waits for
     RunInDatabase("SELECT pg_reload_conf()");
     EXPECT_TRUE(ImportMeanwhile([](pid_t) {
@@ -246,7 +109,6 @@ TEST_F(ServerImports, KnowWhetherACommitHasArrivedWhoseAnswerIsLost)
     }));
     RunInDatabase("ALTER SYSTEM RESET synchronous_standby_names");
     RunInDatabase("SELECT pg_reload_conf()");
-    unsetenv("PGOPTIONS");
     ExpectImported(true, "made");
     EXPECT_EQ(Import(), 0);
     ExpectImported(true, "made, and once more");
@@ -266,27 +128,137 @@ TEST_F(ServerImports, KnowWhetherACommitHasArrivedWhoseAnswerIsLost)
 
 TEST_F(ServerImports, LeaveNothingWhereTheDiskOfTheServerIsFull)
 {
-    const std::string disk = std::string(std::getenv("PARTKEEP_POSTGRES")) + "/small";
-    fs::create_directory(disk);
-    if (geteuid() != 0 || std::system(("mount -t tmpfs -o size=16m small " + disk).c_str()) != 0 ||
-        std::system(("chown --reference=" + disk + "/../data " + disk).c_str()) != 0) {
-        GTEST_SKIP() << "no small disk here: that takes root";
+    {
+        const CSmallDisk disk;
+        if (!disk.IsThere()) {
+            GTEST_SKIP() << "no small disk here: that takes root";
+        }
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            EXPECT_NE(Import(), 0);
+            EXPECT_NE(told_.str().find("No space left on device"), std::string::npos) << told_.str();
+            ExpectImported(false, "full");
+            EXPECT_TRUE(Load());
+        }
     }
-    RunInDatabase("CREATE TABLESPACE small LOCATION '" + disk + "'");
-    RunInDatabase("ALTER TABLE piece SET TABLESPACE small");
-    for (int attempt = 0; attempt < 2; ++attempt) {
-        EXPECT_NE(Import(), 0);
-        EXPECT_NE(told_.str().find("No space left on device"), std::string::npos) << told_.str();
-        ExpectImported(false, "full");
-        bool complete = false;
-        int moments = 0;
-        EXPECT_TRUE(Load(-1, {}, moments, complete) && complete);
-    }
-    RunInDatabase("ALTER TABLE piece SET TABLESPACE pg_default");
-    RunInDatabase("DROP TABLESPACE small");
-    EXPECT_EQ(std::system(("umount " + disk).c_str()), 0);
     EXPECT_EQ(Import(), 0);
     ExpectImported(true, "with room again");
+}
+
+// At some steps, or with PARTKEEP_EVERY_STEP set at every one, which takes long: whatever happens before a block of the
+// client comes to the server.
+TEST_F(ServerImports, LoadsAndListsAreWholeAndGoOnWhateverHappensToTheServer)
+{
+    const bool every = std::getenv("PARTKEEP_EVERY_STEP") != nullptr;
+    const CSmallDisk disk;
+    FILE* locker = nullptr;
+    std::thread going_on;
+    const auto nothing = [] {};
+    const struct {
+        const char* label;
+        std::function<void()> happens;
+        std::function<void()> mended;
+        bool unnoticed; // by who reads
+    } faults[] = {
+        {"connections ended", [] { RunInDatabase("SELECT pg_terminate_backend(pid)" + of_browsers); }, nothing, true},
+        {"connections cut", [this] { line_.Cut(); }, nothing, true},
+        {"one killed, and the server recovers",
+         [] {
+             if (const pid_t backend = BackendOfBrowser(); backend > 0) {
+                 kill(backend, SIGKILL);
+             }
+         },
+         AwaitServer, false},
+        {"killed",
+         [] {
+             EXPECT_TRUE(SignalDatabase("KILL"));
+             RestartDatabase();
+         },
+         nothing, false},
+        {"restarted", RestartDatabase, nothing, false},
+        {"stopped",
+         [&] {
+             EXPECT_TRUE(SignalDatabase("STOP"));
+             going_on = std::thread([] {
+                 std::this_thread::sleep_for(milliseconds(3000));
+                 EXPECT_TRUE(SignalDatabase("CONT"));
+             });
+         },
+         [&] {
+             if (going_on.joinable()) {
+                 going_on.join();
+             }
+         },
+         false},
+        {"rights withdrawn",
+         [] {
+             RunInDatabase("REVOKE SELECT ON ALL TABLES IN SCHEMA \"SRV1\" FROM partkeep_station, partkeep_librarian");
+         },
+         [] { RunInDatabase("GRANT SELECT ON ALL TABLES IN SCHEMA \"SRV1\" TO partkeep_station, partkeep_librarian"); },
+         false},
+        {"locked",
+         [&] {
+             locker = popen("psql -q service=partkeep", "w");
+             std::fputs("SET search_path = \"SRV1\"; BEGIN; LOCK TABLE part, folder;\n", locker);
+             std::fflush(locker);
+             std::this_thread::sleep_for(milliseconds(300));
+         },
+         [&] {
+             if (FILE* const ended = std::exchange(locker, nullptr)) {
+                 std::fputs("ROLLBACK;\n", ended);
+                 pclose(ended);
+             }
+         },
+         false},
+        {"disk full", [&] { disk.Fill(); }, [&] { disk.Empty(); }, true},
+    };
+    const struct {
+        const char* label;
+        std::function<bool()> runs;
+        bool reads;
+    } works[] = {{"load", [this] { return Load(); }, true},
+                 {"browse", [this] { return Browse(); }, true},
+                 {"import", [this] { return ImportTapped(); }, false}};
+    const auto settle = [&](bool reads, bool whole) {
+        if (!reads) {
+            ExpectImported(whole, "import", 4);
+            EXPECT_TRUE(!whole || Remove() == 0);
+            RunInDatabase("VACUUM piece"); // of what failed imports have left on a small disk
+        }
+    };
+    const auto sampled = [](std::size_t work, std::size_t fault) {
+        return static_cast<int>((work + fault) % 3 == 2 ? INT_MAX : (work + fault * 5) % 13);
+    };
+    for (std::size_t w = 0; w < std::size(works); ++w) {
+        const auto& work = works[w];
+        line_.Arm(-1, {});
+        EXPECT_TRUE(work.runs()) << work.label;
+        settle(work.reads, true);
+        const int steps = line_.Steps();
+        for (std::size_t i = 0; i < std::size(faults) - (disk.IsThere() ? 0 : 1); ++i) {
+            int whole = 0;
+            int tried = 0;
+            for (int step = every ? 0 : sampled(w, i); step < steps; step += every ? 1 : steps) {
+                SCOPED_TRACE(work.label + ": "s + faults[i].label + " at step " + std::to_string(step));
+                line_.Arm(step, faults[i].happens);
+                const auto held = line_.Held();
+                const bool done = work.runs();
+                line_.Arm(-1, {});
+                const bool short_of_time = line_.Held() - held > longest_wait / 3; // on a busy machine
+                faults[i].mended();
+                ++tried;
+                whole += done ? 1 : 0;
+                EXPECT_TRUE(done || !faults[i].unnoticed || !work.reads || !opened_ || short_of_time);
+                settle(work.reads, done);
+                const bool again = work.runs();
+                EXPECT_TRUE(again) << "afterwards " << told_.str();
+                settle(work.reads, again);
+            }
+            if (every) {
+                std::cout << work.label << ": " << faults[i].label << ": " << whole << " of " << tried
+                          << " whole at once" << std::endl;
+            }
+        }
+    }
 }
 
 } // namespace

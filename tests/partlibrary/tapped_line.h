@@ -1,0 +1,157 @@
+// A line to the test's database on which something can be made to happen at a certain step: before the Nth block that a
+// client sends goes on to the server.
+#pragma once
+
+#include "tests/support/temporary_folder.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <cstdlib>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace partkeep {
+
+class CTappedLine {
+public:
+    CTappedLine()
+    {
+        const sockaddr_un own = Address(Host());
+        listening_ = bind(line_, reinterpret_cast<const sockaddr*>(&own), sizeof own) == 0 && listen(line_, 50) == 0;
+        accepting_ = std::thread([this] { Accept(); });
+    }
+    ~CTappedLine()
+    {
+        shutdown(line_, SHUT_RDWR);
+        accepting_.join();
+        Clear();
+        close(line_);
+    }
+    CTappedLine(const CTappedLine&) = delete;
+    CTappedLine& operator=(const CTappedLine&) = delete;
+
+    [[nodiscard]] static std::string Port()
+    {
+        const char* const port = std::getenv("PARTKEEP_POSTGRES_PORT");
+        return port != nullptr ? port : "5432";
+    }
+    [[nodiscard]] std::string Host() const { return folder_.Path().string(); }
+    // Counts anew, once what happens has happened, on a thread of the line, and ends all connections.
+    void Arm(int step, std::function<void()> event)
+    {
+        Clear();
+        const std::lock_guard lock(mutex_);
+        steps_ = 0;
+        at_ = step;
+        event_ = std::move(event);
+    }
+    [[nodiscard]] int Steps() const { return steps_; }
+    // How long what happened has taken in all.
+    [[nodiscard]] std::chrono::nanoseconds Held() const { return std::chrono::nanoseconds(held_); }
+    // Ends all connections, both ways.
+    void Cut()
+    {
+        const std::lock_guard lock(mutex_);
+        for (const int end : ends_) {
+            shutdown(end, SHUT_RDWR);
+        }
+    }
+
+private:
+    static sockaddr_un Address(const std::string& folder)
+    {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const std::string path = folder + "/.s.PGSQL." + Port();
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        return address;
+    }
+
+    void Clear()
+    {
+        Cut();
+        std::vector<std::thread> ways;
+        std::vector<int> ends;
+        {
+            const std::lock_guard lock(mutex_);
+            ways.swap(ways_);
+            ends.swap(ends_);
+        }
+        for (std::thread& way : ways) {
+            way.join();
+        }
+        for (const int end : ends) {
+            close(end);
+        }
+    }
+
+    void Accept()
+    {
+        const sockaddr_un server = Address(std::getenv("PARTKEEP_POSTGRES"));
+        for (int client = 0; listening_ && (client = accept4(line_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
+            const int beyond = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+            const bool there = connect(beyond, reinterpret_cast<const sockaddr*>(&server), sizeof server) == 0;
+            const std::lock_guard lock(mutex_);
+            ends_.insert(ends_.end(), {client, beyond});
+            if (there) {
+                ways_.emplace_back([this, client, beyond] { Carry(client, beyond, true); });
+                ways_.emplace_back([this, client, beyond] { Carry(beyond, client, false); });
+            } else {
+                shutdown(client, SHUT_RDWR);
+            }
+        }
+    }
+
+    void Carry(int from, int to, bool counted)
+    {
+        std::vector<char> block(65536);
+        for (ssize_t size = 0; (size = recv(from, block.data(), block.size(), 0)) > 0;) {
+            if (counted) {
+                Step();
+            }
+            for (ssize_t sent = 0, more = 0; sent < size; sent += more) {
+                more = send(to, block.data() + sent, static_cast<std::size_t>(size - sent), MSG_NOSIGNAL);
+                if (more <= 0) {
+                    break;
+                }
+            }
+        }
+        shutdown(from, SHUT_RDWR);
+        shutdown(to, SHUT_RDWR);
+    }
+
+    void Step()
+    {
+        std::function<void()> event; // others go on meanwhile: the server may wait for what they have begun
+        {
+            const std::lock_guard lock(mutex_);
+            event = steps_++ == at_ ? event_ : nullptr;
+        }
+        if (event) {
+            const auto begin = std::chrono::steady_clock::now();
+            event();
+            held_ += std::chrono::nanoseconds(std::chrono::steady_clock::now() - begin).count();
+        }
+    }
+
+    CTemporaryFolder folder_;
+    int line_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    bool listening_ = false;
+    std::mutex mutex_;
+    std::vector<int> ends_;
+    std::vector<std::thread> ways_;
+    std::function<void()> event_;
+    std::atomic<int> steps_ = 0;
+    std::atomic<std::int64_t> held_ = 0;
+    int at_ = -1;
+    std::thread accepting_;
+};
+
+} // namespace partkeep
