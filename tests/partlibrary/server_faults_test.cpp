@@ -114,10 +114,21 @@ TEST_F(ServerImports, KnowWhetherACommitHasArrivedWhoseAnswerIsLost)
     ExpectImported(true, "made, and once more");
     ASSERT_EQ(Remove(), 0);
 
-    RunInDatabase("CREATE FUNCTION cut() RETURNS trigger LANGUAGE plpgsql AS "
-                  "'BEGIN PERFORM pg_terminate_backend(pg_backend_pid()); RETURN NULL; END'; "
-                  "CREATE CONSTRAINT TRIGGER cut AFTER INSERT ON part DEFERRABLE INITIALLY DEFERRED "
-                  "FOR EACH ROW EXECUTE FUNCTION cut()");
+    const auto cut_commits_by = [](const std::string& statement) {
+        RunInDatabase("CREATE FUNCTION cut() RETURNS trigger LANGUAGE plpgsql SECURITY DEFINER AS $$ BEGIN " +
+                      statement +
+                      "; RETURN NULL; END $$; "
+                      "CREATE CONSTRAINT TRIGGER cut AFTER INSERT ON part DEFERRABLE INITIALLY DEFERRED "
+                      "FOR EACH ROW EXECUTE FUNCTION cut()");
+    };
+    cut_commits_by("COPY (SELECT 1) TO PROGRAM 'kill -9 $PPID'"); // and nothing of it has reached the disk
+    EXPECT_FALSE(ImportTapped());
+    EXPECT_EQ(told_.str().find("look whether"), std::string::npos) << told_.str();
+    AwaitServer();
+    RunInDatabase("DROP TRIGGER cut ON part; DROP FUNCTION cut()");
+    ExpectImported(false, "not made, and unheard of");
+
+    cut_commits_by("PERFORM pg_terminate_backend(pg_backend_pid())");
     EXPECT_NE(Import(), 0);
     EXPECT_NE(told_.str().find("terminating connection"), std::string::npos) << told_.str();
     RunInDatabase("DROP TRIGGER cut ON part; DROP FUNCTION cut()");

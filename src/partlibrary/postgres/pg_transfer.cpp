@@ -153,7 +153,9 @@ bool CPgConnection::LookForCommit()
         const auto told =
             Ask(CSql("SELECT pg_xact_status(").Value(FromUtf8(transaction_.toStdString())).Add("::xid8)"));
         const std::string_view state = told && !told->IsNull(0, 0) ? told->Raw(0, 0) : std::string_view();
-        if (state == "committed" || state == "aborted") {
+        // A server that recovers may never have heard of a transaction of which nothing had reached its disk.
+        const bool unheard_of = !told && Problem().fault == LibraryFault::Failed;
+        if (state == "committed" || state == "aborted" || unheard_of) {
             SetProblem(problem);
             return state == "committed";
         }
