@@ -15,13 +15,11 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
-#include <functional>
 #include <linux/fs.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <vector>
 
 #define XXH_INLINE_ALL
 #include <xxhash.h>
@@ -37,7 +35,7 @@ constexpr std::u16string_view cache_value = u"cache";
 constexpr qint64 default_megabytes = 2048;
 constexpr qint64 megabyte = 1 << 20;
 constexpr qint64 disk_block = 4096;
-constexpr std::size_t block_bytes = 1 << 18;
+constexpr std::size_t block_bytes = 1 << 16;
 constexpr qint64 sum_bytes = 8;             // behind the content
 constexpr time_t fresh_seconds = 60;        // for so long a content needs no new time of its last use
 constexpr const char* total_file = "total"; // what lies in the folder, at least; its lock is for whoever changes that
@@ -81,16 +79,19 @@ private:
     XXH3_state_t state_;
 };
 
-// The content, block by block: true when all came and it is as it was kept. `kept` is the file that has the sum.
-bool ReadSound(int descriptor, int kept, const QByteArray& hash, qint64 bytes,
-               const std::function<bool(std::string_view block)>& each)
+} // namespace
+
+// The content, block by block: true when all came and it is as it was kept. `kept` is the file that has the sum. The
+// buffer stays, and fits the processor's own memory: new pages for each content cost as much as reading it.
+bool CContentCache::ReadSound(int descriptor, int kept, const QByteArray& hash, qint64 bytes,
+                              const std::function<bool(std::string_view block)>& each)
 {
-    std::vector<char> buffer(block_bytes);
+    buffer_.resize(block_bytes);
     CSum sum;
     for (qint64 done = 0; done < bytes;) {
         const auto wanted = static_cast<std::size_t>(std::min<qint64>(block_bytes, bytes - done));
-        const ssize_t got = pread(descriptor, buffer.data(), wanted, done);
-        const std::string_view block(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+        const ssize_t got = pread(descriptor, buffer_.data(), wanted, done);
+        const std::string_view block(buffer_.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
         sum.Add(block);
         if (got <= 0 || !each(block)) {
             return false;
@@ -100,6 +101,8 @@ bool ReadSound(int descriptor, int kept, const QByteArray& hash, qint64 bytes,
     std::string told(sum_bytes, '\0');
     return pread(kept, told.data(), told.size(), bytes) == sum_bytes && told == sum.Bytes(hash);
 }
+
+namespace {
 
 struct KeptFile {
     timespec used;

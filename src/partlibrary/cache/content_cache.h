@@ -10,11 +10,13 @@
 #include <QtGlobal>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace partkeep {
 
@@ -81,6 +83,8 @@ private:
     bool OpenFolder();
     [[nodiscard]] CFileHandle OpenContent(const QByteArray& hash, qint64 bytes);
     void Drop(const QByteArray& hash);
+    [[nodiscard]] bool ReadSound(int descriptor, int kept, const QByteArray& hash, qint64 bytes,
+                                 const std::function<bool(std::string_view block)>& each);
     bool MakeRoom(qint64 bytes);
     [[nodiscard]] qint64 Trim(qint64 most_bytes);
     void RestAfterFailure() { rests_until_ = Clock::now() + std::chrono::minutes(1); }
@@ -88,6 +92,7 @@ private:
     CacheSettings settings_;
     std::optional<CFileHandle> folder_; // not open where it cannot be used
     Clock::time_point rests_until_;
+    std::vector<char> buffer_;
 };
 
 } // namespace partkeep
