@@ -4,6 +4,7 @@
 
 #include "tests/support/failing_memory.h"
 #include "watched_memory.h"
+#include "xml/xml_compactor.h"
 #include "xml_test_support.h"
 
 using namespace partkeep;
@@ -142,6 +143,20 @@ TEST(XmlMemoryFault, AnAppendOrAReadingOfValuesReportsFailure)
         const CXmlValue<CXmlString> text = copy.IsEmpty() ? copy.AsString() : (*copy.Begin()).AsString();
         return name == nullptr || text.has == 0 ? "-" : std::string(name) + "|" + text.value.Text();
     });
+}
+
+TEST(XmlMemoryFault, WhatHangsInsideACopyGoesWithIt)
+{
+    const std::size_t before = watched_memory::LivePieces();
+    for (const char* text : {"<r><n/></r>", "<r><n><m/></n></r>", "<r><n><m x=\"1\"><l>1</l></m></n><o/></r>"}) {
+        const CXmlElement read = Read(Declared(text));
+        CXmlElement copy(CompactXml(read.Node(), read.Block(), 65001));
+        for (CXmlElement inside = copy; inside.Begin() != inside.End(); inside = *inside.Begin()) {
+            inside.AddChild("late", true);
+            inside.AppendChild(Read(Declared("<late><t>1</t><e/></late>")));
+        }
+    }
+    EXPECT_EQ(watched_memory::LivePieces(), before);
 }
 
 } // namespace

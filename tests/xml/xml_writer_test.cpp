@@ -37,7 +37,8 @@ TEST(XmlWriter, GuessesWhatIsAboutAsLongAsTheText)
     for (int at = 0; at < 1000; ++at) {
         text += "<part id=\"" + std::to_string(at) + "\"><name>a part of some name, and what it is</name></part>";
     }
-    const CXmlDocument read = Read(Declared(text + "</R>"));
+    text += "<long>" + std::string(100'000, 'u') + "</long></R>"; // more than a page
+    const CXmlDocument read = Read(Declared(text));
     const CXmlElement copy(CompactXml(read.Node(), read.Block(), 65001));
     for (std::byte* block : {read.Block(), copy.Block()}) {
         const std::size_t guess = GuessLengthOf(block);
