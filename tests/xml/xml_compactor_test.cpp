@@ -134,4 +134,15 @@ TEST(XmlCompactor, RefusesWhatHasNoCopy)
     EXPECT_TRUE(Show(root) == before);
 }
 
+// Where its beginning was made, and the rest comes from elsewhere.
+TEST(XmlCompactor, ACopyStandsAtAnEvenAddress)
+{
+    for (std::size_t length = 0; length < 12; ++length) {
+        CXmlElement source(std::string(length, 'n').c_str(), 65001);
+        source.AppendChild(TextLeaf("t", std::string(20'000, 't')));
+        const CXmlElement copy = Compact(source);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(copy.Block()) % 2, 0U) << length;
+    }
+}
+
 } // namespace
