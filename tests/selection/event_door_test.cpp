@@ -188,6 +188,19 @@ TEST_F(EventDoor, UntimelyInputHasItsOneOutcome)
     }
 }
 
+TEST_F(EventDoor, AWindowThatFailsTakesBackNothingThatIsDecided)
+{
+    for (const auto& [input, result] : {std::pair(Input::Enter, id_ok), std::pair(Input::Click, id_cancel)}) {
+        EXPECT_EQ(Run({[&, &input = input](CScriptedWindow& window) {
+                      Select("A");
+                      Give(window, input);
+                      throw std::bad_alloc();
+                  }}),
+                  result);
+    }
+    EXPECT_TRUE(windows.existing.empty());
+}
+
 TEST_F(EventDoor, AnyEventInsideAnyCallLeavesTheRunWhole)
 {
     ASSERT_EQ(RunWhole(), id_ok);
