@@ -234,6 +234,7 @@ TEST_F(SelectedParts, CollectsWithoutAWindowAndListsAllOfItInALaterOne)
         const auto& rows = windows_.existing.back()->controls.at(RES_PART_LIST).rows;
         ASSERT_EQ(rows.size(), 2U);
         EXPECT_EQ(rows[0].cells.at(0) + rows[1].cells.at(0), u"AB");
+        EXPECT_EQ(windows_.existing.back()->Text(RES_PARTS_COLLECTED), u"2");
         late.EmptyAndDestroy();
     });
 }
