@@ -238,7 +238,11 @@ TEST_F(SelectedParts, CollectsWithoutAWindowAndListsAllOfItInALaterOne)
             }
             EXPECT_EQ(shown, names);
             EXPECT_EQ(windows_.existing.back()->Text(RES_PARTS_COLLECTED), names.size() == 1 ? u"1" : u"2");
+            IDialogEvents& events = windows_.existing.back()->Events();
             late.EmptyAndDestroy();
+            const std::size_t noted = recorder_.lines.size();
+            events.OnCommand(id_cancel);
+            EXPECT_EQ(recorder_.lines.size(), noted) << "a window that has gone hides no more";
         });
     }
 }
