@@ -137,7 +137,7 @@ TEST(XmlMemoryFault, AnAppendOrAReadingOfValuesReportsFailure)
         CXmlElement deep("d", 65001);
         const bool made = !root.AddChild("a", true).IsEmpty() && !copies.AppendChild(root).IsEmpty() &&
                           !deep.AppendChild(CXmlElement("d", 65001)).IsEmpty() && !root.AppendChild(deep).IsEmpty() &&
-                          array.AsStringList().has != 0;
+                          array.AsStringList().has == 1;
         const CXmlElement copy = made ? copies.AppendChild(root) : CXmlElement();
         const char* name = copy.GetName();
         const CXmlValue<CXmlString> text = copy.IsEmpty() ? copy.AsString() : (*copy.Begin()).AsString();
