@@ -23,6 +23,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace partkeep {
@@ -131,7 +132,7 @@ private:
     void Choose(PartId part);
     bool KeepVisible();
     void SetSelection(std::vector<PartId> ids);
-    void RememberNames(std::size_t index);
+    void RememberNames(std::size_t count);
     [[nodiscard]] std::optional<PartRow> FindByPath(IPartLibrary& library, std::u16string_view part_path);
     [[nodiscard]] std::optional<PartRow> FirstSelected();
     void ExpectRest(PartId part);
@@ -150,10 +151,11 @@ private:
     PartListView view_;                    // of the current folder
     SearchScope scope_ = SearchScope::Folder;
     std::vector<PartId> selection_;
-    std::size_t asked_ = 0;               // entry of the selection that was asked for last
-    CopyProgress copy_;                   // the last one
-    std::vector<QString> selected_names_; // of the first of them, for when the library does not answer
-    std::size_t next_copy_ = 0;           // behind the one of the selection that was copied last
+    std::size_t asked_ = 0;                              // entry of the selection that was asked for last
+    CopyProgress copy_;                                  // the last one
+    std::unordered_map<PartId, QString> selected_names_; // for when the library does not answer
+    std::size_t named_ = 0;                              // so many of the selection are among them
+    std::size_t next_copy_ = 0;                          // behind the one of the selection that was copied last
     std::optional<std::u16string> target_folder_;
     CFolderNames target_names_;
     std::int16_t data_kind_ = part_data_kind;

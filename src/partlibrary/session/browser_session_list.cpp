@@ -13,7 +13,8 @@ namespace partkeep {
 
 namespace {
 
-constexpr std::size_t most_names = 32768; // an index has 16 bits
+constexpr std::size_t most_names = 32768;       // an index has 16 bits
+constexpr std::size_t most_named_at_once = 512; // of a selection; of more than 256 nothing is loaded
 
 // A folder that an administrator has renamed or moved keeps its number.
 std::optional<QString> PathNow(IPartLibrary& library, qint64 folder)
@@ -186,7 +187,13 @@ void CBrowserSession::Select(std::vector<PartId> ids)
 void CBrowserSession::SetSelection(std::vector<PartId> ids)
 {
     selection_ = std::move(ids);
-    selected_names_.clear();
+    if (selection_.empty()) {
+        selected_names_.clear();
+    }
+    named_ = 0;
+    if (selection_.size() <= most_named_at_once) {
+        RememberNames(selection_.size());
+    }
 }
 
 bool CBrowserSession::SelectParts(const QStringList& names)
@@ -226,19 +233,28 @@ std::int32_t CBrowserSession::GetSelectedPartCount() const
     return static_cast<std::int32_t>(std::min(selection_.size(), most));
 }
 
-// Who asks for the second will ask for all: their names are read while the library answers.
-void CBrowserSession::RememberNames(std::size_t index)
+// Of the first ones of the selection, as far as they are not known: while the library answers.
+void CBrowserSession::RememberNames(std::size_t count)
 {
-    const std::size_t wanted = index == 0 ? 1 : std::min(selection_.size(), most_names);
-    const std::size_t known = selected_names_.size();
-    const auto parts =
-        known < wanted ? library_->FindParts(std::span(selection_).subspan(known, wanted - known)) : std::nullopt;
-    for (const PartRow& part : parts.value_or(std::vector<PartRow>())) {
-        selected_names_.push_back(part.folder == current_folder_.id ? part.name : QString());
+    std::vector<PartId> unknown;
+    for (const PartId id : std::span(selection_).first(count).subspan(std::min(named_, count))) {
+        if (!selected_names_.contains(id)) {
+            unknown.push_back(id);
+        }
+    }
+    const auto parts = library_ == nullptr || unknown.empty() ? std::nullopt : library_->FindParts(unknown);
+    if (!parts && !unknown.empty()) {
+        return;
+    }
+    named_ = std::max(named_, count);
+    for (std::size_t i = 0; i < unknown.size(); ++i) {
+        const PartRow& part = (*parts)[i];
+        selected_names_[unknown[i]] = part.folder == current_folder_.id ? part.name : QString();
     }
 }
 
-// A part that has gone is told by an empty name, a library that does not answer by what it said before.
+// A part that has gone is told by an empty name, a library that does not answer by what it said before. Who asks for
+// the second will ask for all.
 std::optional<SelectedPart> CBrowserSession::GetSelectedPart(std::int16_t index)
 {
     const auto place = static_cast<std::size_t>(std::max<std::int16_t>(index, 0));
@@ -246,18 +262,20 @@ std::optional<SelectedPart> CBrowserSession::GetSelectedPart(std::int16_t index)
         return std::nullopt;
     }
     asked_ = place;
-    const auto part = library_->FindPart(selection_[place]);
+    const PartId id = selection_[place];
+    const auto part = library_->FindPart(id);
     const LibraryProblem problem = part ? LibraryProblem{} : library_->Problem();
     const QString name = part && part->folder == current_folder_.id ? part->name : QString();
-    RememberNames(place);
-    if (part && place == selected_names_.size()) { // the library has ceased to answer in between
-        selected_names_.push_back(name);
+    if (part) {
+        selected_names_[id] = name;
     }
+    RememberNames(index == 0 ? 1 : std::min(selection_.size(), most_names));
     if (problem && problem.fault != LibraryFault::NoPart) {
         SetProblem(problem);
-        const bool known = place < selected_names_.size() && problem_.fault != LibraryFault::NameRefused;
-        return known ? std::optional(SelectedPart{current_server_, current_folder_.path, selected_names_[place]})
-                     : std::nullopt;
+        const auto known = selected_names_.find(id);
+        return known != selected_names_.end() && problem_.fault != LibraryFault::NameRefused
+                   ? std::optional(SelectedPart{current_server_, current_folder_.path, known->second})
+                   : std::nullopt;
     }
     return SelectedPart{current_server_, current_folder_.path, name};
 }
