@@ -294,27 +294,35 @@ CStatement& CStatement::WithAll(const std::vector<SqlValue>& values)
     return *this;
 }
 
+// A value that found no memory would be stored as none.
+void CStatement::Bound(int code)
+{
+    if (code != SQLITE_OK && !failed_) {
+        Fail(code);
+    }
+}
+
 void CStatement::Bind(int place, qint64 value)
 {
-    sqlite3_bind_int64(statement_, place, value);
+    Bound(sqlite3_bind_int64(statement_, place, value));
 }
 
 void CStatement::Bind(int place, const QString& value)
 {
     const std::string text = ToUtf8(value);
-    sqlite3_bind_text64(statement_, place, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    Bound(sqlite3_bind_text64(statement_, place, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8));
 }
 
 void CStatement::Bind(int place, const QByteArray& value)
 {
-    sqlite3_bind_blob64(statement_, place, value.constData(), static_cast<sqlite3_uint64>(value.size()),
-                        SQLITE_TRANSIENT);
+    Bound(sqlite3_bind_blob64(statement_, place, value.constData(), static_cast<sqlite3_uint64>(value.size()),
+                              SQLITE_TRANSIENT));
 }
 
 void CStatement::Bind(int place, std::span<const char> value)
 {
     const char* const bytes = value.data() != nullptr ? value.data() : "";
-    sqlite3_bind_blob64(statement_, place, bytes, value.size(), SQLITE_STATIC);
+    Bound(sqlite3_bind_blob64(statement_, place, bytes, value.size(), SQLITE_STATIC));
 }
 
 int CStatement::Step()

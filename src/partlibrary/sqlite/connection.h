@@ -164,6 +164,7 @@ public:
 
 private:
     void Reset();
+    void Bound(int code);
     void Bind(int place, qint64 value);
     void Bind(int place, const QString& value);
     void Bind(int place, const QByteArray& value);

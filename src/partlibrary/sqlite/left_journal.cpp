@@ -55,12 +55,15 @@ public:
     explicit CLibraryFile(const QString& library)
     {
         sqlite3_open_v2(ToUtf8(library).c_str(), &database_, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
-        sqlite3_file_control(database_, "main", SQLITE_FCNTL_FILE_POINTER, &file_);
+        if (database_ != nullptr) { // there is none without memory
+            sqlite3_file_control(database_, "main", SQLITE_FCNTL_FILE_POINTER, &file_);
+        }
     }
     ~CLibraryFile() { sqlite3_close_v2(database_); }
     CLibraryFile(const CLibraryFile&) = delete;
     CLibraryFile& operator=(const CLibraryFile&) = delete;
 
+    [[nodiscard]] bool IsOpen() const { return file_ != nullptr && file_->pMethods != nullptr; }
     [[nodiscard]] QByteArray FirstPage() const
     {
         QByteArray page(page_bytes, '\0');
@@ -74,8 +77,6 @@ public:
     }
 
 private:
-    [[nodiscard]] bool IsOpen() const { return file_ != nullptr && file_->pMethods != nullptr; }
-
     sqlite3* database_ = nullptr;
     sqlite3_file* file_ = nullptr;
 };
@@ -120,8 +121,14 @@ bool SetForeignJournalAside(const QString& library, LibraryProblem& problem)
 {
     const QString journal = library + QStringLiteral("-journal");
     const ino_t inode = InodeOf(journal);
+    if (inode == 0) {
+        return true;
+    }
     const CLibraryFile file(library);
-    if (inode == 0 || file.IsBeingChanged()) {
+    if (!file.IsOpen()) {
+        return Refuse(problem, library);
+    }
+    if (file.IsBeingChanged()) {
         return true;
     }
     const Owner owner = OwnerOf(ReadStart(journal, qsizetype{3} * page_bytes), file.FirstPage());
