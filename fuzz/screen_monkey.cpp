@@ -3,6 +3,7 @@
 // that is open; another process's changes of the libraries come between. A run of the dialog is a game of about a
 // hundred actions, then the host's records are compared with what the libraries ever held. The first game in which
 // something does not hold, a warning of the toolkit's included, ends the program and tells its last actions.
+#include "fuzz/monkey_records.h"
 #include "fuzz/monkey_shop.h"
 #include "tests/desktop/whole_dialog.h"
 #include "tests/desktop/x_close.h"
@@ -333,9 +334,7 @@ long CheckRecords(PartkeepReadImpl& host)
         const std::string mark = text(part.serverName) + "|" + text(part.folderName) + "|" + text(part.PartName);
         Require(seen.insert(mark).second, "a part is loaded once: " + mark);
         Require(!part.FilePathName.empty(), "a loaded part has a file: " + mark);
-        const std::size_t digits = part.Qty.find_first_not_of(u"0123456789");
-        Require(digits != 0 && part.Qty.find_first_not_of(u' ', digits) == std::u16string::npos,
-                "a quantity is digits, and blanks that were typed behind them");
+        Require(IsQuantity(part.Qty), "a quantity is one: " + text(part.Qty));
         for (const std::u16string& file : {part.FilePathName, part.SYFileName, part.NCFileName}) {
             std::string native = text(file);
             std::replace(native.begin(), native.end(), '\\', '/');

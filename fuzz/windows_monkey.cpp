@@ -3,6 +3,7 @@
 // refuses calls now and then, and fires and takes out messages by itself. A run of the dialog is a game of about a
 // hundred actions, then the host's records are looked at, and nothing may be left. The first game in which something
 // does not hold ends the program and tells its last actions.
+#include "fuzz/monkey_records.h"
 #include "host/partkeep_read_impl.h"
 #include "resources/resource_ids.h"
 #include "settings/process_values.h"
@@ -39,18 +40,18 @@ constexpr auto longest_pause = std::chrono::seconds(120);
 std::atomic<long> game = 0;
 std::deque<std::string> last_actions;
 
+BOOL CALLBACK AddVisible(HWND window, LPARAM windows)
+{
+    IsWindowVisible(window) ? reinterpret_cast<std::vector<HWND>*>(windows)->push_back(window) : void();
+    return TRUE;
+}
+
 // The visible windows of the dialog's thread, the topmost first.
 std::vector<HWND> VisibleWindows()
 {
     static const DWORD thread = GetCurrentThreadId();
     std::vector<HWND> windows;
-    EnumThreadWindows(
-        thread,
-        [](HWND window, LPARAM all) -> BOOL {
-            IsWindowVisible(window) ? reinterpret_cast<std::vector<HWND>*>(all)->push_back(window) : void();
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&windows));
+    EnumThreadWindows(thread, AddVisible, reinterpret_cast<LPARAM>(&windows));
     return windows;
 }
 
@@ -283,13 +284,7 @@ private:
         const std::vector<HWND> windows = VisibleWindows();
         HWND window = Below(3) != 0 ? windows[0] : windows[Below(windows.size())];
         std::vector<HWND> all{window};
-        EnumChildWindows(
-            window,
-            [](HWND child, LPARAM found) -> BOOL {
-                IsWindowVisible(child) ? reinterpret_cast<std::vector<HWND>*>(found)->push_back(child) : void();
-                return TRUE;
-            },
-            reinterpret_cast<LPARAM>(&all));
+        EnumChildWindows(window, AddVisible, reinterpret_cast<LPARAM>(&all));
         HWND target = all[Below(all.size())];
         if (!IsWindowEnabled(window) || window == host_) {
             return; // the system gives it no mouse
@@ -337,9 +332,7 @@ private:
             Require(std::any_of(script_.list.begin(), script_.list.end(),
                                 [&](const ScriptedPart& listed) { return listed.name == part.PartName; }),
                     "a loaded part is one that was listed");
-            const std::size_t digits = part.Qty.find_first_not_of(u"0123456789");
-            Require(digits != 0 && part.Qty.find_first_not_of(u' ', digits) == std::u16string::npos,
-                    "a quantity is digits, and blanks that were typed behind them");
+            Require(IsQuantity(part.Qty), "a quantity is one");
             Require(GetFileAttributesW(reinterpret_cast<const wchar_t*>(part.FilePathName.c_str())) !=
                         INVALID_FILE_ATTRIBUTES,
                     "a loaded part has its file");

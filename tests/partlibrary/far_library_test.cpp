@@ -268,7 +268,11 @@ TEST_F(FarLibrary, WhatWasLoadedLoadsWhileTheServerIsAway)
     session.SelectAllParts(1);
     EXPECT_EQ(Load(session), all_);
     EXPECT_FALSE(session.Library()->AsOf().isValid());
+    CBrowserSession selected{Far(0)};
+    Open(selected, target_);
+    selected.SelectAllParts(1);
     ASSERT_TRUE(SignalDatabase("STOP"));
+    EXPECT_EQ(selected.GetSelectedPart(4).value_or(SelectedPart()).name, u"P10"_s) << "which nobody has asked for yet";
     EXPECT_EQ(Load(session), all_);
     EXPECT_TRUE(session.Library()->AsOf().isValid());
     EXPECT_FALSE(session.CopyPartFiles(u"SRV1", u"Plates\\Top")) << "of which nothing is known";

@@ -54,7 +54,8 @@ class CLibraryFile {
 public:
     explicit CLibraryFile(const QString& library)
     {
-        sqlite3_open_v2(ToUtf8(library).c_str(), &database_, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
+        code_ =
+            sqlite3_open_v2(ToUtf8(library).c_str(), &database_, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
         if (database_ != nullptr) { // there is none without memory
             sqlite3_file_control(database_, "main", SQLITE_FCNTL_FILE_POINTER, &file_);
         }
@@ -64,6 +65,7 @@ public:
     CLibraryFile& operator=(const CLibraryFile&) = delete;
 
     [[nodiscard]] bool IsOpen() const { return file_ != nullptr && file_->pMethods != nullptr; }
+    [[nodiscard]] int Code() const { return code_; } // of the engine, for the opening
     [[nodiscard]] QByteArray FirstPage() const
     {
         QByteArray page(page_bytes, '\0');
@@ -77,6 +79,7 @@ public:
     }
 
 private:
+    int code_ = SQLITE_OK;
     sqlite3* database_ = nullptr;
     sqlite3_file* file_ = nullptr;
 };
@@ -125,8 +128,9 @@ bool SetForeignJournalAside(const QString& library, LibraryProblem& problem)
         return true;
     }
     const CLibraryFile file(library);
-    if (!file.IsOpen()) {
-        return Refuse(problem, library);
+    if (!file.IsOpen() && QFile::exists(library)) { // whose the journal is cannot be told
+        problem = ProblemOfCode(file.Code(), library);
+        return false;
     }
     if (file.IsBeingChanged()) {
         return true;
