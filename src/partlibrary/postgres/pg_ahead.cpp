@@ -80,10 +80,17 @@ CPgAtHand::Need CPgAhead::NeedOfNext()
     return at_hand_.NeedOf(next.part, next.slots, coming_).value_or(CPgAtHand::Need{{}, {}, small_bytes});
 }
 
+CSql CPgAhead::StatementFor(PartId part, SlotSet slots, std::span<const QByteArray> kept) const
+{
+    return CPgContent::Statement(part, slots, kept, at_hand_.Cache() != nullptr);
+}
+
 bool CPgAhead::Connect()
 {
     LibraryProblem problem;
-    connection_ = connection_ != nullptr ? connection_ : CPgConnection::Open(main_->Place(), PgUse::Browse, problem);
+    if (connection_ == nullptr) {
+        connection_ = CPgConnection::Open(main_->Place(), PgUse::Browse, problem, StatementFor({}, {}, {}));
+    }
     return connection_ != nullptr && connection_->Id() == main_->Id();
 }
 
@@ -103,8 +110,7 @@ void CPgAhead::SendMore()
         coming_.insert(need.coming.begin(), need.coming.end());
         asked_ += is_here ? 0 : 1;
         bytes_sent_for_ += need.bytes;
-        const bool once = at_hand_.Cache() != nullptr;
-        if (!is_here && !connection_->Send(CPgContent::Statement(copy.part, copy.slots, need.kept, once))) {
+        if (!is_here && !connection_->SendOften(StatementFor(copy.part, copy.slots, need.kept))) {
             GiveUp();
         }
     }

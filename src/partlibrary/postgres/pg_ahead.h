@@ -40,6 +40,7 @@ private:
     };
 
     void SendMore();
+    [[nodiscard]] CSql StatementFor(PartId part, SlotSet slots, std::span<const QByteArray> kept) const;
     bool Connect();
     void AskForHashes();
     [[nodiscard]] CPgAtHand::Need NeedOfNext();

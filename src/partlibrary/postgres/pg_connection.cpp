@@ -8,7 +8,14 @@
 
 namespace partkeep {
 
-std::shared_ptr<CPgConnection> CPgConnection::Open(const PgPlace& place, PgUse use, LibraryProblem& problem)
+namespace {
+
+constexpr SqlText often_name = "often";
+
+} // namespace
+
+std::shared_ptr<CPgConnection> CPgConnection::Open(const PgPlace& place, PgUse use, LibraryProblem& problem,
+                                                   std::optional<CSql> often)
 {
     problem = {};
     const PqDriver* const driver = LoadPqDriver(problem);
@@ -20,7 +27,7 @@ std::shared_ptr<CPgConnection> CPgConnection::Open(const PgPlace& place, PgUse u
         problem = {LibraryFault::NotFound, place.Text(), {}};
         return nullptr;
     }
-    std::shared_ptr<CPgConnection> connection(new CPgConnection(*driver, place, use));
+    std::shared_ptr<CPgConnection> connection(new CPgConnection(*driver, place, use, std::move(often)));
     const auto began = connection->BeginWait();
     if (use == PgUse::Browse) { // whoever shows a library has heard of it there just now
         connection->Expect();
@@ -72,6 +79,9 @@ std::vector<std::pair<QString, QString>> CPgConnection::Settings() const
         settings.emplace_back(QStringLiteral("enable_hashjoin"), off);
         settings.emplace_back(QStringLiteral("enable_mergejoin"), off);
     }
+    if (often_) {
+        settings.emplace_back(QStringLiteral("plan_cache_mode"), QStringLiteral("force_generic_plan"));
+    }
     if (!Reads()) { // a machine that is gone must not hold its lock, whether it has an answer on its way or not
         settings.emplace_back(QStringLiteral("tcp_keepalives_idle"), QStringLiteral("2"));
         settings.emplace_back(QStringLiteral("tcp_keepalives_interval"), QStringLiteral("1"));
@@ -86,6 +96,9 @@ bool CPgConnection::Prepare()
     std::vector<CSql> statements;
     for (const auto& [name, value] : Settings()) {
         statements.push_back(std::move(CSql("SELECT set_config(").Value(name).Add(", ").Value(value).Add(", false)")));
+    }
+    if (often_) { // to compile it each time costs a third of a copy
+        statements.push_back(often_->Preparation(often_name));
     }
     const bool look = Use() != PgUse::Administer && !Place().server.isEmpty();
     if (look) {
@@ -128,6 +141,18 @@ bool CPgConnection::TakeLibraryRow(const CPgResult& result)
     revision_ = result.Integer(0, 3);
     other_keys_ = result.Text(0, 2) != KeysVersion();
     return true;
+}
+
+bool CPgConnection::Send(const CSql& statement)
+{
+    BeginWait();
+    return Ready() && SendOne(statement) && SendSync();
+}
+
+bool CPgConnection::SendOften(const CSql& values)
+{
+    BeginWait();
+    return Ready() && SendOne(values, often_name.View().data()) && SendSync();
 }
 
 bool CPgConnection::Ready()

@@ -26,7 +26,9 @@ inline constexpr std::size_t longest_schema = 63; // bytes of a name
 class CPgConnection : public CPgLine {
 public:
     // Null on failure, with the reason.
-    [[nodiscard]] static std::shared_ptr<CPgConnection> Open(const PgPlace& place, PgUse use, LibraryProblem& problem);
+    // `often`: a statement that is sent again and again by this connection alone, and is compiled once.
+    [[nodiscard]] static std::shared_ptr<CPgConnection> Open(const PgPlace& place, PgUse use, LibraryProblem& problem,
+                                                             std::optional<CSql> often = {});
 
     // Runs statements in one round trip, and as one transaction where none is open. Nothing on a failure of any.
     [[nodiscard]] std::optional<std::vector<CPgResult>> AskAll(std::span<const CSql> statements);
@@ -36,6 +38,7 @@ public:
     // For results that come row by row, in the order in which their statements were sent.
     enum class Next { Row, End, Failed };
     bool Send(const CSql& statement);
+    bool SendOften(const CSql& values); // the statement of Open with the values of this one
     [[nodiscard]] Next Receive(CPgResult& row);
     [[nodiscard]] Next SendForFirst(const CSql& statement, CPgResult& row); // as often as it takes to have one
 
@@ -63,7 +66,10 @@ public:
     bool TakeLibraryRow(const CPgResult& result);
 
 private:
-    CPgConnection(const PqDriver& driver, PgPlace place, PgUse use) : CPgLine(driver, std::move(place), use) {}
+    CPgConnection(const PqDriver& driver, PgPlace place, PgUse use, std::optional<CSql> often)
+        : CPgLine(driver, std::move(place), use), often_(std::move(often))
+    {
+    }
     bool Connect();
     bool Prepare();
     bool Ready();
@@ -72,6 +78,7 @@ private:
     bool TakeResults(std::vector<CPgResult>& results);
     [[nodiscard]] bool LookForCommit();
 
+    std::optional<CSql> often_;
     QByteArray id_;
     qint64 revision_ = 0;
     QByteArray transaction_; // its number, as text

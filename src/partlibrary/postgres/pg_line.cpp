@@ -51,7 +51,7 @@ bool CPgLine::EnterPipeline()
 
 // Sending, and what comes.
 
-bool SendStatement(const PqDriver& pq, PGconn* connection, const CSql& statement)
+bool SendStatement(const PqDriver& pq, PGconn* connection, const CSql& statement, const char* prepared)
 {
     std::vector<Oid> types;
     std::vector<const char*> values;
@@ -62,13 +62,17 @@ bool SendStatement(const PqDriver& pq, PGconn* connection, const CSql& statement
         lengths.push_back(static_cast<int>(parameter.bytes.size()));
     }
     const std::vector<int> binary(values.size(), 1);
+    if (prepared != nullptr) {
+        return pq.PQsendQueryPrepared(connection, prepared, static_cast<int>(values.size()), values.data(),
+                                      lengths.data(), binary.data(), 1) == 1;
+    }
     return pq.PQsendQueryParams(connection, statement.Text().c_str(), static_cast<int>(values.size()), types.data(),
                                 values.data(), lengths.data(), binary.data(), 1) == 1;
 }
 
-bool CPgLine::SendOne(const CSql& statement)
+bool CPgLine::SendOne(const CSql& statement, const char* prepared)
 {
-    return SendStatement(pq_, connection_.get(), statement) || Lose();
+    return SendStatement(pq_, connection_.get(), statement, prepared) || Lose();
 }
 
 bool CPgLine::SendSync()

@@ -68,7 +68,7 @@ protected:
     // Each is false by trouble, which is the problem then; there may be no connection any more.
     bool StartUp();
     bool EnterPipeline();
-    bool SendOne(const CSql& statement);
+    bool SendOne(const CSql& statement, const char* prepared = nullptr);
     bool SendSync();
     bool SendAll();
     bool Wait(short events);
@@ -94,7 +94,9 @@ private:
     bool expected_ = false;
 };
 
-// Sends one in the extended protocol, values in binary both ways. False when the client library fails.
-[[nodiscard]] bool SendStatement(const PqDriver& pq, PGconn* connection, const CSql& statement);
+// Sends one in the extended protocol, values in binary both ways; only its values where the server keeps it under the
+// name `prepared`. False when the client library fails.
+[[nodiscard]] bool SendStatement(const PqDriver& pq, PGconn* connection, const CSql& statement,
+                                 const char* prepared = nullptr);
 
 } // namespace partkeep

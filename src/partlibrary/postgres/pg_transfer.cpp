@@ -12,12 +12,6 @@ namespace partkeep {
 
 // Row by row.
 
-bool CPgConnection::Send(const CSql& statement)
-{
-    BeginWait();
-    return Ready() && SendOne(statement) && SendSync();
-}
-
 CPgConnection::Next CPgConnection::SendForFirst(const CSql& statement, CPgResult& row)
 {
     const auto began = Clock::now();

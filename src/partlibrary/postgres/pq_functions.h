@@ -38,6 +38,7 @@ namespace partkeep {
     X(PQresultErrorMessage)                                                                                            \
     X(PQresultStatus)                                                                                                  \
     X(PQsendQueryParams)                                                                                               \
+    X(PQsendQueryPrepared)                                                                                             \
     X(PQsetErrorVerbosity)                                                                                             \
     X(PQsetNoticeProcessor)                                                                                            \
     X(PQsetSingleRowMode)                                                                                              \

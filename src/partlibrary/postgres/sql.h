@@ -85,6 +85,14 @@ public:
         return Put(SqlType::BytesMany, std::move(bytes));
     }
 
+    // The statement that has the server keep this one, which is then sent by its name. The values come with it.
+    [[nodiscard]] CSql Preparation(SqlText name) const
+    {
+        CSql sql("PREPARE ");
+        sql.Add(name).Add(" AS ").text_ += text_;
+        return sql;
+    }
+
     [[nodiscard]] const std::string& Text() const { return text_; }
     [[nodiscard]] const std::vector<Parameter>& Parameters() const { return parameters_; }
 
