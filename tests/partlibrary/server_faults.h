@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <poll.h>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -52,7 +53,6 @@ protected:
                             writer.PutFile(*part, FileSlot::Ncd, QByteArray(300000, 'n')));
             }
         });
-        fs::create_directory(target_.Path("loaded"));
         const fs::path services = target_.Path("services");
         std::ostringstream text;
         text << std::ifstream(before_).rdbuf();
@@ -74,10 +74,11 @@ protected:
     // As the dialog does it, by a role that may only read. No call takes too long, and no half of a part is left.
     bool Load()
     {
-        for (const auto& old : fs::directory_iterator(target_.Path("loaded"))) {
-            fs::remove(old);
+        for (const char* old : {"loaded", "kept"}) {
+            fs::remove_all(target_.Path(old));
         }
-        CBrowserSession session{CLibraryFolder({}, {tapped_station})};
+        fs::create_directory(target_.Path("loaded"));
+        CBrowserSession session{CLibraryFolder({}, {tapped_station}, {target_.Path("kept"), 1 << 26})};
         session.SetTargetFolder(target_.Core(u"loaded"));
         session.SetDataKind(-1);
         bool complete = Soon([&] { return session.Go(u"SRV1"_s, u"Load"_s); });
@@ -113,7 +114,7 @@ protected:
         bool complete = Soon([&] { return session.Go(u"SRV1"_s, u"Load"_s); });
         opened_ = complete;
         const auto shows = [&](const char* wanted) {
-            if (session.Library() == nullptr || session.CurrentFolder().id == 0) {
+            if (session.Library() == nullptr || session.CurrentFolder().path != u"Load"_s) {
                 return false;
             }
             const auto list = session.Library()->List(session.ListView(), session.CurrentFolder().parts, nullptr);
@@ -126,7 +127,8 @@ protected:
                 }
                 return true;
             });
-            EXPECT_TRUE(list->Failed() || session.Library()->Problem() || shown == wanted) << shown;
+            EXPECT_TRUE(list->Failed() || session.Library()->Problem() || session.Problem() || shown == wanted)
+                << shown;
             return shown == wanted;
         };
         complete = shows("L1L2L3") && complete;
@@ -135,6 +137,14 @@ protected:
         Soon([&] { return session.SearchFor({}), session.SortBy(PartColumn::Name, true), true; });
         complete = shows("L3L2L1") && complete;
         complete = Soon([&] { return session.Folders(u"SRV1"_s, {}).has_value(); }) && complete;
+        IPartLibrary* const library = session.Library();
+        complete = library != nullptr && complete &&
+                   Soon([&] { return library->Values(session.ListView(), PartColumn::Material, 9).has_value(); });
+        for (int look = 0; library != nullptr && look < 20; ++look) {
+            pollfd changes{library->ChangeSocket(), POLLIN, 0};
+            poll(&changes, 1, 2);
+            Soon([&] { return library->LookForChange(); });
+        }
         complete = Soon([&] { return session.ReadPartAttributes(u"SRV1", u"Load\\L2").has_value(); }) && complete;
         Soon([&] { return session.Refresh(); }); // asks for the server once more
         return shows("L3L2L1") && complete;

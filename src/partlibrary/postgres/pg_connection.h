@@ -75,6 +75,7 @@ private:
     bool Ready();
     void TellMissingRight();
     [[nodiscard]] std::optional<std::vector<CPgResult>> TryAll(std::span<const CSql> statements);
+    bool LeaveCopy(bool sound);
     bool TakeResults(std::vector<CPgResult>& results);
     [[nodiscard]] bool LookForCommit();
 

@@ -27,8 +27,9 @@ CPgConnection::Next CPgConnection::Receive(CPgResult& row)
     BeginWait();
     Next next = Next::End;
     while (Get() != nullptr) {
-        if (!std::exchange(single_rows_, true)) {
-            Driver().PQsetSingleRowMode(Get());
+        if (!std::exchange(single_rows_, true) && Driver().PQsetSingleRowMode(Get()) != 1) {
+            Lose(); // else they would come all at once
+            break;
         }
         CPgResult result(Driver(), GetResult());
         if (Get() == nullptr) {
@@ -70,8 +71,7 @@ bool CPgConnection::BeginCopy(const CSql& statement)
     }
     copying_ = result.Status() == PGRES_COPY_IN;
     if (!copying_) {
-        Fail(result);
-        return Get() != nullptr ? (EnterPipeline(), false) : false;
+        return Fail(result) || LeaveCopy(false);
     }
     static constexpr std::string_view head("PGCOPY\n\377\r\n\0\0\0\0\0\0\0\0\0", 19);
     return PutCopy(head);
@@ -83,8 +83,12 @@ bool CPgConnection::PutCopy(std::string_view bytes)
         return false;
     }
     BeginWait();
-    const int put = Driver().PQputCopyData(Get(), bytes.data(), static_cast<int>(bytes.size()));
-    return (put > 0 || Lose()) && SendAll();
+    const auto put = [&] { return Driver().PQputCopyData(Get(), bytes.data(), static_cast<int>(bytes.size())); };
+    int done = put();
+    if (done == 0 && SendAll()) { // there may be room for it by now
+        done = put();
+    }
+    return done > 0 ? SendAll() : Get() != nullptr && Lose();
 }
 
 bool CPgConnection::EndCopy()
@@ -93,13 +97,12 @@ bool CPgConnection::EndCopy()
         return false;
     }
     copying_ = false;
-    int ended = 0;
-    while ((ended = Driver().PQputCopyEnd(Get(), nullptr)) == 0) {
-        if (!Wait(POLLOUT)) {
-            return false;
-        }
-    }
-    bool sound = ended > 0 || Lose();
+    return LeaveCopy(Driver().PQputCopyEnd(Get(), nullptr) == 1 || Lose());
+}
+
+// Only then is there a way back from a COPY, whether it has been one or was refused, when all answers have come.
+bool CPgConnection::LeaveCopy(bool sound)
+{
     while (Get() != nullptr) {
         const CPgResult result(Driver(), GetResult());
         if (!result) {

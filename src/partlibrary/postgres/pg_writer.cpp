@@ -111,6 +111,7 @@ void CPgWriter::Rollback()
     read_ = {};
     files_.clear();
     old_files_.clear();
+    replaced_.clear();
     pairs_.clear();
     new_parts_.clear();
     changed_parts_ = 0;
@@ -225,6 +226,12 @@ bool CPgWriter::FlushFiles()
                 .Value(std::span<const std::int32_t>(slots))
                 .Add(") AS old(part, slot) WHERE part_file.part = old.part AND part_file.slot = old.slot "
                      "RETURNING content) DELETE FROM piece USING gone WHERE piece.content = gone.content"))) {
+        return false;
+    }
+    const std::vector<qint64> replaced = std::exchange(replaced_, {});
+    if (!replaced.empty() &&
+        !connection_->Run(
+            CSql("DELETE FROM piece WHERE content = ANY(").Value(std::span<const qint64>(replaced)).Add(")"))) {
         return false;
     }
     std::string rows;

@@ -101,6 +101,7 @@ private:
     ReadNames read_;
     std::map<std::pair<PartId, std::int32_t>, StoredContent> files_;
     std::vector<std::pair<PartId, std::int32_t>> old_files_;
+    std::vector<qint64> replaced_;                   // contents that a file had a moment ago
     std::unordered_map<std::int32_t, qint64> pairs_; // how many parts more have them
     std::map<qint64, qint64> new_parts_;             // by folder
     std::vector<char> piece_;

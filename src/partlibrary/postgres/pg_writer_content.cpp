@@ -6,6 +6,7 @@
 #include "partlibrary/postgres/pg_writer.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace partkeep {
 
@@ -83,7 +84,10 @@ bool CPgWriter::PutFile(PartId part, FileSlot slot, const StoredContent& content
     if (held->old && (held->old->slots & SetOf(slot)) != 0 && !files_.contains(place)) {
         old_files_.push_back(place);
     }
-    files_[place] = content;
+    const auto [put, is_new] = files_.emplace(place, content);
+    if (!is_new) {
+        replaced_.push_back(std::exchange(put->second, content).id);
+    }
     if ((held->row.slots & SetOf(slot)) == 0) {
         held->row.slots |= SetOf(slot);
         held->changed = true;
