@@ -49,8 +49,9 @@ public:
 
     // Between these two nothing is asked again.
     bool Begin(std::span<const CSql> first, std::vector<CPgResult>& results);
-    // A commit of which no answer came is looked for on another connection, and never made again.
-    bool Commit(std::span<const CSql> last);
+    // A commit of which no answer came is looked for on another connection, and never made again: `look` gives true
+    // where it was made, false where not, and null where that cannot be known any more.
+    bool Commit(std::span<const CSql> last, const CSql& look);
     void Rollback();
 
     [[nodiscard]] const QByteArray& Id() const { return id_; }
@@ -77,7 +78,7 @@ private:
     [[nodiscard]] std::optional<std::vector<CPgResult>> TryAll(std::span<const CSql> statements);
     bool LeaveCopy(bool sound);
     bool TakeResults(std::vector<CPgResult>& results);
-    [[nodiscard]] bool LookForCommit();
+    [[nodiscard]] bool LookForCommit(const CSql& look);
 
     std::optional<CSql> often_;
     QByteArray id_;

@@ -90,6 +90,7 @@ void Settle(std::vector<std::int32_t>& codes)
 bool CreatePgSchema(CPgConnection& connection, LibraryProblem& problem)
 {
     const QString& server = connection.Place().server;
+    const QString mark = NewMark();
     std::vector<CSql> statements;
     const auto add = [&statements](CSql sql) { statements.push_back(std::move(sql)); };
     add(CSql("SELECT set_config('partkeep.schema', ").Value(server).Add(", true)"));
@@ -100,14 +101,15 @@ bool CreatePgSchema(CPgConnection& connection, LibraryProblem& problem)
     add(CSql("INSERT INTO partkeep_library VALUES(")
             .Value(postgres_library_version)
             .Add(", ")
-            .Value(NewMark())
+            .Value(mark)
             .Add(", ")
             .Value(KeysVersion())
             .Add(", 0, 2, 1, 1)"));
     add(CSql("INSERT INTO folder VALUES(1, 0, '', '', '', 0)"));
     add(CSql(grant_rights));
     std::vector<CPgResult> results;
-    if (connection.Begin(statements, results) && connection.Commit({})) {
+    const CSql look = std::move(CSql("SELECT mark = ").Value(mark).Add(" FROM partkeep_library"));
+    if (connection.Begin(statements, results) && connection.Commit({}, look)) {
         return true;
     }
     connection.Rollback();

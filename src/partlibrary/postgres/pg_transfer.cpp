@@ -130,7 +130,7 @@ bool CPgConnection::Begin(std::span<const CSql> first, std::vector<CPgResult>& r
     return true;
 }
 
-bool CPgConnection::Commit(std::span<const CSql> last)
+bool CPgConnection::Commit(std::span<const CSql> last, const CSql& look)
 {
     if (!last.empty() && !AskAll(last)) {
         return false;
@@ -138,29 +138,34 @@ bool CPgConnection::Commit(std::span<const CSql> last)
     const bool done = Run(CSql("COMMIT"));
     const bool unknown = !done && IsLost();
     in_transaction_ = !done && !unknown;
-    return done || (unknown && LookForCommit());
+    return done || (unknown && LookForCommit(look));
 }
 
-bool CPgConnection::LookForCommit()
+// By what it has left in the library. A server that recovers gives the number of a transaction of which nothing had
+// reached its disk to another: by the number it is only known whether it may still be under way. So it may be where a
+// standby follows.
+bool CPgConnection::LookForCommit(const CSql& look)
 {
     const LibraryProblem problem = Problem();
-    const auto until = Clock::now() + tool_patience;
-    TryAgain();
-    while (Clock::now() < until) {
-        const auto told =
-            Ask(CSql("SELECT pg_xact_status(").Value(FromUtf8(transaction_.toStdString())).Add("::xid8)"));
-        const std::string_view state = told && !told->IsNull(0, 0) ? told->Raw(0, 0) : std::string_view();
-        // A server that recovers may never have heard of a transaction of which nothing had reached its disk.
+    for (const auto until = Clock::now() + tool_patience; Clock::now() < until;) {
+        std::this_thread::sleep_for(between_attempts);
+        TryAgain();
+        const auto told = Ask(CSql("SELECT CASE WHEN pg_is_in_recovery() THEN 'in progress' ELSE pg_xact_status(")
+                                  .Value(FromUtf8(transaction_.toStdString()))
+                                  .Add("::xid8) END"));
         const bool unheard_of = !told && Problem().fault == LibraryFault::Failed;
-        if (state == "committed" || state == "aborted" || unheard_of) {
-            SetProblem(problem);
-            return state == "committed";
+        if (told ? !told->IsNull(0, 0) && told->Raw(0, 0) == "in progress" : !unheard_of) {
+            continue;
         }
-        if (told && state.empty()) {
+        const auto left = Ask(look);
+        const bool known = left && left->Rows() == 1 && !left->IsNull(0, 0);
+        if (known || (!left && Problem().fault == LibraryFault::NotFound)) {
+            SetProblem(problem);
+            return known && left->Raw(0, 0).front() != '\0';
+        }
+        if (left || !IsLost()) { // another has come since
             break;
         }
-        std::this_thread::sleep_for(between_attempts * 2);
-        TryAgain();
     }
     SetProblem({LibraryFault::NoAnswer, Place().Text(),
                 QStringLiteral("the connection was lost at the commit: look whether the change has arrived")});

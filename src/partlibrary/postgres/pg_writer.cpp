@@ -5,6 +5,8 @@
 #include "partlibrary/postgres/pg_copy_row.h"
 #include "partlibrary/postgres/pg_schema.h"
 
+#include <QRandomGenerator>
+
 #include <algorithm>
 #include <array>
 
@@ -13,6 +15,7 @@ namespace partkeep {
 namespace {
 
 constexpr std::size_t analyzed_from = 500; // parts that make the server's statistics old
+constexpr int longest_step = 1 << 30;      // of revisions: by how it steps, each change knows its own
 
 } // namespace
 
@@ -50,7 +53,7 @@ bool CPgWriter::Start(bool rebuilding)
     Rollback();
     broken_ = false;
     const std::array first{
-        CSql("SELECT keys, next_folder, next_part, next_content, mark FROM partkeep_library FOR UPDATE"),
+        CSql("SELECT keys, next_folder, next_part, next_content, mark, revision FROM partkeep_library FOR UPDATE"),
         CSql("SELECT now(), session_user::text")};
     std::vector<CPgResult> results;
     if (!connection_->Begin(first, results)) {
@@ -69,6 +72,7 @@ bool CPgWriter::Start(bool rebuilding)
         next_folder_ = numbers.Integer(0, 1);
         next_part_ = numbers.Integer(0, 2);
         next_content_ = numbers.Integer(0, 3);
+        revision_ = numbers.Integer(0, 5);
         now_ = results.back().Integer(0, 0);
         user_ = results.back().Text(0, 1);
         return true;
@@ -82,14 +86,23 @@ bool CPgWriter::Commit()
     if (!Flush() || broken_ || !FlushCounts()) {
         return false;
     }
+    const qint64 revision = revision_ + 1 + QRandomGenerator::system()->bounded(longest_step);
     const std::array last{CSql("SELECT pg_notify('partkeep', current_schema()::text)"),
-                          CSql("UPDATE partkeep_library SET revision = revision + 1, next_folder = ")
+                          CSql("UPDATE partkeep_library SET revision = ")
+                              .Value(revision)
+                              .Add(", next_folder = ")
                               .Value(next_folder_)
                               .Add(", next_part = ")
                               .Value(next_part_)
                               .Add(", next_content = ")
                               .Value(next_content_)};
-    const bool done = connection_->Commit(last);
+    const CSql look = std::move(CSql("SELECT CASE revision WHEN ")
+                                    .Value(revision)
+                                    .Add(" THEN TRUE WHEN ")
+                                    .Value(revision_)
+                                    .Add(" THEN FALSE END FROM partkeep_library WHERE mark = ")
+                                    .Value(FromUtf8(connection_->Id().toStdString())));
+    const bool done = connection_->Commit(last, look);
     if (done && changed_parts_ > analyzed_from) { // not before long would the server do so by itself
         connection_->Run(CSql("ANALYZE folder, part, part_file"));
     }

@@ -110,7 +110,8 @@ private:
     qint64 next_folder_ = 0;
     qint64 next_part_ = 0;
     qint64 next_content_ = 0;
-    qint64 now_ = 0; // microseconds, as the server counts them
+    qint64 revision_ = 0; // before this change
+    qint64 now_ = 0;      // microseconds, as the server counts them
     QString user_;
     bool in_pieces_ = false; // a COPY is under way
     bool broken_ = false;    // a change that was gathered has failed
