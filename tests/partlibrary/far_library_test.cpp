@@ -146,6 +146,11 @@ public:
     CCountedLine(const CCountedLine&) = delete;
     CCountedLine& operator=(const CCountedLine&) = delete;
     [[nodiscard]] long Bytes() const { return std::atol(ReadBytes(counted_).c_str()); }
+    [[nodiscard]] long Questions() const
+    {
+        const std::string told = ReadBytes(counted_);
+        return std::atol(told.substr(std::min(told.find(' '), told.size())).c_str());
+    }
 
 private:
     const std::string services_ = std::getenv("PGSERVICEFILE");
@@ -194,6 +199,7 @@ TEST_F(FarLibrary, EachContentComesOverTheLineOnce)
         session.SetTargetFolder(target_.Core());
         session.SetPartFilter(row.filter);
         ASSERT_TRUE(session.Go(u"SRV1"_s, u"Far"_s));
+        const long asked = line.Questions();
         session.SelectAllParts(1);
         ASSERT_EQ(session.GetSelectedPartCount(), parts);
         for (std::int16_t i = 0; i < parts; ++i) {
@@ -207,6 +213,8 @@ TEST_F(FarLibrary, EachContentComesOverTheLineOnce)
         const long came = line.Bytes() - before;
         EXPECT_GE(came, row.contents * size);
         EXPECT_LT(came, row.contents * size + 3 * size) << "what tells of them, and nothing twice";
+        EXPECT_TRUE(row.contents != 0 || line.Questions() - asked <= 4)
+            << "which parts, what they have, and that again";
     }
 }
 
@@ -271,6 +279,7 @@ TEST_F(FarLibrary, WhatWasLoadedLoadsWhileTheServerIsAway)
     CBrowserSession selected{Far(0)};
     Open(selected, target_);
     selected.SelectAllParts(1);
+    std::this_thread::sleep_for(std::chrono::milliseconds(2100)); // a moment ago is as good as now
     ASSERT_TRUE(SignalDatabase("STOP"));
     EXPECT_EQ(selected.GetSelectedPart(4).value_or(SelectedPart()).name, u"P10"_s) << "which nobody has asked for yet";
     EXPECT_EQ(Load(session), all_);

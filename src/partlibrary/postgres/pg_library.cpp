@@ -14,6 +14,7 @@ namespace partkeep {
 namespace {
 
 constexpr std::size_t most_refused = 100000; // are told apart
+constexpr std::size_t most_told_together = 1024;
 
 CSql SelectFolders()
 {
@@ -153,7 +154,12 @@ std::optional<PartRow> CPgLibrary::FindPart(const QString& folder, const QString
     if (const PartRow* const known = ahead_.Find(folder, name)) {
         return *known;
     }
-    return Known(at_hand_.Find(folder, name), CPgAtHand::Statement(folder, name), JoinPath(folder, name));
+    const CPgAtHand::Known* const known = at_hand_.Find(folder, name);
+    if (known != nullptr &&
+        at_hand_.JustTold(known->row.id) != nullptr) { // whoever loads it has asked for it by number
+        return known->row;
+    }
+    return Known(known, CPgAtHand::Statement(folder, name), JoinPath(folder, name));
 }
 
 // While the server does not answer, what it told before is all there is.
@@ -179,24 +185,35 @@ std::optional<PartRow> CPgLibrary::FindPart(PartId id)
     return Known(at_hand_.Find(id), CPgAtHand::Statement({&id, 1}), QString::number(id));
 }
 
-std::optional<std::vector<PartRow>> CPgLibrary::FindParts(std::span<const PartId> ids)
+std::optional<std::vector<PartRow>> CPgLibrary::FindAtHand(std::span<const PartId> ids) const
 {
     std::vector<PartRow> rows;
     for (const PartId id : ids) {
         const CPgAtHand::Known* const known = at_hand_.IsFresh() ? at_hand_.Find(id) : at_hand_.JustTold(id);
         if (known == nullptr) {
-            break;
+            return std::nullopt;
         }
         rows.push_back(known->row);
     }
-    if (rows.size() == ids.size()) {
+    return rows;
+}
+
+// What is copied next is told with its hashes, so that nothing more is asked before the copies.
+std::optional<std::vector<PartRow>> CPgLibrary::FindParts(std::span<const PartId> ids)
+{
+    if (auto rows = FindAtHand(ids)) {
         return rows;
     }
-    rows.clear();
-    const auto result = connection_->Ask(SelectParts().Add("id = ANY(").Value(ids).Add(")"));
+    const bool keep = at_hand_.Cache() != nullptr && ids.size() <= most_told_together;
+    const auto result = connection_->Ask(keep ? CPgAtHand::Statement(ids)
+                                              : std::move(SelectParts().Add("id = ANY(").Value(ids).Add(")")));
     if (!result) {
         return std::nullopt;
     }
+    if (keep) {
+        at_hand_.Take(*result);
+    }
+    std::vector<PartRow> rows;
     std::unordered_map<PartId, PartRow> found;
     PartRow row;
     for (int i = 0; i < result->Rows(); ++i) {

@@ -65,6 +65,7 @@ private:
     [[nodiscard]] std::optional<FolderRow> TakeFolder(const CPgResult& result, const QString& subject);
     [[nodiscard]] std::optional<PartRow> TakePart(const std::optional<CPgResult>& result, const QString& subject);
     [[nodiscard]] std::optional<bool> CopyKept(PartId part, SlotSet slots, const ContentSink& sink);
+    [[nodiscard]] std::optional<std::vector<PartRow>> FindAtHand(std::span<const PartId> ids) const;
     [[nodiscard]] std::optional<PartRow> Known(const CPgAtHand::Known* known, const CSql& statement,
                                                const QString& subject);
     [[nodiscard]] std::optional<PartRow> Gate(const PartRow& part, PgRowFault fault, const QString& subject);

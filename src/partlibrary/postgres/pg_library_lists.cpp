@@ -22,7 +22,8 @@ std::unique_ptr<IPartListing> CPgLibrary::List(const PartListView& view, qint64 
 
 std::optional<std::vector<PartId>> CPgLibrary::Ids(const PartListView& view)
 {
-    const auto folder = view.folder != all_folders ? FindFolder(view.folder) : std::nullopt;
+    const bool counts = view.folder != all_folders && !view.search.isEmpty(); // for the way to look for a text
+    const auto folder = counts ? FindFolder(view.folder) : std::nullopt;
     const auto list = List(view, folder ? folder->parts : 0, nullptr);
     list->Finish();
     return list->Complete() ? std::optional(list->Ids(0, list->Count())) : std::nullopt;
