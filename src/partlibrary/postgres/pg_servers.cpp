@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace partkeep {
@@ -43,15 +44,15 @@ QStringList ReadNames(const CPgResult& rows, QStringList& barred)
 class CQuestion {
 public:
     CQuestion(const PqDriver& pq, const QString& service, Clock::time_point until)
-        : pq_(pq), place_{service, {}}, until_(until), start_(pq, place_, true, until),
-          connection_(nullptr, CPqFinish{&pq})
+        : pq_(pq), place_{service, {}}, until_(until), connection_(nullptr, CPqFinish{&pq})
     {
+        start_.emplace(pq_, place_, true, until_);
     }
 
     // False when it has come to its end.
     bool GoOn()
     {
-        if (!over_ && connection_ == nullptr) {
+        if (!over_ && connection_ == nullptr && Clock::now() >= again_) {
             Connect();
         }
         if (!over_ && connection_ != nullptr) {
@@ -63,21 +64,29 @@ public:
     [[nodiscard]] pollfd Awaited() const
     {
         const short events = static_cast<short>(POLLIN | (unsent_ ? POLLOUT : 0));
-        return connection_ != nullptr ? pollfd{pq_.PQsocket(connection_.get()), events, 0} : start_.Awaited();
+        return connection_ != nullptr ? pollfd{pq_.PQsocket(connection_.get()), events, 0}
+               : start_               ? start_->Awaited()
+                                      : pollfd{-1, 0, 0};
     }
-    [[nodiscard]] Clock::time_point Until() const { return connection_ != nullptr ? until_ : start_.Until(); }
+    [[nodiscard]] Clock::time_point Until() const
+    {
+        return connection_ != nullptr ? until_ : start_ ? start_->Until() : again_;
+    }
     [[nodiscard]] PgServers Answer() { return std::move(answer_); }
 
 private:
     void Connect()
     {
-        const auto state = start_.GoOn();
-        over_ = state == CPgStart::State::Failed || state == CPgStart::State::Late;
-        if (over_) {
-            answer_.problem = state == CPgStart::State::Late ? Late() : start_.Problem();
+        if (!start_) {
+            start_.emplace(pq_, place_, true, until_);
         }
-        if (state == CPgStart::State::Open) {
-            connection_ = start_.Take();
+        const auto state = start_->GoOn();
+        if (state == CPgStart::State::Late) {
+            End(Late());
+        } else if (state == CPgStart::State::Failed) {
+            Lose(LibraryProblem(start_->Problem()));
+        } else if (state == CPgStart::State::Open) {
+            connection_ = start_->Take();
             Ask();
         }
     }
@@ -87,8 +96,9 @@ private:
         const CSql sql("SELECT n.nspname::text, has_schema_privilege(n.oid, 'USAGE') FROM pg_catalog.pg_class c "
                        "JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
                        "WHERE c.relname = 'partkeep_library'");
+        asked_ = true;
         if (pq_.PQsetnonblocking(connection_.get(), 1) != 0 || !SendStatement(pq_, connection_.get(), sql)) {
-            Lose();
+            Lose(LineProblem());
         }
     }
 
@@ -98,44 +108,62 @@ private:
         unsent_ = unsent > 0;
         pollfd socket = Awaited();
         if (unsent < 0 || (poll(&socket, 1, 0) > 0 && pq_.PQconsumeInput(connection_.get()) == 0)) {
-            Lose();
+            Lose(LineProblem());
             return;
         }
-        while (!over_ && pq_.PQisBusy(connection_.get()) == 0) {
+        while (!over_ && connection_ != nullptr && pq_.PQisBusy(connection_.get()) == 0) {
             Take(CPgResult(pq_, pq_.PQgetResult(connection_.get())));
         }
         if (!over_ && Clock::now() >= until_) {
-            over_ = true;
-            answer_.problem = Late();
+            End(Late());
         }
     }
 
+    // The first result tells all.
     void Take(const CPgResult& result)
     {
-        over_ = !result;
-        if (!result && !answer_.names && !answer_.problem) {
-            Lose();
-        } else if (result && result.Status() == PGRES_TUPLES_OK) {
+        if (!result) {
+            Lose(LineProblem());
+        } else if (result.Status() == PGRES_TUPLES_OK) {
             answer_.names = ReadNames(result, answer_.barred);
-        } else if (result) {
-            answer_.problem = PgProblem(result, place_, true, pq_.PQerrorMessage(connection_.get()));
+            End({});
+        } else {
+            Lose(PgProblem(result, place_, true, pq_.PQerrorMessage(connection_.get())));
         }
     }
 
-    void Lose()
+    // What was there a moment ago may be starting anew: it is asked once more, as long as there is time.
+    void Lose(const LibraryProblem& problem)
     {
-        over_ = true;
-        answer_.problem = {LibraryFault::NoAnswer, place_.Text(), OneLine(pq_.PQerrorMessage(connection_.get()))};
+        unsent_ = false;
+        connection_.reset();
+        start_.reset();
+        again_ = Clock::now() + between_attempts;
+        if (!asked_ || problem.fault != LibraryFault::NoAnswer || again_ >= until_) {
+            End(problem);
+        }
     }
 
+    void End(const LibraryProblem& problem)
+    {
+        over_ = true;
+        answer_.problem = problem;
+    }
+
+    [[nodiscard]] LibraryProblem LineProblem() const
+    {
+        return {LibraryFault::NoAnswer, place_.Text(), OneLine(pq_.PQerrorMessage(connection_.get()))};
+    }
     [[nodiscard]] LibraryProblem Late() const { return {LibraryFault::NoAnswer, place_.Text(), OneLine(too_late)}; }
 
     const PqDriver& pq_;
     PgPlace place_;
     Clock::time_point until_;
-    CPgStart start_;
+    Clock::time_point again_;
+    std::optional<CPgStart> start_; // while it is connecting
     PqConnection connection_;
     PgServers answer_;
+    bool asked_ = false;
     bool unsent_ = false;
     bool over_ = false;
 };
@@ -159,7 +187,11 @@ std::vector<PgServers> ReadPgServers(std::span<const QString> services)
     LibraryProblem problem;
     const PqDriver* const pq = LoadPqDriver(problem);
     if (pq == nullptr) {
-        return {services.size(), PgServers{std::nullopt, {}, problem}};
+        std::vector<PgServers> answers;
+        for (const QString& service : services) {
+            answers.push_back({std::nullopt, {}, {problem.fault, PgPlace{service, {}}.Text(), problem.detail}});
+        }
+        return answers;
     }
     const auto until = Clock::now() + browse_patience;
     std::vector<std::unique_ptr<CQuestion>> questions;
