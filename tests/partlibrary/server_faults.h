@@ -104,6 +104,7 @@ protected:
             EXPECT_TRUE((copied || session.Problem()) && IsWhole(name, copied)) << name.toStdString();
             complete = complete && copied;
         }
+        EXPECT_TRUE(session.Problem().fault != LibraryFault::Refused || session.FailsSince().isValid());
         return complete;
     }
 

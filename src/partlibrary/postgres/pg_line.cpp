@@ -109,7 +109,7 @@ bool CPgLine::Fail(const CPgResult& result)
     const LibraryProblem problem = PgProblem(result, place_, Reads(), pq_.PQerrorMessage(connection_.get()));
     if (IsLoss(state)) {
         Lose();
-    } else if (use_ == PgUse::Browse && IsTimeOut(state)) {
+    } else if (use_ == PgUse::Browse && (IsTimeOut(state) || problem.fault == LibraryFault::Refused)) {
         FallSilent(problem);
     }
     problem_ = problem;

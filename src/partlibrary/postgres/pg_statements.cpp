@@ -66,7 +66,7 @@ void CPgConnection::TellMissingRight()
                                                       .Value(Place().server)
                                                       .Add(" AND NOT has_schema_privilege(oid, 'USAGE')"))});
     if (told && told->front().Rows() == 1) {
-        SetProblem(
+        FallSilent(
             {LibraryFault::Refused, Place().Text(), QStringLiteral("permission denied for schema ") + Place().server});
     } else if (told) {
         SetProblem(problem);
