@@ -145,6 +145,11 @@ TEST_F(PaneTrouble, AnEmptyListSaysWhatToDo)
          {.server = u"", .configured = false},
          {},
          u"No folder with part libraries is set up."_s},
+        {"unknown service",
+         nothing,
+         {.server = u"", .configured = false, .services = {u"nowhere"_s}},
+         {},
+         u"No server found in nowhere."_s},
         {"empty folder", libraries_, {.folder = u"Hollow"}, {}, u"This folder has no parts."_s},
         {"filter", libraries_, {.folder = u"Plates", .filter = nct_data_kind}, {}, u"No part here has files for"_s},
         {"search", libraries_, {}, u"zz"_s, u"No part in this folder matches “zz”."_s},
@@ -156,7 +161,7 @@ TEST_F(PaneTrouble, AnEmptyListSaysWhatToDo)
         pane.Type(row.typed);
         EXPECT_TRUE(pane.List().EmptyText().startsWith(row.text)) << pane.List().EmptyText().toStdString();
         EXPECT_EQ(pane.List().EmptyText().isEmpty(), row.text.isEmpty());
-        EXPECT_EQ(pane.ProblemLine(), "");
+        EXPECT_EQ(pane.ProblemLine().empty(), row.start.services.empty()) << "the reason";
     }
     CPlayedPane pane(nothing, {.server = u""});
     nothing.MakeShop();

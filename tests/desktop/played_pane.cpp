@@ -56,7 +56,7 @@ QToolButton* ButtonIn(CBrowserPane& pane, const QString& text)
 CPlayedPane::CPlayedPane(const CTestLibraries& libraries, const PaneStart& start)
 {
     CPartBrowserFactory factory(
-        start.configured ? libraries.Places() : CLibraryFolder({}), [&start] { return start.language; },
+        start.configured ? libraries.Places() : CLibraryFolder({}, start.services), [&start] { return start.language; },
         libraries.Folder() + u"/places/browser.json"_s);
     QWidget* widget = nullptr;
     browser.Attach(factory.Create(part_browser_class_id, &window, widget));

@@ -28,7 +28,8 @@ struct PaneStart {
     std::u16string server = u"SRV1";
     std::u16string folder = u"Plates\\2008";
     std::int16_t filter = all_data_kinds;
-    bool configured = true; // else nothing tells where part libraries are
+    bool configured = true;    // else nothing tells where part libraries are
+    QStringList services = {}; // but these
 };
 
 class CPlayedPane {

@@ -101,7 +101,10 @@ QString CBrowserPane::EmptyText() const
         return Text(PaneText::EmptyNoFolder);
     }
     if (session_->Servers().isEmpty() && session_->OtherServers().isEmpty()) {
-        return Text(PaneText::EmptyNoServers).arg(session_->LibraryFolder().Path());
+        const CLibraryFolder& folder = session_->LibraryFolder();
+        const bool in_folder = !folder.Path().isEmpty() || folder.Services() == nullptr;
+        return Text(PaneText::EmptyNoServers)
+            .arg(in_folder ? folder.Path() : folder.Services()->Names().join(QStringLiteral(", ")));
     }
     if (!model_->Started()) {
         return Text(PaneText::EmptyChooseServer);
@@ -121,6 +124,10 @@ QString CBrowserPane::EmptyText() const
 LibraryProblem CBrowserPane::ShownProblem() const
 {
     const LibraryProblem problem = session_->Problem();
+    const CServiceServers* const services = session_->LibraryFolder().Services();
+    if (!problem && services != nullptr && session_->CurrentServer().isEmpty()) {
+        return services->Problem(); // which is why there is none to choose
+    }
     const bool rows_failed =
         model_->Failed() && model_->Library() != nullptr && model_->Library() == session_->Library();
     return problem || !rows_failed ? problem : model_->Library()->Problem();
@@ -164,12 +171,18 @@ QString CBrowserPane::ProblemText() const
     const PaneText text = TextOfFault(problem.fault);
     const bool of_server = problem.fault == LibraryFault::NotFound && !problem.subject.isEmpty();
     const bool of_part = text == PaneText::CopyFailed;
-    const QString server = of_server ? ServerOfFile(problem.subject) : session_->CurrentServer();
+    const bool of_service = session_->CurrentServer().isEmpty();
+    const QString server = of_server    ? ServerOfFile(problem.subject)
+                           : of_service ? problem.subject
+                                        : session_->CurrentServer();
     QString line = Text(text);
     if (text == PaneText::ServerBars) {
         line = line.arg(server, problem.detail);
     } else if (line.contains(QStringLiteral("%1"))) {
         line = line.arg(of_part ? problem.subject : server);
+    }
+    if (problem.fault == LibraryFault::CannotOpen && !problem.detail.isEmpty()) {
+        line += QStringLiteral(" (%1)").arg(problem.detail);
     }
     const QTime since = session_->FailsSince();
     line += since.isValid()

@@ -81,6 +81,15 @@ bool CServiceServers::Knows(const QString& server) const
                        [&](const Service& service) { return service.servers.contains(server); });
 }
 
+QStringList CServiceServers::Names() const
+{
+    QStringList names;
+    for (const Service& service : services_) {
+        names += service.name;
+    }
+    return names;
+}
+
 void CServiceServers::Retry()
 {
     for (Service& service : services_) {

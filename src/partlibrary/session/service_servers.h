@@ -24,6 +24,7 @@ public:
     [[nodiscard]] std::optional<PgPlace> Find(const QString& server);
     [[nodiscard]] bool Knows(const QString& server) const; // by what was learnt before
     [[nodiscard]] const LibraryProblem& Problem() const { return problem_; }
+    [[nodiscard]] QStringList Names() const; // of the services
     void Retry();
 
 private:
