@@ -18,8 +18,9 @@ constexpr PqDriver real{sizeof(PqDriver), PARTKEEP_PQ_FUNCTIONS(PARTKEEP_PQ_POIN
 #undef PARTKEEP_PQ_POINTER
 std::set<const PGconn*> ended;
 
-// The line ends there; there is no memory for the one call; or a statement is one that the server refuses.
-enum Kind { Ended, NoMemory, Refused };
+// The line ends there; there is no memory for the one call; a statement is one that the server refuses; or a value is
+// none that can be.
+enum Kind { Ended, NoMemory, Refused, Mangled };
 struct {
     Kind kind = Ended;
     int at = 0; // 0: none
@@ -29,7 +30,7 @@ struct {
 
 bool FailsNow(const PGconn* connection, bool sends = false)
 {
-    const bool counts = sends || failing_call.kind != Refused;
+    const bool counts = failing_call.kind < Refused || (sends && failing_call.kind == Refused);
     const bool now = counts && ++failing_call.made == failing_call.at;
     if (now && failing_call.kind == Ended && connection != nullptr) {
         ended.insert(connection);
@@ -83,6 +84,11 @@ PqDriver Failing()
     driver.PQputCopyData = [](PGconn* connection, const char* bytes, int size) {
         const bool fails = FailsNow(connection);
         return fails ? -static_cast<int>(ended.contains(connection)) : real.PQputCopyData(connection, bytes, size);
+    };
+    driver.PQgetvalue = [](const PGresult* result, int row, int column) {
+        static std::string mangled(1 << 20, '\xFF');
+        const bool fails = failing_call.kind == Mangled && ++failing_call.made == failing_call.at;
+        return fails ? mangled.data() : real.PQgetvalue(result, row, column);
     };
     driver.PQgetResult = GetResult;
     driver.PQsendQueryParams = Send<&PqDriver::PQsendQueryParams>;
@@ -171,12 +177,12 @@ protected:
 };
 
 // Each call in turn, or every so many.
-void FailEach(const std::function<void(Kind)>& work)
+void FailEach(std::initializer_list<Kind> kinds, const std::function<void(Kind)>& work)
 {
     const char* const every = std::getenv("PARTKEEP_EVERY_CALL");
     const int stride = every != nullptr ? std::atoi(every) : 160;
-    for (const Kind kind : {Ended, NoMemory, Refused}) {
-        const int step = kind == Refused ? (stride + 5) / 6 : stride; // a statement takes some calls
+    for (const Kind kind : kinds) {
+        const int step = kind >= Refused ? (stride + 5) / 6 : stride; // a statement takes some calls
         for (int at = 1; at == 1 || failing_call.made >= at - step; at += step) {
             SCOPED_TRACE(std::to_string(kind) + " " + std::to_string(at));
             failing_call = {kind, at};
@@ -209,7 +215,7 @@ TEST_F(ServerCalls, LeaveAChangeWholeOrUndone)
         ASSERT_TRUE(Run(change)) << told_.str();
         const std::string after = Listed();
         ASSERT_TRUE(Run(undo)) << told_.str();
-        FailEach([&, &change = change, &undo = undo](Kind) {
+        FailEach({Ended, NoMemory, Refused}, [&, &change = change, &undo = undo](Kind) {
             const bool done = Run(change);
             const std::string told = told_.str();
             failing_call.at = 0;
@@ -224,12 +230,26 @@ TEST_F(ServerCalls, AreRepeatedWhereTheyRead)
 {
     for (const bool loads : {true, false}) {
         const auto reads = [&] { return loads ? Load() : Browse(); };
-        FailEach([&](Kind kind) {
+        FailEach({Ended, NoMemory, Refused}, [&](Kind kind) {
             const bool done = reads();
             const bool there = failing_call.connected > 0 && failing_call.at > failing_call.connected;
             EXPECT_TRUE(done || kind == Refused || !there);
         });
         EXPECT_TRUE(reads());
+    }
+}
+
+TEST_F(ServerCalls, BringNoPartThatIsNotAsItWasStored)
+{
+    honest_ = false;
+    FailEach({Mangled}, [&](Kind) { Load(); });
+    ASSERT_TRUE(Load() && Run("copy partkeep:SRV1 whole.kpl"));
+    for (const char* reads : {"check partkeep:SRV1", "diff partkeep:SRV1 whole.kpl", "extract partkeep:SRV1 out"}) {
+        FailEach({Mangled}, [&](Kind) {
+            EXPECT_TRUE(Run(reads) || !told_.str().empty()) << reads;
+            fs::remove_all("out");
+            fs::remove("out.csv");
+        });
     }
 }
 

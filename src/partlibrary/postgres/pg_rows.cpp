@@ -23,7 +23,7 @@ PgRowFault ReadFolder(const CPgResult& result, int row, FolderRow& folder, int c
         root ? folder.path.isEmpty() : folder.path == folder.name || folder.path.endsWith(u'\\' + folder.name);
     const bool sound = fits && folder.path.isEmpty() == root && CheckFolderPath(folder.path) == NameFault::None &&
                        (root || CheckName(folder.name) == NameFault::None);
-    return folder.parts < 0 ? PgRowFault::Damaged : sound ? PgRowFault::None : PgRowFault::Refused;
+    return folder.parts < 0 || folder.id <= 0 ? PgRowFault::Damaged : sound ? PgRowFault::None : PgRowFault::Refused;
 }
 
 PgRowFault ReadPart(const CPgResult& result, int row, PartRow& part, int column)
