@@ -32,7 +32,7 @@ bool IsLongAgo(std::chrono::steady_clock::time_point when)
 
 CPgWatch::CPgWatch(std::shared_ptr<CPgConnection> main, CPgAtHand& at_hand)
     : main_(std::move(main)), pictures_(at_hand), connection_(nullptr, CPqFinish{&main_->Driver()}),
-      revision_(main_->Revision())
+      revision_(main_->Revision()), last_byte_(Clock::now()) // of the main line: it gets the time that others get
 {
 }
 
