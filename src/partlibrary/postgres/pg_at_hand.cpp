@@ -5,6 +5,7 @@
 #include "partlibrary/postgres/pg_rows.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace partkeep {
 
@@ -68,6 +69,7 @@ void CPgAtHand::Take(const CPgResult& result)
     if (result.Rows() == 0 || !Enter(result.Integer(0, revision))) {
         return;
     }
+    PartId last = 0; // a row that is passed over begins none: its part is without that file, which is asked for then
     for (int row = 0; row < result.Rows(); ++row) {
         Known known;
         const bool sound = ReadPart(result, row, known.row) == PgRowFault::None && !result.IsNull(row, folder_path);
@@ -76,7 +78,7 @@ void CPgAtHand::Take(const CPgResult& result)
             continue;
         }
         const PartId id = known.row.id;
-        if (row == 0 || result.Integer(row - 1, 0) != id) {
+        if (std::exchange(last, id) != id) {
             places_[JoinPath(known.row.folder_path, known.row.name)] = id;
             known.told = Clock::now();
             known_[id] = std::move(known);
