@@ -1,6 +1,6 @@
 // Part libraries in a database beside files and beside `cp -r`, everything by turns in one run; see postgres_figures.
-// Medians in milliseconds. Arguments: how many parts the large library has (0: only copies), and how many clients work
-// at once.
+// Medians in milliseconds. Arguments: how many parts the large library has (0: only copies), how many clients work at
+// once, and the services that parts are copied from, where not from all of them.
 #include "partlibrary/import/library_import.h"
 #include "partlibrary/postgres/pg_admin.h"
 #include "partlibrary/postgres/pg_connection.h"
@@ -20,6 +20,7 @@
 #include <map>
 #include <mutex>
 #include <random>
+#include <span>
 #include <string>
 #include <thread>
 #include <vector>
@@ -165,7 +166,7 @@ double MegabytesOver(const QString& service)
     return bytes / 1e6;
 }
 
-void MeasureCopies()
+void MeasureCopies(std::span<const QString> lines)
 {
     constexpr qint64 enough = qint64{1} << 31;
     const fs::path source = MakeSource(256, 10 << 10, 500 << 10);
@@ -180,7 +181,7 @@ void MeasureCopies()
             [&] { Require(std::system(("cp -r " + source.string() + "/. " + target.string()).c_str()) == 0, {}); }));
         fs::remove_all(target);
         times["file"].push_back(CopyOf({}, server, 0));
-        for (const QString& service : services) {
+        for (const QString& service : lines) {
             const std::string name = service.toStdString();
             times[name].push_back(CopyOf(service, server, 0));
             times[name + ", all as one answer"].push_back(Fetch(service, server));
@@ -195,7 +196,7 @@ void MeasureCopies()
     for (const auto& [what, values] : times) {
         Tell("copy 256 parts, 4 files each: " + what, values);
     }
-    for (const QString& service : services) {
+    for (const QString& service : lines) {
         const std::string name = service.toStdString();
         const auto quotient = [&](const std::string& what, const std::string& by) {
             std::vector<double> values(times[what].size());
@@ -360,7 +361,11 @@ int main(int argc, char** argv)
 {
     using namespace partkeep;
     fs::create_directories(folder);
-    MeasureCopies();
+    std::vector<QString> chosen;
+    for (int i = 3; i < argc; ++i) {
+        chosen.push_back(QString::fromUtf8(argv[i]));
+    }
+    MeasureCopies(chosen.empty() ? std::span<const QString>(services) : chosen);
     if (const int parts = argc > 1 ? std::atoi(argv[1]) : 1000000; parts > 0) {
         MeasureImports();
         MeasureLists(parts);
