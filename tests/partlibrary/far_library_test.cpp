@@ -115,6 +115,36 @@ TEST_F(FarLibrary, WhatIsKeptComesFromHereAndWhateverIsWrongWithItCostsOnlySpeed
     }
 }
 
+TEST_F(FarLibrary, WhatHasChangedSinceItWasSelectedIsNotCopiedFromHere)
+{
+    EXPECT_EQ(LoadAnew(1 << 26), all_);
+    const struct {
+        std::u16string part;
+        std::function<bool(ILibraryWriter& writer, qint64 folder, PartId part)> since; // it was selected
+        std::vector<std::string> arrive;
+    } rows[] = {
+        {u"P1",
+         [](auto& writer, auto, auto part) { return writer.PutFile(part, FileSlot::Iga, QByteArray("new")); },
+         {"P1.NCD", "P1.SY5", "P1.bmf", "!P1.iga"}},
+        {u"P1", [](auto& writer, auto folder, auto part) { return writer.MovePart(part, folder, u"Q"_s); }, {}},
+        {u"p1",
+         [](auto& writer, auto, auto part) {
+             return writer.RemoveParts({&part, 1});
+         },
+         {}},
+    };
+    for (const auto& row : rows) {
+        CBrowserSession session{Far(1 << 26)};
+        Open(session, target_);
+        session.SelectAllParts(1);
+        libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& writer) {
+            EXPECT_TRUE(row.since(writer, session.CurrentFolder().id, session.Selection()[1]));
+        });
+        session.CopyPartFiles(u"SRV1", u"Plates\\2008\\" + row.part);
+        EXPECT_EQ(Take(), row.arrive) << &row - rows;
+    }
+}
+
 // A line to the database of 20 ms that counts, found by the service "far" while it lives.
 class CCountedLine {
 public:

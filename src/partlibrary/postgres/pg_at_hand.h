@@ -46,6 +46,7 @@ public:
     [[nodiscard]] static CSql Statement(std::span<const PartId> parts);
     [[nodiscard]] static CSql Statement(const QString& folder, const QString& name);
     void Take(const CPgResult& result);
+    void Forget(PartId part) { known_.erase(part); } // which is gone, or is none that may be shown
     // The server has told the revision just now.
     void Confirm(qint64 revision);
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <unordered_map>
+#include <utility>
 
 namespace partkeep {
 
@@ -174,6 +175,10 @@ std::optional<PartRow> CPgLibrary::Known(const CPgAtHand::Known* known, const CS
         at_hand_.Take(*told);
     }
     auto part = TakePart(told, subject);
+    looked_up_ = part ? part->id : 0;
+    if (told && !part && row) {
+        at_hand_.Forget(row->id);
+    }
     return !part && row && Problem().fault == LibraryFault::NoAnswer ? row : part;
 }
 
@@ -294,19 +299,37 @@ std::optional<std::vector<PartFile>> CPgLibrary::Files(std::span<const PartId> p
 
 // Content.
 
-// A part that is all kept costs a look-up alone, where it was not made just before. Pictures may be of a moment ago;
-// what parts are worked by is not.
+// A look-up of this part alone, which is made for each copy: what parts are worked by is not of a moment ago, nor is it
+// given under a name that the part no longer has.
+bool CPgLibrary::LookUpFor(PartId part)
+{
+    if (std::exchange(looked_up_, 0) == part && at_hand_.JustTold(part) != nullptr) {
+        return true;
+    }
+    const CPgAtHand::Known* known = at_hand_.Find(part);
+    const QString before = known != nullptr ? JoinPath(known->row.folder_path, known->row.name) : QString();
+    const auto told = connection_->Ask(CPgAtHand::Statement({&part, 1}));
+    if (!told) {
+        return Problem().fault == LibraryFault::NoAnswer;
+    }
+    at_hand_.Take(*told);
+    known = at_hand_.Find(part);
+    const QString now = known != nullptr ? JoinPath(known->row.folder_path, known->row.name) : before;
+    if (told->Rows() == 0 || (now != before && !before.isEmpty())) {
+        connection_->SetProblem({LibraryFault::NoPart, before, {}});
+        at_hand_.Forget(part);
+        return false;
+    }
+    return true;
+}
+
+// A part that is all kept costs a look-up alone. Pictures may be of a moment ago.
 std::optional<bool> CPgLibrary::CopyKept(PartId part, SlotSet slots, const ContentSink& sink)
 {
+    const bool told = at_hand_.JustTold(part) != nullptr || (at_hand_.IsFresh() && at_hand_.Find(part) != nullptr);
     const bool pictures = (slots & SlotsOfMask(-1)) == 0;
-    if (at_hand_.JustTold(part) == nullptr && !(pictures && at_hand_.IsFresh() && at_hand_.Find(part) != nullptr)) {
-        const auto told = connection_->Ask(CPgAtHand::Statement({&part, 1}));
-        if (!told && Problem().fault != LibraryFault::NoAnswer) {
-            return false;
-        }
-        if (told) {
-            at_hand_.Take(*told);
-        }
+    if (!(pictures && told) && !LookUpFor(part)) {
+        return false;
     }
     LibraryProblem problem;
     const bool there = at_hand_.Copy(part, slots, sink, problem);

@@ -64,6 +64,7 @@ private:
     void CountRefused(qint64 key);
     [[nodiscard]] std::optional<FolderRow> TakeFolder(const CPgResult& result, const QString& subject);
     [[nodiscard]] std::optional<PartRow> TakePart(const std::optional<CPgResult>& result, const QString& subject);
+    [[nodiscard]] bool LookUpFor(PartId part);
     [[nodiscard]] std::optional<bool> CopyKept(PartId part, SlotSet slots, const ContentSink& sink);
     [[nodiscard]] std::optional<std::vector<PartRow>> FindAtHand(std::span<const PartId> ids) const;
     [[nodiscard]] std::optional<PartRow> Known(const CPgAtHand::Known* known, const CSql& statement,
@@ -74,6 +75,7 @@ private:
     CPgAtHand at_hand_;
     CPgAhead ahead_;
     CPgWatch watch_;
+    PartId looked_up_ = 0;               // for the next copy; 0: none was
     std::unordered_set<qint64> refused_; // ids of parts, and of folders below 0
 };
 
