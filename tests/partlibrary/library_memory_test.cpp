@@ -1,8 +1,11 @@
-// The tool's commands while the engine finds no memory: each is done whole, or tells of it and has changed nothing.
+// The tool's commands while the engine finds no memory, or its files cannot be read or written: each is done whole, or
+// tells of it and has changed nothing.
 #include "partlibrary/tool/commands.h"
 #include "tests/partlibrary/library_fixture.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdlib>
 #include <filesystem>
 #include <sqlite3.h>
 #include <sstream>
@@ -12,30 +15,75 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct EngineMemory {
-    sqlite3_mem_methods plain{};
+enum class Want { Memory, Files };
+
+struct Engine {
+    sqlite3_mem_methods memory{};
+    sqlite3_vfs files{};
+    std::array<sqlite3_io_methods, 2> plain{};
+    Want wants = Want::Memory; // what fails
     std::size_t asked = 0;
     std::size_t fails_from = 0; // 0 for never
     bool fails_once = false;
 };
 
-EngineMemory memory;
+Engine engine;
 
-bool FailsNow()
+bool FailsNow(Want what)
 {
-    ++memory.asked;
-    return memory.fails_from != 0 &&
-           (memory.fails_once ? memory.asked == memory.fails_from : memory.asked >= memory.fails_from);
+    engine.asked += what == engine.wants ? 1 : 0;
+    return what == engine.wants && engine.fails_from != 0 &&
+           (engine.fails_once ? engine.asked == engine.fails_from : engine.asked >= engine.fails_from);
+}
+
+// A library has other methods than its journal.
+template <bool library, auto method, int error, typename... A>
+int Call(sqlite3_file* file, A... arguments)
+{
+    return FailsNow(Want::Files) ? error : (engine.plain[library].*method)(file, arguments...);
+}
+
+template <bool library>
+void Watch(sqlite3_file* file)
+{
+    using Methods = sqlite3_io_methods;
+    static Methods watched;
+    engine.plain[library] = watched = *file->pMethods;
+    watched.iVersion = 1; // nothing is mapped into memory
+    watched.xRead = Call<library, &Methods::xRead, SQLITE_IOERR_READ>;
+    watched.xWrite = Call<library, &Methods::xWrite, SQLITE_FULL>;
+    watched.xTruncate = Call<library, &Methods::xTruncate, SQLITE_IOERR_TRUNCATE>;
+    watched.xSync = Call<library, &Methods::xSync, SQLITE_IOERR_FSYNC>;
+    watched.xLock = Call<library, &Methods::xLock, SQLITE_IOERR_LOCK>;
+    file->pMethods = &watched;
+}
+
+int Open(sqlite3_vfs* files, const char* name, sqlite3_file* file, int flags, int* got)
+{
+    const int opened = FailsNow(Want::Files) ? SQLITE_CANTOPEN : engine.files.xOpen(files, name, file, flags, got);
+    if (opened == SQLITE_OK) {
+        (flags & SQLITE_OPEN_MAIN_DB) != 0 ? Watch<true>(file) : Watch<false>(file);
+    }
+    return opened;
 }
 
 // Before anybody uses the engine, and without the small pieces that it else keeps for each connection.
 const bool is_watched = [] {
-    sqlite3_config(SQLITE_CONFIG_GETMALLOC, &memory.plain);
-    sqlite3_mem_methods methods = memory.plain;
-    methods.xMalloc = [](int size) { return FailsNow() ? nullptr : memory.plain.xMalloc(size); };
-    methods.xRealloc = [](void* piece, int size) { return FailsNow() ? nullptr : memory.plain.xRealloc(piece, size); };
-    return sqlite3_config(SQLITE_CONFIG_MALLOC, &methods) == SQLITE_OK &&
-           sqlite3_config(SQLITE_CONFIG_LOOKASIDE, 0, 0) == SQLITE_OK;
+    sqlite3_config(SQLITE_CONFIG_GETMALLOC, &engine.memory);
+    sqlite3_mem_methods methods = engine.memory;
+    methods.xMalloc = [](int size) { return FailsNow(Want::Memory) ? nullptr : engine.memory.xMalloc(size); };
+    methods.xRealloc = [](void* piece, int size) {
+        return FailsNow(Want::Memory) ? nullptr : engine.memory.xRealloc(piece, size);
+    };
+    const bool set = sqlite3_config(SQLITE_CONFIG_MALLOC, &methods) == SQLITE_OK &&
+                     sqlite3_config(SQLITE_CONFIG_LOOKASIDE, 0, 0) == SQLITE_OK;
+    static sqlite3_vfs files = engine.files = *sqlite3_vfs_find(nullptr);
+    files.zName = "watched";
+    files.xOpen = Open;
+    files.xDelete = [](sqlite3_vfs* plain, const char* name, int durable) {
+        return FailsNow(Want::Files) ? SQLITE_IOERR_DELETE : engine.files.xDelete(plain, name, durable);
+    };
+    return set && sqlite3_vfs_register(&files, 1) == SQLITE_OK;
 }();
 
 struct Ended {
@@ -62,13 +110,14 @@ TEST_F(LibraryMemory, EachCommandIsDoneWholeOrTellsOfIt)
     ASSERT_TRUE(is_watched);
     const CTemporaryFolder work;
     fs::current_path(work.Path());
-    for (const char* name : {"in/New/A.iga", "in/New/A.SY5", "in/B.ncd"}) {
+    for (const char* name : {"in/New/A.iga", "in/New/A.SY5", "in/B.ncd", "more/New/C.iga", "more/Plates/2008/P1.iga"}) {
         fs::create_directories(fs::path(name).parent_path());
         WriteBytes(name, name);
     }
     fs::copy_file(library_file_.toStdString(), "whole");
     fs::copy_file("whole", "D.kpl");
     ASSERT_EQ(Tool({"remove", "D.kpl", "Plates/Top"}).code, 0);
+    WriteBytes("set.csv", "folder,part,material,comment\nPlates/2008,P1,SUS,new\nPlates/2008,P2,,\n");
     const std::vector<std::string> commands[] = {
         {"remove", "S.kpl", "Plates/2008/P1"},
         {"rename", "S.kpl", "Plates/", "Sheets"},
@@ -78,35 +127,50 @@ TEST_F(LibraryMemory, EachCommandIsDoneWholeOrTellsOfIt)
         {"copy", "S.kpl", "B.kpl"},
         {"extract", "S.kpl", "out"},
         {"diff", "S.kpl", "D.kpl"},
+        {"import", "S.kpl", "more"},
+        {"set", "S.kpl", "--csv", "set.csv"},
+        {"list", "S.kpl", "--names", "--folder", "Plates/2008"},
+        {"list", "S.kpl"},
+        {"backup", "S.kpl", "B.kpl"},
+        {"repair", "S.kpl"},
         {"check", "S.kpl"},
         {"check", "S.kpl", "--rebuild"},
     };
+    const bool every = std::getenv("PARTKEEP_EVERY_CALL") != nullptr;
     for (const auto& command : commands) {
         const auto play = [&](std::size_t fails_from, bool once) {
             for (const char* made : {"S.kpl", "B.kpl", "out", "out.csv"}) {
                 fs::remove_all(made);
             }
             fs::copy_file("whole", "S.kpl");
-            memory.asked = 0;
-            memory.fails_from = fails_from;
-            memory.fails_once = once;
+            engine.asked = 0;
+            engine.fails_from = fails_from;
+            engine.fails_once = once;
             const Ended ended = Tool(command);
-            memory.fails_from = 0;
+            engine.fails_from = 0;
             return ended;
         };
-        const Ended undisturbed = play(0, false);
-        const std::size_t allocations = memory.asked;
-        const std::string after = Tool({"list", "S.kpl"}).out;
-        const std::string before = Tool({"list", "whole"}).out;
-        for (std::size_t at = 1; at <= allocations; at += 1 + allocations / 5) {
-            for (const bool once : {true, false}) {
-                SCOPED_TRACE(command[0] + " " + std::to_string(at) + (once ? " once" : ""));
-                const Ended ended = play(at, once);
-                EXPECT_TRUE(ended.code == undisturbed.code ? ended.out == undisturbed.out : !ended.err.empty())
-                    << ended.code << ended.out << ended.err;
-                const std::string left = Tool({"list", "S.kpl"}).out;
-                EXPECT_EQ(left, ended.code == undisturbed.code ? after : before) << ended.err;
-                EXPECT_EQ(Tool({"check", "S.kpl"}).code, 0);
+        for (const Want wants : {Want::Memory, Want::Files}) {
+            if (wants == Want::Files && (command[0] == "watch" || command[0] == "repair")) {
+                continue; // the one waits until it can read, the other leaves out what cannot be
+            }
+            engine.wants = wants;
+            const Ended undisturbed = play(0, false);
+            const std::size_t calls = engine.asked;
+            const std::string after = Tool({"list", "S.kpl"}).out;
+            const std::string before = Tool({"list", "whole"}).out;
+            for (std::size_t at = 1; at <= calls; at += every ? 1 : 1 + calls / 5) {
+                for (const bool once : {true, false}) {
+                    SCOPED_TRACE(command[0] + " " + std::to_string(at) + (once ? " once" : "") +
+                                 (wants == Want::Files ? " files" : ""));
+                    const Ended ended = play(at, once);
+                    EXPECT_TRUE(ended.code == undisturbed.code ? ended.out == undisturbed.out : !ended.err.empty())
+                        << ended.code << ended.out << ended.err;
+                    const std::string left = Tool({"list", "S.kpl"}).out;
+                    EXPECT_EQ(left, ended.code == undisturbed.code ? after : before) << ended.err;
+                    const Ended checked = Tool({"check", "S.kpl"});
+                    EXPECT_EQ(checked.code, 0) << checked.out << checked.err << ended.err;
+                }
             }
         }
     }

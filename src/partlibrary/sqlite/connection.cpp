@@ -370,7 +370,14 @@ qint64 CStatement::Integer(int column) const
 std::string_view CStatement::Raw(int column) const
 {
     const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement_, column));
-    return {bytes != nullptr ? bytes : "", static_cast<std::size_t>(sqlite3_column_bytes(statement_, column))};
+    if (bytes != nullptr) {
+        return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column))};
+    }
+    if (sqlite3_errcode(sqlite3_db_handle(statement_)) == SQLITE_NOMEM) { // it only looks empty
+        failed_ = true;
+        connection_.problem_ = connection_.EngineProblem(SQLITE_NOMEM);
+    }
+    return {};
 }
 
 QString CStatement::Text(int column) const

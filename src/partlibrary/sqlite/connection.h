@@ -175,7 +175,7 @@ private:
     CConnection& connection_;
     std::string sql_;
     sqlite3_stmt* statement_;
-    bool failed_ = false;
+    mutable bool failed_ = false; // also by a value that there is no memory for
 };
 
 template <typename... Values>

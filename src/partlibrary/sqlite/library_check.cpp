@@ -42,7 +42,7 @@ private:
     }
     bool None(const char* sql, const QString& finding);
     void Part(const PartRow& row, const CStatement& statement);
-    void Content(const FileRow& file, const QString& name);
+    [[nodiscard]] bool Content(const FileRow& file, const QString& name);
 
     CConnection& connection_;
     LibraryCheck& check_;
@@ -171,7 +171,8 @@ bool CLibraryCheck::Parts()
     return !statement.Failed();
 }
 
-void CLibraryCheck::Content(const FileRow& file, const QString& name)
+// False where there is no memory for it, which says nothing of the library.
+bool CLibraryCheck::Content(const FileRow& file, const QString& name)
 {
     CStatement pieces(connection_, "SELECT id, sum, content FROM piece WHERE id BETWEEN ? AND ? ORDER BY id");
     const qint64 first = file.content * pieces_per_content;
@@ -192,12 +193,16 @@ void CLibraryCheck::Content(const FileRow& file, const QString& name)
         hash.Add(piece);
         bytes += size;
     }
+    if (pieces.Failed() && connection_.Problem().fault == LibraryFault::NoMemory) {
+        return false;
+    }
     sound = sound && !pieces.Failed() && bytes == file.bytes && hash.Hash() == file.hash;
     if (!sound || fault != nullptr) {
         Add(QStringLiteral("part %1, file %2: %3")
                 .arg(name, QString::number(static_cast<int>(file.slot)),
                      QLatin1String(sound ? fault : "the content is not as it was stored")));
     }
+    return true;
 }
 
 bool CLibraryCheck::Files()
@@ -212,10 +217,14 @@ bool CLibraryCheck::Files()
             return false;
         }
         const QString name = statement.Text(5);
-        if (ReadFileRow(statement, file) != RowFault::None) {
+        const RowFault fault = ReadFileRow(statement, file);
+        if (statement.Failed()) {
+            return false;
+        }
+        if (fault != RowFault::None) {
             Add(QStringLiteral("part %1: the row of a file is not as it was stored").arg(name));
-        } else {
-            Content(file, name);
+        } else if (!Content(file, name)) {
+            return false;
         }
     }
     return !statement.Failed() && None("SELECT id FROM part_file WHERE id / 16 NOT IN (SELECT id FROM part)",

@@ -150,7 +150,15 @@ private:
                });
     }
 
-    // False only where the new library cannot be written.
+    // What cannot be read for want of memory is not damaged.
+    bool LacksMemory(const CStatement& statement)
+    {
+        const bool lacks = statement.Failed() && damaged_.Problem().fault == LibraryFault::NoMemory;
+        problem_ = lacks ? damaged_.Problem() : problem_;
+        return lacks;
+    }
+
+    // False only where the new library cannot be written, or no longer read what could be read a moment ago.
     bool File(const PartRow& part, FileSlot slot, std::vector<std::pair<FileSlot, StoredContent>>& contents)
     {
         FileRow row;
@@ -158,6 +166,9 @@ private:
         const bool there = file.With(part.id * slots_per_part + static_cast<qint64>(slot)).Next() &&
                            ReadFileRow(file, row) == RowFault::None;
         if (!there || !IsWhole(row)) {
+            if (problem_ || LacksMemory(file)) {
+                return false;
+            }
             Drop(QStringLiteral("part %1, file %2: the content is not as it was stored")
                      .arg(part.name, QString::number(static_cast<int>(slot))));
             return true;
@@ -169,6 +180,10 @@ private:
             std::copy_n(piece.data(), std::min(piece.size(), buffer.size()), buffer.data());
             return static_cast<qint64>(piece.size());
         });
+        if (pieces.Failed()) { // not the end
+            problem_ = damaged_.Problem();
+            return false;
+        }
         if (stored) {
             contents.emplace_back(slot, *stored);
         }
@@ -192,7 +207,7 @@ private:
             hash.Add(piece);
             bytes += static_cast<qint64>(piece.size());
         }
-        return sound && !pieces.Failed() && bytes == file.bytes && hash.Hash() == file.hash &&
+        return !LacksMemory(pieces) && sound && !pieces.Failed() && bytes == file.bytes && hash.Hash() == file.hash &&
                PictureFault(file.slot, start) == nullptr;
     }
 

@@ -200,8 +200,12 @@ bool AddRowFunctions(CConnection& connection, sqlite3* database)
         return sqlite3_create_function_v2(database, name, values, SQLITE_UTF8 | SQLITE_DIRECTONLY, &connection,
                                           function, nullptr, nullptr, nullptr) == SQLITE_OK;
     };
-    return add("part_is_sound", 5, PartIsSound) && add("sort_key", 1, MakeSortKey) &&
-           add("search_text_of", 4, MakeSearchText);
+    const bool added = add("part_is_sound", 5, PartIsSound) && add("sort_key", 1, MakeSortKey) &&
+                       add("search_text_of", 4, MakeSearchText);
+    if (!added) { // nothing else can go wrong with them
+        connection.SetProblem({LibraryFault::NoMemory, connection.File(), {}});
+    }
+    return added;
 }
 
 QByteArray LibraryMark(const QByteArray& page)
