@@ -95,7 +95,8 @@ void Damage(const fs::path& file, const std::string& kind, std::mt19937& random)
     const auto any_page = [&] { return static_cast<std::streamoff>(random() % (size / page) * page); };
     if (kind == "bits") {
         for (unsigned count = 1 + random() % 8; count > 0; --count) {
-            const auto at = random() % 2 == 0 ? any_page() + random() % 2048 : random() % size;
+            const auto at =
+                random() % 2 == 0 ? static_cast<std::size_t>(any_page()) + random() % 2048 : random() % size;
             bytes.seekg(static_cast<std::streamoff>(at));
             const int changed = bytes.get() ^ (1 << random() % 8);
             bytes.seekp(static_cast<std::streamoff>(at));

@@ -190,7 +190,9 @@ private:
         const QString& folder = Folder();
         const QString& name = Name();
         const QString& other = Name();
-        auto [id, part] = Find(folder, name);
+        const auto found = Find(folder, name); // a name of its own for each, since lambdas take them
+        const PartId id = found.first;
+        ModelPart* const part = found.second;
         switch (action) {
         case 14:
             Change([&](CSqliteWriter& writer) {
