@@ -136,11 +136,14 @@ TEST_F(FarLibrary, WhatHasChangedSinceItWasSelectedIsNotCopiedFromHere)
     for (const auto& row : rows) {
         CBrowserSession session{Far(1 << 26)};
         Open(session, target_);
+        const std::u16string path = u"Plates\\2008\\" + row.part;
         session.SelectAllParts(1);
+        EXPECT_TRUE(session.ReadPartAttributes(u"SRV1", path).has_value());
         libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& writer) {
             EXPECT_TRUE(row.since(writer, session.CurrentFolder().id, session.Selection()[1]));
         });
-        session.CopyPartFiles(u"SRV1", u"Plates\\2008\\" + row.part);
+        EXPECT_EQ(session.ReadPartAttributes(u"SRV1", path).has_value(), !row.arrive.empty());
+        session.CopyPartFiles(u"SRV1", path);
         EXPECT_EQ(Take(), row.arrive) << &row - rows;
     }
 }

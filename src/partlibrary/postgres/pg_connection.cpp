@@ -143,16 +143,15 @@ bool CPgConnection::TakeLibraryRow(const CPgResult& result)
     return true;
 }
 
-bool CPgConnection::Send(const CSql& statement)
+bool CPgConnection::Send(const CSql& statement, const char* prepared)
 {
     BeginWait();
-    return Ready() && SendOne(statement) && SendSync();
+    return Ready() && SendOne(statement, prepared) && SendSync();
 }
 
 bool CPgConnection::SendOften(const CSql& values)
 {
-    BeginWait();
-    return Ready() && SendOne(values, often_name.View().data()) && SendSync();
+    return Send(values, often_name.View().data());
 }
 
 bool CPgConnection::Ready()

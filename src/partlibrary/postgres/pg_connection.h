@@ -37,7 +37,7 @@ public:
 
     // For results that come row by row, in the order in which their statements were sent.
     enum class Next { Row, End, Failed };
-    bool Send(const CSql& statement);
+    bool Send(const CSql& statement) { return Send(statement, nullptr); }
     bool SendOften(const CSql& values); // the statement of Open with the values of this one
     [[nodiscard]] Next Receive(CPgResult& row);
     [[nodiscard]] Next SendForFirst(const CSql& statement, CPgResult& row); // as often as it takes to have one
@@ -73,6 +73,7 @@ private:
     }
     bool Connect();
     bool Prepare();
+    bool Send(const CSql& statement, const char* prepared);
     bool Ready();
     void TellMissingRight();
     [[nodiscard]] std::optional<std::vector<CPgResult>> TryAll(std::span<const CSql> statements);

@@ -156,8 +156,8 @@ std::optional<PartRow> CPgLibrary::FindPart(const QString& folder, const QString
         return *known;
     }
     const CPgAtHand::Known* const known = at_hand_.Find(folder, name);
-    if (known != nullptr &&
-        at_hand_.JustTold(known->row.id) != nullptr) { // whoever loads it has asked for it by number
+    const bool numbered = known != nullptr && known->row.id == numbered_; // by whoever loads it, just now
+    if (numbered && at_hand_.JustTold(numbered_) != nullptr) {
         return known->row;
     }
     return Known(known, CPgAtHand::Statement(folder, name), JoinPath(folder, name));
@@ -187,7 +187,9 @@ std::optional<PartRow> CPgLibrary::FindPart(PartId id)
     if (const PartRow* const known = ahead_.Find(id)) {
         return *known;
     }
-    return Known(at_hand_.Find(id), CPgAtHand::Statement({&id, 1}), QString::number(id));
+    auto row = Known(at_hand_.Find(id), CPgAtHand::Statement({&id, 1}), QString::number(id));
+    numbered_ = row ? id : 0;
+    return row;
 }
 
 std::optional<std::vector<PartRow>> CPgLibrary::FindAtHand(std::span<const PartId> ids) const

@@ -75,6 +75,7 @@ private:
     CPgAtHand at_hand_;
     CPgAhead ahead_;
     CPgWatch watch_;
+    PartId numbered_ = 0;                // was asked for by its number last; 0: none was
     PartId looked_up_ = 0;               // for the next copy; 0: none was
     std::unordered_set<qint64> refused_; // ids of parts, and of folders below 0
 };

@@ -161,7 +161,7 @@ bool CPgConnection::LookForCommit(const CSql& look)
         const bool known = left && left->Rows() == 1 && !left->IsNull(0, 0);
         if (known || (!left && Problem().fault == LibraryFault::NotFound)) {
             SetProblem(problem);
-            return known && left->Raw(0, 0).front() != '\0';
+            return known && left->Raw(0, 0) == "\1";
         }
         if (left || !IsLost()) { // another has come since
             break;

@@ -85,7 +85,7 @@ public:
         return Put(SqlType::BytesMany, std::move(bytes));
     }
 
-    // The statement that has the server keep this one, which is then sent by its name. The values come with it.
+    // Has the server keep this statement under a name, by which it is sent from then on, with values each time.
     [[nodiscard]] CSql Preparation(SqlText name) const
     {
         CSql sql("PREPARE ");

@@ -161,6 +161,26 @@ bool CConnection::InTransaction() const
     return sqlite3_get_autocommit(database_) == 0;
 }
 
+bool CConnection::BeginChange()
+{
+    changing_ = false;
+    changing_ = Execute("BEGIN IMMEDIATE");
+    return changing_;
+}
+
+bool CConnection::CommitChange()
+{
+    changing_ = !Execute("COMMIT");
+    return !changing_;
+}
+
+void CConnection::RollBackChange()
+{
+    if (std::exchange(changing_, false) && InTransaction()) {
+        Execute("ROLLBACK");
+    }
+}
+
 std::optional<qint64> CConnection::State()
 {
     CStatement state(*this, "PRAGMA data_version");
@@ -331,7 +351,8 @@ int CStatement::Step()
     if (connection_.watcher_) {
         connection_.watcher_(sql_);
     }
-    return sqlite3_step(statement_);
+    const bool taken_back = connection_.changing_ && !connection_.InTransaction();
+    return taken_back ? SQLITE_ABORT_ROLLBACK : sqlite3_step(statement_);
 }
 
 // A writer may be cut off while somebody reads: what it left is taken back, and the statement begun again.
@@ -358,7 +379,9 @@ bool CStatement::Done()
 bool CStatement::Fail(int code)
 {
     failed_ = true;
-    connection_.problem_ = connection_.EngineProblem(code);
+    if (code != SQLITE_ABORT_ROLLBACK || !connection_.problem_) { // else what came before is the reason
+        connection_.problem_ = connection_.EngineProblem(code);
+    }
     return false;
 }
 
@@ -377,7 +400,7 @@ std::string_view CStatement::Raw(int column) const
         failed_ = true;
         connection_.problem_ = connection_.EngineProblem(SQLITE_NOMEM);
     }
-    return {};
+    return ""; // of null and of no bytes
 }
 
 QString CStatement::Text(int column) const

@@ -46,6 +46,12 @@ public:
     template <typename... Values>
     bool Execute(std::string_view sql, const Values&... values);
 
+    // A change of several statements. One that the engine has taken back, as it does for want of memory or room, takes
+    // no more of them: each would count by itself.
+    bool BeginChange();
+    bool CommitChange();
+    void RollBackChange(); // if there is one
+
     // What the last failed call met; a call that succeeds leaves it standing.
     [[nodiscard]] const LibraryProblem& Problem() const { return problem_; }
     void SetProblem(LibraryProblem problem) { problem_ = std::move(problem); }
@@ -124,6 +130,7 @@ private:
     Clock::time_point work_began_;
     bool work_timed_ = false;
     bool waits_ = true;
+    bool changing_ = false;
     std::unordered_set<qint64> refused_; // ids of parts, and of folders below 0
     std::function<void(std::string_view sql)> watcher_;
 };

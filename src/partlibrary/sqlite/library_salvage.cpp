@@ -99,6 +99,9 @@ private:
     {
         FolderRow row;
         if (ReadFolderRow(statement, row) != RowFault::None) {
+            if (LacksMemory(statement)) {
+                return false;
+            }
             Drop(QStringLiteral("folder %1: the row is not as it was stored").arg(statement.Text(3)));
             return true;
         }
@@ -110,6 +113,9 @@ private:
     {
         PartRow row;
         if (ReadPartRow(statement, row) != RowFault::None) {
+            if (LacksMemory(statement)) {
+                return false;
+            }
             Drop(QStringLiteral("part %1: the row is not as it was stored").arg(statement.Text(4)));
             return true;
         }

@@ -83,8 +83,7 @@ bool CSqliteWriter::Refuse(LibraryFault fault, const QString& subject, const QSt
 // The first page is changed before any other: the journal then begins with it, and tells whose it is.
 bool CSqliteWriter::BeginChange()
 {
-    open_ = connection_->Execute("BEGIN IMMEDIATE");
-    return open_ && connection_->Execute("PRAGMA user_version=" + std::to_string(library_version));
+    return connection_->BeginChange() && connection_->Execute("PRAGMA user_version=" + std::to_string(library_version));
 }
 
 bool CSqliteWriter::Reserve()
@@ -142,11 +141,11 @@ bool CSqliteWriter::Flush()
     early_ = true;
     unsaved_bytes_ = 0;
     connection_->SetPatience(commit_patience);
-    open_ = !(connection_->Execute("UPDATE library SET importer = ?, importer_seen = ?", importer_,
-                                   qint64{std::time(nullptr)}) &&
-              connection_->Execute("COMMIT"));
+    const bool kept = connection_->Execute("UPDATE library SET importer = ?, importer_seen = ?", importer_,
+                                           qint64{std::time(nullptr)}) &&
+                      connection_->CommitChange();
     connection_->SetPatience(usual_patience);
-    return !open_ && Reserve();
+    return kept && Reserve();
 }
 
 bool CSqliteWriter::SaveNumbers()
@@ -163,10 +162,10 @@ bool CSqliteWriter::Commit()
     }
     new_parts_.clear();
     connection_->SetPatience(commit_patience);
-    open_ = !(saved && SaveNumbers() && connection_->Execute("COMMIT"));
+    const bool done = saved && SaveNumbers() && connection_->CommitChange();
     connection_->SetPatience(usual_patience);
-    early_ = early_ && open_;
-    return !open_;
+    early_ = early_ && !done;
+    return done;
 }
 
 IPartLibrary& CSqliteWriter::Library()
@@ -179,16 +178,16 @@ IPartLibrary& CSqliteWriter::Library()
 void CSqliteWriter::Rollback()
 {
     const LibraryProblem problem = Problem();
-    if (std::exchange(open_, false)) {
-        connection_->Execute("ROLLBACK");
-    }
+    connection_->RollBackChange();
     if (std::exchange(early_, false) && BeginChange()) {
         const bool ours = connection_->Execute("UPDATE library SET importer = 0 WHERE importer = ?", importer_);
         {
             CStatement next(*connection_, "SELECT next_content FROM library WHERE importer = 0");
             next_content_ = ours && next.Next() ? next.Integer(0) : max_content_id;
         }
-        open_ = !connection_->Execute(RemoveLeftovers() ? "COMMIT" : "ROLLBACK");
+        if (!RemoveLeftovers() || !connection_->CommitChange()) {
+            connection_->RollBackChange();
+        }
     }
     connection_->SetProblem(problem);
     pending_.reset();

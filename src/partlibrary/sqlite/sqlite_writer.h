@@ -98,9 +98,8 @@ private:
     qint64 next_part_ = 0;
     qint64 next_content_ = 0;
     qint64 unsaved_bytes_ = 0; // of content, since the last commit
-    bool open_ = false;
-    bool changed_ = false; // more than content since Begin
-    bool broken_ = false;  // a change that was gathered has failed
+    bool changed_ = false;     // more than content since Begin
+    bool broken_ = false;      // a change that was gathered has failed
     bool rebuilding_ = false;
     bool early_ = false; // content has reached the disk before the commit
 };
