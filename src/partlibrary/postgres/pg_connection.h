@@ -11,9 +11,11 @@
 #include <QByteArray>
 #include <QString>
 
+#include <deque>
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -77,6 +79,7 @@ private:
     bool Ready();
     void TellMissingRight();
     [[nodiscard]] std::optional<std::vector<CPgResult>> TryAll(std::span<const CSql> statements);
+    bool SendCopy(std::size_t most);
     bool LeaveCopy(bool sound);
     bool TakeResults(std::vector<CPgResult>& results);
     [[nodiscard]] bool LookForCommit(const CSql& look);
@@ -84,7 +87,9 @@ private:
     std::optional<CSql> often_;
     QByteArray id_;
     qint64 revision_ = 0;
-    QByteArray transaction_; // its number, as text
+    QByteArray transaction_;          // its number, as text
+    std::deque<std::string> waiting_; // rows on their way in
+    std::size_t waiting_bytes_ = 0;
     LibraryPlace state_ = LibraryPlace::Same;
     bool other_keys_ = false;
     bool in_transaction_ = false;

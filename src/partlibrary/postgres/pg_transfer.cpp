@@ -10,6 +10,13 @@
 
 namespace partkeep {
 
+namespace {
+
+// Bytes. The server gathers a thousand rows and reads nothing while it stores them.
+constexpr std::size_t most_waiting = 8 << 20;
+
+} // namespace
+
 // Row by row.
 
 CPgConnection::Next CPgConnection::SendForFirst(const CSql& statement, CPgResult& row)
@@ -70,6 +77,8 @@ bool CPgConnection::BeginCopy(const CSql& statement)
         return Get() == nullptr ? false : Lose();
     }
     copying_ = result.Status() == PGRES_COPY_IN;
+    waiting_.clear();
+    waiting_bytes_ = 0;
     if (!copying_) {
         return Fail(result) || LeaveCopy(false);
     }
@@ -82,18 +91,35 @@ bool CPgConnection::PutCopy(std::string_view bytes)
     if (!copying_ || Get() == nullptr) {
         return false;
     }
+    waiting_.emplace_back(bytes);
+    waiting_bytes_ += bytes.size();
+    return SendCopy(most_waiting);
+}
+
+// What the socket does not take at once stays here, up to `most` bytes of it, in place of with the client library,
+// which moves it about at each attempt.
+bool CPgConnection::SendCopy(std::size_t most)
+{
     BeginWait();
-    const auto put = [&] { return Driver().PQputCopyData(Get(), bytes.data(), static_cast<int>(bytes.size())); };
-    int done = put();
-    if (done == 0 && SendAll()) { // there may be room for it by now
-        done = put();
+    while (!waiting_.empty()) {
+        const int unsent = Driver().PQflush(Get());
+        if (unsent > 0 && waiting_bytes_ <= most) {
+            return true;
+        }
+        const std::string& rows = waiting_.front();
+        if ((unsent != 0 && !SendAll()) ||
+            (Driver().PQputCopyData(Get(), rows.data(), static_cast<int>(rows.size())) <= 0 && !Lose())) {
+            return false;
+        }
+        waiting_bytes_ -= rows.size();
+        waiting_.pop_front();
     }
-    return done > 0 ? SendAll() : Get() != nullptr && Lose();
+    return true;
 }
 
 bool CPgConnection::EndCopy()
 {
-    if (!PutCopy({"\xFF\xFF", 2})) {
+    if (!PutCopy({"\xFF\xFF", 2}) || !SendCopy(0)) {
         return false;
     }
     copying_ = false;
