@@ -36,6 +36,11 @@ public:
         if (copied && from_.Revision() != before) {
             return Refuse({LibraryFault::Busy, {}, QStringLiteral("the library was changed meanwhile")});
         }
+        if (copied && from_.Refused() > 0) {
+            return Refuse({LibraryFault::NameRefused,
+                           {},
+                           QStringLiteral("of %1 folders or parts to be copied").arg(from_.Refused())});
+        }
         return copied;
     }
 

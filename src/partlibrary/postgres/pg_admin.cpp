@@ -28,9 +28,9 @@ bool CPgAdmin::Create(bool dry_run, LibraryProblem& problem)
         problem = {LibraryFault::NameRefused, place_.Text(), NameFaultText(fault)};
         return false;
     }
-    if (ToUtf8(place_.server).size() > longest_schema || place_.server.startsWith(QStringLiteral("pg_"))) {
+    if (!IsSchemaName(place_.server)) {
         problem = {LibraryFault::NameRefused, place_.Text(),
-                   QStringLiteral("a schema has at most 63 bytes, and does not begin with pg_")};
+                   QStringLiteral("a schema has at most 63 bytes, does not begin with pg_, and is not $user")};
         return false;
     }
     const auto connection = CPgConnection::Open(place_, PgUse::Administer, problem);

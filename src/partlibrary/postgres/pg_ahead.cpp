@@ -1,4 +1,5 @@
 #include "partlibrary/postgres/pg_ahead.h"
+#include "partlibrary/postgres/pg_waits.h"
 
 #include <algorithm>
 
@@ -25,6 +26,7 @@ try {
         return;
     }
     GiveUp();
+    used_ = Clock::now();
     waiting_.assign(copies.begin(), copies.end());
     SendMore();
 } catch (...) {
@@ -87,9 +89,10 @@ CSql CPgAhead::StatementFor(PartId part, SlotSet slots, std::span<const QByteArr
 
 bool CPgAhead::Connect()
 {
-    LibraryProblem problem;
-    if (connection_ == nullptr) {
+    if (connection_ == nullptr && Clock::now() >= again_at_) { // there may be no room for a second one
+        LibraryProblem problem;
         connection_ = CPgConnection::Open(main_->Place(), PgUse::Browse, problem, StatementFor({}, {}, {}));
+        again_at_ = Clock::now() + impatience;
     }
     return connection_ != nullptr && connection_->Id() == main_->Id();
 }
@@ -120,9 +123,11 @@ void CPgAhead::SendMore()
 // what is here is still what it has.
 const PartRow* CPgAhead::Next()
 try {
-    if (next_ && Clock::now() - read_ > CPgAtHand::fresh) {
-        GiveUp();
+    const auto now = Clock::now();
+    if (now - used_ > CPgAtHand::fresh || (next_ && now - read_ > CPgAtHand::fresh)) {
+        GiveUp(); // what is on its way is as it was before the pause
     }
+    used_ = now;
     if (sent_.empty()) {
         return nullptr;
     }
@@ -211,6 +216,7 @@ try {
     }
     DropNext();
     SendMore();
+    used_ = Clock::now();
     return copied;
 } catch (...) {
     GiveUp();

@@ -60,6 +60,8 @@ private:
     PartRow copied_;                 // the last one
     std::optional<CPgContent> next_; // of the first that was sent
     Clock::time_point read_;
+    Clock::time_point used_; // by whoever copies
+    Clock::time_point again_at_;
 };
 
 } // namespace partkeep

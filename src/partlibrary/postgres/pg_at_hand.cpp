@@ -23,8 +23,9 @@ CSql AskFor(const AddWhich& which)
 {
     CSql sql("SELECT ");
     sql.Add(pg_part_columns);
-    sql.Add(", path, (SELECT revision FROM partkeep_library), part_file.slot, part_file.bytes, part_file.hash FROM "
-            "(SELECT part.*, (SELECT path FROM folder WHERE folder.id = part.folder) AS path FROM part WHERE ");
+    sql.Add(
+        ", path, (SELECT revision FROM partkeep_library), part_file.slot, part_file.bytes, part_file.hash FROM "
+        "(SELECT part.*, (SELECT left(path, 256) FROM folder WHERE folder.id = part.folder) AS path FROM part WHERE ");
     which(sql);
     sql.Add(") AS wanted LEFT JOIN part_file ON part_file.part = wanted.id ORDER BY id");
     return sql;

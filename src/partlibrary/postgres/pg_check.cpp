@@ -255,11 +255,18 @@ std::optional<LibraryCheck> CheckPgLibrary(const PgPlace& place, const WorkProgr
         return std::nullopt;
     }
     LibraryCheck check;
+    const qint64 before = connection->Revision();
     if (!CPgCheck(*connection, check, progress).All()) {
         problem = connection->Problem();
         return std::nullopt;
     }
-    return check;
+    const auto told = connection->Ask(CPgConnection::LibraryRow()); // a new connection may have had another state
+    if (!told || !connection->TakeLibraryRow(*told)) {
+        problem = connection->Problem();
+    } else if (connection->Revision() != before) {
+        problem = {LibraryFault::Busy, place.Text(), QStringLiteral("the library was changed meanwhile")};
+    }
+    return problem ? std::nullopt : std::optional(std::move(check));
 }
 
 } // namespace partkeep

@@ -23,13 +23,14 @@ std::shared_ptr<CPgConnection> CPgConnection::Open(const PgPlace& place, PgUse u
         problem.subject = place.Text();
         return nullptr;
     }
-    if (ToUtf8(place.server).size() > longest_schema) { // the server would cut it, and show another's
+    if (!IsSchemaName(place.server)) {
         problem = {LibraryFault::NotFound, place.Text(), {}};
         return nullptr;
     }
     std::shared_ptr<CPgConnection> connection(new CPgConnection(*driver, place, use, std::move(often)));
     const auto began = connection->BeginWait();
-    if (use == PgUse::Browse) { // whoever shows a library has heard of it there just now
+    const bool beside_another = connection->often_.has_value(); // which does without it
+    if (use == PgUse::Browse && !beside_another) { // whoever shows a library has heard of it there just now
         connection->Expect();
     }
     do {
@@ -72,7 +73,7 @@ std::vector<std::pair<QString, QString>> CPgConnection::Settings() const
     std::vector<std::pair<QString, QString>> settings{
         {QStringLiteral("search_path"), path},
         {QStringLiteral("jit"), off},
-        {QStringLiteral("statement_timeout"), QString::number(browse ? browse_patience.count() : 0)},
+        {QStringLiteral("statement_timeout"), QStringLiteral("0")},
         {QStringLiteral("lock_timeout"), QString::number(browse_patience.count())},
         {QStringLiteral("default_transaction_read_only"), Reads() ? QStringLiteral("on") : off}};
     if (browse) {

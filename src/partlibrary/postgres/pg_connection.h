@@ -23,7 +23,6 @@
 namespace partkeep {
 
 inline constexpr qint64 postgres_library_version = 1;
-inline constexpr std::size_t longest_schema = 63; // bytes of a name
 
 class CPgConnection : public CPgLine {
 public:

@@ -24,7 +24,8 @@ CSql CPgContent::Statement(PartId part, SlotSet slots, std::span<const QByteArra
     CSql sql("SELECT ");
     sql.Add(pg_part_columns);
     sql.Add(", path, part_file.slot, part_file.bytes, part_file.hash, piece.nr, piece.data FROM "
-            "(SELECT part.*, (SELECT path FROM folder WHERE folder.id = part.folder) AS path FROM part WHERE id = ");
+            "(SELECT part.*, (SELECT left(path, 256) FROM folder WHERE folder.id = part.folder) AS path FROM part "
+            "WHERE id = ");
     sql.Value(part).Add(") AS one LEFT JOIN part_file ON part_file.part = one.id AND ((1 << part_file.slot) & ");
     sql.Value(wanted).Add(") <> 0 LEFT JOIN piece ON piece.content = part_file.content AND part_file.hash <> ALL(");
     sql.Value(kept).Add(")");

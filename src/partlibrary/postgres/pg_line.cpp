@@ -107,7 +107,7 @@ bool CPgLine::Fail(const CPgResult& result)
 {
     const std::string_view state = result.ErrorField(PG_DIAG_SQLSTATE);
     const LibraryProblem problem = PgProblem(result, place_, Reads(), pq_.PQerrorMessage(connection_.get()));
-    if (IsLoss(state)) {
+    if (IsLoss(state) || (Reads() && IsConflict(state))) {
         Lose();
     } else if (use_ == PgUse::Browse && (IsTimeOut(state) || problem.fault == LibraryFault::Refused)) {
         FallSilent(problem);

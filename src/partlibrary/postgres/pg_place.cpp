@@ -8,6 +8,13 @@
 
 namespace partkeep {
 
+bool IsSchemaName(const QString& server)
+{
+    static constexpr std::size_t longest = 63; // bytes
+    return ToUtf8(server).size() <= longest && !server.startsWith(QStringLiteral("pg_")) &&
+           server != QStringLiteral("$user");
+}
+
 std::optional<PgPlace> PgPlaceOf(const QString& text)
 {
     const qsizetype colon = text.indexOf(u':');

@@ -19,6 +19,10 @@ struct PgPlace {
     [[nodiscard]] QString Text() const { return service + u':' + server; }
 };
 
+// Whether the database can have a schema of this name, and finds it by that: it would cut a long one, and takes "$user"
+// for the user's own.
+[[nodiscard]] bool IsSchemaName(const QString& server);
+
 // "SERVICE:SERVER"; nothing for what is the path of a file.
 [[nodiscard]] std::optional<PgPlace> PgPlaceOf(const QString& text);
 

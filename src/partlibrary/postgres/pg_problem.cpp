@@ -44,6 +44,11 @@ bool IsTimeOut(std::string_view state)
     return state == "55P03" || state == "57014";
 }
 
+bool IsConflict(std::string_view state)
+{
+    return state == "40001";
+}
+
 bool IsLoss(std::string_view state)
 {
     return state.empty() || state.starts_with("57P") || state.starts_with("08");

@@ -16,6 +16,10 @@ namespace partkeep {
 // The server ends this connection, or does not take a new one yet.
 [[nodiscard]] bool IsLoss(std::string_view state);
 
+// What a reader asked was in the way of something else, as on a standby what the primary has cleared up: the next
+// attempt goes well.
+[[nodiscard]] bool IsConflict(std::string_view state);
+
 // `otherwise` is for an error that says nothing of itself. To whoever only reads it is no trouble that he cannot write.
 [[nodiscard]] LibraryProblem PgProblem(const CPgResult& error, const PgPlace& place, bool reads,
                                        std::string_view otherwise);

@@ -8,7 +8,8 @@ namespace partkeep {
 
 SqlText PgTextColumn(PartColumn column)
 {
-    static constexpr std::array<SqlText, 5> columns{"name", "thickness::text", "material", "machine", "comment"};
+    static constexpr std::array<SqlText, 5> columns{"left(name, 256)", "thickness::text", "left(material, 256)",
+                                                    "left(machine, 256)", "left(comment, 256)"};
     return columns[static_cast<std::size_t>(column)];
 }
 
@@ -23,7 +24,7 @@ void AddPartColumns(CSql& sql, const PartListView& view)
 {
     sql.Add(pg_part_columns);
     if (view.folder == all_folders) {
-        sql.Add(", (SELECT path FROM folder WHERE folder.id = folder_of)");
+        sql.Add(", (SELECT left(path, 256) FROM folder WHERE folder.id = folder_of)");
     }
 }
 

@@ -87,6 +87,7 @@ private:
             Lose(LibraryProblem(start_->Problem()));
         } else if (state == CPgStart::State::Open) {
             connection_ = start_->Take();
+            until_ = std::max(until_, Clock::now() + browse_patience);
             Ask();
         }
     }

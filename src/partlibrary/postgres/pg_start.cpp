@@ -11,8 +11,15 @@
 
 namespace partkeep {
 
+namespace {
+
+constexpr int most_patience = 5; // times; each step of a handshake takes a round trip, and there are several
+
+} // namespace
+
 CPgStart::CPgStart(const PqDriver& pq, PgPlace place, bool browses, Clock::time_point until)
-    : pq_(pq), place_(std::move(place)), browses_(browses), until_(until), connection_(nullptr, CPqFinish{&pq})
+    : pq_(pq), place_(std::move(place)), browses_(browses), until_(until),
+      latest_(until + (most_patience - 1) * (until - Clock::now())), connection_(nullptr, CPqFinish{&pq})
 {
     Begin();
     if (state_ != State::Pending) {
@@ -22,7 +29,13 @@ CPgStart::CPgStart(const PqDriver& pq, PgPlace place, bool browses, Clock::time_
     if (hosts_.LeaveOutSilent()) {
         Begin();
     }
+    SetShare();
+}
+
+void CPgStart::SetShare()
+{
     share_until_ = hosts_.ShareUntil(until_);
+    share_ = share_until_ - Clock::now();
 }
 
 void CPgStart::Begin()
@@ -99,23 +112,29 @@ void CPgStart::PassOver()
     }
     hosts_.LeaveOut(pq_, connection_.get());
     Begin();
-    share_until_ = hosts_.ShareUntil(until_);
+    SetShare();
 }
 
-// Something has come for which it was waiting, and not the end of the line. Later on there is nothing left to refuse
-// but a server that does not write, which may be another one in a moment.
-bool CPgStart::IsSpokenTo() const
+// Something has come for which it was waiting, and not the end of the line. Before that a look would take away the
+// error of a host that refuses.
+bool CPgStart::HasBytes() const
 {
-    const ConnStatusType status = pq_.PQstatus(connection_.get());
     char byte = 0;
-    return (status == CONNECTION_SSL_STARTUP || status == CONNECTION_AWAITING_RESPONSE) &&
+    return polling_ == PGRES_POLLING_READING &&
            recv(pq_.PQsocket(connection_.get()), &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
 }
 
-// After a refusal it goes on to the next host by itself.
+// After a refusal it goes on to the next host by itself. Later than these there is nothing left to refuse but a server
+// that does not write, which may be another one in a moment.
 void CPgStart::Step()
 {
-    const bool spoken_to = IsSpokenTo();
+    const ConnStatusType status = pq_.PQstatus(connection_.get());
+    const bool has_bytes = HasBytes();
+    const bool spoken_to = has_bytes && (status == CONNECTION_SSL_STARTUP || status == CONNECTION_AWAITING_RESPONSE);
+    if (has_bytes) {
+        share_until_ = std::min(std::max(share_until_, Clock::now() + share_), latest_);
+        until_ = std::max(until_, share_until_);
+    }
     polling_ = pq_.PQconnectPoll(connection_.get());
     const bool failed = polling_ == PGRES_POLLING_FAILED;
     refused_ = refused_ || (spoken_to && (failed || pq_.PQstatus(connection_.get()) == CONNECTION_STARTED));

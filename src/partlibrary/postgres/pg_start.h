@@ -18,7 +18,8 @@ public:
     using Clock = std::chrono::steady_clock;
     enum class State { Pending, Open, Failed, Late };
 
-    // By when it must be open. A browser leaves it to its own deadlines when the line is lost.
+    // By when the first byte must have come, or the next one in as long a time; up to five times as long in all. A
+    // browser leaves it to its own deadlines when the line is lost.
     CPgStart(const PqDriver& pq, PgPlace place, bool browses, Clock::time_point until);
 
     // As far as it goes without waiting.
@@ -35,13 +36,16 @@ private:
     void PassOver();
     void Step();
     void Fail();
-    [[nodiscard]] bool IsSpokenTo() const;
+    [[nodiscard]] bool HasBytes() const;
+    void SetShare();
 
     const PqDriver& pq_;
     PgPlace place_;
     bool browses_;
     Clock::time_point until_;
+    Clock::time_point latest_;
     Clock::time_point share_until_;
+    Clock::duration share_{};
     CPgHosts hosts_;
     PqConnection connection_;
     PostgresPollingStatusType polling_ = PGRES_POLLING_WRITING;

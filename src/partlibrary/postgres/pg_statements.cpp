@@ -1,5 +1,6 @@
 // Statements and their results, as many as go together in one round trip.
 #include "partlibrary/postgres/pg_connection.h"
+#include "partlibrary/postgres/pg_waits.h"
 
 #include <algorithm>
 #include <array>
@@ -40,15 +41,21 @@ bool CPgConnection::TakeResults(std::vector<CPgResult>& results)
     }
 }
 
-// Where memory runs out in between, answers would be left for the next question.
+// The server ends what a browser would not wait for; not so rows that are sent one by one, since it counts the time
+// that a slow line or their reader takes. Where memory runs out in between, answers would be left for the next
+// question.
 std::optional<std::vector<CPgResult>> CPgConnection::TryAll(std::span<const CSql> statements)
 try {
+    const bool limited = Use() == PgUse::Browse;
+    static const CSql limit = std::move(
+        CSql("SELECT set_config('statement_timeout', ").Value(QString::number(browse_patience.count())).Add(", true)"));
     std::vector<CPgResult> results;
-    const bool sent =
-        std::all_of(statements.begin(), statements.end(), [this](const CSql& sql) { return SendOne(sql); });
+    const bool sent = (!limited || SendOne(limit)) && std::all_of(statements.begin(), statements.end(),
+                                                                  [this](const CSql& sql) { return SendOne(sql); });
     if (!sent || !SendSync() || !TakeResults(results)) {
         return std::nullopt;
     }
+    results.erase(results.begin(), results.begin() + (limited ? 1 : 0));
     return results;
 } catch (...) {
     Disconnect();

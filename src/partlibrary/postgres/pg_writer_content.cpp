@@ -88,10 +88,8 @@ bool CPgWriter::PutFile(PartId part, FileSlot slot, const StoredContent& content
     if (!is_new) {
         replaced_.push_back(std::exchange(put->second, content).id);
     }
-    if ((held->row.slots & SetOf(slot)) == 0) {
-        held->row.slots |= SetOf(slot);
-        held->changed = true;
-    }
+    held->row.slots |= SetOf(slot);
+    held->changed = true;
     return true;
 }
 

@@ -140,11 +140,7 @@ int ListParts(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& o
     if (open->HasOtherKeys()) {
         output.Warn("warning", library.Name() + QStringLiteral(": ") + QLatin1String(other_keys_text), {});
     }
-    if (open->Refused() == 0) {
-        return static_cast<int>(ToolEnd::Done);
-    }
-    output.Warn("warning", QStringLiteral("%1 folders or parts with names that are refused").arg(open->Refused()), {});
-    return static_cast<int>(ToolEnd::Found);
+    return output.EndWithout(open->Refused());
 }
 
 int CheckOrRebuild(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output)

@@ -110,6 +110,15 @@ int CToolOutput::Fail(const LibraryProblem& problem)
     return End(EndOf(problem.fault), FromUtf8(ProblemText(problem)), problem.subject);
 }
 
+int CToolOutput::EndWithout(qint64 refused)
+{
+    if (refused == 0) {
+        return static_cast<int>(ToolEnd::Done);
+    }
+    Warn("warning", QStringLiteral("%1 folders or parts with names that are refused").arg(refused), {});
+    return static_cast<int>(ToolEnd::Found);
+}
+
 int CToolOutput::Misunderstand(const QString& text)
 {
     return End(ToolEnd::CommandLine, text + QStringLiteral("; --help tells all"), {});

@@ -51,6 +51,8 @@ public:
     // The same as a line of trouble: on the error stream, unless it is an object.
     void Warn(const char* event, const QString& text, QJsonObject fields);
     [[nodiscard]] int Fail(const LibraryProblem& problem);
+    // The end of a command that passed over so many folders or parts.
+    [[nodiscard]] int EndWithout(qint64 refused);
     // For a command line that cannot be understood.
     [[nodiscard]] int Misunderstand(const QString& text);
 

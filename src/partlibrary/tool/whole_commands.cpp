@@ -87,7 +87,7 @@ int ExtractParts(ILibraryAdmin& library, const ToolOptions& options, CToolOutput
                  {QStringLiteral("files"), report.files},
                  {QStringLiteral("bytes"), report.bytes},
                  {QStringLiteral("dry_run"), options.dry_run}});
-    return done;
+    return output.EndWithout(open->Refused());
 }
 
 int BackUp(ILibraryAdmin& library, const ToolOptions& options, CToolOutput& output)
