@@ -32,6 +32,7 @@ bool CPgLine::StartUp()
     }
     if (state == CPgStart::State::Open) {
         connection_ = start.Take();
+        BeginWait(); // it has answered up to now
         return true;
     }
     if (state == CPgStart::State::Late) {
