@@ -49,6 +49,25 @@ TEST_F(SessionCopy, AFullOrReadOnlyDiskLeavesNoPartOfAFile)
     EXPECT_EQ(NamesIn(target_.Path()).size(), 4U);
 }
 
+// Its own data first, then the machine's, as a load does it. What was changed in between is told, or not given.
+TEST_F(SessionCopy, WhatIsCopiedInTwoStepsIsOfOneState)
+{
+    const auto put = [this](char version) {
+        libraries_.Fill(u"SRV1"_s, [version](ILibraryWriter& writer) {
+            const auto part = writer.PutPart(*writer.MakeFolder(u"Plates\\2008"_s), u"P1"_s, std::nullopt);
+            ASSERT_TRUE(part && writer.PutFile(*part, FileSlot::Iga, QByteArray(1, version)) &&
+                        writer.PutFile(*part, FileSlot::Ncd, QByteArray(1, version)));
+        });
+    };
+    const auto copy = [this](std::int16_t kind) { return session_.SetDataKind(kind) && CopyP1(); };
+    put('1');
+    EXPECT_TRUE(copy(24));
+    put('2');
+    EXPECT_TRUE(!copy(10) || ReadBytes(target_.Path("P1.NCD")) == ReadBytes(target_.Path("P1.iga")));
+    EXPECT_TRUE(copy(24) && copy(10));
+    EXPECT_EQ(ReadBytes(target_.Path("P1.iga")) + ReadBytes(target_.Path("P1.NCD")), "22");
+}
+
 // Each allocation fails in turn, from the opening of the library to the last file in place.
 TEST_F(SessionCopy, WithoutMemoryNothingIsLeftBehind)
 {

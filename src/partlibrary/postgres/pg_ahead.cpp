@@ -2,6 +2,7 @@
 #include "partlibrary/postgres/pg_waits.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace partkeep {
 
@@ -26,12 +27,25 @@ try {
         return;
     }
     GiveUp();
-    used_ = Clock::now();
+    Use();
     waiting_.assign(copies.begin(), copies.end());
     SendMore();
 } catch (...) {
     GiveUp(); // what was asked and what was noted may differ
     throw;
+}
+
+void CPgAhead::Use()
+{
+    const auto now = Clock::now();
+    idle_ += now - std::exchange(used_, now);
+}
+
+void CPgAhead::Rest()
+{
+    if (connection_ != nullptr && sent_.empty() && Clock::now() - used_ > impatience) {
+        connection_.reset();
+    }
 }
 
 void CPgAhead::GiveUp()
@@ -108,7 +122,7 @@ void CPgAhead::SendMore()
             waiting_.clear();
             return;
         }
-        sent_.push_back({copy, need, is_here});
+        sent_.push_back({copy, need, is_here, idle_});
         waiting_.pop_front();
         coming_.insert(need.coming.begin(), need.coming.end());
         asked_ += is_here ? 0 : 1;
@@ -123,11 +137,11 @@ void CPgAhead::SendMore()
 // what is here is still what it has.
 const PartRow* CPgAhead::Next()
 try {
-    const auto now = Clock::now();
-    if (now - used_ > CPgAtHand::fresh || (next_ && now - read_ > CPgAtHand::fresh)) {
-        GiveUp(); // what is on its way is as it was before the pause
+    Use();
+    const bool is_old = !sent_.empty() && idle_ - sent_.front().idle > CPgAtHand::fresh;
+    if (is_old || (next_ && used_ - read_ > CPgAtHand::fresh)) {
+        GiveUp(); // what is on its way is as it was before the pauses
     }
-    used_ = now;
     if (sent_.empty()) {
         return nullptr;
     }

@@ -30,6 +30,9 @@ public:
     // Nothing where this copy is not next, or nothing of it was handed over yet.
     [[nodiscard]] std::optional<bool> Copy(PartId part, SlotSet slots, const ContentSink& sink);
 
+    // Between what a user does: after a while there is no connection for what nobody copies.
+    void Rest();
+
 private:
     using Clock = std::chrono::steady_clock;
 
@@ -37,6 +40,7 @@ private:
         PartCopy copy;
         CPgAtHand::Need need;
         bool is_here; // all of it is kept, and nothing was asked for
+        Clock::duration idle;
     };
 
     void SendMore();
@@ -48,6 +52,7 @@ private:
     [[nodiscard]] std::optional<bool> HandOverNext(const ContentSink& sink);
     void DropNext();
     void GiveUp();
+    void Use();
 
     std::shared_ptr<CPgConnection> main_;
     CPgAtHand& at_hand_;
@@ -61,6 +66,7 @@ private:
     std::optional<CPgContent> next_; // of the first that was sent
     Clock::time_point read_;
     Clock::time_point used_; // by whoever copies
+    Clock::duration idle_{}; // in which nobody was
     Clock::time_point again_at_;
 };
 

@@ -40,7 +40,11 @@ public:
     [[nodiscard]] std::optional<qint64> Revision() override;
     bool CopyFiles(PartId part, SlotSet slots, const ContentSink& sink) override;
     void Expect(std::span<const PartCopy> copies) override;
-    [[nodiscard]] bool LookForChange() override { return watch_.Look(); }
+    [[nodiscard]] bool LookForChange() override
+    {
+        ahead_.Rest();
+        return watch_.Look();
+    }
     [[nodiscard]] int ChangeSocket() const override { return watch_.Socket(); }
     void ReadAhead(std::span<const PartId> parts) override { watch_.Want(parts); }
     [[nodiscard]] std::optional<QByteArray> PictureAtHand(PartId part, FileSlot slot) override

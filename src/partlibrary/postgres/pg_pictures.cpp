@@ -74,7 +74,7 @@ bool CPgPictures::IsHere(const PartFile& picture) const
 
 std::optional<CPgPictures::Question> CPgPictures::Next()
 {
-    while (!rows_asked_ && !(shown_.empty() && wanted_.empty())) {
+    while (rows_asked_.empty() && !(shown_.empty() && wanted_.empty())) {
         const bool shown = !shown_.empty();
         const CPgAtHand::Known* const part = at_hand_.Find(shown ? shown_.front().part : wanted_.front());
         if (part == nullptr) {
@@ -95,18 +95,16 @@ std::optional<CPgPictures::Question> CPgPictures::Next()
 
 CPgPictures::Question CPgPictures::RowsQuestion()
 {
-    std::vector<PartId> parts;
-    const auto add = [&](PartId part) {
-        if (std::ssize(parts) < rows_together && at_hand_.Find(part) == nullptr) {
-            parts.push_back(part);
+    const auto add = [this](PartId part) {
+        if (std::ssize(rows_asked_) < rows_together && at_hand_.Find(part) == nullptr) {
+            rows_asked_.push_back(part);
         }
     };
     for (const Shown& picture : shown_) {
         add(picture.part);
     }
     std::for_each(wanted_.begin(), wanted_.end(), add);
-    rows_asked_ = true;
-    return {CPgAtHand::Statement(parts), {}};
+    return {CPgAtHand::Statement(rows_asked_), {}};
 }
 
 std::optional<CPgPictures::Question> CPgPictures::ShownQuestion(const CPgAtHand::Known& part, FileSlot slot)
@@ -136,6 +134,7 @@ std::optional<CPgPictures::Question> CPgPictures::WantedQuestion(const CPgAtHand
 CPgPictures::Question CPgPictures::PictureQuestion(const PartFile& picture)
 {
     room_ -= picture.bytes;
+    under_way_ += picture.bytes;
     asked_.insert(picture.hash);
     CSql sql("SELECT piece.data FROM part_file JOIN piece ON piece.content = part_file.content WHERE part = ");
     sql.Value(picture.part).Add(" AND slot = ").Value(static_cast<std::int32_t>(picture.slot));
@@ -145,19 +144,23 @@ CPgPictures::Question CPgPictures::PictureQuestion(const PartFile& picture)
 
 // Answers.
 
-// What is not among them has gone, or cannot be had; it is not asked for again by itself.
+// What was asked for and is not among them has gone, or cannot be had; it is not asked for again by itself.
 void CPgPictures::TakeRows(const CPgResult& result)
 {
-    rows_asked_ = false;
     if (result.Status() == PGRES_TUPLES_OK) {
         at_hand_.Take(result);
     }
-    std::erase_if(wanted_, [this](PartId part) { return at_hand_.Find(part) == nullptr; });
-    std::erase_if(shown_, [this](const Shown& picture) { return at_hand_.Find(picture.part) == nullptr; });
+    const std::vector<PartId> asked = std::exchange(rows_asked_, {});
+    const auto in_vain = [&](PartId part) {
+        return std::find(asked.begin(), asked.end(), part) != asked.end() && at_hand_.Find(part) == nullptr;
+    };
+    std::erase_if(wanted_, in_vain);
+    std::erase_if(shown_, [&](const Shown& picture) { return in_vain(picture.part); });
 }
 
 void CPgPictures::TakePicture(const CPgResult& result, const PartFile& picture)
 {
+    under_way_ -= picture.bytes;
     QByteArray content;
     for (int row = 0; row < result.Rows(); ++row) {
         const std::string_view piece = result.Raw(row, 0);
@@ -193,7 +196,8 @@ void CPgPictures::Hold(const PartFile& picture, const QByteArray& content)
 void CPgPictures::LoseAnswers()
 {
     asked_.clear();
-    rows_asked_ = false;
+    under_way_ = 0;
+    rows_asked_.clear();
     came_ = true;
 }
 

@@ -9,6 +9,7 @@
 #include <set>
 #include <span>
 #include <utility>
+#include <vector>
 
 namespace partkeep {
 
@@ -34,6 +35,7 @@ public:
     [[nodiscard]] bool TakeArrival() { return std::exchange(came_, false); }
 
     [[nodiscard]] std::optional<Question> Next(); // nothing: not now
+    [[nodiscard]] qint64 BytesUnderWay() const { return under_way_; }
     void TakeRows(const CPgResult& result);
     void TakePicture(const CPgResult& result, const PartFile& picture);
     void LoseAnswers(); // those that have not come yet never will
@@ -64,8 +66,9 @@ private:
     std::deque<std::pair<QByteArray, QByteArray>> held_; // by hash: what is not kept, until it is shown
     qint64 held_bytes_ = 0;
     qint64 room_ = 0; // for what is wanted, in bytes
+    qint64 under_way_ = 0;
     std::set<QByteArray> asked_;
-    bool rows_asked_ = false;
+    std::vector<PartId> rows_asked_;
     bool came_ = false;
 };
 

@@ -56,7 +56,8 @@ bool IsLoss(std::string_view state)
 
 LibraryProblem PgProblem(const CPgResult& error, const PgPlace& place, bool reads, std::string_view otherwise)
 {
-    const LibraryFault fault = FaultOfState(error.ErrorField(PG_DIAG_SQLSTATE));
+    const std::string_view state = error.ErrorField(PG_DIAG_SQLSTATE);
+    const LibraryFault fault = reads && IsConflict(state) ? LibraryFault::NoAnswer : FaultOfState(state);
     const std::string_view text = error.ErrorField(PG_DIAG_MESSAGE_PRIMARY);
     return {fault == LibraryFault::ReadOnly && reads ? LibraryFault::Refused : fault, place.Text(),
             OneLine(text.empty() ? otherwise : text)};

@@ -13,9 +13,10 @@ namespace partkeep {
 namespace {
 
 constexpr std::chrono::seconds between_revisions{1};
-constexpr std::chrono::seconds between_connections{2};
 constexpr int most_results = 24; // at one look
 constexpr std::size_t most_questions = 8;
+constexpr qint64 most_under_way = 1 << 18; // bytes of pictures, behind which a change would have to wait
+constexpr int most_behind = 60;            // looks in a row
 
 bool IsReady(int socket, short events)
 {
@@ -43,11 +44,15 @@ int CPgWatch::Socket() const
 
 bool CPgWatch::Look()
 {
-    if (state_ == State::Closed && Clock::now() - closed_ >= between_connections) {
+    const auto began = Clock::now();
+    if (state_ == State::Closed && began - closed_ >= pause_) {
         Start();
     }
     if (state_ == State::Connecting) {
         GoOnConnecting();
+    }
+    if (state_ != State::Open) { // the client library looks names up at once, however long that takes
+        pause_ = std::max<Clock::duration>(pause_, 10 * (Clock::now() - began));
     }
     if (state_ == State::Open) {
         Receive();
@@ -102,6 +107,7 @@ void CPgWatch::GoOnConnecting()
     }
     last_byte_ = Clock::now();
     state_ = State::Open;
+    pause_ = between_connections;
     SetUp();
 }
 
@@ -167,7 +173,7 @@ void CPgWatch::AskForMore()
         asked_for_revision_ = now;
         Ask(CSql("SELECT revision, mark FROM partkeep_library"), {Asked::Revision, {}});
     }
-    while (questions_.size() < most_questions && state_ == State::Open) {
+    while (questions_.size() < most_questions && pictures_.BytesUnderWay() < most_under_way && state_ == State::Open) {
         const auto next = pictures_.Next();
         if (!next) {
             return;
@@ -255,8 +261,10 @@ void CPgWatch::TakeRevision(const CPgResult& result)
     if (answers_again) {
         main_->TryAgain();
     }
-    changed_ = changed_ || answers_again || revision_ != told || result.Bytes(0, 1) != main_->Id();
-    revision_ = told;
+    const bool is_new = std::exchange(revision_, told) != told;
+    behind_ = is_new || told == main_->Revision() ? 0 : behind_ + 1; // the other line may lead to a standby that lags
+    changed_ = changed_ || answers_again || is_new || result.Bytes(0, 1) != main_->Id() ||
+               (behind_ > 0 && behind_ <= most_behind);
     pictures_.Confirm(told);
 }
 

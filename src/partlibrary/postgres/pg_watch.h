@@ -33,6 +33,7 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::seconds between_connections{2};
     enum class State { Closed, Connecting, Open };
     enum class Asked { Setting, Revision, Rows, Picture };
     struct Question {
@@ -67,6 +68,8 @@ private:
     Clock::time_point last_byte_;
     Clock::time_point asked_for_revision_;
     Clock::time_point closed_;
+    Clock::duration pause_ = between_connections;
+    int behind_ = 0; // looks at which the main line had not come as far
 };
 
 } // namespace partkeep

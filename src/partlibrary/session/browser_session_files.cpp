@@ -6,6 +6,7 @@
 #include "partlibrary/session/staged_files.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 
 namespace partkeep {
@@ -14,6 +15,7 @@ namespace {
 
 constexpr std::int32_t status_ok = 0;
 constexpr std::int32_t status_failed = -1;
+constexpr std::chrono::seconds again_within{2};
 
 } // namespace
 
@@ -63,7 +65,9 @@ bool CBrowserSession::CopyPartFiles(std::u16string_view server, std::u16string_v
     const SlotSet slots = SlotsOfMask(data_kind_);
     const CopyProgress begun = copy_;
     bool staged = StageFiles(*library, *part, slots, &copy_);
-    if (!staged && library->Problem().fault == LibraryFault::NoAnswer) { // lost in the middle, not waited for
+    const auto until = std::chrono::steady_clock::now() + again_within;
+    while (!staged && library->Problem().fault == LibraryFault::NoAnswer && !library->SilentSince().isValid() &&
+           std::chrono::steady_clock::now() < until) { // lost in the middle, not waited for
         copy_ = begun;
         staged = StageFiles(*library, *part, slots, &copy_) && SetProblem({});
     }
