@@ -332,6 +332,9 @@ TEST_F(LibraryTool, ACopyHoldsTheSameWhateverEngineHoldsIt)
     }
     ASSERT_EQ(Run({"extract", library_, "one"}) + Run({"extract", back, "two"}), 0) << err_.str();
     EXPECT_EQ(std::system("diff -r one two && diff one.csv two.csv"), 0);
+    ForgePart(u"P:1"_s); // what is not given is told
+    ExpectTrouble({"copy", library_, "B.kpl"}, "of 1 folders or parts");
+    EXPECT_EQ(Run({"extract", library_, "three"}), 1);
 }
 
 TEST_F(LibraryTool, RepairKeepsWhatCanBeReadAndTellsTheRest)
