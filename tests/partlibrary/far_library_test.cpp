@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <numeric>
 #include <string>
 #include <sys/wait.h>
 #include <thread>
@@ -275,6 +276,8 @@ TEST_F(FarLibrary, PicturesInViewComeOnceAndAreNotWaitedForWhateverIsKept)
         view.folder = folder->id;
         std::vector<PartId> wanted = *library->Ids(view);
         ASSERT_EQ(std::ssize(wanted), parts);
+        const long all = std::transform_reduce(wanted.begin(), wanted.end(), 0L, std::plus<>(),
+                                               [&](PartId part) { return static_cast<long>(picture(part).size()); });
         for (int look = 0; look < 30; ++look) { // until there is a line
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
             static_cast<void>(library->LookForChange());
@@ -292,13 +295,16 @@ TEST_F(FarLibrary, PicturesInViewComeOnceAndAreNotWaitedForWhateverIsKept)
         ASSERT_TRUE(SignalDatabase("STOP"));
         library->ReadAhead(std::span(wanted).first(parts / 2));
         static_cast<void>(library->LookForChange()); // asks about these, and not about the rest
-        ask();
+        library->ReadAhead(wanted);
+        if (cache.folder != contents_) { // otherwise they come without that as well
+            ask();
+        }
         EXPECT_TRUE(std::ssize(wanted) == parts && !library->SilentSince().isValid()) << "they were waited for";
         ASSERT_TRUE(SignalDatabase("CONT"));
         for (int look = 0; !wanted.empty() && look < 3000; ++look) {
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
             static_cast<void>(library->LookForChange());
-            if (library->PicturesCame()) {
+            if (library->PicturesCame() && (cache.folder != contents_ || line.Bytes() - before > all)) {
                 ask();
             }
         }
@@ -316,7 +322,7 @@ TEST_F(FarLibrary, WhoeverPausesGetsAllAndAsItIsByThen)
         libraries_.Fill(u"SRV1"_s, [=](ILibraryWriter& writer) {
             for (int i = first; i < parts; ++i) {
                 const auto part = writer.PutPart(*writer.MakeFolder(u"Far"_s), u"F%1"_s.arg(i), std::nullopt);
-                EXPECT_TRUE(part && writer.PutFile(*part, FileSlot::Iga, QByteArray(3 << 20, version)));
+                EXPECT_TRUE(part && writer.PutFile(*part, FileSlot::Iga, QByteArray(i == 0 ? 3 << 20 : 9, version)));
             }
         });
     };
@@ -335,7 +341,7 @@ TEST_F(FarLibrary, WhoeverPausesGetsAllAndAsItIsByThen)
             EXPECT_TRUE(session.CopyPartFiles(u"SRV1", u"Far\\F" + FromUtf8(std::to_string(i)).toStdU16String()));
             EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(1000)) << limit;
             EXPECT_EQ(ReadBytes(target_.Path("F" + std::to_string(i) + ".iga")),
-                      std::string(3 << 20, i < 2 ? '1' : '2'));
+                      std::string(i == 0 ? 3 << 20 : 9, i < 2 ? '1' : '2'));
             if (i == 0) {
                 put(2, '2');
             }
