@@ -189,12 +189,15 @@ std::optional<bool> CPgAhead::HandOverNext(const ContentSink& sink)
     const PartCopy copy = sent_.front().copy;
     if (!sent_.front().is_here) {
         const bool done = next_->HandOver(copy.slots, sink, *main_);
+        files_ = next_->Files();
         if (!done) {
             main_->SetProblem(connection_->Problem());
         }
         return done;
     }
     LibraryProblem problem;
+    const CPgAtHand::Known* const known = at_hand_.Find(copy.part);
+    files_ = known != nullptr ? known->files : std::vector<PartFile>();
     if (!at_hand_.Copy(copy.part, copy.slots, sink, problem)) {
         return std::nullopt; // what was to be kept was not
     }

@@ -29,6 +29,8 @@ public:
 
     // Nothing where this copy is not next, or nothing of it was handed over yet.
     [[nodiscard]] std::optional<bool> Copy(PartId part, SlotSet slots, const ContentSink& sink);
+    // All files that the part of the last copy has.
+    [[nodiscard]] const std::vector<PartFile>& Files() const { return files_; }
 
     // Between what a user does: after a while there is no connection for what nobody copies.
     void Rest();
@@ -63,6 +65,7 @@ private:
     qint64 bytes_sent_for_ = 0;      // as far as it is known
     std::set<QByteArray> coming_;    // contents that were asked for and will be kept
     PartRow copied_;                 // the last one
+    std::vector<PartFile> files_;    // of it
     std::optional<CPgContent> next_; // of the first that was sent
     Clock::time_point read_;
     Clock::time_point used_; // by whoever copies

@@ -26,9 +26,9 @@ CSql CPgContent::Statement(PartId part, SlotSet slots, std::span<const QByteArra
     sql.Add(", path, part_file.slot, part_file.bytes, part_file.hash, piece.nr, piece.data FROM "
             "(SELECT part.*, (SELECT left(path, 256) FROM folder WHERE folder.id = part.folder) AS path FROM part "
             "WHERE id = ");
-    sql.Value(part).Add(") AS one LEFT JOIN part_file ON part_file.part = one.id AND ((1 << part_file.slot) & ");
-    sql.Value(wanted).Add(") <> 0 LEFT JOIN piece ON piece.content = part_file.content AND part_file.hash <> ALL(");
-    sql.Value(kept).Add(")");
+    sql.Value(part).Add(") AS one LEFT JOIN part_file ON part_file.part = one.id LEFT JOIN piece ON "
+                        "piece.content = part_file.content AND ((1 << part_file.slot) & ");
+    sql.Value(wanted).Add(") <> 0 AND part_file.hash <> ALL(").Value(kept).Add(")");
     if (once) {
         sql.Add(" AND NOT EXISTS (SELECT FROM part_file AS first WHERE first.part = one.id AND first.slot < "
                 "part_file.slot AND first.hash = part_file.hash AND ((1 << first.slot) & ");
@@ -73,7 +73,7 @@ bool CPgContent::HandOver(SlotSet slots, const ContentSink& sink, CPgConnection&
     SlotSet found = 0;
     auto next = CPgConnection::Next::Row;
     for (; next == CPgConnection::Next::Row; next = connection_.Receive(row_)) {
-        if (LibraryProblem problem = Take(row_, found, sink)) {
+        if (LibraryProblem problem = Take(row_, slots, found, sink)) {
             connection_.SetProblem(std::move(problem));
             return false;
         }
@@ -123,7 +123,8 @@ LibraryProblem CPgContent::EndFile()
     return {};
 }
 
-LibraryProblem CPgContent::Take(const CPgResult& row, SlotSet& found, const ContentSink& sink)
+// Of files that are not wanted there is a row as well, without a piece.
+LibraryProblem CPgContent::Take(const CPgResult& row, SlotSet slots, SlotSet& found, const ContentSink& sink)
 {
     if (row.IsNull(0, slot)) {
         return {};
@@ -133,6 +134,12 @@ LibraryProblem CPgContent::Take(const CPgResult& row, SlotSet& found, const Cont
         return Damage();
     }
     const auto kind = static_cast<FileSlot>(file);
+    if (files_.empty() || files_.back().slot != kind) {
+        files_.push_back({part_.id, kind, row.Integer(0, bytes), row.Bytes(0, hash)});
+    }
+    if ((slots & SetOf(kind)) == 0) {
+        return {};
+    }
     if (file != slot_) {
         LibraryProblem problem = EndFile();
         slot_ = file;

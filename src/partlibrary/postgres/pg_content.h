@@ -38,13 +38,16 @@ public:
     [[nodiscard]] const PartRow& Part() const { return part_; }
     [[nodiscard]] PgRowFault Fault() const { return fault_; }
 
+    // All files that the part has, once it was handed over.
+    [[nodiscard]] const std::vector<PartFile>& Files() const { return files_; }
+
     // Hands the files over that the statement was for, to its end, those that are kept behind the others. `again` is to
     // be idle, and is asked for what turns out not to be kept.
     bool HandOver(SlotSet slots, const ContentSink& sink, CPgConnection& again);
 
 private:
     bool Take(CPgConnection::Next next, PartId part);
-    LibraryProblem Take(const CPgResult& row, SlotSet& found, const ContentSink& sink);
+    LibraryProblem Take(const CPgResult& row, SlotSet slots, SlotSet& found, const ContentSink& sink);
     LibraryProblem BeginFile(const CPgResult& row);
     LibraryProblem EndFile();
     [[nodiscard]] LibraryProblem HandOverKept(const ContentSink& sink, CPgConnection& again) const;
@@ -54,6 +57,7 @@ private:
     CContentCache* cache_;
     std::vector<QByteArray> kept_hashes_;
     std::vector<PartFile> kept_;
+    std::vector<PartFile> files_;
     std::unique_ptr<CContentCache::CNewContent> new_; // of the file that is under way, to be kept
     CContentHash sum_;                                // of it
     QByteArray only_;                                 // the hash that a file has to have; empty for any

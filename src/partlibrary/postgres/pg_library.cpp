@@ -338,13 +338,26 @@ std::optional<bool> CPgLibrary::CopyKept(PartId part, SlotSet slots, const Conte
     if (problem) {
         connection_->SetProblem(problem);
     }
-    return there ? std::optional(!problem) : std::nullopt;
+    const CPgAtHand::Known* const known = at_hand_.Find(part);
+    return there && known != nullptr ? std::optional(!problem && Agree(part, slots, known->files)) : std::nullopt;
+}
+
+bool CPgLibrary::Agree(PartId part, SlotSet slots, std::span<const PartFile> files)
+{
+    if (steps_.Agree(part, slots, files)) {
+        return true;
+    }
+    connection_->SetProblem(CCopySteps::Trouble());
+    return false;
 }
 
 bool CPgLibrary::CopyFiles(PartId part, SlotSet slots, const ContentSink& sink)
 {
     auto copied = ahead_.Copy(part, slots, sink);
-    if (!copied && at_hand_.Cache() != nullptr) {
+    if (copied) {
+        return *copied && Agree(part, slots, ahead_.Files());
+    }
+    if (at_hand_.Cache() != nullptr) {
         copied = CopyKept(part, slots, sink);
     }
     if (copied) {
@@ -358,7 +371,7 @@ bool CPgLibrary::CopyFiles(PartId part, SlotSet slots, const ContentSink& sink)
         static_cast<void>(Gate(content.Part(), content.Fault(), content.Part().name));
         return false;
     }
-    return content.HandOver(slots, sink, *connection_);
+    return content.HandOver(slots, sink, *connection_) && Agree(part, slots, content.Files());
 }
 
 void CPgLibrary::Expect(std::span<const PartCopy> copies)

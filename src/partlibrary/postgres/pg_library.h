@@ -1,12 +1,14 @@
 // A part library in a database, for reading. Parts that somebody adds or deletes meanwhile show at the next call.
 #pragma once
 
+#include "partlibrary/library/copy_steps.h"
 #include "partlibrary/postgres/pg_ahead.h"
 #include "partlibrary/postgres/pg_connection.h"
 #include "partlibrary/postgres/pg_rows.h"
 #include "partlibrary/postgres/pg_watch.h"
 
 #include <memory>
+#include <span>
 #include <unordered_set>
 
 namespace partkeep {
@@ -69,6 +71,7 @@ private:
     [[nodiscard]] std::optional<FolderRow> TakeFolder(const CPgResult& result, const QString& subject);
     [[nodiscard]] std::optional<PartRow> TakePart(const std::optional<CPgResult>& result, const QString& subject);
     [[nodiscard]] bool LookUpFor(PartId part);
+    [[nodiscard]] bool Agree(PartId part, SlotSet slots, std::span<const PartFile> files);
     [[nodiscard]] std::optional<bool> CopyKept(PartId part, SlotSet slots, const ContentSink& sink);
     [[nodiscard]] std::optional<std::vector<PartRow>> FindAtHand(std::span<const PartId> ids) const;
     [[nodiscard]] std::optional<PartRow> Known(const CPgAtHand::Known* known, const CSql& statement,
@@ -79,6 +82,7 @@ private:
     CPgAtHand at_hand_;
     CPgAhead ahead_;
     CPgWatch watch_;
+    CCopySteps steps_;
     PartId numbered_ = 0;                // was asked for by its number last; 0: none was
     PartId looked_up_ = 0;               // for the next copy; 0: none was
     std::unordered_set<qint64> refused_; // ids of parts, and of folders below 0

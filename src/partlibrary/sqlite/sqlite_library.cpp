@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <unordered_set>
-#include <utility>
 
 namespace partkeep {
 
@@ -329,7 +328,7 @@ bool CSqliteLibrary::CopyFiles(PartId part, SlotSet slots, const ContentSink& si
     const CReadTransaction one_state(*connection_);
     const auto row = one_state ? FindPart(part) : std::nullopt;
     const auto files = row ? Files(part, slots & row->slots) : std::nullopt;
-    if (!files || !GoesOn(part, slots)) {
+    if (!files) {
         return false;
     }
     for (const FileRow& file : *files) {
@@ -338,31 +337,12 @@ bool CSqliteLibrary::CopyFiles(PartId part, SlotSet slots, const ContentSink& si
             return false;
         }
     }
-    copied_.files.insert(copied_.files.end(), files->begin(), files->end());
-    copied_.at = Clock::now();
-    return true;
-}
-
-// Whoever copies a part's own data, and the machine's right after that, gets no mixture of two states.
-bool CSqliteLibrary::GoesOn(PartId part, SlotSet slots)
-{
-    const bool goes_on =
-        copied_.part == part && (copied_.slots & slots) == 0 && Clock::now() - copied_.at < right_after;
-    const Copied before = std::exchange(copied_, {part, slots | (goes_on ? copied_.slots : SlotSet{0}), {}, {}});
-    if (!goes_on) {
-        return true;
+    const auto now = Files({&part, 1});
+    if (now && !steps_.Agree(part, slots, *now)) {
+        connection_->SetProblem(CCopySteps::Trouble());
+        return false;
     }
-    const auto now = FileRows(part);
-    const bool same = now && std::all_of(before.files.begin(), before.files.end(), [&now](const FileRow& old) {
-                          return std::any_of(now->begin(), now->end(), [&old](const FileRow& file) {
-                              return file.slot == old.slot && file.hash == old.hash;
-                          });
-                      });
-    if (now && !same) {
-        connection_->SetProblem({LibraryFault::Busy, {}, QStringLiteral("the part was changed meanwhile")});
-    }
-    copied_.files = before.files;
-    return same;
+    return now.has_value();
 }
 
 LibraryProblem CSqliteLibrary::CopyPieces(const FileRow& file, const ContentSink& sink)

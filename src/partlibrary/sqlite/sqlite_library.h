@@ -2,14 +2,13 @@
 // call.
 #pragma once
 
+#include "partlibrary/library/copy_steps.h"
 #include "partlibrary/library/part_library.h"
 #include "partlibrary/sqlite/connection.h"
 #include "partlibrary/sqlite/library_rows.h"
 #include "partlibrary/sqlite/server_folders.h"
 
-#include <chrono>
 #include <memory>
-#include <vector>
 
 namespace partkeep {
 
@@ -50,15 +49,6 @@ public:
     [[nodiscard]] std::shared_ptr<CConnection> ShareConnection() const { return connection_; }
 
 private:
-    using Clock = std::chrono::steady_clock;
-    static constexpr std::chrono::seconds right_after{2};
-    struct Copied { // last
-        PartId part = 0;
-        SlotSet slots = 0; // that were asked for
-        std::vector<FileRow> files;
-        Clock::time_point at;
-    };
-
     std::nullopt_t Refuse(LibraryFault fault, const QString& subject);
     std::nullopt_t RefuseDamaged(); // a row
     [[nodiscard]] std::optional<FolderRow> ReadFolder(CStatement& statement, const QString& subject);
@@ -67,13 +57,12 @@ private:
     [[nodiscard]] std::optional<std::vector<FileRow>> Files(PartId part, SlotSet slots);
     [[nodiscard]] std::shared_ptr<const CServerFolders> FoldersOf(const PartListView& view);
     [[nodiscard]] bool LookAtKeys();
-    [[nodiscard]] bool GoesOn(PartId part, SlotSet slots);
     LibraryProblem CopyPieces(const FileRow& file, const ContentSink& sink);
 
     std::shared_ptr<CConnection> connection_;
     std::shared_ptr<const CServerFolders> server_folders_; // once they were asked for
     std::optional<qint64> seen_revision_;
-    Copied copied_;
+    CCopySteps steps_;
     bool other_keys_ = false;
 };
 
