@@ -246,7 +246,7 @@ TEST_F(FarLibrary, EachContentComesOverTheLineOnce)
         }
         const long came = line.Bytes() - before;
         EXPECT_GE(came, row.contents * size);
-        EXPECT_LT(came, row.contents * size + 3 * size) << "what tells of them, and nothing twice";
+        EXPECT_LT(came, row.contents * size + size) << "what tells of them, and nothing twice";
         EXPECT_TRUE(row.contents != 0 || line.Questions() - asked <= 4)
             << "which parts, what they have, and that again";
     }

@@ -5,8 +5,10 @@
 #include "desktop/pane/search_line.h"
 #include "desktop/pane/status_line.h"
 
+#include <QDateTime>
 #include <QFrame>
 #include <QLabel>
+#include <QLocale>
 #include <QStringList>
 #include <QTextDocument>
 
@@ -53,6 +55,13 @@ PaneText TextOfFault(LibraryFault fault)
     default:
         return PaneText::OtherTrouble;
     }
+}
+
+// The time, with its date where that is not today's.
+QString MomentText(const QLocale& locale, const QDateTime& moment)
+{
+    const bool today = moment.date() == QDate::currentDate();
+    return today ? locale.toString(moment.time(), QLocale::ShortFormat) : locale.toString(moment, QLocale::ShortFormat);
 }
 
 } // namespace
@@ -136,10 +145,8 @@ LibraryProblem CBrowserPane::ShownProblem() const
 // Of what is at hand while a server is away.
 QString CBrowserPane::AsOfText() const
 {
-    const QTime as_of = session_->Library() != nullptr ? session_->Library()->AsOf() : QTime();
-    return as_of.isValid()
-               ? Text(PaneText::AsOf).arg(LocaleOf(settings_.language).toString(as_of, QLocale::ShortFormat))
-               : QString();
+    const QDateTime as_of = session_->Library() != nullptr ? session_->Library()->AsOf() : QDateTime();
+    return as_of.isValid() ? Text(PaneText::AsOf).arg(MomentText(LocaleOf(settings_.language), as_of)) : QString();
 }
 
 // What is no trouble, but less than there could be.
@@ -184,11 +191,11 @@ QString CBrowserPane::ProblemText() const
     if (problem.fault == LibraryFault::CannotOpen && !problem.detail.isEmpty()) {
         line += QStringLiteral(" (%1)").arg(problem.detail);
     }
-    const QTime since = session_->FailsSince();
-    line += since.isValid()
-                ? QStringLiteral(" (%1)").arg(
-                      Text(PaneText::Since).arg(LocaleOf(settings_.language).toString(since, QLocale::ShortFormat)))
-                : QString();
+    const QDateTime since = session_->FailsSince();
+    line +=
+        since.isValid()
+            ? QStringLiteral(" (%1)").arg(Text(PaneText::Since).arg(MomentText(LocaleOf(settings_.language), since)))
+            : QString();
     const QString as_of = AsOfText();
     return as_of.isEmpty() ? line : line + u' ' + as_of;
 }

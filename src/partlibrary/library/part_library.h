@@ -10,8 +10,8 @@
 #include "partlibrary/library/part_list.h"
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QString>
-#include <QTime>
 
 #include <functional>
 #include <memory>
@@ -198,10 +198,10 @@ public:
     [[nodiscard]] virtual bool HasOtherKeys() const { return false; }
 
     // What is given while that machine does not answer is as it was then; invalid where nothing is.
-    [[nodiscard]] virtual QTime AsOf() const { return {}; }
+    [[nodiscard]] virtual QDateTime AsOf() const { return {}; }
 
     // Since when the machine that holds the library has not answered; invalid while it does.
-    [[nodiscard]] virtual QTime SilentSince() const { return {}; }
+    [[nodiscard]] virtual QDateTime SilentSince() const { return {}; }
 };
 
 } // namespace partkeep

@@ -59,7 +59,7 @@ bool CPgAtHand::Enter(qint64 told)
     }
     if (revision_ != told || known_.size() >= most_known) {
         Forget();
-        as_of_ = QTime::currentTime();
+        as_of_ = QDateTime::currentDateTime();
     }
     revision_ = told;
     return true;
@@ -99,7 +99,7 @@ void CPgAtHand::Confirm(qint64 told)
     }
     revision_ = told;
     confirmed_ = Clock::now();
-    as_of_ = QTime::currentTime();
+    as_of_ = QDateTime::currentDateTime();
 }
 
 const CPgAtHand::Known* CPgAtHand::Find(PartId part) const

@@ -8,8 +8,8 @@
 #include "partlibrary/postgres/pg_result.h"
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QString>
-#include <QTime>
 
 #include <chrono>
 #include <memory>
@@ -62,7 +62,10 @@ public:
     // A moment ago is as good as now.
     static constexpr std::chrono::milliseconds fresh{2000};
     [[nodiscard]] bool IsFresh() const { return Clock::now() - confirmed_ < fresh; }
-    [[nodiscard]] QTime AsOf() const { return known_.empty() ? QTime() : as_of_; } // invalid: nothing is at hand
+    [[nodiscard]] QDateTime AsOf() const
+    {
+        return known_.empty() ? QDateTime() : as_of_;
+    } // invalid: nothing is at hand
 
     // Hands over the files in `slots` from what is kept. False, with nothing handed over, where that is not all of
     // them.
@@ -79,7 +82,7 @@ private:
     std::unordered_map<QString, PartId> places_;
     std::optional<qint64> revision_;
     Clock::time_point confirmed_;
-    QTime as_of_;
+    QDateTime as_of_;
 };
 
 // Hands a content over that is kept: as a file where the sink has one. Nothing where it is not kept after all.

@@ -58,10 +58,10 @@ public:
     [[nodiscard]] const QByteArray& Id() const override { return connection_->Id(); }
     [[nodiscard]] qint64 Refused() const override { return static_cast<qint64>(refused_.size()); }
     [[nodiscard]] bool HasOtherKeys() const override { return connection_->HasOtherKeys(); }
-    [[nodiscard]] QTime SilentSince() const override { return connection_->SilentSince(); }
-    [[nodiscard]] QTime AsOf() const override
+    [[nodiscard]] QDateTime SilentSince() const override { return connection_->SilentSince(); }
+    [[nodiscard]] QDateTime AsOf() const override
     {
-        return connection_->Silence().fault == LibraryFault::NoAnswer ? at_hand_.AsOf() : QTime();
+        return connection_->Silence().fault == LibraryFault::NoAnswer ? at_hand_.AsOf() : QDateTime();
     }
 
 private:

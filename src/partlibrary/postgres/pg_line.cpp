@@ -159,7 +159,7 @@ void CPgLine::FallSilent(const LibraryProblem& why)
     problem_ = silence_ = why;
     Disconnect();
     silent_until_ = Clock::now() + impatience;
-    silent_since_ = silent_since_.isValid() ? silent_since_ : QTime::currentTime();
+    silent_since_ = silent_since_.isValid() ? silent_since_ : QDateTime::currentDateTime();
 }
 
 bool CPgLine::IsCut() const

@@ -10,8 +10,8 @@
 #include "partlibrary/postgres/pg_result.h"
 #include "partlibrary/postgres/sql.h"
 
+#include <QDateTime>
 #include <QString>
-#include <QTime>
 
 #include <chrono>
 #include <utility>
@@ -40,7 +40,7 @@ public:
     [[nodiscard]] const PqDriver& Driver() const { return pq_; }
     [[nodiscard]] const PgPlace& Place() const { return place_; }
     [[nodiscard]] PgUse Use() const { return use_; }
-    [[nodiscard]] QTime SilentSince() const { return silent_since_; }        // invalid while it answers
+    [[nodiscard]] QDateTime SilentSince() const { return silent_since_; }    // invalid while it answers
     [[nodiscard]] const LibraryProblem& Silence() const { return silence_; } // none while it answers
     [[nodiscard]] LibraryProblem TooLate() const;
 
@@ -87,7 +87,7 @@ private:
     PqConnection connection_;
     LibraryProblem problem_;
     LibraryProblem silence_;
-    QTime silent_since_;
+    QDateTime silent_since_;
     Clock::time_point silent_until_;
     Clock::time_point last_byte_;
     bool lost_ = false;

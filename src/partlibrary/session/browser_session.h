@@ -94,7 +94,7 @@ public:
     // What went wrong last, or what is wrong now with the file behind the library that is shown.
     [[nodiscard]] LibraryProblem Problem() const;
     [[nodiscard]] bool IsTwice() const { return libraries_.IsTwice(current_server_); } // as a file, which is shown, too
-    [[nodiscard]] QTime FailsSince() const { return libraries_.FailsSince(current_server_); }
+    [[nodiscard]] QDateTime FailsSince() const { return libraries_.FailsSince(current_server_); }
 
     // The folders in one of any server's. Nothing where it is not reached; told only for the current server.
     [[nodiscard]] std::optional<std::vector<FolderRow>> Folders(const QString& server, const QString& path);

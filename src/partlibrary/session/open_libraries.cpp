@@ -65,7 +65,7 @@ void COpenLibraries::Open(const QString& server, Entry& entry)
     if (!entry.problem) {
         entry.fails_since = {};
     } else if (!entry.fails_since.isValid()) {
-        entry.fails_since = QTime::currentTime();
+        entry.fails_since = QDateTime::currentDateTime();
     }
 }
 
@@ -91,7 +91,7 @@ void COpenLibraries::CloseOthers(const QString& server)
     std::erase_if(entries_, [&server](const auto& entry) { return entry.first != server && !entry.second.problem; });
 }
 
-QTime COpenLibraries::FailsSince(const QString& server) const
+QDateTime COpenLibraries::FailsSince(const QString& server) const
 {
     const auto entry = entries_.find(server);
     if (entry == entries_.end()) {

@@ -5,8 +5,8 @@
 #include "partlibrary/library/part_library.h"
 #include "partlibrary/session/library_folder.h"
 
+#include <QDateTime>
 #include <QString>
-#include <QTime>
 
 #include <chrono>
 #include <map>
@@ -29,8 +29,8 @@ public:
     void CloseOthers(const QString& server);
 
     [[nodiscard]] const LibraryProblem& Problem() const { return problem_; }
-    [[nodiscard]] QTime FailsSince(const QString& server) const; // invalid while it does not
-    [[nodiscard]] bool IsTwice(const QString& server) const;     // found as a file and in a database
+    [[nodiscard]] QDateTime FailsSince(const QString& server) const; // invalid while it does not
+    [[nodiscard]] bool IsTwice(const QString& server) const;         // found as a file and in a database
     [[nodiscard]] const CLibraryFolder& Folder() const { return folder_; }
 
 private:
@@ -39,7 +39,7 @@ private:
         std::shared_ptr<IPartLibrary> library;
         LibraryProblem problem; // of the last attempt
         Clock::time_point tried;
-        QTime fails_since;
+        QDateTime fails_since;
     };
 
     [[nodiscard]] std::unique_ptr<IPartLibrary> OpenNew(const QString& server, LibraryProblem& problem) const;
