@@ -12,11 +12,14 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
+#include <list>
+#include <memory>
 #include <random>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace partkeep {
 namespace {
@@ -145,12 +148,37 @@ TEST_F(ContentCache, AFullDiskOrOneThatCannotBeWrittenCostsNothingElse)
     for (unsigned number = 0; number < 40; ++number) {
         Put(cache, Content(number));
         EXPECT_GE(Get(cache, Content(number), target_), 0);
+        EXPECT_LE(OnDisk(folder_), (1 << 20) / 4) << "the room of others";
     }
     disk.SetReadOnly(true);
     CContentCache again({folder_, 1 << 26});
     Put(again, Content(50));
-    EXPECT_EQ(Get(again, Content(1), target_), 1);
+    EXPECT_EQ(Get(again, Content(39), target_), 1);
     EXPECT_EQ(Get(again, Content(50), target_), 0);
+}
+
+// While others have begun and not ended, and whatever was put in the place of the folder meanwhile.
+TEST_F(ContentCache, TheLimitHoldsForAllTogetherAndWhatIsOfOthersStays)
+{
+    constexpr qint64 limit = 1 << 22;
+    std::list<CContentCache> others;
+    std::vector<std::unique_ptr<CContentCache::CNewContent>> begun;
+    for (int other = 0; other < 3; ++other) {
+        begun.push_back(others.emplace_back(CacheSettings{folder_, limit}).Begin(limit / 4 - 100));
+        EXPECT_TRUE(begun.back() != nullptr);
+    }
+    CContentCache cache({folder_, limit});
+    Put(cache, Content(1));
+    const fs::path moved = work_.Path("moved");
+    fs::rename(folder_, moved);
+    fs::create_directories(work_.Path("theirs/aa"));
+    WriteBytes(work_.Path("theirs/aa/file"), std::string(limit, 'x'));
+    fs::create_directory_symlink(work_.Path("theirs"), folder_);
+    for (unsigned number = 1; number < 40; ++number) {
+        Put(cache, Content(number * 7));
+        ASSERT_LE(OnDisk(moved), limit * 21 / 20);
+    }
+    EXPECT_EQ(fs::file_size(work_.Path("theirs/aa/file")), limit);
 }
 
 TEST_F(ContentCache, WhatWasUsedLastStays)

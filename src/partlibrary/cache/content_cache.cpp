@@ -19,6 +19,7 @@
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #define XXH_INLINE_ALL
@@ -110,7 +111,8 @@ struct KeptFile {
     std::string place;
 };
 
-std::vector<KeptFile> KeptFiles(const std::string& folder)
+// Nothing where it cannot be told.
+std::optional<std::vector<KeptFile>> KeptFiles(const std::string& folder)
 {
     std::vector<KeptFile> files;
     std::error_code error;
@@ -121,7 +123,7 @@ std::vector<KeptFile> KeptFiles(const std::string& folder)
             files.push_back({status.st_mtim, OnDisk(status.st_size), entry->path().string()});
         }
     }
-    return files;
+    return error ? std::nullopt : std::optional(std::move(files));
 }
 
 } // namespace
@@ -238,43 +240,68 @@ std::optional<QByteArray> CContentCache::Read(const QByteArray& hash, qint64 byt
 
 std::unique_ptr<CContentCache::CNewContent> CContentCache::Begin(qint64 bytes)
 {
-    if (!Takes(bytes) || !MakeRoom(OnDisk(bytes + sum_bytes))) {
+    const CFileHandle room = Takes(bytes) ? MakeRoom(OnDisk(bytes + sum_bytes)) : CFileHandle();
+    if (!room.IsOpen()) {
         return nullptr;
     }
     std::unique_ptr<CNewContent> content(new CNewContent(*this));
-    return content->file_.IsOpen() ? std::move(content) : nullptr;
+    const int file = content->file_.Descriptor(); // has its size from now on, for whoever looks at all
+    return content->file_.IsOpen() && ftruncate(file, bytes + sum_bytes) == 0 ? std::move(content) : nullptr;
+}
+
+// The disk is for others as well: a quarter at most of what they leave.
+qint64 CContentCache::Limit(qint64 total) const
+{
+    struct statvfs disk {};
+    if (fstatvfs(folder_->Descriptor(), &disk) != 0) {
+        return settings_.most_bytes;
+    }
+    const auto free = static_cast<qint64>(disk.f_bavail) * static_cast<qint64>(disk.f_frsize);
+    return std::min(settings_.most_bytes, (free + total) / 4);
 }
 
 // The total is raised before anything is written, so that whoever is killed on the way leaves it too high and never too
-// low. Who holds the lock is soon done; when not, nothing is kept for now.
-bool CContentCache::MakeRoom(qint64 bytes)
+// low. Who holds the lock is soon done; when not, nothing is kept for now. It is given to the caller, not open where
+// there is no room.
+CFileHandle CContentCache::MakeRoom(qint64 bytes)
 {
-    const CFileHandle total_held(
+    CFileHandle total_held(
         openat(folder_->Descriptor(), total_file, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
     if (!total_held.IsOpen() || flock(total_held.Descriptor(), LOCK_EX | LOCK_NB) != 0) {
-        return false;
+        return CFileHandle();
     }
     std::array<char, 24> digits{};
     const ssize_t size = pread(total_held.Descriptor(), digits.data(), digits.size() - 1, 0);
     qint64 total = settings_.most_bytes;
     std::from_chars(digits.data(), digits.data() + std::max<ssize_t>(size, 0), total);
-    if (total < 0 || total > settings_.most_bytes - bytes) {
-        total = Trim(settings_.most_bytes / 10 * 9 - bytes);
+    qint64 limit = Limit(std::clamp<qint64>(total, 0, settings_.most_bytes));
+    for (int look = 0; look < 2 && (total < 0 || total > limit - bytes); ++look) {
+        total = Trim(limit / 10 * 9 - bytes).value_or(limit);
+        limit = Limit(total);
+    }
+    if (total > limit - bytes) {
+        RestAfterFailure();
+        return CFileHandle();
     }
     const std::string text = std::to_string(total + bytes) + '\n';
     const bool told = pwrite(total_held.Descriptor(), text.data(), text.size(), 0) == static_cast<ssize_t>(text.size());
     if (!told || ftruncate(total_held.Descriptor(), static_cast<off_t>(text.size())) != 0) {
         RestAfterFailure();
-        return false;
+        return CFileHandle();
     }
-    return true;
+    return total_held;
 }
 
-// What is left, by a look at all.
-qint64 CContentCache::Trim(qint64 most_bytes)
+// What is left, by a look at all. The folder is the one that is held, whatever stands in its place by now.
+std::optional<qint64> CContentCache::Trim(qint64 most_bytes)
 {
-    RemoveLeftOvers(settings_.folder);
-    std::vector<KeptFile> files = KeptFiles(settings_.folder);
+    const std::string folder = "/proc/self/fd/" + std::to_string(folder_->Descriptor());
+    RemoveLeftOvers(folder);
+    auto kept = KeptFiles(folder);
+    if (!kept) {
+        return std::nullopt;
+    }
+    std::vector<KeptFile>& files = *kept;
     std::sort(files.begin(), files.end(), [](const KeptFile& left, const KeptFile& right) {
         return std::pair(left.used.tv_sec, left.used.tv_nsec) < std::pair(right.used.tv_sec, right.used.tv_nsec);
     });
@@ -286,7 +313,7 @@ qint64 CContentCache::Trim(qint64 most_bytes)
         if (total <= most_bytes) {
             break;
         }
-        const bool in_its_folder = file.place.rfind('/') > settings_.folder.size(); // else on its way, or no content
+        const bool in_its_folder = file.place.rfind('/') > folder.size(); // else on its way, or no content
         total -= in_its_folder && unlink(file.place.c_str()) == 0 ? file.bytes : 0;
     }
     return total;

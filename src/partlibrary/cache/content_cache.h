@@ -85,8 +85,9 @@ private:
     void Drop(const QByteArray& hash);
     [[nodiscard]] bool ReadSound(int descriptor, int kept, const QByteArray& hash, qint64 bytes,
                                  const std::function<bool(std::string_view block)>& each);
-    bool MakeRoom(qint64 bytes);
-    [[nodiscard]] qint64 Trim(qint64 most_bytes);
+    [[nodiscard]] CFileHandle MakeRoom(qint64 bytes);
+    [[nodiscard]] qint64 Limit(qint64 total) const;
+    [[nodiscard]] std::optional<qint64> Trim(qint64 most_bytes);
     void RestAfterFailure() { rests_until_ = Clock::now() + std::chrono::minutes(1); }
 
     CacheSettings settings_;
