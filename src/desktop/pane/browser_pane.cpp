@@ -30,7 +30,7 @@ CBrowserPane::CBrowserPane(std::shared_ptr<CBrowserSession> session, const PaneS
 {
     MakeWidgets();
     follower_ = std::make_unique<CListFollower>(*session_, *model_, *list_);
-    work_ = std::make_unique<CWorkSlices>(*session_, *model_, pictures_, [this] {
+    work_ = std::make_unique<CWorkSlices>(*list_, *session_, *model_, pictures_, [this] {
         follower_->ShowWaiting();
         UpdateTexts();
     });

@@ -80,13 +80,28 @@ void CListFollower::KeepPlace(const std::function<void()>& change)
     const int before = bar.value();
     const int top = list_.indexAt({0, 0}).row();
     const PartId part = top >= 0 ? model_.PartAt(top) : 0;
+    const int row = list_.currentIndex().row();
+    const PartId current = row >= 0 ? model_.PartAt(row) : 0;
     change();
-    while (model_.rowCount() <= top + list_.viewport()->height() / list_.RowHeight() && model_.Step()) {
+    const int needed = std::max(top + list_.viewport()->height() / list_.RowHeight(), row);
+    while (model_.rowCount() <= needed && model_.Step()) {
     }
+    KeepCurrent(current, row);
     const auto place = part != 0 ? model_.RowOf(part) : std::nullopt;
     const int moved = place ? (static_cast<int>(*place) - top) * list_.RowHeight() : 0;
     list_.UpdateRange();
     bar.setValue(before + moved);
+}
+
+// By the part, or where it has gone by the row.
+void CListFollower::KeepCurrent(PartId current, int row)
+{
+    if (row < 0 || list_.currentIndex().isValid() || model_.rowCount() == 0) {
+        return;
+    }
+    const CShowing showing(*this);
+    const int place = static_cast<int>(model_.RowOf(current).value_or(std::min(row, model_.rowCount() - 1)));
+    list_.selectionModel()->setCurrentIndex(model_.index(place, 0), QItemSelectionModel::NoUpdate);
 }
 
 void CListFollower::Reveal()

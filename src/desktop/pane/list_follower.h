@@ -38,7 +38,7 @@ public:
         CShowing& operator=(const CShowing&) = delete;
 
     private:
-        PaneState& state_;
+            PaneState& state_;
         PaneState before_;
     };
 
@@ -59,6 +59,7 @@ public:
     void TakeSelection();
 
 private:
+    void KeepCurrent(PartId current, int row);
     void SelectRow(qint64 row, QItemSelection& selection) const;
     void SelectAmongAll(const std::vector<PartId>& ids, QItemSelection& selection);
     [[nodiscard]] QItemSelection RowsOf(const std::vector<PartId>& ids);

@@ -53,6 +53,7 @@ bool CLiveList::MayChange() const
 bool CLiveList::Follow()
 {
     if (std::exchange(changed_, false)) {
+        asked_for_.clear(); // what was read ahead is as it was before
         follower_.KeepPlace([this] { session_.Follow(); });
         tree_.Change();
     }

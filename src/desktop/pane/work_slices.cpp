@@ -1,12 +1,21 @@
 #include "desktop/pane/work_slices.h"
 
+#include <QApplication>
+#include <QWidget>
+
 #include <utility>
 
 namespace partkeep {
 
-CWorkSlices::CWorkSlices(CBrowserSession& session, CPartListModel& model, CPartPictures& pictures,
+namespace {
+
+constexpr int while_modal_ms = 50;
+
+} // namespace
+
+CWorkSlices::CWorkSlices(const QWidget& list, CBrowserSession& session, CPartListModel& model, CPartPictures& pictures,
                          std::function<void()> found)
-    : session_(session), model_(model), pictures_(pictures), found_(std::move(found))
+    : list_(list), session_(session), model_(model), pictures_(pictures), found_(std::move(found))
 {
     QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { Work(); });
 }
@@ -42,6 +51,12 @@ void CWorkSlices::Search(const QString& text)
 
 void CWorkSlices::Work()
 {
+    const QWidget* const modal = QApplication::activeModalWidget();
+    if (search_ && modal != nullptr && modal != list_.window()) { // whose indices stay true
+        timer_.setInterval(while_modal_ms);
+        return;
+    }
+    timer_.setInterval(0);
     if (search_) {
         session_.SearchFor(*std::exchange(search_, std::nullopt));
     } else if (Scanning()) {

@@ -15,8 +15,10 @@ namespace partkeep {
 
 class CWorkSlices {
 public:
-    // `found` is told after each slice of the list. All is borrowed.
-    CWorkSlices(CBrowserSession& session, CPartListModel& model, CPartPictures& pictures, std::function<void()> found);
+    // `found` is told after each slice of the list. All is borrowed. A search waits while a window over that of the
+    // list is open, for which nothing may change.
+    CWorkSlices(const QWidget& list, CBrowserSession& session, CPartListModel& model, CPartPictures& pictures,
+                std::function<void()> found);
 
     [[nodiscard]] bool HasWork() const;
     void Start();
@@ -28,6 +30,7 @@ private:
     [[nodiscard]] bool Scanning() const;
     void Work();
 
+    const QWidget& list_;
     CBrowserSession& session_;
     CPartListModel& model_;
     CPartPictures& pictures_;

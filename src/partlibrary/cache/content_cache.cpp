@@ -275,6 +275,9 @@ CFileHandle CContentCache::MakeRoom(qint64 bytes)
     qint64 total = settings_.most_bytes;
     std::from_chars(digits.data(), digits.data() + std::max<ssize_t>(size, 0), total);
     qint64 limit = Limit(std::clamp<qint64>(total, 0, settings_.most_bytes));
+    if (bytes > limit / 4 + disk_block) {
+        return CFileHandle();
+    }
     for (int look = 0; look < 2 && (total < 0 || total > limit - bytes); ++look) {
         total = Trim(limit / 10 * 9 - bytes).value_or(limit);
         limit = Limit(total);
