@@ -82,12 +82,31 @@ TEST_F(PaneLive, RowsFollowWhereTheyAreAndSelectionStays)
     keypad.setModal(true);
     keypad.show();
     Change([](ILibraryWriter& writer) { EXPECT_TRUE(writer.RemovePart(u"Live"_s, u"L155"_s)); });
+    pane.Search().setText(u"nobody"_s);
     QTest::qWait(half_ms);
     EXPECT_EQ(pane.pane->Model().rowCount(), 60) << "while a keypad is open";
     EXPECT_EQ(pane.browser.GetSelectedPartCount(), 1);
+    pane.Search().clear();
     keypad.hide();
     EXPECT_TRUE(rows(59));
     EXPECT_EQ(pane.Selected(), "");
+}
+
+TEST_F(PaneLive, KeysGoOnInALongListWhereTheyWere)
+{
+    Change([](ILibraryWriter& writer) {
+        for (int part = 1000; part < 4000; ++part) {
+            EXPECT_TRUE(writer.PutPart(*writer.MakeFolder(u"Long"_s), Name(part), std::nullopt).has_value());
+        }
+    });
+    CPlayedPane pane(libraries_, {.folder = u"Long"});
+    EXPECT_TRUE(Shows(pane, [&] { return pane.pane->Model().rowCount() == 3000; }));
+    pane.List().scrollTo(pane.pane->Model().index(2500, 0));
+    ClickRow(*pane.pane, 2500);
+    Change([](ILibraryWriter& writer) { PutTestPart(writer, u"Live"_s, u"A"_s, SetOf(FileSlot::Iga)); });
+    QTest::qWait(longest_ms);
+    pane.Key(Qt::Key_Down);
+    EXPECT_EQ(pane.Selected(), "L3501");
 }
 
 TEST_F(PaneLive, FoldersFollowWhereTheyAre)
