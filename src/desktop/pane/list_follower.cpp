@@ -27,6 +27,7 @@ bool CListFollower::Narrows() const
 
 void CListFollower::ShowList()
 {
+    list_.KeepAnchor(-1);
     const PartRow* row = model_.Failed() ? nullptr : model_.Row(list_.currentIndex().row());
     const PartId current = row != nullptr && model_.Library() == session_.Library() ? row->id : 0;
     const FolderRow& folder = session_.CurrentFolder();
@@ -82,11 +83,13 @@ void CListFollower::KeepPlace(const std::function<void()>& change)
     const PartId part = top >= 0 ? model_.PartAt(top) : 0;
     const int row = list_.currentIndex().row();
     const PartId current = row >= 0 ? model_.PartAt(row) : 0;
+    const PartId anchor = list_.Anchor();
     change();
     const int needed = std::max(top + list_.viewport()->height() / list_.RowHeight(), row);
     while (model_.rowCount() <= needed && model_.Step()) {
     }
     KeepCurrent(current, row);
+    list_.KeepAnchor(static_cast<int>(model_.RowOf(anchor).value_or(-1)));
     const auto place = part != 0 ? model_.RowOf(part) : std::nullopt;
     const int moved = place ? (static_cast<int>(*place) - top) * list_.RowHeight() : 0;
     list_.UpdateRange();

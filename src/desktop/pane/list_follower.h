@@ -38,7 +38,7 @@ public:
         CShowing& operator=(const CShowing&) = delete;
 
     private:
-            PaneState& state_;
+        PaneState& state_;
         PaneState before_;
     };
 

@@ -64,6 +64,7 @@ void CPartListView::mousePressEvent(QMouseEvent* event)
     }
     events_.Act(event->button() == Qt::LeftButton, [&] {
         QAbstractItemView::mousePressEvent(event);
+        TakeAnchor(event->modifiers());
         if (plain && !index.isValid()) {
             clearSelection();
         }
@@ -149,7 +150,16 @@ void CPartListView::ReleaseOn(const QModelIndex& index)
 {
     events_.Act(true, [&] {
         selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        TakeAnchor(Qt::NoModifier);
     });
+}
+
+void CPartListView::TakeAnchor(Qt::KeyboardModifiers modifiers)
+{
+    if ((modifiers & Qt::ShiftModifier) == 0) {
+        anchor_ = PartAt(currentIndex());
+        kept_anchor_ = -1;
+    }
 }
 
 // The first press may have brought another list under the pointer. Then the second one means the part that was
@@ -186,7 +196,10 @@ void CPartListView::keyPressEvent(QKeyEvent* event)
         events_.TextTyped(text);
         return;
     }
-    events_.Act(false, [&] { QAbstractItemView::keyPressEvent(event); });
+    events_.Act(false, [&] {
+        QAbstractItemView::keyPressEvent(event);
+        TakeAnchor(event->modifiers());
+    });
 }
 
 bool CPartListView::SelectRow(int row, bool selected)

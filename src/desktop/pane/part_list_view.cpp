@@ -238,8 +238,10 @@ QModelIndex CPartListView::moveCursor(CursorAction action, Qt::KeyboardModifiers
 void CPartListView::setSelection(const QRect& area, QItemSelectionModel::SelectionFlags command)
 {
     const QRect place = area.normalized();
-    const int first = std::max(0, RowAt(place.top()));
-    const int last = std::min(Rows() - 1, RowAt(place.bottom()));
+    const bool kept = kept_anchor_ >= 0 && command.testFlag(QItemSelectionModel::Current);
+    const int current = currentIndex().row();
+    const int first = std::max(0, kept ? std::min(kept_anchor_, current) : RowAt(place.top()));
+    const int last = std::min(Rows() - 1, kept ? std::max(kept_anchor_, current) : RowAt(place.bottom()));
     const bool hit = first <= last;
     const QItemSelection rows =
         hit ? QItemSelection(model()->index(first, 0), model()->index(last, model()->columnCount() - 1))

@@ -57,6 +57,11 @@ public:
     // Rows that lead away from here, each when it is chosen: by a click or the space bar. Moving on selects nothing.
     void SetResults(bool results) { results_ = results; }
 
+    // The part from which Shift extends a selection; 0: none. Whoever brings another list says where it stands by then,
+    // -1 for nowhere.
+    [[nodiscard]] qint64 Anchor() const { return anchor_; }
+    void KeepAnchor(int row) { kept_anchor_ = row; }
+
     void setModel(QAbstractItemModel* model) override;
     [[nodiscard]] QRect visualRect(const QModelIndex& index) const override;
     void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
@@ -102,6 +107,7 @@ private:
     void Decide(const QPoint& moved_to);
     void ReleaseOn(const QModelIndex& index);
     void FingerHeld();
+    void TakeAnchor(Qt::KeyboardModifiers modifiers);
     [[nodiscard]] qint64 PartAt(const QModelIndex& index) const;
     void PaintRow(QPainter& painter, int row);
     void PaintEmpty(QPainter& painter) const;
@@ -117,6 +123,8 @@ private:
     bool pressed_ = false;
     bool results_ = false;
     qint64 pressed_part_ = 0;
+    qint64 anchor_ = 0;
+    int kept_anchor_ = -1; // its row, where the toolkit has lost it
     std::optional<Undecided> undecided_;
     QTimer hold_; // of a finger
     QString empty_text_;
