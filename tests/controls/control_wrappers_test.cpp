@@ -181,6 +181,7 @@ struct NotingControl : IHostedControl {
 TEST(ZanPicCtrl, EachMemberCallsAsTheContractTells)
 {
     CzXZanPicCtrl picture;
+    picture.SetEventSink([](std::int32_t) {});
     picture.SetImagePath(u"");
     EXPECT_EQ(picture.GetImagePath(), u"") << "no control";
     std::string calls;

@@ -31,6 +31,14 @@ TEST(ImagePanel, PaintsImageOrBackground)
     // Taking the image away repaints nothing.
     EXPECT_EQ(recorder.lines, Steps("101: CreatePanel 65535 5,9,16,16; 101: panel 1 Invalidate on; "
                                     "101: panel 1 Invalidate on"));
+    panel.Attach(nullptr);
+    panel.SetImage(whole.handle);
+    panel.Show(true);
+    panel.SetClientExtent(7);
+    RasterContext raster(11, 7);
+    panel.OnPaint(raster);
+    EXPECT_EQ(raster.calls, Lines{}) << "with its window taken away";
+    EXPECT_EQ(recorder.Take().size(), 3U);
 }
 
 TEST(ImagePanel, ShowsEveryFormItsPictureOrBackground)

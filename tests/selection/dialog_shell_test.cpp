@@ -71,6 +71,8 @@ TEST_F(DialogShell, UnitBoxRefreshesAlways)
         EXPECT_EQ(ReadBytes(folder.Path("Install/kpdservers.ini")),
                   "SRV1\r\n-9999\r\n" + std::string(*unit == '1' ? "inch" : "metric") + "\r\nSRV1\r\n-9999\r\n0\r\n");
     }
+    EXPECT_EQ(LinesOf([](CScriptedWindow& window) { window.Events().OnSelectionChange(RES_PART_LIST); }), Lines{})
+        << "another list";
 }
 
 TEST_F(DialogShell, FilterToolsAreExclusiveAndFilterAtOnce)
