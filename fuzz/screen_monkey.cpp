@@ -9,7 +9,9 @@
 #include "tests/desktop/x_close.h"
 
 #include <QAbstractNativeEventFilter>
+#include <QAccessible>
 #include <QApplication>
+#include <QHeaderView>
 #include <QMenu>
 #include <QTimer>
 
@@ -200,6 +202,9 @@ private:
             if (Below(12) == 0) {
                 shop_.Change(Next());
             }
+            if (Below(10) == 0) {
+                QTimer::singleShot(0, &turns_, [seed = Next()] { HelpSomebody(seed); });
+            }
             if (Below(400) == 0) {
                 AskToClose(WindowOf(dialog)->winId());
             }
@@ -226,6 +231,9 @@ private:
     {
         const unsigned choice = Below(100);
         const std::string key = keys[Below(keys.size())];
+        if (Below(6) == 0) {
+            return Purpose();
+        }
         const bool leaves =
             (key == "Return" || key == "Escape") && QApplication::activeModalWidget() == WindowOf(dialog);
         if (choice < 30 && (!leaves || Below(8) == 0)) {
@@ -248,6 +256,86 @@ private:
             return PointAt(ControlOf(dialog, ids[Below(std::size(ids))])) + one_click;
         }
         return Somewhere() + Button();
+    }
+
+    // What takes several steps in their order, so that chance alone hardly comes by it.
+    std::string Purpose()
+    {
+        static constexpr const char* right_click = "mousedown 3 mouseup 3 ";
+        switch (Below(6)) {
+        case 0:
+            return Row() + one_click + Row() + right_click + Choice();
+        case 1:
+            return Heading(false) + right_click + Choice();
+        case 2:
+            return Heading(true) + "mousedown 1 mousemove_relative 9 0 " + Heading(false) + "mouseup 1 ";
+        case 3:
+            return Heading(false) + "mousedown 1 mousemove_relative 25 0 " + Heading(false) + "mouseup 1 ";
+        case 4:
+            return std::string("key --delay 0 ctrl+f key --delay 0 ctrl+a key --delay 0 ") +
+                   letters[Below(letters.size())] + " key --delay 0 " + keys[8 + Below(8)] + " ";
+        default: // the folder's menu, the server's, or what a server offers
+            return Point(*Pane().findChild<QTreeView*>()->viewport(), {40, 10 + static_cast<int>(Below(120))}) +
+                   one_click + "key --delay 0 " + keys[8 + Below(8)] + " " + right_click + Choice();
+        }
+    }
+    std::string Choice()
+    {
+        std::string steps = "key --delay 0 ";
+        for (unsigned left = 1 + Below(12); left > 0; --left) {
+            steps += "Down ";
+        }
+        return steps + (Below(4) == 0 ? "Right Down space " : "space "); // where no menu is, it ends nothing
+    }
+    // In the middle of a column's heading, or at its edge.
+    std::string Heading(bool edge)
+    {
+        const QHeaderView& header = Pane().List().Header();
+        const int column = static_cast<int>(Below(static_cast<std::size_t>(header.count())));
+        const int size = header.sectionSize(column);
+        return Point(*header.viewport(),
+                     {header.sectionViewportPosition(column) + (edge ? size - 1 : size / 2), header.height() / 2});
+    }
+
+    // What a screen reader asks and does while nothing is open above the dialog.
+    static void HelpSomebody(unsigned seed)
+    {
+        QWidget* window = WindowOf(dialog);
+        if (window == nullptr || QApplication::activeModalWidget() != window ||
+            QApplication::activePopupWidget() != nullptr || CWatchedControl::newest == nullptr) {
+            return;
+        }
+        Hear(*QAccessible::queryAccessibleInterface(window), 0);
+        CPartListView& list = Pane().List();
+        auto* table = QAccessible::queryAccessibleInterface(&list)->tableInterface();
+        Require(table->selectedRowCount() == list.selectionModel()->selectedRows().size(), "as many rows are told");
+        for (QAccessibleInterface* cell : table->selectedCells()) {
+            Require(cell->state().selected, "a cell that is told as selected is");
+        }
+        const int row = static_cast<int>(seed % 60);
+        auto* cell = table->cellAt(row, static_cast<int>(seed / 64) % table->columnCount());
+        Require((cell != nullptr) == (row < table->rowCount()), "each row has its cells");
+        if (cell != nullptr) {
+            Require(cell->parent()->child(cell->parent()->indexOfChild(cell)) == cell, "a cell is found at its place");
+            seed % 3 == 0 ? table->unselectRow(row) : table->selectRow(row);
+        }
+    }
+    static void Hear(QAccessibleInterface& spoken, int depth)
+    {
+        constexpr int deepest = 12;
+        constexpr int most_children = 40;
+        for (const auto text : {QAccessible::Name, QAccessible::Description, QAccessible::Value, QAccessible::Help}) {
+            spoken.text(text);
+        }
+        spoken.state();
+        spoken.focusChild();
+        spoken.childAt(spoken.rect().center().x(), spoken.rect().center().y());
+        const int count = depth < deepest ? std::min(spoken.childCount(), most_children) : 0;
+        for (int at = 0; at < count; ++at) {
+            if (QAccessibleInterface* child = spoken.child(at); child != nullptr && child->isValid()) {
+                Hear(*child, depth + 1);
+            }
+        }
     }
 
     static constexpr const char* one_click = "mousedown 1 mouseup 1 ";
