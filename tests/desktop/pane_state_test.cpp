@@ -42,33 +42,47 @@ TEST_F(PaneState, TheUnitChangesAtTheRefresh)
 
 TEST_F(PaneState, AfterASortTheSelectionElseTheTopIsInView)
 {
-    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
-        for (int part = 0; part < 60; ++part) {
-            PutTestPart(writer, u"Long"_s, u"L%1"_s.arg(part), 1, {part % 7, {}, {}, {}});
-        }
-    });
-    CPlayedPane pane(libraries_, {.folder = u"Long"});
-    const auto sort = [&pane](int column, Qt::SortOrder order) {
-        pane.Header().setSortIndicator(column, order);
-        Settle(*pane.pane);
-    };
-    const auto shows = [&pane](const QString& name) {
-        for (int row = 0; row < pane.pane->Model().rowCount(); ++row) {
-            const QModelIndex cell = pane.pane->Model().index(row, 0);
-            if (cell.data().toString() == name) {
-                return pane.List().viewport()->rect().contains(pane.List().visualRect(cell).center());
+    for (const int parts : {60, 3000}) { // the second list goes on behind what is shown at once
+        SCOPED_TRACE(parts);
+        const QString folder = u"Long %1"_s.arg(parts);
+        const QString last = u"L%1"_s.arg(parts - 1);
+        libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& writer) {
+            for (int part = 0; part < parts; ++part) {
+                PutTestPart(writer, folder, u"L%1"_s.arg(part), 1, {part % 7, {}, {}, {}});
             }
-        }
-        return false;
-    };
-    pane.Key(Qt::Key_End); // L59
-    sort(0, Qt::DescendingOrder);
-    EXPECT_TRUE(shows(u"L59"_s));
-    sort(1, Qt::AscendingOrder);
-    EXPECT_TRUE(shows(u"L59"_s));
-    pane.browser.SelectAllParts(0);
-    sort(0, Qt::AscendingOrder);
-    EXPECT_TRUE(shows(u"L0"_s));
+        });
+        CPlayedPane pane(libraries_, {.folder = folder.toStdU16String()});
+        const auto sort = [&pane](int column, Qt::SortOrder order) {
+            pane.Header().setSortIndicator(column, order);
+            Settle(*pane.pane);
+        };
+        const auto shows = [&pane](const QString& name) {
+            for (int row = 0; row < pane.pane->Model().rowCount(); ++row) {
+                const QModelIndex cell = pane.pane->Model().index(row, 0);
+                if (cell.data().toString() == name) {
+                    return pane.List().viewport()->rect().contains(pane.List().visualRect(cell).center());
+                }
+            }
+            return false;
+        };
+        Settle(*pane.pane);
+        pane.Key(Qt::Key_End);
+        sort(0, Qt::DescendingOrder);
+        EXPECT_TRUE(shows(last));
+        sort(1, Qt::AscendingOrder);
+        EXPECT_TRUE(shows(last));
+        pane.browser.SelectAllParts(0);
+        sort(0, Qt::AscendingOrder);
+        EXPECT_TRUE(shows(u"L0"_s));
+        pane.browser.SelectAllParts(1);
+        ClickRow(*pane.pane, 0, Qt::ControlModifier);
+        sort(1, Qt::DescendingOrder);
+        EXPECT_EQ(pane.List().selectionModel()->selectedRows().size(), parts - 1);
+        EXPECT_EQ(pane.browser.GetSelectedPartCount(), parts - 1);
+        pane.Header().setSortIndicator(0, Qt::DescendingOrder);
+        QAccessible::queryAccessibleInterface(&pane.List())->tableInterface()->selectRow(0);
+        EXPECT_EQ(pane.browser.GetSelectedPartCount(), parts - 1) << "chosen before all is known";
+    }
 }
 
 TEST_F(PaneState, LooksComeBackThroughTheViewState)
