@@ -11,6 +11,7 @@
 #include <QAbstractNativeEventFilter>
 #include <QAccessible>
 #include <QApplication>
+#include <QFileDialog>
 #include <QHeaderView>
 #include <QMenu>
 #include <QTimer>
@@ -234,6 +235,9 @@ private:
         if (Below(6) == 0) {
             return Purpose();
         }
+        if (qobject_cast<QFileDialog*>(QApplication::activeModalWidget()) != nullptr && Below(3) == 0) {
+            return Focus() + "key --delay 0 Return ";
+        }
         const bool leaves =
             (key == "Return" || key == "Escape") && QApplication::activeModalWidget() == WindowOf(dialog);
         if (choice < 30 && (!leaves || Below(8) == 0)) {
@@ -262,9 +266,15 @@ private:
     std::string Purpose()
     {
         static constexpr const char* right_click = "mousedown 3 mouseup 3 ";
-        switch (Below(6)) {
+        const std::string row = Row();
+        switch (Below(8)) {
         case 0:
-            return Row() + one_click + Row() + right_click + Choice();
+            return row + one_click + Row() + right_click + Choice();
+        case 6: // to the list, by what is selected; its second press lies too far away for a double click
+            return row + one_click + "mousemove_relative 40 0 mousedown 1 mousemove_relative 14 0 " +
+                   PointAt(ControlOf(list_window, RES_PART_LIST)) + "mousemove_relative 3 3 mouseup 1 ";
+        case 7: // the menu's last entry exports
+            return row + one_click + right_click + "key --delay 0 Up space ";
         case 1:
             return Heading(false) + right_click + Choice();
         case 2:
@@ -272,8 +282,9 @@ private:
         case 3:
             return Heading(false) + "mousedown 1 mousemove_relative 25 0 " + Heading(false) + "mouseup 1 ";
         case 4:
-            return std::string("key --delay 0 ctrl+f key --delay 0 ctrl+a key --delay 0 ") +
-                   letters[Below(letters.size())] + " key --delay 0 " + keys[8 + Below(8)] + " ";
+            return std::string("key --delay 0 ") + (Below(2) == 0 ? "ctrl+f" : "shift+ctrl+F") +
+                   " key --delay 0 ctrl+a key --delay 0 " + letters[Below(letters.size())] + " key --delay 0 " +
+                   keys[8 + Below(8)] + " ";
         default: // the folder's menu, the server's, or what a server offers
             return Point(*Pane().findChild<QTreeView*>()->viewport(), {40, 10 + static_cast<int>(Below(120))}) +
                    one_click + "key --delay 0 " + keys[8 + Below(8)] + " " + right_click + Choice();
