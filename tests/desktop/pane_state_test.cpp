@@ -8,6 +8,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QClipboard>
 #include <QHeaderView>
 #include <QLabel>
 #include <QListWidget>
@@ -250,6 +251,16 @@ TEST_F(PaneState, TheShownListIsExported)
                                              "P1,取付板,1.50,SPCC\r\n"
                                              "P5,\"6\"\" wide\",2.00,\"SPCC, hard\"\r\n");
     EXPECT_FALSE(pane.pane->ExportTo(libraries_.Folder() + u"/missing/list.csv"_s));
+    pane.Key(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier); // from all folders, with each part's own
+    Settle(*pane.pane);
+    ASSERT_TRUE(pane.pane->ExportTo(file));
+    EXPECT_EQ(ReadBytes(file.toStdString()), "\xEF\xBB\xBFName,Comment,Thickness (mm),Material,Folder\r\n"
+                                             "P1,取付板,1.50,SPCC,SRV1\\Plates\\2008\r\n"
+                                             "P5,\"6\"\" wide\",2.00,\"SPCC, hard\",SRV1\\Plates\\2008\r\n");
+    pane.List().setFocus();
+    pane.Key(Qt::Key_End);
+    pane.Key(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), u"P5"_s) << "the current one, as none is selected";
 }
 
 TEST_F(PaneState, ACopyShowsItsPartFromInsideTheCall)
