@@ -347,7 +347,12 @@ TEST_F(FarLibrary, WhoeverPausesGetsAllAndAsItIsByThen)
             }
         }
     }
-    RunInDatabase("ALTER ROLE station CONNECTION LIMIT -1");
+    RunInDatabase("ALTER ROLE station CONNECTION LIMIT -1; UPDATE part SET changed_by = 'nobody'");
+    put(0, '3');
+    RunInDatabase(
+        "DO $$ BEGIN ASSERT (SELECT bool_and((path = 'Far') <> (changed_by = 'nobody')) FROM part JOIN folder "
+        "ON folder.id = part.folder), 'who has changed a part last'; END $$");
+    EXPECT_NE(std::system("psql -q service=partkeep-station -c 'DELETE FROM \"SRV1\".part' 2>/dev/null"), 0);
     LibraryProblem problem;
     const auto library = OpenPgLibrary({test_service, u"SRV1"_s}, nullptr, problem);
     const auto part = library->FindPart(u"Far"_s, u"F0"_s);
