@@ -62,10 +62,8 @@ public:
     // A moment ago is as good as now.
     static constexpr std::chrono::milliseconds fresh{2000};
     [[nodiscard]] bool IsFresh() const { return Clock::now() - confirmed_ < fresh; }
-    [[nodiscard]] QDateTime AsOf() const
-    {
-        return known_.empty() ? QDateTime() : as_of_;
-    } // invalid: nothing is at hand
+    // Invalid where nothing is at hand.
+    [[nodiscard]] QDateTime AsOf() const { return known_.empty() ? QDateTime() : as_of_; }
 
     // Hands over the files in `slots` from what is kept. False, with nothing handed over, where that is not all of
     // them.
