@@ -17,6 +17,7 @@
 #include <QSplitter>
 
 #include <algorithm>
+#include <utility>
 
 namespace partkeep {
 
@@ -241,16 +242,24 @@ void CBrowserPane::DoubleClicked(PartId part)
     }
 }
 
-// The drag has a loop of its own, in which the dialog may end.
+// The drag has a loop of its own, in which the dialog may end, and which may go on with the next press when this one is
+// over and not left yet.
 void CBrowserPane::DragSelection()
 {
+    if (std::exchange(dragging_, true)) {
+        return;
+    }
     const QPointer<CBrowserPane> self(this);
     auto* parts = new QMimeData;
     parts->setData(QLatin1String(dragged_parts_type), QByteArray());
     auto* drag = new QDrag(this); // deletes itself
     drag->setMimeData(parts);
     const Qt::DropAction action = drag->exec(Qt::CopyAction);
-    if (self != nullptr && action == Qt::CopyAction) {
+    if (self == nullptr) {
+        return;
+    }
+    dragging_ = false;
+    if (action == Qt::CopyAction) {
         PostDialogRequest(*window(), DialogRequest::Add);
     }
 }

@@ -172,6 +172,7 @@ private:
     std::unique_ptr<CLiveTree> live_tree_;
     std::unique_ptr<CLiveList> live_;
     QElapsedTimer copy_shown_;
+    bool dragging_ = false;
 };
 
 } // namespace partkeep
