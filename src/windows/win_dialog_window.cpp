@@ -347,7 +347,9 @@ void CWinDialogWindow::EnableOwner(bool enabled)
 
 void CWinDialogWindow::Invalidate()
 {
-    InvalidateRect(window_, nullptr, FALSE);
+    if (window_ != nullptr) { // without one it would be every window on the screen
+        InvalidateRect(window_, nullptr, FALSE);
+    }
 }
 
 void CWinDialogWindow::UpdateNow()

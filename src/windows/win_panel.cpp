@@ -40,10 +40,18 @@ public:
 
     void SetPainter(std::function<void(IDeviceContext&)> painter) override { painter_ = std::move(painter); }
     [[nodiscard]] Rect ClientRect() const override { return LogicalClientOf(window_); }
-    [[nodiscard]] Rect MapToDialog(const Rect& area) const override { return MapArea(window_, dialog_, area); }
+    [[nodiscard]] Rect MapToDialog(const Rect& area) const override
+    {
+        return Exists() ? MapArea(window_, dialog_, area) : Rect{};
+    }
     void Move(const Rect& area) override { MoveClientArea(window_, area, true); }
     void Show(bool visible) override { ShowWindow(window_, visible ? SW_SHOW : SW_HIDE); }
-    void Invalidate(bool erase) override { InvalidateRect(window_, nullptr, erase ? TRUE : FALSE); }
+    void Invalidate(bool erase) override
+    {
+        if (Exists()) { // without a window it would be every window on the screen
+            InvalidateRect(window_, nullptr, erase ? TRUE : FALSE);
+        }
+    }
 
 private:
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM word, LPARAM value) noexcept;
