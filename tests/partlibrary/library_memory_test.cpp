@@ -1,5 +1,5 @@
-// The tool's commands while the engine finds no memory, or its files cannot be read or written: each is done whole, or
-// tells of it and has changed nothing.
+// The tool's commands while the engine finds no memory, its files cannot be read or written, or a statement of it is
+// cut off: each is done whole, or tells of it and has changed nothing.
 #include "partlibrary/tool/commands.h"
 #include "tests/partlibrary/library_fixture.h"
 
@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
+#include <set>
 #include <sqlite3.h>
 #include <sstream>
 
@@ -15,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-enum class Want { Memory, Files };
+enum class Want { Memory, Files, Statements };
 
 struct Engine {
     sqlite3_mem_methods memory{};
@@ -83,7 +84,16 @@ const bool is_watched = [] {
     files.xDelete = [](sqlite3_vfs* plain, const char* name, int durable) {
         return FailsNow(Want::Files) ? SQLITE_IOERR_DELETE : engine.files.xDelete(plain, name, durable);
     };
-    return set && sqlite3_vfs_register(&files, 1) == SQLITE_OK;
+    const auto cut_off = [](unsigned, void* database, void*, void*) {
+        FailsNow(Want::Statements) ? sqlite3_interrupt(static_cast<sqlite3*>(database)) : void();
+        return 0;
+    };
+    const auto watch = [](sqlite3* database, char**, const sqlite3_api_routines*) {
+        return sqlite3_trace_v2(database, SQLITE_TRACE_STMT, decltype(cut_off){}, database);
+    };
+    const auto each =
+        reinterpret_cast<void (*)()>(static_cast<int (*)(sqlite3*, char**, const sqlite3_api_routines*)>(watch));
+    return set && sqlite3_vfs_register(&files, 1) == SQLITE_OK && sqlite3_auto_extension(each) == SQLITE_OK;
 }();
 
 struct Ended {
@@ -101,6 +111,18 @@ Ended Tool(const std::vector<std::string>& arguments)
     std::ostringstream err;
     const int code = RunLibraryTool(static_cast<int>(argv.size()), argv.data(), {out, err});
     return {code, out.str(), err.str()};
+}
+
+// What a command has made beside the library.
+std::string Made()
+{
+    std::string made = fs::exists("B.kpl") ? Tool({"list", "B.kpl"}).out : "";
+    std::set<fs::path> files{fs::recursive_directory_iterator(fs::exists("out") ? "out" : "more"), {}};
+    files.insert("out.csv");
+    for (const fs::path& file : files) {
+        made += file.string() + (fs::is_regular_file(file) ? ReadBytes(file.string()) : "") + "\n";
+    }
+    return made;
 }
 
 using LibraryMemory = LibraryShop;
@@ -150,23 +172,28 @@ TEST_F(LibraryMemory, EachCommandIsDoneWholeOrTellsOfIt)
             engine.fails_from = 0;
             return ended;
         };
-        for (const Want wants : {Want::Memory, Want::Files}) {
-            if (wants == Want::Files && (command[0] == "watch" || command[0] == "repair")) {
+        for (const Want wants : {Want::Memory, Want::Files, Want::Statements}) {
+            if (wants != Want::Memory && (command[0] == "watch" || (command[0] == "repair" && wants == Want::Files))) {
                 continue; // the one waits until it can read, the other leaves out what cannot be
             }
             engine.wants = wants;
             const Ended undisturbed = play(0, false);
             const std::size_t calls = engine.asked;
+            const std::string whole = Made();
             const std::string after = Tool({"list", "S.kpl"}).out;
             const std::string before = Tool({"list", "whole"}).out;
-            const std::size_t step = every != nullptr ? std::max(std::atoi(every), 1) : 1 + calls / 5;
+            const std::size_t step = every == nullptr            ? 1 + calls / 5
+                                     : wants == Want::Statements ? 1
+                                                                 : std::max(std::atoi(every), 1);
             for (std::size_t at = 1; at <= calls; at += step) {
                 for (const bool once : {true, false}) {
+                    const std::string what[] = {"", " files", " statement"};
                     SCOPED_TRACE(command[0] + " " + std::to_string(at) + (once ? " once" : "") +
-                                 (wants == Want::Files ? " files" : ""));
+                                 what[static_cast<std::size_t>(wants)]);
                     const Ended ended = play(at, once);
                     EXPECT_TRUE(ended.code == undisturbed.code ? ended.out == undisturbed.out : !ended.err.empty())
                         << ended.code << ended.out << ended.err;
+                    EXPECT_TRUE(ended.code != undisturbed.code || Made() == whole) << ended.err;
                     const std::string left = Tool({"list", "S.kpl"}).out;
                     EXPECT_EQ(left, ended.code == undisturbed.code ? after : before) << ended.err;
                     const Ended checked = Tool({"check", "S.kpl"});
