@@ -144,7 +144,7 @@ TEST_F(LibraryMemory, EachCommandIsDoneWholeOrTellsOfIt)
         {"remove", "S.kpl", "Plates/2008/P1"},
         {"rename", "S.kpl", "Plates/", "Sheets"},
         {"move", "S.kpl", "**/P*", "--to", "M"},
-        {"watch", "S.kpl", "in", "--once"},
+        {"watch", "S.kpl", "in", "--once", "--seconds", "1"},
         {"create", "B.kpl"},
         {"copy", "S.kpl", "B.kpl"},
         {"extract", "S.kpl", "out"},

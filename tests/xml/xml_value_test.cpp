@@ -65,7 +65,8 @@ TEST(XmlValue, FormatsFixedNotation)
     const std::tuple<double, int, int, const char*> rows[] = {
         {-2.25, 16, 1, "-2.25"}, {0.05, 4, 3, "0.050"}, {-1e-20, 16, 3, "0.000"}, {-0.0, 16, 0, "0"},
         {100, 16, 0, "100"},     {100, 0, 1, "100"},    {99.96, 1, 1, "100.0"},   {0.1, 16, 1, "0.1"},
-        {100, 0, 0, "100"},      {0.4, 0, 1, "0.0"},    {0.5, 1000, 1, "0.5"},    {0.5, -1, 0, "0"}};
+        {100, 0, 0, "100"},      {0.4, 0, 1, "0.0"},    {0.5, 1000, 1, "0.5"},    {0.5, -1, 0, "0"},
+        {0.0, 1, 4, "0.0000"}};
     for (const auto& [value, precision, least, text] : rows) {
         EXPECT_STREQ(FormatFixed(value, precision, least), text);
     }

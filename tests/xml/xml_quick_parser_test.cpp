@@ -1,0 +1,61 @@
+// How far the quick way through a document goes: what it leaves comes out the same, only later, and nobody would
+// notice.
+#include "xml/xml_quick_parser.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+using namespace partkeep;
+
+namespace {
+
+// Of what stands in an element and ends with "<", up to which place.
+std::size_t TakenOf(const std::string& content)
+{
+    const std::string text = content + "?" + std::string(xml_marks_width, ' ');
+    const CXmlMould mould(65001);
+    XmlOpenElements open;
+    std::byte* const outer = MakeElementBlock("outer", 65001);
+    EXPECT_TRUE(open.Add({outer, LastSlotOf(RootOf(outer))}));
+    bool failed = false;
+    const char* const end = text.data() + text.size();
+    const char* const at = TakeUsualElements({text.data(), text.data(), end}, mould, open, failed);
+    EXPECT_FALSE(failed);
+    for (const XmlOpenElement& element : open) {
+        DestroyBlock(element.block);
+    }
+    return static_cast<std::size_t>(at - text.data());
+}
+
+std::string Attributes(int count)
+{
+    return count == 0 ? ""
+                      : Attributes(count - 1) + " a" + std::to_string(count) + "=\"v" + std::to_string(count) + "\"";
+}
+
+TEST(XmlQuickParser, TakesAllThatIsUsual)
+{
+    const std::string long_text(200, 'x');
+    const std::string all[] = {
+        "a>1</a><",
+        "a></a><b>22</b>\n  <",
+        "a>" + long_text + "</a><b>2</b><",
+        long_text + ">1</" + long_text + "><b>2</b><",
+        "o>\n <a>1</a>\n <p><q>2</q></p>\n</o>\n<b>3</b><",
+        "a/><b/>\n<",
+        "a x=\"1\"/><b>2</b><",
+        "a x=\"" + long_text + "\" y=\"\"\n z=\"3\">text</a><b>2</b><",
+        "a" + Attributes(32) + "/><b" + Attributes(32) + ">\n<c>1</c></b><",
+    };
+    for (const std::string& content : all) {
+        EXPECT_EQ(TakenOf(content), content.size()) << content;
+    }
+    for (const std::string content : {"!-- c --><", "a x='1'/><", "a>1</b><", "a>1</a", ">1</><"}) {
+        EXPECT_EQ(TakenOf(content), 0U) << content;
+    }
+    EXPECT_EQ(TakenOf("a" + Attributes(33) + "/><"), 0U);
+    EXPECT_EQ(TakenOf("a>1</a></outer><"), std::string("a>1</a><").size()) << "the last end of all";
+}
+
+} // namespace
