@@ -8,6 +8,17 @@
 
 namespace partkeep {
 
+namespace {
+
+CSql TimeLimit()
+{
+    CSql limit("SELECT set_config('statement_timeout', ");
+    limit.Value(QString::number(browse_patience.count())).Add(", true)");
+    return limit;
+}
+
+} // namespace
+
 // Up to the end of what was sent together.
 bool CPgConnection::TakeResults(std::vector<CPgResult>& results)
 {
@@ -47,8 +58,7 @@ bool CPgConnection::TakeResults(std::vector<CPgResult>& results)
 std::optional<std::vector<CPgResult>> CPgConnection::TryAll(std::span<const CSql> statements)
 try {
     const bool limited = Use() == PgUse::Browse;
-    static const CSql limit = std::move(
-        CSql("SELECT set_config('statement_timeout', ").Value(QString::number(browse_patience.count())).Add(", true)"));
+    static const CSql limit = TimeLimit();
     std::vector<CPgResult> results;
     const bool sent = (!limited || SendOne(limit)) && std::all_of(statements.begin(), statements.end(),
                                                                   [this](const CSql& sql) { return SendOne(sql); });
