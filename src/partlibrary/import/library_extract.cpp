@@ -90,13 +90,16 @@ public:
             return RefuseTable();
         }
         table_.close();
+        if (!table_.rename(options_.table)) { // first, since one file is easily taken back
+            return RefuseTable();
+        }
         std::error_code error;
         fs::rename(folder_, fs::path(ToUtf8(options_.target)), error);
         if (error) {
             return Refuse(LibraryFault::WriteFailed, options_.target, FromUtf8(error.message()));
         }
         begun_ = false;
-        return table_.rename(options_.table) || RefuseTable();
+        return true;
     }
 
     bool Refuse(LibraryProblem problem)

@@ -1,22 +1,28 @@
-// The tool's commands while the engine finds no memory, its files cannot be read or written, or a statement of it is
-// cut off: each is done whole, or tells of it and has changed nothing.
+// The tool's commands while the engine finds no memory, its files cannot be read or written, a statement of it is cut
+// off, or a call of the system fails: each is done whole, or tells of it and has changed nothing.
 #include "partlibrary/tool/commands.h"
 #include "tests/partlibrary/library_fixture.h"
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstdarg>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <set>
 #include <sqlite3.h>
 #include <sstream>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace partkeep {
 namespace {
 
 namespace fs = std::filesystem;
 
-enum class Want { Memory, Files, Statements };
+enum class Want { Memory, Files, Statements, Calls };
 
 struct Engine {
     sqlite3_mem_methods memory{};
@@ -96,6 +102,57 @@ const bool is_watched = [] {
     return set && sqlite3_vfs_register(&files, 1) == SQLITE_OK && sqlite3_auto_extension(each) == SQLITE_OK;
 }();
 
+template <typename... A>
+auto SystemCall(long number, A... arguments)
+{
+    return FailsNow(Want::Calls) ? (errno = EIO, -1L) : syscall(number, arguments...);
+}
+
+} // namespace
+
+// In place of the system's library, for ours, the toolkit's and the engine's calls.
+extern "C" {
+int open64(const char* name, int flags, ...)
+{
+    va_list more;
+    va_start(more, flags);
+    const auto mode = va_arg(more, unsigned); // some register, where none is given
+    va_end(more);
+    return static_cast<int>(SystemCall(SYS_openat, AT_FDCWD, name, flags | O_LARGEFILE, mode));
+}
+int open(const char* name, int flags, ...) __attribute__((alias("open64")));
+int mkdir(const char* name, mode_t mode)
+{
+    return static_cast<int>(SystemCall(SYS_mkdir, name, mode));
+}
+int rename(const char* from, const char* to)
+{
+    return static_cast<int>(SystemCall(SYS_rename, from, to));
+}
+int renameat2(int from_folder, const char* from, int to_folder, const char* to, unsigned flags)
+{
+    return static_cast<int>(SystemCall(SYS_renameat2, from_folder, from, to_folder, to, flags));
+}
+int link(const char* from, const char* to)
+{
+    return static_cast<int>(SystemCall(SYS_link, from, to));
+}
+int fsync(int file)
+{
+    return static_cast<int>(SystemCall(SYS_fsync, file));
+}
+ssize_t write(int file, const void* bytes, size_t size)
+{
+    return SystemCall(SYS_write, file, bytes, size);
+}
+ssize_t read(int file, void* bytes, size_t size)
+{
+    return SystemCall(SYS_read, file, bytes, size);
+}
+}
+
+namespace {
+
 struct Ended {
     int code = 0;
     std::string out;
@@ -125,9 +182,9 @@ std::string Made()
     return made;
 }
 
-using LibraryMemory = LibraryShop;
+using LibraryFailures = LibraryShop;
 
-TEST_F(LibraryMemory, EachCommandIsDoneWholeOrTellsOfIt)
+TEST_F(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
 {
     ASSERT_TRUE(is_watched);
     const CTemporaryFolder work;
@@ -139,33 +196,46 @@ TEST_F(LibraryMemory, EachCommandIsDoneWholeOrTellsOfIt)
     fs::copy_file(library_file_.toStdString(), "whole");
     fs::copy_file("whole", "D.kpl");
     ASSERT_EQ(Tool({"remove", "D.kpl", "Plates/Top"}).code, 0);
+    fs::copy_file("whole", "damaged");
+    LibraryProblem problem;
+    const auto spoil = CConnection::Open(u"damaged"_s, OpenMode::Write, problem);
+    ASSERT_TRUE(spoil->Execute("UPDATE part SET material = 'x' WHERE name = 'P1'") &&
+                spoil->Execute("UPDATE folder SET sum = 1 WHERE path = 'Plates'"));
     WriteBytes("set.csv", "folder,part,material,comment\nPlates/2008,P1,SUS,new\nPlates/2008,P2,,\n");
-    const std::vector<std::string> commands[] = {
-        {"remove", "S.kpl", "Plates/2008/P1"},
-        {"rename", "S.kpl", "Plates/", "Sheets"},
-        {"move", "S.kpl", "**/P*", "--to", "M"},
-        {"watch", "S.kpl", "in", "--once", "--seconds", "1"},
-        {"create", "B.kpl"},
-        {"copy", "S.kpl", "B.kpl"},
-        {"extract", "S.kpl", "out"},
-        {"diff", "S.kpl", "D.kpl"},
-        {"import", "S.kpl", "more"},
-        {"set", "S.kpl", "--csv", "set.csv"},
-        {"list", "S.kpl", "--names", "--folder", "Plates/2008"},
-        {"list", "S.kpl"},
-        {"backup", "S.kpl", "B.kpl"},
-        {"repair", "S.kpl"},
-        {"check", "S.kpl"},
-        {"check", "S.kpl", "--rebuild"},
+    const struct {
+        const char* source;
+        std::vector<std::string> words;
+    } commands[] = {
+        {"whole", {"remove", "S.kpl", "Plates/2008/P1"}},
+        {"whole", {"rename", "S.kpl", "Plates/", "Sheets"}},
+        {"whole", {"move", "S.kpl", "**/P*", "--to", "M"}},
+        {"whole", {"watch", "S.kpl", "in", "--once", "--seconds", "1"}},
+        {"whole", {"create", "B.kpl"}},
+        {"whole", {"copy", "S.kpl", "B.kpl"}},
+        {"whole", {"extract", "S.kpl", "out"}},
+        {"whole", {"diff", "S.kpl", "D.kpl"}},
+        {"whole", {"import", "S.kpl", "more"}},
+        {"whole", {"set", "S.kpl", "--csv", "set.csv"}},
+        {"whole", {"list", "S.kpl", "--names", "--folder", "Plates/2008"}},
+        {"whole", {"list", "S.kpl"}},
+        {"whole", {"backup", "S.kpl", "B.kpl"}},
+        {"whole", {"extract", "S.kpl", "out", "--folder", "Plates/2008"}},
+        {"whole", {"extract", "S.kpl", "out", "--dry-run"}},
+        {"whole", {"repair", "S.kpl"}},
+        {"damaged", {"repair", "S.kpl"}},
+        {"damaged", {"list", "S.kpl"}},
+        {"whole", {"check", "S.kpl"}},
+        {"whole", {"check", "S.kpl", "--rebuild"}},
     };
+    const std::string nothing = Made();
     const char* const asked_for = std::getenv("PARTKEEP_EVERY_CALL");
     const std::size_t every = asked_for != nullptr ? std::strtoul(asked_for, nullptr, 10) : 0;
-    for (const auto& command : commands) {
-        const auto play = [&](std::size_t fails_from, bool once) {
-            for (const char* made : {"S.kpl", "B.kpl", "out", "out.csv"}) {
+    for (const auto& [source, command] : commands) {
+        const auto play = [&, &source = source, &command = command](std::size_t fails_from, bool once) {
+            for (const char* made : {"S.kpl", "S.kpl.damaged-1", "B.kpl", "out", "out.csv"}) {
                 fs::remove_all(made);
             }
-            fs::copy_file("whole", "S.kpl");
+            fs::copy_file(source, "S.kpl");
             engine.asked = 0;
             engine.fails_from = fails_from;
             engine.fails_once = once;
@@ -173,7 +243,7 @@ TEST_F(LibraryMemory, EachCommandIsDoneWholeOrTellsOfIt)
             engine.fails_from = 0;
             return ended;
         };
-        for (const Want wants : {Want::Memory, Want::Files, Want::Statements}) {
+        for (const Want wants : {Want::Memory, Want::Files, Want::Statements, Want::Calls}) {
             if (wants != Want::Memory && (command[0] == "watch" || (command[0] == "repair" && wants == Want::Files))) {
                 continue; // the one waits until it can read, the other leaves out what cannot be
             }
@@ -182,24 +252,26 @@ TEST_F(LibraryMemory, EachCommandIsDoneWholeOrTellsOfIt)
             const std::size_t calls = engine.asked;
             const std::string whole = Made();
             const std::string after = Tool({"list", "S.kpl"}).out;
-            const std::string before = Tool({"list", "whole"}).out;
+            const std::string before = Tool({"list", source}).out;
+            const int is = Tool({"check", "S.kpl"}).code;
+            const int was = Tool({"check", source}).code;
             const std::size_t least = command[0] == "watch" ? calls / 30 : 1; // each time it waits for a second
             const std::size_t step = every == 0                  ? 1 + calls / 5
-                                     : wants == Want::Statements ? 1
+                                     : wants >= Want::Statements ? 1
                                                                  : std::max(every, least);
             for (std::size_t at = 1; at <= calls; at += step) {
                 for (const bool once : {true, false}) {
-                    const std::string what[] = {"", " files", " statement"};
+                    const std::string what[] = {"", " files", " statement", " call"};
                     SCOPED_TRACE(command[0] + " " + std::to_string(at) + (once ? " once" : "") +
                                  what[static_cast<std::size_t>(wants)]);
                     const Ended ended = play(at, once);
                     EXPECT_TRUE(ended.code == undisturbed.code ? ended.out == undisturbed.out : !ended.err.empty())
                         << ended.code << ended.out << ended.err;
-                    EXPECT_TRUE(ended.code != undisturbed.code || Made() == whole) << ended.err;
+                    EXPECT_EQ(Made(), ended.code == undisturbed.code ? whole : nothing) << ended.err;
                     const std::string left = Tool({"list", "S.kpl"}).out;
                     EXPECT_EQ(left, ended.code == undisturbed.code ? after : before) << ended.err;
                     const Ended checked = Tool({"check", "S.kpl"});
-                    EXPECT_EQ(checked.code, 0) << checked.out << checked.err << ended.err;
+                    EXPECT_EQ(checked.code, left == after ? is : was) << checked.out << checked.err << ended.err;
                 }
             }
         }
