@@ -1,8 +1,9 @@
 // Damaged and hostile part libraries, one process each: library_damage COUNT [FIRST] [KIND]. File number n is always
 // the same file. In every process the library is checked, listed, worked by a browser session as the component does
-// it, and some are made anew and imported into. A fault is a crash, a process that takes too long, a file outside the
-// target folder, or an answer given as good that is not what was stored. KIND is bits, pages, cut or rows; none takes
-// them by turns. At the end it tells how many could be opened and how many the check called sound, by kind.
+// it; some are made anew and imported into, and to some a command of the tool is given. A fault is a crash, a process
+// that takes too long, a file outside the target folder, or an answer given as good that is not what was stored. KIND
+// is bits, pages, cut or rows; none takes them by turns. At the end it tells how many could be opened and how many the
+// check called sound, by kind.
 #include "fuzz/library_forger.h"
 #include "partlibrary/library/library_text.h"
 #include "partlibrary/library/library_walk.h"
@@ -11,6 +12,7 @@
 #include "partlibrary/sqlite/schema.h"
 #include "partlibrary/sqlite/sqlite_library.h"
 #include "partlibrary/sqlite/sqlite_writer.h"
+#include "partlibrary/tool/commands.h"
 #include "platform/files.h"
 
 #include <algorithm>
@@ -24,6 +26,7 @@
 #include <map>
 #include <random>
 #include <set>
+#include <sstream>
 #include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -131,10 +134,14 @@ public:
             WholeServer(*library);
         }
         Session();
-        const bool bad = (wrong_ && (!rows_ || sound)) || (sound && missing_);
+        bool bad = (wrong_ && (!rows_ || sound)) || (sound && missing_);
+        wrong_ = false;
         if (number_ % 4 == 0) {
             Change(file);
+        } else {
+            Command(file, sound);
         }
+        bad = bad || wrong_;
         return Outside() ? Escaped : bad ? Wrong : (library != nullptr ? Opened : 0) | (sound ? Sound : 0);
     }
 
@@ -277,10 +284,51 @@ private:
         writer->Rollback();
     }
 
+    // What was sound stays so, and what has been repaired is.
+    void Command(const QString& file, bool sound)
+    {
+        const std::string out = (place_ / "out/made").string();
+        const std::vector<std::string> commands[] = {
+            {"repair"},
+            {"repair", "--dry-run"},
+            {"check", "--rebuild"},
+            {"rename", "A/", "C"},
+            {"rename", "A/B/", "D"},
+            {"rename", "A/P1", "P99"},
+            {"move", "**/P*", "--to", "M"},
+            {"move", "A/B/", "--to", "M"},
+            {"set", "**", "--material", "X"},
+            {"remove", "**/P1*"},
+            {"remove", "A/"},
+            {"import", out + "/in"},
+            {"extract", out + "/all"},
+            {"extract", out + "/some", "--folder", "A"},
+            {"copy", out + "/copy.kpl"},
+            {"backup", out + "/backup.kpl"},
+            {"diff", (place_.parent_path() / "sound.kpl").string()},
+            {"list", "--names"},
+        };
+        fs::create_directories(out + "/in/A");
+        std::ofstream(out + "/in/A/P1.iga") << "new";
+        std::vector<std::string> words = commands[static_cast<std::size_t>(number_) % std::size(commands)];
+        words.insert(words.begin() + 1, ToUtf8(file));
+        words.insert(words.begin(), "partkeep-library");
+        std::vector<const char*> arguments;
+        std::transform(words.begin(), words.end(), std::back_inserter(arguments),
+                       [](const auto& word) { return word.c_str(); });
+        std::ostringstream told;
+        const int end = RunLibraryTool(static_cast<int>(arguments.size()), arguments.data(), {told, told});
+        const bool repaired = words[1] == "repair" && words.size() == 3 && end <= static_cast<int>(ToolEnd::Found);
+        LibraryProblem problem;
+        const auto check = CheckLibrary(file, {}, problem);
+        wrong_ = wrong_ || ((sound || repaired) && (!check || !check->findings.isEmpty()));
+    }
+
     [[nodiscard]] bool Outside() const
     {
-        const auto count = std::distance(fs::directory_iterator(place_), fs::directory_iterator());
-        return count > 2 + (fs::exists(place_ / "SRV1.kpl-journal") ? 1 : 0) || fs::exists("/tmp/up") ||
+        const std::set<std::string> known{"SRV1.kpl", "SRV1.kpl-journal", "SRV1.kpl.damaged-1", "out"};
+        const auto ours = [&known](const auto& entry) { return known.contains(entry.path().filename().string()); };
+        return !std::all_of(fs::directory_iterator(place_), fs::directory_iterator(), ours) || fs::exists("/tmp/up") ||
                fs::exists(place_.parent_path() / "up");
     }
 

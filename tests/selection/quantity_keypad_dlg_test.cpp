@@ -36,7 +36,7 @@ TEST_F(QuantityKeypad, ChecksInOrderAndStaysOpenWhenItRefuses)
     constexpr int silent = -1;
     const std::pair<int, std::vector<std::u16string>> rows[] = {
         // or the number of the message
-        {accepted, {u"1", u"99999", u"007", u"12 ", u"12\t", u"12345  "}},
+        {accepted, {u"1", u"99999", u"007", u"12 ", u"12\t\r", u"12345  "}},
         {silent, {u"", u"   "}},
         {139, {u"0", u"00", u"100000", u"000001", std::u16string(4000, u'9'), u"-5", u"a5", u"+", u"+-5", u"１２"}},
         {129, {u"+5", u" 5", u"5a", u"1.5", u"1 2", std::u16string(u"5\0", 2)}},

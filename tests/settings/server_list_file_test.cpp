@@ -138,10 +138,11 @@ TEST_F(ServerListFileOnDisk, SavesWhatTheBrowserGives)
     script_.currentServer = u"SRV";
     script_.servers.slots[0].front() = 'B';
     script_.servers.slots[1].front() = 'A';
-    script_.viewState = {120, -9}; // announces two, and writes more
-    script_.On(BrowserOperation::GetViewState, [](ControlScript::Arguments arguments) {
+    script_.viewState = {120, -9}; // announces two, and writes more, or less
+    bool more = true;
+    script_.On(BrowserOperation::GetViewState, [&more](ControlScript::Arguments arguments) {
         auto* values = static_cast<std::int16_t*>(std::get<void*>(arguments[0].value));
-        std::fill_n(values, max_view_state_values, std::int16_t{-9});
+        std::fill_n(values, more ? max_view_state_values : 1, std::int16_t{-9});
         return ControlResult{std::int16_t{-1}};
     });
     ServerListState state{u"old", u"F\\G", 2, {}, {1, 2, 3}};
@@ -153,6 +154,9 @@ TEST_F(ServerListFileOnDisk, SavesWhatTheBrowserGives)
     const std::vector<std::int16_t> padded = PaddedViewState(state.viewState);
     EXPECT_EQ(padded.size(), max_view_state_values);
     EXPECT_EQ(std::accumulate(padded.begin(), padded.end(), 0), -18);
+    more = false;
+    SaveServerList(state, folder_.Core(), browser_);
+    EXPECT_EQ(state.viewState, (std::vector<std::int16_t>{-9, 0}));
 }
 
 TEST_F(ServerListFileOnDisk, WhatCouldNotBeReadIsKeptBesideTheNextSave)
