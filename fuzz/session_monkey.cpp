@@ -119,6 +119,9 @@ private:
         trouble_.reset();
         trouble_text.clear();
         listing_.reset();
+        if (session_->Library() == nullptr) { // only the shown server is asked anew before ten seconds are over
+            session_->Go(server, {});
+        }
         session_->Refresh();
     }
 
