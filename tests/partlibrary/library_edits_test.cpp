@@ -77,6 +77,27 @@ TEST_F(LibraryEdits, EachIsSeenWholeOrNotAtAll)
         {"a folder inside gets too long", [](auto& w) { return w.MoveFolder(u"B\\C"_s, QString(95, u'x')); },
          LibraryFault::NameRefused, nullptr},
         {"no such folder", [](auto& w) { return w.MoveFolder(u"Z"_s, u"Y"_s); }, LibraryFault::NoFolder, nullptr},
+        {"the root for a folder", [](auto& w) { return w.MoveFolder({}, u"Y"_s); }, LibraryFault::BadInput, nullptr},
+        {"a folder for the root", [](auto& w) { return w.MoveFolder(u"A"_s, {}); }, LibraryFault::BadInput, nullptr},
+        {"a folder where it is", [](auto& w) { return w.MoveFolder(u"A"_s, u"A"_s); }, LibraryFault::None, nullptr},
+        {"a path that is refused", [](auto& w) { return w.MoveFolder(u"A"_s, u"B\\nul"_s); }, LibraryFault::NameRefused,
+         nullptr},
+        {"a new folder that is refused", [](auto& w) { return w.MakeFolder(u"nul\\A"_s).has_value(); },
+         LibraryFault::NameRefused, nullptr},
+        {"no such folder to remove", [](auto& w) { return w.RemoveFolder(u"Z"_s); }, LibraryFault::NoFolder, nullptr},
+        {"a new part that is refused", [](auto& w) { return w.PutPart(1, u"nul"_s, {}).has_value(); },
+         LibraryFault::NameRefused, nullptr},
+        {"a new part's attribute that is refused",
+         [](auto& w) {
+             return w.PutPart(1, u"N"_s, PartAttributes{0, {}, {}, u"a\tb"_s}).has_value();
+         },
+         LibraryFault::BadInput, nullptr},
+        {"a file of no part", [](auto& w) { return w.PutFile(999, FileSlot::Iga, "x") && w.Commit(); },
+         LibraryFault::NoPart, nullptr},
+        {"no part with a new name", [](auto& w) { return w.MovePart(999, 1, u"N"_s); }, LibraryFault::NoPart, nullptr},
+        {"content that cannot be read",
+         [](auto& w) { return w.Store(FileSlot::Iga, [](std::span<char>) { return qint64{-1}; }).has_value(); },
+         LibraryFault::ReadFailed, nullptr},
         {"a folder that is not empty", [](auto& w) { return w.RemoveFolder(u"B\\C\\2008"_s); }, LibraryFault::BadInput,
          nullptr},
         {"the root", [](auto& w) { return w.RemoveFolder({}); }, LibraryFault::BadInput, nullptr},
@@ -114,6 +135,52 @@ TEST_F(LibraryEdits, EachIsSeenWholeOrNotAtAll)
         }
         EXPECT_EQ(Check(), "") << row.label;
     }
+}
+
+// More parts than a writer holds, and than are read row by row for the values that a column has.
+TEST_F(LibraryEdits, ManyAtOnceAndTheValuesThatTheyHave)
+{
+    constexpr int many = 21000;
+    const auto text = [](int number) { return u"M%1"_s.arg(number % 5); };
+    libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& writer) {
+        const qint64 folder = *writer.MakeFolder(u"Many"_s);
+        for (int i = 0; i < many; ++i) {
+            ASSERT_TRUE(writer.PutPart(folder, u"N%1"_s.arg(i), PartAttributes{i % 3, text(i), {}, {}}));
+        }
+    });
+    libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& writer) {
+        const qint64 folder = *writer.MakeFolder(u"Moved"_s);
+        const auto rows = writer.Library().PartsBehind(writer.Library().FindFolder(u"Many"_s)->id, {}, many);
+        for (const PartRow& row : *rows) {
+            ASSERT_TRUE(writer.SetAttributes(row.id, {row.thickness, row.material, text(row.thickness), row.name}) &&
+                        writer.MovePart(row.id, folder, row.name));
+        }
+    });
+    ASSERT_TRUE(session_.Go(u"SRV1"_s, u"Moved"_s));
+    const auto library = session_.ShareLibrary();
+    const auto texts = [&](PartColumn column) {
+        QStringList found;
+        const auto values = library->Values({session_.CurrentFolder().id, -1, {}}, column, 9);
+        for (const ColumnValue& value : values.value_or(std::vector<ColumnValue>())) {
+            found += value.text;
+        }
+        return found.join(u' ');
+    };
+    EXPECT_EQ(texts(PartColumn::Material), u"M0 M1 M2 M3 M4"_s);
+    EXPECT_EQ(texts(PartColumn::Machine), u"M0 M1 M2"_s);
+    EXPECT_EQ(texts(PartColumn::Thickness), u"0 1 2"_s);
+    for (const auto& [search, count] : {std::pair(u"n1"_s, 11111), {u"m2"_s, 9800}, {u"n20999"_s, 1}, {u"zz"_s, 0}}) {
+        const auto list = library->List({session_.CurrentFolder().id, -1, search}, 0, nullptr);
+        list->Finish();
+        EXPECT_EQ(list->Count(), count) << search.toStdString();
+    }
+    const auto admin = libraries_.At(u"SRV1"_s);
+    EXPECT_FALSE(admin->Rebuild([](qint64 parts, qint64) { return parts < many / 2; }, problem_));
+    EXPECT_EQ(problem_.fault, LibraryFault::Stopped);
+    EXPECT_FALSE(admin->Check([](qint64 files, qint64) { return files < 2; }, problem_));
+    EXPECT_EQ(problem_.fault, LibraryFault::Stopped);
+    EXPECT_TRUE(admin->Rebuild({}, problem_));
+    EXPECT_EQ(Check(), "");
 }
 
 TEST_F(LibraryEdits, NumbersAreNotGivenAgainAndAReplacedLibraryIsNotWritten)
