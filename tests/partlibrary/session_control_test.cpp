@@ -68,6 +68,12 @@ TEST_F(SessionControl, RefusesCallsThatAreNotInTheTable)
     EXPECT_EQ(control_->Invoke(15, InvokeKind::PropertyGet, {}, ControlType::Text), ControlResult());
     const ControlArgument null{ControlType::UnknownRef, static_cast<void*>(nullptr)};
     EXPECT_EQ(control_->Invoke(38, InvokeKind::Method, {&null, 1}, ControlType::Bool), ControlResult(std::int16_t{0}));
+    Enter(u"Plates\\2008");
+    browser_.SelectAllParts(1);
+    EXPECT_TRUE(browser_.GetSelectedPart(0, nullptr, nullptr, nullptr)) << "null is no room, and no fault";
+    browser_.SetViewState(nullptr);
+    EXPECT_FALSE(browser_.GetViewState(nullptr) || browser_.ReadPartImage(u"", nullptr, nullptr));
+    EXPECT_EQ(CPartBrowserControls(libraries_.Places()).CreateHidden(ClassId{}, 1, 1, 1), nullptr);
 }
 
 TEST_F(SessionControl, EveryOperationAnswersBeforeAServerIsThere)
