@@ -10,11 +10,13 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenu>
 #include <QPushButton>
 #include <QSplitter>
+#include <QToolTip>
 
 #include <algorithm>
 
@@ -215,8 +217,18 @@ TEST_F(PaneState, FavouritesAreNamedAndPutInOrder)
     Settle();
     EXPECT_EQ(CPanePlaces(file).Favourites(),
               (QList<PaneFavourite>{{{u"板金"_s, {}}, u"Sheets"_s}, {{u"SRV1"_s, u"Plates\\2008"_s}, {}}}));
+    list.setCurrentRow(0);
+    press(u"Up"_s);
+    list.setCurrentRow(1);
+    press(u"Down"_s);
+    EXPECT_EQ(CPanePlaces(file).Favourites().front().name, u"Sheets"_s) << "nothing beyond an end";
     press(u"Remove"_s);
     EXPECT_EQ(CPanePlaces(file).Favourites().size(), 1);
+    list.setCurrentRow(-1);
+    for (const char16_t* text : {u"Up", u"Rename", u"Remove"}) {
+        press(QString::fromUtf16(text));
+    }
+    EXPECT_EQ(CPanePlaces(file).Favourites().size(), 1) << "nothing is chosen";
     delete dialog;
 }
 
@@ -234,6 +246,92 @@ TEST_F(PaneState, APlacesFileThatMakesNoSenseIsPassedOver)
         EXPECT_EQ(CPanePlaces(file).Recent().size(), 12);
         EXPECT_EQ(CPanePlaces(file).Recent().front().folder, u"99"_s);
     }
+    WriteBytes(file.toStdString(), R"({"recent":[{"server":"S","folder":"F"}]})" + std::string(1 << 21, ' '));
+    for (const QString& name : {file, QString(), libraries_.Folder(), u"/proc/none/places.json"_s}) {
+        CPanePlaces places(name);
+        EXPECT_TRUE(places.Recent().isEmpty()) << name.toStdString();
+        places.Visit({u"S"_s, {}});
+        EXPECT_EQ(places.Recent().size(), 1) << "known as long as it runs";
+    }
+}
+
+TEST_F(PaneState, AListIsNarrowedToAValueAndBack)
+{
+    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
+        for (int i = 0; i < 250; ++i) {
+            PutTestPart(writer, u"Many"_s, u"N%1"_s.arg(i), 1, {i * 100, u"M&%1"_s.arg(i % 2), {}, {}});
+        }
+    });
+    CPlayedPane pane(libraries_, {.folder = u"Many"});
+    // What the menu of a column offers, with a mark at what holds; `text` of it is chosen.
+    const auto choose = [&pane](int column, const QString& text) {
+        QMenu* const menu = ButtonIn(*pane.pane, u"Narrow"_s)->menu();
+        Q_EMIT menu->aboutToShow();
+        QMenu* const values = menu->actions().at(column)->menu();
+        Q_EMIT values->aboutToShow();
+        QStringList entries{menu->actions().at(column)->text()};
+        QAction* chosen = nullptr;
+        for (QAction* action : values->actions()) {
+            entries += action->text() + (action->isChecked() ? u"*"_s : QString());
+            chosen = action->text() == text ? action : chosen;
+        }
+        chosen != nullptr ? chosen->trigger() : void();
+        Settle(*pane.pane);
+        return entries;
+    };
+    const auto count = [&pane] { return pane.pane->Model().rowCount(); };
+    EXPECT_EQ(choose(0, u"M&&1"_s).join(u'|').toStdString(), "Material|All*|M&&0|M&&1");
+    EXPECT_EQ(count(), 125);
+    EXPECT_EQ(choose(1, {}).size(), 3) << "there is none: all, and that";
+    EXPECT_EQ(choose(2, u"0.01"_s).at(0), u"Thickness (mm)"_s);
+    EXPECT_EQ(count(), 1);
+    EXPECT_EQ(choose(0, u"M&&0"_s).join(u'|').toStdString(), "Material|All|M&&1*") << "with this thickness";
+    choose(2, u"All"_s);
+    choose(0, u"All"_s);
+    EXPECT_EQ(count(), 250);
+    pane.browser.SetDisplayUnit(1);
+    pane.browser.RefreshPartList();
+    const QStringList inches = choose(2, {});
+    EXPECT_EQ(inches.at(0), u"Thickness (inch)"_s);
+    EXPECT_EQ(inches.size(), 1 + 1 + 200 + 1) << "the column, all, and a word that there are more";
+}
+
+TEST_F(PaneState, WhatIsCutIsToldAtThePointerAndPagesScroll)
+{
+    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
+        for (int i = 0; i < 100; ++i) {
+            PutTestPart(writer, u"Long"_s, QString(60, u'L') + QString::number(i), 1);
+        }
+    });
+    CPlayedPane pane(libraries_, {.folder = u"Long"});
+    const auto tip = [&pane](int row) {
+        const QPoint place = pane.List().visualRect(pane.pane->Model().index(row, 0)).center();
+        QHelpEvent event(QEvent::ToolTip, place, pane.List().viewport()->mapToGlobal(place));
+        QApplication::sendEvent(pane.List().viewport(), &event);
+        return QToolTip::text();
+    };
+    pane.Header().resizeSection(0, 60);
+    EXPECT_EQ(tip(0), QString(60, u'L') + u'0');
+    pane.Header().resizeSection(0, 2000);
+    static_cast<void>(tip(0));
+    EXPECT_TRUE(QTest::qWaitFor([] { return QToolTip::text().isEmpty(); })) << "nothing is cut";
+    pane.Header().resizeSection(0, 200);
+    const auto shown = [&pane](int row, QAbstractItemView::ScrollHint hint) {
+        pane.List().scrollTo(pane.pane->Model().index(row, 0), hint);
+        const QRect area = pane.List().visualRect(pane.pane->Model().index(row, 0));
+        const int height = pane.List().viewport()->height();
+        return area.top() == 0                  ? u"top"_s
+               : area.bottom() >= height - 1    ? u"bottom"_s
+               : area.center().y() < height / 3 ? u"above"_s
+                                                : u"below"_s;
+    };
+    EXPECT_EQ(shown(40, QAbstractItemView::PositionAtTop), u"top"_s);
+    EXPECT_EQ(shown(40, QAbstractItemView::PositionAtBottom), u"bottom"_s);
+    EXPECT_EQ(shown(40, QAbstractItemView::PositionAtCenter), u"below"_s);
+    pane.Key(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+    pane.Type(u"l99"_s);
+    pane.Header().resizeSection(0, 60);
+    EXPECT_EQ(tip(0), QString(60, u'L') + u"99\nSRV1\\Long"_s) << "with the folder under it";
 }
 
 TEST_F(PaneState, TheShownListIsExported)
@@ -315,7 +413,9 @@ TEST_F(PaneState, AScreenReaderFollowsTheCellsOfTheList)
     EXPECT_EQ(list->indexOfChild(cell), 4 * part_columns);
     EXPECT_EQ(table->selectedRows(), QList<int>{4});
     pane.Type(u"p2"_s);
-    EXPECT_EQ(table->cellAt(4, 0), nullptr);
+    for (const auto& [row, column] : {std::pair(4, 0), {-1, 0}, {0, -1}, {0, part_columns}}) {
+        EXPECT_EQ(table->cellAt(row, column), nullptr);
+    }
     EXPECT_EQ(table->cellAt(0, 0)->text(QAccessible::Name), u"P2"_s);
 }
 

@@ -1,4 +1,5 @@
 // Servers that are missing, go away, are locked or damaged: a clear line, no hang, and a way back.
+#include "platform/files.h"
 #include "tests/desktop/played_pane.h"
 
 #include <QElapsedTimer>
@@ -86,6 +87,47 @@ TEST_F(PaneTrouble, IsToldInALineAndEndsWithTheTrouble)
         EXPECT_EQ(pane.ProblemLine(), "");
         EXPECT_EQ(pane.Shown(), "Bare P1 p1 P2 P10");
     }
+}
+
+TEST_F(PaneTrouble, ACopyThatFailsIsToldOfItsPart)
+{
+    CPlayedPane pane(libraries_);
+    const QString full = libraries_.Folder() + u"/full"_s;
+    QFile::link(u"/dev/full"_s, full);
+    const QString deep = libraries_.Folder() + u"/"_s + QString(4090, u'x');
+    for (const QString& target : {u"/proc/none"_s, file_, deep}) {
+        pane.browser.SetTargetFolder(CorePath(target.toStdString()));
+        pane.browser.SetDataKind(part_data_kind);
+        EXPECT_FALSE(pane.browser.CopyPartFiles(u"SRV1", u"Plates\\2008\\P1"));
+        EXPECT_EQ(pane.ProblemLine(), ToUtf8(u"The files of %1 could not be copied."_s.arg(target)));
+        EXPECT_LT(pane.List().width(), pane.pane->width()) << "a long line is broken";
+    }
+    LibraryProblem problem;
+    CConnection::Open(file_, OpenMode::Write, problem)->Execute("PRAGMA user_version=99");
+    pane.Key(Qt::Key_F5);
+    EXPECT_TRUE(QString::fromStdString(pane.ProblemLine())
+                    .startsWith(u"The library of server SRV1 cannot be read by this version. (since "_s));
+}
+
+TEST_F(PaneTrouble, ServersComeAndGoWhereTheyBelong)
+{
+    CPlayedPane pane(libraries_);
+    const auto servers = [&pane] {
+        pane.Key(Qt::Key_F5);
+        QStringList names;
+        for (int row = 0; row < pane.Tree().model()->rowCount(); ++row) {
+            names += pane.Tree().model()->index(row, 0).data().toString();
+        }
+        return names.join(u' ').toStdString();
+    };
+    EXPECT_EQ(servers(), "SRV1 板金");
+    for (const QString& name : {u"A1"_s, u"SRV10"_s}) {
+        libraries_.Fill(name, [](ILibraryWriter& writer) { PutTestPart(writer, u"F"_s, u"P"_s, 1); });
+    }
+    EXPECT_EQ(servers(), "SRV1 板金 A1 SRV10");
+    QFile::remove(libraries_.FileOf(u"A1"_s));
+    QFile::remove(libraries_.FileOf(u"板金"_s));
+    EXPECT_EQ(servers(), "SRV1 板金 SRV10") << "those of the host's table stay";
 }
 
 TEST_F(PaneTrouble, ALibraryThatVanishesUnderTheUsersHandsIsNoticed)

@@ -5,6 +5,8 @@
 #include <QImage>
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace partkeep {
 namespace {
 
@@ -47,6 +49,18 @@ TEST(CQtDeviceContext, ResultsAndEdges)
     EXPECT_EQ(image.pixel(0, 0), 0xFF000000 | picture.At(0, 0));
     EXPECT_EQ(context.SetDIBitsToDevice(-far, -far, far, far, 0, 0, 0, 7, view), 0);
     EXPECT_EQ(context.StretchDIBits({-far, 0, far, 7}, {0, 0, 11, 7}, view), 0);
+    for (const auto& [width, height, first] :
+         {std::tuple(0, 7, 0U), {11, 0, 0U}, {far, 7, 0U}, {11, far, 0U}, {11, 7, 1U}}) {
+        EXPECT_EQ(context.SetDIBitsToDevice(0, 0, width, height, 0, 0, first, 7, view), 0);
+    }
+    for (const Rect& none : {Rect{0, 0, 0, 7}, {0, 0, 11, 0}, {0, 0, far, 7}}) {
+        EXPECT_EQ(context.StretchDIBits(none, {0, 0, 11, 7}, view), 0);
+        EXPECT_EQ(context.StretchDIBits({0, 0, 11, 7}, none, view), 0);
+    }
+    EXPECT_EQ(context.StretchDIBits({0, 0, 11, 7}, {11, 0, 22, 7}, view), 0) << "source beside";
+    EXPECT_EQ(context.StretchDIBits({0, 0, 11, 7}, {-11, 0, 0, 7}, view), 0) << "source before";
+    EXPECT_EQ(context.StretchDIBits({90, 90, 99, 99}, {0, 0, 11, 7}, view), 7) << "nothing of it is in view";
+    EXPECT_EQ(context.GetSysColor(1), 0U) << "no colour that is asked for";
     EXPECT_EQ(context.StretchDIBits({11, 7, 0, 0}, {0, 0, 11, 7}, view), 7) << "mirrored both ways";
     EXPECT_EQ(image.pixel(4, 4), 0xFF000000 | picture.At(10, 6));
     context.FillSolidRect({1, 1, 3, 2}, 0x030201);

@@ -159,6 +159,8 @@ inline void CheckDialogWindows(IDialogWindows& windows)
     const std::unique_ptr<IDialogWindow> list = windows.Make(selected_parts_dialog_template);
     ASSERT_TRUE(window->CreateModeless(handler, nullptr));
     ASSERT_TRUE(list->CreateModeless(handler, window.get()));
+    EXPECT_FALSE(window->CreateModeless(handler, nullptr)) << "it is there";
+    EXPECT_EQ(window->RunModal(handler), -1);
     handler.notes.clear();
     CheckControls(*window, handler);
     const std::unique_ptr<IPanelWindow> panel = CheckToolbarAndPanel(*window);
