@@ -213,8 +213,12 @@ TEST_P(Languages, NoWindowShowsATextOfAnother)
     };
     const UserStep windows = [this] {
         Pane().TakeWindowKey(QKeyEvent(QEvent::KeyPress, Qt::Key_F1, Qt::NoModifier));
-        Look(&OwnChild<CKeySheet>(*WindowOf(dialog)));
-        Pane().TakeWindowKey(QKeyEvent(QEvent::KeyPress, Qt::Key_F1, Qt::NoModifier));
+        auto& keys = OwnChild<CKeySheet>(*WindowOf(dialog));
+        Look(&keys);
+        QTest::keyClick(&keys, Qt::Key_Up);
+        EXPECT_TRUE(keys.isVisible());
+        QTest::keyClick(&keys, Qt::Key_F1);
+        EXPECT_FALSE(keys.isVisible());
         Pane().TakeWindowKey(QKeyEvent(QEvent::KeyPress, Qt::Key_D, Qt::ControlModifier));
         ExpectLanguage(GetParam());
         CPanePlaces places(libraries_.Folder() + u"/places.json"_s);
@@ -255,6 +259,9 @@ TEST_P(Languages, NoWindowShowsATextOfAnother)
         WindowOf(dialog)->close();
     };
     const UserStep message = [this] {
+        for (const char* context : {"HostDialog", "Q", "QX", "Qx", "Q3", "QFileDialog"}) { // the host's stay its own
+            EXPECT_EQ(QCoreApplication::translate(context, "A text of the host"), u"A text of the host"_s) << context;
+        }
         Look(QApplication::activeModalWidget());
         AnswerMessage();
     };

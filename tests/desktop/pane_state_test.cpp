@@ -413,6 +413,8 @@ TEST_F(PaneState, AScreenReaderFollowsTheCellsOfTheList)
     EXPECT_EQ(list->indexOfChild(cell), 4 * part_columns);
     EXPECT_EQ(table->selectedRows(), QList<int>{4});
     pane.Type(u"p2"_s);
+    EXPECT_TRUE(cell->tableCellInterface() != nullptr && cell->textInterface() == nullptr);
+    EXPECT_TRUE(list->textInterface() == nullptr && list->child(-1) == nullptr && list->indexOfChild(list) == -1);
     for (const auto& [row, column] : {std::pair(4, 0), {-1, 0}, {0, -1}, {0, part_columns}}) {
         EXPECT_EQ(table->cellAt(row, column), nullptr);
     }

@@ -2,6 +2,7 @@
 #include "platform/files.h"
 #include "tests/desktop/played_pane.h"
 
+#include <QAbstractItemModelTester>
 #include <QElapsedTimer>
 #include <QFile>
 
@@ -112,6 +113,8 @@ TEST_F(PaneTrouble, ACopyThatFailsIsToldOfItsPart)
 TEST_F(PaneTrouble, ServersComeAndGoWhereTheyBelong)
 {
     CPlayedPane pane(libraries_);
+    const QAbstractItemModelTester tree(pane.Tree().model()); // these two hold what is told against what is there
+    const QAbstractItemModelTester list(&pane.pane->Model());
     const auto servers = [&pane] {
         pane.Key(Qt::Key_F5);
         QStringList names;
@@ -128,6 +131,8 @@ TEST_F(PaneTrouble, ServersComeAndGoWhereTheyBelong)
     QFile::remove(libraries_.FileOf(u"A1"_s));
     QFile::remove(libraries_.FileOf(u"板金"_s));
     EXPECT_EQ(servers(), "SRV1 板金 SRV10") << "those of the host's table stay";
+    pane.browser.SetCurrentFolder(u"Plates");
+    Settle(*pane.pane);
 }
 
 TEST_F(PaneTrouble, ALibraryThatVanishesUnderTheUsersHandsIsNoticed)

@@ -89,8 +89,10 @@ TEST_F(Picture, StaysEmptyForWhatItCannotRead)
     WriteBytes(folder_.Path("header.PNG"), png.substr(0, 20));
     WriteBytes(folder_.Path("other.PNG"), Encoded(Red(20, 20), "BMP"));
     WriteBytes(folder_.Path("huge.PNG"), png.substr(0, 16) + "\x7f\xff\xff\xff\x7f\xff\xff\xff" + png.substr(24));
+    WriteBytes(folder_.Path("long.PNG"), png);
+    std::filesystem::resize_file(folder_.Path("long.PNG"), (64 << 20) + 1);
     for (const char16_t* name :
-         {u"missing.PNG", u"folder.PNG", u"empty.PNG", u"header.PNG", u"other.PNG", u"huge.PNG"}) {
+         {u"long.PNG", u"missing.PNG", u"folder.PNG", u"empty.PNG", u"header.PNG", u"other.PNG", u"huge.PNG"}) {
         control_.SetImagePath(folder_.Core(u"good.PNG"));
         ASSERT_FALSE(widget_.Image().isNull());
         control_.SetImagePath(folder_.Core(name));
