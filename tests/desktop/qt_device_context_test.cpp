@@ -63,6 +63,13 @@ TEST(CQtDeviceContext, ResultsAndEdges)
     EXPECT_EQ(context.GetSysColor(1), 0U) << "no colour that is asked for";
     EXPECT_EQ(context.StretchDIBits({11, 7, 0, 0}, {0, 0, 11, 7}, view), 7) << "mirrored both ways";
     EXPECT_EQ(image.pixel(4, 4), 0xFF000000 | picture.At(10, 6));
+    for (const std::int64_t bits : {4, 8}) { // runs that are cut anywhere
+        const SampleFile runs = MakeSampleFile({.bits = bits, .compression = bits == 8 ? 1 : 2});
+        DibView cut = runs.View();
+        for (const auto codes = cut.pixels; !cut.pixels.empty(); cut.pixels = codes.first(cut.pixels.size() - 1)) {
+            EXPECT_EQ(context.StretchDIBits({0, 0, 11, 7}, {0, 0, 11, 7}, cut), 7) << cut.pixels.size();
+        }
+    }
     context.FillSolidRect({1, 1, 3, 2}, 0x030201);
     EXPECT_EQ(image.pixel(6, 5), 0xFF010203);
 }

@@ -1,6 +1,7 @@
 // What the dialogs' logic asks of a window, on the selection dialog's template with a handler that only notes.
 
 #include "controls/part_browser_contract.h"
+#include "desktop/caption_fit.h"
 #include "desktop/qt_dialog_windows.h"
 #include "desktop/qt_messages.h"
 #include "platform/graphics.h"
@@ -10,6 +11,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QHelpEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QShortcut>
@@ -42,6 +44,22 @@ TEST(QtWindows, NoneOpensWithoutAScreenAndMessagesGoToStandardError)
     })
         .join();
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "Title: 部品 is missing\n");
+}
+
+TEST(QtCaption, GetsSmallerAndIsCutAtLast)
+{
+    QLabel label;
+    QFont font;
+    font.setPixelSize(20);
+    const QString caption = QStringLiteral("&Wide caption of a button");
+    const int width = QFontMetrics(font).size(Qt::TextSingleLine | Qt::TextShowMnemonic, caption).width();
+    EXPECT_EQ(FitCaption(label, font, caption, width), caption);
+    EXPECT_EQ(label.font().pixelSize(), 20);
+    EXPECT_EQ(FitCaption(label, font, caption, width * 9 / 10), caption);
+    EXPECT_TRUE(label.font().pixelSize() < 20 && label.toolTip().isEmpty());
+    EXPECT_TRUE(FitCaption(label, font, caption, width / 2).endsWith(u'…'));
+    EXPECT_EQ(label.font().pixelSize(), 16);
+    EXPECT_EQ(label.toolTip(), QStringLiteral("Wide caption of a button"));
 }
 
 class CSilentControl : public IHostedControl {
