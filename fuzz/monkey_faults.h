@@ -14,13 +14,15 @@ namespace partkeep {
 
 class CMonkeyFault {
 public:
-    // `library` is the file that can be away.
+    // `library` is the file that can be away, where it is one.
     CMonkeyFault(unsigned choice, std::filesystem::path library) : library_(std::move(library))
     {
         const rlim_t amount = choice / 4;
         switch (choice % 4) {
         case 0:
-            std::filesystem::rename(library_, Away());
+            if (std::filesystem::exists(library_)) {
+                std::filesystem::rename(library_, Away());
+            }
             break;
         case 1:
             std::signal(SIGXFSZ, SIG_IGN);
@@ -63,7 +65,10 @@ private:
         rlimit before_{};
     };
 
-    [[nodiscard]] std::filesystem::path Away() const { return library_.parent_path() / "away"; }
+    [[nodiscard]] std::filesystem::path Away() const
+    {
+        return library_.parent_path() / "away";
+    }
 
     std::filesystem::path library_;
     std::optional<CLimit> limit_;

@@ -2,12 +2,13 @@
 // session as the component and a pane use it, and of another process that changes its library meanwhile. A plain model
 // of the library knows after each of them what must be listed, selected and delivered. Some actions meet trouble of the
 // machine: they may fail, but deliver nothing wrong, and all is as it was when the trouble has gone. Game number n is
-// always the same; the first that does not hold ends the program.
+// always the same; the first that does not hold ends the program. Under packaging/with-postgres the library is in a
+// database.
 #include "fuzz/monkey_faults.h"
 #include "partlibrary/library/library_text.h"
 #include "partlibrary/session/browser_session.h"
-#include "partlibrary/sqlite/sqlite_writer.h"
 #include "platform/files.h"
+#include "tests/partlibrary/library_fixture.h"
 
 #include <algorithm>
 #include <array>
@@ -85,11 +86,11 @@ public:
         fs::remove_all(Place());
         fs::create_directories(Place() / "out");
         LibraryProblem problem;
-        Require(CSqliteWriter::Create(File(), problem), "a library is made");
+        Require(libraries_.At(server)->Create(false, problem), "a library is made");
         for (int i = 0; i < 6; ++i) {
             PutPart(folders[static_cast<std::size_t>(i) % 3], names[static_cast<std::size_t>(i)]);
         }
-        session_ = std::make_unique<CBrowserSession>(CLibraryFolder(FromUtf8(Place().string())));
+        session_ = std::make_unique<CBrowserSession>(libraries_.Places());
         session_->SetTargetFolder(CorePath((Place() / "out").string()));
         session_->SetDataKind(-1);
     }
@@ -105,8 +106,6 @@ public:
     }
 
 private:
-    [[nodiscard]] static QString File() { return FromUtf8((Place() / "SRV1.kpl").string()); }
-
     unsigned Next() { return static_cast<unsigned>(random_() >> 8); }
     const QString& Folder() { return folders[Next() % folders.size()]; }
     const QString& Name() { return names[Next() % names.size()]; }
@@ -132,7 +131,7 @@ private:
     {
         try {
             std::optional<CMonkeyFault> fault;
-            trouble_ ? void(fault.emplace(*trouble_, Place() / "SRV1.kpl")) : void();
+            trouble_ ? void(fault.emplace(*trouble_, ToUtf8(libraries_.FileOf(server)))) : void();
             return call();
         } catch (const std::bad_alloc&) {
             Require(trouble_.has_value(), "memory is there");
@@ -198,16 +197,16 @@ private:
         ModelPart* const part = found.second;
         switch (action) {
         case 14:
-            Change([&](CSqliteWriter& writer) {
+            Change([&](ILibraryWriter& writer) {
                 Require(writer.RemovePart(folder, name) == (part != nullptr), "a part that is there can be removed");
                 parts_.erase(id);
             });
             break;
         case 15:
-            Change([&](CSqliteWriter& writer) { Move(writer, id, part, folder, other); });
+            Change([&](ILibraryWriter& writer) { Move(writer, id, part, folder, other); });
             break;
         case 13: // taken back
-            if (LibraryProblem problem; const auto writer = CSqliteWriter::Open(File(), problem)) {
+            if (LibraryProblem problem; const auto writer = libraries_.At(server)->Edit(problem)) {
                 Require(writer->Begin(), "a change can begin");
                 writer->RemovePart(folder, name);
             }
@@ -217,7 +216,7 @@ private:
         }
     }
 
-    void Move(CSqliteWriter& writer, PartId id, ModelPart* part, const QString& folder, const QString& other)
+    void Move(ILibraryWriter& writer, PartId id, ModelPart* part, const QString& folder, const QString& other)
     {
         if (part == nullptr) {
             return;
@@ -233,7 +232,7 @@ private:
     void Change(const Action& action)
     {
         LibraryProblem problem;
-        const auto writer = CSqliteWriter::Open(File(), problem);
+        const auto writer = libraries_.At(server)->Edit(problem);
         Require(writer != nullptr && writer->Begin(), "a change can begin");
         action(*writer);
         Require(writer->Commit(), "a change can be committed");
@@ -244,7 +243,7 @@ private:
     {
         const int version = ++versions_;
         const ModelPart part{folder, name, version};
-        Change([&](CSqliteWriter& writer) {
+        Change([&](ILibraryWriter& writer) {
             const auto place = writer.MakeFolder(folder);
             const auto id = place ? writer.PutPart(*place, name, part.Attributes()) : std::nullopt;
             Require(id && writer.PutFile(*id, FileSlot::Iga, ContentOf(version, FileSlot::Iga)) &&
@@ -354,7 +353,8 @@ private:
         const std::size_t count = session_->Selection().size();
         Require(static_cast<std::size_t>(session_->GetSelectedPartCount()) == count, "a selection has its count");
         Require(!session_->ShowsResults() || count == 0, "nothing is selected among results");
-        Require(std::distance(fs::directory_iterator(Place()), fs::directory_iterator()) == 2, "nothing is left");
+        const auto left = std::distance(fs::directory_iterator(ToUtf8(libraries_.Folder())), fs::directory_iterator());
+        Require(left == (InDatabase() ? 0 : 1), "nothing is left");
         IPartLibrary* const library = session_->Library();
         if (library == nullptr || session_->CurrentFolder().id == 0) {
             return;
@@ -377,6 +377,7 @@ private:
         listing_ = std::move(listing);
     }
 
+    CTestLibraries libraries_;
     std::mt19937 random_;
     int action_ = 0;
     std::optional<unsigned> trouble_; // which one the machine has at this moment
@@ -394,6 +395,7 @@ int main(int argc, char** argv)
     const long count = argc > 1 ? std::atol(argv[1]) : 1000;
     const long first = argc > 2 ? std::atol(argv[2]) : 0;
     long actions = 0;
+    setenv("TMPDIR", std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp", 0);
     for (long number = first; number < first + count; ++number) {
         partkeep::game = number;
         actions += partkeep::CGame(number).Play();

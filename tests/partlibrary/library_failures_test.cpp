@@ -1,5 +1,5 @@
 // The tool's commands while the engine finds no memory, its files cannot be read or written, a statement of it is cut
-// off, or a call of the system fails: each is done whole, or tells of it and has changed nothing.
+// off, a call of the system fails, or somebody stops them: each is done whole, or tells of it and has changed nothing.
 #include "partlibrary/tool/commands.h"
 #include "tests/partlibrary/library_fixture.h"
 
@@ -22,7 +22,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-enum class Want { Memory, Files, Statements, Calls };
+enum class Want { Memory, Files, Statements, Calls, Stop };
 
 struct Engine {
     sqlite3_mem_methods memory{};
@@ -92,6 +92,7 @@ const bool is_watched = [] {
     };
     const auto cut_off = [](unsigned, void* database, void*, void*) {
         FailsNow(Want::Statements) ? sqlite3_interrupt(static_cast<sqlite3*>(database)) : void();
+        stop_asked = stop_asked || FailsNow(Want::Stop); // at the moment of a statement
         return 0;
     };
     const auto watch = [](sqlite3* database, char**, const sqlite3_api_routines*) {
@@ -211,6 +212,11 @@ TEST_F(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
         {"whole", {"move", "S.kpl", "**/P*", "--to", "M"}},
         {"whole", {"watch", "S.kpl", "in", "--once", "--seconds", "1"}},
         {"whole", {"create", "B.kpl"}},
+        {"whole", {"create", "B.kpl", "--dry-run"}},
+        {"whole", {"backup", "S.kpl", "B.kpl", "--dry-run"}},
+        {"damaged", {"repair", "S.kpl", "--dry-run"}},
+        {"whole", {"remove", "S.kpl", "Plates/"}},
+        {"whole", {"set", "S.kpl", "**", "--material", "Cu", "--json"}},
         {"whole", {"copy", "S.kpl", "B.kpl"}},
         {"whole", {"extract", "S.kpl", "out"}},
         {"whole", {"diff", "S.kpl", "D.kpl"}},
@@ -241,9 +247,10 @@ TEST_F(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
             engine.fails_once = once;
             const Ended ended = Tool(command);
             engine.fails_from = 0;
+            stop_asked = 0;
             return ended;
         };
-        for (const Want wants : {Want::Memory, Want::Files, Want::Statements, Want::Calls}) {
+        for (const Want wants : {Want::Memory, Want::Files, Want::Statements, Want::Calls, Want::Stop}) {
             if (wants != Want::Memory && (command[0] == "watch" || (command[0] == "repair" && wants == Want::Files))) {
                 continue; // the one waits until it can read, the other leaves out what cannot be
             }
@@ -261,11 +268,12 @@ TEST_F(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
                                                                  : std::max(every, least);
             for (std::size_t at = 1; at <= calls; at += step) {
                 for (const bool once : {true, false}) {
-                    const std::string what[] = {"", " files", " statement", " call"};
+                    const std::string what[] = {"", " files", " statement", " call", " stop"};
                     SCOPED_TRACE(command[0] + " " + std::to_string(at) + (once ? " once" : "") +
                                  what[static_cast<std::size_t>(wants)]);
                     const Ended ended = play(at, once);
-                    EXPECT_TRUE(ended.code == undisturbed.code ? ended.out == undisturbed.out : !ended.err.empty())
+                    const bool told = !ended.err.empty() || ended.out.find(R"("event":"error")") != std::string::npos;
+                    EXPECT_TRUE(ended.code == undisturbed.code ? ended.out == undisturbed.out : told)
                         << ended.code << ended.out << ended.err;
                     EXPECT_EQ(Made(), ended.code == undisturbed.code ? whole : nothing) << ended.err;
                     const std::string left = Tool({"list", "S.kpl"}).out;
