@@ -223,6 +223,12 @@ TEST_F(LibraryTool, ChangesWhatIsNamedAndTellsHowItEnded)
     WriteBytes("t.csv", "part,folder,thickness\nP1,Plates/2008,2.5\n");
     WriteBytes("gone.csv", "part\nP1\n");
     Write("arrived/New/N.iga", "n");
+    fs::create_directory("hollow");
+    WriteBytes("taken.csv", "comment\nB\n");
+    WriteBytes("twice.csv", "part,part\nA,B\n");
+    WriteBytes("nameless.csv", "part,comment\n,B\n");
+    WriteBytes("count.csv", "part,files\nA,x\n");
+    WriteBytes("thick.csv", "part,thickness\nA,x\n");
     for (const char* file : {"A.iga", "B.png", "C.SY5"}) {
         Write(fs::path("mixed/X") / file, "no picture");
     }
@@ -283,6 +289,20 @@ TEST_F(LibraryTool, ChangesWhatIsNamedAndTellsHowItEnded)
         {{"backup", library_}, 3, "exists already"},
         {{"backup", "no/S.kpl"}, 7, "No such file or directory"},
         {{"extract", "arrived"}, 3, "something in it"},
+        {{"extract", "taken"}, 3, "taken.csv: it exists already"},
+        {{"extract", "hollow", "--folder", "B"}, 0, ""},
+        {{"watch", "gone", "--once"}, 4, "gone: there is no such folder"},
+        {{"import", "gone"}, 4, "gone"},
+        {{"import", "taken.csv"}, 4, "taken.csv"},
+        {{"set", "--csv", "twice.csv"}, 3, "a column comes twice"},
+        {{"set", "--csv", "nameless.csv"}, 3, "no part name"},
+        {{"set", "--csv", "count.csv"}, 3, "no number of files: x"},
+        {{"set", "--csv", "thick.csv"}, 3, "no thickness: x"},
+        {{"set", "--csv", "taken.csv"}, 3, "no part names"},
+        {{"list", "--folder", "none/*"}, 4, "no such folder"},
+        {{"list", "--json"}, 0, R"("event":"part")"},
+        {{"diff", "gone.kpl"}, 4, "gone.kpl"},
+        {{"copy", library_}, 3, "exists already"},
         {{"list", "--names", "--folder", "B/"}, 0, "B/Top\n"},
         {{"repair"}, 0, "nothing to repair"},
         {{"burn"}, 2, "no command \"burn\""},
@@ -298,6 +318,24 @@ TEST_F(LibraryTool, ChangesWhatIsNamedAndTellsHowItEnded)
         left = row.left != nullptr ? row.left : left;
         EXPECT_EQ(Left(), left.empty() ? left = Left() : left);
         EXPECT_EQ(Check(), "");
+    }
+}
+
+TEST_F(LibraryTool, ATerminalIsToldHowFarItIs)
+{
+    Write("in/New/N.iga", "n");
+    const std::pair<std::vector<const char*>, const char*> rows[] = {
+        {{"partkeep-library", "import", library_.c_str(), "in"}, "1 of 2 files and parts  50 %"},
+        {{"partkeep-library", "check", library_.c_str()}, "0 of 13 files  0 %"},
+        {{"partkeep-library", "check", library_.c_str(), "--rebuild"}, "1 of 7 parts  14 %"},
+        {{"partkeep-library", "extract", library_.c_str(), "out"}, "1 of 7 parts  14 %"},
+    };
+    for (const auto& [words, told] : rows) {
+        std::ostringstream out;
+        std::ostringstream err;
+        EXPECT_EQ(RunLibraryTool(static_cast<int>(words.size()), words.data(), {out, err, true}), 0);
+        EXPECT_NE(err.str().find(told), std::string::npos) << err.str();
+        EXPECT_TRUE(err.str().ends_with("\r\x1B[K")) << "nothing of it stays";
     }
 }
 
