@@ -232,6 +232,23 @@ TEST_F(LibraryDamage, AnInterruptedWriteIsTakenBackWhereItBelongs)
         aside += name.find("-journal-foreign-") != std::string::npos ? 1 : 0;
     }
     EXPECT_EQ(aside, 3U) << "nothing is deleted";
+
+    const auto spoilt = [&](std::size_t at, const std::string& bytes) {
+        return journal.substr(0, at) + bytes + journal.substr(std::min(journal.size(), at + bytes.size()));
+    };
+    const std::string number(4, '\2');
+    for (const std::string& bad : {std::string(), spoilt(0, std::string(8, '\0')), spoilt(0, "no mark"),
+                                   spoilt(24, number), spoilt(20, number), journal.substr(0, 600)}) {
+        WriteBytes(file_, other);
+        WriteBytes(file_ + "-journal", bad);
+        const auto again = CSqliteWriter::Open(library_file_, problem);
+        EXPECT_TRUE(again != nullptr && again->Begin()) << bad.size() << ProblemText(problem);
+    }
+    WriteBytes(file_, other);
+    WriteBytes(file_ + "-journal", spoilt(512, number)); // of another page first: whose it is cannot be told
+    EXPECT_EQ(CSqliteWriter::Open(library_file_, problem), nullptr);
+    EXPECT_EQ(problem.fault, LibraryFault::Unfinished);
+    EXPECT_TRUE(ReadBytes(file_) == other);
 }
 
 } // namespace

@@ -38,7 +38,7 @@ int CopyPages(sqlite3_backup* backup, const WorkProgress& progress)
         }
         const int left = sqlite3_backup_remaining(backup);
         const int total = sqlite3_backup_pagecount(backup);
-        restarts += code == SQLITE_OK && least_left != 0 && left > least_left ? 1 : 0;
+        restarts += code == SQLITE_OK && least_left != 0 && left >= least_left ? 1 : 0;
         least_left = left;
         if (progress && !progress(total - left, total)) {
             return SQLITE_INTERRUPT;
