@@ -16,9 +16,9 @@ import partkeep_read  # noqa: E402
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--working-folder", required=True, help="with its trailing separator")
-    parser.add_argument("--language", type=int, default=1, help="1 English, 2 Japanese, 3 simplified Chinese")
-    parser.add_argument("--server", default="")
-    parser.add_argument("--folder", default="")
+    parser.add_argument("--language", type=int, default=1, help="1 English, 2 Japanese, 3 simplified Chinese, 0 the user's own")
+    parser.add_argument("--server", default="", help="server of the parts to read")
+    parser.add_argument("--folder", default="", help="folder on that server, levels divided by backslashes")
     parser.add_argument("--part", action="append", default=[], help="read this part without a dialog")
     parser.add_argument("--select", action="store_true", help="pick parts in the dialog")
     options = parser.parse_args()

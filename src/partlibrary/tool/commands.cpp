@@ -18,6 +18,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -161,7 +162,7 @@ private:
     void AddLooks()
     {
         CLI::App& list = Add("list", "List the parts, a line each", ListParts);
-        list.add_option("--folder", options_.folder, "Only this folder and those inside it");
+        list.add_option("--folder", options_.folder, "Only this folder, or those of a pattern, and those inside");
         list.add_flag("--names", options_.names, "Only the names directly in the folder");
         Add("check", "Look a library over", CheckOrRebuild)
             .add_flag("--rebuild", options_.rebuild, "First make all keys and the search index anew");
@@ -184,13 +185,16 @@ private:
         move.add_option("places", options_.places, which)->required();
         CLI::App& set = Add("set", "Change attributes of parts", SetAttributes);
         CLI::Option* const places = set.add_option("places", options_.places, which);
-        CLI::Option* const table = set.add_option("--csv", options_.table, "A table of them; columns it has not stay");
-        set.add_option("--folder", options_.folder, "Folder that those of the table lie in")->needs(table);
-        for (const auto& [name, text] : {std::pair{"thickness", &options_.thickness},
-                                         {"material", &options_.material},
-                                         {"machine", &options_.machine},
-                                         {"comment", &options_.comment}}) {
-            set.add_option(std::string("--") + name, *text)
+        CLI::Option* const table =
+            set.add_option("--csv", options_.table, "A table of attributes; those it has no column for stay");
+        set.add_option("--folder", options_.folder, "Folder of the library that those of the table lie in")
+            ->needs(table);
+        for (const auto& [name, text, holds] :
+             {std::tuple{"thickness", &options_.thickness, "Their thickness in millimetres"},
+              {"material", &options_.material, "Their material"},
+              {"machine", &options_.machine, "Their machine"},
+              {"comment", &options_.comment, "Their comment"}}) {
+            set.add_option(std::string("--") + name, *text, holds)
                 ->needs(places)
                 ->excludes(table)
                 ->each([this, name = std::string(name)](const std::string&) { options_.columns.push_back(name); });
