@@ -183,6 +183,36 @@ std::string Made()
     return made;
 }
 
+// What a browser reads of S.kpl: lists by every way, places in them, the values of a column.
+Ended Browse()
+{
+    CBrowserSession session{CLibraryFolder(FromUtf8(fs::current_path().string()))};
+    Ended ended;
+    bool whole = session.Go(u"S"_s, u"Plates\\2008"_s) && session.CurrentFolder().path == u"Plates\\2008"_s;
+    const auto library = session.ShareLibrary();
+    for (int way = 0; whole && way < 24; ++way) {
+        const QString search[] = {{}, u"p"_s, u"p1 spcc"_s, u"xy"_s};
+        const PartListView view{way % 2 == 0 ? session.CurrentFolder().id : all_folders, -1, search[way % 4],
+                                static_cast<PartColumn>(way % 5), way % 3 == 0};
+        const auto list = library->List(view, 5, nullptr);
+        list->Finish();
+        const std::vector<PartId> ids = list->Ids(0, list->Count());
+        const auto rows = list->Rows(0, list->Count());
+        const auto values = library->Values(view, PartColumn::Material, 9);
+        const auto all = library->Ids(view);
+        whole = !list->Failed() && rows.size() == ids.size() && values && all == ids;
+        whole = whole && (ids.empty() || list->RowOf(ids.back()) == static_cast<qint64>(ids.size()) - 1);
+        for (const PartRow& row : whole ? rows : std::vector<PartRow>()) {
+            ended.out += ToUtf8(row.folder_path + row.name) + " ";
+        }
+        ended.out += values ? std::to_string(values->size()) + "\n" : "";
+    }
+    const LibraryProblem problem = library != nullptr && library->Problem() ? library->Problem() : session.Problem();
+    ended.code = whole ? 0 : static_cast<int>(EndOf(problem.fault));
+    ended.err = whole ? "" : ProblemText(problem);
+    return ended;
+}
+
 using LibraryFailures = LibraryShop;
 
 TEST_F(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
@@ -202,6 +232,9 @@ TEST_F(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
     const auto spoil = CConnection::Open(u"damaged"_s, OpenMode::Write, problem);
     ASSERT_TRUE(spoil->Execute("UPDATE part SET material = 'x' WHERE name = 'P1'") &&
                 spoil->Execute("UPDATE folder SET sum = 1 WHERE path = 'Plates'"));
+    fs::copy_file("whole", "foreign");
+    const auto rule = CConnection::Open(u"foreign"_s, OpenMode::Write, problem);
+    ASSERT_TRUE(rule->Execute("UPDATE library SET keys = 'other'"));
     WriteBytes("set.csv", "folder,part,material,comment\nPlates/2008,P1,SUS,new\nPlates/2008,P2,,\n");
     const struct {
         const char* source;
@@ -230,6 +263,8 @@ TEST_F(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
         {"whole", {"repair", "S.kpl"}},
         {"damaged", {"repair", "S.kpl"}},
         {"damaged", {"list", "S.kpl"}},
+        {"whole", {"browse"}},
+        {"foreign", {"browse"}},
         {"whole", {"check", "S.kpl"}},
         {"whole", {"check", "S.kpl", "--rebuild"}},
     };
@@ -245,7 +280,7 @@ TEST_F(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
             engine.asked = 0;
             engine.fails_from = fails_from;
             engine.fails_once = once;
-            const Ended ended = Tool(command);
+            const Ended ended = command[0] == "browse" ? Browse() : Tool(command);
             engine.fails_from = 0;
             stop_asked = 0;
             return ended;

@@ -7,7 +7,9 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
+#include <thread>
 
 namespace partkeep {
 namespace {
@@ -319,6 +321,61 @@ TEST_F(LibraryTool, ChangesWhatIsNamedAndTellsHowItEnded)
         EXPECT_EQ(Left(), left.empty() ? left = Left() : left);
         EXPECT_EQ(Check(), "");
     }
+}
+
+TEST_F(LibraryTool, AWatchTakesWhatArrivesWhateverHappensMeanwhile)
+{
+    fs::create_directory("drop");
+    std::ostringstream told;
+    int end = -1;
+    std::thread watch([&] {
+        const char* const words[] = {"partkeep-library", "watch", library_.c_str(), "drop", "--seconds", "1"};
+        end = RunLibraryTool(static_cast<int>(std::size(words)), words, {told, told});
+    });
+    const auto bytes_of = [&](const QString& part) { // of its file; -1 while it is not there
+        LibraryProblem problem;
+        const auto library = libraries_.At(u"SRV1"_s)->Open(problem);
+        const auto row = library != nullptr ? library->FindPart(u"N"_s, part) : std::nullopt;
+        const auto files = row ? library->Files(std::array{row->id}) : std::nullopt;
+        return files && !files->empty() ? files->front().bytes : -1;
+    };
+    const auto becomes = [&](const QString& part, qint64 bytes) {
+        for (int look = 0; look < 100 && bytes_of(part) != bytes; ++look) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+        EXPECT_EQ(bytes_of(part), bytes) << part.toStdString();
+    };
+    Write("drop/N/A.iga", "1");
+    Write("drop/N/note.txt", "no part");
+    becomes(u"A"_s, 1);
+    {
+        std::ofstream written("drop/N/B.iga");
+        written << "half" << std::flush;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2500));
+        EXPECT_EQ(bytes_of(u"B"_s), -1) << "somebody still writes it";
+        written << " of it";
+    }
+    becomes(u"B"_s, 10);
+    fs::rename("drop", "away");
+    std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+    Write("away/N/A.iga", "again");
+    fs::rename("away", "drop");
+    becomes(u"A"_s, 5);
+    {
+        LibraryProblem problem;
+        const auto other = libraries_.At(u"SRV1"_s)->Edit(problem);
+        ASSERT_TRUE(other != nullptr && other->Begin());
+        Write("drop/N/C.iga", "c");
+        std::this_thread::sleep_for(std::chrono::milliseconds(5500));
+        EXPECT_EQ(bytes_of(u"C"_s), -1);
+    }
+    becomes(u"C"_s, 1);
+    stop_asked = true;
+    watch.join();
+    stop_asked = false;
+    EXPECT_EQ(end, 0);
+    EXPECT_NE(told.str().find("drop: there is no such folder"), std::string::npos) << told.str();
+    EXPECT_NE(told.str().find("in use by another program"), std::string::npos) << told.str();
 }
 
 TEST_F(LibraryTool, ATerminalIsToldHowFarItIs)

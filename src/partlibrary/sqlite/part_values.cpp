@@ -126,6 +126,9 @@ std::optional<std::vector<ColumnValue>> ReadValues(CConnection& connection, IPar
     timer.start();
     while (timer.elapsed() < moment_ms && list.Count() <= few_rows && list.Step()) {
     }
+    if (list.Failed()) { // else all values of the folder would be told
+        return std::nullopt;
+    }
     CValues values(connection, column, other_keys, most);
     if (list.Complete() && list.Count() <= few_rows) {
         return values.OfParts(list.Ids(0, list.Count())) ? std::optional(values.InOrder()) : std::nullopt;
