@@ -1,4 +1,5 @@
 // Who is let in by a server that takes nothing but TLS and passwords, and what those are told that are not.
+#include "partlibrary/postgres/pg_admin.h"
 #include "partlibrary/tool/commands.h"
 #include "tests/partlibrary/library_fixture.h"
 
@@ -196,6 +197,30 @@ TEST_F(ServerAccess, IsBySafeConnectionsAndForWhomThePasswordFits)
                 << said;
         }
     }
+}
+
+TEST_F(ServerAccess, ALibraryIsMadeWhereNoneIsAndRepairedOnlyFromABackup)
+{
+    const std::pair<QString, LibraryFault> rows[] = {
+        {u"pg_parts"_s, LibraryFault::NameRefused},     {u"$user"_s, LibraryFault::NameRefused},
+        {QString(64, u'x'), LibraryFault::NameRefused}, {u"nul"_s, LibraryFault::NameRefused},
+        {u"SRV1"_s, LibraryFault::AlreadyThere},        {u"NEW"_s, LibraryFault::None},
+    };
+    LibraryProblem problem;
+    for (const auto& [name, fault] : rows) {
+        for (const bool dry_run : {true, false}) {
+            problem = {};
+            EXPECT_EQ(CPgAdmin({test_service, name}).Create(dry_run, problem), fault == LibraryFault::None);
+            EXPECT_EQ(problem.fault, fault) << name.toStdString() << dry_run;
+        }
+    }
+    CPgAdmin sound({test_service, u"NEW"_s});
+    EXPECT_TRUE(sound.Repair(false, {}, problem)) << ProblemText(problem);
+    EXPECT_FALSE(sound.Backup(u"x"_s, false, false, {}, problem));
+    RunInDatabase("UPDATE \"NEW\".folder SET parts = 7");
+    EXPECT_FALSE(sound.Repair(false, {}, problem));
+    EXPECT_EQ(problem.fault, LibraryFault::BadInput);
+    RunInDatabase("DROP SCHEMA \"NEW\" CASCADE");
 }
 
 // What is asked after a wait is answered at once, and the first call behind it waits no more than the first did.
