@@ -212,9 +212,13 @@ TEST_P(Languages, NoWindowShowsATextOfAnother)
         QApplication::activePopupWidget()->close();
     };
     const UserStep windows = [this] {
-        Pane().TakeWindowKey(QKeyEvent(QEvent::KeyPress, Qt::Key_F1, Qt::NoModifier));
+        const auto f1 = [] { Pane().TakeWindowKey(QKeyEvent(QEvent::KeyPress, Qt::Key_F1, Qt::NoModifier)); };
+        f1();
+        Look(&OwnChild<CKeySheet>(*WindowOf(dialog)));
+        f1();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        f1();
         auto& keys = OwnChild<CKeySheet>(*WindowOf(dialog));
-        Look(&keys);
         QTest::keyClick(&keys, Qt::Key_Up);
         EXPECT_TRUE(keys.isVisible());
         QTest::keyClick(&keys, Qt::Key_F1);

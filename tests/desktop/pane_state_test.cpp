@@ -419,6 +419,10 @@ TEST_F(PaneState, AScreenReaderFollowsTheCellsOfTheList)
         EXPECT_EQ(table->cellAt(row, column), nullptr);
     }
     EXPECT_EQ(table->cellAt(0, 0)->text(QAccessible::Name), u"P2"_s);
+    EXPECT_FALSE(pane.pane->Model().headerData(0, Qt::Vertical, Qt::DisplayRole).isValid());
+    for (const int row : {-1, 1}) {
+        EXPECT_EQ(pane.pane->Model().Row(row), nullptr);
+    }
 }
 
 } // namespace
