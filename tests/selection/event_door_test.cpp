@@ -201,6 +201,25 @@ TEST_F(EventDoor, AWindowThatFailsTakesBackNothingThatIsDecided)
     EXPECT_TRUE(windows.existing.empty());
 }
 
+TEST_F(EventDoor, AKeyThatIsTakenOrRefusedGoesNoFurther)
+{
+    Run({[this](CScriptedWindow& window) {
+             recorder.lines.clear();
+             window.PressKey({key_a, true, false});
+             EXPECT_EQ(recorder.Take(), Lines{"SelectAllParts(1)"});
+             window.controls[RES_ASK_QUANTITY].check = 1;
+             Select("A");
+             windows.Play(RES_QUANTITY_KEYPAD, {[&](CScriptedWindow& keypad) {
+                              recorder.lines.clear();
+                              window.PressKey({'B', false, false}); // which comes late, to a window that is covered
+                              EXPECT_EQ(recorder.Take(), Lines());
+                              keypad.PressKey({key_escape, false, false});
+                          }});
+             Give(window, Input::Add);
+         },
+         user::Press(id_cancel)});
+}
+
 TEST_F(EventDoor, AnyEventInsideAnyCallLeavesTheRunWhole)
 {
     ASSERT_EQ(RunWhole(), id_ok);
