@@ -310,6 +310,7 @@ TEST_F(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
                     const bool told = !ended.err.empty() || ended.out.find(R"("event":"error")") != std::string::npos;
                     EXPECT_TRUE(ended.code == undisturbed.code ? ended.out == undisturbed.out : told)
                         << ended.code << ended.out << ended.err;
+                    EXPECT_EQ(ended.err.find('~'), std::string::npos) << ended.err << "a name of the moment";
                     EXPECT_EQ(Made(), ended.code == undisturbed.code ? whole : nothing) << ended.err;
                     const std::string left = Tool({"list", "S.kpl"}).out;
                     EXPECT_EQ(left, ended.code == undisturbed.code ? after : before) << ended.err;

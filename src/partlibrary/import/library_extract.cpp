@@ -176,19 +176,20 @@ private:
         QFile file;
         const auto sink = [&](FileSlot slot, std::span<const char> block) {
             const QString path = FromUtf8((folder / ToUtf8(part.name + FromWide(KindOf(slot).import_end))).string());
+            const auto failed = [&] { // told by the name that the folder is to have
+                return LibraryProblem{LibraryFault::WriteFailed, QString(path).remove(mark_), file.errorString()};
+            };
             if (!file.isOpen() || file.fileName() != path) {
                 file.close();
                 file.setFileName(path);
                 ++report_.files;
                 if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
-                    return LibraryProblem{LibraryFault::WriteFailed, path, file.errorString()};
+                    return failed();
                 }
             }
             const auto size = static_cast<qint64>(block.size());
             report_.bytes += size;
-            return file.write(block.data(), size) == size
-                       ? LibraryProblem{}
-                       : LibraryProblem{LibraryFault::WriteFailed, path, file.errorString()};
+            return file.write(block.data(), size) == size ? LibraryProblem{} : failed();
         };
         return library_.CopyFiles(part.id, part.slots, sink) || Refuse(library_.Problem());
     }
