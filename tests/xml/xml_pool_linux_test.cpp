@@ -1,0 +1,57 @@
+// The pages of the pool, counted: what a document took serves the next one, and hardly more is kept.
+#include <cstdlib>
+#include <new>
+
+#include "xml_test_support.h"
+
+using namespace partkeep;
+using namespace xml_test;
+
+namespace {
+long pages = 0; // nothing else in this program asks for so much alignment
+}
+
+void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t& /*tag*/) noexcept
+{
+    const auto boundary = static_cast<std::size_t>(alignment);
+    ++pages;
+    return std::aligned_alloc(boundary, (size + boundary - 1) / boundary * boundary);
+}
+void operator delete(void* page, std::align_val_t /*alignment*/) noexcept
+{
+    --pages;
+    std::free(page);
+}
+
+namespace {
+
+TEST(XmlPool, KeepsPagesForTheNextDocumentAndGivesTheRestBack)
+{
+    std::string body;
+    for (int i = 0; i < 60'000; ++i) {
+        body += "<p name=\"" + std::to_string(i) + "\"><q>" + std::to_string(i) + "</q></p>";
+    }
+    const std::string text = Declared("<r>" + body + "</r>");
+    constexpr long spare = 64;
+    long held = 0;
+    for (int round = 0; round < 4; ++round) {
+        const long before = pages;
+        {
+            const CXmlDocument document = Read(text);
+            CXmlVector<CXmlString> texts; // small pieces have pages of their own
+            for (int i = 0; i < 60'000; ++i) {
+                ASSERT_TRUE(texts.Add(CXmlString(std::to_string(i).c_str())));
+            }
+            EXPECT_GT(pages, spare + 10) << "more than are kept";
+        }
+        EXPECT_LE(pages, spare + 4);
+        EXPECT_TRUE(round == 0 || pages <= held) << "from " << before << " to " << pages;
+        held = pages;
+    }
+    for (int i = 0; i < 2000; ++i) {
+        const CXmlDocument small = Read(Declared("<r><a>1</a><b x=\"2\"/></r>"));
+    }
+    EXPECT_LE(pages, held) << "a small document goes into what is there";
+}
+
+} // namespace
