@@ -3,6 +3,7 @@
 #include "partlibrary/cache/content_cache.h"
 #include "partlibrary/library/content_hash.h"
 #include "tests/support/linux_faults.h"
+#include "tests/support/memory_registry.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
@@ -76,6 +77,43 @@ protected:
     const std::string folder_ = work_.Path("cache/contents");
     const std::string target_ = work_.Path("target");
 };
+
+TEST(ContentCacheSettings, AreTheUsersFolderAndTheLastOfTwoSizes)
+{
+    const struct {
+        const char* cache_home;
+        const char* home;
+        const char16_t* machine;
+        const char16_t* user;
+        std::string folder;
+        qint64 megabytes;
+    } rows[] = {
+        {"/caches", "/home/u", nullptr, nullptr, "/caches/partkeep-read/contents", 2048},
+        {"caches", "/home/u", u"100", nullptr, "/home/u/.cache/partkeep-read/contents", 100},
+        {nullptr, "/home/u", u"100", u"0", "/home/u/.cache/partkeep-read/contents", 0},
+        {nullptr, "home", u"many", u"-5", "", 0},
+        {nullptr, nullptr, nullptr, u"9999999999", "", qint64{1} << 30},
+    };
+    const auto set = [](const char* name, const char* value) {
+        value != nullptr ? setenv(name, value, 1) : unsetenv(name);
+    };
+    const std::string home = std::getenv("HOME") != nullptr ? std::getenv("HOME") : "/";
+    for (const auto& row : rows) {
+        CMemoryRegistry registry;
+        const auto say = [&](const std::u16string& root, const char16_t* size) {
+            size != nullptr ? registry.Set(root + u"\\software\\Velmar\\ORVIC\\PartLibrary", u"cache", size) : void();
+        };
+        say(u"HKLM", row.machine);
+        say(u"HKCU", row.user);
+        set("XDG_CACHE_HOME", row.cache_home);
+        set("HOME", row.home);
+        const CacheSettings settings = ConfiguredCache(registry);
+        EXPECT_EQ(settings.folder, row.folder);
+        EXPECT_EQ(settings.most_bytes >> 20, row.megabytes);
+    }
+    set("XDG_CACHE_HOME", nullptr);
+    set("HOME", home.c_str());
+}
 
 TEST_F(ContentCache, GivesWhatWasKeptOrNothing)
 {

@@ -174,6 +174,16 @@ TEST_F(LibraryEdits, ManyAtOnceAndTheValuesThatTheyHave)
         list->Finish();
         EXPECT_EQ(list->Count(), count) << search.toStdString();
     }
+    for (int way = 0; way < 10; ++way) { // all folders, by each column, in pages
+        const PartListView view{all_folders, -1, {}, static_cast<PartColumn>(way % 5), way >= 5};
+        const auto list = library->List(view, 0, nullptr);
+        list->Finish();
+        const auto end = list->Rows(list->Count() - 3, 9);
+        EXPECT_TRUE(list->Count() == many + 6 && end.size() == 3 && !end.back().name.isEmpty()) << way;
+        EXPECT_EQ(list->RowOf(end.back().id), list->Count() - 1) << way;
+        const auto values = library->Values(view, view.sort, 9);
+        EXPECT_TRUE(view.sort == PartColumn::Name || (values && values->size() >= 3 && values->size() <= 9)) << way;
+    }
     const auto admin = libraries_.At(u"SRV1"_s);
     EXPECT_FALSE(admin->Rebuild([](qint64 parts, qint64) { return parts < many / 2; }, problem_));
     EXPECT_EQ(problem_.fault, LibraryFault::Stopped);

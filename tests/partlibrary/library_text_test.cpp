@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cerrno>
+#include <set>
 
 namespace partkeep {
 namespace {
@@ -62,7 +64,22 @@ TEST(LibraryText, KeepsEveryUnitAndShowsControlCharacters)
         EXPECT_EQ(ToWide(FromWide(text)), text);
         EXPECT_EQ(FromUtf8(ToUtf8(FromWide(text))), FromWide(text));
     }
-    EXPECT_EQ(Printable(u"a\x1B[31m\u0085\u202E板"_s), "a\\x1B[31m\\x85\\u202E板");
+    EXPECT_EQ(Printable(u"a\x1B[31m\u0085\u202E板\u2066"_s), "a\\x1B[31m\\x85\\u202E板\\u2066");
+}
+
+TEST(LibraryProblem, HasAWordForEachFaultAndAFaultForEachError)
+{
+    std::set<std::string> words;
+    for (int fault = 1; fault <= static_cast<int>(LibraryFault::Failed); ++fault) {
+        EXPECT_TRUE(words.insert(ProblemText({static_cast<LibraryFault>(fault), u"x"_s, {}})).second) << fault;
+    }
+    for (const auto& [error, fault] : {std::pair(EDQUOT, LibraryFault::DiskFull),
+                                       {ENOSPC, LibraryFault::DiskFull},
+                                       {ENAMETOOLONG, LibraryFault::PathTooLong},
+                                       {EEXIST, LibraryFault::AlreadyThere},
+                                       {EIO, LibraryFault::WriteFailed}}) {
+        EXPECT_EQ(WriteProblem(error, {}).fault, fault) << error;
+    }
 }
 
 TEST(NarrowText, IsCutAtACharacter)
@@ -72,7 +89,9 @@ TEST(NarrowText, IsCutAtACharacter)
     EXPECT_EQ(NarrowWithin(u"a板b"_s, 4), "a板");
     EXPECT_EQ(NarrowWithin(u"a\U0001F529"_s, 4), "a") << "half a pair";
     EXPECT_EQ(NarrowWithin(u"\U0001F529\U0001F529"_s, 5), "\U0001F529");
+    EXPECT_EQ(NarrowWithin(u"a\U0001F529b"_s, 2), "a") << "where the limit parts a pair";
     EXPECT_EQ(NarrowWithin(u"板"_s, 2), "");
+    CopyNarrow(u"ab"_s, {});
     std::array<char, 4> buffer{'x', 'x', 'x', 'x'};
     CopyNarrow(u"ab板"_s, buffer);
     EXPECT_EQ(buffer, (std::array<char, 4>{'a', 'b', '\0', '\0'}));
