@@ -12,6 +12,13 @@
 
 namespace partkeep {
 
+// The sanitizer's check of an object's type opens a pipe, and takes its failure for the object's.
+#ifdef __SANITIZE_ADDRESS__
+inline constexpr bool files_may_end = false;
+#else
+inline constexpr bool files_may_end = true;
+#endif
+
 class CMonkeyFault {
 public:
     // `library` is the file that can be away, where it is one.
@@ -29,9 +36,9 @@ public:
             limit_.emplace(RLIMIT_FSIZE, amount % 4096);
             break;
         case 2:
-#ifndef __SANITIZE_ADDRESS__ // whose check of an object's type opens a pipe, and takes its failure for the object's
-            limit_.emplace(RLIMIT_NOFILE, 3 + amount % 12);
-#endif
+            if (files_may_end) {
+                limit_.emplace(RLIMIT_NOFILE, 3 + amount % 12);
+            }
             break;
         default:
             failing_memory::allocations_left = 1 + amount % 400;
@@ -65,10 +72,7 @@ private:
         rlimit before_{};
     };
 
-    [[nodiscard]] std::filesystem::path Away() const
-    {
-        return library_.parent_path() / "away";
-    }
+    [[nodiscard]] std::filesystem::path Away() const { return library_.parent_path() / "away"; }
 
     std::filesystem::path library_;
     std::optional<CLimit> limit_;

@@ -355,6 +355,7 @@ private:
         Require(!session_->ShowsResults() || count == 0, "nothing is selected among results");
         const auto left = std::distance(fs::directory_iterator(ToUtf8(libraries_.Folder())), fs::directory_iterator());
         Require(left == (InDatabase() ? 0 : 1), "nothing is left");
+        Require(std::distance(fs::directory_iterator(Place()), fs::directory_iterator()) == 1, "nor beside the target");
         IPartLibrary* const library = session_->Library();
         if (library == nullptr || session_->CurrentFolder().id == 0) {
             return;
