@@ -96,7 +96,9 @@ const bool is_watched = [] {
         return 0;
     };
     const auto watch = [](sqlite3* database, char**, const sqlite3_api_routines*) {
-        return sqlite3_trace_v2(database, SQLITE_TRACE_STMT, decltype(cut_off){}, database);
+        const bool wanted =
+            engine.wants >= Want::Statements; // it takes memory of its own, and nobody looks whether it is
+        return wanted ? sqlite3_trace_v2(database, SQLITE_TRACE_STMT, decltype(cut_off){}, database) : SQLITE_OK;
     };
     const auto each =
         reinterpret_cast<void (*)()>(static_cast<int (*)(sqlite3*, char**, const sqlite3_api_routines*)>(watch));
