@@ -13,7 +13,7 @@ using Names = std::vector<std::string>;
 
 class PartList : public LibraryShop {
 protected:
-    // Reads the list two rows at a time, and once more by the ids.
+    // Reads the list two rows at a time, and once more by the ids, by their places, and narrowed from the wider list.
     Names ReadNames()
     {
         Names names;
@@ -28,6 +28,16 @@ protected:
             }
         }
         EXPECT_EQ(library_->Ids(view_), ids);
+        EXPECT_EQ(library_->Visible(view_, ids), ids);
+        EXPECT_EQ(library_->Visible(view_, {}), std::vector<PartId>());
+        PartListView wider = view_;
+        wider.search.clear();
+        const auto all = library_->List(wider, 5, nullptr);
+        all->Finish();
+        const auto narrowed = library_->List(view_, 5, all.get());
+        narrowed->Finish();
+        EXPECT_EQ(narrowed->Ids(0, narrowed->Count()), ids);
+        EXPECT_TRUE(ids.empty() || narrowed->RowOf(ids.back()) == list->Count() - 1);
         return names;
     }
 

@@ -50,7 +50,8 @@ protected:
             for (const QString& name : {u"L1"_s, u"L2"_s, u"L3"_s}) {
                 const auto part = writer.PutPart(*writer.MakeFolder(u"Load"_s), name, std::nullopt);
                 ASSERT_TRUE(writer.PutFile(*part, FileSlot::Iga, QByteArray(900000, 'i')) &&
-                            writer.PutFile(*part, FileSlot::Ncd, QByteArray(300000, 'n')));
+                            writer.PutFile(*part, FileSlot::Ncd, QByteArray(300000, 'n')) &&
+                            writer.PutFile(*part, FileSlot::Png, SmallPng()));
             }
         });
         const fs::path services = target_.Path("services");
@@ -108,10 +109,13 @@ protected:
         return complete;
     }
 
-    // What is shown is right, as far as anything is.
+    // What is shown is right, as far as anything is. Every other time with a cache, for which pictures come.
     bool Browse()
     {
-        CBrowserSession session{CLibraryFolder({}, {tapped_station})};
+        fs::remove_all(target_.Path("kept"));
+        const bool keeps = ++browsed_ % 2 == 0;
+        CBrowserSession session{
+            CLibraryFolder({}, {tapped_station}, {keeps ? target_.Path("kept") : fs::path(), 1 << 26})};
         bool complete = Soon([&] { return session.Go(u"SRV1"_s, u"Load"_s); });
         opened_ = complete;
         const auto shows = [&](const char* wanted) {
@@ -136,16 +140,22 @@ protected:
         complete = shows("L1L2L3") && complete;
         Soon([&] { return session.SearchFor(u"l2"_s), true; });
         complete = shows("L2") && complete;
+        Soon([&] { return session.SearchIn(SearchScope::Server), true; });
+        complete = shows("L2") && complete;
+        Soon([&] { return session.SearchIn(SearchScope::Folder), true; });
         Soon([&] { return session.SearchFor({}), session.SortBy(PartColumn::Name, true), true; });
         complete = shows("L3L2L1") && complete;
         complete = Soon([&] { return session.Folders(u"SRV1"_s, {}).has_value(); }) && complete;
         IPartLibrary* const library = session.Library();
         complete = library != nullptr && complete &&
                    Soon([&] { return library->Values(session.ListView(), PartColumn::Material, 9).has_value(); });
-        for (int look = 0; library != nullptr && look < 20; ++look) {
+        const auto ids = library != nullptr ? library->Ids(session.ListView()) : std::nullopt;
+        for (int look = 0; ids && look < 20; ++look) {
             pollfd changes{library->ChangeSocket(), POLLIN, 0};
             poll(&changes, 1, 2);
-            Soon([&] { return library->LookForChange(); });
+            Soon([&] { return look % 4 == 0 ? library->ReadAhead(*ids) : void(), library->LookForChange(); });
+            const auto picture = library->PictureAtHand(ids->empty() ? 0 : ids->back(), FileSlot::Png);
+            EXPECT_TRUE(!picture || picture->isEmpty() || *picture == SmallPng());
         }
         complete = Soon([&] { return session.ReadPartAttributes(u"SRV1", u"Load\\L2").has_value(); }) && complete;
         Soon([&] { return session.Refresh(); }); // asks for the server once more
@@ -171,6 +181,7 @@ protected:
     }
 
     CTappedLine line_;
+    int browsed_ = 0;
     bool opened_ = false; // nobody waits for a server that was not there before
     bool honest_ = true;  // what the server tells
     std::string before_ = std::getenv("PGSERVICEFILE");
