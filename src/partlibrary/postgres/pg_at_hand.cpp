@@ -144,16 +144,22 @@ std::optional<CPgAtHand::Need> CPgAtHand::NeedOf(PartId part, SlotSet slots,
     return need;
 }
 
-// What the sink has taken cannot be taken back: a content that turns out not to be kept ends the copy.
+// What the sink has taken cannot be taken back: a content that turns out not to be kept ends the copy. Where a part and
+// its files do not agree, neither is believed.
 bool CPgAtHand::Copy(PartId part, SlotSet slots, const ContentSink& sink, LibraryProblem& problem) const
 {
     const Known* const known = Find(part);
+    if (known == nullptr || cache_ == nullptr) {
+        return false;
+    }
+    SlotSet told = 0;
     SlotSet there = 0;
-    for (const PartFile& file : known != nullptr ? known->files : std::vector<PartFile>()) {
-        const bool kept = (slots & SetOf(file.slot)) != 0 && cache_ != nullptr && cache_->Has(file.hash, file.bytes);
+    for (const PartFile& file : known->files) {
+        told |= SetOf(file.slot);
+        const bool kept = (slots & SetOf(file.slot)) != 0 && cache_->Has(file.hash, file.bytes);
         there |= kept ? SetOf(file.slot) : SlotSet{0};
     }
-    if (known == nullptr || there != (slots & known->row.slots)) {
+    if (told != known->row.slots || there != (slots & told)) {
         return false;
     }
     for (const PartFile& file : known->files) {
