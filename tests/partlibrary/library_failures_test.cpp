@@ -194,15 +194,22 @@ Ended Browse()
     const auto library = session.ShareLibrary();
     for (int way = 0; whole && way < 24; ++way) {
         const QString search[] = {{}, u"p"_s, u"p1 spcc"_s, u"xy"_s};
-        const PartListView view{way % 2 == 0 ? session.CurrentFolder().id : all_folders, -1, search[way % 4],
-                                static_cast<PartColumn>(way % 5), way % 3 == 0};
-        const auto list = library->List(view, 5, nullptr);
+        PartListView view{way / 4 % 2 == 0 ? session.CurrentFolder().id : all_folders,
+                          -1,
+                          {},
+                          static_cast<PartColumn>(way % 5),
+                          way % 3 == 0};
+        const auto wider = library->List(view, 5, nullptr);
+        wider->Finish();
+        view.search = search[way % 4];
+        const auto list = library->List(view, way < 12 ? 5 : 1000000, way % 3 == 0 ? wider.get() : nullptr);
         list->Finish();
         const std::vector<PartId> ids = list->Ids(0, list->Count());
         const auto rows = list->Rows(0, list->Count());
         const auto values = library->Values(view, PartColumn::Material, 9);
         const auto all = library->Ids(view);
-        whole = !list->Failed() && rows.size() == ids.size() && values && all == ids;
+        whole =
+            !list->Failed() && rows.size() == ids.size() && values && all == ids && library->Visible(view, ids) == ids;
         whole = whole && (ids.empty() || list->RowOf(ids.back()) == static_cast<qint64>(ids.size()) - 1);
         for (const PartRow& row : whole ? rows : std::vector<PartRow>()) {
             ended.out += ToUtf8(row.folder_path + row.name) + " ";
