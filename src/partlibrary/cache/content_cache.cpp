@@ -1,5 +1,6 @@
 #include "partlibrary/cache/content_cache.h"
 
+#include "partlibrary/library/content_hash.h"
 #include "partlibrary/library/library_text.h"
 #include "platform/posix/temporary_files.h"
 #include "platform/registry.h"
@@ -165,7 +166,7 @@ bool CContentCache::OpenFolder()
 
 CFileHandle CContentCache::OpenContent(const QByteArray& hash, qint64 bytes)
 {
-    if (!OpenFolder()) {
+    if (hash.size() != hash_bytes || !OpenFolder()) { // as a server told it
         return CFileHandle();
     }
     CFileHandle file(
