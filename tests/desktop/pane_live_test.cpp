@@ -17,38 +17,28 @@
 namespace partkeep {
 namespace {
 
-constexpr qint64 longest_ms = 2000; // until a change shows, on a machine with nothing else to do
-constexpr qint64 patience_ms = 30000;
+constexpr int longest_ms = 2000; // until a change shows, on a machine with nothing else to do
+constexpr int patience_ms = 30000;
 constexpr int half_ms = longest_ms / 2;
 
-class PaneLive : public testing::Test {
+class PaneLive : public PaneTest {
 protected:
     PaneLive()
     {
-        libraries_.MakeShop();
-        libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
-            for (int part = 100; part < 160; ++part) {
-                PutTestPart(writer, u"Live"_s, Name(part), SetOf(FileSlot::Iga));
-            }
-        });
+        Change([](ILibraryWriter& writer) { PutTestParts(writer, u"Live"_s, u"L%1"_s, 100, 160); });
     }
 
     [[nodiscard]] static QString Name(int part) { return u"L%1"_s.arg(part); }
 
     void Change(const std::function<void(ILibraryWriter&)>& change) { libraries_.Fill(u"SRV1"_s, change); }
 
-    static bool Shows(CPlayedPane& pane, const std::function<bool()>& state, qint64 patience = patience_ms)
+    static bool Shows(CPlayedPane& pane, const std::function<bool()>& state, int patience = patience_ms)
     {
-        QElapsedTimer time;
-        time.start();
-        while (time.elapsed() < patience && !state()) {
-            QTest::qWait(20);
-        }
+        static_cast<void>(QTest::qWaitFor(state, patience));
         Settle(*pane.pane);
         return state();
     }
 
-    CTestLibraries libraries_;
     const PaneStart start_{.folder = u"Live"};
 };
 
@@ -94,11 +84,7 @@ TEST_F(PaneLive, RowsFollowWhereTheyAreAndSelectionStays)
 
 TEST_F(PaneLive, KeysGoOnInALongListWhereTheyWere)
 {
-    Change([](ILibraryWriter& writer) {
-        for (int part = 1000; part < 4000; ++part) {
-            EXPECT_TRUE(writer.PutPart(*writer.MakeFolder(u"Long"_s), Name(part), std::nullopt).has_value());
-        }
-    });
+    Change([](ILibraryWriter& writer) { PutTestParts(writer, u"Long"_s, u"L%1"_s, 1000, 4000); });
     CPlayedPane pane(libraries_, {.folder = u"Long"});
     EXPECT_TRUE(Shows(pane, [&] { return pane.pane->Model().rowCount() == 3000; }));
     pane.List().scrollTo(pane.pane->Model().index(2500, 0));
@@ -175,12 +161,9 @@ TEST_F(PaneLive, WhatIsInViewLoadsWhileTheServerIsAwayAndTheLineTellsOfWhen)
     EXPECT_TRUE(pane.browser.CopyPartFiles(u"SRV1", u"Live\\L102"));
     ASSERT_TRUE(SignalDatabase("STOP"));
     const auto tells = [&](const char* text) { return pane.ProblemLine().find(text) != std::string::npos; };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return tells("as of"); }, patience_ms));
+    EXPECT_TRUE(tells("does not answer") && tells("since")) << pane.ProblemLine();
     QElapsedTimer time;
-    time.start();
-    while (!tells("as of") && time.elapsed() < patience_ms) {
-        QTest::qWait(20);
-    }
-    EXPECT_TRUE(tells("does not answer") && tells("since") && tells("as of")) << pane.ProblemLine();
     time.start();
     EXPECT_EQ(pane.Selected(), "L102");
     EXPECT_TRUE(pane.browser.CopyPartFiles(u"SRV1", u"Live\\L102"));
@@ -189,12 +172,8 @@ TEST_F(PaneLive, WhatIsInViewLoadsWhileTheServerIsAwayAndTheLineTellsOfWhen)
     EXPECT_EQ(NamesIn(target.Path()), std::vector<std::string>{"L102.iga"});
     ASSERT_TRUE(SignalDatabase("CONT"));
     Change([](ILibraryWriter& writer) { EXPECT_TRUE(writer.RemovePart(u"Live"_s, u"L159"_s)); });
-    time.start();
-    while ((pane.pane->Model().rowCount() != 59 || !pane.ProblemLine().empty()) && time.elapsed() < patience_ms) {
-        QTest::qWait(20);
-    }
-    EXPECT_EQ(pane.pane->Model().rowCount(), 59);
-    EXPECT_EQ(pane.ProblemLine(), "");
+    const auto is_back = [&] { return pane.pane->Model().rowCount() == 59 && pane.ProblemLine().empty(); };
+    EXPECT_TRUE(QTest::qWaitFor(is_back, patience_ms)) << pane.pane->Model().rowCount() << pane.ProblemLine();
 }
 
 TEST_F(PaneLive, AServerThatEndsOrTurnsTheStationAwayIsToldOfUntouchedAndSoIsItsReturn)
@@ -281,7 +260,7 @@ TEST_F(PaneLive, AClickInViewShowsItsPicturesWithoutAskingAfterASecondOfRest)
     const auto click = [&](int row) {
         QElapsedTimer time;
         time.start();
-        ClickAt(*pane.List().viewport(), pane.List().visualRect(pane.pane->Model().index(row, 0)).center());
+        ClickAt(*pane.List().viewport(), PlaceOfRow(*pane.pane, row));
         const std::u16string name = Name(100 + row).toStdU16String();
         EXPECT_EQ(pane.Selected(), Name(100 + row).toStdString());
         PartAttributeBlocks blocks(name);

@@ -43,21 +43,16 @@ void Beside(CPlayedPane& pane)
 void Drag(CPlayedPane& pane)
 {
     QWidget* viewport = pane.List().viewport();
-    const auto place = [&](int row) { return pane.List().visualRect(pane.pane->Model().index(row, 0)).center(); };
-    QTest::mousePress(viewport, Qt::LeftButton, Qt::NoModifier, place(1));
+    QTest::mousePress(viewport, Qt::LeftButton, Qt::NoModifier, PlaceOfRow(*pane.pane, 1));
     for (const int row : {2, 3}) {
-        QMouseEvent move(QEvent::MouseMove, place(row), viewport->mapToGlobal(place(row)), Qt::NoButton, Qt::LeftButton,
-                         Qt::NoModifier);
+        const QPoint place = PlaceOfRow(*pane.pane, row);
+        QMouseEvent move(QEvent::MouseMove, place, viewport->mapToGlobal(place), Qt::NoButton, Qt::LeftButton, {});
         QCoreApplication::sendEvent(viewport, &move);
     }
-    QTest::mouseRelease(viewport, Qt::LeftButton, Qt::NoModifier, place(3));
+    QTest::mouseRelease(viewport, Qt::LeftButton, Qt::NoModifier, PlaceOfRow(*pane.pane, 3));
 }
 
-class PaneSelection : public testing::Test {
-protected:
-    PaneSelection() { libraries_.MakeShop(); }
-    CTestLibraries libraries_;
-};
+using PaneSelection = PaneTest;
 
 // The shop's folder shows Bare, P1, p1, P2, P10; ids decide between P1 and p1.
 TEST_F(PaneSelection, FollowsMouseKeysAndCalls)
@@ -72,6 +67,8 @@ TEST_F(PaneSelection, FollowsMouseKeysAndCalls)
     const Play control_p10 = Row(4, Qt::ControlModifier);
     const Play down = Press(Qt::Key_Down);
     const Play control_down = Press(Qt::Key_Down, Qt::ControlModifier);
+    const Play control_space = Press(Qt::Key_Space, Qt::ControlModifier);
+    const Play filter = Call([](auto& browser) { browser.SetPartFilter(part_data_kind); });
     const struct {
         const char* label;
         std::vector<Play> plays;
@@ -90,10 +87,7 @@ TEST_F(PaneSelection, FollowsMouseKeysAndCalls)
         {"arrows begin at the first row", {down, down, down}, "p1", 3},
         {"arrow at the end changes nothing", {Row(4), down}, "P10", 1},
         {"end and home", {Press(Qt::Key_End), Press(Qt::Key_Home, Qt::ShiftModifier)}, all, 2},
-        {"control moves, space adds",
-         {Row(0), control_down, control_down, Press(Qt::Key_Space, Qt::ControlModifier)},
-         "Bare p1",
-         2},
+        {"control moves, space adds", {Row(0), control_down, control_down, control_space}, "Bare p1", 2},
         {"page keys", {Press(Qt::Key_PageDown), Press(Qt::Key_PageUp)}, "Bare", 2},
         {"arrows inside the search", {search, down, Press(Qt::Key_Down, Qt::ShiftModifier)}, "Bare P1", 2},
         {"search hides and takes away", {Row(1), control_p10, Type("10")}, "P10", 3, "P10"},
@@ -105,11 +99,7 @@ TEST_F(PaneSelection, FollowsMouseKeysAndCalls)
         {"select all", {Call([](auto& browser) { browser.SelectAllParts(1); })}, all, 0},
         {"select none", {Row(2), Call([](auto& browser) { browser.SelectAllParts(0); })}, "", 1},
         {"refresh keeps", {Row(2), control_p10, Call([](auto& browser) { browser.RefreshPartList(); })}, "p1 P10", 2},
-        {"filter hides",
-         {Row(2), control_p10, Call([](auto& browser) { browser.SetPartFilter(part_data_kind); })},
-         "P10",
-         2,
-         "P1 P2 P10"},
+        {"filter hides", {Row(2), control_p10, filter}, "P10", 2, "P1 P2 P10"},
         {"folder", {Row(2), Call([](auto& browser) { browser.SetCurrentFolder(u"Plates"); })}, "", 1, "Top"},
         {"server", {Row(2), Call([](auto& browser) { browser.ConnectServer(u"板金"); })}, "", 1, ""},
         {"end", {Row(2), Call([](auto& browser) { browser.DisconnectServer(); })}, "", 1, ""},
@@ -187,14 +177,12 @@ TEST_F(PaneSelection, AWholeServerIsSearched)
     const Play refresh = Call([](CKPDKeyManager& browser) { browser.RefreshPartList(); });
     const Play back = Press(Qt::Key_Left, Qt::AltModifier);
     const Play narrow = [](CPlayedPane& pane) {
-        auto* menu = ButtonIn(*pane.pane, u"Narrow"_s)->menu();
-        Q_EMIT menu->aboutToShow();
-        QMenu* materials = menu->actions().front()->menu();
-        Q_EMIT materials->aboutToShow();
-        materials->actions().at(1)->trigger();
+        const QMenu& columns = Filled(ButtonIn(*pane.pane, u"Narrow"_s)->menu());
+        Filled(columns.actions().front()->menu()).actions().at(1)->trigger();
     };
+    const Play plates = [](CPlayedPane& pane) { ClickInTree(*pane.pane, u"SRV1"_s, u"Plates"_s); };
     const Play twice = [](CPlayedPane& pane) {
-        const QPoint place = pane.List().visualRect(pane.pane->Model().index(1, 0)).center();
+        const QPoint place = PlaceOfRow(*pane.pane, 1);
         QTest::mouseClick(pane.List().viewport(), Qt::LeftButton, {}, place);
         QTest::mouseDClick(pane.List().viewport(), Qt::LeftButton, {}, place);
     };
@@ -217,18 +205,8 @@ TEST_F(PaneSelection, AWholeServerIsSearched)
         {"to this folder alone", {wide, Type("p1"), wide}, "", "", u"Plates", 0},
         {"cleared", {wide, Type("p1"), [](auto& pane) { pane.Search().clear(); }}, "Top", "", u"Plates", 0},
         {"narrowed without a word", {wide, narrow}, "P1", "", u"Plates", 0},
-        {"the tree leaves the results",
-         {wide, Type("p1"), [](auto& pane) { ClickInTree(*pane.pane, u"SRV1"_s, u"Plates"_s); }},
-         "Top",
-         "",
-         u"Plates",
-         1},
-        {"the second press of a double click means the part of the first",
-         {wide, Type("p1"), twice},
-         "Bare P1 p1 P2 P10",
-         "p1",
-         u"Plates\\2008",
-         1},
+        {"the tree leaves the results", {wide, Type("p1"), plates}, "Top", "", u"Plates", 1},
+        {"both presses mean one part", {wide, Type("p1"), twice}, "Bare P1 p1 P2 P10", "p1", u"Plates\\2008", 1},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.label);

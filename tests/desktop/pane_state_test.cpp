@@ -23,25 +23,10 @@
 namespace partkeep {
 namespace {
 
-class PaneState : public testing::Test {
+class PaneState : public PaneTest {
 protected:
-    PaneState() { libraries_.MakeShop(); }
-    CTestLibraries libraries_;
+    const QString places_ = libraries_.Folder() + u"/places/browser.json"_s;
 };
-
-TEST_F(PaneState, TheUnitChangesAtTheRefresh)
-{
-    CPlayedPane pane(libraries_);
-    const auto shown = [&] {
-        const CPartListModel& model = pane.pane->Model();
-        return model.index(1, 1).data().toString() + u' ' + model.HeaderText(PartColumn::Thickness);
-    };
-    pane.browser.SetDisplayUnit(1);
-    EXPECT_EQ(shown(), u"1.50 Thickness (mm)"_s);
-    pane.browser.RefreshPartList();
-    EXPECT_EQ(shown(), u"0.0591 Thickness (inch)"_s);
-    EXPECT_EQ(ThicknessText(0x7FFFFFFF, DisplayUnit::Metric), u"214748.36"_s);
-}
 
 TEST_F(PaneState, AfterASortTheSelectionElseTheTopIsInView)
 {
@@ -50,9 +35,9 @@ TEST_F(PaneState, AfterASortTheSelectionElseTheTopIsInView)
         const QString folder = u"Long %1"_s.arg(parts);
         const QString last = u"L%1"_s.arg(parts - 1);
         libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& writer) {
-            for (int part = 0; part < parts; ++part) {
-                PutTestPart(writer, folder, u"L%1"_s.arg(part), 1, {part % 7, {}, {}, {}});
-            }
+            PutTestParts(writer, folder, u"L%1"_s, 0, parts, [](int part) {
+                return PartAttributes{part % 7, {}, {}, {}};
+            });
         });
         CPlayedPane pane(libraries_, {.folder = folder.toStdU16String()});
         const auto sort = [&pane](int column, Qt::SortOrder order) {
@@ -159,15 +144,14 @@ TEST_F(PaneState, ColumnsAreArrangedFromTheKeyboard)
 
 TEST_F(PaneState, PlacesWorkedInAreRememberedAndLeadBack)
 {
-    const QString file = libraries_.Folder() + u"/places/browser.json"_s;
     {
         CPlayedPane pane(libraries_);
         pane.Key(Qt::Key_D, Qt::ControlModifier);
         ClickInTree(*pane.pane, u"板金"_s, u"板金"_s);
         ClickInTree(*pane.pane, u"板金"_s, u"筐体"_s);
-        EXPECT_TRUE(CPanePlaces(file).Recent().isEmpty()) << "nobody worked there";
+        EXPECT_TRUE(CPanePlaces(places_).Recent().isEmpty()) << "nobody worked there";
         QTest::qWait(3300); // timers come up to a twentieth late
-        EXPECT_EQ(CPanePlaces(file).Recent(), (QList<PanePlace>{{u"板金"_s, u"筐体"_s}})) << "somebody stayed";
+        EXPECT_EQ(CPanePlaces(places_).Recent(), (QList<PanePlace>{{u"板金"_s, u"筐体"_s}})) << "somebody stayed";
         ClickInTree(*pane.pane, u"SRV1"_s, u"2008"_s);
         pane.browser.SetTargetFolder(CorePath(libraries_.Folder().toStdString()));
         pane.browser.SetDataKind(part_data_kind);
@@ -175,29 +159,24 @@ TEST_F(PaneState, PlacesWorkedInAreRememberedAndLeadBack)
     }
     CPlayedPane pane(libraries_, {.server = u"板金", .folder = u""});
     pane.TakeClicks();
-    auto* menu = ButtonIn(*pane.pane, u"Places"_s)->menu();
-    Q_EMIT menu->aboutToShow();
-    QStringList entries;
-    for (QAction* action : menu->actions()) {
-        entries += action->text();
-    }
-    EXPECT_EQ(entries.count(u"SRV1\\Plates\\2008"_s), 1) << "a favourite stands once";
-    menu->actions().at(entries.indexOf(u"SRV1\\Plates\\2008"_s))->trigger();
+    auto entries = Filled(ButtonIn(*pane.pane, u"Places"_s)->menu()).actions();
+    entries.removeIf([](const QAction* action) { return action->text() != u"SRV1\\Plates\\2008"_s; });
+    ASSERT_EQ(entries.size(), 1) << "a favourite stands once";
+    entries.front()->trigger();
     EXPECT_EQ(pane.Shown(), "Bare P1 p1 P2 P10");
     EXPECT_EQ(pane.TakeClicks(), 1);
-    const CPanePlaces places(file);
+    const CPanePlaces places(places_);
     EXPECT_EQ(places.Favourites(), (QList<PaneFavourite>{{{u"SRV1"_s, u"Plates\\2008"_s}, {}}}));
     EXPECT_EQ(places.Recent(), (QList<PanePlace>{{u"SRV1"_s, u"Plates\\2008"_s}, {u"板金"_s, u"筐体"_s}}));
 }
 
 TEST_F(PaneState, FavouritesAreNamedAndPutInOrder)
 {
-    const QString file = libraries_.Folder() + u"/places/browser.json"_s;
     CPlayedPane pane(libraries_);
     pane.Key(Qt::Key_D, Qt::ControlModifier);
     ClickInTree(*pane.pane, u"板金"_s, u"板金"_s);
     pane.Key(Qt::Key_D, Qt::ControlModifier);
-    CPanePlaces places(file);
+    CPanePlaces places(places_);
     auto* dialog = new CFavouritesDialog(places, PaneLanguage::English, pane.pane);
     dialog->show();
     auto& list = *dialog->findChild<QListWidget*>();
@@ -215,20 +194,20 @@ TEST_F(PaneState, FavouritesAreNamedAndPutInOrder)
     QTest::keyClicks(editor, u"Sheets"_s);
     QTest::keyClick(editor, Qt::Key_Return);
     Settle();
-    EXPECT_EQ(CPanePlaces(file).Favourites(),
+    EXPECT_EQ(CPanePlaces(places_).Favourites(),
               (QList<PaneFavourite>{{{u"板金"_s, {}}, u"Sheets"_s}, {{u"SRV1"_s, u"Plates\\2008"_s}, {}}}));
     list.setCurrentRow(0);
     press(u"Up"_s);
     list.setCurrentRow(1);
     press(u"Down"_s);
-    EXPECT_EQ(CPanePlaces(file).Favourites().front().name, u"Sheets"_s) << "nothing beyond an end";
+    EXPECT_EQ(CPanePlaces(places_).Favourites().front().name, u"Sheets"_s) << "nothing beyond an end";
     press(u"Remove"_s);
-    EXPECT_EQ(CPanePlaces(file).Favourites().size(), 1);
+    EXPECT_EQ(CPanePlaces(places_).Favourites().size(), 1);
     list.setCurrentRow(-1);
     for (const char16_t* text : {u"Up", u"Rename", u"Remove"}) {
         press(QString::fromUtf16(text));
     }
-    EXPECT_EQ(CPanePlaces(file).Favourites().size(), 1) << "nothing is chosen";
+    EXPECT_EQ(CPanePlaces(places_).Favourites().size(), 1) << "nothing is chosen";
     delete dialog;
 }
 
@@ -255,23 +234,17 @@ TEST_F(PaneState, APlacesFileThatMakesNoSenseIsPassedOver)
     }
 }
 
-TEST_F(PaneState, AListIsNarrowedToAValueAndBack)
+TEST_F(PaneState, AListIsNarrowedToAValueAndBackInTheUnitOfTheLastRefresh)
 {
-    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
-        for (int i = 0; i < 250; ++i) {
-            PutTestPart(writer, u"Many"_s, u"N%1"_s.arg(i), 1, {i * 100, u"M&%1"_s.arg(i % 2), {}, {}});
-        }
-    });
+    const auto attributes = [](int part) { return PartAttributes{part * 1000, u"M&%1"_s.arg(part % 2), {}, {}}; };
+    libraries_.Fill(u"SRV1"_s, [&](auto& writer) { PutTestParts(writer, u"Many"_s, u"N%1"_s, 0, 250, attributes); });
     CPlayedPane pane(libraries_, {.folder = u"Many"});
     // What the menu of a column offers, with a mark at what holds; `text` of it is chosen.
     const auto choose = [&pane](int column, const QString& text) {
-        QMenu* const menu = ButtonIn(*pane.pane, u"Narrow"_s)->menu();
-        Q_EMIT menu->aboutToShow();
-        QMenu* const values = menu->actions().at(column)->menu();
-        Q_EMIT values->aboutToShow();
-        QStringList entries{menu->actions().at(column)->text()};
+        const QAction& of_column = *Filled(ButtonIn(*pane.pane, u"Narrow"_s)->menu()).actions().at(column);
+        QStringList entries{of_column.text()};
         QAction* chosen = nullptr;
-        for (QAction* action : values->actions()) {
+        for (QAction* action : Filled(of_column.menu()).actions()) {
             entries += action->text() + (action->isChecked() ? u"*"_s : QString());
             chosen = action->text() == text ? action : chosen;
         }
@@ -279,18 +252,21 @@ TEST_F(PaneState, AListIsNarrowedToAValueAndBack)
         Settle(*pane.pane);
         return entries;
     };
-    const auto count = [&pane] { return pane.pane->Model().rowCount(); };
+    const CPartListModel& model = pane.pane->Model();
     EXPECT_EQ(choose(0, u"M&&1"_s).join(u'|').toStdString(), "Material|All*|M&&0|M&&1");
-    EXPECT_EQ(count(), 125);
+    EXPECT_EQ(model.rowCount(), 125);
     EXPECT_EQ(choose(1, {}).size(), 3) << "there is none: all, and that";
-    EXPECT_EQ(choose(2, u"0.01"_s).at(0), u"Thickness (mm)"_s);
-    EXPECT_EQ(count(), 1);
+    EXPECT_EQ(choose(2, u"0.10"_s).at(0), u"Thickness (mm)"_s);
+    EXPECT_EQ(model.rowCount(), 1);
     EXPECT_EQ(choose(0, u"M&&0"_s).join(u'|').toStdString(), "Material|All|M&&1*") << "with this thickness";
     choose(2, u"All"_s);
     choose(0, u"All"_s);
-    EXPECT_EQ(count(), 250);
+    EXPECT_EQ(model.rowCount(), 250);
     pane.browser.SetDisplayUnit(1);
+    EXPECT_EQ(model.index(15, 1).data().toString() + model.HeaderText(PartColumn::Thickness), u"1.50Thickness (mm)"_s);
     pane.browser.RefreshPartList();
+    EXPECT_EQ(model.index(15, 1).data().toString(), u"0.0591"_s);
+    EXPECT_EQ(ThicknessText(0x7FFFFFFF, DisplayUnit::Metric), u"214748.36"_s);
     const QStringList inches = choose(2, {});
     EXPECT_EQ(inches.at(0), u"Thickness (inch)"_s);
     EXPECT_EQ(inches.size(), 1 + 1 + 200 + 1) << "the column, all, and a word that there are more";
@@ -298,20 +274,17 @@ TEST_F(PaneState, AListIsNarrowedToAValueAndBack)
 
 TEST_F(PaneState, WhatIsCutIsToldAtThePointerAndPagesScroll)
 {
-    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
-        for (int i = 0; i < 100; ++i) {
-            PutTestPart(writer, u"Long"_s, QString(60, u'L') + QString::number(i), 1);
-        }
-    });
+    const QString name = QString(60, u'L');
+    libraries_.Fill(u"SRV1"_s, [&](auto& writer) { PutTestParts(writer, u"Long"_s, name + u"%1"_s, 0, 100); });
     CPlayedPane pane(libraries_, {.folder = u"Long"});
     const auto tip = [&pane](int row) {
-        const QPoint place = pane.List().visualRect(pane.pane->Model().index(row, 0)).center();
+        const QPoint place = PlaceOfRow(*pane.pane, row);
         QHelpEvent event(QEvent::ToolTip, place, pane.List().viewport()->mapToGlobal(place));
         QApplication::sendEvent(pane.List().viewport(), &event);
         return QToolTip::text();
     };
     pane.Header().resizeSection(0, 60);
-    EXPECT_EQ(tip(0), QString(60, u'L') + u'0');
+    EXPECT_EQ(tip(0), name + u'0');
     pane.Header().resizeSection(0, 2000);
     static_cast<void>(tip(0));
     EXPECT_TRUE(QTest::qWaitFor([] { return QToolTip::text().isEmpty(); })) << "nothing is cut";
@@ -331,7 +304,7 @@ TEST_F(PaneState, WhatIsCutIsToldAtThePointerAndPagesScroll)
     pane.Key(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
     pane.Type(u"l99"_s);
     pane.Header().resizeSection(0, 60);
-    EXPECT_EQ(tip(0), QString(60, u'L') + u"99\nSRV1\\Long"_s) << "with the folder under it";
+    EXPECT_EQ(tip(0), name + u"99\nSRV1\\Long"_s) << "with the folder under it";
 }
 
 TEST_F(PaneState, TheShownListIsExported)
@@ -386,17 +359,6 @@ TEST_F(PaneState, ACopyShowsItsPartFromInsideTheCall)
     EXPECT_TRUE(pane.browser.CopyPartFiles(u"SRV1", u"Plates\\2008\\P1"));
     EXPECT_EQ(painted.text, u"Copying P1: 2 of 5, 0 bytes"_s);
     EXPECT_FALSE(ran) << "no event runs inside the call";
-}
-
-TEST_F(PaneState, EveryTextExistsInEachLanguageWithTheSamePlaces)
-{
-    for (int text = 0; text < static_cast<int>(PaneText::Count); ++text) {
-        const auto in = [text](PaneLanguage language) { return PaneString(static_cast<PaneText>(text), language); };
-        for (const PaneLanguage language : {PaneLanguage::English, PaneLanguage::Japanese, PaneLanguage::Chinese}) {
-            EXPECT_FALSE(in(language).isEmpty()) << text;
-            EXPECT_EQ(in(language).count(u"%1"_s), in(PaneLanguage::English).count(u"%1"_s)) << text;
-        }
-    }
 }
 
 TEST_F(PaneState, AScreenReaderFollowsTheCellsOfTheList)

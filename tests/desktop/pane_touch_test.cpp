@@ -12,16 +12,11 @@
 namespace partkeep {
 namespace {
 
-class PaneTouch : public testing::Test {
+class PaneTouch : public PaneTest {
 protected:
     PaneTouch()
     {
-        libraries_.MakeShop();
-        libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
-            for (int part = 0; part < 60; ++part) {
-                PutTestPart(writer, u"Long"_s, u"L%1"_s.arg(part), 1, {part % 7, {}, {}, {}});
-            }
-        });
+        libraries_.Fill(u"SRV1"_s, [](auto& writer) { PutTestParts(writer, u"Long"_s, u"L%1"_s, 0, 60); });
     }
 
     // A finger that goes from one place to another on its way to being lifted.
@@ -43,7 +38,6 @@ protected:
         return pane.List().verticalScrollBar()->value() != lifted;
     }
 
-    CTestLibraries libraries_;
     std::unique_ptr<QPointingDevice> screen_;
 };
 
@@ -96,7 +90,7 @@ TEST_F(PaneTouch, TapsChooseAndFlicksOnlyScroll)
     CPlayedPane pane(libraries_, {.folder = u"Long"});
     QWidget& rows = *pane.List().viewport();
     pane.TakeClicks();
-    Touch(rows, pane.List().visualRect(pane.pane->Model().index(1, 0)).center());
+    Touch(rows, PlaceOfRow(*pane.pane, 1));
     EXPECT_EQ(pane.Selected(), "L1");
     EXPECT_EQ(pane.TakeClicks(), 1);
     Touch(rows, {60, rows.height() - 20}, -100);
@@ -107,7 +101,7 @@ TEST_F(PaneTouch, TapsChooseAndFlicksOnlyScroll)
 
     // A finger that stays asks for the menu, by which it can take several.
     pane.List().scrollToTop();
-    const QPoint third = pane.List().visualRect(pane.pane->Model().index(2, 0)).center();
+    const QPoint third = PlaceOfRow(*pane.pane, 2);
     QTest::touchEvent(&pane.window, screen_.get()).press(0, third, &rows);
     QTRY_VERIFY_WITH_TIMEOUT(QApplication::activePopupWidget() != nullptr, 3000);
     QTest::touchEvent(&pane.window, screen_.get()).release(0, third, &rows);

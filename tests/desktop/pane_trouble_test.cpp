@@ -9,10 +9,8 @@
 namespace partkeep {
 namespace {
 
-class PaneTrouble : public testing::Test {
+class PaneTrouble : public PaneTest {
 protected:
-    PaneTrouble() { libraries_.MakeShop(); }
-
     void Lock()
     {
         LibraryProblem problem;
@@ -20,7 +18,6 @@ protected:
         ASSERT_TRUE(locker_->Execute("BEGIN EXCLUSIVE"));
     }
 
-    CTestLibraries libraries_;
     const QString file_ = libraries_.FileOf(u"SRV1"_s);
     const QString aside_ = file_ + u'x';
     std::shared_ptr<CConnection> locker_;
@@ -140,7 +137,7 @@ TEST_F(PaneTrouble, ALibraryThatVanishesUnderTheUsersHandsIsNoticed)
     CPlayedPane pane(libraries_);
     QFile::rename(file_, aside_);
     QWidget* viewport = pane.List().viewport();
-    const QPoint place = pane.List().visualRect(pane.pane->Model().index(1, 0)).center();
+    const QPoint place = PlaceOfRow(*pane.pane, 1);
     QTest::mousePress(viewport, Qt::LeftButton, {}, place);
     EXPECT_EQ(pane.ProblemLine(), "") << "it would move the rows under the held button";
     QTest::mouseRelease(viewport, Qt::LeftButton, {}, place);
@@ -153,11 +150,8 @@ TEST_F(PaneTrouble, ALibraryThatVanishesUnderTheUsersHandsIsNoticed)
 
 TEST_F(PaneTrouble, ALibraryCutShortWhileItIsShownHangsNothing)
 {
-    libraries_.Fill(u"Long"_s, [](ILibraryWriter& writer) {
-        for (int i = 0; i < 3000; ++i) {
-            PutTestPart(writer, u"F"_s, QString::number(i), 1, {0, {}, {}, QString(200, QChar(u'x'))});
-        }
-    });
+    const auto attributes = [](int) { return PartAttributes{0, {}, {}, QString(200, u'x')}; };
+    libraries_.Fill(u"Long"_s, [&](auto& writer) { PutTestParts(writer, u"F"_s, u"%1"_s, 0, 3000, attributes); });
     CPlayedPane pane(libraries_, {.server = u"Long", .folder = u"F"});
     QFile::resize(libraries_.FileOf(u"Long"_s), 70000);
     QElapsedTimer time;
@@ -179,6 +173,8 @@ TEST_F(PaneTrouble, AnEmptyListSaysWhatToDo)
 {
     CTestLibraries nothing;
     libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) { static_cast<void>(writer.MakeFolder(u"Hollow"_s)); });
+    const PaneStart not_set_up{.server = u"", .configured = false};
+    const PaneStart unknown_service{.server = u"", .configured = false, .services = {u"nowhere"_s}};
     const struct {
         const char* label;
         const CTestLibraries& libraries;
@@ -187,16 +183,8 @@ TEST_F(PaneTrouble, AnEmptyListSaysWhatToDo)
         QString text;
     } rows[] = {
         {"no server found", nothing, {.server = u""}, {}, u"No server found in %1.\n"_s.arg(nothing.Folder())},
-        {"not set up",
-         nothing,
-         {.server = u"", .configured = false},
-         {},
-         u"No folder with part libraries is set up."_s},
-        {"unknown service",
-         nothing,
-         {.server = u"", .configured = false, .services = {u"nowhere"_s}},
-         {},
-         u"No server found in nowhere."_s},
+        {"not set up", nothing, not_set_up, {}, u"No folder with part libraries is set up."_s},
+        {"unknown service", nothing, unknown_service, {}, u"No server found in nowhere."_s},
         {"empty folder", libraries_, {.folder = u"Hollow"}, {}, u"This folder has no parts."_s},
         {"filter", libraries_, {.folder = u"Plates", .filter = nct_data_kind}, {}, u"No part here has files for"_s},
         {"search", libraries_, {}, u"zz"_s, u"No part in this folder matches “zz”."_s},

@@ -23,7 +23,7 @@ std::string ShownIn(CBrowserPane& pane)
 void ClickRow(CBrowserPane& pane, int row, Qt::KeyboardModifiers modifiers)
 {
     Settle(pane);
-    ClickAt(*pane.List().viewport(), pane.List().visualRect(pane.Model().index(row, 0)).center(), modifiers);
+    ClickAt(*pane.List().viewport(), PlaceOfRow(pane, row), modifiers);
     Settle(pane);
 }
 
@@ -51,6 +51,17 @@ QToolButton* ButtonIn(CBrowserPane& pane, const QString& text)
     const auto found = std::find_if(buttons.begin(), buttons.end(),
                                     [&](const QToolButton* button) { return button->accessibleName() == text; });
     return found != buttons.end() ? *found : nullptr;
+}
+
+QPoint PlaceOfRow(CBrowserPane& pane, int row)
+{
+    return pane.List().visualRect(pane.Model().index(row, 0)).center();
+}
+
+QMenu& Filled(QMenu* menu)
+{
+    Q_EMIT menu->aboutToShow();
+    return *menu;
 }
 
 CPlayedPane::CPlayedPane(const CTestLibraries& libraries, const PaneStart& start)

@@ -9,6 +9,7 @@
 #include "tests/desktop/played_user.h"
 #include "tests/partlibrary/library_fixture.h"
 
+#include <QMenu>
 #include <QTest>
 #include <QToolButton>
 #include <gtest/gtest.h>
@@ -21,7 +22,9 @@ void Settle(CBrowserPane& pane);
 [[nodiscard]] std::string ShownIn(CBrowserPane& pane); // all names in the order of the list
 void ClickRow(CBrowserPane& pane, int row, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 void ClickInTree(CBrowserPane& pane, const QString& server, const QString& name);
+[[nodiscard]] QPoint PlaceOfRow(CBrowserPane& pane, int row); // the middle of its name, in the list's viewport
 [[nodiscard]] QToolButton* ButtonIn(CBrowserPane& pane, const QString& text); // by its spoken name
+[[nodiscard]] QMenu& Filled(QMenu* menu);                                     // as it would be shown now
 
 struct PaneStart {
     std::int32_t language = 1;
@@ -54,6 +57,14 @@ public:
 
 private:
     int clicks_ = 0;
+};
+
+// A test on the shop's libraries.
+class PaneTest : public testing::Test {
+protected:
+    PaneTest() { libraries_.MakeShop(); }
+
+    CTestLibraries libraries_;
 };
 
 } // namespace partkeep

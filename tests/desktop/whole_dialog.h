@@ -57,8 +57,7 @@ inline UserStep DoubleClick(int row)
 {
     return [row] {
         ClickRow(Pane(), row);
-        const QPoint place = Pane().List().visualRect(Pane().Model().index(row, 0)).center();
-        QTest::mouseDClick(Pane().List().viewport(), Qt::LeftButton, {}, place);
+        QTest::mouseDClick(Pane().List().viewport(), Qt::LeftButton, {}, PlaceOfRow(Pane(), row));
         Settle(); // what it asks for is posted
     };
 }

@@ -95,6 +95,14 @@ void PutTestPart(ILibraryWriter& writer, const QString& folder, const QString& n
     }
 }
 
+void PutTestParts(ILibraryWriter& writer, const QString& folder, const QString& name, int first, int end,
+                  const std::function<PartAttributes(int)>& attributes)
+{
+    for (int part = first; part < end; ++part) {
+        PutTestPart(writer, folder, name.arg(part), SetOf(FileSlot::Iga), attributes(part));
+    }
+}
+
 CTestLibraries::CTestLibraries()
 {
     if (InDatabase()) {

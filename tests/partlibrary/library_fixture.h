@@ -27,6 +27,11 @@ using namespace Qt::StringLiterals;
 void PutTestPart(ILibraryWriter& writer, const QString& folder, const QString& name, SlotSet slots,
                  const PartAttributes& attributes = {});
 
+// Parts by number, each with a file: `name` has "%1" in the number's place.
+void PutTestParts(
+    ILibraryWriter& writer, const QString& folder, const QString& name, int first, int end,
+    const std::function<PartAttributes(int)>& attributes = [](int) { return PartAttributes(); });
+
 // Whether the libraries are in a database.
 [[nodiscard]] bool InDatabase();
 
