@@ -10,41 +10,30 @@ namespace {
 
 constexpr int parts = 30000;
 
-class PartPages : public testing::Test {
-protected:
-    static void SetUpTestSuite()
-    {
-        libraries_ = new CTestLibraries;
-        libraries_->Fill(QStringLiteral("Long"), [](ILibraryWriter& writer) {
-            const auto folder = writer.MakeFolder(QStringLiteral("F"));
+// In the folder F, in no order, and many alike in each column.
+CSqliteLibrary& LongLibrary()
+{
+    static CTestLibraries libraries;
+    static const std::unique_ptr<CSqliteLibrary> library = [] {
+        libraries.Fill(u"Long"_s, [](ILibraryWriter& writer) {
+            const auto folder = writer.MakeFolder(u"F"_s);
             for (int i = 0; i < parts; ++i) {
-                // In no order, and many alike in each column.
                 const int number = static_cast<int>(qint64{i} * 7919 % parts);
-                const auto part = writer.PutPart(
-                    *folder, QStringLiteral("BRK-%1").arg(number / 2 * 2 + i % 2 * parts),
-                    PartAttributes{number % 7, QStringLiteral("M%1").arg(number % 5), QStringLiteral("EM"),
-                                   number % 5000 == 0 ? QStringLiteral("龍 rare") : QString()});
+                const auto part = writer.PutPart(*folder, u"BRK-%1"_s.arg(number / 2 * 2 + i % 2 * parts),
+                                                 PartAttributes{number % 7, u"M%1"_s.arg(number % 5), u"EM"_s,
+                                                                number % 5000 == 0 ? u"龍 rare"_s : QString()});
                 if (i % 3 != 0) {
                     writer.PutFile(*part, FileSlot::Iga, QByteArray("x"));
                 }
             }
         });
         LibraryProblem problem;
-        library_ = CSqliteLibrary::Open(libraries_->FileOf(QStringLiteral("Long")), problem).release();
-    }
-    static void TearDownTestSuite()
-    {
-        delete library_;
-        delete libraries_;
-    }
-    static CTestLibraries* libraries_;
-    static CSqliteLibrary* library_;
-};
+        return CSqliteLibrary::Open(libraries.FileOf(u"Long"_s), problem);
+    }();
+    return *library;
+}
 
-CTestLibraries* PartPages::libraries_ = nullptr;
-CSqliteLibrary* PartPages::library_ = nullptr;
-
-TEST_F(PartPages, GiveTheRowsOfThePlainListingAnywhere)
+TEST(PartPages, GiveTheRowsOfThePlainListingAnywhere)
 {
     const struct {
         const char* label;
@@ -67,12 +56,12 @@ TEST_F(PartPages, GiveTheRowsOfThePlainListingAnywhere)
         {"nothing", -1, "zzz", PartColumn::Name, false, 0},
         {"pairs without the word", -1, "krb", PartColumn::Name, false, 0},
     };
-    const qint64 folder = library_->FindFolder(QStringLiteral("F"))->id;
+    const qint64 folder = LongLibrary().FindFolder(u"F"_s)->id;
     for (const auto& row : rows) {
         SCOPED_TRACE(row.label);
         const PartListView view{folder, row.filter, QString::fromUtf8(row.search), row.sort, row.descending};
-        const std::vector<PartId> all = *library_->Ids(view);
-        const auto list = library_->List(view, parts, nullptr);
+        const std::vector<PartId> all = *LongLibrary().Ids(view);
+        const auto list = LongLibrary().List(view, parts, nullptr);
         IPartListing& pages = *list;
         pages.Finish();
         ASSERT_TRUE(pages.Complete());
@@ -89,9 +78,9 @@ TEST_F(PartPages, GiveTheRowsOfThePlainListingAnywhere)
     }
 }
 
-TEST_F(PartPages, NarrowOnlyWhatTheyHoldWhole)
+TEST(PartPages, NarrowOnlyWhatTheyHoldWhole)
 {
-    const qint64 folder = library_->FindFolder(QStringLiteral("F"))->id;
+    const qint64 folder = LongLibrary().FindFolder(u"F"_s)->id;
     const auto view = [folder](const char* search) {
         return PartListView{folder, -1, QString::fromUtf8(search), PartColumn::Name, false};
     };
@@ -105,14 +94,14 @@ TEST_F(PartPages, NarrowOnlyWhatTheyHoldWhole)
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.narrower);
-        const auto connection = library_->ShareConnection();
+        const auto connection = LongLibrary().ShareConnection();
         CPartPages wider(connection, view(row.wider), parts);
         EXPECT_FALSE(CPartPages(connection, view(row.narrower), parts).NarrowFrom(wider)) << "not scanned";
         wider.Finish();
         CPartPages narrower(connection, view(row.narrower), parts);
         EXPECT_EQ(narrower.NarrowFrom(wider), row.narrows);
         narrower.Finish();
-        EXPECT_EQ(narrower.Ids(0, parts), *library_->Ids(view(row.narrower)));
+        EXPECT_EQ(narrower.Ids(0, parts), *LongLibrary().Ids(view(row.narrower)));
     }
 }
 
