@@ -144,27 +144,6 @@ TEST_F(SessionCopy, EveryPieceArrivesInItsPlaceAndOfOneState)
     EXPECT_GE(seen.size(), 3U);
 }
 
-TEST_F(SessionCopy, AFullDiskUnderTheLibraryLeavesItAsItWas)
-{
-    PARTKEEP_NEEDS_MOUNTS();
-    CMountedDisk disk(target_.Path(), "4m");
-    const fs::path file = target_.Path("S.kpl");
-    LibraryProblem problem;
-    ASSERT_TRUE(CSqliteWriter::Create(QString::fromStdString(file), problem)) << ProblemText(problem);
-    const std::string before = ReadBytes(file);
-    auto writer = CSqliteWriter::Open(QString::fromStdString(file), problem);
-    ASSERT_TRUE(writer != nullptr && writer->Begin());
-    const auto part = writer->PutPart(1, u"P"_s, std::nullopt);
-    EXPECT_FALSE(writer->PutFile(*part, FileSlot::Iga, QByteArray(5000000, 'x')) && writer->Commit());
-    EXPECT_EQ(writer->Problem().fault, LibraryFault::DiskFull) << ProblemText(writer->Problem());
-    writer.reset();
-    EXPECT_TRUE(ReadBytes(file) == before);
-    disk.Fill();
-    EXPECT_FALSE(CSqliteWriter::Create(QString::fromStdString(target_.Path("T.kpl")), problem));
-    EXPECT_EQ(problem.fault, LibraryFault::DiskFull) << ProblemText(problem);
-    EXPECT_EQ(NamesIn(target_.Path()), (Names{".filler", "S.kpl"}));
-}
-
 // The third and the fifth content make those before them reach the disk: the first time a reader is in the way, the
 // second time there is no room.
 TEST_F(SessionCopy, AnImportWaitsForReadersAndFailsWhole)
