@@ -42,74 +42,58 @@ TEST_F(LibraryEdits, EachIsSeenWholeOrNotAtAll)
         return writer.Library().FindPart(QString::fromUtf16(folder), QString::fromUtf16(name))->id;
     };
     const auto p1 = [&](ILibraryWriter& writer) { return id(writer, u"Plates\\2008", u"P1"); };
+    const PartAttributes copper{7, u"Cu"_s, {}, {}};
+    const PartAttributes refused{0, u"a\tb"_s, {}, {}};
+    using enum LibraryFault;
     const struct {
         const char* label;
         std::function<bool(ILibraryWriter&)> edit;
         LibraryFault fault;
-        const char* after;
+        const char* after = nullptr; // as before
     } rows[] = {
-        {"attributes",
-         [&](auto& w) {
-             return w.SetAttributes(p1(w), {7, u"Cu"_s, {}, {}});
-         },
-         LibraryFault::None, "[][Plates]Top=1 [Plates\\2008]Bare=0 P1=Cu7 P10=2 P2=1 p1=1 "},
-        {"an attribute that is refused",
-         [&](auto& w) {
-             return w.SetAttributes(p1(w), {0, u"a\tb"_s, {}, {}});
-         },
-         LibraryFault::BadInput, nullptr},
-        {"no such part", [&](auto& w) { return w.SetAttributes(999, {}); }, LibraryFault::NoPart, nullptr},
-        {"a name", [&](auto& w) { return w.MovePart(p1(w), *w.MakeFolder(u"A"_s), u"Q"_s); }, LibraryFault::None,
+        {"attributes", [&](auto& w) { return w.SetAttributes(p1(w), copper); }, None,
+         "[][Plates]Top=1 [Plates\\2008]Bare=0 P1=Cu7 P10=2 P2=1 p1=1 "},
+        {"an attribute that is refused", [&](auto& w) { return w.SetAttributes(p1(w), refused); }, BadInput},
+        {"no such part", [&](auto& w) { return w.SetAttributes(999, {}); }, NoPart},
+        {"a name", [&](auto& w) { return w.MovePart(p1(w), *w.MakeFolder(u"A"_s), u"Q"_s); }, None,
          "[][A]Q=Cu7 [Plates]Top=1 [Plates\\2008]Bare=0 P10=2 P2=1 p1=1 "},
-        {"the same name", [&](auto& w) { return w.MovePart(id(w, u"A", u"Q"), *w.MakeFolder(u"A"_s), u"Q"_s); },
-         LibraryFault::None, nullptr},
+        {"the same name", [&](auto& w) { return w.MovePart(id(w, u"A", u"Q"), *w.MakeFolder(u"A"_s), u"Q"_s); }, None},
         {"a name that another has",
          [&](auto& w) { return w.MovePart(id(w, u"A", u"Q"), *w.MakeFolder(u"Plates\\2008"_s), u"P2"_s); },
-         LibraryFault::AlreadyThere, nullptr},
-        {"a name that is refused", [&](auto& w) { return w.MovePart(id(w, u"A", u"Q"), 1, u"nul"_s); },
-         LibraryFault::NameRefused, nullptr},
-        {"a folder with a folder", [](auto& w) { return w.MoveFolder(u"Plates"_s, u"B\\C"_s); }, LibraryFault::None,
+         AlreadyThere},
+        {"a name that is refused", [&](auto& w) { return w.MovePart(id(w, u"A", u"Q"), 1, u"nul"_s); }, NameRefused},
+        {"a folder with a folder", [](auto& w) { return w.MoveFolder(u"Plates"_s, u"B\\C"_s); }, None,
          "[][A]Q=Cu7 [B][B\\C]Top=1 [B\\C\\2008]Bare=0 P10=2 P2=1 p1=1 "},
-        {"a folder into itself", [](auto& w) { return w.MoveFolder(u"B"_s, u"B\\C\\D"_s); }, LibraryFault::BadInput,
-         nullptr},
-        {"a folder that is there", [](auto& w) { return w.MoveFolder(u"A"_s, u"B"_s); }, LibraryFault::AlreadyThere,
-         nullptr},
+        {"a folder into itself", [](auto& w) { return w.MoveFolder(u"B"_s, u"B\\C\\D"_s); }, BadInput},
+        {"a folder that is there", [](auto& w) { return w.MoveFolder(u"A"_s, u"B"_s); }, AlreadyThere},
         {"a folder inside gets too long", [](auto& w) { return w.MoveFolder(u"B\\C"_s, QString(95, u'x')); },
-         LibraryFault::NameRefused, nullptr},
-        {"no such folder", [](auto& w) { return w.MoveFolder(u"Z"_s, u"Y"_s); }, LibraryFault::NoFolder, nullptr},
-        {"the root for a folder", [](auto& w) { return w.MoveFolder({}, u"Y"_s); }, LibraryFault::BadInput, nullptr},
-        {"a folder for the root", [](auto& w) { return w.MoveFolder(u"A"_s, {}); }, LibraryFault::BadInput, nullptr},
-        {"a folder where it is", [](auto& w) { return w.MoveFolder(u"A"_s, u"A"_s); }, LibraryFault::None, nullptr},
-        {"a path that is refused", [](auto& w) { return w.MoveFolder(u"A"_s, u"B\\nul"_s); }, LibraryFault::NameRefused,
-         nullptr},
-        {"a new folder that is refused", [](auto& w) { return w.MakeFolder(u"nul\\A"_s).has_value(); },
-         LibraryFault::NameRefused, nullptr},
-        {"no such folder to remove", [](auto& w) { return w.RemoveFolder(u"Z"_s); }, LibraryFault::NoFolder, nullptr},
-        {"a new part that is refused", [](auto& w) { return w.PutPart(1, u"nul"_s, {}).has_value(); },
-         LibraryFault::NameRefused, nullptr},
-        {"a new part's attribute that is refused",
-         [](auto& w) {
-             return w.PutPart(1, u"N"_s, PartAttributes{0, {}, {}, u"a\tb"_s}).has_value();
-         },
-         LibraryFault::BadInput, nullptr},
-        {"a file of no part", [](auto& w) { return w.PutFile(999, FileSlot::Iga, "x") && w.Commit(); },
-         LibraryFault::NoPart, nullptr},
-        {"no part with a new name", [](auto& w) { return w.MovePart(999, 1, u"N"_s); }, LibraryFault::NoPart, nullptr},
+         NameRefused},
+        {"no such folder", [](auto& w) { return w.MoveFolder(u"Z"_s, u"Y"_s); }, NoFolder},
+        {"the root for a folder", [](auto& w) { return w.MoveFolder({}, u"Y"_s); }, BadInput},
+        {"a folder for the root", [](auto& w) { return w.MoveFolder(u"A"_s, {}); }, BadInput},
+        {"a folder where it is", [](auto& w) { return w.MoveFolder(u"A"_s, u"A"_s); }, None},
+        {"a path that is refused", [](auto& w) { return w.MoveFolder(u"A"_s, u"B\\nul"_s); }, NameRefused},
+        {"a new folder that is refused", [](auto& w) { return w.MakeFolder(u"nul\\A"_s).has_value(); }, NameRefused},
+        {"no such folder to remove", [](auto& w) { return w.RemoveFolder(u"Z"_s); }, NoFolder},
+        {"a new part that is refused", [](auto& w) { return w.PutPart(1, u"nul"_s, {}).has_value(); }, NameRefused},
+        {"a new part's attribute that is refused", [&](auto& w) { return w.PutPart(1, u"N"_s, refused).has_value(); },
+         BadInput},
+        {"a file of no part", [](auto& w) { return w.PutFile(999, FileSlot::Iga, "x") && w.Commit(); }, NoPart},
+        {"no part with a new name", [](auto& w) { return w.MovePart(999, 1, u"N"_s); }, NoPart},
         {"content that cannot be read",
          [](auto& w) { return w.Store(FileSlot::Iga, [](std::span<char>) { return qint64{-1}; }).has_value(); },
-         LibraryFault::ReadFailed, nullptr},
-        {"a folder that is not empty", [](auto& w) { return w.RemoveFolder(u"B\\C\\2008"_s); }, LibraryFault::BadInput,
-         nullptr},
-        {"the root", [](auto& w) { return w.RemoveFolder({}); }, LibraryFault::BadInput, nullptr},
+         ReadFailed},
+        {"a folder that is not empty", [](auto& w) { return w.RemoveFolder(u"B\\C\\2008"_s); }, BadInput},
+        {"the root", [](auto& w) { return w.RemoveFolder({}); }, BadInput},
         {"parts, and their folder then",
          [&](auto& w) {
              return w.RemoveParts(std::array{id(w, u"A", u"Q")}) && w.RemoveFolder(u"A"_s) &&
                     w.RemovePart(u"B\\C"_s, u"Top"_s);
          },
-         LibraryFault::None, "[][B][B\\C][B\\C\\2008]Bare=0 P10=2 P2=1 p1=1 "},
+         None, "[][B][B\\C][B\\C\\2008]Bare=0 P10=2 P2=1 p1=1 "},
         {"part of it fails",
          [&](auto& w) { return w.RemovePart(u"B\\C\\2008"_s, u"P2"_s) && w.RemoveParts(std::array{PartId{999}}); },
-         LibraryFault::NoPart, nullptr},
+         NoPart},
     };
     for (const auto& row : rows) {
         CBrowserSession session{libraries_.Places()};
@@ -120,7 +104,7 @@ TEST_F(LibraryEdits, EachIsSeenWholeOrNotAtAll)
         const auto writer = libraries_.At(u"SRV1"_s)->Edit(problem_);
         ASSERT_TRUE(writer != nullptr && writer->Begin()) << row.label;
         const bool done = row.edit(*writer);
-        EXPECT_EQ(done, row.fault == LibraryFault::None) << row.label << ": " << ProblemText(writer->Problem());
+        EXPECT_EQ(done, row.fault == None) << row.label << ": " << ProblemText(writer->Problem());
         if (done) {
             const std::string after = row.after != nullptr ? row.after : before;
             EXPECT_EQ(All(writer->Library()), after) << row.label;
