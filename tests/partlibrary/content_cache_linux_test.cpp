@@ -73,9 +73,12 @@ qint64 OnDisk(const fs::path& folder)
 
 class ContentCache : public testing::Test {
 protected:
+    // All that can be done to it, and what is given then.
+    void HarmEachWay();
+
     CTemporaryFolder work_;
-    const std::string folder_ = work_.Path("cache/contents");
-    const std::string target_ = work_.Path("target");
+    std::string folder_ = work_.Path("cache/contents");
+    std::string target_ = work_.Path("target");
 };
 
 TEST(ContentCacheSettings, AreTheUsersFolderAndTheLastOfTwoSizes)
@@ -116,6 +119,34 @@ TEST(ContentCacheSettings, AreTheUsersFolderAndTheLastOfTwoSizes)
 }
 
 TEST_F(ContentCache, GivesWhatWasKeptOrNothing)
+{
+    HarmEachWay();
+}
+
+// And a copy takes no room where the file system shares blocks.
+TEST_F(ContentCache, DoesSoWhereFilesShareTheirBlocks)
+{
+    PARTKEEP_NEEDS_MOUNTS();
+    const auto system_does = [this](const std::string& command) {
+        return std::system(("cd " + work_.Path().string() + " && " + command + " 2>/dev/null").c_str()) == 0;
+    };
+    if (!system_does("truncate -s 400M image && /sbin/mkfs.xfs -q image && mkdir xfs && mount -o loop image xfs")) {
+        GTEST_SKIP() << "no file can be a disk here: that takes root and xfsprogs";
+    }
+    folder_ = work_.Path("xfs/cache");
+    target_ = work_.Path("xfs/target");
+    HarmEachWay();
+    CContentCache cache({work_.Path("xfs/more"), 1 << 26});
+    Put(cache, QByteArray(1 << 23, 'x'));
+    sync();
+    const auto before = fs::space(target_).free;
+    EXPECT_EQ(Get(cache, QByteArray(1 << 23, 'x'), target_), 1);
+    sync();
+    EXPECT_LT(before, fs::space(target_).free + (1 << 20));
+    EXPECT_TRUE(system_does("umount -l xfs"));
+}
+
+void ContentCache::HarmEachWay()
 {
     const QByteArray content = Content(14);
     const std::string place = HashOf(content).toHex().toStdString().insert(2, "/");
