@@ -223,6 +223,25 @@ TEST_F(ServerAccess, ALibraryIsMadeWhereNoneIsAndRepairedOnlyFromABackup)
     RunInDatabase("DROP SCHEMA \"NEW\" CASCADE");
 }
 
+// Which comes to light again when the file goes.
+TEST_F(ServerAccess, AFileGoesBeforeADatabaseOfItsName)
+{
+    const QString folder = QString::fromStdString(target_.Path().string());
+    const QString file = folder + u"/SRV1.kpl"_s;
+    CBrowserSession session{CLibraryFolder(folder, {test_service})};
+    for (const bool is_file : {false, true, false}) {
+        LibraryProblem problem;
+        EXPECT_TRUE(is_file ? CSqliteWriter::Create(file, problem) : (fs::remove(file.toStdString()), true));
+        EXPECT_EQ(session.Refresh(), session.Library() != nullptr);
+        ASSERT_TRUE(session.Go(u"SRV1"_s, {}));
+        EXPECT_EQ(session.IsTwice(), is_file);
+        EXPECT_EQ(session.Folders(u"SRV1"_s, {}).value().empty(), is_file);
+        EXPECT_EQ(session.ReadPartAttributes(u"SRV1", u"Plates\\2008\\P1").has_value(), !is_file);
+        EXPECT_FALSE(session.FailsSince().isValid() || session.Go(u"SRV2"_s, {}));
+        EXPECT_EQ(session.Problem().fault, LibraryFault::NotFound);
+    }
+}
+
 // What is asked after a wait is answered at once, and the first call behind it waits no more than the first did.
 TEST_F(ServerAccess, WaitsOnceForAHoleInTheNetwork)
 {
