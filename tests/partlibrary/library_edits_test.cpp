@@ -168,6 +168,9 @@ TEST_F(LibraryEdits, ManyAtOnceAndTheValuesThatTheyHave)
         const auto values = library->Values(view, view.sort, 9);
         EXPECT_TRUE(view.sort == PartColumn::Name || (values && values->size() >= 3 && values->size() <= 9)) << way;
     }
+    session_.SetTargetFolder(target_.Core(u""));
+    EXPECT_EQ(session_.SelectAllParts(1), 1);
+    EXPECT_TRUE(Copy(u"Moved\\N0") && Copy(u"Moved\\N1")); // the rest is expected
     const auto admin = libraries_.At(u"SRV1"_s);
     EXPECT_FALSE(admin->Rebuild([](qint64 parts, qint64) { return parts < many / 2; }, problem_));
     EXPECT_EQ(problem_.fault, LibraryFault::Stopped);

@@ -4,6 +4,8 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
+#include <iterator>
 #include <set>
 
 namespace partkeep {
@@ -123,6 +125,24 @@ TEST_F(PartList, GoesThroughAllFolders)
     EXPECT_GT(library_->Refused(), 0);
     Forge(u"UPDATE part SET material = 'other'"_s);
     EXPECT_EQ(library_->Values({}, PartColumn::Material, 9).has_value(), InDatabase()) << "rows are not as stored";
+}
+
+TEST_F(PartList, GoesThroughAFolderByPagesOfAnySize)
+{
+    ForgePart(u"P/1"_s);
+    for (qint64 limit = 1; limit < 7; ++limit) {
+        Names names;
+        for (QString behind; behind.isEmpty() || names.size() % static_cast<std::size_t>(limit) == 0;) {
+            const auto rows = library_->PartsBehind(view_.folder, behind, limit).value();
+            if (rows.empty()) {
+                break;
+            }
+            std::ranges::transform(rows, std::back_inserter(names),
+                                   [](const auto& row) { return row.name.toStdString(); });
+            behind = rows.back().name;
+        }
+        EXPECT_EQ(names, (Names{"Bare", "P10", "P2", "p1"})) << limit;
+    }
 }
 
 TEST_F(PartList, TheSearchIndexFollowsItsParts)

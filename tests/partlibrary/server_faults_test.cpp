@@ -12,6 +12,36 @@
 namespace partkeep {
 namespace {
 
+using ServerCopies = ServerFaults;
+
+// By the time that it is the turn of a part which is kept, it may have gone.
+TEST_F(ServerCopies, AskOnceMoreForWhatWasToldAWhileAgo)
+{
+    ASSERT_TRUE(Load());
+    CBrowserSession session{CLibraryFolder({}, {tapped_station}, {target_.Path("kept"), 1 << 26})};
+    ASSERT_TRUE(session.Go(u"SRV1"_s, u"Load"_s));
+    const auto library = session.ShareLibrary();
+    const std::vector<PartId> ids = library->Ids(session.ListView()).value();
+    const SlotSet slots = SetOf(FileSlot::Iga) | SetOf(FileSlot::Ncd);
+    for (const bool gone : {false, true}) {
+        library->Expect(std::array{PartCopy{ids[0], slots}, PartCopy{ids[1], slots}, PartCopy{ids[2], slots}});
+        qint64 bytes = 0;
+        const auto copy = [&](PartId part, milliseconds wait) {
+            bytes = 0;
+            return library->CopyFiles(part, slots, [&](FileSlot, std::span<const char> block) {
+                std::this_thread::sleep_for(wait);
+                bytes += static_cast<qint64>(block.size());
+                return LibraryProblem{};
+            });
+        };
+        EXPECT_TRUE(copy(ids[0], milliseconds(1100)) && bytes == 1200000); // of either file
+        libraries_.Fill(
+            u"SRV1"_s, [&](ILibraryWriter& writer) { EXPECT_EQ(gone && writer.RemovePart(u"Load"_s, u"L2"_s), gone); });
+        EXPECT_TRUE(copy(ids[1], {}) == !gone && bytes == (gone ? 0 : 1200000));
+        EXPECT_TRUE(copy(ids[2], {}) && bytes == 1200000);
+    }
+}
+
 class ServerImports : public ServerFaults {
 protected:
     ServerImports()
