@@ -53,7 +53,10 @@ TEST_F(QtKeypad, FieldHoldsWhatKeysAndButtonsPutIn)
     };
     const UserStep escape = Pressing(keypad, Qt::Key_Escape);
     const UserStep back = Pressing(keypad, Qt::Key_Backspace);
+    const UserStep enter = Pressing(keypad, Qt::Key_Return);
+    const UserStep tab = Pressing(keypad, Qt::Key_Tab);
     const UserStep six = Clicking(keypad, RES_DIGIT_6);
+    const UserStep nine = Clicking(keypad, RES_DIGIT_9);
     const UserStep zeros = Clicking(keypad, RES_DIGIT_00);
     const struct {
         const char* label;
@@ -64,28 +67,19 @@ TEST_F(QtKeypad, FieldHoldsWhatKeysAndButtonsPutIn)
         {"six typed characters give five", {Typing(keypad, "123456"), escape}, u"12345"},
         {"paste fills up to five", {Typing(keypad, "12"), paste, escape}, u"12345"},
         {"buttons pass the limit, keys do not", {Typing(keypad, "12345"), six, Typing(keypad, "7"), escape}, u"123456"},
-        {"one can type again below the limit",
+        {"typing again below the limit",
          {Typing(keypad, "12345"), six, back, back, Typing(keypad, "89"), escape},
          u"12348"},
-        {"button takes the selected text away",
-         {Typing(keypad, "12345"), Selecting(1, 2), Clicking(keypad, RES_DIGIT_9), escape},
-         u"1459"},
+        {"button takes the selected text away", {Typing(keypad, "12345"), Selecting(1, 2), nine, escape}, u"1459"},
         {"selection outlives the focus",
-         {Typing(keypad, "123"), Selecting(0, 2), Pressing(keypad, Qt::Key_Tab), Pressing(keypad, Qt::Key_Space),
-          escape},
+         {Typing(keypad, "123"), Selecting(0, 2), tab, Pressing(keypad, Qt::Key_Space), escape},
          u"31"},
         {"caret in the middle stays when the limit moves, digits land at the end",
          {zeros, zeros, zeros, Pressing(keypad, Qt::Key_Home), Pressing(keypad, Qt::Key_Delete),
           Pressing(keypad, Qt::Key_Delete), Typing(keypad, "5"), back, six, escape},
          u"00006"},
-        {"Enter means OK after a tap",
-         {six, Clicking(keypad, RES_DIGIT_2), Pressing(keypad, Qt::Key_Enter)},
-         u"62",
-         id_ok},
-        {"Enter presses the button that the Tab key chose",
-         {Pressing(keypad, Qt::Key_Tab), Pressing(keypad, Qt::Key_Return), Clicking(keypad, RES_OK)},
-         u"1",
-         id_ok},
+        {"Enter means OK after a tap", {six, nine, Pressing(keypad, Qt::Key_Enter)}, u"69", id_ok},
+        {"Enter presses what the Tab key chose", {tab, enter, Clicking(keypad, RES_OK)}, u"1", id_ok},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.label);
