@@ -128,76 +128,6 @@ Lines ExpandCalls(const std::string& shorthand)
     return calls;
 }
 
-// What each step does. Steps that open the keypad take the quantity that it is given, "-" to cancel it, or nothing
-// where it does not open.
-struct COperatorRun::Verbs {
-    using Verb = std::function<void(COperatorRun& run, CScriptedWindow& window, const Lines& words)>;
-
-    static const std::map<std::string, Verb> all;
-};
-
-const std::map<std::string, COperatorRun::Verbs::Verb> COperatorRun::Verbs::all = {
-    {"add", [](auto& run, auto& window, auto& words) { run.PressWithKeypad(window, RES_ADD, words[1]); }},
-    {"load", [](auto& run, auto& window, auto& words) { run.PressWithKeypad(window, RES_LOAD, words[1]); }},
-    {"enter", [](auto&, auto& window, auto&) { window.PressKey({key_return}); }},
-    {"escape", [](auto&, auto& window, auto&) { window.PressKey({key_escape}); }},
-    {"all", [](auto&, auto& window, auto&) { window.PressKey({key_a, true, false}); }},
-    {"cancel", [](auto&, auto& window, auto&) { window.PressButton(id_cancel); }},
-    {"ask", [](auto&, auto& window, auto&) { window.PressButton(RES_ASK_QUANTITY); }},
-    {"filter", [](auto&, auto& window, auto& words) { window.PressButton(tools.at(words[1])); }},
-    {"unit", [](auto&, auto& window, auto& words) { window.ChooseEntry(RES_UNIT, words[1] == "inch" ? 1 : 0); }},
-    // In the list's window, by row.
-    {"hide", [](auto& run, auto&, auto&) { run.windows.Find(RES_SELECTED_PARTS_DIALOG)->PressCloseBox(); }},
-    {"remove",
-     [](auto& run, auto&, auto& words) {
-         CScriptedWindow* list = run.windows.Find(RES_SELECTED_PARTS_DIALOG);
-         list->SelectRows(RES_PART_LIST, {std::stoi(words[1])});
-         list->PressButton(RES_REMOVE);
-     }},
-    {"change",
-     [](auto& run, auto&, auto& words) {
-         CScriptedWindow* list = run.windows.Find(RES_SELECTED_PARTS_DIALOG);
-         list->SelectRows(RES_PART_LIST, {std::stoi(words[1])});
-         run.PressWithKeypad(*list, RES_CHANGE_QUANTITY, words[2]);
-     }},
-    // In the browser.
-    {"go",
-     [](auto& run, auto&, auto& words) {
-         EXPECT_TRUE(run.session_->Go(Qt(words[1]), Qt(words[2])));
-     }},
-    {"select",
-     [](auto& run, auto&, auto& words) {
-         QStringList names;
-         std::transform(words.begin() + 1, words.end() - 1, std::back_inserter(names), Qt);
-         EXPECT_TRUE(run.session_->SelectParts(names));
-     }},
-    {"first",
-     [](auto& run, auto&, auto& words) {
-         auto ids = run.session_->Library()->Ids(run.session_->ListView()).value();
-         ids.resize(std::stoul(words[1]));
-         run.session_->Select(ids);
-     }},
-    {"none", [](auto& run, auto&, auto&) { run.session_->Select({}); }},
-    {"sort", [](auto& run, auto&, auto&) { run.session_->SortBy(PartColumn::Thickness, true); }},
-    // On the disk.
-    {"lose", [](auto& run, auto&, auto& words) { EXPECT_TRUE(fs::remove(run.folder.Path("Work/" + words[1]))); }},
-    {"vanish",
-     [](auto& run, auto&, auto& words) { EXPECT_TRUE(fs::remove(run.LibraryFile(Qt(words[1])).toStdString())); }},
-    {"delete",
-     [](auto& run, auto&, auto& words) {
-         LibraryProblem problem;
-         const auto writer = CSqliteWriter::Open(run.LibraryFile(run.session_->CurrentServer()), problem);
-         const auto part = run.session_->Library()->FindPart(run.session_->CurrentFolder().path, Qt(words[1]));
-         EXPECT_TRUE(part && writer != nullptr && writer->Begin() && writer->RemoveParts({&part->id, 1}) &&
-                     writer->Commit());
-     }},
-    {"disk",
-     [](auto& run, auto&, auto& words) {
-         run.disk_.emplace(run.folder.Path("Work"), "2m");
-         words[1] == "readonly" ? run.disk_->SetReadOnly(true) : run.disk_->Fill(std::stoul(words[1]));
-     }},
-};
-
 COperatorRun::COperatorRun(const fs::path& source)
 {
     fs::create_directory(folder.Path("Work"));
@@ -232,10 +162,75 @@ void COperatorRun::Script(const std::string& steps)
             }
             Lines words = Words(step);
             words.emplace_back(); // for a step without a quantity
-            Verbs::all.at(words[0])(*this, window, words);
+            Do(window, words);
         });
     }
     windows.Play(RES_SELECTION_DIALOG, std::move(actions));
+}
+
+// Steps that open the keypad take the quantity that it is given, "-" to cancel it, or nothing where it does not open.
+void COperatorRun::Do(CScriptedWindow& window, const Lines& words)
+{
+    CScriptedWindow* const list = windows.Find(RES_SELECTED_PARTS_DIALOG);
+    const auto select_row = [&] { list->SelectRows(RES_PART_LIST, {std::stoi(words[1])}); };
+    const std::map<std::string, std::function<void()>> verbs = {
+        {"add", [&] { PressWithKeypad(window, RES_ADD, words[1]); }},
+        {"load", [&] { PressWithKeypad(window, RES_LOAD, words[1]); }},
+        {"enter", [&] { window.PressKey({key_return}); }},
+        {"escape", [&] { window.PressKey({key_escape}); }},
+        {"all",
+         [&] {
+             window.PressKey({key_a, true, false});
+         }},
+        {"cancel", [&] { window.PressButton(id_cancel); }},
+        {"ask", [&] { window.PressButton(RES_ASK_QUANTITY); }},
+        {"filter", [&] { window.PressButton(tools.at(words[1])); }},
+        {"unit", [&] { window.ChooseEntry(RES_UNIT, words[1] == "inch" ? 1 : 0); }},
+        // In the list's window, by row.
+        {"hide", [&] { list->PressCloseBox(); }},
+        {"remove",
+         [&] {
+             select_row();
+             list->PressButton(RES_REMOVE);
+         }},
+        {"change",
+         [&] {
+             select_row();
+             PressWithKeypad(*list, RES_CHANGE_QUANTITY, words[2]);
+         }},
+        // In the browser.
+        {"go", [&] { EXPECT_TRUE(session_->Go(Qt(words[1]), Qt(words[2]))); }},
+        {"select",
+         [&] {
+             QStringList names;
+             std::transform(words.begin() + 1, words.end() - 1, std::back_inserter(names), Qt);
+             EXPECT_TRUE(session_->SelectParts(names));
+         }},
+        {"first",
+         [&] {
+             auto ids = session_->Library()->Ids(session_->ListView()).value();
+             ids.resize(std::stoul(words[1]));
+             session_->Select(ids);
+         }},
+        {"none", [&] { session_->Select({}); }},
+        {"sort", [&] { session_->SortBy(PartColumn::Thickness, true); }},
+        // On the disk.
+        {"lose", [&] { EXPECT_TRUE(fs::remove(folder.Path("Work/" + words[1]))); }},
+        {"vanish", [&] { EXPECT_TRUE(fs::remove(LibraryFile(Qt(words[1])).toStdString())); }},
+        {"delete",
+         [&] {
+             LibraryProblem problem;
+             const auto writer = CSqliteWriter::Open(LibraryFile(session_->CurrentServer()), problem);
+             EXPECT_TRUE(writer != nullptr && writer->Begin() &&
+                         writer->RemovePart(session_->CurrentFolder().path, Qt(words[1])) && writer->Commit());
+         }},
+        {"disk",
+         [&] {
+             disk_.emplace(folder.Path("Work"), "2m");
+             words[1] == "readonly" ? disk_->SetReadOnly(true) : disk_->Fill(std::stoul(words[1]));
+         }},
+    };
+    verbs.at(words[0])();
 }
 
 HostResult COperatorRun::Play(PartkeepReadImpl& host, bool multi, const std::string& steps)

@@ -62,8 +62,7 @@ public:
     PartkeepReadImpl object{services};
 
 private:
-    struct Verbs;
-
+    void Do(CScriptedWindow& window, const Lines& words); // one step
     void PressWithKeypad(CScriptedWindow& window, int button, const std::string& quantity);
     [[nodiscard]] std::string Place(const CScriptedWindow& window) const;
     void CheckPart(const PartRecord& record, const Lines& files) const;

@@ -34,9 +34,7 @@ void FillEdges(CTestLibraries& libraries)
 {
     using enum FileSlot;
     libraries.Fill(u"EDGE"_s, [](ILibraryWriter& writer) {
-        for (int number = 1; number <= 257; ++number) {
-            PutTestPart(writer, u"Many"_s, u'P' + QString::number(number), SetOf(Iga));
-        }
+        PutTestParts(writer, u"Many"_s, u"P%1"_s, 1, 258);
         for (const char* name : {"P", "P.1", "P.1.2", "Case", "CASE"}) {
             PutTestPart(writer, u"Names"_s, QString::fromLatin1(name), SetOf(Iga) | SetOf(Ncd));
         }
