@@ -26,13 +26,14 @@ protected:
         return CLibraryFolder({}, {test_service + u"-station"_s}, {contents_, most_bytes});
     }
 
-    static void Open(CBrowserSession& session, CTemporaryFolder& target)
-    {
-        session.SetTargetFolder(target.Core());
-        session.SetDataKind(-1);
-        EXPECT_TRUE(session.Go(u"SRV1"_s, u"Plates\\2008"_s));
-        session.SelectAllParts(1);
-    }
+    // With all parts of the shop's folder selected.
+    struct FarSession : CCopyingSession {
+        FarSession(const CLibraryFolder& places, const CTemporaryFolder& target) : CCopyingSession(places, target)
+        {
+            EXPECT_TRUE(Go(u"SRV1"_s, u"Plates\\2008"_s));
+            SelectAllParts(1);
+        }
+    };
 
     // As a Load does. What has arrived, in order; nothing where a part did not.
     std::vector<std::string> Load(CBrowserSession& session)
@@ -56,8 +57,7 @@ protected:
 
     std::vector<std::string> LoadAnew(qint64 most_bytes)
     {
-        CBrowserSession session{Far(most_bytes)};
-        Open(session, target_);
+        FarSession session(Far(most_bytes), target_);
         return Load(session);
     }
 
@@ -124,8 +124,7 @@ TEST_F(FarLibrary, WhatHasChangedSinceItWasSelectedIsNotCopiedFromHere)
          {}},
     };
     for (const auto& row : rows) {
-        CBrowserSession session{Far(1 << 26)};
-        Open(session, target_);
+        FarSession session(Far(1 << 26), target_);
         const std::u16string path = u"Plates\\2008\\" + row.part;
         EXPECT_TRUE(session.ReadPartAttributes(u"SRV1", path).has_value());
         libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& writer) {
@@ -217,8 +216,7 @@ TEST_F(FarLibrary, EachContentComesOverTheLineOnce)
             fs::remove_all(contents_);
         }
         const long before = line.Bytes();
-        CBrowserSession session{CLibraryFolder({}, {u"far"_s}, {contents_, row.most_bytes})};
-        session.SetTargetFolder(target_.Core());
+        CCopyingSession session(CLibraryFolder({}, {u"far"_s}, {contents_, row.most_bytes}), target_);
         session.SetPartFilter(row.filter);
         ASSERT_TRUE(session.Go(u"SRV1"_s, u"Far"_s));
         const long asked = line.Questions();
@@ -317,8 +315,7 @@ TEST_F(FarLibrary, WhoeverPausesGetsAllAndAsItIsByThen)
     for (const char* const limit : {"-1", "1"}) {
         put(0, '1');
         RunInDatabase(std::string("ALTER ROLE station CONNECTION LIMIT ") + limit);
-        CBrowserSession session{Far(0)};
-        session.SetTargetFolder(target_.Core());
+        CCopyingSession session(Far(0), target_);
         ASSERT_TRUE(session.Go(u"SRV1"_s, u"Far"_s));
         session.SelectAllParts(1);
         for (int i = 0; i < parts; ++i) {
@@ -357,12 +354,10 @@ TEST_F(FarLibrary, WhoeverPausesGetsAllAndAsItIsByThen)
 
 TEST_F(FarLibrary, WhatWasLoadedLoadsWhileTheServerIsAway)
 {
-    CBrowserSession session{Far(1 << 26)};
-    Open(session, target_);
+    FarSession session(Far(1 << 26), target_);
     EXPECT_EQ(Load(session), all_);
     EXPECT_FALSE(session.Library()->AsOf().isValid());
-    CBrowserSession selected{Far(0)};
-    Open(selected, target_);
+    FarSession selected(Far(0), target_);
     std::this_thread::sleep_for(std::chrono::milliseconds(2100)); // a moment ago is as good as now
     ASSERT_TRUE(SignalDatabase("STOP"));
     EXPECT_EQ(selected.GetSelectedPart(4).value_or(SelectedPart()).name, u"P10"_s) << "which nobody has asked for yet";

@@ -18,14 +18,12 @@ protected:
     // Does what a browser does with a server and gives what it had to tell. What arrives is as it was stored.
     std::string UseServer(const std::string& label = "")
     {
-        CBrowserSession session{CLibraryFolder(libraries_.Folder())};
+        CCopyingSession session(libraries_.Places(), target_);
         session.ConnectServer(u"SRV1");
         session.SetCurrentFolder(u"Plates\\2008");
         session.SelectAllParts(1);
         static_cast<void>(session.GetSelectedPart(0));
         session.RefreshPartList();
-        session.SetTargetFolder(target_.Core());
-        session.SetDataKind(-1);
         session.CopyPartFiles(u"SRV1", u"Plates\\2008\\P1");
         for (const std::string& name : Take()) {
             EXPECT_NE(name.front(), '!') << label << ": " << name;
@@ -103,9 +101,7 @@ TEST_F(LibraryDamage, AChangedOrMissingPieceIsFound)
     for (const auto& row : rows) {
         WriteBytes(file_, sound_);
         Forge(QString::fromLatin1(row.damage));
-        CBrowserSession session{CLibraryFolder(libraries_.Folder())};
-        session.SetTargetFolder(target_.Core());
-        session.SetDataKind(-1);
+        CCopyingSession session(libraries_.Places(), target_);
         session.Go(u"SRV1"_s, {});
         EXPECT_EQ(session.CopyPartFiles(u"SRV1", u"\\Large"), *row.told == '\0') << row.damage;
         EXPECT_NE(ProblemText(session.Problem()).find(row.told), std::string::npos) << row.damage;
@@ -161,8 +157,7 @@ TEST_F(LibraryDamage, SearchAndImportEndWhateverTheRowsSay)
 // Twins among folders, each with twins inside, and names out of order.
 TEST_F(LibraryDamage, WalksEndWhateverTheIndexesSay)
 {
-    LibraryProblem problem;
-    auto forger = CConnection::Open(library_file_, OpenMode::Write, problem);
+    auto forger = Forger();
     sqlite3_db_config(forger->Engine(), SQLITE_DBCONFIG_DEFENSIVE, 0, nullptr);
     ASSERT_TRUE(forger->Execute("DROP INDEX folder_by_path"));
     QString path;
@@ -179,6 +174,7 @@ TEST_F(LibraryDamage, WalksEndWhateverTheIndexesSay)
     }
     forger.reset();
     SwapEntries(u"part_by_name"_s, 1, 3);
+    LibraryProblem problem;
     const auto library = CSqliteLibrary::Open(library_file_, problem);
     ASSERT_NE(library, nullptr) << ProblemText(problem);
     EXPECT_EQ(AllFolders(*library)->size(), 3U + 30U);
@@ -190,8 +186,7 @@ TEST_F(LibraryDamage, WalksEndWhateverTheIndexesSay)
 // Beside another library, or another state of the same, it is set aside.
 TEST_F(LibraryDamage, AnInterruptedWriteIsTakenBackWhereItBelongs)
 {
-    LibraryProblem problem;
-    auto writer = CConnection::Open(library_file_, OpenMode::Write, problem);
+    auto writer = Forger();
     for (const char* sql :
          {"PRAGMA cache_spill=1", "PRAGMA cache_size=2", "BEGIN", "PRAGMA user_version=4", "DELETE FROM piece",
           "UPDATE part SET comment = 'half'", "INSERT INTO piece VALUES(900000, 0, zeroblob(4000000))"}) {
@@ -216,6 +211,7 @@ TEST_F(LibraryDamage, AnInterruptedWriteIsTakenBackWhereItBelongs)
     for (const QString& name : {u"L"_s, u"M"_s}) {
         libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& other) { PutTestPart(other, u"Later"_s, name, 1); });
     }
+    LibraryProblem problem;
     const std::string later = ReadBytes(file_);
     leave(later);
     EXPECT_EQ(Check(), "") << "a later state of the same library";

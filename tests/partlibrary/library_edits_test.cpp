@@ -9,30 +9,6 @@ namespace {
 
 class LibraryEdits : public LibraryShop {
 protected:
-    // All folders and parts, with what tells an edit.
-    static void Tell(IPartLibrary& library, const QString& path, std::string& told) // NOLINT(misc-no-recursion)
-    {
-        const auto folder = library.FindFolder(path);
-        const auto parts = library.PartsBehind(folder ? folder->id : 0, {}, 100);
-        const auto inside = library.Folders(path);
-        ASSERT_TRUE(folder && parts && inside && library.FindFolder(folder->id)->path == path);
-        told += "[" + ToUtf8(path) + "]";
-        for (const PartRow& part : *parts) {
-            const auto files = library.Files(std::array{part.id});
-            ASSERT_TRUE(files && library.FindPart(path, part.name)->id == part.id);
-            told += ToUtf8(part.name + u'=' + part.material) + std::to_string(files->size()) + " ";
-        }
-        for (const FolderRow& row : *inside) {
-            Tell(library, row.path, told);
-        }
-    }
-    static std::string All(IPartLibrary& library)
-    {
-        std::string told;
-        Tell(library, {}, told);
-        return told;
-    }
-
     LibraryProblem problem_;
 };
 
@@ -52,18 +28,18 @@ TEST_F(LibraryEdits, EachIsSeenWholeOrNotAtAll)
         const char* after = nullptr; // as before
     } rows[] = {
         {"attributes", [&](auto& w) { return w.SetAttributes(p1(w), copper); }, None,
-         "[][Plates]Top=1 [Plates\\2008]Bare=0 P1=Cu7 P10=2 P2=1 p1=1 "},
+         "[][Plates]Top=1 [Plates\\2008]Bare=0 P1=Cu7/7 P10=2/-1 P2=1 p1=1 "},
         {"an attribute that is refused", [&](auto& w) { return w.SetAttributes(p1(w), refused); }, BadInput},
         {"no such part", [&](auto& w) { return w.SetAttributes(999, {}); }, NoPart},
         {"a name", [&](auto& w) { return w.MovePart(p1(w), *w.MakeFolder(u"A"_s), u"Q"_s); }, None,
-         "[][A]Q=Cu7 [Plates]Top=1 [Plates\\2008]Bare=0 P10=2 P2=1 p1=1 "},
+         "[][A]Q=Cu7/7 [Plates]Top=1 [Plates\\2008]Bare=0 P10=2/-1 P2=1 p1=1 "},
         {"the same name", [&](auto& w) { return w.MovePart(id(w, u"A", u"Q"), *w.MakeFolder(u"A"_s), u"Q"_s); }, None},
         {"a name that another has",
          [&](auto& w) { return w.MovePart(id(w, u"A", u"Q"), *w.MakeFolder(u"Plates\\2008"_s), u"P2"_s); },
          AlreadyThere},
         {"a name that is refused", [&](auto& w) { return w.MovePart(id(w, u"A", u"Q"), 1, u"nul"_s); }, NameRefused},
         {"a folder with a folder", [](auto& w) { return w.MoveFolder(u"Plates"_s, u"B\\C"_s); }, None,
-         "[][A]Q=Cu7 [B][B\\C]Top=1 [B\\C\\2008]Bare=0 P10=2 P2=1 p1=1 "},
+         "[][A]Q=Cu7/7 [B][B\\C]Top=1 [B\\C\\2008]Bare=0 P10=2/-1 P2=1 p1=1 "},
         {"a folder into itself", [](auto& w) { return w.MoveFolder(u"B"_s, u"B\\C\\D"_s); }, BadInput},
         {"a folder that is there", [](auto& w) { return w.MoveFolder(u"A"_s, u"B"_s); }, AlreadyThere},
         {"a folder inside gets too long", [](auto& w) { return w.MoveFolder(u"B\\C"_s, QString(95, u'x')); },
@@ -90,7 +66,7 @@ TEST_F(LibraryEdits, EachIsSeenWholeOrNotAtAll)
              return w.RemoveParts(std::array{id(w, u"A", u"Q")}) && w.RemoveFolder(u"A"_s) &&
                     w.RemovePart(u"B\\C"_s, u"Top"_s);
          },
-         None, "[][B][B\\C][B\\C\\2008]Bare=0 P10=2 P2=1 p1=1 "},
+         None, "[][B][B\\C][B\\C\\2008]Bare=0 P10=2/-1 P2=1 p1=1 "},
         {"part of it fails",
          [&](auto& w) { return w.RemovePart(u"B\\C\\2008"_s, u"P2"_s) && w.RemoveParts(std::array{PartId{999}}); },
          NoPart},

@@ -6,6 +6,7 @@
 #include "partlibrary/sqlite/schema.h"
 #include "partlibrary/sqlite/sqlite_admin.h"
 
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -162,8 +163,6 @@ void CTestLibraries::MakeShop()
 LibraryShop::LibraryShop()
 {
     libraries_.MakeShop();
-    session_.SetTargetFolder(target_.Core());
-    session_.SetDataKind(-1);
 }
 
 std::vector<std::string> LibraryShop::Take()
@@ -185,10 +184,16 @@ void LibraryShop::Forge(const QString& sql)
         RunInDatabase(ToUtf8(QString(translated).replace(u"x'"_s, u"'\\x"_s).replace(u"BLOB"_s, u"bytea"_s)));
         return;
     }
-    LibraryProblem problem;
-    const auto connection = CConnection::Open(library_file_, OpenMode::Write, problem);
-    Require(connection != nullptr, problem);
+    const auto connection = Forger();
     Require(connection->Execute(ToUtf8(sql)), connection->Problem());
+}
+
+std::shared_ptr<CConnection> LibraryShop::Forger() const
+{
+    LibraryProblem problem;
+    auto connection = CConnection::Open(library_file_, OpenMode::Write, problem);
+    Require(connection != nullptr, problem);
+    return connection;
 }
 
 void LibraryShop::ForgePart(const QString& name)
@@ -197,12 +202,11 @@ void LibraryShop::ForgePart(const QString& name)
         RunInDatabase("UPDATE part SET name = $q$" + ToUtf8(name) + "$q$ WHERE slots = 127");
         return;
     }
-    LibraryProblem problem;
-    const auto connection = CConnection::Open(library_file_, OpenMode::Write, problem);
+    const auto connection = Forger();
     PartRow row;
     {
         CStatement find(*connection, std::string("SELECT ") + part_row_columns + " FROM part WHERE slots = 127");
-        Require(find.Next(), problem);
+        Require(find.Next(), connection->Problem());
         static_cast<void>(ReadPartRow(find, row));
     }
     row.name = name;
@@ -213,14 +217,13 @@ void LibraryShop::ForgePart(const QString& name)
 
 void LibraryShop::ForgeFolder(const QString& path)
 {
+    const QString name = path.mid(path.lastIndexOf(u'\\') + 1);
     if (InDatabase()) {
-        RunInDatabase("UPDATE folder SET name = $q$" + ToUtf8(path.mid(path.lastIndexOf(u'\\') + 1)) +
-                      "$q$, path = $q$" + ToUtf8(path) + "$q$ WHERE id = 2");
+        RunInDatabase("UPDATE folder SET name = $q$" + ToUtf8(name) + "$q$, path = $q$" + ToUtf8(path) +
+                      "$q$ WHERE id = 2");
         return;
     }
-    LibraryProblem problem;
-    const auto connection = CConnection::Open(library_file_, OpenMode::Write, problem);
-    const QString name = path.mid(path.lastIndexOf(u'\\') + 1);
+    const auto connection = Forger();
     Require(connection->Execute("UPDATE folder SET name = ?, path = ?, sum = ? WHERE id = 2", name, path,
                                 FolderSum(connection->Salt(), 2, root_folder, ToUtf8(name), ToUtf8(path))),
             connection->Problem());
@@ -228,17 +231,37 @@ void LibraryShop::ForgeFolder(const QString& path)
 
 void LibraryShop::SwapEntries(const QString& name, qsizetype first, qsizetype second)
 {
-    LibraryProblem problem;
-    auto connection = CConnection::Open(library_file_, OpenMode::Read, problem);
     const auto page = [&] {
+        const auto connection = Forger();
         CStatement root(*connection, "SELECT rootpage FROM sqlite_schema WHERE name = ?");
         return root.With(name).Next() ? root.Integer(0) : 0;
     }();
-    connection.reset();
     std::string bytes = ReadBytes(library_file_.toStdString());
     const auto entries = bytes.begin() + (page - 1) * page_bytes + 8; // behind the head of a page without others below
     std::swap_ranges(entries + 2 * first, entries + 2 * first + 2, entries + 2 * second);
     WriteBytes(library_file_.toStdString(), bytes);
+}
+
+std::string LibraryShop::All(IPartLibrary& library, const QString& path) // NOLINT(misc-no-recursion)
+{
+    const auto folder = library.FindFolder(path);
+    const auto parts = library.PartsBehind(folder ? folder->id : 0, {}, 100);
+    const auto inside = library.Folders(path);
+    if (!folder || !parts || !inside || library.FindFolder(folder->id)->path != path) {
+        ADD_FAILURE() << path.toStdString() << ": " << ProblemText(library.Problem());
+        return "?";
+    }
+    std::string told = "[" + ToUtf8(path) + "]";
+    for (const PartRow& part : *parts) {
+        const auto files = library.Files(std::array{part.id});
+        EXPECT_TRUE(files && library.FindPart(path, part.name)->id == part.id) << part.name.toStdString();
+        told += ToUtf8(part.name + u'=' + part.material) + std::to_string(files ? files->size() : 0);
+        told += (part.thickness != 0 ? "/" + std::to_string(part.thickness) : "") + " ";
+    }
+    for (const FolderRow& row : *inside) {
+        told += All(library, row.path);
+    }
+    return told;
 }
 
 std::string LibraryShop::Check() const

@@ -48,6 +48,15 @@ void RunInDatabase(const std::string& sql);
 // The server starts anew, whether it still runs or was ended.
 void RestartDatabase();
 
+// Copies every kind of file into a folder.
+struct CCopyingSession : CBrowserSession {
+    CCopyingSession(CLibraryFolder places, const CTemporaryFolder& target) : CBrowserSession(std::move(places))
+    {
+        SetTargetFolder(target.Core());
+        SetDataKind(-1);
+    }
+};
+
 class CTestLibraries {
 public:
     CTestLibraries();
@@ -91,13 +100,19 @@ protected:
     // Two entries in the first page of a table or an index change places.
     void SwapEntries(const QString& name, qsizetype first, qsizetype second);
 
+    // To its file.
+    [[nodiscard]] std::shared_ptr<CConnection> Forger() const;
+
+    // All folders and parts with what tells an edit: "[Plates]P1=SPCC7/15000 " has seven files and is 1.5 mm thick.
+    static std::string All(IPartLibrary& library, const QString& folder = {});
+
     // What the tool's check has to say of SRV1, in lines; nothing for a sound library.
     [[nodiscard]] std::string Check() const;
 
     CTestLibraries libraries_;
     CTemporaryFolder target_;
     QString library_file_ = libraries_.FileOf(u"SRV1"_s);
-    CBrowserSession session_{libraries_.Places()};
+    CCopyingSession session_{libraries_.Places(), target_};
 };
 
 } // namespace partkeep

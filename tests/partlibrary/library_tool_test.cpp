@@ -50,24 +50,10 @@ protected:
         WriteBytes(path, bytes);
     }
 
-    // "folder/part=thickness material " of each part, with slashes.
     std::string Left()
     {
-        EXPECT_EQ(Run({"list", library_}), 0) << err_.str();
-        std::string left;
-        std::istringstream lines(out_.str());
-        for (std::string line; std::getline(lines, line);) {
-            std::istringstream fields(line);
-            std::string field[4];
-            for (std::string& text : field) {
-                std::getline(fields, text, '\t');
-            }
-            left += field[0] + (field[0].empty() ? "" : "/") + field[1] + "=";
-            left += field[2].substr(0, field[2].find_last_not_of(".0") + 1) + (field[2] == "0.0000" ? "0" : "") +
-                    field[3] + " ";
-        }
-        std::ranges::replace(left, '\\', '/');
-        return left;
+        LibraryProblem problem;
+        return All(*libraries_.At(u"SRV1"_s)->Open(problem));
     }
 
     const fs::path before_ = fs::current_path();
@@ -235,8 +221,10 @@ TEST_F(LibraryTool, ChangesWhatIsNamedAndTellsHowItEnded)
         std::vector<std::string> arguments;
         int end;
         const char* told;           // by either stream
-        const char* left = nullptr; // "folder/part=thickness material", in the order of the list; null: as before
+        const char* left = nullptr; // as All tells it; null: as before
     } rows[] = {
+        {{"list"}, 0, "P1\t1.5000\tSPCC\tタレット\t.iga .bmf .SY5 .NCD 2D 3D PNG\t取付板\nPlates\\2008\tp1\t0.0000\t"},
+        {{"list"}, 0, "\tP2\t0.0000\t\t\t.bmf\t\nPlates\\2008\tP10\t-0.0001\t"},
         {{"remove", "Plates/*/P?", "--dry-run"}, 0, "would have removed 2 parts"},
         {{"remove", "Plates/Top", "Plates/2008/Nil"}, 4, "Nil: there is no such part"},
         {{"remove", "*x"}, 4, "no such part"},
@@ -244,8 +232,7 @@ TEST_F(LibraryTool, ChangesWhatIsNamedAndTellsHowItEnded)
         {{"set", "--csv", "t.csv"},
          0,
          "set 1 part\n",
-         "Plates/Top=0 Plates/2008/Bare=0 Plates/2008/P1=2.5SPCC Plates/2008/p1=0 "
-         "Plates/2008/P2=0 Plates/2008/P10=-0.0001 "},
+         "[][Plates]Top=1 [Plates\\2008]Bare=0 P1=SPCC7/25000 P10=2/-1 P2=1 p1=1 "},
         {{"set", "--csv", "gone.csv"}, 4, "gone.csv, line 2"},
         {{"set", "**/P*", "--thickness", "1x"}, 3, "no thickness"},
         {{"set", "**/P1*", "--material", "Cu", "--comment", "\t"}, 3, "control"},
@@ -254,20 +241,19 @@ TEST_F(LibraryTool, ChangesWhatIsNamedAndTellsHowItEnded)
         {{"set", "**/P1*", "--material", "Cu", "--thickness", "1"},
          0,
          "set 2 parts",
-         "Plates/Top=0 Plates/2008/Bare=0 Plates/2008/P1=1Cu Plates/2008/p1=0 Plates/2008/P2=0 Plates/2008/P10=1Cu "},
+         "[][Plates]Top=1 [Plates\\2008]Bare=0 P1=Cu7/10000 P10=Cu2/10000 P2=1 p1=1 "},
         {{"rename", "**/P?", "Q"}, 3, "one name for several"},
         {{"rename", "**/P1*", "P2*"}, 3, "P2: it exists already"},
         {{"rename", "**/P1*", "nul*"}, 3, "device"},
         {{"rename", "Plates/2008/P*", "Q-*", "--json"},
          0,
          R"("path":"Plates\\2008\\P10","to":"Plates\\2008\\Q-10")",
-         "Plates/Top=0 Plates/2008/Bare=0 Plates/2008/p1=0 Plates/2008/Q-1=1Cu Plates/2008/Q-2=0 "
-         "Plates/2008/Q-10=1Cu "},
+         "[][Plates]Top=1 [Plates\\2008]Bare=0 Q-1=Cu7/10000 Q-10=Cu2/10000 Q-2=1 p1=1 "},
         {{"move", "Plates/2008/Q-1", "Plates/", "--to", "Plates"}, 3, "does not go into itself"},
         {{"move", "Plates/2008/Q-?", "Plates/Top", "--to", "A/B"},
          0,
          "moved 3 parts",
-         "A/B/Q-1=1Cu A/B/Q-2=0 A/B/Top=0 Plates/2008/Bare=0 Plates/2008/p1=0 Plates/2008/Q-10=1Cu "},
+         "[][A][A\\B]Q-1=Cu7/10000 Q-2=1 Top=1 [Plates][Plates\\2008]Bare=0 Q-10=Cu2/10000 p1=1 "},
         {{"rename", "**/*/", "*2", "--dry-run"}, 0, "would have renamed 4 folders"},
         {{"move", "A/", "A/B/", "--to", "C", "--dry-run"}, 0, "would have moved 2 folders"},
         {{"list", "--names", "--folder", "**"}, 0, "A/B/\nA/B/Q-1\n"},
@@ -275,16 +261,16 @@ TEST_F(LibraryTool, ChangesWhatIsNamedAndTellsHowItEnded)
         {{"rename", "*/2008/", "2009"},
          0,
          "renamed 1 folder",
-         "A/B/Q-1=1Cu A/B/Q-2=0 A/B/Top=0 Plates/2009/Bare=0 Plates/2009/p1=0 Plates/2009/Q-10=1Cu "},
+         "[][A][A\\B]Q-1=Cu7/10000 Q-2=1 Top=1 [Plates][Plates\\2009]Bare=0 Q-10=Cu2/10000 p1=1 "},
         {{"move", "*/200?/", "A/B/", "--to", "/"},
          0,
          "moved 2 folders",
-         "2009/Bare=0 2009/p1=0 2009/Q-10=1Cu B/Q-1=1Cu B/Q-2=0 B/Top=0 "},
-        {{"remove", "2009/", "B/Q-2", "**/Q-1*"}, 0, "removed 5 parts, 1 folder", "B/Top=0 "},
+         "[][2009]Bare=0 Q-10=Cu2/10000 p1=1 [A][B]Q-1=Cu7/10000 Q-2=1 Top=1 [Plates]"},
+        {{"remove", "2009/", "B/Q-2", "**/Q-1*"}, 0, "removed 5 parts, 1 folder", "[][A][B]Top=1 [Plates]"},
         {{"import", "arrived", "--dry-run"}, 0, "would have imported 1 parts with 1 files"},
-        {{"watch", "arrived", "--once", "--seconds", "1"}, 0, "imported 1 parts", "B/Top=0 New/N=0 "},
+        {{"watch", "arrived", "--once", "--seconds", "1"}, 0, "imported 1 parts", "[][A][B]Top=1 [New]N=1 [Plates]"},
         {{"watch", "arrived", "--once", "--seconds", "1"}, 0, ""},
-        {{"watch", "mixed", "--once", "--seconds", "1"}, 1, "B.png", "B/Top=0 New/N=0 X/A=0 X/C=0 "},
+        {{"watch", "mixed", "--once", "--seconds", "1"}, 1, "B.png", "[][A][B]Top=1 [New]N=1 [Plates][X]A=1 C=1 "},
         {{"backup", library_}, 3, "exists already"},
         {{"backup", "no/S.kpl"}, 7, "No such file or directory"},
         {{"extract", "arrived"}, 3, "something in it"},

@@ -77,9 +77,7 @@ TEST_F(SessionCopy, WithoutMemoryNothingIsLeftBehind)
     for (std::size_t at = 1; std::exchange(failing_memory::one_failed, false); ++at) {
         bool copied = false;
         {
-            CBrowserSession session{libraries_.Places()};
-            session.SetTargetFolder(target_.Core(u""));
-            session.SetDataKind(-1);
+            CCopyingSession session(libraries_.Places(), target_);
             failing_memory::allocations_left = at;
             try {
                 session.Go(u"SRV1"_s, u"Plates\\2008"_s);
@@ -282,8 +280,7 @@ TEST_F(SessionCopy, NamesThatWouldLeaveTheFolderAreNeverLetThrough)
     for (const QString& name : names) {
         SCOPED_TRACE(name.toStdString());
         ForgePart(name);
-        CBrowserSession session{libraries_.Places()};
-        session.SetTargetFolder(target_.Core());
+        CCopyingSession session(libraries_.Places(), target_);
         session.Go(u"SRV1"_s, u"Plates\\2008"_s);
         session.SelectAllParts(1);
         EXPECT_EQ(session.GetSelectedPartCount(), 4);
@@ -299,8 +296,7 @@ TEST_F(SessionCopy, NamesThatWouldLeaveTheFolderAreNeverLetThrough)
     for (const QString& path : {u"/../../evil"_s, u"..\\evil"_s, u"a\nb"_s, u"a\\"_s, u"Other\\name"_s}) {
         SCOPED_TRACE(path.toStdString());
         ForgeFolder(path);
-        CBrowserSession session{libraries_.Places()};
-        session.SetTargetFolder(target_.Core());
+        CCopyingSession session(libraries_.Places(), target_);
         session.ConnectServer(u"SRV1");
         EXPECT_EQ(session.Folders(u"SRV1"_s, {})->size(), 0U);
         EXPECT_EQ(session.Library()->Refused(), 1);

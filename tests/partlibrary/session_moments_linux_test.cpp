@@ -46,9 +46,7 @@ protected:
     int Load(int moment, const std::function<bool()>& event, LibraryFault told_at_end)
     {
         using std::chrono::steady_clock;
-        CBrowserSession session{CLibraryFolder(QString::fromStdString(libraries_.Path().string()))};
-        session.SetTargetFolder(target_.Core());
-        session.SetDataKind(-1);
+        CCopyingSession session(CLibraryFolder(QString::fromStdString(libraries_.Path().string())), target_);
         int moments = 0;
         bool fine = true;
         bool happened = false;
