@@ -176,7 +176,8 @@ TEST_F(PaneLive, WhatIsInViewLoadsWhileTheServerIsAwayAndTheLineTellsOfWhen)
     EXPECT_TRUE(QTest::qWaitFor(is_back, patience_ms)) << pane.pane->Model().rowCount() << pane.ProblemLine();
 }
 
-TEST_F(PaneLive, AServerThatEndsOrTurnsTheStationAwayIsToldOfUntouchedAndSoIsItsReturn)
+// In a line that says since when; the list is greyed, and every action soon done.
+TEST_F(PaneLive, AServerThatIsAwayIsToldOfTouchedOrNotHoldsNobodyUpAndSoIsItsReturn)
 {
     if (!InDatabase()) {
         GTEST_SKIP() << "a file is never away";
@@ -188,7 +189,10 @@ TEST_F(PaneLive, AServerThatEndsOrTurnsTheStationAwayIsToldOfUntouchedAndSoIsIts
         std::function<void()> ends;
         std::function<void()> returns;
         const char* line;
+        bool touched = false;
     } rows[] = {
+        {"stopped", [] { ASSERT_TRUE(SignalDatabase("STOP")); }, [] { ASSERT_TRUE(SignalDatabase("CONT")); },
+         "Server SRV1 does not answer.", true},
         {"killed", [] { ASSERT_TRUE(SignalDatabase("KILL")); }, RestartDatabase, "Server SRV1 does not answer."},
         {"ended", [] { ASSERT_TRUE(SignalDatabase("INT")); }, RestartDatabase, "Server SRV1 does not answer."},
         {"closed to all",
@@ -207,23 +211,51 @@ TEST_F(PaneLive, AServerThatEndsOrTurnsTheStationAwayIsToldOfUntouchedAndSoIsIts
     ClickRow(*pane.pane, 2);
     EXPECT_EQ(pane.Selected(), "L102");
     RunInDatabase("CHECKPOINT"); // else what was written just now is lost with it
-    const auto starts = [&](const char* line) {
+    const auto look = [&] { // of the rows below the one that is selected
+        const QRect all = pane.List().viewport()->rect();
+        return pane.List().viewport()->grab(all.adjusted(0, 3 * pane.List().RowHeight(), 0, 0)).toImage();
+    };
+    const QImage shown = look();
+    const char* line = nullptr; // that is due
+    const auto is_away = [&] {
         return pane.ProblemLine().starts_with(line) && pane.ProblemLine().find("(since ") != std::string::npos;
     };
-    const auto look = [&] { return pane.List().viewport()->grab().toImage(); };
-    const QImage shown = look();
+    const auto is_back = [&] { return pane.ProblemLine().empty(); };
+    const struct {
+        const char* label;
+        std::function<void()> act;
+        int longest;
+    } actions[] = {
+        {"untouched", [&] { Shows(pane, is_away, 10 * patience_ms); }, 10 * patience_ms},
+        {"asked anew", [&] { pane.Key(Qt::Key_F5); }, 2700},
+        {"a click", [&] { ClickRow(*pane.pane, 2); }, 700},
+        {"the host's refresh", [&] { pane.browser.RefreshPartList(); }, 700},
+        {"another folder and back",
+         [&] {
+             pane.browser.SetCurrentFolder(u"Plates");
+             pane.browser.SetCurrentFolder(u"Live");
+         },
+         700},
+    };
     for (const auto& row : rows) {
+        line = row.line;
         row.ends();
-        EXPECT_TRUE(Shows(
-            pane, [&] { return starts(row.line); }, 10 * patience_ms))
-            << row.label << ": " << pane.ProblemLine();
-        EXPECT_NE(look(), shown) << row.label;
-        EXPECT_EQ(pane.pane->Model().rowCount(), 60) << row.label;
-        EXPECT_EQ(pane.Selected(), "L102") << row.label;
+        for (const auto& action : row.touched ? std::span(actions).subspan(1) : std::span(actions).first(1)) {
+            SCOPED_TRACE(row.label + std::string(", ") + action.label);
+            QElapsedTimer time;
+            time.start();
+            action.act();
+            EXPECT_LT(time.elapsed(), action.longest);
+            EXPECT_TRUE(is_away()) << pane.ProblemLine();
+            EXPECT_NE(look(), shown);
+            EXPECT_EQ(pane.pane->Model().rowCount(), 60);
+            EXPECT_EQ(pane.Selected(), "L102");
+        }
         row.returns();
-        EXPECT_TRUE(Shows(
-            pane, [&] { return pane.ProblemLine().empty(); }, 10 * patience_ms))
-            << row.label;
+        if (row.touched) {
+            QTest::mouseClick(ButtonIn(*pane.pane, u"Try again"_s), Qt::LeftButton);
+        }
+        EXPECT_TRUE(Shows(pane, is_back, row.touched ? 0 : 10 * patience_ms)) << row.label << pane.ProblemLine();
         EXPECT_EQ(look(), shown) << row.label;
     }
 }
