@@ -7,7 +7,6 @@
 #include <QPointingDevice>
 #include <QProxyStyle>
 #include <QScrollBar>
-#include <QScroller>
 
 namespace partkeep {
 namespace {

@@ -10,7 +10,6 @@
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <tuple>
-#include <unistd.h>
 
 namespace partkeep {
 namespace {
