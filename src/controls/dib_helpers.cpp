@@ -1,8 +1,8 @@
 #include "controls/dib_helpers.h"
 
 #include <array>
-#include <limits>
 #include <optional>
+#include <utility>
 
 namespace partkeep {
 
@@ -35,10 +35,7 @@ private:
 
 std::optional<int> ToInt(std::int64_t value)
 {
-    if (value < std::numeric_limits<int>::min() || value > std::numeric_limits<int>::max()) {
-        return {};
-    }
-    return static_cast<int>(value);
+    return std::in_range<int>(value) ? std::optional(static_cast<int>(value)) : std::nullopt;
 }
 
 // Whether width and height can be told in an int; callers hand in any four numbers.
