@@ -36,7 +36,7 @@ public:
     [[nodiscard]] XmlScalar Scalar() const
     {
         return kind_ == XmlKind::Text ? XmlScalar{kind_, item_ + 4, LoadField<std::uint32_t>(item_)}
-                                      : XmlScalar{kind_, item_, 0};
+                                      : XmlScalar{kind_, item_};
     }
 
     void Next()

@@ -42,7 +42,7 @@ std::int16_t ShortFromText(std::string_view text)
 std::int16_t ShortFromFloat(double value)
 {
     constexpr double limit = 9223372036854775808.0; // 2 to the 63rd
-    if (!(value > -limit && value < limit)) {
+    if (!(std::fabs(value) < limit)) {
         return 0;
     }
     return static_cast<std::int16_t>(static_cast<std::int64_t>(value));
@@ -102,7 +102,7 @@ XmlScalar ScalarOf(const std::byte* leaf)
 {
     const XmlKind kind = NodeKind(leaf);
     return kind == XmlKind::Text ? XmlScalar{kind, leaf + XmlPlaces::counted, NodeSize(leaf)}
-                                 : XmlScalar{kind, leaf + XmlPlaces::head, 0};
+                                 : XmlScalar{kind, leaf + XmlPlaces::head};
 }
 
 bool ScalarAsBool(const XmlScalar& scalar)

@@ -20,7 +20,7 @@ struct CXmlValue {
 struct XmlScalar {
     XmlKind kind;
     const std::byte* bytes;
-    std::uint32_t length; // of a text
+    std::uint32_t length = 0; // of a text
 };
 
 // Of a leaf that is no array.
