@@ -134,6 +134,9 @@ TEST_F(BrowserClick, SurvivesABrowserThatKnowsNothingOrTooMuch)
     EXPECT_EQ(Only(unreadable, "101: SetText 204"), (Lines{"101: SetText 204 ''", "101: SetText 204 ''"}));
     EXPECT_EQ(Only(unreadable, "101: panel 1 Invalidate").size(), 1U);
 
+    browser.On(BrowserOperation::GetLastStatus, [](auto) -> ControlResult { throw std::bad_alloc(); });
+    EXPECT_EQ(Only(LinesOf(click), "put 1 ''").size(), 2U) << "before it fails, and behind";
+
     browser.On(BrowserOperation::GetSelectedPart, ControlResult(std::int32_t{0}));
     EXPECT_EQ(LinesOf(click), Steps(blanking + "GetSelectedPart(0); 101: EndWait"));
 

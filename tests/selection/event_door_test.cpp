@@ -220,6 +220,25 @@ TEST_F(EventDoor, AKeyThatIsTakenOrRefusedGoesNoFurther)
          user::Press(id_cancel)});
 }
 
+TEST_F(EventDoor, KeepsOneClickAndNoMoreInputThanAPersonGives)
+{
+    Select("A");
+    int given = 0;
+    browser.onCall = [&] {
+        for (; given > 0; --given) {
+            Give(*windows.Find(RES_SELECTION_DIALOG), Input::SelectAll);
+            browser.FireClick();
+        }
+    };
+    const Lines lines = LinesOf([&](CScriptedWindow&) {
+        given = 40;
+        browser.FireClick();
+    });
+    EXPECT_EQ(Only(lines, "SelectAllParts(1)").size(), 30U) << "a click has one of 32 places, and one stays free";
+    EXPECT_EQ(Only(lines, "ReadPartAttributes(").size(), 2U);
+    browser.onCall = nullptr;
+}
+
 TEST_F(EventDoor, AnyEventInsideAnyCallLeavesTheRunWhole)
 {
     ASSERT_EQ(RunWhole(), id_ok);
