@@ -77,31 +77,6 @@ TEST_F(SelectedParts, OpensHiddenAndListsInOrderOfAdding)
     });
 }
 
-TEST_F(SelectedParts, RemoveTakesTheSelectedRowsAndNoOthers)
-{
-    Run([this] {
-        const std::tuple<const char*, std::set<int>, std::u16string> rows[] = {
-            {"none", {}, u"A|S\\F|1 B|S\\F|1 C|S\\F|1 D|S\\F|1 "},
-            {"second and fourth", {1, 3}, u"A|S\\F|1 C|S\\F|1 "},
-            {"neighbours", {0, 1, 2}, u"D|S\\F|1 "},
-            {"all", {0, 1, 2, 3}, u""},
-        };
-        for (const auto& [label, selected, behind] : rows) {
-            SCOPED_TRACE(label);
-            dialog_.selectedParts.clear();
-            window_->controls.at(RES_PART_LIST).rows.clear();
-            for (const char16_t* name : {u"A", u"B", u"C", u"D"}) {
-                Add(name);
-            }
-            window_->SelectRows(RES_PART_LIST, selected);
-            window_->PressButton(RES_REMOVE);
-            EXPECT_EQ(Parts(), behind);
-            Add(u"A"); // behind what is left
-            EXPECT_EQ(Parts(), behind + u"A|S\\F|1 ");
-        }
-    });
-}
-
 // The list begins as A to E, each row selected by a key or by number before what is played.
 TEST_F(SelectedParts, KeysWorkTheList)
 {
@@ -118,9 +93,15 @@ TEST_F(SelectedParts, KeysWorkTheList)
         const char* focus; // where keys go on, as it was told last
     } rows[] = {
         {"nothing selected", {remove, back}, u"ABCDE", ""},
+        {"nothing selected, by the button", {user::Press(RES_REMOVE)}, u"ABCDE", ""},
+        {"second and fourth", {select({1, 3}), user::Press(RES_REMOVE)}, u"ACE", "250: FocusRow 233 2"},
+        {"neighbours", {select({0, 1, 2}), user::Press(RES_REMOVE)}, u"DE", "250: FocusRow 233 0"},
+        {"all, and one again", {user::Key(key_a, true), user::Press(RES_REMOVE), add(u"A")}, u"A", ""},
+        {"one behind what is left", {select({0}), remove, add(u"A")}, u"BCDEA", "250: FocusRow 233 0"},
         {"the next row", {select({1}), remove}, u"ACDE", "250: FocusRow 233 1"},
         {"behind several", {select({0, 2}), remove}, u"BDE", "250: FocusRow 233 1"},
         {"the last", {select({3, 4}), user::Press(RES_REMOVE)}, u"ABC", "250: FocusRow 233 2"},
+        {"all", {user::Key(key_a, true), remove}, u"", ""},
         {"all, and all back in their order", {user::Key(key_a, true), remove, back}, u"ABCDE", "250: FocusRow 233 4"},
         {"back at the end, once", {select({1, 3}), remove, back, back}, u"ACEBD", "250: FocusRow 233 4"},
         {"the last removal first",
@@ -154,19 +135,10 @@ TEST_F(SelectedParts, KeysWorkTheList)
                 names += part.PartName;
             }
             EXPECT_EQ(names, row.names);
+            EXPECT_EQ(window_->Text(RES_PARTS_COLLECTED), WidenText(names.empty() ? "" : std::to_string(names.size())));
             EXPECT_EQ(focus, row.focus);
         });
     }
-    Run([this] {
-        Add(u"A");
-        window_->SelectRows(RES_PART_LIST, {0});
-        windows_.Play(RES_QUANTITY_KEYPAD, {user::Press(RES_DIGIT_7), user::Press(RES_OK)});
-        window_->PressKey({key_f2, false, false});
-        EXPECT_EQ(Parts(), u"A|S\\F|7 ");
-        EXPECT_EQ(window_->Text(RES_PARTS_COLLECTED), u"1");
-        window_->PressKey({key_delete, false, false});
-        EXPECT_EQ(window_->Text(RES_PARTS_COLLECTED), u"");
-    });
 }
 
 TEST_F(SelectedParts, ChangeQtyGivesAllSelectedRowsTheSameText)
@@ -186,10 +158,13 @@ TEST_F(SelectedParts, ChangeQtyGivesAllSelectedRowsTheSameText)
             EXPECT_EQ(keypad.Text(RES_QUANTITY), u"");
             EXPECT_FALSE(windows_.Find(RES_SELECTION_DIALOG)->inputEnabled);
         };
-        windows_.Play(RES_QUANTITY_KEYPAD, {look, user::Type(RES_QUANTITY, u"025"), user::Press(RES_OK)});
-        window_->PressButton(RES_CHANGE_QUANTITY);
-        EXPECT_EQ(Parts(), u"A|S\\F|025 A|S\\Other|1 B|S\\F|025 ");
-        EXPECT_TRUE(windows_.Find(RES_SELECTION_DIALOG)->inputEnabled);
+        for (const auto& [ask, text] :
+             {std::pair(user::Press(RES_CHANGE_QUANTITY), u"025"), {user::Key(key_f2), u"7"}}) {
+            windows_.Play(RES_QUANTITY_KEYPAD, {look, user::Type(RES_QUANTITY, text), user::Press(RES_OK)});
+            ask(*window_);
+            EXPECT_EQ(Parts(), u"A|S\\F|" + std::u16string(text) + u" A|S\\Other|1 B|S\\F|" + text + u" ");
+            EXPECT_TRUE(windows_.Find(RES_SELECTION_DIALOG)->inputEnabled);
+        }
     });
 }
 
