@@ -153,6 +153,7 @@ TEST(XmlMemoryFault, WhatHangsInsideACopyGoesWithIt)
         CXmlElement copy(CompactXml(read.Node(), read.Block(), 65001));
         for (CXmlElement inside = copy; inside.Begin() != inside.End(); inside = *inside.Begin()) {
             inside.AddChild("late", true);
+            inside.AddAttribute("late", "1");
             inside.AppendChild(Read(Declared("<late><t>1</t><e/></late>")));
         }
     }
