@@ -30,15 +30,13 @@ bool CXmlInput::Refill()
     if (ended_) {
         return false;
     }
-    if (window_is_held_) {
-        DetachFromWindow();
-    }
+    DetachFromWindow();
     GiveBack();
     std::streambuf* buffer = stream_->rdbuf();
     using Traits = std::streambuf::traits_type;
     Traits::int_type next = Traits::eof();
     try {
-        next = buffer->sgetc(); // there is one, or the stream would be bad
+        next = ended_ ? next : buffer->sgetc(); // there is a buffer, or the stream would be bad
     } catch (...) {
         stream_->setstate(std::ios_base::badbit); // as the stream's own reads do
     }
@@ -69,6 +67,7 @@ void CXmlInput::GiveBack()
             stream_->rdbuf()->sbumpc();
         } catch (...) {
             stream_->setstate(std::ios_base::badbit);
+            ended_ = true; // or the same byte would come for ever
         }
     } else {
         CGetArea::Take(*stream_->rdbuf(), at_ - begin_);
@@ -90,7 +89,6 @@ void CXmlInput::DetachFromWindow()
             Detach(held);
         }
     }
-    window_is_held_ = false;
 }
 
 void CXmlInput::Detach(HeldToken& held)

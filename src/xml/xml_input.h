@@ -102,8 +102,6 @@ public:
         held.token = token;
         if (token.data() == gathered_.begin()) {
             Detach(held);
-        } else {
-            window_is_held_ = true;
         }
     }
     // The reference stays good when the token moves.
@@ -144,7 +142,6 @@ private:
     char single_ = 0; // the window of a stream that has no buffer
     bool ended_;
     bool failed_ = false;
-    bool window_is_held_ = false; // by some token
     std::array<HeldToken, 3> held_;
     CXmlVector<char> gathered_; // a token that goes on behind a window
 };

@@ -69,6 +69,7 @@ const struct {
     {"end tag, more than the name", "<b>t</bc>", ""},
     {"end tag, less than the name", "<bc>t</b>", ""},
     {"end tag, another case", "<b>t</B>", ""},
+    {"end tag, another end of a long name", "<b23456789012345q>t</b23456789012345r>", ""},
     {"end tag, no name", "<b>t</>", ""},
     {"end tag, a blank before the name", "<b>t</ b>", ""},
     {"end tag, two slashes", "<b>t<//b>", ""},
@@ -194,6 +195,31 @@ TEST(XmlReader, LeavesTheStreamBehindTheRootAndTheDocumentAsItWasWhenThatFails)
     stream.clear(std::ios_base::failbit);
     EXPECT_FALSE(ReadXml(stream, document));
     EXPECT_EQ(Show(document), "<R/>");
+}
+
+// Without a window. At "~" it ends for once, and "!" can be seen, but not taken.
+class CDevice : public std::streambuf {
+public:
+    explicit CDevice(const char* text) : at_(text) {}
+
+protected:
+    int_type underflow() override { return *at_ == '~' ? ++at_, traits_type::eof() : traits_type::to_int_type(*at_); }
+    int_type uflow() override { return *at_ == '!' ? throw std::bad_alloc() : traits_type::to_int_type(*at_++); }
+
+private:
+    const char* at_;
+};
+
+TEST(XmlReader, TakesAnEndOrAFailureOfItsStreamForTheLastThatComes)
+{
+    for (const auto& [text, bad] : {std::pair("<? ?><R><a/>~</R>", false), std::pair("<? ?><R>!</R>", true)}) {
+        CDevice device(text);
+        std::istream stream(&device);
+        CXmlDocument document;
+        EXPECT_FALSE(ReadXml(stream, document)) << text;
+        EXPECT_EQ(stream.bad(), bad) << text;
+        EXPECT_TRUE(stream.eof()) << text;
+    }
 }
 
 TEST(XmlReader, RefusesWhatIsNestedTooDeep)
