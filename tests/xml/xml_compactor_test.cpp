@@ -137,11 +137,13 @@ TEST(XmlCompactor, RefusesWhatHasNoCopy)
 // Where its beginning was made, and the rest comes from elsewhere.
 TEST(XmlCompactor, ACopyStandsAtAnEvenAddress)
 {
-    for (std::size_t length = 0; length < 12; ++length) {
-        CXmlElement source(std::string(length, 'n').c_str(), 65001);
-        source.AppendChild(TextLeaf("t", std::string(20'000, 't')));
+    for (std::size_t length = 0; length < 24; ++length) {
+        CXmlElement source(std::string(length / 2, 'n').c_str(), 65001);
+        source.AppendChild(TextLeaf("t", std::string(length % 2 == 0 ? 20'000 : 70'000, 't')));
+        const std::byte* const cursor = xml_cursor.at;
         const CXmlElement copy = Compact(source);
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(copy.Block()) % 2, 0U) << length;
+        EXPECT_TRUE(length % 2 == 0 || xml_cursor.at == cursor) << "more than a page leaves nothing behind";
     }
 }
 
