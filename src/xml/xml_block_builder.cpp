@@ -51,7 +51,6 @@ CXmlBlockBuilder::CXmlBlockBuilder()
     const bool start = static_cast<std::size_t>(xml_cursor.end - xml_cursor.at) >= least_room;
     begin_ = at_ = start ? xml_cursor.at + xml_reach_width : nullptr;
     end_ = start ? xml_cursor.end : nullptr;
-    behind_start_ = at_;
 }
 
 CXmlBlockBuilder::~CXmlBlockBuilder()

@@ -48,7 +48,7 @@ private:
     std::byte* begin_;
     std::byte* at_;
     std::byte* end_;
-    std::byte* behind_start_; // of what was put at the cursor; null when nothing could be
+    std::byte* behind_start_ = nullptr; // of what was put at the cursor; null when nothing could be
     std::size_t before_ = 0;
     CXmlVector<Run> runs_;
     CXmlVector<XmlHead*> pages_;
