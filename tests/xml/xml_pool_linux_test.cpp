@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <vector>
 
 #include "xml_test_support.h"
 
@@ -35,14 +36,22 @@ namespace {
     }
 }
 
-TEST(XmlPool, AlignsWhatComesBehindAnOddPiece)
+TEST(XmlPool, AlignsEachPieceBehindOddOnesAndOnANewPage)
 {
-    for (const std::size_t alignment : {1, 2, 4, 8, 16}) {
-        void* odd = AllocateXml(1, 1);
-        void* piece = AllocateXml(alignment, alignment);
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(piece) % alignment, 0U);
-        FreeXml(piece, alignment);
-        FreeXml(odd, 1);
+    std::vector<void*> pieces;
+    for (std::size_t at = 0; at < 100'000; ++at) {
+        const std::size_t alignment = std::size_t{1} << at % 5;
+        pieces.push_back(AllocateXml(1 + at % 7, alignment));
+        const auto address = reinterpret_cast<std::uintptr_t>(pieces[at]);
+        ASSERT_EQ(address % alignment, 0U) << at;
+        ASSERT_LE(address % 0x10000 + 1 + at % 7, 0x10000U - 64) << "no page reaches further";
+    }
+    void* newest = AllocateXml(8, 1);
+    FreeXml(newest, 8);
+    EXPECT_EQ(AllocateXml(8, 1), newest);
+    FreeXml(newest, 8);
+    for (std::size_t at = 0; at < pieces.size(); ++at) {
+        FreeXml(pieces[at], 1 + at % 7);
     }
 }
 

@@ -51,6 +51,10 @@ TEST(XmlQuickParser, TakesAllThatIsUsual)
     for (const std::string& content : all) {
         EXPECT_EQ(TakenOf(content), content.size()) << content;
     }
+    for (std::size_t length = 0; length < 200; ++length) {
+        const std::string content = "a>" + std::string(length, 'x') + "</a><b>2</b><";
+        EXPECT_EQ(TakenOf(content), content.size()) << content;
+    }
     for (const std::string content : {"!-- c --><", "a x='1'/><", "a>1</b><", "a>1</a", ">1</><"}) {
         EXPECT_EQ(TakenOf(content), 0U) << content;
     }

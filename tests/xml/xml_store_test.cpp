@@ -107,6 +107,9 @@ TEST(XmlStore, CopiesWhatContainsTheParentEvenUnderASkippedNode)
         EXPECT_NE(parent.AppendChild(above).Node(), above.Node());
         EXPECT_TRUE(parent.AppendChild(skipped).IsEmpty());
         EXPECT_EQ(Show(parent) + Show(above), "<y><a/></y><a/>");
+        CXmlElement apart("b", 65001);
+        apart.AddChild("c", true);
+        EXPECT_EQ(parent.AppendChild(apart).Node(), apart.Node()) << "which holds something else";
     }
 }
 
@@ -136,7 +139,7 @@ TEST(XmlStore, ANameStaysReadableWhileAnIteratorLives)
 {
     for (const bool compact : {false, true}) {
         CXmlElement outer("outer", 65001);
-        CXmlElement element = outer.AppendChild(Read(Declared("<name><c/></name>")));
+        CXmlElement element = outer.AppendChild(Read(Declared("<name><name/></name>")));
         element = compact ? outer.AppendChild(element) : element;
         outer = CXmlElement();
         const CXmlIterator it = element.Begin();

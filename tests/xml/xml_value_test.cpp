@@ -70,6 +70,7 @@ TEST(XmlValue, FormatsFixedNotation)
     for (const auto& [value, precision, least, text] : rows) {
         EXPECT_STREQ(FormatFixed(value, precision, least), text);
     }
+    EXPECT_EQ(FormatFixed(0, 1, 40), "0." + std::string(32, '0'));
     const std::string largest = FormatFixed(-std::numeric_limits<double>::max(), 32, 32);
     EXPECT_EQ(largest.size(), 1U + 309 + 1 + 32);
     EXPECT_EQ(largest.substr(0, 6), "-17976");
