@@ -15,13 +15,9 @@ namespace {
 // About 64 KB, not in the code page that is taken without a declaration.
 std::string BigText()
 {
-    std::string text = "<?xml version=\"1.0\" encoding=\"Shift-JIS\"?><R>";
-    for (int at = 0; at < 40; ++at) {
-        const std::string number = std::to_string(at);
-        text += "<part id=\"" + number + "\" kind=\"x\"><name" + number + ">" + std::string(1500, 't') + "</name" +
-                number + "><n>-1</n></part>";
-    }
-    return text + "</R>";
+    const std::string name = "<name#>" + std::string(1500, 't') + "</name#>";
+    return "<?xml version=\"1.0\" encoding=\"Shift-JIS\"?><R>" +
+           Times(40, "<part id=\"#\" kind=\"x\">" + name + "<n>-1</n></part>") + "</R>";
 }
 
 // Runs `work` with each allocation of its run failing, alone and with all behind it. `work` gives the text of its

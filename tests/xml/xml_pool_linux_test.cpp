@@ -57,12 +57,8 @@ TEST(XmlPool, AlignsEachPieceBehindOddOnesAndOnANewPage)
 
 TEST(XmlPool, KeepsPagesForTheNextDocumentAndGivesTheRestBack)
 {
-    std::string body;
-    for (int i = 0; i < 60'000; ++i) {
-        body += "<p name=\"" + std::to_string(i) + "\"><q>" + std::to_string(i) + "</q></p>";
-    }
     const CXmlElement made("e", 65001);
-    const std::string text = Declared("<r>" + body + "</r>");
+    const std::string text = Declared("<r>" + Times(60'000, "<p name=\"#\"><q>#</q></p>") + "</r>");
     constexpr long spare = 64;
     long held = 0;
     for (int round = 0; round < 4; ++round) {

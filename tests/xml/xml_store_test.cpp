@@ -65,11 +65,8 @@ TEST(XmlStore, CountsHandlesAndTheLink)
 TEST(XmlStore, LosesNothingOfATreeThatGoes)
 {
     const std::size_t live = watched_memory::LivePieces();
-    std::string text = "<r><a x=\"1\"><b>t</b></a>";
-    for (int at = 0; at < 5000; ++at) {
-        text += "<c y=\"2\">" + std::string(at == 77 ? 10'000 : 0, 'u') + "</c>";
-    }
-    text += "</r>";
+    const std::string text = "<r><a x=\"1\"><b>t</b></a>" + Times(77, "<c y=\"2\"></c>") + "<c y=\"2\">" +
+                             std::string(10'000, 'u') + "</c>" + Times(5000, "<c y=\"2\"></c>") + "</r>";
     for (int kept = 0; kept < 6; ++kept) {
         CXmlElement outer("outer", 65001);
         const bool compact = kept == 5;

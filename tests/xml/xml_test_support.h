@@ -19,6 +19,18 @@ inline std::string Declared(std::string_view body)
     return R"(<?xml version="1.0" encoding="UTF-8"?>)" + std::string(body);
 }
 
+// The text some times over, with numbers from 1 on where "#" stands.
+inline std::string Times(int count, const std::string& text)
+{
+    std::string all;
+    for (int number = 1; number <= count; ++number) {
+        for (const char byte : text) {
+            byte == '#' ? all += std::to_string(number) : all += byte;
+        }
+    }
+    return all;
+}
+
 // The document, empty when it was not read.
 inline partkeep::CXmlDocument Read(const std::string& text)
 {

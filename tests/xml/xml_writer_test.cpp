@@ -33,11 +33,8 @@ TEST(XmlWriter, NamesTheCodePageAndWritesBytesAsTheyAre)
 // The guess takes the place of a text that grows while it is written.
 TEST(XmlWriter, GuessesWhatIsAboutAsLongAsTheText)
 {
-    std::string text = "<R>";
-    for (int at = 0; at < 1000; ++at) {
-        text += "<part id=\"" + std::to_string(at) + "\"><name>a part of some name, and what it is</name></part>";
-    }
-    text += "<long>" + std::string(100'000, 'u') + "</long></R>"; // more than a page
+    const std::string parts = Times(1000, "<part id=\"#\"><name>a part of some name, and what it is</name></part>");
+    const std::string text = "<R>" + parts + "<long>" + std::string(100'000, 'u') + "</long></R>"; // more than a page
     const CXmlDocument read = Read(Declared(text));
     const CXmlElement copy(CompactXml(read.Node(), read.Block(), 65001));
     for (std::byte* block : {read.Block(), copy.Block()}) {
