@@ -74,6 +74,13 @@ TEST_F(SelectedParts, OpensHiddenAndListsInOrderOfAdding)
         Add(u"A", u"");
         Add(u"M", u"x", u"007");
         EXPECT_EQ(Parts(), u"Z|S\\F|1 A|S\\|1 M|S\\x|007 ");
+        owner_.CallBegins();
+        window_->SelectRows(RES_PART_LIST, {0});
+        window_->PressButton(RES_REMOVE);
+        EXPECT_EQ(Parts(), u"Z|S\\F|1 A|S\\|1 M|S\\x|007 ") << "a call is under way, though no handler is";
+        owner_.CallEnds();
+        window_->Paint();
+        EXPECT_EQ(Parts(), u"A|S\\|1 M|S\\x|007 ");
     });
 }
 
