@@ -41,17 +41,17 @@ TEST(XmlPool, AlignsEachPieceBehindOddOnesAndOnANewPage)
     std::vector<void*> pieces;
     for (std::size_t at = 0; at < 100'000; ++at) {
         const std::size_t alignment = std::size_t{1} << at % 5;
-        pieces.push_back(AllocateXml(1 + at % 7, alignment));
+        pieces.push_back(AllocateXml(16 + at % 31, alignment));
         const auto address = reinterpret_cast<std::uintptr_t>(pieces[at]);
         ASSERT_EQ(address % alignment, 0U) << at;
-        ASSERT_LE(address % 0x10000 + 1 + at % 7, 0x10000U - 64) << "no page reaches further";
+        ASSERT_LE(address % 0x10000 + 16 + at % 31, 0x10000U - 64) << "no page reaches further";
     }
     void* newest = AllocateXml(8, 1);
     FreeXml(newest, 8);
     EXPECT_EQ(AllocateXml(8, 1), newest);
     FreeXml(newest, 8);
     for (std::size_t at = 0; at < pieces.size(); ++at) {
-        FreeXml(pieces[at], 1 + at % 7);
+        FreeXml(pieces[at], 16 + at % 31);
     }
 }
 

@@ -221,14 +221,12 @@ TEST(XmlReader, TakesAnEndOrAFailureOfItsStreamForTheLastThatComes)
 
 TEST(XmlReader, RefusesWhatIsNestedTooDeep)
 {
-    for (const std::size_t depth : {xml_nesting_limit, xml_nesting_limit + 1, std::size_t{1'000'000}}) {
-        std::string nested;
-        for (std::size_t at = 0; at < 2 * depth; ++at) {
-            nested += at < depth ? "<a>" : "</a>";
-        }
+    constexpr int limit = xml_nesting_limit;
+    for (const int depth : {limit, limit + 1, 1'000'000}) {
+        const std::string nested = Times(depth, "<a>") + Times(depth, "</a>");
         const std::string limited = Declared(nested);
         FuzzXmlReaderModel(reinterpret_cast<const unsigned char*>(limited.data()), limited.size());
-        EXPECT_TRUE(Show(Read(Declared(nested + "<R/>"))) == (depth > xml_nesting_limit ? "-" : nested)) << depth;
+        EXPECT_TRUE(Show(Read(Declared(nested + "<R/>"))) == (depth > limit ? "-" : nested)) << depth;
     }
 }
 
