@@ -199,6 +199,10 @@ TEST_F(EventDoor, AWindowThatFailsTakesBackNothingThatIsDecided)
                   result);
     }
     EXPECT_TRUE(windows.existing.empty());
+    browser.On(BrowserOperation::GetServerList, [](auto) -> ControlResult { throw std::bad_alloc(); });
+    recorder.lines.clear();
+    EXPECT_EQ(Run({[](CScriptedWindow& window) { window.Destroy(); }}), id_cancel);
+    EXPECT_EQ(Only(recorder.Take(), "101: EndModal"), Lines{}) << "what goes needs no end";
 }
 
 TEST_F(EventDoor, AKeyThatIsTakenOrRefusedGoesNoFurther)
