@@ -115,45 +115,44 @@ void WorkBesideGtk()
     Work();
 }
 
+// Does what is told with each window that comes up, again and again.
+void Watch(const std::function<void(QWidget&)>& look)
+{
+    QTimer::singleShot(10, qApp, [look] {
+        if (QWidget* window = QApplication::activeModalWidget()) {
+            look(*window);
+        }
+        Watch(look);
+    });
+}
+
 void ExitInTheDialog()
 {
-    QTimer::singleShot(10, qApp, [] {
-        const QWidget* window = QApplication::activeModalWidget();
-        window != nullptr && window->windowTitle() == "Partkeep Read" ? std::exit(0) : ExitInTheDialog();
-    });
+    Watch([](QWidget& window) { window.windowTitle() == "Partkeep Read" ? std::exit(0) : void(); });
 }
 
 void CloseWindows()
 {
-    QTimer::singleShot(10, qApp, [] {
-        if (QWidget* window = QApplication::activeModalWidget()) {
-            window->close();
-        }
-        CloseWindows();
-    });
-}
-
-// Without another program, which would keep up a display server that minds its last client.
-void WorkAlone(int rounds)
-{
-    qAddPreRoutine(CloseWindows);
-    for (int round = 0; round < rounds; ++round) {
-        Work();
-    }
+    Watch([](QWidget& window) { window.close(); });
 }
 
 // The display server's end, once there is a window of that title; others are closed.
 void EndScreenIn(const char* title)
 {
-    QTimer::singleShot(10, qApp, [title] {
-        QWidget* window = QApplication::activeModalWidget();
-        if (window != nullptr && window->windowTitle() == title) {
-            kill(std::atoi(std::getenv("SERVER")), SIGKILL);
-        } else if (window != nullptr) {
-            window->close();
-        }
-        EndScreenIn(title);
+    Watch([title](QWidget& window) {
+        window.windowTitle() == title ? static_cast<void>(kill(std::atoi(std::getenv("SERVER")), SIGKILL))
+                                      : static_cast<void>(window.close());
     });
+}
+
+// With what runs as soon as the component makes its application. No other program takes part, which would keep up a
+// display server that minds its last client.
+void WorkWith(void (*routine)(), int rounds = 1)
+{
+    qAddPreRoutine(routine);
+    for (int round = 0; round < rounds; ++round) {
+        Work();
+    }
 }
 
 void WorkWithSignals(void (*handler)(int))
@@ -197,25 +196,13 @@ int main(int /*count*/, char** arguments)
         {"other thread", [&] { Under<QApplication>(on_thread); }},
         {"fork of a window host", [] { Under<QApplication>(WorkInFork); }},
         {"gtk", WorkBesideGtk},
-        {"exits in the dialog",
-         [] {
-             qAddPreRoutine(ExitInTheDialog); // as soon as the component makes its application
-             Work();
-         }},
-        {"closes its windows", [] { WorkAlone(1); }},
-        {"closes its windows, again and again", [] { WorkAlone(20); }},
+        {"exits in the dialog", [] { WorkWith(ExitInTheDialog); }},
+        {"closes its windows", [] { WorkWith(CloseWindows); }},
+        {"closes its windows, again and again", [] { WorkWith(CloseWindows, 20); }},
         {"raised rights, own application",
          [] { Under<QApplication>([] { seteuid(65534) == 0 ? Work() : _exit(77); }); }},
-        {"loses the screen in a message",
-         [] {
-             qAddPreRoutine([] { EndScreenIn("Kolvyn PartkeepRead"); });
-             Work();
-         }},
-        {"loses the screen in the dialog",
-         [] {
-             qAddPreRoutine([] { EndScreenIn("Partkeep Read"); });
-             Work();
-         }},
+        {"loses the screen in a message", [] { WorkWith([] { EndScreenIn("Kolvyn PartkeepRead"); }); }},
+        {"loses the screen in the dialog", [] { WorkWith([] { EndScreenIn("Partkeep Read"); }); }},
         {"ignores children", [] { WorkWithSignals(SIG_IGN); }},
         {"reaps children",
          [] {
