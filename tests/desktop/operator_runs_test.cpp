@@ -17,18 +17,9 @@ const std::string too_many = "'Total number of selected parts exceeds the maximu
 const std::string plain = OptionsFile(false, 0);
 const std::string in_brackets = ServersFile("PLATES", "Brackets\\L", "metric", sample_servers);
 
-std::string Repeated(const std::string& text, std::size_t times)
-{
-    std::string repeated;
-    while (times-- > 0) {
-        repeated += text;
-    }
-    return repeated;
-}
-
-const std::string long_server = Repeated("s", 99);
-const std::string long_folder = Repeated("板", 33);
-const std::string long_part = Repeated("钣", 33);
+const std::string long_server(99, 's');
+const std::string long_folder = QString(33, u'板').toStdString();
+const std::string long_part = QString(33, u'钣').toStdString();
 
 void FillEdges(CTestLibraries& libraries)
 {
