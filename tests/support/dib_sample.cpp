@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <bit>
 #include <random>
 
 namespace partkeep {
@@ -109,14 +108,14 @@ public:
 
     SampleFile Write()
     {
-        file_.picture = Picture(columns_, rows_);
         const auto laid_out = std::clamp<std::int64_t>(form_.header_bytes, IsCore(form_) ? 12 : 40, 124);
         file_.bytes.resize(dib_file_header_bytes + static_cast<std::size_t>(laid_out));
         AppendRandom(HasMasks(form_) ? 12 : 0);
-        AppendTable();
+        AppendRandom(TableBytes(form_));
         file_.pixel_offset = file_.bytes.size();
         IsCoded(form_) ? AppendRuns() : AppendRows();
         PutHeader();
+        file_.picture = IsDrawn(form_) ? DecodePlainly(file_.View()) : Picture(columns_, rows_);
         return std::move(file_);
     }
 
@@ -126,96 +125,18 @@ private:
         std::generate_n(std::back_inserter(file_.bytes), count, [this] { return static_cast<std::byte>(random_()); });
     }
 
-    void AppendTable()
-    {
-        const auto entry_bytes = static_cast<std::size_t>(EntryBytes(form_));
-        std::size_t at = file_.bytes.size();
-        AppendRandom(TableBytes(form_));
-        for (; at + entry_bytes <= file_.bytes.size() && table_.size() < 256; at += entry_bytes) {
-            table_.push_back(Little(at, 3));
-        }
-    }
-
-    [[nodiscard]] std::uint32_t Little(std::size_t at, std::size_t count) const
-    {
-        std::uint32_t value = 0;
-        for (std::size_t byte = 0; byte < count; ++byte) {
-            value |= std::to_integer<std::uint32_t>(file_.bytes[at + byte]) << (8 * byte);
-        }
-        return value;
-    }
-
-    void AppendRows()
-    {
-        const auto row_bytes = static_cast<std::size_t>((columns_ * form_.bits + 31) / 32 * 4);
-        for (int stored = 0; stored < rows_; ++stored) {
-            const std::size_t begin = file_.bytes.size();
-            AppendRandom(row_bytes);
-            for (int column = 0; column < columns_ && form_.bits <= 32; ++column) {
-                file_.picture.At(column, form_.height < 0 ? stored : rows_ - 1 - stored) = Shown(begin, column);
-            }
-        }
-    }
-
-    [[nodiscard]] std::uint32_t Shown(std::size_t row, int column) const
-    {
-        const auto bits = static_cast<std::size_t>(form_.bits);
-        const std::size_t first = static_cast<std::size_t>(column) * bits;
-        if (bits > 8) {
-            return Deep(Little(row + first / 8, bits / 8));
-        }
-        const auto byte = std::to_integer<std::uint32_t>(file_.bytes[row + first / 8]);
-        return FromTable(byte >> ((64 - first % 8 - bits) % 8) & ((1U << bits) - 1));
-    }
-
-    [[nodiscard]] std::uint32_t FromTable(std::uint32_t number) const
-    {
-        return number < table_.size() ? table_[number] : 0;
-    }
-
-    [[nodiscard]] std::uint32_t Deep(std::uint32_t value) const
-    {
-        std::array<std::uint32_t, 3> masks{0xFF0000, 0xFF00, 0xFF};
-        masks = form_.bits == 16 ? std::array<std::uint32_t, 3>{0x7C00, 0x3E0, 0x1F} : masks;
-        masks = HasMasks(form_) ? form_.masks : masks;
-        std::uint32_t color = 0;
-        for (const std::uint32_t mask : masks) {
-            color = color << 8 | Share(value, mask);
-        }
-        return color;
-    }
-
-    // Eight bits, by repeating those that there are.
-    static std::uint32_t Share(std::uint32_t value, std::uint32_t mask)
-    {
-        const int width = std::popcount(mask);
-        const std::uint64_t share = mask == 0 ? 0 : (value & mask) >> std::countr_zero(mask);
-        std::uint64_t repeated = share;
-        int count = width;
-        for (; mask != 0 && count < 8; count += width) {
-            repeated = repeated << width | share;
-        }
-        return static_cast<std::uint32_t>(repeated >> std::max(0, count - 8)) & 0xFF;
-    }
+    void AppendRows() { AppendRandom(static_cast<std::size_t>((columns_ * form_.bits + 31) / 32 * 4 * rows_)); }
 
     // Each row: three pixels one by one, where there are more, then a run to the row's end.
     void AppendRuns()
     {
-        for (int row = rows_; row-- > 0;) {
-            int column = 0;
-            if (columns_ > 3) {
+        for (int row = 0; row < rows_; ++row) {
+            const int plain = columns_ > 3 ? 3 : 0;
+            if (plain != 0) {
                 file_.bytes.insert(file_.bytes.end(), {std::byte{0}, std::byte{3}});
-                const std::size_t begin = file_.bytes.size();
                 AppendRandom(form_.bits == 4 ? 2 : 4);
-                for (; column < 3; ++column) {
-                    file_.picture.At(column, row) = Shown(begin, column);
-                }
             }
-            file_.bytes.insert(file_.bytes.end(), {static_cast<std::byte>(columns_ - column), std::byte{0x29}, {}, {}});
-            for (int begin = column; column < columns_; ++column) {
-                const bool odd = (column - begin) % 2 != 0;
-                file_.picture.At(column, row) = FromTable(form_.bits == 8 ? 0x29 : odd ? 9 : 2);
-            }
+            file_.bytes.insert(file_.bytes.end(), {static_cast<std::byte>(columns_ - plain), std::byte{0x29}, {}, {}});
         }
     }
 
@@ -245,7 +166,6 @@ private:
     const DibForm form_;
     std::mt19937 random_;
     SampleFile file_;
-    std::vector<std::uint32_t> table_;
     int columns_;
     int rows_;
 };

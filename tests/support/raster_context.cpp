@@ -8,10 +8,36 @@ namespace partkeep {
 
 namespace {
 
+// What a sound header says, read without the code that is tried.
+DibFigures ReadPlainly(const std::byte* header)
+{
+    DibFigures figures;
+    figures.header_bytes = ReadField<std::uint32_t>(header, 0);
+    const bool core = figures.header_bytes == 12;
+    const int height = core ? ReadField<std::uint16_t>(header, 6) : ReadField<std::int32_t>(header, 8);
+    figures.width = core ? ReadField<std::uint16_t>(header, 4) : ReadField<std::int32_t>(header, 4);
+    figures.height = height < 0 ? -height : height;
+    figures.top_down = height < 0;
+    figures.bits = ReadField<std::uint16_t>(header, core ? 10 : 14);
+    figures.compression = DibCompression(core ? 0 : ReadField<std::uint32_t>(header, 16));
+    figures.mask_bytes = figures.compression == DibCompression::BitFields ? 12 : 0;
+    const auto used = core ? 0 : ReadField<std::uint32_t>(header, 32);
+    figures.color_count = used == 0 && figures.bits <= 8 ? 1U << figures.bits : std::min(used, 256U);
+    figures.color_bytes = core ? 3 : 4;
+    return figures;
+}
+
 struct PlainDecoder {
-    explicit PlainDecoder(const DibView& view)
-        : bitmap(view), figures(*ReadDibFigures(view.header)), picture(figures.width, figures.height)
+    PlainDecoder(const DibView& view, const DibFigures& told)
+        : bitmap(view), figures(told), picture(figures.width, figures.height)
     {
+    }
+
+    Picture Decode()
+    {
+        const bool runs = figures.bits <= 8 && figures.compression != DibCompression::None;
+        runs ? Runs() : Rows();
+        return picture;
     }
 
     unsigned Byte(std::size_t at) const { return std::to_integer<unsigned>(bitmap.pixels[at]); }
@@ -114,10 +140,7 @@ struct PlainDecoder {
 
 Picture DecodePlainly(const DibView& bitmap)
 {
-    PlainDecoder decoder(bitmap);
-    const bool runs = decoder.figures.bits <= 8 && decoder.figures.compression != DibCompression::None;
-    runs ? decoder.Runs() : decoder.Rows();
-    return decoder.picture;
+    return PlainDecoder(bitmap, ReadPlainly(bitmap.header.data())).Decode();
 }
 
 PaletteHandle RasterContext::SelectPalette(PaletteHandle palette, bool background)
@@ -146,7 +169,7 @@ int RasterContext::StretchDIBits(const Rect& target, const Rect& source, const D
 // Each target pixel takes the source pixel under its centre. Unmirrored.
 void RasterContext::Copy(const Rect& target, const Rect& source, const DibView& bitmap)
 {
-    Picture picture = DecodePlainly(bitmap);
+    Picture picture = PlainDecoder(bitmap, *ReadDibFigures(bitmap.header)).Decode();
     const double across = double(source.right - double(source.left)) / (target.right - double(target.left));
     const double up = double(source.bottom - double(source.top)) / (target.bottom - double(target.top));
     for (int y = std::max(0, target.top); y < std::min(canvas.height, target.bottom); ++y) {

@@ -25,6 +25,7 @@ struct Picture {
     std::vector<std::uint32_t> pixels; // 0xRRGGBB, top row first
 };
 
+// Shares nothing with the code that reads headers, either.
 [[nodiscard]] Picture DecodePlainly(const DibView& bitmap);
 
 class RasterContext : public IDeviceContext {
