@@ -5,12 +5,9 @@
 #include "desktop/hosted_control_factory.h"
 #include "desktop/qt_dialog_windows.h"
 #include "resources/resource_ids.h"
-#include "selection/partkeep_read_dlg.h"
-#include "settings/process_values.h"
 #include "tests/desktop/played_user.h"
 #include "tests/desktop/x_close.h"
 #include "tests/support/scripted_control.h"
-#include "tests/support/temporary_folder.h"
 #include "tests/support/untimely_input.h"
 
 #include <gtest/gtest.h>
@@ -28,6 +25,7 @@
 #include <QTreeWidget>
 
 #include <cstdlib>
+#include <map>
 #include <utility>
 
 namespace partkeep {
@@ -128,40 +126,26 @@ protected:
         return to(WindowOf(RES_SELECTED_PARTS_DIALOG)) + key +
                to(active != nullptr ? active : QApplication::activeModalWidget());
     }
+    // Nothing for the close box, which is no place of the window's own.
     static std::string Words(Input input)
     {
-        switch (input) {
-        case Input::Enter:
-            return "key --delay 0 Return ";
-        case Input::Escape:
-            return "key --delay 0 Escape ";
-        case Input::SelectAll:
-            return "key --delay 0 ctrl+a ";
-        case Input::DoubleClickOnOk:
-            return PointedAt(RES_SELECTION_DIALOG, RES_LOAD, two_clicks);
-        case Input::Cancel:
-            return PointedAt(RES_SELECTION_DIALOG, id_cancel);
-        case Input::Add:
-            return PointedAt(RES_SELECTION_DIALOG, RES_ADD);
-        case Input::Remove:
-            return PointedAt(RES_SELECTED_PARTS_DIALOG, RES_REMOVE);
-        case Input::LaserTool:
-            return PointedAt(RES_SELECTION_DIALOG, RES_FILTER_LASER);
-        case Input::Click:
-            return PointedAt(RES_SELECTION_DIALOG, RES_BROWSER);
-        case Input::DeleteKey:
-            return InTheList("key --delay 0 Delete ");
-        case Input::PutBack:
-            return InTheList("key --delay 0 ctrl+z ");
-        case Input::DoubleClick:
-            return PointedAt(RES_SELECTION_DIALOG, RES_BROWSER, two_clicks);
-        case Input::Drop:
-            return PointedAt(RES_SELECTION_DIALOG, RES_BROWSER, "mousedown 3 mousemove_relative 9 9 ") +
-                   PointedAt(RES_SELECTED_PARTS_DIALOG, RES_PART_LIST, "mousemove_relative 1 1 mouseup 3 ");
-        case Input::CloseBox:
-            break;
-        }
-        return "";
+        std::map<Input, std::string> words = {
+            {Input::Enter, "key --delay 0 Return "},
+            {Input::Escape, "key --delay 0 Escape "},
+            {Input::SelectAll, "key --delay 0 ctrl+a "},
+            {Input::DeleteKey, InTheList("key --delay 0 Delete ")},
+            {Input::PutBack, InTheList("key --delay 0 ctrl+z ")},
+            {Input::DoubleClickOnOk, PointedAt(RES_SELECTION_DIALOG, RES_LOAD, two_clicks)},
+            {Input::Cancel, PointedAt(RES_SELECTION_DIALOG, id_cancel)},
+            {Input::Add, PointedAt(RES_SELECTION_DIALOG, RES_ADD)},
+            {Input::Remove, PointedAt(RES_SELECTED_PARTS_DIALOG, RES_REMOVE)},
+            {Input::LaserTool, PointedAt(RES_SELECTION_DIALOG, RES_FILTER_LASER)},
+            {Input::Click, PointedAt(RES_SELECTION_DIALOG, RES_BROWSER)},
+            {Input::DoubleClick, PointedAt(RES_SELECTION_DIALOG, RES_BROWSER, two_clicks)},
+            {Input::Drop, PointedAt(RES_SELECTION_DIALOG, RES_BROWSER, "mousedown 3 mousemove_relative 9 9 ") +
+                              PointedAt(RES_SELECTED_PARTS_DIALOG, RES_PART_LIST, "mousemove_relative 1 1 mouseup 3 ")},
+        };
+        return words[input];
     }
     // While the thread is busy here nothing of it is dispatched.
     void SendPair()
@@ -240,25 +224,12 @@ protected:
         quiet_turns = 0;
         recorder.lines.clear();
         browser.onCall = nullptr;
-        std::filesystem::remove(folder.Path("Install/ZanPartkeepConfig.xml"));
         CScriptedFactory factory(browser);
         CQtDialogWindows windows(&factory);
-        CPartkeepReadDlg dialog(windows);
-        dialog.installFolder = folder.Core(u"Install");
-        dialog.workingFolder = TheProcessValues().workingFolder;
-        dialog.multiSelection = true;
         QTimer turns;
         QObject::connect(&turns, &QTimer::timeout, &turns, [this] { Turn(); });
         turns.start(5);
-        if (dialog.DoModal() != id_ok) {
-            return "cancel";
-        }
-        std::string outcome = "ok ";
-        for (const PartRecord& part : dialog.resultParts) {
-            outcome += NarrowText(part.PartName);
-        }
-        const std::string options = ReadBytes(folder.Path("Install/ZanPartkeepConfig.xml"));
-        return outcome + " " + options.at(options.find("<FilterState>") + 13);
+        return PlayedOutcome(windows, folder);
     }
 
     enum class Step { Open, List, Busy };

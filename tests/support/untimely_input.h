@@ -4,6 +4,11 @@
 // Then what is still open is answered by Enter, last of all the dialog itself.
 #pragma once
 
+#include "platform/text.h"
+#include "selection/partkeep_read_dlg.h"
+#include "settings/process_values.h"
+#include "tests/support/temporary_folder.h"
+
 #include <string>
 #include <utility>
 #include <vector>
@@ -55,6 +60,26 @@ inline constexpr int input_count = 14;
         return false; // the toolkit may drop a click that waits while something is dropped
     }
     return (!is_later(first) || meets(second)) && (!is_later(second) || meets(first));
+}
+
+// A run on real windows, with its folders in this one, told as CUntimelyRun tells what must become of it.
+[[nodiscard]] inline std::string PlayedOutcome(IDialogWindows& windows, const CTemporaryFolder& folder)
+{
+    const std::filesystem::path file = folder.Path("Install/ZanPartkeepConfig.xml");
+    std::filesystem::remove(file);
+    CPartkeepReadDlg dialog(windows);
+    dialog.installFolder = folder.Core(u"Install");
+    dialog.workingFolder = TheProcessValues().workingFolder;
+    dialog.multiSelection = true;
+    if (dialog.DoModal() != id_ok) {
+        return "cancel";
+    }
+    std::string outcome = "ok ";
+    for (const PartRecord& part : dialog.resultParts) {
+        outcome += NarrowText(part.PartName);
+    }
+    const std::string options = ReadBytes(file);
+    return outcome + " " + options.at(options.find("<FilterState>") + 13);
 }
 
 // Follows the dialog by letters of parts.

@@ -8,9 +8,6 @@
 #include "host/component/identity.h"
 #include "platform/windows/wide_text.h"
 #include "resources/resource_ids.h"
-#include "selection/partkeep_read_dlg.h"
-#include "settings/process_values.h"
-#include "tests/support/temporary_folder.h"
 #include "tests/support/untimely_input.h"
 #include "tests/windows/stand_in.h"
 #include "windows/com_ptr.h"
@@ -23,6 +20,7 @@
 #include <olectl.h>
 
 #include <array>
+#include <map>
 #include <optional>
 
 namespace partkeep {
@@ -122,46 +120,28 @@ protected:
             }
         }
     }
+    // Nothing for what only our own browser has.
     void Post(Input input) const
     {
         HWND dialog = Dialog();
-        HWND bar = FindWindowExW(dialog, nullptr, TOOLBARCLASSNAMEW, nullptr);
-        RECT tool{};
-        switch (input) {
-        case Input::Enter:
-        case Input::Escape:
-        case Input::SelectAll:
-        case Input::DeleteKey:
-        case Input::PutBack:
-            PostMessageW(host, WM_KEYDOWN,
-                         input == Input::Enter       ? VK_RETURN
-                         : input == Input::Escape    ? VK_ESCAPE
-                         : input == Input::DeleteKey ? VK_DELETE
-                         : input == Input::PutBack   ? 'Z'
-                                                     : 'A',
-                         1);
-            return;
-        case Input::DoubleClickOnOk:
-            return PostClick(GetDlgItem(dialog, RES_LOAD), true);
-        case Input::Cancel:
-            return PostClick(GetDlgItem(dialog, id_cancel));
-        case Input::CloseBox:
+        const std::map<Input, HWND> clicked = {{Input::DoubleClickOnOk, GetDlgItem(dialog, RES_LOAD)},
+                                               {Input::Cancel, GetDlgItem(dialog, id_cancel)},
+                                               {Input::Add, GetDlgItem(dialog, RES_ADD)},
+                                               {Input::Remove, GetDlgItem(List(), RES_REMOVE)}};
+        if (const auto key = keys.find(input); key != keys.end()) {
+            PostMessageW(host, WM_KEYDOWN, key->second, 1);
+        } else if (const auto window = clicked.find(input); window != clicked.end()) {
+            PostClick(window->second, input == Input::DoubleClickOnOk);
+        } else if (input == Input::CloseBox) {
             PostMessageW(dialog, WM_NCLBUTTONDOWN, HTCLOSE, 0);
             PostMessageW(dialog, WM_LBUTTONUP, 0, 0);
-            return;
-        case Input::Add:
-            return PostClick(GetDlgItem(dialog, RES_ADD));
-        case Input::Remove:
-            return PostClick(GetDlgItem(List(), RES_REMOVE));
-        case Input::LaserTool:
+        } else if (input == Input::LaserTool) {
+            HWND bar = FindWindowExW(dialog, nullptr, TOOLBARCLASSNAMEW, nullptr);
+            RECT tool{};
             SendMessageW(bar, TB_GETITEMRECT, 2, reinterpret_cast<LPARAM>(&tool));
-            return PostClick(bar, false, tool.left + 3, tool.top + 3);
-        case Input::Click:
+            PostClick(bar, false, tool.left + 3, tool.top + 3);
+        } else if (input == Input::Click) {
             PostMessageW(stand_in.browserWindow, WM_RBUTTONDOWN, MK_RBUTTON, 0);
-            return;
-        case Input::DoubleClick:
-        case Input::Drop:
-            return; // of our own browser
         }
     }
     void PostPair()
@@ -173,12 +153,7 @@ protected:
         }
     }
     // A key that a control takes out by a loop of its own goes to a window that does nothing with it.
-    [[nodiscard]] Input Counted(Input input) const
-    {
-        const bool key = input == Input::Enter || input == Input::Escape || input == Input::SelectAll ||
-                         input == Input::DeleteKey || input == Input::PutBack;
-        return pumped && key ? Input::Click : input;
-    }
+    [[nodiscard]] Input Counted(Input input) const { return pumped && keys.contains(input) ? Input::Click : input; }
 
     // The first thing that the dialog's loop does.
     virtual void Begin()
@@ -221,29 +196,21 @@ protected:
         turns = 0;
         control = {};
         control_lost = false;
-        std::filesystem::remove(folder.Path("Install/ZanPartkeepConfig.xml"));
         SetActiveWindow(host);
-        CPartkeepReadDlg dialog(windows);
-        dialog.installFolder = folder.Core(u"Install");
-        dialog.workingFolder = TheProcessValues().workingFolder;
-        dialog.multiSelection = true;
         PostMessageW(host, WM_APP, 0, 0);
-        const int result = dialog.DoModal();
+        std::string outcome = PlayedOutcome(windows, folder);
         KillTimer(host, turn_timer);
         script.onCall = nullptr;
         stand_in.recorder.lines.clear();
         EXPECT_TRUE(IsWindowEnabled(host));
-        if (result != id_ok) {
-            return "cancel";
-        }
-        std::string outcome = "ok ";
-        for (const PartRecord& part : dialog.resultParts) {
-            outcome += NarrowText(part.PartName);
-        }
-        const std::string options = ReadBytes(folder.Path("Install/ZanPartkeepConfig.xml"));
-        return outcome + " " + options.at(options.find("<FilterState>") + 13);
+        return outcome;
     }
 
+    static inline const std::map<Input, WPARAM> keys = {{Input::Enter, VK_RETURN},
+                                                        {Input::Escape, VK_ESCAPE},
+                                                        {Input::SelectAll, 'A'},
+                                                        {Input::DeleteKey, VK_DELETE},
+                                                        {Input::PutBack, 'Z'}};
     static inline UntimelyInput* test = nullptr;
     StandIn stand_in;
     ControlScript& script = stand_in.script;
