@@ -7,6 +7,7 @@
 #include "platform/graphics.h"
 #include "tests/desktop/played_user.h"
 #include "tests/support/dialog_window_suite.h"
+#include "tests/support/scripted_control.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -62,15 +63,6 @@ TEST(QtCaption, GetsSmallerAndIsCutAtLast)
     EXPECT_EQ(label.toolTip(), QStringLiteral("Wide caption of a button"));
 }
 
-class CSilentControl : public IHostedControl {
-public:
-    ControlResult Invoke(std::int32_t, InvokeKind, std::span<const ControlArgument>, ControlType) override
-    {
-        return {};
-    }
-    void SetEventSink(std::function<void(std::int32_t)>) override {}
-};
-
 // A control with a field inside and shortcuts that would like the dialog's keys.
 class CFieldFactory : public IQtControlFactory {
 public:
@@ -82,9 +74,11 @@ public:
             QObject::connect(new QShortcut(QKeySequence(keys), widget), &QShortcut::activated, widget,
                              [this] { ++shortcuts; });
         }
-        return std::make_unique<CSilentControl>();
+        return script.MakeControl();
     }
 
+    Recorder recorder;
+    ControlScript script{recorder};
     QLineEdit* field = nullptr;
     int shortcuts = 0;
 };
