@@ -211,7 +211,8 @@ TEST_F(PaneLive, AServerThatIsAwayIsToldOfTouchedOrNotHoldsNobodyUpAndSoIsItsRet
     ClickRow(*pane.pane, 2);
     EXPECT_EQ(pane.Selected(), "L102");
     RunInDatabase("CHECKPOINT"); // else what was written just now is lost with it
-    const auto look = [&] { // of the rows below the one that is selected
+    // Of the rows below the one that is selected.
+    const auto look = [&] {
         const QRect all = pane.List().viewport()->rect();
         return pane.List().viewport()->grab(all.adjusted(0, 3 * pane.List().RowHeight(), 0, 0)).toImage();
     };
