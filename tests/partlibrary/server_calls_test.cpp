@@ -262,7 +262,8 @@ TEST_F(ServerCalls, BringNoPartThatIsNotAsItWasStored)
 {
     honest_ = false;
     FailEach(untrue, [&](Kind) { Load(), Browse(); });
-    ASSERT_TRUE(Load() && Run("copy partkeep:SRV1 whole.kpl"));
+    ASSERT_TRUE(Load());
+    ASSERT_TRUE(Run("copy partkeep:SRV1 whole.kpl")) << told_.str();
     for (const char* reads : {"check partkeep:SRV1", "diff partkeep:SRV1 whole.kpl", "extract partkeep:SRV1 out"}) {
         FailEach(untrue, [&](Kind) {
             EXPECT_TRUE(Run(reads) || !told_.str().empty()) << reads;

@@ -39,6 +39,7 @@ TEST_F(StartUp, TakesItsStepsInTheirOrder)
     given[0] = 120;
     given[1] = -80;
     EXPECT_EQ(browser.givenViewState, given);
+    EXPECT_EQ(windows.panelsLeft, 0);
     EXPECT_EQ(NamesIn(folder.Path("Work")), (Lines{"Lumora_ForPNG", "UnZipFolder"}));
 }
 

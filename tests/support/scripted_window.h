@@ -36,6 +36,7 @@ public:
     std::function<std::unique_ptr<IHostedControl>(int id)> makeControl; // none: no control can be created
     bool canMakeWindows = true;
     int disabledOwners = 0; // at this moment
+    int panelsLeft = 0;     // by windows that have closed
     IconHandle parentIcon = nullptr;
 };
 
@@ -242,6 +243,7 @@ private:
     {
         if (Exists()) {
             events_->OnDestroy();
+            windows_.panelsLeft += panels_;
             events_ = nullptr;
             std::erase(windows_.existing, this);
         }
@@ -249,11 +251,15 @@ private:
 
     CScriptedWindows& windows_;
     std::optional<int> result_; // of a modal run that has ended
+    int panels_ = 0;
 };
 
 class CScriptedPanel : public IPanelWindow {
 public:
-    CScriptedPanel(CScriptedWindow& window, int number) : window_(window), number_(number) {}
+    CScriptedPanel(CScriptedWindow& window, int number) : window_(window), number_(number) { ++window_.panels_; }
+    ~CScriptedPanel() override { --window_.panels_; }
+    CScriptedPanel(const CScriptedPanel&) = delete;
+    CScriptedPanel& operator=(const CScriptedPanel&) = delete;
 
     void SetPainter(std::function<void(IDeviceContext&)> painter) override { Model().painter = std::move(painter); }
     [[nodiscard]] Rect ClientRect() const override { return window_.ClientOf(Model()); }
