@@ -70,14 +70,16 @@ void CPartkeepReadDlg::StageSelection(std::int32_t count, const std::u16string& 
     }
 }
 
-// Whole records, so that no field is forgotten, but for the staging folder, which no host gets. A part without files is
-// dropped.
+// Whole records, so that no field is forgotten, apart from what the disk has to tell. A part without files is dropped.
 void CPartkeepReadDlg::FillResultParts(const std::list<PartRecord>& load_list)
 {
     CFileSearch search; // nothing is copied any more
     for (const PartRecord& source : load_list) {
-        PartRecord part = source; // which has no files yet
-        part.stagingFolder.clear();
+        PartRecord part = source;
+        for (std::u16string* of_the_disk :
+             {&part.stagingFolder, &part.FilePathName, &part.SYFileName, &part.NCFileName}) {
+            of_the_disk->clear();
+        }
         if (FindStagedFiles(source.stagingFolder + u"\\", part, folders_, entrance_->OwnerMessages(), search)) {
             resultParts.push_back(part);
         }

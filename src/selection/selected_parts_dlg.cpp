@@ -246,9 +246,11 @@ int CSelectedPartsDlg::RunOverOwner(CQuantityKeypadDlg& keypad)
 void CSelectedPartsDlg::SetSelectedQuantities(std::u16string_view quantity)
 {
     IReportList& list = window_->ReportList();
-    for (int row = -1; (row = list.NextSelectedRow(RES_PART_LIST, row)) >= 0;) {
+    int row = list.NextSelectedRow(RES_PART_LIST, -1);
+    for (int left = list.SelectedRowCount(RES_PART_LIST); left > 0 && row >= 0; --left) {
         UpdatePartQty(list.Cell(RES_PART_LIST, row, NameColumn), list.Cell(RES_PART_LIST, row, PathColumn), quantity);
         list.SetCell(RES_PART_LIST, row, QuantityColumn, quantity);
+        row = list.NextSelectedRow(RES_PART_LIST, row);
     }
 }
 

@@ -75,13 +75,13 @@ private:
 
     static void FreeBlock(std::byte* block)
     {
+        FreeExtensionCells(NameArrayOf(block));
         if (HeadOf(block)->tree != nullptr) {
             BreakTree(HeadOf(block));
         }
         FreeXmlBlock(block);
     }
 
-    // Those within a block have no cells: only a copy puts them there, and makes one run of their items.
     static void DropLeaf(std::byte* leaf)
     {
         if (IsArray(NodeKind(leaf))) {
@@ -94,6 +94,7 @@ private:
         DropChain(holder + XmlPlaces::counted);
         std::byte* end = LinkOf(holder);
         for (std::byte* at = holder + XmlPlaces::holder; at != end; at = BehindNode(at)) {
+            DropLeaf(at);
             DropChain(LinkOf(at));
         }
     }
@@ -112,6 +113,7 @@ private:
                 element = at;
                 at = behind;
             } else if (at != end) {
+                DropLeaf(at);
                 DropChain(LinkOf(at));
                 at = BehindNode(at);
             } else if (element != root) {
