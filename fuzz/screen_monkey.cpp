@@ -465,7 +465,7 @@ void Play(long wanted, long first)
     CMonkeyShop shop(folder.Path("Libraries"));
     CMemoryRegistry registry;
     registry.Set(u"HKLM\\software\\Velmar\\ORVIC", u"installpath", folder.Core());
-    CNoHiddenControls controls;
+    CPartBrowserControls controls{CLibraryFolder(shop.Folder())};
     CPartBrowserFactory browsers{CLibraryFolder(shop.Folder()), [] { return TheProcessValues().languageId; },
                                  QString::fromStdString(folder.Path("places.json").string())};
     CWatchedFactory watched(browsers);

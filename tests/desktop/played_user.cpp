@@ -126,26 +126,32 @@ void ClickAt(QWidget& widget, const QPoint& place, Qt::KeyboardModifiers modifie
     QTest::mouseClick(widget.window()->windowHandle(), Qt::LeftButton, modifiers, widget.mapTo(widget.window(), place));
 }
 
-void Click(int number, int id)
+UserStep Clicking(int number, int id)
 {
-    QWidget* control = ControlOf(number, id);
-    ASSERT_NE(control, nullptr) << number << "/" << id;
-    ClickAt(*control, control->rect().center());
+    return [=] {
+        QWidget* control = ControlOf(number, id);
+        ASSERT_NE(control, nullptr) << number << "/" << id;
+        ClickAt(*control, control->rect().center());
+    };
 }
 
-void PressKey(int number, Qt::Key key, Qt::KeyboardModifiers modifiers)
+UserStep Pressing(int number, Qt::Key key, Qt::KeyboardModifiers modifiers)
 {
-    QWidget* window = WindowOf(number);
-    ASSERT_NE(window, nullptr) << number;
-    ASSERT_TRUE(window->isActiveWindow()) << number; // waiting for it would play later steps first
-    QTest::keyClick(window->windowHandle(), key, modifiers);
+    return [=] {
+        QWidget* window = WindowOf(number);
+        ASSERT_NE(window, nullptr) << number;
+        ASSERT_TRUE(window->isActiveWindow()) << number; // waiting for it would play later steps first
+        QTest::keyClick(window->windowHandle(), key, modifiers);
+    };
 }
 
-void TypeKeys(int number, const QString& text)
+UserStep Typing(int number, const QString& text)
 {
-    for (const QChar character : text) {
-        PressKey(number, static_cast<Qt::Key>(character.toUpper().unicode()));
-    }
+    return [=] {
+        for (const QChar character : text) {
+            Pressing(number, static_cast<Qt::Key>(character.toUpper().unicode()))();
+        }
+    };
 }
 
 QString AnswerMessage()

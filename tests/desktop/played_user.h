@@ -21,24 +21,9 @@ void PlayWhile(std::vector<UserStep> steps, const std::function<void()>& run);
 
 // Real events, by way of the window: what the window system would send.
 void ClickAt(QWidget& widget, const QPoint& place, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-void Click(int number, int id);
-void PressKey(int number, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-void TypeKeys(int number, const QString& text);
-
-[[nodiscard]] inline UserStep Clicking(int number, int id)
-{
-    return [=] { Click(number, id); };
-}
-
-[[nodiscard]] inline UserStep Pressing(int number, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-{
-    return [=] { PressKey(number, key, modifiers); };
-}
-
-[[nodiscard]] inline UserStep Typing(int number, const QString& text)
-{
-    return [=] { TypeKeys(number, text); };
-}
+[[nodiscard]] UserStep Clicking(int number, int id);
+[[nodiscard]] UserStep Pressing(int number, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+[[nodiscard]] UserStep Typing(int number, const QString& text);
 
 // Presses the message box that is up and gives its text.
 QString AnswerMessage();

@@ -6,26 +6,18 @@
 #include "desktop/qt_dialog_windows.h"
 #include "desktop/qt_messages.h"
 #include "host/partkeep_read_impl.h"
-#include "platform/control.h"
+#include "partlibrary/session/session_control.h"
 #include "resources/resource_ids.h"
 #include "settings/process_values.h"
 #include "tests/desktop/played_pane.h"
-#include "tests/desktop/played_user.h"
 #include "tests/support/memory_registry.h"
 
 #include <QTreeWidget>
-
-#include <gtest/gtest.h>
 
 namespace partkeep {
 inline constexpr int dialog = RES_SELECTION_DIALOG;
 inline constexpr int keypad = RES_QUANTITY_KEYPAD;
 inline constexpr int list_window = RES_SELECTED_PARTS_DIALOG;
-
-class CNoHiddenControls : public IHiddenControls {
-public:
-    std::unique_ptr<IHostedControl> CreateHidden(const ClassId&, std::int32_t, int, int) override { return nullptr; }
-};
 
 inline CBrowserPane& Pane()
 {
@@ -36,7 +28,7 @@ inline UserStep Folder(const char* name)
 {
     return [name] {
         ClickInTree(Pane(), u"SRV1"_s, QString::fromUtf8(name));
-        PressKey(dialog, Qt::Key_Right); // opens the branch
+        Pressing(dialog, Qt::Key_Right)(); // opens the branch
     };
 }
 
@@ -111,7 +103,7 @@ protected:
     CTestLibraries libraries_;
     CTemporaryFolder folder_;
     CMemoryRegistry registry_;
-    CNoHiddenControls controls_;
+    CPartBrowserControls controls_{CLibraryFolder(libraries_.Folder())};
     CPartBrowserFactory browsers_{CLibraryFolder(libraries_.Folder()), [] { return TheProcessValues().languageId; },
                                   libraries_.Folder() + u"/places.json"_s};
     CQtDialogWindows windows_{&browsers_};
