@@ -2,11 +2,85 @@
 
 #include "tests/desktop/operator_run.h"
 
-#include "resources/resource_ids.h"
+#include "interface/owned_services.h"
+#include "partkeep_read.h"
+
+#include <numeric>
+#include <regex>
+#include <set>
 
 namespace partkeep {
 
 namespace {
+
+COperatorRun* played = nullptr; // by the C interface
+
+class CPlayedServices : public IOwnedServices {
+public:
+    HostServices Services() override { return played->services; }
+};
+
+} // namespace
+
+// In place of the desktop's services: those of the run.
+std::unique_ptr<IOwnedServices> MakeOwnedServices()
+{
+    return std::make_unique<CPlayedServices>();
+}
+
+namespace {
+
+// In terms of each other, too.
+const std::map<std::string, std::string> call_groups = {
+    {"start", "SetDisplayUnit SetPartFilter SetServerList MoveFocus ConnectServer SetCurrentServer"},
+    {"folder", "OpenFolderSelection SetCurrentFolder"},
+    {"count", "GetSelectedPartCount"},
+    {"none", "GetSelectedPartCount GetCurrentServer"},
+    {"go", "none"},
+    {"click", "count GetSelectedPart ReadPartAttributes GetCurrentFolder ReadPartImage*3 GetLastStatus"},
+    {"png", "SetTargetFolder SetDataKind GetPreviewFileTitle"},
+    {"into", "SetDataKind SetTargetFolder"},
+    {"named", "GetCurrentServer GetCurrentFolder GetSelectedPart"},
+    {"copy", "SetDataKind CopyPartFiles"},
+    {"staged", "named named ReadPartAttributes copy"},
+    {"staged2", "staged copy"},
+    {"clear", "SelectAllParts"},
+    {"leave", "GetServerList GetCurrentServer GetViewStateCount GetViewState DisconnectServer"},
+};
+
+// The server list file that the browser's session leaves behind, with its servers' names parted by blanks. `view` is
+// the sort column's number and 1 for descending.
+std::string ServersFile(const std::string& server, const std::string& folder, const std::string& unit,
+                        const std::string& servers, const std::string& view = "0 0")
+{
+    std::string values = server + " " + folder + " " + unit + " " + servers + " -9999 30 19280 1 0 " + view + " 0";
+    for (int column = 0; column < 8; ++column) {
+        values += " -1 0 0";
+    }
+    return std::regex_replace(values + " ", std::regex(" "), "\r\n");
+}
+
+std::string OptionsFile(bool prompt, int filter)
+{
+    return std::string("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<ZanPartkeepReadConfig>\r\n  <InputNoFlag>") +
+           (prompt ? "true" : "false") + "</InputNoFlag>\r\n  <FilterState>" + std::to_string(filter) +
+           "</FilterState>\r\n</ZanPartkeepReadConfig>";
+}
+
+// Browser calls by their short names, "staged*3" for three times the same; any other word stands for itself.
+Lines ExpandCalls(const std::string& shorthand)
+{
+    Lines calls;
+    for (const std::string& word : Words(shorthand)) {
+        const std::size_t star = word.find('*');
+        const auto group = call_groups.find(word.substr(0, star));
+        const Lines names = group != call_groups.end() ? ExpandCalls(group->second) : Lines{word.substr(0, star)};
+        for (int left = star == std::string::npos ? 1 : std::stoi(word.substr(star + 1)); left > 0; --left) {
+            calls.insert(calls.end(), names.begin(), names.end());
+        }
+    }
+    return calls;
+}
 
 const std::string sample_servers = "PLATES 板金部品 钣金件";
 const std::string title = " 'Kolvyn PartkeepRead'";
@@ -51,11 +125,11 @@ struct Row {
 
 void Check(COperatorRun& run, PartkeepReadImpl& host, const Row& row)
 {
-    EXPECT_EQ(run.Records(host), row.records);
-    EXPECT_EQ(run.Files(), row.files);
+    EXPECT_EQ(run.Records(host), Steps(row.records));
+    EXPECT_EQ(run.Files(), Steps(row.files));
     EXPECT_EQ(run.Servers(), row.servers);
     EXPECT_EQ(run.Options(), row.options);
-    EXPECT_EQ(Joined(run.Noted("message")), row.messages);
+    EXPECT_EQ(run.Noted("message"), Steps(row.messages));
     EXPECT_EQ(run.Noted("call"), ExpandCalls(row.calls));
 }
 
@@ -144,20 +218,20 @@ TEST(OperatorRuns, AtTheLimits)
     FillEdges(libraries);
     const std::string servers = "EDGE " + long_server;
     const std::string in_names = ServersFile("EDGE", "Names", "metric", servers);
+    std::string records;
     std::set<std::string> files;
-    Lines records;
     for (int number = 1; number <= 257; ++number) {
         const std::string name = "P" + std::to_string(number);
-        records.push_back(name + (number <= 256 ? " x8" : " x9") + " EDGE|Many EDGEMany .iga");
-        files.insert("EDGEMany/" + name + ".iga");
+        records += name + (number <= 256 ? " x8" : " x9") + " EDGE|Many EDGEMany .iga; ";
+        files.insert("EDGEMany/" + name + ".iga; ");
     }
     const std::string in_edge = " EDGE|Names EDGENames .iga";
     PlayEach(
         libraries.Folder().toStdString(),
         {
             {"256 and 257",
-             "go EDGE Many; all; add; ask; all; load 7; all; load -; first 256; add 8; select P257; load 9",
-             Joined(records), Joined({files.begin(), files.end()}), too_many + "; " + too_many,
+             "go EDGE Many; all; add; ask; all; load 7; all; load -; first 256; add 8; select P257; load 9", records,
+             std::accumulate(files.begin(), files.end(), std::string()), too_many + "; " + too_many,
              "start go SelectAllParts count SelectAllParts count SelectAllParts count clear click count into "
              "staged*256 clear click count into staged leave",
              ServersFile("EDGE", "Many", "metric", servers), OptionsFile(true, 0)},
@@ -262,19 +336,15 @@ TEST(OperatorRuns, TwoObjectsShareFoldersAndSettingsAndNoRecords)
     EXPECT_EQ(run.Play(second, false, "cancel"), HostResult::False);
     EXPECT_EQ(run.Play(run.object, false, "ask; select BRK-2; load"), HostResult::Ok);
     const std::string staged = " PLATES|Brackets\\L PLATESBracketsL ";
-    EXPECT_EQ(run.Records(run.object), "BRK-1 x2" + staged + ".iga; BRK-2 x1" + staged + ".bmf");
-    EXPECT_EQ(run.Records(second), "BRK-1 x3" + staged + ".iga");
+    EXPECT_EQ(run.Records(run.object), Steps("BRK-1 x2" + staged + ".iga; BRK-2 x1" + staged + ".bmf"));
+    EXPECT_EQ(run.Records(second), Lines{"BRK-1 x3" + staged + ".iga"});
     EXPECT_EQ(run.Options(), plain);
-    EXPECT_EQ(run.Files(), "PLATESBracketsL/BRK-1.iga; PLATESBracketsL/BRK-2.bmf");
+    EXPECT_EQ(run.Files(), (Lines{"PLATESBracketsL/BRK-1.iga", "PLATESBracketsL/BRK-2.bmf"}));
 }
 
 TEST(OperatorRuns, TellEachMessageInTheLanguageOfTheRun)
 {
-    const struct {
-        std::int32_t id;
-        std::string title;
-        std::string texts;
-    } languages[] = {
+    const std::tuple<std::int32_t, std::string, std::string> languages[] = {
         {1, "Kolvyn PartkeepRead",
          "Please select one or more part.; Total number of selected parts exceeds the maximum limit of 256. Please "
          "select parts with total count less than or equal to 256.; The selected part P1 is already added to the "
@@ -289,18 +359,67 @@ TEST(OperatorRuns, TellEachMessageInTheLanguageOfTheRun)
     };
     CTestLibraries libraries;
     FillEdges(libraries);
-    for (const auto& language : languages) {
+    for (const auto& [language, box_title, texts] : languages) {
         COperatorRun run(libraries.Folder().toStdString());
-        run.object.SetLanguageID(language.id);
+        run.object.SetLanguageID(language);
         run.Play(run.object, false,
                  "add; go EDGE Many; first 257; add; select P1; add; select P1; add; lose EDGEMany/P1.iga; "
                  "select P2 P3; delete P2; load");
         Lines expected;
-        for (const std::string& text : Steps(language.texts)) {
-            expected.push_back("'" + text + "' '" + language.title + "'");
+        for (const std::string& text : Steps(texts)) {
+            expected.push_back("'" + text + "' '" + box_title + "'");
         }
         EXPECT_EQ(run.Noted("message"), expected);
     }
+}
+
+TEST(OperatorRuns, ReachTheHostThroughTheCInterface)
+{
+    COperatorRun run(SampleLibraries());
+    played = &run;
+    const std::unique_ptr<partkeep_read, void (*)(partkeep_read*)> object(partkeep_read_create(),
+                                                                          partkeep_read_destroy);
+    partkeep_read_set_working_folder(object.get(), (run.folder.Path("Work").string() + "/").c_str());
+    partkeep_read_set_language_id(object.get(), 1);
+    run.Script("filter MARVEN; go 钣金件 机箱\\面板; select 面板1; load");
+    EXPECT_EQ(partkeep_read_invoke(object.get()), PARTKEEP_READ_OK);
+    run.Script("go PLATES Brackets\\L; select BRK-3 BRK-4; load");
+    EXPECT_EQ(partkeep_read_invoke_multi_selection(object.get(), 1), PARTKEEP_READ_OK);
+
+    std::int32_t count = 0;
+    EXPECT_EQ(partkeep_read_number_of_parts_selected(object.get(), &count), PARTKEEP_READ_OK);
+    EXPECT_EQ(count, 3);
+    const std::string stem = run.folder.Path("Work/钣金件机箱面板/面板1").string();
+    const std::string comment = "前面板 四边折弯 规格1";
+    const std::string none = "(none)";
+    char* out[10] = {};
+    const auto taken = [&] {
+        Lines texts;
+        for (char*& text : out) {
+            texts.emplace_back(text != nullptr ? text : none);
+            partkeep_read_free(std::exchange(text, nullptr));
+        }
+        return texts;
+    };
+    std::int32_t type = 0;
+    double thickness = 0.0;
+    EXPECT_EQ(partkeep_read_get_part_info(object.get(), 0, &out[0], &out[1], &out[2], &out[3], &out[4], &out[5],
+                                          &out[6], &out[7], &out[8], &type, &thickness, &out[9]),
+              PARTKEEP_READ_OK);
+    EXPECT_EQ(taken(), (Lines{"钣金件", "机箱\\面板", stem + ".iga", stem + ".SY5", stem + ".NCD", "面板1", comment,
+                              "冷轧钢板", "复合机-15", "1"}));
+    EXPECT_EQ(type, 3);
+    EXPECT_EQ(thickness, 1.2);
+    EXPECT_EQ(
+        partkeep_read_get_selected_part_info(object.get(), &out[0], &out[1], &out[2], &out[3], &thickness, &out[4]),
+        PARTKEEP_READ_OK);
+    EXPECT_EQ(partkeep_read_get_file_path(object.get(), &out[5]), PARTKEEP_READ_OK);
+    EXPECT_EQ(taken(),
+              (Lines{stem + ".iga", "面板1", comment, "冷轧钢板", "1", stem + ".iga", none, none, none, none}));
+    EXPECT_EQ(partkeep_read_get_part_info(object.get(), 2, nullptr, nullptr, nullptr, nullptr, nullptr, &out[0],
+                                          nullptr, nullptr, nullptr, &type, nullptr, nullptr),
+              PARTKEEP_READ_OK);
+    EXPECT_EQ(taken().front(), "BRK-4");
 }
 
 } // namespace
