@@ -43,23 +43,19 @@ protected:
 
 TEST_F(Picture, FitsThePictureAndKeepsItsProportions)
 {
-    const struct {
-        const char* label;
-        QSize size;
-        QRect shown;
-    } rows[] = {
+    const std::tuple<const char*, QSize, QRect> rows[] = {
         {"wide", {400, 200}, {0, 37, 149, 74}},
         {"tall", {10, 100}, {67, 0, 14, 149}},
         {"small square grows", {5, 5}, {0, 0, 149, 149}},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.label);
-        WriteBytes(folder_.Path("p.png"), Encoded(Red(row.size.width(), row.size.height()), "PNG"));
+    for (const auto& [label, size, area] : rows) {
+        SCOPED_TRACE(label);
+        WriteBytes(folder_.Path("p.png"), Encoded(Red(size.width(), size.height()), "PNG"));
         control_.SetImagePath(folder_.Core(u"p.PNG"));
         const QImage mask = widget_.grab().toImage().createMaskFromColor(qRgb(255, 0, 0), Qt::MaskOutColor);
         const QRect shown = QRegion(QBitmap::fromImage(mask)).boundingRect();
-        EXPECT_LE((shown.topLeft() - row.shown.topLeft()).manhattanLength(), 2);
-        EXPECT_LE((shown.bottomRight() - row.shown.bottomRight()).manhattanLength(), 2);
+        EXPECT_LE((shown.topLeft() - area.topLeft()).manhattanLength(), 2);
+        EXPECT_LE((shown.bottomRight() - area.bottomRight()).manhattanLength(), 2);
     }
 }
 

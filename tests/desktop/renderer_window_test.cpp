@@ -1,15 +1,19 @@
-// What the dialogs' logic asks of a window, on the selection dialog's template with a handler that only notes.
+// What the dialogs' logic asks of a window, on the selection dialog's template with a handler that only notes; and the
+// keypad with its logic, worked by real keys and clicks.
 
 #include "controls/part_browser_contract.h"
 #include "desktop/caption_fit.h"
 #include "desktop/qt_dialog_windows.h"
 #include "desktop/qt_messages.h"
 #include "platform/graphics.h"
+#include "selection/quantity_keypad_dlg.h"
+#include "settings/process_values.h"
 #include "tests/desktop/played_user.h"
 #include "tests/support/dialog_window_suite.h"
 #include "tests/support/scripted_control.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QComboBox>
 #include <QHelpEvent>
 #include <QLabel>
@@ -28,6 +32,7 @@ namespace partkeep {
 namespace {
 
 constexpr int dialog = RES_SELECTION_DIALOG;
+constexpr int keypad = RES_QUANTITY_KEYPAD;
 
 TEST(QtWindows, DoWhatEveryFrontEndDoes)
 {
@@ -63,26 +68,6 @@ TEST(QtCaption, GetsSmallerAndIsCutAtLast)
     EXPECT_EQ(label.toolTip(), QStringLiteral("Wide caption of a button"));
 }
 
-// A control with a field inside and shortcuts that would like the dialog's keys.
-class CFieldFactory : public IQtControlFactory {
-public:
-    std::unique_ptr<IHostedControl> Create(const ClassId&, QWidget* parent, QWidget*& widget) override
-    {
-        widget = new QWidget(parent);
-        field = new QLineEdit(widget);
-        for (const char* keys : {"Return", "Esc", "Ctrl+A", "F5"}) {
-            QObject::connect(new QShortcut(QKeySequence(keys), widget), &QShortcut::activated, widget,
-                             [this] { ++shortcuts; });
-        }
-        return script.MakeControl();
-    }
-
-    Recorder recorder;
-    ControlScript script{recorder};
-    QLineEdit* field = nullptr;
-    int shortcuts = 0;
-};
-
 struct NotingHandler : SuiteHandler {
     bool PreTranslateMessage(const KeyPress& press) noexcept override
     {
@@ -99,8 +84,20 @@ struct NotingHandler : SuiteHandler {
     int paints = 0;
 };
 
-class QtWindow : public ::testing::Test {
+class QtWindow : public ::testing::Test, public IQtControlFactory {
 protected:
+    // A control with a field inside and shortcuts that would like the dialog's keys.
+    std::unique_ptr<IHostedControl> Create(const ClassId&, QWidget* parent, QWidget*& widget) override
+    {
+        widget = new QWidget(parent);
+        field_ = new QLineEdit(widget);
+        for (const char* keys : {"Return", "Esc", "Ctrl+A", "F5"}) {
+            QObject::connect(new QShortcut(QKeySequence(keys), widget), &QShortcut::activated, widget,
+                             [this] { ++shortcuts_; });
+        }
+        return script_.MakeControl();
+    }
+
     // With the browser's stand-in; the dialog is cancelled behind the steps.
     void Run(std::vector<UserStep> steps)
     {
@@ -124,8 +121,11 @@ protected:
         return [=, this] { window_->Fields().Focus(id); };
     }
 
-    CFieldFactory factory_;
-    CQtDialogWindows windows_{&factory_};
+    Recorder recorder_;
+    ControlScript script_{recorder_};
+    QLineEdit* field_ = nullptr;
+    int shortcuts_ = 0;
+    CQtDialogWindows windows_{this};
     NotingHandler handler_;
     std::unique_ptr<IDialogWindow> window_ = windows_.Make(selection_dialog_template);
     std::unique_ptr<IHostedControl> hosted_;
@@ -134,7 +134,7 @@ protected:
 
 TEST_F(QtWindow, TellsTheLogicOfKeysCommandsAndChoices)
 {
-    const UserStep in_field = [this] { factory_.field->setFocus(); };
+    const UserStep in_field = [this] { field_->setFocus(); };
     const UserStep focus = [this] { handler_.notes += " on" + std::to_string(window_->Fields().FocusedControl()); };
     const UserStep tab = Pressing(dialog, Qt::Key_Tab);
     const UserStep enter = Pressing(dialog, Qt::Key_Return);
@@ -163,8 +163,8 @@ TEST_F(QtWindow, TellsTheLogicOfKeysCommandsAndChoices)
          true,
          1},
         {"what the logic leaves goes on, told once",
-         {in_field, Typing(dialog, "ab"), control_a, [this] { EXPECT_EQ(factory_.field->selectedText(), "ab"); },
-          [this] { factory_.field->setReadOnly(true); }, Typing(dialog, "x")},
+         {in_field, Typing(dialog, "ab"), control_a, [this] { EXPECT_EQ(field_->selectedText(), "ab"); },
+          [this] { field_->setReadOnly(true); }, Typing(dialog, "x")},
          " key65 key66 key65c key88"},
         {"Enter on a button", {Focusing(RES_ADD), enter}, " key13 command210"},
         {"Enter elsewhere", {Focusing(RES_PART_NAME), enter}, " key13 command1"},
@@ -188,10 +188,10 @@ TEST_F(QtWindow, TellsTheLogicOfKeysCommandsAndChoices)
     for (const auto& row : rows) {
         SCOPED_TRACE(row.label);
         handler_.uses_keys = row.uses_keys;
-        factory_.shortcuts = 0;
+        shortcuts_ = 0;
         Run(row.steps);
         EXPECT_EQ(handler_.notes, std::string(row.notes) + " destroy");
-        EXPECT_EQ(factory_.shortcuts, row.shortcuts);
+        EXPECT_EQ(shortcuts_, row.shortcuts);
     }
 }
 
@@ -268,6 +268,70 @@ TEST_F(QtWindow, TakesTheIconOfTheActiveWindowAndGoesWithIt)
               }},
               [this] { EXPECT_EQ(window_->RunModal(handler_), id_cancel); });
     EXPECT_FALSE(window_->Exists());
+}
+
+QLineEdit* Field()
+{
+    return qobject_cast<QLineEdit*>(ControlOf(keypad, RES_QUANTITY));
+}
+
+UserStep Selecting(int start, int length)
+{
+    return [=] { Field()->setSelection(start, length); };
+}
+
+TEST(QtKeypad, FieldHoldsWhatKeysAndButtonsPutIn)
+{
+    TheProcessValues().languageId = 1;
+    CQtDialogWindows windows(nullptr);
+    const UserStep paste = [] {
+        QGuiApplication::clipboard()->setText("345678");
+        Field()->paste();
+    };
+    const auto answering = [](const char* text) { return [text] { EXPECT_EQ(AnswerMessage(), QString(text)); }; };
+    const UserStep ok = Clicking(keypad, RES_OK);
+    const UserStep escape = Pressing(keypad, Qt::Key_Escape);
+    const UserStep back = Pressing(keypad, Qt::Key_Backspace);
+    const UserStep enter = Pressing(keypad, Qt::Key_Return);
+    const UserStep tab = Pressing(keypad, Qt::Key_Tab);
+    const UserStep six = Clicking(keypad, RES_DIGIT_6);
+    const UserStep nine = Clicking(keypad, RES_DIGIT_9);
+    const UserStep zeros = Clicking(keypad, RES_DIGIT_00);
+    const struct {
+        const char* label;
+        std::vector<UserStep> steps;
+        std::u16string field;
+        int answer = id_cancel;
+    } rows[] = {
+        {"six typed characters give five", {Typing(keypad, "123456"), escape}, u"12345"},
+        {"paste fills up to five", {Typing(keypad, "12"), paste, escape}, u"12345"},
+        {"buttons pass the limit, keys do not", {Typing(keypad, "12345"), six, Typing(keypad, "7"), escape}, u"123456"},
+        {"typing again below the limit",
+         {Typing(keypad, "12345"), six, back, back, Typing(keypad, "89"), escape},
+         u"12348"},
+        {"button takes the selected text away", {Typing(keypad, "12345"), Selecting(1, 2), nine, escape}, u"1459"},
+        {"selection outlives the focus",
+         {Typing(keypad, "123"), Selecting(0, 2), tab, Pressing(keypad, Qt::Key_Space), escape},
+         u"31"},
+        {"caret in the middle stays when the limit moves, digits land at the end",
+         {zeros, zeros, zeros, Pressing(keypad, Qt::Key_Home), Pressing(keypad, Qt::Key_Delete),
+          Pressing(keypad, Qt::Key_Delete), Typing(keypad, "5"), back, six, escape},
+         u"00006"},
+        {"Enter means OK after a tap", {six, nine, Pressing(keypad, Qt::Key_Enter)}, u"69", id_ok},
+        {"Enter presses what the Tab key chose", {tab, enter, ok}, u"1", id_ok},
+        {"what is refused, empty or in a box, leaves it open",
+         {ok, Typing(keypad, "0"), ok, answering("Please enter value within the range [1-99999]"), Typing(keypad, "x"),
+          Pressing(keypad, Qt::Key_Home), Typing(keypad, "3"), enter,
+          answering("Input Part number should be within the range [0-9]."), [] { WindowOf(keypad)->close(); }},
+         u"30x"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        CEventDoor door(windows);
+        CQuantityKeypadDlg pad(door, nullptr);
+        PlayWhile(row.steps, [&] { EXPECT_EQ(pad.DoModal(), row.answer); });
+        EXPECT_EQ(pad.Quantity(), row.field);
+    }
 }
 
 } // namespace
