@@ -69,20 +69,7 @@ private:
     bool drags_ = false;
 };
 
-class CScriptedFactory : public IQtControlFactory {
-public:
-    explicit CScriptedFactory(ControlScript& script) : script_(script) {}
-    [[nodiscard]] std::unique_ptr<IHostedControl> Create(const ClassId&, QWidget* parent, QWidget*& widget) override
-    {
-        widget = new CBrowserWidget(script_, parent);
-        return script_.MakeControl();
-    }
-
-private:
-    ControlScript& script_;
-};
-
-class UntimelyInput : public ::testing::Test, public QAbstractNativeEventFilter {
+class UntimelyInput : public ::testing::Test, public QAbstractNativeEventFilter, public IQtControlFactory {
 protected:
     UntimelyInput()
     {
@@ -100,6 +87,11 @@ protected:
         qApp->installNativeEventFilter(this);
     }
 
+    std::unique_ptr<IHostedControl> Create(const ClassId&, QWidget* parent, QWidget*& widget) override
+    {
+        widget = new CBrowserWidget(browser, parent);
+        return browser.MakeControl();
+    }
     bool nativeEventFilter(const QByteArray&, void* message, qintptr*) override
     {
         constexpr int key_press = 2;
@@ -224,8 +216,7 @@ protected:
         quiet_turns = 0;
         recorder.lines.clear();
         browser.onCall = nullptr;
-        CScriptedFactory factory(browser);
-        CQtDialogWindows windows(&factory);
+        CQtDialogWindows windows(this);
         QTimer turns;
         QObject::connect(&turns, &QTimer::timeout, &turns, [this] { Turn(); });
         turns.start(5);
