@@ -9,11 +9,9 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
-#include <QHeaderView>
 #include <QHelpEvent>
 #include <QLabel>
 #include <QListWidget>
-#include <QMenu>
 #include <QPushButton>
 #include <QSplitter>
 #include <QToolTip>
@@ -23,10 +21,7 @@
 namespace partkeep {
 namespace {
 
-class PaneState : public PaneTest {
-protected:
-    const QString places_ = libraries_.Folder() + u"/places/browser.json"_s;
-};
+using PaneState = PaneTest;
 
 TEST_F(PaneState, AfterASortTheSelectionElseTheTopIsInView)
 {
@@ -73,73 +68,60 @@ TEST_F(PaneState, AfterASortTheSelectionElseTheTopIsInView)
     }
 }
 
-TEST_F(PaneState, LooksComeBackThroughTheViewState)
+TEST_F(PaneState, LooksAreArrangedFromTheKeyboardAndComeBackThroughTheViewState)
 {
     std::vector<std::int16_t> values(max_view_state_values, 0);
     {
         CPlayedPane pane(libraries_);
-        pane.Header().moveSection(4, 0);
+        const auto choose = [&pane](const QString& entry) {
+            ButtonIn(*pane.pane, u"Columns"_s)->setFocus();
+            pane.Key(Qt::Key_Space);
+            auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+            ASSERT_NE(menu, nullptr);
+            for (QAction* action : menu->actions()) {
+                if (action->text() == entry) {
+                    menu->setActiveAction(action);
+                }
+            }
+            QTest::keyClick(menu, Qt::Key_Return);
+            Settle(*pane.pane);
+        };
+        choose(u"Move to the right"_s);
+        choose(u"Move to the right"_s);
+        EXPECT_EQ(pane.Header().visualIndex(0), 2);
+        const int width = pane.Header().sectionSize(0);
+        choose(u"Wider"_s);
+        EXPECT_GT(pane.Header().sectionSize(0), width);
+        choose(u"Material"_s);
+        EXPECT_TRUE(pane.Header().isSectionHidden(2));
+        choose(u"Sort descending"_s);
+        EXPECT_EQ(pane.Shown(), "P10 P2 p1 P1 Bare");
         pane.Header().resizeSection(0, 233);
-        pane.Header().hideSection(3);
         pane.Header().setSortIndicator(1, Qt::DescendingOrder);
         pane.pane->findChild<QSplitter*>()->setSizes({260, 540});
         pane.browser.GetViewState(values.data());
     }
     CPlayedPane pane(libraries_);
     pane.browser.SetViewState(values.data());
-    EXPECT_EQ(pane.Header().logicalIndex(0), 4);
+    EXPECT_EQ(pane.Header().visualIndex(0), 2);
     EXPECT_EQ(pane.Header().sectionSize(0), 233);
-    EXPECT_TRUE(pane.Header().isSectionHidden(3));
+    EXPECT_TRUE(pane.Header().isSectionHidden(2));
     EXPECT_EQ(pane.Shown(), "P1 P2 p1 Bare P10") << "by thickness, downwards, ties by name downwards";
     EXPECT_NEAR(pane.pane->findChild<QSplitter*>()->sizes().front(), 260, 4);
     values[5] = static_cast<std::int16_t>(PictureSize::Large);
     std::replace(values.begin(), values.end(), std::int16_t{233}, std::int16_t{60});
     pane.browser.SetViewState(values.data());
     EXPECT_GT(pane.Header().sectionSize(0), 128 + 40) << "a name has room beside its picture";
-}
-
-TEST_F(PaneState, AForeignViewStateLeavesAUsablePane)
-{
-    CPlayedPane pane(libraries_);
-    std::vector<std::int16_t> own(max_view_state_values, 0);
-    pane.browser.GetViewState(own.data());
     for (std::size_t place = 0; place < static_cast<std::size_t>(pane.browser.GetViewStateCount()); ++place) {
-        for (const int value : {-32768, -1, 0, 1, 3, 32767}) {
-            std::vector<std::int16_t> values = own;
-            values[place] = static_cast<std::int16_t>(value);
+        for (const int foreign : {-32768, -1, 0, 1, 3, 32767}) {
+            const auto own = std::exchange(values[place], static_cast<std::int16_t>(foreign));
             pane.browser.SetViewState(values.data());
-            ASSERT_LT(pane.Header().hiddenSectionCount(), part_columns) << place << " " << value;
-            ASSERT_GT(pane.List().width(), 100) << place << " " << value;
-            ASSERT_LE(pane.Header().length(), part_columns * 4000) << place << " " << value;
+            ASSERT_LT(pane.Header().hiddenSectionCount(), part_columns) << place << " " << foreign;
+            ASSERT_GT(pane.List().width(), 100) << place << " " << foreign;
+            ASSERT_LE(pane.Header().length(), part_columns * 4000) << place << " " << foreign;
+            values[place] = own;
         }
     }
-}
-
-TEST_F(PaneState, ColumnsAreArrangedFromTheKeyboard)
-{
-    CPlayedPane pane(libraries_);
-    const auto choose = [&pane](const QString& entry) {
-        ButtonIn(*pane.pane, u"Columns"_s)->setFocus();
-        pane.Key(Qt::Key_Space);
-        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-        ASSERT_NE(menu, nullptr);
-        for (QAction* action : menu->actions()) {
-            if (action->text() == entry) {
-                menu->setActiveAction(action);
-            }
-        }
-        QTest::keyClick(menu, Qt::Key_Return);
-        Settle(*pane.pane);
-    };
-    choose(u"Move to the right"_s);
-    EXPECT_EQ(pane.Header().visualIndex(0), 1);
-    const int width = pane.Header().sectionSize(0);
-    choose(u"Wider"_s);
-    EXPECT_GT(pane.Header().sectionSize(0), width);
-    choose(u"Material"_s);
-    EXPECT_TRUE(pane.Header().isSectionHidden(2));
-    choose(u"Sort descending"_s);
-    EXPECT_EQ(pane.Shown(), "P10 P2 p1 P1 Bare");
 }
 
 TEST_F(PaneState, PlacesWorkedInAreRememberedAndLeadBack)
@@ -177,12 +159,12 @@ TEST_F(PaneState, FavouritesAreNamedAndPutInOrder)
     ClickInTree(*pane.pane, u"板金"_s, u"板金"_s);
     pane.Key(Qt::Key_D, Qt::ControlModifier);
     CPanePlaces places(places_);
-    auto* dialog = new CFavouritesDialog(places, PaneLanguage::English, pane.pane);
-    dialog->show();
-    auto& list = *dialog->findChild<QListWidget*>();
+    CFavouritesDialog dialog(places, PaneLanguage::English, pane.pane);
+    dialog.show();
+    auto& list = *dialog.findChild<QListWidget*>();
     list.setCurrentRow(1);
     const auto press = [&](const QString& text) {
-        for (auto* button : dialog->findChildren<QPushButton*>()) {
+        for (auto* button : dialog.findChildren<QPushButton*>()) {
             if (button->text() == text) {
                 button->click();
             }
@@ -208,7 +190,6 @@ TEST_F(PaneState, FavouritesAreNamedAndPutInOrder)
         press(QString::fromUtf16(text));
     }
     EXPECT_EQ(CPanePlaces(places_).Favourites().size(), 1) << "nothing is chosen";
-    delete dialog;
 }
 
 TEST_F(PaneState, APlacesFileThatMakesNoSenseIsPassedOver)

@@ -9,6 +9,7 @@
 #include "tests/desktop/played_user.h"
 #include "tests/partlibrary/library_fixture.h"
 
+#include <QHeaderView>
 #include <QMenu>
 #include <QTest>
 #include <QToolButton>
@@ -65,6 +66,7 @@ protected:
     PaneTest() { libraries_.MakeShop(); }
 
     CTestLibraries libraries_;
+    const QString places_ = libraries_.Folder() + u"/places/browser.json"_s;
 };
 
 } // namespace partkeep
