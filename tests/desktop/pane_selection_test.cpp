@@ -5,9 +5,7 @@
 #include "desktop/pane/search_hits.h"
 #include "partlibrary/library/sort_text.h"
 
-#include <QHeaderView>
 #include <QImage>
-#include <QMenu>
 
 namespace partkeep {
 namespace {
@@ -52,7 +50,45 @@ void Drag(CPlayedPane& pane)
     QTest::mouseRelease(viewport, Qt::LeftButton, Qt::NoModifier, PlaceOfRow(*pane.pane, 3));
 }
 
-using PaneSelection = PaneTest;
+const Play down = Press(Qt::Key_Down);
+const Play refresh = Call([](CKPDKeyManager& browser) { browser.RefreshPartList(); });
+const Play select_all = Call([](CKPDKeyManager& browser) { browser.SelectAllParts(1); });
+
+struct Trial {
+    const char* label;
+    std::vector<Play> plays;
+    const char* selected;
+    int clicks;
+    const char* shown = "Bare P1 p1 P2 P10";
+    const char16_t* folder = u"Plates\\2008";
+};
+
+class PaneSelection : public PaneTest {
+protected:
+    // Each in a pane that begins in the folder.
+    void PlayEach(const std::u16string& folder, const std::vector<Trial>& trials)
+    {
+        for (const Trial& trial : trials) {
+            SCOPED_TRACE(trial.label);
+            CPlayedPane pane(libraries_, {.folder = folder});
+            pane.TakeClicks();
+            for (const Play& play : trial.plays) {
+                Settle(*pane.pane);
+                play(pane);
+            }
+            EXPECT_TRUE(pane.Shown() == trial.shown || pane.pane->HasWork()) << pane.Shown() << " by the call alone";
+            Settle(*pane.pane);
+            EXPECT_EQ(pane.Shown(), trial.shown);
+            EXPECT_EQ(pane.Selected(), trial.selected);
+            EXPECT_EQ(pane.browser.GetCurrentFolder(), trial.folder);
+            EXPECT_EQ(pane.TakeClicks(), trial.clicks);
+            EXPECT_EQ(pane.List().selectionModel()->selectedRows().size(), pane.browser.GetSelectedPartCount());
+            if (CPanePlaces(places_).SearchesServer()) {
+                pane.Key(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier); // the next one would begin so
+            }
+        }
+    }
+};
 
 // The shop's folder shows Bare, P1, p1, P2, P10; ids decide between P1 and p1.
 TEST_F(PaneSelection, FollowsMouseKeysAndCalls)
@@ -65,17 +101,11 @@ TEST_F(PaneSelection, FollowsMouseKeysAndCalls)
         ClickAt(*header.viewport(), {header.sectionViewportPosition(1) + 20, header.height() / 2});
     };
     const Play control_p10 = Row(4, Qt::ControlModifier);
-    const Play down = Press(Qt::Key_Down);
     const Play control_down = Press(Qt::Key_Down, Qt::ControlModifier);
     const Play control_space = Press(Qt::Key_Space, Qt::ControlModifier);
     const Play filter = Call([](auto& browser) { browser.SetPartFilter(part_data_kind); });
-    const struct {
-        const char* label;
-        std::vector<Play> plays;
-        const char* selected;
-        int clicks;
-        const char* shown = "Bare P1 p1 P2 P10";
-    } rows[] = {
+    const Play above = Call([](auto& browser) { browser.SetCurrentFolder(u"Plates"); });
+    const std::vector<Trial> trials = {
         {"the same twice", {Row(1), Row(1)}, "P1", 2},
         {"control adds, in the list's order", {Row(3), Row(1, Qt::ControlModifier)}, "P1 P2", 2},
         {"control takes away", {Row(1), Row(1, Qt::ControlModifier)}, "", 2},
@@ -96,29 +126,15 @@ TEST_F(PaneSelection, FollowsMouseKeysAndCalls)
         {"cleared by its button", {Type("10"), clear}, "", 0},
         {"typed in the list, arrows go on", {Type("p1"), down}, "P1", 1, "P1 p1 P10"},
         {"heads sort, twice the other way", {Row(1), head, head}, "P1", 1, "P1 P2 p1 Bare P10"},
-        {"select all", {Call([](auto& browser) { browser.SelectAllParts(1); })}, all, 0},
+        {"select all", {select_all}, all, 0},
         {"select none", {Row(2), Call([](auto& browser) { browser.SelectAllParts(0); })}, "", 1},
-        {"refresh keeps", {Row(2), control_p10, Call([](auto& browser) { browser.RefreshPartList(); })}, "p1 P10", 2},
+        {"refresh keeps", {Row(2), control_p10, refresh}, "p1 P10", 2},
         {"filter hides", {Row(2), control_p10, filter}, "P10", 2, "P1 P2 P10"},
-        {"folder", {Row(2), Call([](auto& browser) { browser.SetCurrentFolder(u"Plates"); })}, "", 1, "Top"},
-        {"server", {Row(2), Call([](auto& browser) { browser.ConnectServer(u"板金"); })}, "", 1, ""},
-        {"end", {Row(2), Call([](auto& browser) { browser.DisconnectServer(); })}, "", 1, ""},
+        {"folder", {Row(2), above}, "", 1, "Top", u"Plates"},
+        {"server", {Row(2), Call([](auto& browser) { browser.ConnectServer(u"板金"); })}, "", 1, "", u""},
+        {"end", {Row(2), Call([](auto& browser) { browser.DisconnectServer(); })}, "", 1, "", u""},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.label);
-        CPlayedPane pane(libraries_);
-        pane.TakeClicks();
-        for (const Play& play : row.plays) {
-            Settle(*pane.pane);
-            play(pane);
-        }
-        EXPECT_TRUE(pane.Shown() == row.shown || pane.pane->HasWork()) << pane.Shown() << " by the call alone";
-        Settle(*pane.pane);
-        EXPECT_EQ(pane.Shown(), row.shown);
-        EXPECT_EQ(pane.Selected(), row.selected);
-        EXPECT_EQ(pane.TakeClicks(), row.clicks);
-        EXPECT_EQ(pane.List().selectionModel()->selectedRows().size(), pane.browser.GetSelectedPartCount());
-    }
+    PlayEach(u"Plates\\2008", trials);
 }
 
 TEST_F(PaneSelection, TheTreeNavigatesWithOneClickEach)
@@ -170,11 +186,7 @@ int GroundsOfHits(CPlayedPane& pane, int row)
 // A result is no selection until it is chosen; that goes to its folder.
 TEST_F(PaneSelection, AWholeServerIsSearched)
 {
-    const Play search = [](CPlayedPane& pane) { pane.Search().setFocus(); };
     const Play wide = Press(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
-    const Play down = Press(Qt::Key_Down);
-    const Play all = Call([](CKPDKeyManager& browser) { browser.SelectAllParts(1); });
-    const Play refresh = Call([](CKPDKeyManager& browser) { browser.RefreshPartList(); });
     const Play back = Press(Qt::Key_Left, Qt::AltModifier);
     const Play narrow = [](CPlayedPane& pane) {
         const QMenu& columns = Filled(ButtonIn(*pane.pane, u"Narrow"_s)->menu());
@@ -186,44 +198,22 @@ TEST_F(PaneSelection, AWholeServerIsSearched)
         QTest::mouseClick(pane.List().viewport(), Qt::LeftButton, {}, place);
         QTest::mouseDClick(pane.List().viewport(), Qt::LeftButton, {}, place);
     };
-    const struct {
-        const char* label;
-        std::vector<Play> plays;
-        const char* shown;
-        const char* selected;
-        const char16_t* folder;
-        int clicks;
-    } rows[] = {
-        {"shown and not selected", {wide, Type("p1")}, "P1 p1 P10", "", u"Plates", 0},
-        {"words in any order, all in one part", {wide, Type("SPCC p1")}, "P1", "", u"Plates", 0},
-        {"all of them is none", {wide, Type("p1"), all, refresh, down, down}, "P1 p1 P10", "", u"Plates", 0},
-        {"what was selected is not any more", {Row(0), wide, Type("p1")}, "P1 p1 P10", "", u"Plates", 2},
-        {"chosen by a click", {wide, Type("p1"), Row(2)}, "Bare P1 p1 P2 P10", "P10", u"Plates\\2008", 1},
-        {"by keys", {wide, Type("p"), down, down, Press(Qt::Key_Space)}, "Bare P1 p1 P2 P10", "P1", u"Plates\\2008", 1},
-        {"in this folder", {wide, Type("t"), Row(0)}, "Top", "Top", u"Plates", 1},
-        {"and back", {wide, Type("p1"), Row(2), back}, "P1 p1 P10", "", u"Plates\\2008", 2},
-        {"to this folder alone", {wide, Type("p1"), wide}, "", "", u"Plates", 0},
-        {"cleared", {wide, Type("p1"), [](auto& pane) { pane.Search().clear(); }}, "Top", "", u"Plates", 0},
-        {"narrowed without a word", {wide, narrow}, "P1", "", u"Plates", 0},
-        {"the tree leaves the results", {wide, Type("p1"), plates}, "Top", "", u"Plates", 1},
-        {"both presses mean one part", {wide, Type("p1"), twice}, "Bare P1 p1 P2 P10", "p1", u"Plates\\2008", 1},
+    const std::vector<Trial> trials = {
+        {"shown and not selected", {wide, Type("p1")}, "", 0, "P1 p1 P10", u"Plates"},
+        {"words in any order, all in one part", {wide, Type("SPCC p1")}, "", 0, "P1", u"Plates"},
+        {"all of them is none", {wide, Type("p1"), select_all, refresh, down, down}, "", 0, "P1 p1 P10", u"Plates"},
+        {"what was selected is not any more", {Row(0), wide, Type("p1")}, "", 2, "P1 p1 P10", u"Plates"},
+        {"chosen by a click", {wide, Type("p1"), Row(2)}, "P10", 1},
+        {"by keys", {wide, Type("p"), down, down, Press(Qt::Key_Space)}, "P1", 1},
+        {"in this folder", {wide, Type("t"), Row(0)}, "Top", 1, "Top", u"Plates"},
+        {"and back", {wide, Type("p1"), Row(2), back}, "", 2, "P1 p1 P10"},
+        {"to this folder alone", {wide, Type("p1"), wide}, "", 0, "", u"Plates"},
+        {"cleared", {wide, Type("p1"), [](auto& pane) { pane.Search().clear(); }}, "", 0, "Top", u"Plates"},
+        {"narrowed without a word", {wide, narrow}, "", 0, "P1", u"Plates"},
+        {"the tree leaves the results", {wide, Type("p1"), plates}, "", 1, "Top", u"Plates"},
+        {"both presses mean one part", {wide, Type("p1"), twice}, "p1", 1},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.label);
-        CPlayedPane pane(libraries_, {.folder = u"Plates"});
-        pane.TakeClicks();
-        for (const Play& play : row.plays) {
-            play(pane);
-            Settle(*pane.pane);
-        }
-        EXPECT_EQ(pane.Shown(), row.shown);
-        EXPECT_EQ(pane.Selected(), row.selected);
-        EXPECT_EQ(pane.browser.GetCurrentFolder(), row.folder);
-        EXPECT_EQ(pane.TakeClicks(), row.clicks);
-        if (CPanePlaces(libraries_.Folder() + u"/places/browser.json"_s).SearchesServer()) {
-            wide(pane); // the next one would begin so
-        }
-    }
+    PlayEach(u"Plates", trials);
     CPlayedPane pane(libraries_);
     pane.Search().setText(u"0 p"_s);
     Settle(*pane.pane);
