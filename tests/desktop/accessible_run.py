@@ -113,8 +113,5 @@ def run(place):
     assert names == ["BRK-3", "BRK-1"], output
 
 
-place = pathlib.Path(tempfile.mkdtemp(prefix="accessible"))
-try:
-    run(place)
-finally:
-    shutil.rmtree(place, ignore_errors=True)
+with tempfile.TemporaryDirectory(prefix="accessible", ignore_cleanup_errors=True) as place:
+    run(pathlib.Path(place))

@@ -48,12 +48,12 @@ protected:
                              "[HKEY_LOCAL_MACHINE\\software\\Velmar\\ORVIC]\ninstallpath=" + folder_.Path().string() +
                                  "\n[HKEY_CURRENT_USER\\software\\Velmar\\ORVIC\\PartLibrary]\nfolder=" +
                                  folder_.Path().string() + "\n");
-        seen = {};
     }
 
     // One cancelled run of a new object.
     void Run()
     {
+        seen = {};
         partkeep_read_api::Reader reader;
         reader.SetWorkingFolder(folder_.Path("Work").string() + "/");
         reader.SetLanguageId(2);
@@ -72,7 +72,6 @@ TEST_F(HostApplication, OneIsMadeForAHostThatHasNoneAndGoesWithTheObject)
         Run();
         EXPECT_EQ(seen.parent, nullptr);
         EXPECT_EQ(QCoreApplication::instance(), nullptr) << "left behind";
-        seen = {};
     }
 }
 

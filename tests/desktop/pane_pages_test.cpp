@@ -3,8 +3,6 @@
 #include "partlibrary/sqlite/sqlite_library.h"
 #include "tests/partlibrary/library_fixture.h"
 
-#include <gtest/gtest.h>
-
 namespace partkeep {
 namespace {
 
@@ -84,24 +82,20 @@ TEST(PartPages, NarrowOnlyWhatTheyHoldWhole)
     const auto view = [folder](const char* search) {
         return PartListView{folder, -1, QString::fromUtf8(search), PartColumn::Name, false};
     };
-    const struct {
-        const char* wider;
-        const char* narrower;
-        bool narrows;
-    } rows[] = {
-        {"rare", "rare 龍", true}, {"brk-123", "xbrk-1234", true}, {"rare", "em", false},
-        {"rare", "rar", false},    {"brk", "brk-1", false}, // too many to hold
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.narrower);
+    for (const auto& [words, more_words, narrows] : {std::tuple("rare", "rare 龍", true),
+                                                     {"brk-123", "xbrk-1234", true},
+                                                     {"rare", "em", false},
+                                                     {"rare", "rar", false},
+                                                     {"brk", "brk-1", false}}) { // too many to hold
+        SCOPED_TRACE(more_words);
         const auto connection = LongLibrary().ShareConnection();
-        CPartPages wider(connection, view(row.wider), parts);
-        EXPECT_FALSE(CPartPages(connection, view(row.narrower), parts).NarrowFrom(wider)) << "not scanned";
+        CPartPages wider(connection, view(words), parts);
+        EXPECT_FALSE(CPartPages(connection, view(more_words), parts).NarrowFrom(wider)) << "not scanned";
         wider.Finish();
-        CPartPages narrower(connection, view(row.narrower), parts);
-        EXPECT_EQ(narrower.NarrowFrom(wider), row.narrows);
+        CPartPages narrower(connection, view(more_words), parts);
+        EXPECT_EQ(narrower.NarrowFrom(wider), narrows);
         narrower.Finish();
-        EXPECT_EQ(narrower.Ids(0, parts), *LongLibrary().Ids(view(row.narrower)));
+        EXPECT_EQ(narrower.Ids(0, parts), *LongLibrary().Ids(view(more_words)));
     }
 }
 

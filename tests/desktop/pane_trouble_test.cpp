@@ -11,16 +11,16 @@ namespace {
 
 class PaneTrouble : public PaneTest {
 protected:
-    void Lock()
+    void Execute(const char* sql)
     {
         LibraryProblem problem;
-        locker_ = CConnection::Open(file_, OpenMode::Write, problem);
-        ASSERT_TRUE(locker_->Execute("BEGIN EXCLUSIVE"));
+        writer_ = CConnection::Open(file_, OpenMode::Write, problem);
+        ASSERT_TRUE(writer_->Execute(sql));
     }
 
     const QString file_ = libraries_.FileOf(u"SRV1"_s);
     const QString aside_ = file_ + u'x';
-    std::shared_ptr<CConnection> locker_;
+    std::shared_ptr<CConnection> writer_;
 };
 
 TEST_F(PaneTrouble, IsToldInALineAndEndsWithTheTrouble)
@@ -52,13 +52,9 @@ TEST_F(PaneTrouble, IsToldInALineAndEndsWithTheTrouble)
              library.write(QByteArray(4096, '\xA5'));
          },
          restore, damaged},
-        {"locked", [this] { Lock(); }, [this] { locker_.reset(); },
+        {"locked", [this] { Execute("BEGIN EXCLUSIVE"); }, [this] { writer_.reset(); },
          "Server SRV1 is in use by another program. Try again in a moment."},
-        {"keys by other rules",
-         [this] {
-             LibraryProblem problem;
-             CConnection::Open(file_, OpenMode::Write, problem)->Execute("UPDATE library SET keys = 'other'");
-         },
+        {"keys by other rules", [this] { Execute("UPDATE library SET keys = 'other'"); },
          [this] {
              LibraryProblem problem;
              EXPECT_TRUE(CSqliteWriter::Open(file_, problem)->Rebuild());
@@ -73,11 +69,10 @@ TEST_F(PaneTrouble, IsToldInALineAndEndsWithTheTrouble)
         QElapsedTimer time;
         time.start();
         pane.Key(Qt::Key_F5);
-        EXPECT_TRUE(QString::fromStdString(pane.ProblemLine()).startsWith(QLatin1String(row.line)));
+        EXPECT_TRUE(pane.ProblemLine().starts_with(row.line)) << pane.ProblemLine();
         ClickRow(*pane.pane, 0);
         pane.browser.RefreshPartList();
-        EXPECT_TRUE(QString::fromStdString(pane.ProblemLine()).startsWith(QLatin1String(row.line)))
-            << pane.ProblemLine();
+        EXPECT_TRUE(pane.ProblemLine().starts_with(row.line)) << pane.ProblemLine();
         EXPECT_LT(time.elapsed(), 8000);
         row.end();
         QTest::mouseClick(ButtonIn(*pane.pane, u"Try again"_s), Qt::LeftButton);
@@ -100,11 +95,9 @@ TEST_F(PaneTrouble, ACopyThatFailsIsToldOfItsPart)
         EXPECT_EQ(pane.ProblemLine(), ToUtf8(u"The files of %1 could not be copied."_s.arg(target)));
         EXPECT_LT(pane.List().width(), pane.pane->width()) << "a long line is broken";
     }
-    LibraryProblem problem;
-    CConnection::Open(file_, OpenMode::Write, problem)->Execute("PRAGMA user_version=99");
+    Execute("PRAGMA user_version=99");
     pane.Key(Qt::Key_F5);
-    EXPECT_TRUE(QString::fromStdString(pane.ProblemLine())
-                    .startsWith(u"The library of server SRV1 cannot be read by this version. (since "_s));
+    EXPECT_TRUE(pane.ProblemLine().starts_with("The library of server SRV1 cannot be read by this version. (since "));
 }
 
 TEST_F(PaneTrouble, ServersComeAndGoWhereTheyBelong)

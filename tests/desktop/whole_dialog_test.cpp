@@ -80,26 +80,23 @@ TEST_F(WholeDialog, HostGetsWhatTheOperatorPicked)
     }
 }
 
-// Where the focus is: a control's number, or the name of what has it in the browser.
-std::string FocusPlace()
-{
-    const QWidget* focused = WindowOf(dialog)->focusWidget();
-    return (Pane().isAncestorOf(focused) ? focused->accessibleName() : focused->objectName()).toStdString();
-}
-
 TEST_F(WholeDialog, TabPassesThroughTheBrowserBothWays)
 {
-    std::string places;
+    QString places; // a control's number, or the name of what has the focus in the browser
     std::vector<UserStep> steps{Focusing(RES_LOAD)};
     for (int press = 0; press < 22; ++press) {
         steps.push_back(press < 11 ? Pressing(dialog, Qt::Key_Tab)
                                    : Pressing(dialog, Qt::Key_Backtab, Qt::ShiftModifier));
-        steps.push_back([&] { places += FocusPlace() + " "; });
+        steps.push_back([&] {
+            const QWidget* focused = WindowOf(dialog)->focusWidget();
+            places += (Pane().isAncestorOf(focused) ? focused->accessibleName() : focused->objectName()) + u' ';
+        });
     }
     steps.push_back(Pressing(dialog, Qt::Key_Escape));
     EXPECT_EQ(Run(true, steps), "cancelled");
-    EXPECT_EQ(places, "2 Places Servers and folders Search Whole server Narrow Columns Export Parts 202 201 "
-                      "202 Parts Export Columns Narrow Whole server Search Servers and folders Places 2 201 ");
+    EXPECT_EQ(places.toStdString(),
+              "2 Places Servers and folders Search Whole server Narrow Columns Export Parts 202 201 "
+              "202 Parts Export Columns Narrow Whole server Search Servers and folders Places 2 201 ");
 }
 
 } // namespace
