@@ -14,7 +14,6 @@ if not shutil.which("dbus-run-session") or not pathlib.Path("/usr/libexec/at-spi
     print("skipped: needs dbus and at-spi2-core")
     sys.exit(77)
 try:
-    import dbus
     import dbus.bus
     import dbus.lowlevel
 except ImportError:

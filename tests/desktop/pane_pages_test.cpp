@@ -59,20 +59,19 @@ TEST(PartPages, GiveTheRowsOfThePlainListingAnywhere)
         SCOPED_TRACE(row.label);
         const PartListView view{folder, row.filter, QString::fromUtf8(row.search), row.sort, row.descending};
         const std::vector<PartId> all = *LongLibrary().Ids(view);
-        const auto list = LongLibrary().List(view, parts, nullptr);
-        IPartListing& pages = *list;
-        pages.Finish();
-        ASSERT_TRUE(pages.Complete());
-        ASSERT_EQ(pages.Count(), static_cast<qint64>(all.size()));
-        EXPECT_TRUE(row.count < 0 || pages.Count() == row.count) << pages.Count();
-        EXPECT_EQ(pages.Ids(0, parts), all);
-        for (qint64 first = 0; first < pages.Count(); first += 1777) {
-            const std::vector<PartRow> page = pages.Rows(first, 64);
-            ASSERT_EQ(static_cast<qint64>(page.size()), std::min<qint64>(64, pages.Count() - first));
+        const auto pages = LongLibrary().List(view, parts, nullptr);
+        pages->Finish();
+        ASSERT_TRUE(pages->Complete());
+        ASSERT_EQ(pages->Count(), static_cast<qint64>(all.size()));
+        EXPECT_TRUE(row.count < 0 || pages->Count() == row.count) << pages->Count();
+        EXPECT_EQ(pages->Ids(0, parts), all);
+        for (qint64 first = 0; first < pages->Count(); first += 1777) {
+            const std::vector<PartRow> page = pages->Rows(first, 64);
+            ASSERT_EQ(static_cast<qint64>(page.size()), std::min<qint64>(64, pages->Count() - first));
             EXPECT_EQ(page.back().id, all[static_cast<std::size_t>(first) + page.size() - 1]) << first;
-            EXPECT_EQ(pages.RowOf(all[static_cast<std::size_t>(first)]), first);
+            EXPECT_EQ(pages->RowOf(all[static_cast<std::size_t>(first)]), first);
         }
-        EXPECT_EQ(pages.RowOf(parts + 1), std::nullopt);
+        EXPECT_EQ(pages->RowOf(parts + 1), std::nullopt);
     }
 }
 

@@ -40,13 +40,10 @@ TEST_F(PaneState, AfterASortTheSelectionElseTheTopIsInView)
             Settle(*pane.pane);
         };
         const auto shows = [&pane](const QString& name) {
-            for (int row = 0; row < pane.pane->Model().rowCount(); ++row) {
-                const QModelIndex cell = pane.pane->Model().index(row, 0);
-                if (cell.data().toString() == name) {
-                    return pane.List().viewport()->rect().contains(pane.List().visualRect(cell).center());
-                }
-            }
-            return false;
+            const CPartListModel& model = pane.pane->Model();
+            const QModelIndex cell =
+                model.match(model.index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchExactly).value(0);
+            return cell.isValid() && pane.List().viewport()->rect().contains(pane.List().visualRect(cell).center());
         };
         Settle(*pane.pane);
         pane.Key(Qt::Key_End);

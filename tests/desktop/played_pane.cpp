@@ -67,7 +67,7 @@ QMenu& Filled(QMenu* menu)
 CPlayedPane::CPlayedPane(const CTestLibraries& libraries, const PaneStart& start)
 {
     CPartBrowserFactory factory(
-        start.configured ? libraries.Places() : CLibraryFolder({}, start.services), [&start] { return start.language; },
+        start.configured ? libraries.Places() : CLibraryFolder({}, start.services), [] { return 1; },
         libraries.Folder() + u"/places/browser.json"_s);
     QWidget* widget = nullptr;
     browser.Attach(factory.Create(part_browser_class_id, &window, widget));

@@ -28,7 +28,6 @@ void ClickInTree(CBrowserPane& pane, const QString& server, const QString& name)
 [[nodiscard]] QMenu& Filled(QMenu* menu);                                     // as it would be shown now
 
 struct PaneStart {
-    std::int32_t language = 1;
     std::u16string server = u"SRV1";
     std::u16string folder = u"Plates\\2008";
     std::int16_t filter = all_data_kinds;

@@ -35,10 +35,7 @@ constexpr int shift_key = 50; // what it does to nobody tells that all keys befo
 
 class CBrowserWidget : public QWidget {
 public:
-    CBrowserWidget(ControlScript& script, QWidget* parent) : QWidget(parent), script_(script)
-    {
-        setFocusPolicy(Qt::StrongFocus);
-    }
+    CBrowserWidget(ControlScript& script, QWidget* parent) : QWidget(parent), script_(script) {}
 
 protected:
     void mousePressEvent(QMouseEvent* event) override
@@ -90,6 +87,7 @@ protected:
     std::unique_ptr<IHostedControl> Create(const ClassId&, QWidget* parent, QWidget*& widget) override
     {
         widget = new CBrowserWidget(browser, parent);
+        widget->setFocusPolicy(Qt::StrongFocus);
         return browser.MakeControl();
     }
     bool nativeEventFilter(const QByteArray&, void* message, qintptr*) override
