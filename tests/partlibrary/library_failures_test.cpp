@@ -12,7 +12,6 @@
 #include <filesystem>
 #include <set>
 #include <sqlite3.h>
-#include <sstream>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -156,27 +155,10 @@ ssize_t read(int file, void* bytes, size_t size)
 
 namespace {
 
-struct Ended {
-    int code = 0;
-    std::string out;
-    std::string err;
-};
-
-Ended Tool(const std::vector<std::string>& arguments)
-{
-    std::vector<const char*> argv{"partkeep-library"};
-    std::transform(arguments.begin(), arguments.end(), std::back_inserter(argv),
-                   [](const std::string& argument) { return argument.c_str(); });
-    std::ostringstream out;
-    std::ostringstream err;
-    const int code = RunLibraryTool(static_cast<int>(argv.size()), argv.data(), {out, err});
-    return {code, out.str(), err.str()};
-}
-
 // What a command has made beside the library.
 std::string Made()
 {
-    std::string made = fs::exists("B.kpl") ? Tool({"list", "B.kpl"}).out : "";
+    std::string made = fs::exists("B.kpl") ? RunTool({"list", "B.kpl"}).out : "";
     std::set<fs::path> files{fs::recursive_directory_iterator(fs::exists("out") ? "out" : "more"), {}};
     files.insert("out.csv");
     for (const fs::path& file : files) {
@@ -186,10 +168,10 @@ std::string Made()
 }
 
 // What a browser reads of S.kpl: lists by every way, places in them, the values of a column.
-Ended Browse()
+ToolRun Browse()
 {
     CBrowserSession session{CLibraryFolder(FromUtf8(fs::current_path().string()))};
-    Ended ended;
+    ToolRun ended;
     bool whole = session.Go(u"S"_s, u"Plates\\2008"_s) && session.CurrentFolder().path == u"Plates\\2008"_s;
     const auto library = session.ShareLibrary();
     for (int way = 0; whole && way < 24; ++way) {
@@ -217,7 +199,7 @@ Ended Browse()
         ended.out += values ? std::to_string(values->size()) + "\n" : "";
     }
     const LibraryProblem problem = library != nullptr && library->Problem() ? library->Problem() : session.Problem();
-    ended.code = whole ? 0 : static_cast<int>(EndOf(problem.fault));
+    ended.end = whole ? 0 : static_cast<int>(EndOf(problem.fault));
     ended.err = whole ? "" : ProblemText(problem);
     return ended;
 }
@@ -235,7 +217,7 @@ TEST_F(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
     }
     fs::copy_file(library_file_.toStdString(), "whole");
     fs::copy_file("whole", "D.kpl");
-    ASSERT_EQ(Tool({"remove", "D.kpl", "Plates/Top"}).code, 0);
+    ASSERT_EQ(RunTool({"remove", "D.kpl", "Plates/Top"}).end, 0);
     fs::copy_file("whole", "damaged");
     LibraryProblem problem;
     const auto spoil = CConnection::Open(u"damaged"_s, OpenMode::Write, problem);
@@ -289,7 +271,7 @@ TEST_F(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
             engine.asked = 0;
             engine.fails_from = fails_from;
             engine.fails_once = once;
-            const Ended ended = command[0] == "browse" ? Browse() : Tool(command);
+            const ToolRun ended = command[0] == "browse" ? Browse() : RunTool(command);
             engine.fails_from = 0;
             stop_asked = 0;
             return ended;
@@ -299,13 +281,13 @@ TEST_F(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
                 continue; // the one waits until it can read, the other leaves out what cannot be
             }
             engine.wants = wants;
-            const Ended undisturbed = play(0, false);
+            const ToolRun undisturbed = play(0, false);
             const std::size_t calls = engine.asked;
             const std::string whole = Made();
-            const std::string after = Tool({"list", "S.kpl"}).out;
-            const std::string before = Tool({"list", source}).out;
-            const int is = Tool({"check", "S.kpl"}).code;
-            const int was = Tool({"check", source}).code;
+            const std::string after = RunTool({"list", "S.kpl"}).out;
+            const std::string before = RunTool({"list", source}).out;
+            const int is = RunTool({"check", "S.kpl"}).end;
+            const int was = RunTool({"check", source}).end;
             const std::size_t least = command[0] == "watch" ? calls / 30 : 1; // each time it waits for a second
             const std::size_t step = every == 0                  ? 1 + calls / 5
                                      : wants >= Want::Statements ? 1
@@ -315,16 +297,16 @@ TEST_F(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
                     const std::string what[] = {"", " files", " statement", " call", " stop"};
                     SCOPED_TRACE(command[0] + " " + std::to_string(at) + (once ? " once" : "") +
                                  what[static_cast<std::size_t>(wants)]);
-                    const Ended ended = play(at, once);
+                    const ToolRun ended = play(at, once);
                     const bool told = !ended.err.empty() || ended.out.find(R"("event":"error")") != std::string::npos;
-                    EXPECT_TRUE(ended.code == undisturbed.code ? ended.out == undisturbed.out : told)
-                        << ended.code << ended.out << ended.err;
+                    EXPECT_TRUE(ended.end == undisturbed.end ? ended.out == undisturbed.out : told)
+                        << ended.end << ended.out << ended.err;
                     EXPECT_EQ(ended.err.find('~'), std::string::npos) << ended.err << "a name of the moment";
-                    EXPECT_EQ(Made(), ended.code == undisturbed.code ? whole : nothing) << ended.err;
-                    const std::string left = Tool({"list", "S.kpl"}).out;
-                    EXPECT_EQ(left, ended.code == undisturbed.code ? after : before) << ended.err;
-                    const Ended checked = Tool({"check", "S.kpl"});
-                    EXPECT_EQ(checked.code, left == after ? is : was) << checked.out << checked.err << ended.err;
+                    EXPECT_EQ(Made(), ended.end == undisturbed.end ? whole : nothing) << ended.err;
+                    const std::string left = RunTool({"list", "S.kpl"}).out;
+                    EXPECT_EQ(left, ended.end == undisturbed.end ? after : before) << ended.err;
+                    const ToolRun checked = RunTool({"check", "S.kpl"});
+                    EXPECT_EQ(checked.end, left == after ? is : was) << checked.out << checked.err << ended.err;
                 }
             }
         }

@@ -5,13 +5,17 @@
 #include "partlibrary/sqlite/library_rows.h"
 #include "partlibrary/sqlite/schema.h"
 #include "partlibrary/sqlite/sqlite_admin.h"
+#include "partlibrary/tool/commands.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <iterator>
+#include <sstream>
 #include <thread>
 
 namespace partkeep {
@@ -102,6 +106,16 @@ void PutTestParts(ILibraryWriter& writer, const QString& folder, const QString& 
     for (int part = first; part < end; ++part) {
         PutTestPart(writer, folder, name.arg(part), SetOf(FileSlot::Iga), attributes(part));
     }
+}
+
+ToolRun RunTool(const std::vector<std::string>& words, bool watched)
+{
+    std::vector<const char*> argv{"partkeep-library"};
+    std::ranges::transform(words, std::back_inserter(argv), &std::string::c_str);
+    std::ostringstream out;
+    std::ostringstream err;
+    const int end = RunLibraryTool(static_cast<int>(argv.size()), argv.data(), {out, err, watched});
+    return {end, out.str(), err.str()};
 }
 
 CTestLibraries::CTestLibraries()

@@ -48,6 +48,15 @@ void RunInDatabase(const std::string& sql);
 // The server starts anew, whether it still runs or was ended.
 void RestartDatabase();
 
+// How a command of the tool has ended, and what it has said.
+struct ToolRun {
+    int end = 0;
+    std::string out;
+    std::string err;
+};
+
+[[nodiscard]] ToolRun RunTool(const std::vector<std::string>& words, bool watched = false);
+
 // Copies every kind of file into a folder.
 struct CCopyingSession : CBrowserSession {
     CCopyingSession(CLibraryFolder places, const CTemporaryFolder& target) : CBrowserSession(std::move(places))

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <thread>
 
 namespace partkeep {
@@ -22,26 +21,19 @@ protected:
     LibraryTool() { fs::current_path(work_.Path()); }
     ~LibraryTool() override { fs::current_path(before_); }
 
-    int Run(std::vector<std::string> arguments)
+    int Run(const std::vector<std::string>& arguments)
     {
-        std::vector<const char*> argv{"partkeep-library"};
-        for (const std::string& argument : arguments) {
-            argv.push_back(argument.c_str());
-        }
-        out_.str({});
-        err_.str({});
-        const int result = RunLibraryTool(static_cast<int>(argv.size()), argv.data(), {out_, err_});
+        ran_ = RunTool(arguments);
         SetSystemCodePage(utf8_code_page);
-        return result;
+        return ran_.end;
     }
 
     void ExpectTrouble(const std::vector<std::string>& arguments, const std::string& reason)
     {
         EXPECT_GT(Run(arguments), 0) << reason;
-        const std::string line = err_.str();
-        EXPECT_NE(line.find(reason), std::string::npos) << line;
-        EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1) << line;
-        EXPECT_EQ(out_.str(), "") << reason;
+        EXPECT_NE(ran_.err.find(reason), std::string::npos) << ran_.err;
+        EXPECT_EQ(std::ranges::count(ran_.err, '\n'), 1) << ran_.err;
+        EXPECT_EQ(ran_.out, "") << reason;
     }
 
     static void Write(const fs::path& path, std::string_view bytes)
@@ -59,8 +51,7 @@ protected:
     const fs::path before_ = fs::current_path();
     CTemporaryFolder work_;
     std::string library_ = libraries_.PlaceOf(u"SRV1"_s).toStdString();
-    std::ostringstream out_;
-    std::ostringstream err_;
+    ToolRun ran_;
 };
 
 TEST_F(LibraryTool, ImportsByNameAndEndingAndKeepsTheRest)
@@ -72,18 +63,18 @@ TEST_F(LibraryTool, ImportsByNameAndEndingAndKeepsTheRest)
     Write("in/sub/pic.2d.bmp", SmallBitmap().toStdString());
     WriteBytes("t.csv", "folder,part,thickness,comment\nsub\\鋼,板.1,2.3,厚い\n,A,1,first\n");
     EXPECT_EQ(Run({"import", library_, "in/", "--into", "New/In", "--csv", "t.csv"}), 0);
-    EXPECT_EQ(out_.str(), "imported 5 parts with 5 files\n");
-    EXPECT_EQ(err_.str(), "partkeep-library: in/sub/notes.txt: skipped (no file of a part)\n");
+    EXPECT_EQ(ran_.out, "imported 5 parts with 5 files\n");
+    EXPECT_EQ(ran_.err, "partkeep-library: in/sub/notes.txt: skipped (no file of a part)\n");
     Write("more/A.Ncd", "A.NCD");
     Write("more/P9.iga", "P9.iga");
     EXPECT_EQ(Run({"import", library_, "more", "--into", "New/In"}), 0);
     EXPECT_EQ(Run({"list", library_, "--folder", "New"}), 0);
-    EXPECT_EQ(out_.str(), "New\\In\tA\t1.0000\t\t\t.iga .NCD\tfirst\n"
-                          "New\\In\ta\t0.0000\t\t\t.SY5\t\n"
-                          "New\\In\tP9\t0.0000\t\t\t.iga\t\n"
-                          "New\\In\\sub\tE\t0.0000\t\t\t.iga\t\n"
-                          "New\\In\\sub\tpic\t0.0000\t\t\t2D\t\n"
-                          "New\\In\\sub\\鋼\t板.1\t2.3000\t\t\t.NCD\t厚い\n");
+    EXPECT_EQ(ran_.out, "New\\In\tA\t1.0000\t\t\t.iga .NCD\tfirst\n"
+                        "New\\In\ta\t0.0000\t\t\t.SY5\t\n"
+                        "New\\In\tP9\t0.0000\t\t\t.iga\t\n"
+                        "New\\In\\sub\tE\t0.0000\t\t\t.iga\t\n"
+                        "New\\In\\sub\tpic\t0.0000\t\t\t2D\t\n"
+                        "New\\In\\sub\\鋼\t板.1\t2.3000\t\t\t.NCD\t厚い\n");
     EXPECT_TRUE(Copy(u"New\\In\\A") && Copy(u"New\\In\\sub\\E"));
     EXPECT_EQ(Take(), (std::vector<std::string>{"A.NCD", "A.iga", "!E.iga"})) << "an empty file is one";
     WriteBytes("t.csv", "part,machine\nP9,M\n");
@@ -91,8 +82,8 @@ TEST_F(LibraryTool, ImportsByNameAndEndingAndKeepsTheRest)
     EXPECT_EQ(Run({"import", library_, "more", "--into", "New/In", "--csv", "t.csv"}), 0);
     EXPECT_TRUE(session_.ReadPartAttributes(u"SRV1", u"New\\In\\P9")->machine == u"M"_s && Copy(u"New\\In\\P9"));
     EXPECT_EQ(ReadBytes(target_.Path("P9.iga")), "new");
-    EXPECT_EQ(Run({"check", library_}), 0) << err_.str();
-    EXPECT_NE(out_.str().find("7 folders, 12 parts, 19 files"), std::string::npos) << out_.str();
+    EXPECT_EQ(Run({"check", library_}), 0) << ran_.err;
+    EXPECT_NE(ran_.out.find("7 folders, 12 parts, 19 files"), std::string::npos) << ran_.out;
 }
 
 TEST_F(LibraryTool, AnImportThatFailsLeavesTheLibraryAsItWas)
@@ -149,7 +140,7 @@ TEST_F(LibraryTool, AFolderThatCannotBeReadIsNotPassedOver)
         GiveToUnprivilegedUser(path);
     }
     EXPECT_TRUE(RunWithoutPrivileges([&] {
-        return Run({"import", "S.kpl", "in"}) == 7 && err_.str().find("a folder cannot be read") != std::string::npos;
+        return Run({"import", "S.kpl", "in"}) == 7 && ran_.err.find("a folder cannot be read") != std::string::npos;
     }));
     fs::permissions("in/shut", fs::perms::owner_all); // so that it can be removed
 }
@@ -157,21 +148,21 @@ TEST_F(LibraryTool, AFolderThatCannotBeReadIsNotPassedOver)
 TEST_F(LibraryTool, KeysOfOtherRulesAreReadAndMadeAnew)
 {
     ASSERT_EQ(Run({"list", library_}), 0);
-    const std::string list = out_.str();
+    const std::string list = ran_.out;
     Forge(u"UPDATE library SET keys = 'older'"_s);
     Forge(u"UPDATE part SET search_text = '?', name_key = x'31'"_s);
     EXPECT_EQ(Run({"list", library_}), 0);
-    EXPECT_EQ(out_.str(), list);
-    EXPECT_NE(err_.str().find("check --rebuild"), std::string::npos) << err_.str();
+    EXPECT_EQ(ran_.out, list);
+    EXPECT_NE(ran_.err.find("check --rebuild"), std::string::npos) << ran_.err;
     session_.Go(u"SRV1"_s, u"Plates\\2008"_s);
     session_.SearchFor(u"たれっと"_s);
     session_.SelectAllParts(1);
     EXPECT_EQ(session_.GetSelectedPartCount(), 1);
     ExpectTrouble({"import", library_, "."}, "check --rebuild");
     ExpectTrouble({"check", library_}, "check --rebuild");
-    EXPECT_EQ(Run({"check", library_, "--rebuild"}), 0) << err_.str();
+    EXPECT_EQ(Run({"check", library_, "--rebuild"}), 0) << ran_.err;
     EXPECT_EQ(Run({"list", library_}), 0);
-    EXPECT_EQ(out_.str() + err_.str(), list);
+    EXPECT_EQ(ran_.out + ran_.err, list);
 }
 
 TEST_F(LibraryTool, SaysInOneLineWhatIsWrong)
@@ -201,7 +192,7 @@ TEST_F(LibraryTool, SaysInOneLineWhatIsWrong)
         EXPECT_EQ(Run(arguments), 2);
     }
     EXPECT_EQ(Run({"list", "--nothing", "--json"}), 2);
-    EXPECT_EQ(out_.str().find(R"({"event":"error","reason":"command-line")"), 0U) << out_.str() << err_.str();
+    EXPECT_EQ(ran_.out.find(R"({"event":"error","reason":"command-line")"), 0U) << ran_.out << ran_.err;
 }
 
 // Each command on what the ones before have left.
@@ -297,7 +288,7 @@ TEST_F(LibraryTool, ChangesWhatIsNamedAndTellsHowItEnded)
         arguments.insert(arguments.begin() + 1, library_);
         SCOPED_TRACE(testing::PrintToString(arguments));
         EXPECT_EQ(Run(arguments), row.end);
-        EXPECT_NE((out_.str() + err_.str()).find(row.told), std::string::npos) << out_.str() << err_.str();
+        EXPECT_NE((ran_.out + ran_.err).find(row.told), std::string::npos) << ran_.out << ran_.err;
         left = row.left != nullptr ? row.left : left;
         EXPECT_EQ(Left(), left.empty() ? left = Left() : left);
         EXPECT_EQ(Check(), "");
@@ -307,12 +298,7 @@ TEST_F(LibraryTool, ChangesWhatIsNamedAndTellsHowItEnded)
 TEST_F(LibraryTool, AWatchTakesWhatArrivesWhateverHappensMeanwhile)
 {
     fs::create_directory("drop");
-    std::ostringstream told;
-    int end = -1;
-    std::thread watch([&] {
-        const char* const words[] = {"partkeep-library", "watch", library_.c_str(), "drop", "--seconds", "1"};
-        end = RunLibraryTool(static_cast<int>(std::size(words)), words, {told, told});
-    });
+    std::thread watch([this] { ran_ = RunTool({"watch", library_, "drop", "--seconds", "1"}); });
     const auto bytes_of = [&](const QString& part) { // of its file; -1 while it is not there
         LibraryProblem problem;
         const auto library = libraries_.At(u"SRV1"_s)->Open(problem);
@@ -354,26 +340,25 @@ TEST_F(LibraryTool, AWatchTakesWhatArrivesWhateverHappensMeanwhile)
     stop_asked = true;
     watch.join();
     stop_asked = false;
-    EXPECT_EQ(end, 0);
-    EXPECT_NE(told.str().find("drop: there is no such folder"), std::string::npos) << told.str();
-    EXPECT_NE(told.str().find("in use by another program"), std::string::npos) << told.str();
+    EXPECT_EQ(ran_.end, 0);
+    EXPECT_NE(ran_.err.find("drop: there is no such folder"), std::string::npos) << ran_.err;
+    EXPECT_NE(ran_.err.find("in use by another program"), std::string::npos) << ran_.err;
 }
 
 TEST_F(LibraryTool, ATerminalIsToldHowFarItIs)
 {
     Write("in/New/N.iga", "n");
-    const std::pair<std::vector<const char*>, const char*> rows[] = {
-        {{"partkeep-library", "import", library_.c_str(), "in"}, "1 of 2 files and parts  50 %"},
-        {{"partkeep-library", "check", library_.c_str()}, "0 of 13 files  0 %"},
-        {{"partkeep-library", "check", library_.c_str(), "--rebuild"}, "1 of 7 parts  14 %"},
-        {{"partkeep-library", "extract", library_.c_str(), "out"}, "1 of 7 parts  14 %"},
+    const std::pair<std::vector<std::string>, const char*> rows[] = {
+        {{"import", library_, "in"}, "1 of 2 files and parts  50 %"},
+        {{"check", library_}, "0 of 13 files  0 %"},
+        {{"check", library_, "--rebuild"}, "1 of 7 parts  14 %"},
+        {{"extract", library_, "out"}, "1 of 7 parts  14 %"},
     };
     for (const auto& [words, told] : rows) {
-        std::ostringstream out;
-        std::ostringstream err;
-        EXPECT_EQ(RunLibraryTool(static_cast<int>(words.size()), words.data(), {out, err, true}), 0);
-        EXPECT_NE(err.str().find(told), std::string::npos) << err.str();
-        EXPECT_TRUE(err.str().ends_with("\r\x1B[K")) << "nothing of it stays";
+        ran_ = RunTool(words, true);
+        EXPECT_EQ(ran_.end, 0);
+        EXPECT_NE(ran_.err.find(told), std::string::npos) << ran_.err;
+        EXPECT_TRUE(ran_.err.ends_with("\r\x1B[K")) << "nothing of it stays";
     }
 }
 
@@ -382,31 +367,31 @@ TEST_F(LibraryTool, WhatIsExtractedOrBackedUpIsTheSame)
     ASSERT_EQ(Run({"set", library_, "**/P2", "--comment", " a, \"b\""}) + Run({"extract", library_, "one/"}), 0);
     WriteBytes("empty.csv", "folder,part\nA/B,\n");
     fs::create_directory("none");
-    ASSERT_EQ(Run({"import", library_, "none", "--csv", "empty.csv"}), 0) << err_.str();
-    ASSERT_EQ(Run({"create", "R.kpl"}) + Run({"extract", library_, "two"}), 0) << err_.str();
+    ASSERT_EQ(Run({"import", library_, "none", "--csv", "empty.csv"}), 0) << ran_.err;
+    ASSERT_EQ(Run({"create", "R.kpl"}) + Run({"extract", library_, "two"}), 0) << ran_.err;
     ASSERT_EQ(Run({"import", "R.kpl", "two", "--csv", "two.csv"}) + Run({"set", "R.kpl", "--csv", "two.csv"}), 0)
-        << err_.str();
-    ASSERT_EQ(Run({"diff", library_, "R.kpl"}) + Run({"extract", "R.kpl", "three"}), 0) << out_.str() << err_.str();
+        << ran_.err;
+    ASSERT_EQ(Run({"diff", library_, "R.kpl"}) + Run({"extract", "R.kpl", "three"}), 0) << ran_.out << ran_.err;
     EXPECT_EQ(std::system("diff -r two three && diff two.csv three.csv && ! ls -A | grep '~\\|tmp'"), 0);
-    ASSERT_EQ(Run({"backup", library_, "B.kpl"}) + Run({"check", "B.kpl"}), 0) << err_.str();
+    ASSERT_EQ(Run({"backup", library_, "B.kpl"}) + Run({"check", "B.kpl"}), 0) << ran_.err;
     Write("more/P2.bmf", "changed");
     Write("more/X.iga", "more");
     ASSERT_EQ(Run({"import", "B.kpl", "more", "--into", "Plates/2008"}) + Run({"remove", "B.kpl", "Plates/Top"}), 0);
     EXPECT_EQ(Run({"diff", library_, "B.kpl"}), 1);
-    EXPECT_EQ(out_.str(), "- Plates\\Top\n~ Plates\\2008\\P2: .bmf\n+ Plates\\2008\\X\n");
-    EXPECT_EQ(Run({"backup", library_, "B.kpl", "--replace"}) + Run({"diff", library_, "B.kpl"}), 0) << err_.str();
+    EXPECT_EQ(ran_.out, "- Plates\\Top\n~ Plates\\2008\\P2: .bmf\n+ Plates\\2008\\X\n");
+    EXPECT_EQ(Run({"backup", library_, "B.kpl", "--replace"}) + Run({"diff", library_, "B.kpl"}), 0) << ran_.err;
 }
 
 // Out of each engine into a file, and back into each.
 TEST_F(LibraryTool, ACopyHoldsTheSameWhateverEngineHoldsIt)
 {
     const std::string back = libraries_.PlaceOf(u"C"_s).toStdString();
-    ASSERT_EQ(Run({"copy", library_, "A.kpl"}) + Run({"copy", "A.kpl", back}), 0) << err_.str();
+    ASSERT_EQ(Run({"copy", library_, "A.kpl"}) + Run({"copy", "A.kpl", back}), 0) << ran_.err;
     for (const std::string& copy : {std::string("A.kpl"), back}) {
-        EXPECT_EQ(Run({"check", copy}) + Run({"diff", library_, copy}), 0) << out_.str() << err_.str();
+        EXPECT_EQ(Run({"check", copy}) + Run({"diff", library_, copy}), 0) << ran_.out << ran_.err;
         ExpectTrouble({"copy", library_, copy}, "exists already");
     }
-    ASSERT_EQ(Run({"extract", library_, "one"}) + Run({"extract", back, "two"}), 0) << err_.str();
+    ASSERT_EQ(Run({"extract", library_, "one"}) + Run({"extract", back, "two"}), 0) << ran_.err;
     EXPECT_EQ(std::system("diff -r one two && diff one.csv two.csv"), 0);
     ForgePart(u"P:1"_s); // what is not given is told
     ExpectTrouble({"copy", library_, "B.kpl"}, "of 1 folders or parts");
@@ -439,10 +424,10 @@ TEST_F(LibraryTool, RepairKeepsWhatCanBeReadAndTellsTheRest)
             SwapEntries(u"part"_s, 0, 2);
         }
         const std::string damaged = ReadBytes(library_);
-        EXPECT_EQ(Run({"repair", library_, "--dry-run"}), row.end) << err_.str();
+        EXPECT_EQ(Run({"repair", library_, "--dry-run"}), row.end) << ran_.err;
         EXPECT_EQ(ReadBytes(library_), damaged);
         EXPECT_EQ(Run({"repair", library_}), row.end);
-        EXPECT_NE(err_.str().find(row.told), std::string::npos) << err_.str();
+        EXPECT_NE(ran_.err.find(row.told), std::string::npos) << ran_.err;
         EXPECT_EQ(ReadBytes(library_ + ".damaged-1"), damaged);
         fs::remove(library_ + ".damaged-1");
         EXPECT_EQ(Check(), "");
@@ -476,8 +461,8 @@ TEST_F(LibraryTool, EachEditIsWholeOrNotAtAllOnADiskThatFills)
         for (std::size_t spare = 0; !done && spare < (std::size_t{4} << 20); spare = spare * 2 + 4096) {
             disk.Fill(spare);
             done = Run(edit) == 0;
-            EXPECT_TRUE(done || err_.str().find(full) != std::string::npos) << edit[0] << err_.str();
-            EXPECT_EQ(Run({"check", "S.kpl"}), 0) << edit[0] << " " << spare << err_.str();
+            EXPECT_TRUE(done || ran_.err.find(full) != std::string::npos) << edit[0] << ran_.err;
+            EXPECT_EQ(Run({"check", "S.kpl"}), 0) << edit[0] << " " << spare << ran_.err;
             EXPECT_TRUE(done || (ReadBytes("S.kpl") == before && std::system("! ls | grep -q '~'") == 0))
                 << edit[0] << " " << spare;
             disk.MakeRoom();
@@ -503,9 +488,9 @@ TEST_F(LibraryTool, TheSampleHasWhatOneWantsToTry)
     std::string lists;
     std::size_t pictures = 0;
     for (const std::string& file : NamesIn(".")) {
-        ASSERT_EQ(Run({"check", file}), 0) << err_.str();
+        ASSERT_EQ(Run({"check", file}), 0) << ran_.err;
         ASSERT_EQ(Run({"list", file}), 0);
-        lists += out_.str();
+        lists += ran_.out;
         const auto library = CSqliteLibrary::Open(QString::fromStdString(file), problem);
         for (const FileSlot slot : {FileSlot::Flat, FileSlot::Bent}) {
             const auto content = library->ReadFile(1, slot);

@@ -1,6 +1,5 @@
 // Who is let in by a server that takes nothing but TLS and passwords, and what those are told that are not.
 #include "partlibrary/postgres/pg_admin.h"
-#include "partlibrary/tool/commands.h"
 #include "tests/partlibrary/library_fixture.h"
 
 #include <array>
@@ -8,7 +7,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -99,11 +97,8 @@ protected:
                            session.GetSelectedPartCount() == 5;
         EXPECT_LT(steady_clock::now() - begin, longest_wait) << service;
         EXPECT_TRUE(!shown || Follows(*session.Library())) << service;
-        std::ostringstream out;
-        const std::string library = service + ":SRV1";
-        const char* const argv[] = {"partkeep-library", "list", library.c_str()};
-        const bool listed = RunLibraryTool(3, argv, {out, out}) == 0;
-        return {shown ? "" : "not shown: " + ProblemText(session.Problem()), listed ? "" : out.str()};
+        const ToolRun listed = RunTool({"list", service + ":SRV1"});
+        return {shown ? "" : "not shown: " + ProblemText(session.Problem()), listed.end == 0 ? "" : listed.err};
     }
 
     // Whether it shows what others change, and takes nothing for silent meanwhile.

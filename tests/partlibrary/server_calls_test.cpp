@@ -1,7 +1,6 @@
 // Whatever call of the database's client library fails, at whatever place: what was begun is done wholly or not at all,
 // what is shown is right as far as it is there, and whoever has asked goes on asking.
 #include "partlibrary/postgres/pg_driver.h"
-#include "partlibrary/tool/commands.h"
 #include "tests/partlibrary/server_faults.h"
 
 #include <algorithm>
@@ -175,23 +174,23 @@ protected:
         for (std::string line; done && std::getline(lines, line, ';');) {
             std::istringstream split(line);
             const std::vector<std::string> words{std::istream_iterator<std::string>(split), {}};
-            std::vector<const char*> argv{"partkeep-library"};
-            std::ranges::transform(words, std::back_inserter(argv), &std::string::c_str);
-            told_.str({});
             if (words[0] == "drop") {
                 RunInDatabase("DROP SCHEMA \"" + words[1] + "\" CASCADE");
             } else if (words[0] == "delete") {
                 fs::remove_all(words[1]);
+            } else if (words[0] == "put") {
+                done = Put();
             } else {
-                const int count = static_cast<int>(argv.size());
-                done = words[0] == "put" ? Put() : RunLibraryTool(count, argv.data(), {told_, told_}) == 0;
+                const ToolRun ran = RunTool(words);
+                done = ran.end == 0;
+                told_ = ran.out + ran.err;
             }
         }
         return done;
     }
-    std::string Listed() { return Run("list partkeep:TOUR"), told_.str(); }
+    std::string Listed() { return Run("list partkeep:TOUR"), told_; }
 
-    std::ostringstream told_;
+    std::string told_;
 };
 
 // Each call in turn, or every so many.
@@ -231,17 +230,17 @@ TEST_F(ServerCalls, LeaveAChangeWholeOrUndone)
     for (const auto& [change, undo] : rows) {
         SCOPED_TRACE(change);
         const std::string before = Listed();
-        ASSERT_TRUE(Run(change)) << told_.str();
+        ASSERT_TRUE(Run(change)) << told_;
         const std::string after = Listed();
-        ASSERT_TRUE(Run(undo)) << told_.str();
+        ASSERT_TRUE(Run(undo)) << told_;
         FailEach({Ended, NoMemory, Refused}, [&, &change = change, &undo = undo](Kind) {
             const bool done = Run(change);
-            const std::string told = told_.str();
+            const std::string told = told_;
             failing_call.at = 0;
             EXPECT_EQ(Listed(), done ? after : before) << told;
-            EXPECT_TRUE(!done || Run(undo)) << told_.str();
+            EXPECT_TRUE(!done || Run(undo)) << told_;
         });
-        ASSERT_TRUE(Run(change + ";check partkeep:TOUR")) << told_.str();
+        ASSERT_TRUE(Run(change + ";check partkeep:TOUR")) << told_;
     }
 }
 
@@ -264,10 +263,10 @@ TEST_F(ServerCalls, BringNoPartThatIsNotAsItWasStored)
     honest_ = false;
     FailEach(untrue, [&](Kind) { Load(), Browse(), line_.Arm(-1, {}); }); // the line keeps what has ended until then
     ASSERT_TRUE(Load());
-    ASSERT_TRUE(Run("copy partkeep:SRV1 whole.kpl")) << told_.str();
+    ASSERT_TRUE(Run("copy partkeep:SRV1 whole.kpl")) << told_;
     for (const char* reads : {"check partkeep:SRV1", "diff partkeep:SRV1 whole.kpl", "extract partkeep:SRV1 out"}) {
         FailEach(untrue, [&](Kind) {
-            EXPECT_TRUE(Run(reads) || !told_.str().empty()) << reads;
+            EXPECT_TRUE(Run(reads) || !told_.empty()) << reads;
             fs::remove_all("out");
             fs::remove("out.csv");
         });

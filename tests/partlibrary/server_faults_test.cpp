@@ -1,6 +1,5 @@
 // A browser and an import on a database, and what can happen to its server: whatever does, no call waits much longer
 // than two seconds without a byte, every part arrives whole or not at all, and all goes on when the server does.
-#include "partlibrary/tool/commands.h"
 #include "tests/partlibrary/server_faults.h"
 
 #include <climits>
@@ -56,22 +55,16 @@ protected:
         }
     }
 
-    int Run(std::vector<const char*> argv)
-    {
-        told_.str({});
-        return RunLibraryTool(static_cast<int>(argv.size()), argv.data(), {told_, told_});
-    }
-    int Import() { return Run({"partkeep-library", "import", library_.c_str(), source_.c_str(), "--into", "New"}); }
+    int Import() { return (ran_ = RunTool({"import", library_, source_, "--into", "New"})).end; }
     bool ImportTapped()
     {
-        const std::string few = target_.Path("few");
         const auto begin = steady_clock::now();
         const auto held = line_.Held();
-        const int end = Run({"partkeep-library", "import", "tapped-librarian:SRV1", few.c_str(), "--into", "New"});
+        ran_ = RunTool({"import", "tapped-librarian:SRV1", target_.Path("few"), "--into", "New"});
         EXPECT_LT(steady_clock::now() - begin, std::chrono::seconds(30) + line_.Held() - held);
-        return end == 0;
+        return ran_.end == 0;
     }
-    int Remove() { return Run({"partkeep-library", "remove", library_.c_str(), "New/"}); }
+    int Remove() { return RunTool({"remove", library_, "New/"}).end; }
 
     // In a process of its own, while `meanwhile` runs again and again. Whether it came to the end.
     bool ImportMeanwhile(const std::function<void(pid_t)>& meanwhile)
@@ -98,7 +91,7 @@ protected:
 
     fs::path source_ = target_.Path("in");
     std::string library_ = libraries_.PlaceOf(u"SRV1"_s).toStdString();
-    std::ostringstream told_;
+    ToolRun ran_;
 };
 
 // Nothing of an import that ends in the middle is there, nor its lock; the next one brings everything once.
@@ -153,14 +146,14 @@ TEST_F(ServerImports, KnowWhetherACommitHasArrivedWhoseAnswerIsLost)
     };
     cut_commits_by("COPY (SELECT 1) TO PROGRAM 'kill -9 $PPID'"); // and nothing of it has reached the disk
     EXPECT_FALSE(ImportTapped());
-    EXPECT_EQ(told_.str().find("look whether"), std::string::npos) << told_.str();
+    EXPECT_EQ(ran_.err.find("look whether"), std::string::npos) << ran_.err;
     AwaitServer();
     RunInDatabase("DROP TRIGGER cut ON part; DROP FUNCTION cut()");
     ExpectImported(false, "not made, and unheard of");
 
     cut_commits_by("PERFORM pg_terminate_backend(pg_backend_pid())");
     EXPECT_NE(Import(), 0);
-    EXPECT_NE(told_.str().find("terminating connection"), std::string::npos) << told_.str();
+    EXPECT_NE(ran_.err.find("terminating connection"), std::string::npos) << ran_.err;
     RunInDatabase("DROP TRIGGER cut ON part; DROP FUNCTION cut()");
     ExpectImported(false, "not made");
     EXPECT_EQ(Import(), 0);
@@ -176,7 +169,7 @@ TEST_F(ServerImports, LeaveNothingWhereTheDiskOfTheServerIsFull)
         }
         for (int attempt = 0; attempt < 2; ++attempt) {
             EXPECT_NE(Import(), 0);
-            EXPECT_NE(told_.str().find("No space left on device"), std::string::npos) << told_.str();
+            EXPECT_NE(ran_.err.find("No space left on device"), std::string::npos) << ran_.err;
             ExpectImported(false, "full");
             EXPECT_TRUE(Load());
         }
@@ -291,7 +284,7 @@ TEST_F(ServerImports, LoadsAndListsAreWholeAndGoOnWhateverHappensToTheServer)
                 EXPECT_TRUE(done || !faults[i].unnoticed || !work.reads || !opened_ || short_of_time);
                 settle(work.reads, done);
                 const bool again = work.runs();
-                EXPECT_TRUE(again) << "afterwards " << told_.str();
+                EXPECT_TRUE(again) << "afterwards " << ran_.err;
                 settle(work.reads, again);
             }
             if (every) {
