@@ -1,18 +1,15 @@
 // Parts of a database that were loaded before: they come from what the station keeps, right or not at all, and while
 // the server is away as well.
-#include "tests/partlibrary/library_fixture.h"
+#include "tests/partlibrary/tapped_line.h"
 
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <numeric>
 #include <string>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace partkeep {
 namespace {
@@ -136,49 +133,6 @@ TEST_F(FarLibrary, WhatHasChangedSinceItWasSelectedIsNotCopiedFromHere)
     }
 }
 
-// A line to the database of 20 ms that counts, found by the service "far" while it lives.
-class CCountedLine {
-public:
-    explicit CCountedLine(const CTemporaryFolder& folder) : counted_(folder.Path("counted"))
-    {
-        const char* const port = std::getenv("PARTKEEP_POSTGRES_PORT");
-        const std::string socket = std::string("/.s.PGSQL.") + (port != nullptr ? port : "5432");
-        const std::string near = folder.Path().string() + socket;
-        const std::string far = std::getenv("PARTKEEP_POSTGRES") + socket;
-        line_ = fork();
-        if (line_ == 0) {
-            execlp("timeout", "timeout", "120", SLOW_LINE, near.c_str(), far.c_str(), "20", counted_.c_str(), nullptr);
-            _exit(1);
-        }
-        WriteBytes(folder.Path("services"), ReadBytes(services_) + "[far]\nhost=" + folder.Path().string() +
-                                                "\nport=" + socket.substr(socket.rfind('.') + 1) +
-                                                "\ndbname=postgres\nuser=station\n");
-        setenv("PGSERVICEFILE", folder.Path("services").c_str(), 1);
-        for (int i = 0; i < 600 && !fs::exists(near); ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        }
-    }
-    ~CCountedLine()
-    {
-        setenv("PGSERVICEFILE", services_.c_str(), 1);
-        kill(line_, SIGTERM);
-        waitpid(line_, nullptr, 0);
-    }
-    CCountedLine(const CCountedLine&) = delete;
-    CCountedLine& operator=(const CCountedLine&) = delete;
-    [[nodiscard]] long Bytes() const { return std::atol(ReadBytes(counted_).c_str()); }
-    [[nodiscard]] long Questions() const
-    {
-        const std::string told = ReadBytes(counted_);
-        return std::atol(told.substr(std::min(told.find(' '), told.size())).c_str());
-    }
-
-private:
-    const std::string services_ = std::getenv("PGSERVICEFILE");
-    const std::string counted_;
-    pid_t line_ = -1;
-};
-
 TEST_F(FarLibrary, EachContentComesOverTheLineOnce)
 {
     constexpr int parts = 24;
@@ -208,15 +162,14 @@ TEST_F(FarLibrary, EachContentComesOverTheLineOnce)
         {"the same, nothing kept", 15, {part_data_kind, 15}, 0, 4L * parts},
         {"its own alone", part_data_kind, {part_data_kind}, 1 << 26, parts / 3 + parts},
     };
-    const CTemporaryFolder line_folder;
-    const CCountedLine line(line_folder);
+    const CTappedLine line(std::chrono::milliseconds(20));
     for (const auto& row : rows) {
         SCOPED_TRACE(row.label);
         if (row.contents != 0) {
             fs::remove_all(contents_);
         }
         const long before = line.Bytes();
-        CCopyingSession session(CLibraryFolder({}, {u"far"_s}, {contents_, row.most_bytes}), target_);
+        CCopyingSession session(CLibraryFolder({}, {tapped_station}, {contents_, row.most_bytes}), target_);
         session.SetPartFilter(row.filter);
         ASSERT_TRUE(session.Go(u"SRV1"_s, u"Far"_s));
         const long asked = line.Questions();
@@ -250,13 +203,12 @@ TEST_F(FarLibrary, PicturesInViewComeOnceAndAreNotWaitedForWhateverIsKept)
         }
     });
     WriteBytes(cache_.Path("file"), "x");
-    const CTemporaryFolder line_folder;
-    const CCountedLine line(line_folder);
+    const CTappedLine line(std::chrono::milliseconds(20));
     for (const CacheSettings& cache : {CacheSettings{contents_, 1 << 26}, {cache_.Path("file"), 1 << 26}, {{}, 0}}) {
         SCOPED_TRACE(cache.folder);
         LibraryProblem problem;
         const auto library =
-            OpenPgLibrary({u"far"_s, u"SRV1"_s}, CLibraryFolder({}, {u"far"_s}, cache).Cache(), problem);
+            OpenPgLibrary({tapped_station, u"SRV1"_s}, CLibraryFolder({}, {tapped_station}, cache).Cache(), problem);
         const auto folder = library->FindFolder(u"Far"_s);
         PartListView view;
         view.folder = folder->id;

@@ -48,6 +48,12 @@ void RunInDatabase(const std::string& sql)
     }
 }
 
+void AddService(const std::string& name, const std::string& settings)
+{
+    const std::string file = std::getenv("PGSERVICEFILE");
+    WriteBytes(file, "[" + name + "]\n" + settings + "dbname=postgres\nuser=station\n" + ReadBytes(file));
+}
+
 bool SignalDatabase(const std::string& signal)
 {
     const std::string find =

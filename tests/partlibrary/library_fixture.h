@@ -41,6 +41,9 @@ inline const QString test_service = u"partkeep"_s;
 // Runs SQL there, in the schema SRV1.
 void RunInDatabase(const std::string& sql);
 
+// Another service, which stands before one that had its name. What is not set is the database's, for a station.
+void AddService(const std::string& name, const std::string& settings);
+
 // Stops the server ("STOP"), lets it go on ("CONT"), or ends it: as an administrator does ("INT"), or as if its machine
 // had gone ("KILL").
 [[nodiscard]] bool SignalDatabase(const std::string& signal);

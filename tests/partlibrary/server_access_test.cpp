@@ -6,7 +6,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -74,20 +73,6 @@ std::string Fatal(const std::string& state)
 
 class ServerAccess : public LibraryShop {
 protected:
-    ServerAccess()
-    {
-        libraries_.MakeShop();
-        std::ofstream(services_) << std::ifstream(before_).rdbuf();
-        setenv("PGSERVICEFILE", services_.c_str(), 1);
-    }
-    ~ServerAccess() override { setenv("PGSERVICEFILE", before_.c_str(), 1); }
-
-    void AddService(const std::string& name, const std::string& settings)
-    {
-        std::ofstream(services_, std::ios::app) << "[" << name << "]\n"
-                                                << settings << "dbname=postgres\nuser=station\n";
-    }
-
     // What the browser has to say, and the tool; nothing where both show what is there.
     std::pair<std::string, std::string> Ask(const std::string& service)
     {
@@ -112,9 +97,6 @@ protected:
         }
         return changed && !library.SilentSince().isValid();
     }
-
-    std::string before_ = std::getenv("PGSERVICEFILE");
-    fs::path services_ = target_.Path("services");
 };
 
 TEST_F(ServerAccess, IsBySafeConnectionsAndForWhomThePasswordFits)

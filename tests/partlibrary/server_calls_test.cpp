@@ -7,6 +7,7 @@
 #include <iterator>
 #include <libpq-fe.h>
 #include <set>
+#include <sstream>
 #include <utility>
 
 namespace partkeep {

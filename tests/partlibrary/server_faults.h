@@ -1,16 +1,11 @@
 // What a browser does on a database in whose way things come, and what may happen to its server.
 #pragma once
 
-#include "tests/partlibrary/library_fixture.h"
 #include "tests/partlibrary/tapped_line.h"
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
-#include <functional>
 #include <poll.h>
-#include <sstream>
-#include <string>
 #include <thread>
 #include <unistd.h>
 
@@ -22,7 +17,6 @@ using std::chrono::steady_clock;
 using namespace std::string_literals;
 
 inline constexpr milliseconds longest_wait{2700};
-inline const QString tapped_station = u"tapped-station"_s;
 inline const std::string of_browsers = " FROM pg_stat_activity WHERE application_name = 'partkeep'";
 
 // 0: there is none; -1: there is no answer.
@@ -54,23 +48,10 @@ protected:
                             writer.PutFile(*part, FileSlot::Png, SmallPng()));
             }
         });
-        const fs::path services = target_.Path("services");
-        std::ostringstream text;
-        text << std::ifstream(before_).rdbuf();
-        for (const char* user : {"station", "librarian"}) {
-            text << "[tapped-" << user << "]\nhost=" << line_.Host() << "\nport=" << CTappedLine::Port()
-                 << "\ndbname=postgres\nuser=" << user << "\n";
-        }
-        WriteBytes(services, text.str());
-        setenv("PGSERVICEFILE", services.c_str(), 1);
         setenv("PGOPTIONS", "-c synchronous_commit=on", 1); // what was told to be there is there after a kill
         RunInDatabase("CHECKPOINT");
     }
-    ~ServerFaults() override
-    {
-        setenv("PGSERVICEFILE", before_.c_str(), 1);
-        unsetenv("PGOPTIONS");
-    }
+    ~ServerFaults() override { unsetenv("PGOPTIONS"); }
 
     // As the dialog does it, by a role that may only read. No call takes too long, and no half of a part is left.
     bool Load()
@@ -184,7 +165,6 @@ protected:
     int browsed_ = 0;
     bool opened_ = false; // nobody waits for a server that was not there before
     bool honest_ = true;  // what the server tells
-    std::string before_ = std::getenv("PGSERVICEFILE");
 };
 
 // Of the server, for what contents take, and full while somebody says so.

@@ -1,31 +1,35 @@
-// A line to the test's database on which something can be made to happen at a certain step: before the Nth block that a
-// client sends goes on to the server.
+// A line to the test's database that counts, and on which something can be made to happen at a certain step: before the
+// Nth block that a client sends goes on to the server.
 #pragma once
 
-#include "tests/support/temporary_folder.h"
+#include "tests/partlibrary/library_fixture.h"
 
 #include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
-#include <functional>
 #include <mutex>
-#include <string>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 namespace partkeep {
 
+inline const QString tapped_station = u"tapped-station"_s;
+
 class CTappedLine {
 public:
-    CTappedLine()
+    // Each block takes the delay to come to the server.
+    explicit CTappedLine(std::chrono::milliseconds delay = {}) : delay_(delay)
     {
-        const sockaddr_un own = Address(Host());
+        const std::string folder = folder_.Path().string();
+        const sockaddr_un own = Address(folder);
         listening_ = bind(line_, reinterpret_cast<const sockaddr*>(&own), sizeof own) == 0 && listen(line_, 50) == 0;
         accepting_ = std::thread([this] { Accept(); });
+        for (const std::string user : {"station", "librarian"}) {
+            AddService("tapped-" + user, "host=" + folder + "\nport=" + Port() + "\nuser=" + user + "\n");
+        }
     }
     ~CTappedLine()
     {
@@ -37,12 +41,10 @@ public:
     CTappedLine(const CTappedLine&) = delete;
     CTappedLine& operator=(const CTappedLine&) = delete;
 
-    [[nodiscard]] static std::string Port()
-    {
-        const char* const port = std::getenv("PARTKEEP_POSTGRES_PORT");
-        return port != nullptr ? port : "5432";
-    }
-    [[nodiscard]] std::string Host() const { return folder_.Path().string(); }
+    // What has come from the server.
+    [[nodiscard]] std::int64_t Bytes() const { return bytes_; }
+    // What was sent before anything came is one.
+    [[nodiscard]] int Questions() const { return questions_; }
     // Counts anew, once what happens has happened, on a thread of the line, and ends all connections.
     void Arm(int step, std::function<void()> event)
     {
@@ -65,6 +67,12 @@ public:
     }
 
 private:
+    static std::string Port()
+    {
+        const char* const port = std::getenv("PARTKEEP_POSTGRES_PORT");
+        return port != nullptr ? port : "5432";
+    }
+
     static sockaddr_un Address(const std::string& folder)
     {
         sockaddr_un address{};
@@ -115,6 +123,9 @@ private:
         for (ssize_t size = 0; (size = recv(from, block.data(), block.size(), 0)) > 0;) {
             if (counted) {
                 Step();
+            } else {
+                bytes_ += size;
+                answered_ = true;
             }
             for (ssize_t sent = 0, more = 0; sent < size; sent += more) {
                 more = send(to, block.data() + sent, static_cast<std::size_t>(size - sent), MSG_NOSIGNAL);
@@ -129,6 +140,8 @@ private:
 
     void Step()
     {
+        questions_ += answered_.exchange(false) ? 1 : 0;
+        std::this_thread::sleep_for(delay_);
         std::function<void()> event; // others go on meanwhile: the server may wait for what they have begun
         {
             const std::lock_guard lock(mutex_);
@@ -141,6 +154,7 @@ private:
         }
     }
 
+    const std::chrono::milliseconds delay_;
     CTemporaryFolder folder_;
     int line_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     bool listening_ = false;
@@ -149,6 +163,9 @@ private:
     std::vector<std::thread> ways_;
     std::function<void()> event_;
     std::atomic<int> steps_ = 0;
+    std::atomic<int> questions_ = 0;
+    std::atomic<bool> answered_ = true;
+    std::atomic<std::int64_t> bytes_ = 0;
     std::atomic<std::int64_t> held_ = 0;
     int at_ = -1;
     std::thread accepting_;
