@@ -1,9 +1,10 @@
 // Parts of a database that were loaded before: they come from what the station keeps, right or not at all, and while
-// the server is away as well.
+// the server is away as well, or from a standby.
 #include "tests/partlibrary/tapped_line.h"
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
@@ -319,6 +320,58 @@ TEST_F(FarLibrary, WhatWasLoadedLoadsWhileTheServerIsAway)
     EXPECT_EQ(session.Problem().fault, LibraryFault::NoAnswer);
     EXPECT_TRUE(SignalDatabase("CONT") && session.Refresh());
     EXPECT_EQ(Load(session), all_);
+}
+
+// A station whose server is a standby, which follows another one and takes no LISTEN, and what is left of both when the
+// other one goes.
+TEST_F(FarLibrary, AStandbyServesStationsFollowsAndTakesOver)
+{
+    if (std::getenv("PARTKEEP_POSTGRES_STANDBY") == nullptr) {
+        GTEST_SKIP() << "no standby here";
+    }
+    EXPECT_NE(std::system("psql -q service=partkeep-standby -c 'LISTEN partkeep' 2>/dev/null"), 0);
+    CCopyingSession beside(CLibraryFolder({}, {u"partkeep-standby"_s}, {contents_, 1 << 26}), target_);
+    CCopyingSession station(CLibraryFolder({}, {u"partkeep-both"_s}, {contents_, 1 << 26}), target_);
+    const auto enter = [](CBrowserSession& session) { return session.Go(u"SRV1"_s, u"Plates\\2008"_s); };
+    EXPECT_TRUE(enter(station));
+    for (int i = 0; i < 300 && !enter(beside); ++i) { // it may be a little behind
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    // Looks as a pane does, until the state is there or half a minute is over, and records how long it took.
+    const auto follow = [](const char* record, CBrowserSession& session, const std::function<bool()>& state) {
+        const auto begin = std::chrono::steady_clock::now();
+        while (!state() && std::chrono::steady_clock::now() - begin < std::chrono::seconds(30)) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            if (session.Library() != nullptr && session.Library()->LookForChange()) {
+                session.Follow();
+            }
+        }
+        const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - begin;
+        RecordProperty(record, static_cast<int>(took.count()));
+        return state();
+    };
+    const auto parts = [](CBrowserSession& session) { return session.CurrentFolder().parts; };
+    const auto loads = [this](CBrowserSession& session) {
+        return session.CopyPartFiles(u"SRV1", u"Plates\\2008\\P1") &&
+               Take() == std::vector<std::string>(all_.begin(), all_.begin() + 4);
+    };
+    EXPECT_EQ(parts(beside), 5);
+    EXPECT_TRUE(loads(beside));
+    EXPECT_TRUE(!fs::is_empty(contents_) && loads(beside) && loads(station));
+
+    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) { PutTestPart(writer, u"Plates\\2008"_s, u"New"_s, 0); });
+    EXPECT_TRUE(follow("beside_ms", beside, [&] { return parts(beside) == 6; }));
+    EXPECT_TRUE(follow("station_ms", station, [&] { return parts(station) == 6; }));
+
+    kill(std::stoi(std::getenv("PARTKEEP_POSTGRES_PID")), SIGQUIT);
+    EXPECT_TRUE(follow("from_standby_ms", station, [&] { return loads(station); }) && loads(beside));
+    const auto remove = [] { return RunTool({"remove", "partkeep-both:SRV1", "Plates\\2008\\New"}).err; };
+    EXPECT_NE(remove().find("recovery"), std::string::npos);
+    EXPECT_EQ(std::system("psql -qAt service=partkeep-both -c 'SELECT pg_promote()' >/dev/null"), 0);
+    EXPECT_EQ(remove(), "");
+    EXPECT_TRUE(follow("promoted_ms", station, [&] { return parts(station) == 5; }));
+    EXPECT_TRUE(follow("promoted_beside_ms", beside, [&] { return parts(beside) == 5; }));
+    EXPECT_TRUE(loads(beside) && loads(station));
 }
 
 } // namespace
