@@ -1,7 +1,9 @@
 // The tool's commands while the engine finds no memory, its files cannot be read or written, a statement of it is cut
-// off, a call of the system fails, or somebody stops them: each is done whole, or tells of it and has changed nothing.
+// off, a call of the system fails, somebody stops them, or the disk fills: each is done whole, or tells of it and has
+// changed nothing.
 #include "partlibrary/tool/commands.h"
 #include "tests/partlibrary/library_fixture.h"
+#include "tests/support/linux_faults.h"
 
 #include <algorithm>
 #include <array>
@@ -10,6 +12,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <sqlite3.h>
 #include <sys/stat.h>
@@ -21,7 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-enum class Want { Memory, Files, Statements, Calls, Stop };
+enum class Want { Memory, Files, Statements, Calls, Stop, Room };
 
 struct Engine {
     sqlite3_mem_methods memory{};
@@ -161,6 +164,9 @@ std::string Made()
     std::string made = fs::exists("B.kpl") ? RunTool({"list", "B.kpl"}).out : "";
     std::set<fs::path> files{fs::recursive_directory_iterator(fs::exists("out") ? "out" : "more"), {}};
     files.insert("out.csv");
+    for (const std::string& name : NamesIn(".")) {
+        made += name.find('~') != std::string::npos ? name : "";
+    }
     for (const fs::path& file : files) {
         made += file.string() + (fs::is_regular_file(file) ? ReadBytes(file.string()) : "") + "\n";
     }
@@ -204,17 +210,24 @@ ToolRun Browse()
     return ended;
 }
 
-using LibraryFailures = LibraryShop;
+class LibraryFailures : public LibraryShop, public testing::WithParamInterface<Want> {};
 
-TEST_F(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
+TEST_P(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
 {
     ASSERT_TRUE(is_watched);
     const CTemporaryFolder work;
+    std::optional<CMountedDisk> disk;
+    if (GetParam() == Want::Room) {
+        PARTKEEP_NEEDS_MOUNTS();
+        disk.emplace(work.Path(), "16m");
+    }
+    engine.wants = GetParam();
     fs::current_path(work.Path());
     for (const char* name : {"in/New/A.iga", "in/New/A.SY5", "in/B.ncd", "more/New/C.iga", "more/Plates/2008/P1.iga"}) {
         fs::create_directories(fs::path(name).parent_path());
         WriteBytes(name, name);
     }
+    WriteBytes("more/New/C.iga", std::string(2000000, 'x'));
     fs::copy_file(library_file_.toStdString(), "whole");
     fs::copy_file("whole", "D.kpl");
     ASSERT_EQ(RunTool({"remove", "D.kpl", "Plates/Top"}).end, 0);
@@ -271,48 +284,53 @@ TEST_F(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
             engine.asked = 0;
             engine.fails_from = fails_from;
             engine.fails_once = once;
+            disk.has_value() && fails_from != 0 ? disk->Fill((fails_from - 1) * (once ? 4096 : 65536)) : void();
             const ToolRun ended = command[0] == "browse" ? Browse() : RunTool(command);
             engine.fails_from = 0;
+            disk ? disk->MakeRoom() : void();
             stop_asked = 0;
             return ended;
         };
-        for (const Want wants : {Want::Memory, Want::Files, Want::Statements, Want::Calls, Want::Stop}) {
-            if (wants != Want::Memory && (command[0] == "watch" || (command[0] == "repair" && wants == Want::Files))) {
-                continue; // the one waits until it can read, the other leaves out what cannot be
-            }
-            engine.wants = wants;
-            const ToolRun undisturbed = play(0, false);
-            const std::size_t calls = engine.asked;
-            const std::string whole = Made();
-            const std::string after = RunTool({"list", "S.kpl"}).out;
-            const std::string before = RunTool({"list", source}).out;
-            const int is = RunTool({"check", "S.kpl"}).end;
-            const int was = RunTool({"check", source}).end;
-            const std::size_t least = command[0] == "watch" ? calls / 30 : 1; // each time it waits for a second
-            const std::size_t step = every == 0                  ? 1 + calls / 5
-                                     : wants >= Want::Statements ? 1
-                                                                 : std::max(every, least);
-            for (std::size_t at = 1; at <= calls; at += step) {
-                for (const bool once : {true, false}) {
-                    const std::string what[] = {"", " files", " statement", " call", " stop"};
-                    SCOPED_TRACE(command[0] + " " + std::to_string(at) + (once ? " once" : "") +
-                                 what[static_cast<std::size_t>(wants)]);
-                    const ToolRun ended = play(at, once);
-                    const bool told = !ended.err.empty() || ended.out.find(R"("event":"error")") != std::string::npos;
-                    EXPECT_TRUE(ended.end == undisturbed.end ? ended.out == undisturbed.out : told)
-                        << ended.end << ended.out << ended.err;
-                    EXPECT_EQ(ended.err.find('~'), std::string::npos) << ended.err << "a name of the moment";
-                    EXPECT_EQ(Made(), ended.end == undisturbed.end ? whole : nothing) << ended.err;
-                    const std::string left = RunTool({"list", "S.kpl"}).out;
-                    EXPECT_EQ(left, ended.end == undisturbed.end ? after : before) << ended.err;
-                    const ToolRun checked = RunTool({"check", "S.kpl"});
-                    EXPECT_EQ(checked.end, left == after ? is : was) << checked.out << checked.err << ended.err;
-                }
+        if (engine.wants != Want::Memory &&
+            (command[0] == "watch" || (command[0] == "repair" && engine.wants == Want::Files))) {
+            continue; // the one waits until it can read, the other leaves out what cannot be
+        }
+        const char* const full = command[0] == "extract" ? "No space left on device" : "the disk is full";
+        const ToolRun undisturbed = play(0, false);
+        const std::size_t calls = disk ? 36 : engine.asked;
+        const std::string whole = Made();
+        const std::string after = RunTool({"list", "S.kpl"}).out;
+        const std::string before = RunTool({"list", source}).out;
+        const int is = RunTool({"check", "S.kpl"}).end;
+        const int was = RunTool({"check", source}).end;
+        const std::size_t least = command[0] == "watch" ? calls / 30 : 1; // each time it waits for a second
+        const std::size_t step = every == 0                         ? 1 + calls / 5
+                                 : engine.wants >= Want::Statements ? 1
+                                                                    : std::max(every, least);
+        for (std::size_t at = 1; at <= calls; at += step) {
+            for (const bool once : {true, false}) {
+                SCOPED_TRACE(command[0] + " " + std::to_string(at) + (once ? " once" : ""));
+                const ToolRun ended = play(at, once);
+                const bool told = !ended.err.empty() || ended.out.find(R"("event":"error")") != std::string::npos;
+                EXPECT_TRUE(ended.end == undisturbed.end ? ended.out == undisturbed.out : told)
+                    << ended.end << ended.out << ended.err;
+                EXPECT_EQ(ended.err.find('~'), std::string::npos) << ended.err << "a name of the moment";
+                const std::string said = ended.out + ended.err;
+                EXPECT_TRUE(!disk || ended.end == undisturbed.end || said.find(full) != std::string::npos) << said;
+                EXPECT_EQ(Made(), ended.end == undisturbed.end ? whole : nothing) << ended.err;
+                const std::string left = RunTool({"list", "S.kpl"}).out;
+                EXPECT_EQ(left, ended.end == undisturbed.end ? after : before) << ended.err;
+                const ToolRun checked = RunTool({"check", "S.kpl"});
+                EXPECT_EQ(checked.end, left == after ? is : was) << checked.out << checked.err << ended.err;
             }
         }
     }
     fs::current_path("/");
 }
+
+INSTANTIATE_TEST_SUITE_P(, LibraryFailures,
+                         testing::Values(Want::Memory, Want::Files, Want::Statements, Want::Calls, Want::Stop,
+                                         Want::Room));
 
 } // namespace
 } // namespace partkeep

@@ -436,45 +436,6 @@ TEST_F(LibraryTool, RepairKeepsWhatCanBeReadAndTellsTheRest)
     }
 }
 
-// A writer that finds the disk full at any write leaves what was, or has done all.
-TEST_F(LibraryTool, EachEditIsWholeOrNotAtAllOnADiskThatFills)
-{
-    PARTKEEP_NEEDS_MOUNTS();
-    const std::vector<std::string> edits[] = {{"remove", "Plates/2008/P1"},
-                                              {"rename", "Plates/", "Sheets"},
-                                              {"set", "**", "--comment", "c"},
-                                              {"move", "**/P*", "--to", "M"},
-                                              {"import", "../in"},
-                                              {"backup", "B.kpl"},
-                                              {"extract", "out"}};
-    Write("in/P.iga", std::string(2000000, 'x'));
-    fs::create_directory("disk");
-    CMountedDisk disk(work_.Path("disk"), "8m");
-    for (std::vector<std::string> edit : edits) {
-        edit.insert(edit.begin() + 1, "S.kpl");
-        fs::current_path(work_.Path());
-        fs::copy_file(library_, "disk/S.kpl", fs::copy_options::overwrite_existing);
-        fs::current_path("disk");
-        const std::string before = ReadBytes("S.kpl");
-        const char* const full = edit[0] == "extract" ? "No space left on device" : "the disk is full";
-        bool done = false;
-        for (std::size_t spare = 0; !done && spare < (std::size_t{4} << 20); spare = spare * 2 + 4096) {
-            disk.Fill(spare);
-            done = Run(edit) == 0;
-            EXPECT_TRUE(done || ran_.err.find(full) != std::string::npos) << edit[0] << ran_.err;
-            EXPECT_EQ(Run({"check", "S.kpl"}), 0) << edit[0] << " " << spare << ran_.err;
-            EXPECT_TRUE(done || (ReadBytes("S.kpl") == before && std::system("! ls | grep -q '~'") == 0))
-                << edit[0] << " " << spare;
-            disk.MakeRoom();
-        }
-        EXPECT_TRUE(done) << edit[0];
-    }
-    disk.Fill();
-    ExpectTrouble({"create", "T.kpl"}, "the disk is full");
-    EXPECT_FALSE(fs::exists("T.kpl"));
-    fs::current_path(work_.Path());
-}
-
 TEST_F(LibraryTool, TheSampleHasWhatOneWantsToTry)
 {
     QStringList made;
