@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <iterator>
 #include <set>
+#include <tuple>
 
 namespace partkeep {
 namespace {
@@ -58,63 +59,45 @@ protected:
     PartListView view_{library_->FindFolder(u"Plates\\2008"_s)->id, -1, {}, PartColumn::Name, false};
 };
 
-TEST_F(PartList, ShowsAFolderByFilterSearchAndOrder)
+// Of one folder, or of all, folder by folder. What lies in a folder whose name is refused is shown to nobody here
+// either.
+TEST_F(PartList, ShowsByFilterSearchAndOrder)
 {
-    const struct {
-        const char* label;
-        PartListView view;
-        Names names;
-    } rows[] = {
-        {"all", {0, -1, {}, PartColumn::Name, false}, {"Bare", "P1", "p1", "P2", "P10"}},
-        {"descending", {0, -1, {}, PartColumn::Name, true}, {"P10", "P2", "p1", "P1", "Bare"}},
-        {"own data", {0, 24, {}, PartColumn::Name, false}, {"P1", "P2", "P10"}},
-        {"laser", {0, 10, {}, PartColumn::Name, false}, {"P1", "P10"}},
-        {"nothing", {0, 0, {}, PartColumn::Name, false}, {}},
-        {"thickness", {0, -1, {}, PartColumn::Thickness, false}, {"P10", "Bare", "p1", "P2", "P1"}},
-        {"material", {0, -1, {}, PartColumn::Material, true}, {"P1", "P10", "P2", "p1", "Bare"}},
-        {"comment", {0, 24, {}, PartColumn::Comment, false}, {"P2", "P10", "P1"}},
-        {"two words", {0, -1, u"p 1"_s, PartColumn::Name, false}, {"P1", "p1", "P10"}},
-        {"half width", {0, -1, u"ﾀﾚｯﾄ"_s, PartColumn::Name, false}, {"P1"}},
-        {"across attributes", {0, -1, u"p1spcc"_s, PartColumn::Name, false}, {}},
-    };
-    for (const bool other_keys : {false, true}) {
-        for (const auto& row : rows) {
-            const qint64 folder = std::exchange(view_, row.view).folder;
-            view_.folder = folder;
-            EXPECT_EQ(ReadNames(), row.names) << row.label << other_keys;
-            EXPECT_EQ(library_->HasOtherKeys(), other_keys);
-        }
-        ForgeKeys();
-    }
-}
-
-// Folder by folder. What lies in a folder whose name is refused is shown to nobody here either.
-TEST_F(PartList, GoesThroughAllFolders)
-{
+    const qint64 here = view_.folder;
     const std::vector<ColumnValue> materials = *library_->Values({}, PartColumn::Material, 9);
     ASSERT_FALSE(materials.empty());
-    const struct {
-        const char* label;
-        PartListView view;
-        Names names;
-    } rows[] = {
-        {"search", {0, -1, u"p1"_s, PartColumn::Name, false}, {"P1", "p1", "P10"}},
-        {"across", {0, -1, u"o"_s, PartColumn::Name, true}, {"Top"}},
-        {"descending", {0, -1, u"p"_s, PartColumn::Thickness, true}, {"P1", "P2", "p1", "P10", "Top"}},
-        {"kept to a material",
-         {0, -1, {}, PartColumn::Name, false, {{PartColumn::Material, materials.back()}}},
+    const std::tuple<const char*, PartListView, Names> rows[] = {
+        {"all", {here, -1, {}, PartColumn::Name, false}, {"Bare", "P1", "p1", "P2", "P10"}},
+        {"descending", {here, -1, {}, PartColumn::Name, true}, {"P10", "P2", "p1", "P1", "Bare"}},
+        {"own data", {here, 24, {}, PartColumn::Name, false}, {"P1", "P2", "P10"}},
+        {"laser", {here, 10, {}, PartColumn::Name, false}, {"P1", "P10"}},
+        {"nothing", {here, 0, {}, PartColumn::Name, false}, {}},
+        {"thickness", {here, -1, {}, PartColumn::Thickness, false}, {"P10", "Bare", "p1", "P2", "P1"}},
+        {"material", {here, -1, {}, PartColumn::Material, true}, {"P1", "P10", "P2", "p1", "Bare"}},
+        {"comment", {here, 24, {}, PartColumn::Comment, false}, {"P2", "P10", "P1"}},
+        {"two words", {here, -1, u"p 1"_s, PartColumn::Name, false}, {"P1", "p1", "P10"}},
+        {"half width", {here, -1, u"ﾀﾚｯﾄ"_s, PartColumn::Name, false}, {"P1"}},
+        {"across attributes", {here, -1, u"p1spcc"_s, PartColumn::Name, false}, {}},
+        {"everywhere", {all_folders, -1, u"p1"_s, PartColumn::Name, false}, {"P1", "p1", "P10"}},
+        {"across folders", {all_folders, -1, u"o"_s, PartColumn::Name, true}, {"Top"}},
+        {"down folders", {all_folders, -1, u"p"_s, PartColumn::Thickness, true}, {"P1", "P2", "p1", "P10", "Top"}},
+        {"of a material",
+         {all_folders, -1, {}, PartColumn::Name, false, {{PartColumn::Material, materials.back()}}},
          {"P1"}},
-        {"and to another", {0, -1, {}, PartColumn::Name, false, {{PartColumn::Thickness, {u"1"_s, "1"}}}}, {}},
+        {"of no thickness",
+         {all_folders, -1, {}, PartColumn::Name, false, {{PartColumn::Thickness, {u"1"_s, "1"}}}},
+         {}},
     };
     for (const bool other_keys : {false, true}) {
-        for (const auto& row : rows) {
-            view_ = row.view;
-            EXPECT_EQ(ReadNames(), row.names) << row.label << other_keys;
+        for (const auto& [label, view, names] : rows) {
+            view_ = view;
+            EXPECT_EQ(ReadNames(), names) << label << other_keys;
+            EXPECT_EQ(library_->HasOtherKeys(), other_keys);
         }
         ForgeKeys();
         EXPECT_EQ(library_->Values({}, PartColumn::Material, 9), materials);
     }
-    view_ = {0, -1, u"top"_s, PartColumn::Name, false};
+    view_ = {all_folders, -1, u"top"_s, PartColumn::Name, false};
     auto list = library_->List(view_, 0, nullptr);
     list->Finish();
     EXPECT_EQ(list->Rows(0, 1).front().folder_path, u"Plates"_s);
