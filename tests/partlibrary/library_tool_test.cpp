@@ -61,7 +61,9 @@ TEST_F(LibraryTool, ImportsByNameAndEndingAndKeepsTheRest)
     }
     Write("in/sub/E.iga", "");
     Write("in/sub/pic.2d.bmp", SmallBitmap().toStdString());
-    WriteBytes("t.csv", "folder,part,thickness,comment\nsub\\鋼,板.1,2.3,厚い\n,A,1,first\n");
+    WriteBytes("t.csv", "\xEF\xBB\xBF"
+                        "folder,Part,Thickness,comment\r\n" // as spreadsheets write it
+                        "sub/鋼,板.1,2.3,\"厚い, \"\"b\"\"\"\r\n\r\n,A,1,first\r\n,a,,\r\n");
     EXPECT_EQ(Run({"import", library_, "in/", "--into", "New/In", "--csv", "t.csv"}), 0);
     EXPECT_EQ(ran_.out, "imported 5 parts with 5 files\n");
     EXPECT_EQ(ran_.err, "partkeep-library: in/sub/notes.txt: skipped (no file of a part)\n");
@@ -74,7 +76,7 @@ TEST_F(LibraryTool, ImportsByNameAndEndingAndKeepsTheRest)
                         "New\\In\tP9\t0.0000\t\t\t.iga\t\n"
                         "New\\In\\sub\tE\t0.0000\t\t\t.iga\t\n"
                         "New\\In\\sub\tpic\t0.0000\t\t\t2D\t\n"
-                        "New\\In\\sub\\鋼\t板.1\t2.3000\t\t\t.NCD\t厚い\n");
+                        "New\\In\\sub\\鋼\t板.1\t2.3000\t\t\t.NCD\t厚い, \"b\"\n");
     EXPECT_TRUE(Copy(u"New\\In\\A") && Copy(u"New\\In\\sub\\E"));
     EXPECT_EQ(Take(), (std::vector<std::string>{"A.NCD", "A.iga", "!E.iga"})) << "an empty file is one";
     WriteBytes("t.csv", "part,machine\nP9,M\n");
