@@ -240,14 +240,14 @@ TEST_F(FarLibrary, PicturesInViewComeOnceAndAreNotWaitedForWhateverIsKept)
         }
         EXPECT_TRUE(std::ssize(wanted) == parts && !library->SilentSince().isValid()) << "they were waited for";
         ASSERT_TRUE(SignalDatabase("CONT"));
-        for (int look = 0; !wanted.empty() && look < 3000; ++look) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-            static_cast<void>(library->LookForChange());
-            if (library->PicturesCame() && (cache.folder != contents_ || line.Bytes() - before > all)) {
-                ask();
-            }
-        }
-        EXPECT_TRUE(wanted.empty());
+        EXPECT_TRUE(Comes(
+            [&] {
+                static_cast<void>(library->LookForChange());
+                const bool came = library->PicturesCame() && (cache.folder != contents_ || line.Bytes() - before > all);
+                came ? ask() : void();
+                return wanted.empty();
+            },
+            3000));
         EXPECT_LT(line.Bytes() - before, bytes + bytes / 4) << "some came twice";
     }
 }
@@ -334,21 +334,19 @@ TEST_F(FarLibrary, AStandbyServesStationsFollowsAndTakesOver)
     CCopyingSession station(CLibraryFolder({}, {u"partkeep-both"_s}, {contents_, 1 << 26}), target_);
     const auto enter = [](CBrowserSession& session) { return session.Go(u"SRV1"_s, u"Plates\\2008"_s); };
     EXPECT_TRUE(enter(station));
-    for (int i = 0; i < 300 && !enter(beside); ++i) { // it may be a little behind
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
-    // Looks as a pane does, until the state is there or half a minute is over, and records how long it took.
+    EXPECT_TRUE(Comes([&] { return enter(beside); }, 3000)) << "it may be a little behind";
+    // Looks as a pane does, and records how long it took.
     const auto follow = [](const char* record, CBrowserSession& session, const std::function<bool()>& state) {
         const auto begin = std::chrono::steady_clock::now();
-        while (!state() && std::chrono::steady_clock::now() - begin < std::chrono::seconds(30)) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-            if (session.Library() != nullptr && session.Library()->LookForChange()) {
-                session.Follow();
-            }
-        }
+        const bool came = Comes(
+            [&] {
+                session.Library() != nullptr&& session.Library()->LookForChange() ? session.Follow() : void();
+                return state();
+            },
+            3000);
         const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - begin;
         RecordProperty(record, static_cast<int>(took.count()));
-        return state();
+        return came;
     };
     const auto parts = [](CBrowserSession& session) { return session.CurrentFolder().parts; };
     const auto loads = [this](CBrowserSession& session) {

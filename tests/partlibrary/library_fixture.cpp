@@ -32,6 +32,14 @@ void Require(bool done, const LibraryProblem& problem)
 
 } // namespace
 
+bool Comes(const std::function<bool()>& state, int looks)
+{
+    for (; looks > 0 && !state(); --looks) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return looks > 0;
+}
+
 bool InDatabase()
 {
     return std::getenv("PARTKEEP_POSTGRES") != nullptr;
@@ -65,13 +73,10 @@ bool SignalDatabase(const std::string& signal)
 // What is left of the one before it may keep it from starting at first.
 void RestartDatabase()
 {
-    for (int attempt = 0; std::system("$PARTKEEP_POSTGRES/restart") != 0; ++attempt) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        if (attempt == 100) {
-            std::cerr << "fixture: the server does not start" << std::endl;
-            static_cast<void>(std::system("tail -n 20 $PARTKEEP_POSTGRES/log >&2"));
-            std::abort();
-        }
+    if (!Comes([] { return std::system("$PARTKEEP_POSTGRES/restart") == 0; })) {
+        std::cerr << "fixture: the server does not start" << std::endl;
+        static_cast<void>(std::system("tail -n 20 $PARTKEEP_POSTGRES/log >&2"));
+        std::abort();
     }
 }
 

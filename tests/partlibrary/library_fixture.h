@@ -19,6 +19,9 @@ namespace partkeep {
 
 using namespace Qt::StringLiterals;
 
+// Whether a state comes, of so many looks each a moment after the other.
+[[nodiscard]] bool Comes(const std::function<bool()>& state, int looks = 1000);
+
 // A bitmap file of `size` bytes as far as a library looks.
 [[nodiscard]] QByteArray SmallBitmap(qsizetype size = 400);
 [[nodiscard]] QByteArray SmallPng();

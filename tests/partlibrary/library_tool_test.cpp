@@ -309,10 +309,7 @@ TEST_F(LibraryTool, AWatchTakesWhatArrivesWhateverHappensMeanwhile)
         return files && !files->empty() ? files->front().bytes : -1;
     };
     const auto becomes = [&](const QString& part, qint64 bytes) {
-        for (int look = 0; look < 100 && bytes_of(part) != bytes; ++look) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        }
-        EXPECT_EQ(bytes_of(part), bytes) << part.toStdString();
+        EXPECT_TRUE(Comes([&] { return bytes_of(part) == bytes; })) << part.toStdString();
     };
     Write("drop/N/A.iga", "1");
     Write("drop/N/note.txt", "no part");

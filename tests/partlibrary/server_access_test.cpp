@@ -89,13 +89,8 @@ protected:
     // Whether it shows what others change, and takes nothing for silent meanwhile.
     static bool Follows(IPartLibrary& library)
     {
-        bool changed = false;
         RunInDatabase("UPDATE partkeep_library SET revision = revision + 1");
-        for (int look = 0; look < 1000 && !changed; ++look) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-            changed = library.LookForChange();
-        }
-        return changed && !library.SilentSince().isValid();
+        return Comes([&] { return library.LookForChange(); }) && !library.SilentSince().isValid();
     }
 };
 

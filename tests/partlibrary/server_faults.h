@@ -31,9 +31,7 @@ inline pid_t BackendOfBrowser()
 // Which recovers.
 inline void AwaitServer()
 {
-    for (int attempt = 0; attempt < 200 && BackendOfBrowser() < 0; ++attempt) {
-        std::this_thread::sleep_for(milliseconds(50));
-    }
+    EXPECT_TRUE(Comes([] { return BackendOfBrowser() >= 0; }));
 }
 
 class ServerFaults : public LibraryShop {
