@@ -36,6 +36,11 @@ TEST(LibraryNames, RefuseWhatCouldLeaveTheFolderOrFitsNoBuffer)
     }
     EXPECT_EQ(CheckAttribute(QString(255, u'x') + u'x'), NameFault::TooLong);
     EXPECT_EQ(CheckAttribute(QString(85, u'板')), NameFault::None);
+    SetSystemCodePage(shift_jis_code_page);
+    EXPECT_EQ(CheckName(QString(49, u'板')), NameFault::None); // two bytes each
+    EXPECT_EQ(CheckName(QString(50, u'板')), NameFault::TooLong);
+    EXPECT_EQ(CheckName(u"钣金"), NameFault::NotInCodePage);
+    SetSystemCodePage(utf8_code_page);
 }
 
 TEST(LibraryNames, CheckEachFolderOfAPath)
@@ -47,15 +52,6 @@ TEST(LibraryNames, CheckEachFolderOfAPath)
                                 QString(50, u'a') + u'\\' + QString(49, u'b')}) {
         EXPECT_NE(CheckFolderPath(path), NameFault::None) << path.toStdString();
     }
-}
-
-TEST(LibraryNames, FollowTheSystemCodePage)
-{
-    SetSystemCodePage(shift_jis_code_page);
-    EXPECT_EQ(CheckName(QString(49, u'板')), NameFault::None); // two bytes each
-    EXPECT_EQ(CheckName(QString(50, u'板')), NameFault::TooLong);
-    EXPECT_EQ(CheckName(u"钣金"), NameFault::NotInCodePage);
-    SetSystemCodePage(utf8_code_page);
 }
 
 TEST(LibraryText, KeepsEveryUnitAndShowsControlCharacters)
