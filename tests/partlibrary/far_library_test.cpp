@@ -138,18 +138,15 @@ TEST_F(FarLibrary, EachContentComesOverTheLineOnce)
 {
     constexpr int parts = 24;
     constexpr long size = 100000;
-    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
-        for (int i = 0; i < parts; ++i) {
-            const auto part = writer.PutPart(*writer.MakeFolder(u"Far"_s), u"F%1"_s.arg(i), std::nullopt);
-            const auto put = [&](FileSlot slot, const QString& content) {
-                EXPECT_TRUE(part && writer.PutFile(*part, slot, QByteArray(content.toLatin1()).repeated(size / 4)));
-            };
-            put(FileSlot::Iga, u"i%1"_s.arg(i / 3, 3)); // three parts have the same
-            put(FileSlot::Bmf, u"b%1"_s.arg(i, 3));
-            put(FileSlot::Sy5, u"s%1"_s.arg(i, 3));
-            put(FileSlot::Ncd, u"s%1"_s.arg(i, 3)); // and each part has one twice
-        }
-    });
+    for (int i = 0; i < parts; ++i) { // three of which have the same .iga, and each has one twice
+        const auto of = [](const QString& text) { return text.toLatin1().repeated(size / 4); };
+        const QByteArray twice = of(u"s%1"_s.arg(i, 3));
+        libraries_.Put(u"Far"_s, u"F%1"_s.arg(i),
+                       {{FileSlot::Iga, of(u"i%1"_s.arg(i / 3, 3))},
+                        {FileSlot::Bmf, of(u"b%1"_s.arg(i, 3))},
+                        {FileSlot::Sy5, twice},
+                        {FileSlot::Ncd, twice}});
+    }
     const struct {
         const char* label;
         std::int16_t filter;
@@ -258,12 +255,9 @@ TEST_F(FarLibrary, WhoeverPausesGetsAllAndAsItIsByThen)
 {
     constexpr int parts = 8;
     const auto put = [this](int first, char version) {
-        libraries_.Fill(u"SRV1"_s, [=](ILibraryWriter& writer) {
-            for (int i = first; i < parts; ++i) {
-                const auto part = writer.PutPart(*writer.MakeFolder(u"Far"_s), u"F%1"_s.arg(i), std::nullopt);
-                EXPECT_TRUE(part && writer.PutFile(*part, FileSlot::Iga, QByteArray(i == 0 ? 3 << 20 : 9, version)));
-            }
-        });
+        for (int i = first; i < parts; ++i) {
+            libraries_.Put(u"Far"_s, u"F%1"_s.arg(i), {{FileSlot::Iga, QByteArray(i == 0 ? 3 << 20 : 9, version)}});
+        }
     };
     for (const char* const limit : {"-1", "1"}) {
         put(0, '1');

@@ -66,10 +66,7 @@ TEST_F(LibraryDamage, TurnedBytesNeverReachATargetFolder)
 
 TEST_F(LibraryDamage, AChangedOrMissingPieceIsFound)
 {
-    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
-        const auto part = writer.PutPart(1, u"Large"_s, std::nullopt);
-        ASSERT_TRUE(writer.PutFile(*part, FileSlot::Iga, QByteArray(200000, 'x'))); // in four pieces
-    });
+    libraries_.Put({}, u"Large"_s, {{FileSlot::Iga, QByteArray(200000, 'x')}}); // in four pieces
     sound_ = ReadBytes(file_);
     const struct {
         const char* damage;

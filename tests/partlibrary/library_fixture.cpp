@@ -169,6 +169,17 @@ void CTestLibraries::Fill(const QString& server, const std::function<void(ILibra
     Require(writer->Commit(), writer->Problem());
 }
 
+void CTestLibraries::Put(const QString& folder, const QString& part,
+                         const std::vector<std::pair<FileSlot, QByteArray>>& files)
+{
+    Fill(u"SRV1"_s, [&](ILibraryWriter& writer) {
+        const auto id = writer.PutPart(*writer.MakeFolder(folder), part, std::nullopt);
+        for (const auto& [slot, content] : files) {
+            Require(id && writer.PutFile(*id, slot, content), writer.Problem());
+        }
+    });
+}
+
 void CTestLibraries::MakeShop()
 {
     using enum FileSlot;

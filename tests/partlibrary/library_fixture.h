@@ -13,6 +13,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace partkeep {
@@ -83,6 +84,9 @@ public:
 
     // Makes the library if need be and runs `fill` in one transaction; ends the test when anything fails.
     void Fill(const QString& server, const std::function<void(ILibraryWriter&)>& fill);
+
+    // A part of SRV1 with these files, besides what it has.
+    void Put(const QString& folder, const QString& part, const std::vector<std::pair<FileSlot, QByteArray>>& files);
 
     // "SRV1" with the folders Plates and Plates\2008, the latter with the parts P1 (everything), P2 (.bmf),
     // P10 (.iga, .NCD), p1 (.SY5) and Bare (nothing); Plates with Top (.iga). "板金" with 筐体 and カバー1.

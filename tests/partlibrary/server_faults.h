@@ -38,14 +38,12 @@ class ServerFaults : public LibraryShop {
 protected:
     ServerFaults()
     {
-        libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
-            for (const QString& name : {u"L1"_s, u"L2"_s, u"L3"_s}) {
-                const auto part = writer.PutPart(*writer.MakeFolder(u"Load"_s), name, std::nullopt);
-                ASSERT_TRUE(writer.PutFile(*part, FileSlot::Iga, QByteArray(900000, 'i')) &&
-                            writer.PutFile(*part, FileSlot::Ncd, QByteArray(300000, 'n')) &&
-                            writer.PutFile(*part, FileSlot::Png, SmallPng()));
-            }
-        });
+        for (const QString& name : {u"L1"_s, u"L2"_s, u"L3"_s}) {
+            libraries_.Put(u"Load"_s, name,
+                           {{FileSlot::Iga, QByteArray(900000, 'i')},
+                            {FileSlot::Ncd, QByteArray(300000, 'n')},
+                            {FileSlot::Png, SmallPng()}});
+        }
         setenv("PGOPTIONS", "-c synchronous_commit=on", 1); // what was told to be there is there after a kill
         RunInDatabase("CHECKPOINT");
     }

@@ -29,10 +29,7 @@ TEST_F(SessionCopy, AFullOrReadOnlyDiskLeavesNoPartOfAFile)
 {
     PARTKEEP_NEEDS_MOUNTS();
     const std::string large(100000, 'x');
-    libraries_.Fill(u"SRV1"_s, [&large](ILibraryWriter& writer) {
-        const auto part = writer.PutPart(*writer.MakeFolder(u"Plates\\2008"_s), u"P1"_s, std::nullopt);
-        ASSERT_TRUE(writer.PutFile(*part, FileSlot::Ncd, QByteArray::fromStdString(large))); // the last of the four
-    });
+    libraries_.Put(u"Plates\\2008"_s, u"P1"_s, {{FileSlot::Ncd, large.c_str()}}); // the last of the four
     CMountedDisk disk(target_.Path(), "512k");
     for (const std::size_t spare : {0U, 7U, 14U, 21U, 28U, 0U}) {
         const bool there = fs::exists(target_.Path("P1.NCD")); // an older copy survives one that does not fit
@@ -53,11 +50,8 @@ TEST_F(SessionCopy, AFullOrReadOnlyDiskLeavesNoPartOfAFile)
 TEST_F(SessionCopy, WhatIsCopiedInTwoStepsIsOfOneState)
 {
     const auto put = [this](char version) {
-        libraries_.Fill(u"SRV1"_s, [version](ILibraryWriter& writer) {
-            const auto part = writer.PutPart(*writer.MakeFolder(u"Plates\\2008"_s), u"P1"_s, std::nullopt);
-            ASSERT_TRUE(part && writer.PutFile(*part, FileSlot::Iga, QByteArray(1, version)) &&
-                        writer.PutFile(*part, FileSlot::Ncd, QByteArray(1, version)));
-        });
+        const QByteArray content(1, version);
+        libraries_.Put(u"Plates\\2008"_s, u"P1"_s, {{FileSlot::Iga, content}, {FileSlot::Ncd, content}});
     };
     const auto copy = [this](std::int16_t kind) { return session_.SetDataKind(kind) && CopyP1(); };
     put('1');
@@ -111,12 +105,11 @@ TEST_F(SessionCopy, EveryPieceArrivesInItsPlaceAndOfOneState)
     const std::pair<FileSlot, qsizetype> files[] = {
         {FileSlot::Iga, 0}, {FileSlot::Bmf, 65408}, {FileSlot::Sy5, 65409}, {FileSlot::Ncd, 900000}};
     const auto put = [&](std::uint32_t version) {
-        libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& writer) {
-            const auto part = writer.PutPart(1, u"Two"_s, std::nullopt);
-            for (const auto& [slot, size] : files) {
-                ASSERT_TRUE(writer.PutFile(*part, slot, VersionOf(size, version)));
-            }
-        });
+        std::vector<std::pair<FileSlot, QByteArray>> contents;
+        for (const auto& [slot, size] : files) {
+            contents.emplace_back(slot, VersionOf(size, version));
+        }
+        libraries_.Put({}, u"Two"_s, contents);
     };
     put(0);
     std::atomic<bool> ended = false;

@@ -19,14 +19,11 @@ protected:
     static std::string MakeLibrary(char version)
     {
         CTestLibraries libraries;
-        libraries.Fill(u"S"_s, [version](ILibraryWriter& writer) {
-            for (const QString& name : {u"P"_s, u"Q"_s}) {
-                const auto part = writer.PutPart(1, name, std::nullopt);
-                ASSERT_TRUE(writer.PutFile(*part, FileSlot::Iga, QByteArray(200000, version)) &&
-                            writer.PutFile(*part, FileSlot::Ncd, QByteArray(70000, version)));
-            }
-        });
-        return ReadBytes(libraries.FileOf(u"S"_s).toStdString());
+        for (const QString& name : {u"P"_s, u"Q"_s}) {
+            libraries.Put({}, name,
+                          {{FileSlot::Iga, QByteArray(200000, version)}, {FileSlot::Ncd, QByteArray(70000, version)}});
+        }
+        return ReadBytes(libraries.FileOf(u"SRV1"_s).toStdString());
     }
 
     // False for anything but all files of one version, or none.
