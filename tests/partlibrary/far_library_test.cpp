@@ -15,8 +15,6 @@
 namespace partkeep {
 namespace {
 
-namespace fs = std::filesystem;
-
 class FarLibrary : public LibraryShop {
 protected:
     [[nodiscard]] CLibraryFolder Far(qint64 most_bytes) const
@@ -34,16 +32,16 @@ protected:
     };
 
     // As a Load does. What has arrived, in order; nothing where a part did not.
-    std::vector<std::string> Load(CBrowserSession& session)
+    Names Load(CBrowserSession& session)
     {
-        std::vector<std::string> names;
+        Names names;
         const auto count = static_cast<std::int16_t>(session.GetSelectedPartCount());
         for (std::int16_t i = 0; i < count; ++i) {
             const auto part = session.GetSelectedPart(i);
             const std::u16string path = u"Plates\\2008\\" + (part ? part->name.toStdU16String() : u"?");
             const bool loaded =
                 session.ReadPartAttributes(u"SRV1", path).has_value() && session.CopyPartFiles(u"SRV1", path);
-            std::vector<std::string> arrived = Take();
+            Names arrived = Take();
             if (!loaded) {
                 return arrived;
             }
@@ -53,7 +51,7 @@ protected:
         return names;
     }
 
-    std::vector<std::string> LoadAnew(qint64 most_bytes)
+    Names LoadAnew(qint64 most_bytes)
     {
         FarSession session(Far(most_bytes), target_);
         return Load(session);
@@ -73,8 +71,7 @@ protected:
 
     CTemporaryFolder cache_;
     const std::string contents_ = cache_.Path("contents");
-    const std::vector<std::string> all_{"P1.NCD",  "P1.SY5",  "P1.bmf", "P1.iga",
-                                        "P10.NCD", "P10.iga", "P2.bmf", "p1.SY5"};
+    const Names all_{"P1.NCD", "P1.SY5", "P1.bmf", "P1.iga", "P10.NCD", "P10.iga", "P2.bmf", "p1.SY5"};
 };
 
 TEST_F(FarLibrary, WhatIsKeptComesFromHereAndWhateverIsWrongWithItCostsOnlySpeed)
@@ -98,7 +95,7 @@ TEST_F(FarLibrary, WhatIsKeptComesFromHereAndWhateverIsWrongWithItCostsOnlySpeed
         row.harm();
         EXPECT_EQ(LoadAnew(row.most_bytes), all_);
         RunInDatabase("DELETE FROM piece");
-        EXPECT_EQ(LoadAnew(row.most_bytes), row.kept_again ? all_ : std::vector<std::string>{});
+        EXPECT_EQ(LoadAnew(row.most_bytes), row.kept_again ? all_ : Names{});
         RunInDatabase("INSERT INTO piece SELECT * FROM saved");
     }
 }
@@ -109,7 +106,7 @@ TEST_F(FarLibrary, WhatHasChangedSinceItWasSelectedIsNotCopiedFromHere)
     const struct {
         std::u16string part;
         std::function<bool(ILibraryWriter& writer, qint64 folder, PartId part)> since; // it was selected
-        std::vector<std::string> arrive;
+        Names arrive;
     } rows[] = {
         {u"P1",
          [](auto& writer, auto, auto part) { return writer.PutFile(part, FileSlot::Iga, QByteArray("new")); },
@@ -344,8 +341,7 @@ TEST_F(FarLibrary, AStandbyServesStationsFollowsAndTakesOver)
     };
     const auto parts = [](CBrowserSession& session) { return session.CurrentFolder().parts; };
     const auto loads = [this](CBrowserSession& session) {
-        return session.CopyPartFiles(u"SRV1", u"Plates\\2008\\P1") &&
-               Take() == std::vector<std::string>(all_.begin(), all_.begin() + 4);
+        return session.CopyPartFiles(u"SRV1", u"Plates\\2008\\P1") && Take() == Names(all_.begin(), all_.begin() + 4);
     };
     EXPECT_EQ(parts(beside), 5);
     EXPECT_TRUE(loads(beside));

@@ -130,14 +130,12 @@ TEST_F(LibraryEdits, ManyAtOnceAndTheValuesThatTheyHave)
     EXPECT_EQ(texts(PartColumn::Machine), u"M0 M1 M2"_s);
     EXPECT_EQ(texts(PartColumn::Thickness), u"0 1 2"_s);
     for (const auto& [search, count] : {std::pair(u"n1"_s, 11111), {u"m2"_s, 9800}, {u"n20999"_s, 1}, {u"zz"_s, 0}}) {
-        const auto list = library->List({session_.CurrentFolder().id, -1, search}, 0, nullptr);
-        list->Finish();
+        const auto list = WholeList(*library, {session_.CurrentFolder().id, -1, search});
         EXPECT_EQ(list->Count(), count) << search.toStdString();
     }
     for (int way = 0; way < 10; ++way) { // all folders, by each column, in pages
         const PartListView view{all_folders, -1, {}, static_cast<PartColumn>(way % 5), way >= 5};
-        const auto list = library->List(view, 0, nullptr);
-        list->Finish();
+        const auto list = WholeList(*library, view);
         const auto end = list->Rows(list->Count() - 3, 9);
         EXPECT_TRUE(list->Count() == many + 6 && end.size() == 3 && !end.back().name.isEmpty()) << way;
         EXPECT_EQ(list->RowOf(end.back().id), list->Count() - 1) << way;

@@ -22,8 +22,6 @@
 namespace partkeep {
 namespace {
 
-namespace fs = std::filesystem;
-
 enum class Want { Memory, Files, Statements, Calls, Stop, Room };
 
 struct Engine {
@@ -187,11 +185,9 @@ ToolRun Browse()
                           {},
                           static_cast<PartColumn>(way % 5),
                           way % 3 == 0};
-        const auto wider = library->List(view, 5, nullptr);
-        wider->Finish();
+        const auto wider = WholeList(*library, view, 5);
         view.search = search[way % 4];
-        const auto list = library->List(view, way < 12 ? 5 : 1000000, way % 3 == 0 ? wider.get() : nullptr);
-        list->Finish();
+        const auto list = WholeList(*library, view, way < 12 ? 5 : 1000000, way % 3 == 0 ? wider.get() : nullptr);
         const std::vector<PartId> ids = list->Ids(0, list->Count());
         const auto rows = list->Rows(0, list->Count());
         const auto values = library->Values(view, PartColumn::Material, 9);

@@ -119,6 +119,14 @@ void PutTestParts(ILibraryWriter& writer, const QString& folder, const QString& 
     }
 }
 
+std::unique_ptr<IPartListing> WholeList(IPartLibrary& library, const PartListView& view, qint64 parts,
+                                        const IPartListing* wider)
+{
+    auto list = library.List(view, parts, wider);
+    list->Finish();
+    return list;
+}
+
 ToolRun RunTool(const std::vector<std::string>& words, bool watched)
 {
     std::vector<const char*> argv{"partkeep-library"};
@@ -201,9 +209,9 @@ LibraryShop::LibraryShop()
     libraries_.MakeShop();
 }
 
-std::vector<std::string> LibraryShop::Take()
+Names LibraryShop::Take()
 {
-    std::vector<std::string> names = NamesIn(target_.Path());
+    Names names = NamesIn(target_.Path());
     for (std::string& name : names) {
         const std::filesystem::path file = target_.Path(name);
         name = ReadBytes(file) == name ? name : '!' + name;

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -19,6 +20,8 @@
 namespace partkeep {
 
 using namespace Qt::StringLiterals;
+namespace fs = std::filesystem;
+using Names = std::vector<std::string>;
 
 // Whether a state comes, of so many looks each a moment after the other.
 [[nodiscard]] bool Comes(const std::function<bool()>& state, int looks = 1000);
@@ -54,6 +57,10 @@ void AddService(const std::string& name, const std::string& settings);
 
 // The server starts anew, whether it still runs or was ended.
 void RestartDatabase();
+
+// A list that has come to its end.
+[[nodiscard]] std::unique_ptr<IPartListing> WholeList(IPartLibrary& library, const PartListView& view, qint64 parts = 0,
+                                                      const IPartListing* wider = nullptr);
 
 // How a command of the tool has ended, and what it has said.
 struct ToolRun {
@@ -106,7 +113,7 @@ protected:
     [[nodiscard]] bool CopyP1() { return Copy(u"Plates\\2008\\P1"); }
 
     // Takes what has arrived out of the folder. A file that is not a test part's as stored is marked by "!".
-    std::vector<std::string> Take();
+    Names Take();
 
     // Changes SRV1 behind the back of whoever reads it.
     void Forge(const QString& sql);

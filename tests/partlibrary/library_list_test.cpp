@@ -12,8 +12,6 @@
 namespace partkeep {
 namespace {
 
-using Names = std::vector<std::string>;
-
 class PartList : public LibraryShop {
 protected:
     // Reads the list two rows at a time, and once more by the ids, by their places, and narrowed from the wider list.
@@ -21,8 +19,7 @@ protected:
     {
         Names names;
         std::vector<PartId> ids;
-        const auto list = library_->List(view_, 5, nullptr);
-        list->Finish();
+        const auto list = WholeList(*library_, view_, 5);
         EXPECT_TRUE(list->Complete()) << ProblemText(library_->Problem());
         for (qint64 first = 0; first < list->Count(); first += 2) {
             for (const PartRow& row : list->Rows(first, 2)) {
@@ -35,10 +32,8 @@ protected:
         EXPECT_EQ(library_->Visible(view_, {}), std::vector<PartId>());
         PartListView wider = view_;
         wider.search.clear();
-        const auto all = library_->List(wider, 5, nullptr);
-        all->Finish();
-        const auto narrowed = library_->List(view_, 5, all.get());
-        narrowed->Finish();
+        const auto all = WholeList(*library_, wider, 5);
+        const auto narrowed = WholeList(*library_, view_, 5, all.get());
         EXPECT_EQ(narrowed->Ids(0, narrowed->Count()), ids);
         EXPECT_TRUE(ids.empty() || narrowed->RowOf(ids.back()) == list->Count() - 1);
         return names;
@@ -98,12 +93,10 @@ TEST_F(PartList, ShowsByFilterSearchAndOrder)
         EXPECT_EQ(library_->Values({}, PartColumn::Material, 9), materials);
     }
     view_ = {all_folders, -1, u"top"_s, PartColumn::Name, false};
-    auto list = library_->List(view_, 0, nullptr);
-    list->Finish();
+    auto list = WholeList(*library_, view_);
     EXPECT_EQ(list->Rows(0, 1).front().folder_path, u"Plates"_s);
     ForgeFolder(u"Pl/ates"_s);
-    list = library_->List(view_, 0, nullptr);
-    list->Finish();
+    list = WholeList(*library_, view_);
     EXPECT_EQ(list->Count(), 0);
     EXPECT_GT(library_->Refused(), 0);
     Forge(u"UPDATE part SET material = 'other'"_s);
@@ -131,8 +124,7 @@ TEST_F(PartList, GoesThroughAFolderByPagesOfAnySize)
 TEST_F(PartList, TheSearchIndexFollowsItsParts)
 {
     view_.search = u"p"_s;
-    const auto wider = library_->List(view_, 5, nullptr);
-    wider->Finish();
+    const auto wider = WholeList(*library_, view_, 5);
     view_.search = u"p1"_s;
     libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) {
         const auto folder = writer.MakeFolder(u"Plates\\2008"_s);
@@ -148,8 +140,7 @@ TEST_F(PartList, TheSearchIndexFollowsItsParts)
     }
     EXPECT_EQ(Check(), "");
     libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) { PutTestPart(writer, u"Plates\\2008"_s, u"P11"_s, 1); });
-    const auto list = library_->List(view_, 5, wider.get());
-    list->Finish();
+    const auto list = WholeList(*library_, view_, 5, wider.get());
     EXPECT_EQ(list->Count(), 3) << "what came since the wider list began is not left out";
 }
 
@@ -170,8 +161,7 @@ TEST_F(PartList, EveryLookUpAndEveryOrderUsesAnIndex)
                 view_ = {folder, 24, QString::fromUtf16(search), static_cast<PartColumn>(sort), sort % 2 == 0};
                 ReadNames();
                 static_cast<void>(library_->Visible(view_, {part->id}));
-                const auto list = library_->List(view_, 1000000, nullptr);
-                list->Finish();
+                const auto list = WholeList(*library_, view_, 1000000);
                 static_cast<void>(list->Rows(0, 2));
             }
         }

@@ -13,8 +13,6 @@
 namespace partkeep {
 namespace {
 
-namespace fs = std::filesystem;
-
 // Works in a folder of its own, with paths as an operator types them.
 class LibraryTool : public LibraryShop {
 protected:

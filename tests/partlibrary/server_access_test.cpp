@@ -16,7 +16,6 @@
 namespace partkeep {
 namespace {
 
-namespace fs = std::filesystem;
 using std::chrono::steady_clock;
 using namespace std::string_literals;
 

@@ -11,7 +11,6 @@
 
 namespace partkeep {
 
-namespace fs = std::filesystem;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 using namespace std::string_literals;

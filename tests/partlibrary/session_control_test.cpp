@@ -11,8 +11,6 @@
 namespace partkeep {
 namespace {
 
-using Names = std::vector<std::string>;
-
 class SessionControl : public LibraryShop {
 protected:
     SessionControl()
@@ -119,9 +117,8 @@ TEST_F(SessionControl, AttributesComeAsStored)
     blocks.material.fill('x');
     EXPECT_TRUE(browser_.ReadPartAttributes(u"SRV1", u"Plates\\2008\\P1", blocks));
     EXPECT_EQ(blocks.thickness, 15000);
-    EXPECT_STREQ(blocks.material.data(), "SPCC");
-    EXPECT_STREQ(blocks.machine.data(), "タレット");
-    EXPECT_STREQ(blocks.comment.data(), "取付板");
+    EXPECT_EQ((Names{blocks.material.data(), blocks.machine.data(), blocks.comment.data()}),
+              (Names{"SPCC", "タレット", "取付板"}));
     EXPECT_TRUE(browser_.ReadPartAttributes(u"SRV1", u"Plates\\2008\\P10", blocks));
     for (const char16_t* path : {u"Plates\\2008\\none", u"Plates\\P1", u"", u"\\", u"P1"}) {
         EXPECT_FALSE(browser_.ReadPartAttributes(u"SRV1", path, blocks)) << NarrowText(path);

@@ -20,9 +20,6 @@
 namespace partkeep {
 namespace {
 
-namespace fs = std::filesystem;
-using Names = std::vector<std::string>;
-
 class SessionCopy : public LibraryShop {};
 
 TEST_F(SessionCopy, AFullOrReadOnlyDiskLeavesNoPartOfAFile)

@@ -11,8 +11,6 @@
 namespace partkeep {
 namespace {
 
-namespace fs = std::filesystem;
-
 class LoadMoments : public testing::Test {
 protected:
     // What the files of both parts hold is the version of their library.
