@@ -160,7 +160,7 @@ namespace {
 std::string Made()
 {
     std::string made = fs::exists("B.kpl") ? RunTool({"list", "B.kpl"}).out : "";
-    std::set<fs::path> files{fs::recursive_directory_iterator(fs::exists("out") ? "out" : "more"), {}};
+    std::set<fs::path> files{fs::recursive_directory_iterator(fs::exists("out") ? "out" : "in"), {}};
     files.insert("out.csv");
     for (const std::string& name : NamesIn(".")) {
         made += name.find('~') != std::string::npos ? name : "";
