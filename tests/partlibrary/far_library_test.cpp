@@ -201,9 +201,8 @@ TEST_F(FarLibrary, PicturesInViewComeOnceAndAreNotWaitedForWhateverIsKept)
     const CTappedLine line(std::chrono::milliseconds(20));
     for (const CacheSettings& cache : {CacheSettings{contents_, 1 << 26}, {cache_.Path("file"), 1 << 26}, {{}, 0}}) {
         SCOPED_TRACE(cache.folder);
-        LibraryProblem problem;
         const auto library =
-            OpenPgLibrary({tapped_station, u"SRV1"_s}, CLibraryFolder({}, {tapped_station}, cache).Cache(), problem);
+            OpenPgLibrary({tapped_station, u"SRV1"_s}, CLibraryFolder({}, {tapped_station}, cache).Cache(), problem_);
         const auto folder = library->FindFolder(u"Far"_s);
         PartListView view;
         view.folder = folder->id;
@@ -282,8 +281,7 @@ TEST_F(FarLibrary, WhoeverPausesGetsAllAndAsItIsByThen)
         "DO $$ BEGIN ASSERT (SELECT bool_and((path = 'Far') <> (changed_by = 'nobody')) FROM part JOIN folder "
         "ON folder.id = part.folder), 'who has changed a part last'; END $$");
     EXPECT_NE(std::system("psql -q service=partkeep-station -c 'DELETE FROM \"SRV1\".part' 2>/dev/null"), 0);
-    LibraryProblem problem;
-    const auto library = OpenPgLibrary({test_service, u"SRV1"_s}, nullptr, problem);
+    const auto library = OpenPgLibrary({test_service, u"SRV1"_s}, nullptr, problem_);
     const auto part = library->FindPart(u"Far"_s, u"F0"_s);
     qint64 bytes = 0;
     EXPECT_TRUE(part && library->CopyFiles(part->id, part->slots, [&bytes](FileSlot, std::span<const char> block) {
@@ -292,8 +290,8 @@ TEST_F(FarLibrary, WhoeverPausesGetsAllAndAsItIsByThen)
         return LibraryProblem{};
     }));
     EXPECT_EQ(bytes, 3 << 20);
-    EXPECT_TRUE(OpenPgLibrary({test_service, u"$user"_s}, nullptr, problem) == nullptr);
-    EXPECT_EQ(problem.fault, LibraryFault::NotFound);
+    EXPECT_TRUE(OpenPgLibrary({test_service, u"$user"_s}, nullptr, problem_) == nullptr);
+    EXPECT_EQ(problem_.fault, LibraryFault::NotFound);
 }
 
 TEST_F(FarLibrary, WhatWasLoadedLoadsWhileTheServerIsAway)

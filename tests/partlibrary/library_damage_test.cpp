@@ -132,9 +132,9 @@ TEST_F(LibraryDamage, WhatIsNoLibraryIsTold)
     for (const auto& row : rows) {
         std::filesystem::remove_all(file_);
         row.make();
-        LibraryProblem problem;
-        EXPECT_EQ(CSqliteLibrary::Open(library_file_, problem), nullptr) << row.label;
-        EXPECT_EQ(problem.fault, row.fault) << row.label << ": " << ProblemText(problem);
+        problem_ = {};
+        EXPECT_EQ(CSqliteLibrary::Open(library_file_, problem_), nullptr) << row.label;
+        EXPECT_EQ(problem_.fault, row.fault) << row.label << ": " << ProblemText(problem_);
     }
 }
 
@@ -142,11 +142,10 @@ TEST_F(LibraryDamage, SearchAndImportEndWhateverTheRowsSay)
 {
     Forge(u"UPDATE folder SET parts = 1000000"_s);
     Forge(u"UPDATE part SET id = 1 << 40 WHERE slots = 127"_s);
-    LibraryProblem problem;
-    const auto library = CSqliteLibrary::Open(library_file_, problem);
+    const auto library = CSqliteLibrary::Open(library_file_, problem_);
     EXPECT_EQ(library->Ids({library->FindFolder(u"Plates\\2008"_s)->id, -1, u"zzz"_s}), std::vector<PartId>{});
     Forge(u"DELETE FROM folder WHERE path = ''"_s);
-    const auto writer = CSqliteWriter::Open(library_file_, problem);
+    const auto writer = CSqliteWriter::Open(library_file_, problem_);
     EXPECT_FALSE(writer->Begin() && writer->MakeFolder(u"New"_s));
     EXPECT_EQ(writer->Problem().fault, LibraryFault::Damaged);
 }
@@ -171,9 +170,8 @@ TEST_F(LibraryDamage, WalksEndWhateverTheIndexesSay)
     }
     forger.reset();
     SwapEntries(u"part_by_name"_s, 1, 3);
-    LibraryProblem problem;
-    const auto library = CSqliteLibrary::Open(library_file_, problem);
-    ASSERT_NE(library, nullptr) << ProblemText(problem);
+    const auto library = CSqliteLibrary::Open(library_file_, problem_);
+    ASSERT_NE(library, nullptr) << ProblemText(problem_);
     EXPECT_EQ(AllFolders(*library)->size(), 3U + 30U);
     EXPECT_FALSE(library->PartsBehind(library->FindFolder(u"Plates\\2008"_s)->id, {}, 9));
     EXPECT_EQ(library->Problem().fault, LibraryFault::Damaged);
@@ -208,14 +206,13 @@ TEST_F(LibraryDamage, AnInterruptedWriteIsTakenBackWhereItBelongs)
     for (const QString& name : {u"L"_s, u"M"_s}) {
         libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& other) { PutTestPart(other, u"Later"_s, name, 1); });
     }
-    LibraryProblem problem;
     const std::string later = ReadBytes(file_);
     leave(later);
     EXPECT_EQ(Check(), "") << "a later state of the same library";
     EXPECT_TRUE(ReadBytes(file_) == later);
     std::filesystem::remove(file_);
     WriteBytes(file_ + "-journal", journal);
-    ASSERT_TRUE(CSqliteWriter::Create(library_file_, problem)) << "what a library of this name has left behind";
+    ASSERT_TRUE(CSqliteWriter::Create(library_file_, problem_)) << "what a library of this name has left behind";
     const std::string other = ReadBytes(file_);
     leave(other);
     EXPECT_EQ(Check(), "") << "another library";
@@ -234,13 +231,13 @@ TEST_F(LibraryDamage, AnInterruptedWriteIsTakenBackWhereItBelongs)
                                    spoilt(24, number), spoilt(20, number), journal.substr(0, 600)}) {
         WriteBytes(file_, other);
         WriteBytes(file_ + "-journal", bad);
-        const auto again = CSqliteWriter::Open(library_file_, problem);
-        EXPECT_TRUE(again != nullptr && again->Begin()) << bad.size() << ProblemText(problem);
+        const auto again = CSqliteWriter::Open(library_file_, problem_);
+        EXPECT_TRUE(again != nullptr && again->Begin()) << bad.size() << ProblemText(problem_);
     }
     WriteBytes(file_, other);
     WriteBytes(file_ + "-journal", spoilt(512, number)); // of another page first: whose it is cannot be told
-    EXPECT_EQ(CSqliteWriter::Open(library_file_, problem), nullptr);
-    EXPECT_EQ(problem.fault, LibraryFault::Unfinished);
+    EXPECT_EQ(CSqliteWriter::Open(library_file_, problem_), nullptr);
+    EXPECT_EQ(problem_.fault, LibraryFault::Unfinished);
     EXPECT_TRUE(ReadBytes(file_) == other);
 }
 

@@ -7,10 +7,7 @@
 namespace partkeep {
 namespace {
 
-class LibraryEdits : public LibraryShop {
-protected:
-    LibraryProblem problem_;
-};
+using LibraryEdits = LibraryShop;
 
 TEST_F(LibraryEdits, EachIsSeenWholeOrNotAtAll)
 {

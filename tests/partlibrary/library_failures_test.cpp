@@ -228,12 +228,11 @@ TEST_P(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
     fs::copy_file("whole", "D.kpl");
     ASSERT_EQ(RunTool({"remove", "D.kpl", "Plates/Top"}).end, 0);
     fs::copy_file("whole", "damaged");
-    LibraryProblem problem;
-    const auto spoil = CConnection::Open(u"damaged"_s, OpenMode::Write, problem);
+    const auto spoil = CConnection::Open(u"damaged"_s, OpenMode::Write, problem_);
     ASSERT_TRUE(spoil->Execute("UPDATE part SET material = 'x' WHERE name = 'P1'") &&
                 spoil->Execute("UPDATE folder SET sum = 1 WHERE path = 'Plates'"));
     fs::copy_file("whole", "foreign");
-    const auto rule = CConnection::Open(u"foreign"_s, OpenMode::Write, problem);
+    const auto rule = CConnection::Open(u"foreign"_s, OpenMode::Write, problem_);
     ASSERT_TRUE(rule->Execute("UPDATE library SET keys = 'other'"));
     WriteBytes("set.csv", "folder,part,material,comment\nPlates/2008,P1,SUS,new\nPlates/2008,P2,,\n");
     const struct {

@@ -139,6 +139,7 @@ protected:
     CTemporaryFolder target_;
     QString library_file_ = libraries_.FileOf(u"SRV1"_s);
     CCopyingSession session_{libraries_.Places(), target_};
+    LibraryProblem problem_; // that was told last
 };
 
 } // namespace partkeep

@@ -40,11 +40,7 @@ protected:
         WriteBytes(path, bytes);
     }
 
-    std::string Left()
-    {
-        LibraryProblem problem;
-        return All(*libraries_.At(u"SRV1"_s)->Open(problem));
-    }
+    std::string Left() { return All(*libraries_.At(u"SRV1"_s)->Open(problem_)); }
 
     const fs::path before_ = fs::current_path();
     CTemporaryFolder work_;
@@ -125,8 +121,7 @@ TEST_F(LibraryTool, AnImportThatFailsLeavesTheLibraryAsItWas)
     fs::create_directory("in");
     fs::create_symlink("gone", "in/Q.iga");
     ExpectTrouble({"import", library_, "in"}, "reading failed");
-    LibraryProblem problem;
-    const auto other = libraries_.At(u"SRV1"_s)->Edit(problem);
+    const auto other = libraries_.At(u"SRV1"_s)->Edit(problem_);
     ASSERT_TRUE(other != nullptr && other->Begin());
     ExpectTrouble({"import", library_, "in"}, "in use");
 }
@@ -300,8 +295,7 @@ TEST_F(LibraryTool, AWatchTakesWhatArrivesWhateverHappensMeanwhile)
     fs::create_directory("drop");
     std::thread watch([this] { ran_ = RunTool({"watch", library_, "drop", "--seconds", "1"}); });
     const auto bytes_of = [&](const QString& part) { // of its file; -1 while it is not there
-        LibraryProblem problem;
-        const auto library = libraries_.At(u"SRV1"_s)->Open(problem);
+        const auto library = libraries_.At(u"SRV1"_s)->Open(problem_);
         const auto row = library != nullptr ? library->FindPart(u"N"_s, part) : std::nullopt;
         const auto files = row ? library->Files(std::array{row->id}) : std::nullopt;
         return files && !files->empty() ? files->front().bytes : -1;
@@ -326,8 +320,7 @@ TEST_F(LibraryTool, AWatchTakesWhatArrivesWhateverHappensMeanwhile)
     fs::rename("away", "drop");
     becomes(u"A"_s, 5);
     {
-        LibraryProblem problem;
-        const auto other = libraries_.At(u"SRV1"_s)->Edit(problem);
+        const auto other = libraries_.At(u"SRV1"_s)->Edit(problem_);
         ASSERT_TRUE(other != nullptr && other->Begin());
         Write("drop/N/C.iga", "c");
         std::this_thread::sleep_for(std::chrono::milliseconds(5500));
@@ -436,20 +429,19 @@ TEST_F(LibraryTool, RepairKeepsWhatCanBeReadAndTellsTheRest)
 TEST_F(LibraryTool, TheSampleHasWhatOneWantsToTry)
 {
     QStringList made;
-    LibraryProblem problem;
-    ASSERT_TRUE(MakeSampleLibraries(u"."_s, false, made, problem)) << ProblemText(problem);
-    EXPECT_FALSE(MakeSampleLibraries(u"."_s, false, made, problem));
-    EXPECT_EQ(problem.fault, LibraryFault::AlreadyThere);
-    EXPECT_FALSE(MakeSampleLibraries(u"no"_s, false, made, problem));
-    EXPECT_EQ(problem.fault, LibraryFault::WriteFailed);
-    ASSERT_TRUE(MakeSampleLibraries(u"."_s, true, made, problem)) << ProblemText(problem);
+    ASSERT_TRUE(MakeSampleLibraries(u"."_s, false, made, problem_)) << ProblemText(problem_);
+    EXPECT_FALSE(MakeSampleLibraries(u"."_s, false, made, problem_));
+    EXPECT_EQ(problem_.fault, LibraryFault::AlreadyThere);
+    EXPECT_FALSE(MakeSampleLibraries(u"no"_s, false, made, problem_));
+    EXPECT_EQ(problem_.fault, LibraryFault::WriteFailed);
+    ASSERT_TRUE(MakeSampleLibraries(u"."_s, true, made, problem_)) << ProblemText(problem_);
     std::string lists;
     std::size_t pictures = 0;
     for (const std::string& file : NamesIn(".")) {
         ASSERT_EQ(Run({"check", file}), 0) << ran_.err;
         ASSERT_EQ(Run({"list", file}), 0);
         lists += ran_.out;
-        const auto library = CSqliteLibrary::Open(QString::fromStdString(file), problem);
+        const auto library = CSqliteLibrary::Open(QString::fromStdString(file), problem_);
         for (const FileSlot slot : {FileSlot::Flat, FileSlot::Bent}) {
             const auto content = library->ReadFile(1, slot);
             pictures += content && content->size() == 14 + 40 + 1024 + 152 * 149 ? 1 : 0; // 149 by 149 pixels, just fit

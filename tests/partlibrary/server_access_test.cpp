@@ -177,20 +177,19 @@ TEST_F(ServerAccess, ALibraryIsMadeWhereNoneIsAndRepairedOnlyFromABackup)
         {QString(64, u'x'), LibraryFault::NameRefused}, {u"nul"_s, LibraryFault::NameRefused},
         {u"SRV1"_s, LibraryFault::AlreadyThere},        {u"NEW"_s, LibraryFault::None},
     };
-    LibraryProblem problem;
     for (const auto& [name, fault] : rows) {
         for (const bool dry_run : {true, false}) {
-            problem = {};
-            EXPECT_EQ(CPgAdmin({test_service, name}).Create(dry_run, problem), fault == LibraryFault::None);
-            EXPECT_EQ(problem.fault, fault) << name.toStdString() << dry_run;
+            problem_ = {};
+            EXPECT_EQ(CPgAdmin({test_service, name}).Create(dry_run, problem_), fault == LibraryFault::None);
+            EXPECT_EQ(problem_.fault, fault) << name.toStdString() << dry_run;
         }
     }
     CPgAdmin sound({test_service, u"NEW"_s});
-    EXPECT_TRUE(sound.Repair(false, {}, problem)) << ProblemText(problem);
-    EXPECT_FALSE(sound.Backup(u"x"_s, false, false, {}, problem));
+    EXPECT_TRUE(sound.Repair(false, {}, problem_)) << ProblemText(problem_);
+    EXPECT_FALSE(sound.Backup(u"x"_s, false, false, {}, problem_));
     RunInDatabase("UPDATE \"NEW\".folder SET parts = 7");
-    EXPECT_FALSE(sound.Repair(false, {}, problem));
-    EXPECT_EQ(problem.fault, LibraryFault::BadInput);
+    EXPECT_FALSE(sound.Repair(false, {}, problem_));
+    EXPECT_EQ(problem_.fault, LibraryFault::BadInput);
     RunInDatabase("DROP SCHEMA \"NEW\" CASCADE");
 }
 
@@ -201,8 +200,7 @@ TEST_F(ServerAccess, AFileGoesBeforeADatabaseOfItsName)
     const QString file = folder + u"/SRV1.kpl"_s;
     CBrowserSession session{CLibraryFolder(folder, {test_service})};
     for (const bool is_file : {false, true, false}) {
-        LibraryProblem problem;
-        EXPECT_TRUE(is_file ? CSqliteWriter::Create(file, problem) : (fs::remove(file.toStdString()), true));
+        EXPECT_TRUE(is_file ? CSqliteWriter::Create(file, problem_) : (fs::remove(file.toStdString()), true));
         EXPECT_EQ(session.Refresh(), session.Library() != nullptr);
         ASSERT_TRUE(session.Go(u"SRV1"_s, {}));
         EXPECT_EQ(session.IsTwice(), is_file);

@@ -154,8 +154,7 @@ protected:
     // By a writer that goes on after trouble. Only what was put last is there.
     bool Put()
     {
-        LibraryProblem problem;
-        const auto writer = libraries_.At(u"TOUR"_s)->Edit(problem);
+        const auto writer = libraries_.At(u"TOUR"_s)->Edit(problem_);
         const auto put = [&] {
             const auto folder = writer->Begin() ? writer->MakeFolder(u"Put"_s) : std::nullopt;
             const auto part = folder ? writer->PutPart(*folder, u"P"_s, std::nullopt) : std::nullopt;

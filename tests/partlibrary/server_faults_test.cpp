@@ -83,9 +83,8 @@ protected:
 
     void ExpectImported(bool imported, const std::string& label, int parts = 400)
     {
-        LibraryProblem problem;
-        EXPECT_EQ(libraries_.At(u"SRV1"_s)->Open(problem)->FindFolder(u"New"_s).has_value(), imported) << label;
-        const auto check = libraries_.At(u"SRV1"_s)->Check({}, problem);
+        EXPECT_EQ(libraries_.At(u"SRV1"_s)->Open(problem_)->FindFolder(u"New"_s).has_value(), imported) << label;
+        const auto check = libraries_.At(u"SRV1"_s)->Check({}, problem_);
         EXPECT_TRUE(check && check->findings.isEmpty() && check->parts == 9 + (imported ? parts : 0)) << label;
     }
 

@@ -20,7 +20,7 @@
 namespace partkeep {
 namespace {
 
-class SessionCopy : public LibraryShop {};
+using SessionCopy = LibraryShop;
 
 TEST_F(SessionCopy, AFullOrReadOnlyDiskLeavesNoPartOfAFile)
 {
@@ -140,9 +140,8 @@ TEST_F(SessionCopy, AnImportWaitsForReadersAndFailsWhole)
     CMountedDisk disk(target_.Path(), "130m");
     const QString file = FromUtf8(target_.Path("S.kpl").string());
     fs::copy_file(library_file_.toStdString(), target_.Path("S.kpl"));
-    LibraryProblem problem;
-    const auto writer = CSqliteWriter::Open(file, problem);
-    const auto other = CSqliteWriter::Open(file, problem);
+    const auto writer = CSqliteWriter::Open(file, problem_);
+    const auto other = CSqliteWriter::Open(file, problem_);
     const auto store = [&writer] {
         qint64 left = 40'000'000;
         return writer->Store(FileSlot::Iga, [&left](std::span<char> buffer) {
@@ -174,7 +173,7 @@ TEST_F(SessionCopy, AnImportWaitsForReadersAndFailsWhole)
     EXPECT_EQ(writer->Problem().fault, LibraryFault::DiskFull) << ProblemText(writer->Problem());
     writer->Rollback();
     EXPECT_TRUE(other->Begin() && other->MakeFolder(u"New"_s) && other->Commit()) << ProblemText(other->Problem());
-    const auto check = CheckLibrary(file, {}, problem);
+    const auto check = CheckLibrary(file, {}, problem_);
     EXPECT_TRUE(check && check->findings.isEmpty() && check->parts == 6 && check->folders == 4);
 }
 
@@ -219,8 +218,7 @@ TEST_F(SessionCopy, WhatDeadProcessesLeftGoesAndWhatLivesStays)
     EXPECT_TRUE(ReplaceTextFile(target_.Core(u"a.ini"), "a")) << "a save looks too";
     EXPECT_EQ(NamesIn(target_.Path()).size(), 5U);
     close(begin(dead));
-    LibraryProblem problem;
-    EXPECT_TRUE(CSqliteWriter::Create(FromUtf8(target_.Path("New.kpl").string()), problem));
+    EXPECT_TRUE(CSqliteWriter::Create(FromUtf8(target_.Path("New.kpl").string()), problem_));
     EXPECT_EQ(NamesIn(target_.Path()).size(), 6U);
 }
 
@@ -303,8 +301,7 @@ TEST_F(SessionCopy, ALockIsWaitedForOnceAndNamesAreRemembered)
 {
     session_.Go(u"SRV1"_s, u"Plates\\2008"_s);
     session_.SelectAllParts(1);
-    LibraryProblem problem;
-    const auto other = CConnection::Open(library_file_, OpenMode::Write, problem);
+    const auto other = CConnection::Open(library_file_, OpenMode::Write, problem_);
     ASSERT_TRUE(other->Execute("BEGIN EXCLUSIVE"));
     CBrowserSession late{libraries_.Places()};
     const auto begin = std::chrono::steady_clock::now();
