@@ -19,6 +19,7 @@
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -83,14 +84,8 @@ protected:
 
 TEST(ContentCacheSettings, AreTheUsersFolderAndTheLastOfTwoSizes)
 {
-    const struct {
-        const char* cache_home;
-        const char* home;
-        const char16_t* machine;
-        const char16_t* user;
-        std::string folder;
-        qint64 megabytes;
-    } rows[] = {
+    // Both folders of the environment, what is set for the machine and the user, and what comes of it, in megabytes.
+    const std::tuple<const char*, const char*, const char16_t*, const char16_t*, const char*, qint64> rows[] = {
         {"/caches", "/home/u", nullptr, nullptr, "/caches/partkeep-read/contents", 2048},
         {"caches", "/home/u", u"100", nullptr, "/home/u/.cache/partkeep-read/contents", 100},
         {nullptr, "/home/u", u"100", u"0", "/home/u/.cache/partkeep-read/contents", 0},
@@ -101,18 +96,18 @@ TEST(ContentCacheSettings, AreTheUsersFolderAndTheLastOfTwoSizes)
         value != nullptr ? setenv(name, value, 1) : unsetenv(name);
     };
     const std::string home = std::getenv("HOME") != nullptr ? std::getenv("HOME") : "/";
-    for (const auto& row : rows) {
+    for (const auto& [cache_home, home_folder, machine, user, folder, megabytes] : rows) {
         CMemoryRegistry registry;
         const auto say = [&](const std::u16string& root, const char16_t* size) {
             size != nullptr ? registry.Set(root + u"\\software\\Velmar\\ORVIC\\PartLibrary", u"cache", size) : void();
         };
-        say(u"HKLM", row.machine);
-        say(u"HKCU", row.user);
-        set("XDG_CACHE_HOME", row.cache_home);
-        set("HOME", row.home);
+        say(u"HKLM", machine);
+        say(u"HKCU", user);
+        set("XDG_CACHE_HOME", cache_home);
+        set("HOME", home_folder);
         const CacheSettings settings = ConfiguredCache(registry);
-        EXPECT_EQ(settings.folder, row.folder);
-        EXPECT_EQ(settings.most_bytes >> 20, row.megabytes);
+        EXPECT_EQ(settings.folder, folder);
+        EXPECT_EQ(settings.most_bytes >> 20, megabytes);
     }
     set("XDG_CACHE_HOME", nullptr);
     set("HOME", home.c_str());
@@ -155,22 +150,18 @@ void ContentCache::HarmEachWay()
         fs::rename(path, path + "-aside");
         fs::create_symlink(path + "-aside", path);
     };
-    const struct {
-        const char* name;
-        std::function<void()> harm; // behind the first process's back
-        int got;
-        int kept_again = 1;
-    } rows[] = {
-        {"none", [] {}, 1},
-        {"a byte", [&] { WriteBytes(file, content.toStdString().replace(300000, 1, "x")); }, 0},
-        {"shorter", [&] { fs::resize_file(file, 5); }, 0},
-        {"longer", [&] { fs::resize_file(file, 1 << 20); }, 0},
-        {"a link", [&] { link(file); }, 0},
-        {"a pipe", [&] { EXPECT_TRUE(fs::remove(file) && mkfifo(file.c_str(), 0600) == 0); }, 0},
-        {"writable for others", [&] { chmod(file.c_str(), 0666); }, 0},
+    // What is done behind the first process's back, and what the second one gets, at once and when it has put it again.
+    const std::tuple<const char*, std::function<void()>, int, int> rows[] = {
+        {"none", [] {}, 1, 1},
+        {"a byte", [&] { WriteBytes(file, content.toStdString().replace(300000, 1, "x")); }, 0, 1},
+        {"shorter", [&] { fs::resize_file(file, 5); }, 0, 1},
+        {"longer", [&] { fs::resize_file(file, 1 << 20); }, 0, 1},
+        {"a link", [&] { link(file); }, 0, 1},
+        {"a pipe", [&] { EXPECT_TRUE(fs::remove(file) && mkfifo(file.c_str(), 0600) == 0); }, 0, 1},
+        {"writable for others", [&] { chmod(file.c_str(), 0666); }, 0, 1},
         {"folder writable for others", [&] { chmod(folder_.c_str(), 0777); }, 0, 0},
         {"folder a link", [&] { link(folder_); }, 0, 0},
-        {"folder gone", [&] { fs::remove_all(folder_); }, 0},
+        {"folder gone", [&] { fs::remove_all(folder_); }, 0, 1},
         {"folder a file",
          [&] {
              fs::remove_all(folder_);
@@ -178,19 +169,19 @@ void ContentCache::HarmEachWay()
          },
          0, 0},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, harm, got, kept_again] : rows) {
+        SCOPED_TRACE(name);
         static_cast<void>(fs::is_symlink(folder_) ? fs::remove(folder_) : fs::remove_all(folder_) > 0);
         CContentCache first({folder_, 1 << 23});
         Put(first, Content(1), false);
         Put(first, content);
         EXPECT_EQ(Get(first, content, target_), 1);
-        row.harm();
+        harm();
         CContentCache second({folder_, 1 << 23});
-        EXPECT_EQ(Get(second, content, target_), row.got);
+        EXPECT_EQ(Get(second, content, target_), got);
         EXPECT_EQ(Get(first, Content(1), target_), 0);
         Put(second, content);
-        EXPECT_EQ(Get(second, content, target_), row.kept_again);
+        EXPECT_EQ(Get(second, content, target_), kept_again);
     }
     CContentCache none({folder_, 0});
     Put(none, content);

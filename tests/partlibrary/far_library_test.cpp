@@ -1,5 +1,6 @@
 // Parts of a database that were loaded before: they come from what the station keeps, right or not at all, and while
 // the server is away as well, or from a standby.
+#include "platform/text.h"
 #include "tests/partlibrary/tapped_line.h"
 
 #include <algorithm>
@@ -11,6 +12,7 @@
 #include <numeric>
 #include <string>
 #include <thread>
+#include <tuple>
 
 namespace partkeep {
 namespace {
@@ -76,26 +78,21 @@ protected:
 
 TEST_F(FarLibrary, WhatIsKeptComesFromHereAndWhateverIsWrongWithItCostsOnlySpeed)
 {
-    const struct {
-        const char* label;
-        std::function<void()> harm;
-        qint64 most_bytes;
-        bool kept_again;
-    } rows[] = {
+    const std::tuple<const char*, std::function<void()>, qint64, bool> rows[] = {
         {"nothing", [] {}, 1 << 26, true},
         {"damaged", [&] { DamageEach(); }, 1 << 26, true}, // as by any harm, the cache then has nothing of it
         {"emptied", [&] { fs::remove_all(contents_); }, 1 << 26, true},
         {"nothing kept", [] {}, 0, false},
     };
     RunInDatabase("CREATE TABLE saved AS SELECT * FROM piece");
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.label);
+    for (const auto& [label, harm, most_bytes, kept_again] : rows) {
+        SCOPED_TRACE(label);
         fs::remove_all(contents_);
-        EXPECT_EQ(LoadAnew(row.most_bytes), all_);
-        row.harm();
-        EXPECT_EQ(LoadAnew(row.most_bytes), all_);
+        EXPECT_EQ(LoadAnew(most_bytes), all_);
+        harm();
+        EXPECT_EQ(LoadAnew(most_bytes), all_);
         RunInDatabase("DELETE FROM piece");
-        EXPECT_EQ(LoadAnew(row.most_bytes), row.kept_again ? all_ : Names{});
+        EXPECT_EQ(LoadAnew(most_bytes), kept_again ? all_ : Names{});
         RunInDatabase("INSERT INTO piece SELECT * FROM saved");
     }
 }
@@ -103,11 +100,8 @@ TEST_F(FarLibrary, WhatIsKeptComesFromHereAndWhateverIsWrongWithItCostsOnlySpeed
 TEST_F(FarLibrary, WhatHasChangedSinceItWasSelectedIsNotCopiedFromHere)
 {
     EXPECT_EQ(LoadAnew(1 << 26), all_);
-    const struct {
-        std::u16string part;
-        std::function<bool(ILibraryWriter& writer, qint64 folder, PartId part)> since; // it was selected
-        Names arrive;
-    } rows[] = {
+    // What happens to a part after it was selected, and what arrives then.
+    const std::tuple<std::u16string, std::function<bool(ILibraryWriter&, qint64, PartId)>, Names> rows[] = {
         {u"P1",
          [](auto& writer, auto, auto part) { return writer.PutFile(part, FileSlot::Iga, QByteArray("new")); },
          {"P1.NCD", "P1.SY5", "P1.bmf", "!P1.iga"}},
@@ -118,16 +112,16 @@ TEST_F(FarLibrary, WhatHasChangedSinceItWasSelectedIsNotCopiedFromHere)
          },
          {}},
     };
-    for (const auto& row : rows) {
+    for (const auto& [part, since, arrive] : rows) {
         FarSession session(Far(1 << 26), target_);
-        const std::u16string path = u"Plates\\2008\\" + row.part;
+        const std::u16string path = u"Plates\\2008\\" + part;
         EXPECT_TRUE(session.ReadPartAttributes(u"SRV1", path).has_value());
-        libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& writer) {
-            EXPECT_TRUE(row.since(writer, session.CurrentFolder().id, session.Selection()[1]));
+        libraries_.Fill(u"SRV1"_s, [&, &since = since](ILibraryWriter& writer) {
+            EXPECT_TRUE(since(writer, session.CurrentFolder().id, session.Selection()[1]));
         });
-        EXPECT_EQ(session.ReadPartAttributes(u"SRV1", path).has_value(), !row.arrive.empty());
+        EXPECT_EQ(session.ReadPartAttributes(u"SRV1", path).has_value(), !arrive.empty());
         session.CopyPartFiles(u"SRV1", path);
-        EXPECT_EQ(Take(), row.arrive) << &row - rows;
+        EXPECT_EQ(Take(), arrive) << NarrowText(path);
     }
 }
 
@@ -144,13 +138,8 @@ TEST_F(FarLibrary, EachContentComesOverTheLineOnce)
                         {FileSlot::Sy5, twice},
                         {FileSlot::Ncd, twice}});
     }
-    const struct {
-        const char* label;
-        std::int16_t filter;
-        std::vector<std::int16_t> kinds; // one after the other, for each part
-        qint64 most_bytes;
-        long contents; // that come
-    } rows[] = {
+    // What is shown; the kinds, one after the other for each part; the most that is kept, and the contents that come.
+    const std::tuple<const char*, std::int16_t, std::vector<std::int16_t>, qint64, long> rows[] = {
         {"all at once", all_data_kinds, {all_data_kinds}, 1 << 26, parts / 3 + 2 * parts},
         {"loaded again", all_data_kinds, {all_data_kinds}, 1 << 26, 0},
         {"its own, then the machine's", 15, {part_data_kind, 15}, 1 << 26, parts / 3 + 2 * parts},
@@ -158,14 +147,14 @@ TEST_F(FarLibrary, EachContentComesOverTheLineOnce)
         {"its own alone", part_data_kind, {part_data_kind}, 1 << 26, parts / 3 + parts},
     };
     const CTappedLine line(std::chrono::milliseconds(20));
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.label);
-        if (row.contents != 0) {
+    for (const auto& [label, filter, kinds, most_bytes, contents] : rows) {
+        SCOPED_TRACE(label);
+        if (contents != 0) {
             fs::remove_all(contents_);
         }
         const long before = line.Bytes();
-        CCopyingSession session(CLibraryFolder({}, {tapped_station}, {contents_, row.most_bytes}), target_);
-        session.SetPartFilter(row.filter);
+        CCopyingSession session(CLibraryFolder({}, {tapped_station}, {contents_, most_bytes}), target_);
+        session.SetPartFilter(filter);
         ASSERT_TRUE(session.Go(u"SRV1"_s, u"Far"_s));
         const long asked = line.Questions();
         session.SelectAllParts(1);
@@ -173,16 +162,15 @@ TEST_F(FarLibrary, EachContentComesOverTheLineOnce)
         for (std::int16_t i = 0; i < parts; ++i) {
             const std::u16string path = u"Far\\" + session.GetSelectedPart(i)->name.toStdU16String();
             EXPECT_TRUE(session.ReadPartAttributes(u"SRV1", path).has_value());
-            for (const std::int16_t kind : row.kinds) {
+            for (const std::int16_t kind : kinds) {
                 session.SetDataKind(kind);
                 EXPECT_TRUE(session.CopyPartFiles(u"SRV1", path));
             }
         }
         const long came = line.Bytes() - before;
-        EXPECT_GE(came, row.contents * size);
-        EXPECT_LT(came, row.contents * size + size) << "what tells of them, and nothing twice";
-        EXPECT_TRUE(row.contents != 0 || line.Questions() - asked <= 4)
-            << "which parts, what they have, and that again";
+        EXPECT_GE(came, contents * size);
+        EXPECT_LT(came, contents * size + size) << "what tells of them, and nothing twice";
+        EXPECT_TRUE(contents != 0 || line.Questions() - asked <= 4) << "which parts, what they have, and that again";
     }
 }
 

@@ -9,6 +9,7 @@
 #include <set>
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <tuple>
 
 namespace partkeep {
 namespace {
@@ -68,11 +69,8 @@ TEST_F(LibraryDamage, AChangedOrMissingPieceIsFound)
 {
     libraries_.Put({}, u"Large"_s, {{FileSlot::Iga, QByteArray(200000, 'x')}}); // in four pieces
     sound_ = ReadBytes(file_);
-    const struct {
-        const char* damage;
-        const char* told; // by a copy of the part; empty when it succeeds
-        const char* found;
-    } rows[] = {
+    // What a copy of the part tells, nothing when it succeeds; and what the check finds.
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         {"DELETE FROM piece WHERE id < 0", "", ""},
         {"UPDATE piece SET content = zeroblob(65408) WHERE id % 65536 = 1", "content", "part Large"},
         {"DELETE FROM piece WHERE id % 65536 = 1", "content", "part Large"},
@@ -95,16 +93,16 @@ TEST_F(LibraryDamage, AChangedOrMissingPieceIsFound)
         {"UPDATE folder SET parts = 1 << 62", "", "folder : the row"},
         {"UPDATE folder SET parent = 7 WHERE id = 1", "a row", "folder : the row"},
     };
-    for (const auto& row : rows) {
+    for (const auto& [damage, told, found] : rows) {
         WriteBytes(file_, sound_);
-        Forge(QString::fromLatin1(row.damage));
+        Forge(QString::fromLatin1(damage));
         CCopyingSession session(libraries_.Places(), target_);
         session.Go(u"SRV1"_s, {});
-        EXPECT_EQ(session.CopyPartFiles(u"SRV1", u"\\Large"), *row.told == '\0') << row.damage;
-        EXPECT_NE(ProblemText(session.Problem()).find(row.told), std::string::npos) << row.damage;
-        EXPECT_EQ(Take().size(), *row.told == '\0' ? 1U : 0U) << row.damage;
-        EXPECT_NE(Check().find(row.found), std::string::npos) << row.damage << ": " << Check();
-        EXPECT_EQ(Check().empty(), *row.found == '\0') << row.damage << ": " << Check();
+        EXPECT_EQ(session.CopyPartFiles(u"SRV1", u"\\Large"), *told == '\0') << damage;
+        EXPECT_NE(ProblemText(session.Problem()).find(told), std::string::npos) << damage;
+        EXPECT_EQ(Take().size(), *told == '\0' ? 1U : 0U) << damage;
+        EXPECT_NE(Check().find(found), std::string::npos) << damage << ": " << Check();
+        EXPECT_EQ(Check().empty(), *found == '\0') << damage << ": " << Check();
     }
 }
 
@@ -114,11 +112,7 @@ TEST_F(LibraryDamage, WhatIsNoLibraryIsTold)
         WriteBytes(file_, sound_);
         Forge(QString::fromLatin1(sql));
     };
-    const struct {
-        const char* label;
-        LibraryFault fault;
-        std::function<void()> make;
-    } rows[] = {
+    const std::tuple<const char*, LibraryFault, std::function<void()>> rows[] = {
         {"missing", LibraryFault::NotFound, [] {}},
         {"folder", LibraryFault::NotALibrary, [&] { std::filesystem::create_directory(file_); }},
         {"pipe", LibraryFault::NotALibrary, [&] { mkfifo(file_.c_str(), 0600); }},
@@ -129,12 +123,12 @@ TEST_F(LibraryDamage, WhatIsNoLibraryIsTold)
         {"a stranger's view", LibraryFault::Damaged, [&] { forge("CREATE VIEW extra AS SELECT 1"); }},
         {"a table gone", LibraryFault::Damaged, [&] { forge("DROP TABLE part_search"); }},
     };
-    for (const auto& row : rows) {
+    for (const auto& [label, fault, make] : rows) {
         std::filesystem::remove_all(file_);
-        row.make();
+        make();
         problem_ = {};
-        EXPECT_EQ(CSqliteLibrary::Open(library_file_, problem_), nullptr) << row.label;
-        EXPECT_EQ(problem_.fault, row.fault) << row.label << ": " << ProblemText(problem_);
+        EXPECT_EQ(CSqliteLibrary::Open(library_file_, problem_), nullptr) << label;
+        EXPECT_EQ(problem_.fault, fault) << label << ": " << ProblemText(problem_);
     }
 }
 

@@ -235,10 +235,7 @@ TEST_P(LibraryFailures, EachCommandIsDoneWholeOrTellsOfIt)
     const auto rule = CConnection::Open(u"foreign"_s, OpenMode::Write, problem_);
     ASSERT_TRUE(rule->Execute("UPDATE library SET keys = 'other'"));
     WriteBytes("set.csv", "folder,part,material,comment\nPlates/2008,P1,SUS,new\nPlates/2008,P2,,\n");
-    const struct {
-        const char* source;
-        std::vector<std::string> words;
-    } commands[] = {
+    const std::pair<const char*, std::vector<std::string>> commands[] = {
         {"whole", {"remove", "S.kpl", "Plates/2008/P1"}},
         {"whole", {"rename", "S.kpl", "Plates/", "Sheets"}},
         {"whole", {"move", "S.kpl", "**/P*", "--to", "M"}},

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <thread>
+#include <tuple>
 
 namespace partkeep {
 namespace {
@@ -390,12 +391,8 @@ TEST_F(LibraryTool, ABackupIsTheSameAndADifferenceIsTold)
 
 TEST_F(LibraryTool, RepairKeepsWhatCanBeReadAndTellsTheRest)
 {
-    const struct {
-        QString forge;
-        int end;
-        const char* told;
-        std::size_t parts; // of six
-    } rows[] = {
+    const std::tuple<QString, int, const char*, int> rows[] = {
+        // with how many parts of six are left
         {u"UPDATE part SET name_key = x'00'"_s, 0, "keys are wrong", 6},
         {u"UPDATE folder SET parts = 7"_s, 0, "count of parts", 6},
         {u"INSERT INTO part_search(part_search) VALUES('delete-all')"_s, 0, "search index", 6},
@@ -406,23 +403,23 @@ TEST_F(LibraryTool, RepairKeepsWhatCanBeReadAndTellsTheRest)
         {u"PRAGMA user_version"_s, 0, "out of order", 6}, // and two rows change places
     };
     const std::string whole = ReadBytes(library_);
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.told);
+    for (const auto& [forge, end, told, parts] : rows) {
+        SCOPED_TRACE(told);
         WriteBytes(library_, whole);
-        Forge(row.forge);
-        if (row.forge.startsWith(u"PRAGMA"_s)) {
+        Forge(forge);
+        if (forge.startsWith(u"PRAGMA"_s)) {
             SwapEntries(u"part"_s, 0, 2);
         }
         const std::string damaged = ReadBytes(library_);
-        EXPECT_EQ(Run({"repair", library_, "--dry-run"}), row.end) << ran_.err;
+        EXPECT_EQ(Run({"repair", library_, "--dry-run"}), end) << ran_.err;
         EXPECT_EQ(ReadBytes(library_), damaged);
-        EXPECT_EQ(Run({"repair", library_}), row.end);
-        EXPECT_NE(ran_.err.find(row.told), std::string::npos) << ran_.err;
+        EXPECT_EQ(Run({"repair", library_}), end);
+        EXPECT_NE(ran_.err.find(told), std::string::npos) << ran_.err;
         EXPECT_EQ(ReadBytes(library_ + ".damaged-1"), damaged);
         fs::remove(library_ + ".damaged-1");
         EXPECT_EQ(Check(), "");
         const std::string left = Left();
-        EXPECT_EQ(static_cast<std::size_t>(std::count(left.begin(), left.end(), '=')), row.parts) << left;
+        EXPECT_EQ(std::ranges::count(left, '='), parts) << left;
     }
 }
 

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <iostream>
 #include <sys/wait.h>
+#include <tuple>
 #include <utility>
 
 namespace partkeep {
@@ -156,12 +157,8 @@ TEST_F(ServerImports, LoadsAndListsAreWholeAndGoOnWhateverHappensToTheServer)
     FILE* locker = nullptr;
     std::thread going_on;
     const auto nothing = [] {};
-    const struct {
-        const char* label;
-        std::function<void()> happens;
-        std::function<void()> mended;
-        bool unnoticed; // by who reads
-    } faults[] = {
+    // What happens, how it is mended, and whether who reads notices nothing.
+    const std::tuple<const char*, std::function<void()>, std::function<void()>, bool> faults[] = {
         {"connections ended", [] { RunInDatabase("SELECT pg_terminate_backend(pid)" + of_browsers); }, nothing, true},
         {"connections cut", [this] { line_.Cut(); }, nothing, true},
         {"one killed, and the server recovers",
@@ -214,13 +211,10 @@ TEST_F(ServerImports, LoadsAndListsAreWholeAndGoOnWhateverHappensToTheServer)
          false},
         {"disk full", [&] { disk.Fill(); }, [&] { disk.Empty(); }, true},
     };
-    const struct {
-        const char* label;
-        std::function<bool()> runs;
-        bool reads;
-    } works[] = {{"load", [this] { return Load(); }, true},
-                 {"browse", [this] { return Browse(); }, true},
-                 {"import", [this] { return ImportTapped(); }, false}};
+    const std::tuple<const char*, std::function<bool()>, bool> works[] = {
+        {"load", [this] { return Load(); }, true},
+        {"browse", [this] { return Browse(); }, true},
+        {"import", [this] { return ImportTapped(); }, false}};
     const auto settle = [&](bool reads, bool whole) {
         if (!reads) {
             ExpectImported(whole, "import", 4);
@@ -232,36 +226,36 @@ TEST_F(ServerImports, LoadsAndListsAreWholeAndGoOnWhateverHappensToTheServer)
         return static_cast<int>((work + fault) % 3 == 2 ? INT_MAX : (work + fault * 5) % 13);
     };
     for (std::size_t w = 0; w < std::size(works); ++w) {
-        const auto& work = works[w];
+        const auto& [work, runs, reads] = works[w];
         line_.Arm(-1, {});
-        EXPECT_TRUE(work.runs()) << work.label;
-        settle(work.reads, true);
+        EXPECT_TRUE(runs()) << work;
+        settle(reads, true);
         const int steps = line_.Steps();
         for (std::size_t i = 0; i < std::size(faults) - (disk.IsThere() ? 0 : 1); ++i) {
+            const auto& [fault, happens, mended, unnoticed] = faults[i];
             int whole = 0;
             int tried = 0;
             for (int step = every ? 0 : sampled(w, i); step < steps; step += every ? 1 : steps) {
-                SCOPED_TRACE(work.label + ": "s + faults[i].label + " at step " + std::to_string(step));
-                line_.Arm(step, faults[i].happens);
+                SCOPED_TRACE(work + ": "s + fault + " at step " + std::to_string(step));
+                line_.Arm(step, happens);
                 const auto held = line_.Held();
-                const bool done = work.runs();
+                const bool done = runs();
                 line_.Arm(-1, {});
                 const bool short_of_time = line_.Held() - held > longest_wait / 3; // on a busy machine
-                faults[i].mended();
+                mended();
                 ++tried;
                 whole += done ? 1 : 0;
-                EXPECT_TRUE(done || !faults[i].unnoticed || !work.reads || !opened_ || short_of_time);
-                EXPECT_TRUE(done || work.reads || faults[i].label != "disk full"s ||
+                EXPECT_TRUE(done || !unnoticed || !reads || !opened_ || short_of_time);
+                EXPECT_TRUE(done || reads || fault != "disk full"s ||
                             ran_.err.find("No space left on device") != std::string::npos)
                     << ran_.err;
-                settle(work.reads, done);
-                const bool again = work.runs();
+                settle(reads, done);
+                const bool again = runs();
                 EXPECT_TRUE(again) << "afterwards " << ran_.err;
-                settle(work.reads, again);
+                settle(reads, again);
             }
             if (every) {
-                std::cout << work.label << ": " << faults[i].label << ": " << whole << " of " << tried
-                          << " whole at once" << std::endl;
+                std::cout << work << ": " << fault << ": " << whole << " of " << tried << " whole at once" << std::endl;
             }
         }
     }

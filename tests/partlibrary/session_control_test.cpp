@@ -145,11 +145,7 @@ TEST_F(SessionControl, WhatTheCodePageCannotHoldIsNotGivenOut)
 
 TEST_F(SessionControl, KindsArriveByMask)
 {
-    const struct {
-        std::int16_t mask;
-        const char16_t* part;
-        Names files;
-    } rows[] = {
+    const std::tuple<std::int16_t, const char16_t*, Names> rows[] = {
         {24, u"P1", {"P1.bmf", "P1.iga"}},
         {20, u"P1", {"P1.SY5"}},
         {10, u"P1", {"P1.NCD"}},
@@ -158,10 +154,10 @@ TEST_F(SessionControl, KindsArriveByMask)
         {20, u"P2", {}},
     };
     EXPECT_TRUE(browser_.SetTargetFolder(target_.Core(u""))); // with a separator
-    for (const auto& row : rows) {
-        EXPECT_TRUE(browser_.SetDataKind(row.mask));
-        EXPECT_TRUE(browser_.CopyPartFiles(u"SRV1", std::u16string(u"Plates\\2008\\") + row.part)) << row.mask;
-        EXPECT_EQ(Take(), row.files) << row.mask << NarrowText(row.part);
+    for (const auto& [mask, part, files] : rows) {
+        EXPECT_TRUE(browser_.SetDataKind(mask));
+        EXPECT_TRUE(browser_.CopyPartFiles(u"SRV1", std::u16string(u"Plates\\2008\\") + part)) << mask;
+        EXPECT_EQ(Take(), files) << mask << NarrowText(part);
     }
     EXPECT_FALSE(browser_.CopyPartFiles(u"SRV1", u"Plates\\2008\\none"));
     EXPECT_FALSE(browser_.CopyPartFiles(u"none", u"Plates\\2008\\P1"));
@@ -174,12 +170,7 @@ TEST_F(SessionControl, OnlyWhatIsShownStaysSelectedInTheOrderShown)
     const QStringList some{u"P10"_s, u"P2"_s, u"P1"_s};
     std::string clicks;
     browser_.SetEventSink([&clicks](std::int32_t id) { clicks += std::to_string(id); });
-    const struct {
-        const char* label;
-        std::function<void()> act;
-        Names names;
-        bool clicks;
-    } rows[] = {
+    const std::tuple<const char*, std::function<void()>, Names, bool> rows[] = {
         {"select", [&] { inner_->SelectParts(some); }, {"P1", "P2", "P10"}, true},
         {"order", [&] { inner_->SortBy(PartColumn::Name, true); }, {"P10", "P2", "P1"}, false},
         {"filter", [&] { browser_.SetPartFilter(10); }, {"P10", "P1"}, false},
@@ -196,15 +187,15 @@ TEST_F(SessionControl, OnlyWhatIsShownStaysSelectedInTheOrderShown)
         {"user's folder", [&] { inner_->Go(u"SRV1"_s, u"Plates\\2008"_s); }, {}, true},
         {"user's server", [&] { inner_->Go(u"板金"_s, {}); }, {}, true},
     };
-    for (const auto& row : rows) {
+    for (const auto& [label, act, selected, clicked] : rows) {
         clicks.clear();
-        row.act();
+        act();
         Names names;
         for (std::int16_t i = 0; i < browser_.GetSelectedPartCount(); ++i) {
             names.push_back(SelectedName(i));
         }
-        EXPECT_EQ(names, row.names) << row.label;
-        EXPECT_EQ(clicks, row.clicks ? "-600" : "") << row.label;
+        EXPECT_EQ(names, selected) << label;
+        EXPECT_EQ(clicks, clicked ? "-600" : "") << label;
     }
 }
 

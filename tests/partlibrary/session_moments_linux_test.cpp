@@ -7,6 +7,7 @@
 #include <chrono>
 #include <filesystem>
 #include <iostream>
+#include <tuple>
 
 namespace partkeep {
 namespace {
@@ -82,11 +83,8 @@ TEST_F(LoadMoments, EachPartIsOfOneStateWhateverHappens)
     const std::string second = MakeLibrary('2');
     const fs::path file = libraries_.Path("S.kpl");
     std::shared_ptr<CConnection> locker;
-    const struct {
-        const char* label;
-        std::function<bool()> event;
-        LibraryFault told; // after a refresh
-    } rows[] = {
+    const std::tuple<const char*, std::function<bool()>, LibraryFault> rows[] = {
+        // with what is told after a refresh
         {"nothing", [] { return false; }, LibraryFault::None},
         {"replaced",
          [&] {
@@ -114,7 +112,7 @@ TEST_F(LoadMoments, EachPartIsOfOneStateWhateverHappens)
     }
     EXPECT_TRUE(RunWithoutPrivileges([&] {
         int wrong = 0;
-        for (const auto& row : rows) {
+        for (const auto& [label, event, told] : rows) {
             for (int moment = 0, moments = 20; moment < moments; ++moment) {
                 locker.reset();
                 fs::remove(file);
@@ -122,10 +120,10 @@ TEST_F(LoadMoments, EachPartIsOfOneStateWhateverHappens)
                 for (const fs::path& old : fs::directory_iterator(target_.Path())) {
                     fs::remove(old);
                 }
-                const int passed = Load(moment, row.event, row.told);
+                const int passed = Load(moment, event, told);
                 moments = std::max(moments, passed);
                 if (passed < 0) {
-                    std::cerr << row.label << " at moment " << moment << '\n';
+                    std::cerr << label << " at moment " << moment << '\n';
                     ++wrong;
                 }
             }
