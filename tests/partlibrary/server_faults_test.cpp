@@ -259,6 +259,9 @@ TEST_F(ServerImports, LoadsAndListsAreWholeAndGoOnWhateverHappensToTheServer)
             }
         }
     }
+    if (!disk.IsThere()) {
+        GTEST_SKIP() << "no disk was full: that takes root";
+    }
 }
 
 } // namespace
