@@ -6,6 +6,9 @@
 #include <iostream>
 #include <iterator>
 #include <random>
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
 namespace partkeep {
 
@@ -56,6 +59,32 @@ std::string ReadBytes(const fs::path& path)
     std::ifstream file(path, std::ios::binary);
     return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "(none)";
 }
+
+#ifdef _WIN32
+// The file is open for somebody who shares it with nobody.
+CReadTrouble::CReadTrouble(fs::path file)
+    : file_(std::move(file)),
+      lock_(CreateFileW(file_.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr))
+{
+}
+
+CReadTrouble::~CReadTrouble()
+{
+    CloseHandle(lock_);
+}
+#else
+// The file's place is taken by memory of this process that nothing lies in.
+CReadTrouble::CReadTrouble(fs::path file) : file_(std::move(file))
+{
+    fs::rename(file_, file_.native() + ".aside");
+    fs::create_symlink("/proc/self/mem", file_);
+}
+
+CReadTrouble::~CReadTrouble()
+{
+    fs::rename(file_.native() + ".aside", file_);
+}
+#endif
 
 std::vector<std::string> NamesIn(const fs::path& folder)
 {
