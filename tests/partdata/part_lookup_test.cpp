@@ -19,14 +19,7 @@ std::string Naming(int index)
 
 const std::string gone = "message 'Part does not exist.' 'Kolvyn PartkeepRead'";
 
-PartRecord Named(const char16_t* name, const char16_t* server, const char16_t* folder)
-{
-    PartRecord record;
-    record.PartName = name;
-    record.serverName = server;
-    record.folderName = folder;
-    return record;
-}
+const PartRecord old{u"file", u"part", u"", u"", u"", u"", u"", 0.5, u"", u"", u"", u"", 7};
 
 class PartLookup : public testing::Test {
 protected:
@@ -51,7 +44,7 @@ protected:
     std::u16string lookupFolder_ = u"old folder";
     MachineFilterState filter_;
     CPartLookup lookup_{browser_, messages_, {currentServer_, lookupFolder_, filter_}};
-    PartRecord record_ = Named(u"old", u"old", u"old");
+    PartRecord record_ = old;
 };
 
 TEST_F(PartLookup, StagingCopiesOnceForThePartAndOnceForItsMachine)
@@ -76,35 +69,13 @@ TEST_F(PartLookup, PartWithoutAttributesIsStagedAndOneWithoutNameIsNot)
     EXPECT_FALSE(lookup_.StagePart(1, u"F", u"1", record_));
     lookup_.DeleteSelectedPartFiles(1);
     EXPECT_EQ(recorder_.Take(), Steps(Naming(1) + gone + "; " + Naming(1) + gone));
-    EXPECT_EQ(record_, Named(u"old", u"old", u"old"));
+    EXPECT_EQ(record_, old);
 
     ASSERT_TRUE(lookup_.StagePart(2, u"F", u"1", record_));
     EXPECT_EQ(record_, (PartRecord{u"", u"P3", u"", u"", u"SRV", u"A\\B", u"F", 0.0, u"1", u"", u"", u"", 0}));
     browser_.Detach(); // without a browser no entry has a name
     EXPECT_TRUE(lookup_.IsPartListed(0, {}, CPartLookup::WhenListed::TellUser));
     EXPECT_FALSE(lookup_.StagePart(0, u"F", u"1", record_));
-}
-
-TEST_F(PartLookup, OnlyNameServerAndFolderMakeAPartListed)
-{
-    const std::string told = "message 'The selected part P1 is already added to the list.' 'Kolvyn PartkeepRead'";
-    const std::tuple<const char*, std::int16_t, PartRecord, bool, std::string> rows[] = {
-        {"no name", 1, {}, true, ""},
-        {"same", 0, Named(u"P1", u"SRV", u"A\\B"), true, told},
-        {"other name", 0, Named(u"P2", u"SRV", u"A\\B"), false, ""},
-        {"other case", 0, Named(u"p1", u"SRV", u"A\\B"), false, ""},
-        {"other server", 0, Named(u"P1", u"own server", u"A\\B"), false, ""},
-        {"other folder", 0, Named(u"P1", u"SRV", u"own folder"), false, ""},
-    };
-    for (const auto& [label, index, last, listed, message] : rows) {
-        for (const bool show : {true, false}) {
-            EXPECT_EQ(
-                lookup_.IsPartListed(index, {Named(u"X", u"SRV", u"A\\B"), last},
-                                     show ? CPartLookup::WhenListed::TellUser : CPartLookup::WhenListed::BeSilent),
-                listed);
-            EXPECT_EQ(recorder_.Take(), Steps(Naming(index) + (show ? message : ""))) << label;
-        }
-    }
 }
 
 TEST_F(PartLookup, NarrowTextIsInTheSystemsCodePage)

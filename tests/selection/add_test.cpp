@@ -50,7 +50,11 @@ TEST_F(Add, RefusesWhatIsListedAndGoesOn)
         browser.currentFolder = u"Other";
         Select("P1");
         window.PressButton(RES_ADD); // another folder: another part
-        EXPECT_EQ(Listed(), "P1 SRV1\\A\\B 1; P2 SRV1\\A\\B 1; P3 SRV1\\A\\B 1; p1 SRV1\\A\\B 1; P1 SRV1\\Other 1; ");
+        browser.currentServer = u"SRV2";
+        Select("P1");
+        window.PressButton(RES_ADD); // another server, too
+        EXPECT_EQ(Listed(), "P1 SRV1\\A\\B 1; P2 SRV1\\A\\B 1; P3 SRV1\\A\\B 1; p1 SRV1\\A\\B 1; P1 SRV1\\Other 1; "
+                            "P1 SRV2\\Other 1; ");
         recorder.lines.clear();
     };
     Run({add, user::Press(id_cancel)});
