@@ -41,11 +41,13 @@ TEST_F(BrowserClick, FetchesAndShowsInItsOrder)
         {"nothing", {}, 0, invalidate},
         {"list outdated", {"2D"}, -2, "RefreshPartList(); " + invalidate + show_2d},
     };
-    Select("P1 P2 P3");
-    browser.selection[0].server = u"SRV9";
-    browser.selection[0].folder = u"F9";
+    const std::string none = blanking + "GetCurrentServer(); 101: EndWait; 101: SetText 203 ";
     browser.previewTitle = u"P1_view";
     const auto look = [&](CScriptedWindow& window) {
+        EXPECT_EQ(LinesIn(window, click), Steps(none + "''; 101: SetText 204 ''"));
+        Select("P1 P2 P3");
+        browser.selection[0].server = u"SRV9";
+        browser.selection[0].folder = u"F9";
         for (const auto& [label, images, status, shown] : rows) {
             SCOPED_TRACE(label);
             browser.images.clear();
@@ -57,6 +59,8 @@ TEST_F(BrowserClick, FetchesAndShowsInItsOrder)
             EXPECT_EQ(window.controls[RES_PICTURE].visible, images.contains("PNG"));
             EXPECT_EQ(window.controls[-1].visible, !images.contains("PNG")); // they take turns
         }
+        browser.selection.clear(); // shows the last texts again
+        EXPECT_EQ(LinesIn(window, click), Steps(none + "'P1'; 101: SetText 204 'comment'"));
     };
     Run({look, user::Press(id_cancel)});
 }
@@ -110,19 +114,6 @@ TEST_F(BrowserClick, LearnsWhereTheUserIs)
     // The folder is that of the last part clicked; the browser's own counts only with a selection.
     EXPECT_EQ(dialog->resultParts.front().FilePathName, folder.Core(u"Work\\SRV2CD\\P1.iga"));
     EXPECT_EQ(ReadBytes(folder.Path("Install/kpdservers.ini")), "SRV2\r\nC\\D\r\nmetric\r\n-9999\r\n0\r\n");
-}
-
-TEST_F(BrowserClick, WithoutASelectionShowsTheLastTextsAgain)
-{
-    const std::string none = blanking + "GetCurrentServer(); 101: EndWait; ";
-    const auto work = [&](CScriptedWindow& window) {
-        EXPECT_EQ(LinesIn(window, click), Steps(none + "101: SetText 203 ''; 101: SetText 204 ''"));
-        Select("P1");
-        browser.FireClick();
-        browser.selection.clear();
-        EXPECT_EQ(LinesIn(window, click), Steps(none + "101: SetText 203 'P1'; 101: SetText 204 'comment'"));
-    };
-    Run({work, user::Press(id_cancel)});
 }
 
 TEST_F(BrowserClick, SurvivesABrowserThatKnowsNothingOrTooMuch)
