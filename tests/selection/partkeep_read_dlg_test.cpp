@@ -144,24 +144,5 @@ TEST_F(StartUp, CancelSavesTheServerListAndNothingElse)
     EXPECT_EQ(NamesIn(folder.Path("Work")), (Lines{"Lumora_ForPNG", "UnZipFolder"}));
 }
 
-TEST_F(StartUp, ThousandsOfRunsAndClicksLeaveMemoryWhereItWas)
-{
-    Select("P1");
-    browser.images = {{"2D", "BM"}, {"3D", "BM"}, {"PNG", "x"}};
-    const std::size_t room = RoomForBlocks();
-    for (int run = 0; run < 1000; ++run) {
-        Run({[&](CScriptedWindow&) {
-                 for (int click = 0; click < (run == 0 ? 10000 : 1); ++click) {
-                     browser.FireClick();
-                     recorder.lines.clear();
-                 }
-                 EXPECT_TRUE(run != 0 || RoomForBlocks() == room - 3);
-             },
-             user::Press(id_cancel)});
-    }
-    EXPECT_EQ(RoomForBlocks(), room);
-    EXPECT_EQ(browser.controls + picture.controls, 0);
-}
-
 } // namespace
 } // namespace partkeep
