@@ -294,6 +294,6 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
             }
         }
     }
-    Check(watched_memory::LivePieces() == 0, "leak");
+    Check(watched_memory::live_pieces == 0, "leak");
     return 0;
 }

@@ -59,7 +59,7 @@ Outcome ReadAndWrite(std::istream& stream)
     partkeep::CXmlDocument document;
     const bool read = partkeep::ReadXml(stream, document);
     stream.clear();
-    watched_memory::StopFailing();
+    watched_memory::fail_from = 0;
     std::ostringstream written;
     if (read != partkeep::WriteXml(written, document)) {
         std::abort();
@@ -89,7 +89,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     const auto in_windows = ReadInWindows(text, width, size % 3 == 0);
     watched_memory::FailFrom(1 + std::size_t{data[size - 1]}, size % 2 == 0);
     const auto in_need = ReadInWindows(text, width, false);
-    if (whole != in_windows || (in_need.read && in_need != whole) || watched_memory::LivePieces() != 0) {
+    if (whole != in_windows || (in_need.read && in_need != whole) || watched_memory::live_pieces != 0) {
         std::fprintf(stderr, "not the same in windows of %zu: %s\n", width, text.c_str());
         std::abort();
     }

@@ -73,10 +73,10 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
         // Exactly the bytes, so that a sanitizer sees what is read beyond them.
         const std::vector<char> exact(text.begin(), text.end());
         CXmlDocument from_memory;
-        watched_memory::ShareRooms(true);
+        watched_memory::share_rooms = true;
         Compare(ReadXml({exact.data(), exact.size()}, from_memory), from_memory, root, text);
-        watched_memory::ShareRooms(false);
+        watched_memory::share_rooms = false;
     }
-    Check(watched_memory::LivePieces() == 0, "count of pieces left", text);
+    Check(watched_memory::live_pieces == 0, "count of pieces left", text);
     return 0;
 }

@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     if (first && Rewrite(*first, pretty) != first) {
         std::abort();
     }
-    if (watched_memory::LivePieces() != 0) {
+    if (watched_memory::live_pieces != 0) {
         std::abort();
     }
     return 0;

@@ -12,13 +12,16 @@ namespace {
 constexpr std::size_t size_room = alignof(std::max_align_t);
 constexpr std::size_t shared_room = 600;
 
-std::size_t asked = 0;
-std::size_t fail_from = 0;
 bool fail_once = false;
-std::size_t live = 0;
-bool share_rooms = false;
 
 } // namespace
+
+std::size_t watched_memory::fail_from = 0;
+std::size_t watched_memory::asked = 0;
+std::size_t watched_memory::live_pieces = 0;
+bool watched_memory::share_rooms = false;
+
+using namespace watched_memory;
 
 void watched_memory::FailFrom(std::size_t first, bool once)
 {
@@ -27,27 +30,7 @@ void watched_memory::FailFrom(std::size_t first, bool once)
     fail_once = once;
 }
 
-void watched_memory::StopFailing()
-{
-    fail_from = 0;
-}
-
-std::size_t watched_memory::Asked()
-{
-    return asked;
-}
-
-std::size_t watched_memory::LivePieces()
-{
-    return live;
-}
-
 const std::size_t partkeep::xml_least_for_own_pages = 0;
-
-void watched_memory::ShareRooms(bool share)
-{
-    share_rooms = share;
-}
 
 partkeep::XmlRoom partkeep::TakeXmlRoom(std::size_t size)
 {
@@ -77,7 +60,7 @@ void* partkeep::AllocateXml(std::size_t size, std::size_t)
     }
     std::memcpy(memory, &size, sizeof size);
     std::memset(memory + size_room, 0xA5, size);
-    ++live;
+    ++live_pieces;
     return memory + size_room;
 }
 
@@ -93,7 +76,7 @@ void partkeep::FreeXml(void* memory, std::size_t size)
         std::fprintf(stderr, "%zu bytes taken, %zu given back\n", taken, size);
         std::abort();
     }
-    --live;
+    --live_pieces;
     std::memset(start, 0xA5, size_room + size);
     std::free(start);
 }

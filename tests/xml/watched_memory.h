@@ -7,14 +7,10 @@ namespace watched_memory {
 
 // Every allocation from the `first`-th on fails, counted from 1 from now; only that one when `once` is set; none for 0.
 void FailFrom(std::size_t first, bool once);
-void StopFailing();
+extern std::size_t fail_from; // 0 ends it
+extern std::size_t asked;     // allocations since FailFrom
 
-// Allocations asked for since FailFrom.
-std::size_t Asked();
-
-std::size_t LivePieces();
-
-// Whether blocks stand several to a room, as in the product, or each in one of its own, which is so without being told.
-void ShareRooms(bool share);
+extern std::size_t live_pieces;
+extern bool share_rooms; // whether blocks stand several to a room, as in the product, or each in one of its own
 
 } // namespace watched_memory

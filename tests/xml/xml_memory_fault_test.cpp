@@ -24,18 +24,18 @@ std::string BigText()
 // result or, when it reports failure, "-".
 void FailEachAllocation(const std::string& expected, const std::function<std::string()>& work)
 {
-    const std::size_t live = watched_memory::LivePieces();
+    const std::size_t live = watched_memory::live_pieces;
     watched_memory::FailFrom(0, true);
     ASSERT_EQ(work(), expected);
-    const std::size_t allocations = watched_memory::Asked();
+    const std::size_t allocations = watched_memory::asked;
     for (const bool once : {true, false}) {
         for (std::size_t at = 1; at <= allocations; ++at) {
             watched_memory::FailFrom(at, once);
             const std::string result = work();
             ASSERT_TRUE(result == "-" || (at != 1 && result == expected)) << at;
-            ASSERT_EQ(watched_memory::LivePieces(), live) << at;
+            ASSERT_EQ(watched_memory::live_pieces, live) << at;
         }
-        watched_memory::StopFailing();
+        watched_memory::fail_from = 0;
     }
 }
 
@@ -43,7 +43,7 @@ TEST(XmlMemoryFault, AReadOrAWriteEndsWholeOrReportsFailure)
 {
     FailEachAllocation(BigText(), [text = BigText()] {
         const CXmlDocument document = Read(text);
-        watched_memory::StopFailing();
+        watched_memory::fail_from = 0;
         return Write(document);
     });
     CXmlElement root("t", 932);
@@ -61,7 +61,7 @@ void FailCopiesOf(const CXmlElement& inside)
             CXmlElement target("t", code_page);
             const bool appended = !target.AppendChild(inside).IsEmpty();
             EXPECT_TRUE(appended || target.IsEmpty() || target.Begin() == target.End());
-            watched_memory::StopFailing();
+            watched_memory::fail_from = 0;
             return appended ? Write(target) : "-";
         });
     }
@@ -119,7 +119,7 @@ TEST(XmlMemoryFault, ATextThatWasLostIsNotTakenForAnEmptyOne)
         const bool made = !root.AddAttribute("x", CXmlString("v")).IsEmpty() &&
                           !root.AddAttribute("y", CXmlString()).IsEmpty() && !root.AddAttribute("z", "w").IsEmpty() &&
                           !root.AppendChild(CXmlElement("t", CXmlString("u"), 65001)).IsEmpty();
-        watched_memory::StopFailing();
+        watched_memory::fail_from = 0;
         return made ? Show(root) : "-";
     });
 }
@@ -143,7 +143,7 @@ TEST(XmlMemoryFault, AnAppendOrAReadingOfValuesReportsFailure)
 
 TEST(XmlMemoryFault, WhatHangsInsideACopyGoesWithIt)
 {
-    const std::size_t before = watched_memory::LivePieces();
+    const std::size_t before = watched_memory::live_pieces;
     for (const char* text : {"<r><n/></r>", "<r><n><m/></n></r>", "<r><n><m x=\"1\"><l>1</l></m></n><o/></r>"}) {
         const CXmlElement read = Read(Declared(text));
         CXmlElement copy(CompactXml(read.Node(), read.Block(), 65001));
@@ -153,7 +153,7 @@ TEST(XmlMemoryFault, WhatHangsInsideACopyGoesWithIt)
             inside.AppendChild(Read(Declared("<late><t>1</t><e/></late>")));
         }
     }
-    EXPECT_EQ(watched_memory::LivePieces(), before);
+    EXPECT_EQ(watched_memory::live_pieces, before);
 }
 
 } // namespace

@@ -64,7 +64,7 @@ TEST(XmlStore, CountsHandlesAndTheLink)
 // A tree with room of its own goes at once, or in parts when something of it is kept or something has come to it.
 TEST(XmlStore, LosesNothingOfATreeThatGoes)
 {
-    const std::size_t live = watched_memory::LivePieces();
+    const std::size_t live = watched_memory::live_pieces;
     const std::string text = "<r><a x=\"1\"><b>t</b></a>" + Times(77, "<c y=\"2\"></c>") + "<c y=\"2\">" +
                              std::string(10'000, 'u') + "</c>" + Times(5000, "<c y=\"2\"></c>") + "</r>";
     for (int kept = 0; kept < 6; ++kept) {
@@ -85,7 +85,7 @@ TEST(XmlStore, LosesNothingOfATreeThatGoes)
         EXPECT_TRUE(kept != 3 || Show(added) == "<n>true</n>");
         EXPECT_TRUE(kept != 4 || Show(linked) == shown);
     }
-    EXPECT_EQ(watched_memory::LivePieces(), live);
+    EXPECT_EQ(watched_memory::live_pieces, live);
 }
 
 TEST(XmlStore, CopiesWhatContainsTheParentEvenUnderASkippedNode)
