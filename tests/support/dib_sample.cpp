@@ -15,28 +15,19 @@ constexpr std::int64_t rle8 = 1;
 constexpr std::int64_t rle4 = 2;
 constexpr std::int64_t bit_fields = 3;
 
-const struct {
-    std::int64_t header_bytes;
-    std::int64_t compression;
-    std::vector<std::int64_t> depths;
-} drawn_kinds[] = {
+// By header and compression, the depths.
+const std::tuple<std::int64_t, std::int64_t, std::vector<std::int64_t>> drawn_kinds[] = {
     {12, 0, {1, 4, 8, 16, 24, 32}}, {40, 0, {1, 4, 8, 16, 24, 32}}, {40, rle8, {8}}, {40, rle4, {4}},
     {40, bit_fields, {16, 32}},
 };
 
-const struct {
-    std::int64_t bits;
-    std::array<std::uint32_t, 3> masks;
-} mask_kinds[] = {
+const std::pair<std::int64_t, std::array<std::uint32_t, 3>> mask_kinds[] = {
     {16, {0xF800, 0x7E0, 0x1F}},        {16, {0xF00, 0xF0, 0xF}}, {32, {0xFF, 0xFF00, 0xFF0000}},
     {32, {0x3FF00000, 0xFFC00, 0x3FF}}, {16, {0xE00, 0x30, 0x1}}, // the last one: not every device fills eight bits
                                                                   // from fewer than four
 };
 
-const struct {
-    std::int64_t DibForm::*field;
-    std::vector<std::int64_t> values;
-} edges[] = {
+const std::pair<std::int64_t DibForm::*, std::vector<std::int64_t>> edges[] = {
     {&DibForm::header_bytes, {0, 11, 13, 16, 39, 41, 52, 56, 64, 108, 124, 0x7FFFFFFF, 0xFFFFFFFF}},
     {&DibForm::bits, {0, 1, 2, 4, 7, 8, 15, 16, 24, 31, 32, 33, 64, 0x101}},
     {&DibForm::compression, {0, 1, 2, 3, 4, 5, 6, 0xFFFFFFFF}},
@@ -81,9 +72,10 @@ std::uint16_t TableBytes(const DibForm& form)
 
 bool IsDrawnKind(const DibForm& form)
 {
-    return std::any_of(std::begin(drawn_kinds), std::end(drawn_kinds), [&form](const auto& kind) {
-        return kind.header_bytes == form.header_bytes && (IsCore(form) || kind.compression == form.compression) &&
-               std::count(kind.depths.begin(), kind.depths.end(), form.bits) != 0;
+    return std::ranges::any_of(drawn_kinds, [&form](const auto& kind) {
+        const auto& [header_bytes, compression, depths] = kind;
+        return header_bytes == form.header_bytes && (IsCore(form) || compression == form.compression) &&
+               std::ranges::count(depths, form.bits) != 0;
     });
 }
 
@@ -196,14 +188,11 @@ std::vector<DibForm> DrawnForms()
             }
         }
     };
-    for (const auto& kind : drawn_kinds) {
-        for (const std::int64_t bits : kind.depths) {
+    for (const auto& [header_bytes, compression, depths] : drawn_kinds) {
+        for (const std::int64_t bits : depths) {
             for (const auto& [mask_bits, masks] : mask_kinds) {
-                if (kind.compression == bit_fields ? mask_bits == bits : &masks == &mask_kinds[0].masks) {
-                    add({.bits = bits,
-                         .header_bytes = kind.header_bytes,
-                         .compression = kind.compression,
-                         .masks = masks});
+                if (compression == bit_fields ? mask_bits == bits : &masks == &mask_kinds[0].second) {
+                    add({.bits = bits, .header_bytes = header_bytes, .compression = compression, .masks = masks});
                 }
             }
         }
@@ -248,28 +237,23 @@ TestBlock::TestBlock(std::span<const std::byte> bytes) : handle(AllocateBlock(by
 
 void ExpectShowsAsRaster(std::span<const DibForm> shown_forms, const PaintOnCanvas& paint)
 {
-    struct Row {
-        const char* label;
-        Rect target;
-        Rect source;
-    };
     // The bitmap's size is odd, so that no centre of a target pixel falls between two pixels: devices differ there.
     constexpr Rect whole{0, 0, 11, 7};
-    constexpr std::array rows{
-        Row{"whole", {2, 3, 13, 10}, whole},          Row{"part", {2, 3, 7, 7}, {3, 1, 8, 5}},
-        Row{"off the canvas", {-4, -2, 7, 5}, whole}, Row{"from outside", {1, 1, 12, 8}, {-2, -2, 9, 5}},
-        Row{"enlarged", {1, 2, 30, 26}, whole},       Row{"enlarged off the canvas", {-5, -6, 45, 43}, whole},
-        Row{"reduced", {4, 4, 15, 10}, whole}, // by one row, where devices still agree
+    constexpr std::tuple<const char*, Rect, Rect> rows[] = {
+        {"whole", {2, 3, 13, 10}, whole},          {"part", {2, 3, 7, 7}, {3, 1, 8, 5}},
+        {"off the canvas", {-4, -2, 7, 5}, whole}, {"from outside", {1, 1, 12, 8}, {-2, -2, 9, 5}},
+        {"enlarged", {1, 2, 30, 26}, whole},       {"enlarged off the canvas", {-5, -6, 45, 43}, whole},
+        {"reduced", {4, 4, 15, 10}, whole}, // by one row, where devices still agree
     };
     for (const DibForm& form : shown_forms) {
         const TestBlock block(MakeSampleFile(form).bytes);
-        for (const Row& row : rows) {
-            SCOPED_TRACE(form.Label() + ", " + row.label);
+        for (const auto& [label, target, source] : rows) {
+            SCOPED_TRACE(form.Label() + ", " + label);
             RasterContext raster(32, 28);
-            PaintDIB(raster, &row.target, block.handle, &row.source, nullptr);
+            PaintDIB(raster, &target, block.handle, &source, nullptr);
             std::int32_t result = 0;
-            const Picture shown = paint(32, 28, [&](IDeviceContext& context) {
-                result = PaintDIB(context, &row.target, block.handle, &row.source, nullptr);
+            const Picture shown = paint(32, 28, [&, &target = target, &source = source](IDeviceContext& context) {
+                result = PaintDIB(context, &target, block.handle, &source, nullptr);
             });
             EXPECT_EQ(shown.pixels, raster.canvas.pixels);
             EXPECT_GT(result, 0);
