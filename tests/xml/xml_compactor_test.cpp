@@ -34,11 +34,6 @@ std::string BytesOf(const CXmlElement& root)
 
 const std::string zero(xml_address_width, '\0');
 
-std::string Counted(std::string_view bytes)
-{
-    return std::string{static_cast<char>(bytes.size()), 0, 0, 0} + std::string(bytes);
-}
-
 std::string TextNode(char id, std::string_view text)
 {
     return std::string{id, 0, 1} + Counted(text) + zero;

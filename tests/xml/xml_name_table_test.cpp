@@ -6,6 +6,7 @@
 #include "xml_test_support.h"
 
 using namespace partkeep;
+using namespace xml_test;
 
 namespace {
 
@@ -39,11 +40,10 @@ TEST(XmlNameTable, TellsTheNamesOfALargeBucketApart)
 
 TEST(XmlNameTable, DecodesTheArrayAndItsExtensionCells)
 {
-    const std::string cell = std::string("\1\0\0\0x", 5) + std::string(xml_address_width, '\0');
+    const std::string cell = Counted("x") + std::string(xml_address_width, '\0');
     const char* cell_address = cell.data();
-    const std::string array = std::string{0, 0, '\xFF', 10 + xml_address_width, 0, 0, 0} +
-                              std::string("\1\0\0\0x\1\0\0\0y", 10) +
-                              std::string(reinterpret_cast<const char*>(&cell_address), sizeof cell_address);
+    const std::string link(reinterpret_cast<const char*>(&cell_address), sizeof cell_address);
+    const std::string array = std::string{0, 0, '\xFF'} + Counted(Counted("x") + Counted("y") + link);
     CXmlNameTable table;
     const auto* bytes = reinterpret_cast<const std::byte*>(array.data());
     EXPECT_STREQ(table.NameOf(2, bytes), "y");

@@ -65,19 +65,22 @@ inline partkeep::CXmlElement TextLeaf(const char* name, std::string_view text, s
     return {name, partkeep::CXmlString(text), code_page};
 }
 
+// With its length in front, as a text stands in a block.
+inline std::string Counted(std::string_view bytes)
+{
+    return std::string{static_cast<char>(bytes.size()), 0, 0, 0} + std::string(bytes);
+}
+
 // An array of texts that all stand in it.
 inline partkeep::CXmlElement TextArray(const char* name, std::initializer_list<std::string_view> texts)
 {
-    const auto counted = [](std::string_view bytes) {
-        return std::string{static_cast<char>(bytes.size()), 0, 0, 0} + std::string(bytes);
-    };
     std::string items;
     for (const std::string_view text : texts) {
-        items += counted(text);
+        items += Counted(text);
     }
     const auto kind = static_cast<partkeep::XmlKind>(-static_cast<int>(partkeep::XmlKind::Text));
     items.append(partkeep::xml_address_width, '\0');
-    return partkeep::CXmlElement(partkeep::MakeFixedBlock(name, kind, counted(items), 932));
+    return partkeep::CXmlElement(partkeep::MakeFixedBlock(name, kind, Counted(items), 932));
 }
 
 } // namespace xml_test
