@@ -15,11 +15,7 @@ extern "C" int FuzzXmlReaderModel(const unsigned char* data, std::size_t size);
 namespace {
 
 // What stands between other elements, by what it should have been, and what it leaves of itself there.
-const struct {
-    const char* production;
-    std::string text;
-    std::string left;
-} pieces[] = {
+const std::tuple<const char*, std::string, std::string> pieces[] = {
     {"empty element", "<b/>", "<b/>"},
     {"empty element, a blank for the end", "<b /\n>", "<b/>"},
     {"empty element, two slashes", "<b//>", "<b/>"},
