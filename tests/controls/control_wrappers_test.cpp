@@ -21,28 +21,18 @@ std::array<std::int16_t, max_view_state_values> values;
 ServerTable table{{{{'S', '1'}, {'S', '2'}}}};
 PartAttributeBlocks attributes(u"P1");
 
-// For members without result.
-template <typename Call>
-std::function<Result(Manager&)> None(Call call)
-{
-    return [call](Manager& m) {
-        call(m);
-        return Result();
-    };
-}
-
 const std::vector<Row> rows{
     {ConnectServer, "('S')", [](Manager& m) { return m.ConnectServer(u"S"); }},
-    {DisconnectServer, "()", None([](Manager& m) { m.DisconnectServer(); })},
+    {DisconnectServer, "()", [](Manager& m) { return m.DisconnectServer(), Result(); }},
     {SetTargetFolder, "('F')", [](Manager& m) { return m.SetTargetFolder(u"F"); }},
     {GetPreviewFileTitle, "()", [](Manager& m) { return m.GetPreviewFileTitle(); }},
     {SetDataKind, "(24)", [](Manager& m) { return m.SetDataKind(24); }},
     {GetLastStatus, "()", [](Manager& m) { return m.GetLastStatus(); }},
     {GetCurrentServer, "()", [](Manager& m) { return m.GetCurrentServer(); }},
-    {SetCurrentServer, "('S')", None([](Manager& m) { m.SetCurrentServer(u"S"); })},
-    {SetDisplayUnit, "(1)", None([](Manager& m) { m.SetDisplayUnit(1); })},
-    {SelectNextServer, "()", None([](Manager& m) { m.SelectNextServer(); })},
-    {OpenFolderSelection, "()", None([](Manager& m) { m.OpenFolderSelection(); })},
+    {SetCurrentServer, "('S')", [](Manager& m) { return m.SetCurrentServer(u"S"), Result(); }},
+    {SetDisplayUnit, "(1)", [](Manager& m) { return m.SetDisplayUnit(1), Result(); }},
+    {SelectNextServer, "()", [](Manager& m) { return m.SelectNextServer(), Result(); }},
+    {OpenFolderSelection, "()", [](Manager& m) { return m.OpenFolderSelection(), Result(); }},
     {SetCurrentFolder, "('F')", [](Manager& m) { return m.SetCurrentFolder(u"F"); }},
     {GetCurrentFolder, "()", [](Manager& m) { return m.GetCurrentFolder(); }},
     {RefreshPartList, "()", [](Manager& m) { return m.RefreshPartList(); }},
@@ -50,7 +40,7 @@ const std::vector<Row> rows{
     {SetServerList, "('S1', 'S2')", [](Manager& m) { return m.SetServerList(table); }},
     {GetViewState, "()", [](Manager& m) { return m.GetViewState(values.data()); }},
     {GetViewStateCount, "()", [](Manager& m) { return m.GetViewStateCount(); }},
-    {SetViewState, "()", None([](Manager& m) { m.SetViewState(values.data()); })},
+    {SetViewState, "()", [](Manager& m) { return m.SetViewState(values.data()), Result(); }},
     {SetPartFilter, "(10)", [](Manager& m) { return m.SetPartFilter(10); }},
     {ReadPartImage, "('W', 'PNG')", [](Manager& m) { return m.ReadPartImage(u"W", block.data(), values.data()); }},
     {MoveFocus, "(15)", [](Manager& m) { return m.MoveFocus(15); }},
