@@ -46,6 +46,9 @@ protected:
         DestroyWindow(host);
         UnregisterSiteWindows(module);
         TheProcessValues() = {};
+        for (const std::string& line : stand_in.recorder.lines) {
+            EXPECT_FALSE(line.ends_with("bad types")) << line << ", by the contract's table";
+        }
         const auto& [windows_left, gdi_objects_left, com_objects_left] = TheLiveCounts();
         EXPECT_EQ((std::array<int, 4>{windows_left, gdi_objects_left, com_objects_left, stand_in.controls}),
                   (std::array<int, 4>{}));

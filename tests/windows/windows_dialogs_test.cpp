@@ -15,13 +15,6 @@ TEST_F(WindowsDialogs, DoWhatEveryFrontEndDoes)
     CheckDialogWindows(windows);
 }
 
-RECT FrameOf(HWND window)
-{
-    RECT frame;
-    GetWindowRect(window, &frame);
-    return frame;
-}
-
 TEST_F(WindowsDialogs, KeysMeanTheSameOnEveryControl)
 {
     // Behind each row, what has been loaded until then.
@@ -40,37 +33,30 @@ TEST_F(WindowsDialogs, KeysMeanTheSameOnEveryControl)
     }
 }
 
-TEST_F(WindowsDialogs, CtrlASelectsAllInMultiSelectionOnly)
+TEST_F(WindowsDialogs, CtrlASelectsAllInMultiSelectionOnlyAndTabWalksThroughTheBrowser)
 {
     for (const bool multi : {true, false}) {
         stand_in.recorder.lines.clear();
         Run(multi, [&](DialogDriver& driver, HWND dialog) {
             driver.WaitForFocus(dialog, RES_BROWSER);
             driver.KeyWithControl('A', [&] { return Called(multi ? "SelectAllParts(1)" : "takes key 65"); });
+            const auto answer = [this](std::int16_t number) {
+                Between([=, this] { stand_in.script.On(BrowserOperation::MoveFocus, ControlResult(number)); });
+            };
+            answer(1);
+            driver.Key(VK_TAB); // the browser keeps it
+            driver.Until("the first answer", [&] { return Called("MoveFocus(1)"); });
+            driver.WaitForFocus(dialog, RES_BROWSER);
+            answer(0);
+            driver.Key(VK_TAB);
+            driver.WaitForFocus(dialog, RES_UNIT);
+            driver.Focus(dialog, RES_LOAD);
+            driver.Key(VK_TAB);
+            driver.WaitForFocus(dialog, RES_CANCEL); // the dialog's own order
             driver.Leave(dialog, VK_ESCAPE);
         });
         EXPECT_EQ(Called("SelectAllParts(1)"), multi);
     }
-}
-
-TEST_F(WindowsDialogs, TabWalksThroughTheBrowserAndBack)
-{
-    Run(false, [&](DialogDriver& driver, HWND dialog) {
-        const auto answer = [this](std::int16_t number) {
-            Between([=, this] { stand_in.script.On(BrowserOperation::MoveFocus, ControlResult(number)); });
-        };
-        answer(1);
-        driver.Key(VK_TAB); // the browser keeps it
-        driver.Until("the first answer", [&] { return Called("MoveFocus(1)"); });
-        driver.WaitForFocus(dialog, RES_BROWSER);
-        answer(0);
-        driver.Key(VK_TAB);
-        driver.WaitForFocus(dialog, RES_UNIT);
-        driver.Focus(dialog, RES_LOAD);
-        driver.Key(VK_TAB);
-        driver.WaitForFocus(dialog, RES_CANCEL); // the dialog's own order
-        driver.Leave(dialog, VK_ESCAPE);
-    });
 }
 
 TEST_F(WindowsDialogs, AddListsPartsWhoseQuantitiesChangeAndLoadTakesThem)
@@ -82,9 +68,10 @@ TEST_F(WindowsDialogs, AddListsPartsWhoseQuantitiesChangeAndLoadTakesThem)
         driver.Until("three rows", [&] { return SendMessageW(list, LVM_GETITEMCOUNT, 0, 0) == 3; });
         driver.WaitForFocus(dialog, RES_ADD);
         for (const int id : {RES_BROWSER, RES_ADD, RES_LOAD, RES_CANCEL}) {
-            RECT shared;
-            const RECT places[]{FrameOf(GetDlgItem(dialog, id)), FrameOf(list_window)};
-            EXPECT_FALSE(IntersectRect(&shared, &places[0], &places[1])) << id;
+            RECT places[3];
+            GetWindowRect(GetDlgItem(dialog, id), &places[0]);
+            GetWindowRect(list_window, &places[1]);
+            EXPECT_FALSE(IntersectRect(&places[2], &places[0], &places[1])) << id;
         }
         SetFocus(list);
         driver.Click(list, 20, 30);
@@ -119,10 +106,10 @@ TEST_F(WindowsDialogs, AddListsPartsWhoseQuantitiesChangeAndLoadTakesThem)
         driver.Press(dialog, RES_LOAD);
     });
     ASSERT_EQ(Count(), 3);
-    std::u16string path, name, quantity;
-    object.GetPartInfo(0, nullptr, nullptr, &path, nullptr, nullptr, &name, nullptr, nullptr, nullptr, nullptr, nullptr,
+    std::u16string server, place, path, name, quantity;
+    object.GetPartInfo(0, &server, &place, &path, nullptr, nullptr, &name, nullptr, nullptr, nullptr, nullptr, nullptr,
                        &quantity);
-    EXPECT_EQ(name, u"ALPHA");
+    EXPECT_EQ(server + u"|" + place + u"|" + name, u"SERVER1|FOLDER1|ALPHA");
     EXPECT_EQ(quantity, u"007");
     EXPECT_TRUE(path.ends_with(u"\\ALPHA.iga"));
 }
@@ -165,33 +152,20 @@ TEST_F(WindowsDialogs, NoBrowserGivesAMessageAndADialogThatCloses)
     EXPECT_EQ(object.InvokePartkeep(), HostResult::False);
 }
 
-// The stand-in compares what arrives with the contract's table.
-TEST_F(WindowsDialogs, EveryOperationArrivesWithTheContractsTypes)
+TEST_F(WindowsDialogs, AHiddenControlReadsAPartWithoutADialog)
 {
-    const std::unique_ptr<IHostedControl> control = controls.CreateHidden(part_browser_class_id, 12033342, 100, 100);
-    ASSERT_NE(control, nullptr);
-    std::vector<std::int16_t> block(max_view_state_values);
-    for (const OperationSignature& signature : browser_signatures) {
-        std::vector<ControlArgument> arguments;
-        for (const ControlType type : signature.arguments) {
-            arguments.push_back({type, static_cast<void*>(block.data())});
-            if (type == ControlType::Text) {
-                arguments.back().value = std::u16string_view(u"部品");
-            } else if (type == ControlType::Int16) {
-                arguments.back().value = std::int16_t{2};
-            }
-        }
-        const auto id = static_cast<std::int32_t>(signature.operation);
-        const ControlResult result = control->Invoke(id, InvokeKind::Method, arguments, signature.result);
-        const std::string line = stand_in.recorder.lines.back();
-        EXPECT_TRUE(line.starts_with(std::string(signature.name) + "(")) << line;
-        EXPECT_EQ(line.find("bad types"), std::string::npos) << line;
-        EXPECT_EQ(std::ranges::count(signature.arguments, ControlType::Text) != 0,
-                  line.find("'部品'") != std::string::npos)
-            << line;
-        EXPECT_EQ(std::holds_alternative<std::u16string>(result), signature.result == ControlType::Text) << line;
-    }
-    EXPECT_EQ(stand_in.recorder.lines.size(), browser_signatures.size());
+    stand_in.script.selection = {{u"部品", u"", u"", 15000, u"SPCC", u"M1", u"note"}};
+    std::u16string file, name, comment, material, quantity;
+    double thickness = 0;
+    CRecordingMessages noted(stand_in.recorder); // nobody is there to answer one
+    PartkeepReadImpl reader{HostServices{registry, noted, controls, windows}};
+    EXPECT_EQ(reader.ReadCADDataForTessara(u"SERVER1", u"FOLDER1", u"部品", u"", &file, &name, &comment, &material,
+                                           &thickness, &quantity),
+              HostResult::Ok);
+    EXPECT_EQ(file, folder.Core(u"Work\\部品.iga"));
+    EXPECT_EQ(comment + u"|" + material + u"|" + quantity, u"note|SPCC|1");
+    EXPECT_EQ(thickness, 15000);
+    EXPECT_EQ(stand_in.recorder.lines.back(), "CopyPartFiles('SERVER1', 'FOLDER1\\部品')");
 }
 
 TEST_F(WindowsDialogs, NoControlIsMadeWhereItsPointersWouldBeMarshalled)
