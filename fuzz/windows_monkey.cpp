@@ -209,7 +209,7 @@ private:
         if (choice < 3) {
             StandIn::Pump();
         } else if (choice < 5) {
-            stand_in_.Fire(DISPID_CLICK);
+            stand_in_.fire(DISPID_CLICK);
         } else if (choice == 6) {
             stand_in_.callStatus = E_FAIL;
         }
@@ -275,7 +275,7 @@ private:
         Note("select " + std::to_string(count));
         if (stand_in_.browserWindow != nullptr && Below(4) != 0) {
             PostMessageW(stand_in_.browserWindow, WM_RBUTTONDOWN, MK_RBUTTON, 0);
-            stand_in_.Fire(DISPID_CLICK);
+            stand_in_.fire(DISPID_CLICK);
         }
     }
 

@@ -16,9 +16,7 @@ namespace {
 constexpr IID event_interface{0x7E570001, 0x57A9, 0x4D11, {0x8F, 1, 2, 3, 4, 5, 6, 7}};
 constexpr wchar_t window_class[] = L"PartkeepStandIn";
 
-class Control;
 StandIn* stand_in = nullptr;
-Control* live_browser = nullptr;
 
 ControlArgument ArgumentOf(const VARIANT& variant)
 {
@@ -84,7 +82,7 @@ public:
         return left;
     }
 
-    void Fire(long event)
+    void Fire(DISPID event) const
     {
         DISPPARAMS none{};
         if (sink_) {
@@ -142,7 +140,8 @@ public:
                             area->right - area->left, area->bottom - area->top, parent, nullptr, nullptr, nullptr);
         if (browser_) {
             stand_in->browserWindow = window_;
-            live_browser = this;
+            stand_in->fire = [this](DISPID event) { Fire(event); };
+            stand_in->ambient = [this](DISPID property) { return Ambient(property); };
         }
         return S_OK;
     }
@@ -250,7 +249,7 @@ LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM word, LPARAM 
             script.selection.push_back(script.list[row]);
         }
     }
-    live_browser->Fire(DISPID_CLICK);
+    stand_in->fire(DISPID_CLICK);
     return 0;
 }
 
@@ -323,11 +322,6 @@ void StandIn::Withdraw(Kind kind)
     CoRevokeClassObject(std::exchange(offered[kind], 0));
 }
 
-VARIANT StandIn::Ambient(DISPID property) const
-{
-    return live_browser->Ambient(property);
-}
-
 void StandIn::Pump()
 {
     MSG message;
@@ -335,11 +329,6 @@ void StandIn::Pump()
         TranslateMessage(&message);
         DispatchMessageW(&message);
     }
-}
-
-void StandIn::Fire(long dispatch_id) const
-{
-    live_browser->Fire(dispatch_id);
 }
 
 } // namespace partkeep

@@ -17,15 +17,15 @@ struct StandIn {
     enum Kind { Browser, Picture };
     void Offer(Kind kind); // both are at the beginning
     void Withdraw(Kind kind);
-    void Fire(long dispatch_id) const;                    // from the browser that lives
-    [[nodiscard]] VARIANT Ambient(DISPID property) const; // as the browser that lives gets it from its container
 
     Recorder recorder; // each call that reached a control, with a note where its types were not the contract's
     ControlScript script{recorder};
     HRESULT callStatus = S_OK; // of the browser's next call; a refused one answers nothing
     int controls = 0;          // of the component model, alive
     HWND browserWindow = nullptr;
-    DWORD offered[2]{}; // cookies of the class objects, 0 for none
+    std::function<void(DISPID)> fire;       // an event, from the browser that lives
+    std::function<VARIANT(DISPID)> ambient; // a property, as the browser that lives gets it from its container
+    DWORD offered[2]{};                     // cookies of the class objects, 0 for none
 
     static void Pump(); // what is in this thread's queue
 

@@ -168,7 +168,7 @@ protected:
         const std::string call = busy == Busy::Click ? "ReadPartAttributes" : "CopyPartFiles";
         script.onCall = [this, call] { stand_in.recorder.lines.back().starts_with(call) ? PostPair() : void(); };
         SetTimer(host, turn_timer, 10, nullptr);
-        busy == Busy::Click ? stand_in.Fire(DISPID_CLICK) : Press(Dialog(), busy == Busy::Load ? RES_LOAD : RES_ADD);
+        busy == Busy::Click ? stand_in.fire(DISPID_CLICK) : Press(Dialog(), busy == Busy::Load ? RES_LOAD : RES_ADD);
     }
     // Once the queue is empty, in whatever loop runs by then.
     virtual void Turn()
@@ -272,7 +272,7 @@ protected:
     {
         SetTimer(host, turn_timer, 10, nullptr); // for messages, and to leave what is still open
         script.selection = {script.list[0]};
-        stand_in.Fire(DISPID_CLICK);
+        stand_in.fire(DISPID_CLICK);
         Press(Dialog(), RES_ADD);
         script.selection = {script.list[1]};
         Press(Dialog(), RES_LOAD);
@@ -321,7 +321,7 @@ TEST_F(EventInACall, LeavesTheRunWhole)
     ASSERT_GT(calls, 30);
     ASSERT_EQ(parts, 2);
     const std::tuple<const char*, LONG, std::function<void()>> rows[]{
-        {"click", 2, [this] { stand_in.Fire(DISPID_CLICK); }},
+        {"click", 2, [this] { stand_in.fire(DISPID_CLICK); }},
         {"cancel", -1, [] { SendMessageW(Dialog(), WM_COMMAND, IDCANCEL, 0); }},
         {"close", -1, [] { SendMessageW(Dialog(), WM_CLOSE, 0, 0); }},
         {"the owner goes", -1,
