@@ -13,14 +13,6 @@
 namespace partkeep {
 namespace {
 
-double ScreenScale()
-{
-    HDC screen = GetDC(nullptr);
-    const double scale = GetDeviceCaps(screen, LOGPIXELSX) / 96.0;
-    ReleaseDC(nullptr, screen);
-    return scale;
-}
-
 std::array<LONG, 4> Sides(const RECT& area)
 {
     return {area.left, area.top, area.right, area.bottom};
@@ -47,7 +39,9 @@ TEST_F(WindowsDialogs, StartUpLaysOutTheSelectionDialog)
         {"button", RES_CANCEL, 0, {696, 527, 777, 551.4}}};
     Run(false, [&](DialogDriver& driver, HWND dialog) {
         driver.SavePicture(dialog, "selection");
-        const double scale = ScreenScale();
+        HDC screen = GetDC(nullptr);
+        const double scale = GetDeviceCaps(screen, LOGPIXELSX) / 96.0;
+        ReleaseDC(nullptr, screen);
         std::vector<HWND> children;
         for (HWND child = GetWindow(dialog, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
             children.push_back(IsWindowVisible(child) ? child : nullptr);
@@ -196,8 +190,7 @@ TEST_F(WindowsDialogs, NothingLeaksOverFiftyRuns)
             EXPECT_EQ(ColorAt(dialog, 30, row), RGB(255, 0, 0));
             driver.Leave(dialog, VK_ESCAPE);
         });
-        HBRUSH brush = CreateSolidBrush(0);
-        EXPECT_TRUE(DeleteObject(brush)) << "there is room for drawing objects";
+        EXPECT_TRUE(DeleteObject(CreateSolidBrush(0))) << "there is room for drawing objects";
     }
     EXPECT_EQ(RoomForBlocks(), room);
 }
