@@ -91,12 +91,7 @@ bool IsDrawn(const DibForm& form)
 
 class FormWriter {
 public:
-    explicit FormWriter(const DibForm& form)
-        : form_(form), random_(static_cast<unsigned>(form.bits)),
-          columns_(form.width > 0 && form.width <= 64 ? static_cast<int>(form.width) : 11),
-          rows_(std::abs(form.height) <= 64 ? static_cast<int>(std::abs(form.height)) : 7)
-    {
-    }
+    explicit FormWriter(const DibForm& form) : form_(form) {}
 
     SampleFile Write()
     {
@@ -156,10 +151,10 @@ private:
     }
 
     const DibForm form_;
-    std::mt19937 random_;
+    std::mt19937 random_{static_cast<unsigned>(form_.bits)};
     SampleFile file_;
-    int columns_;
-    int rows_;
+    int columns_ = form_.width > 0 && form_.width <= 64 ? static_cast<int>(form_.width) : 11;
+    int rows_ = std::abs(form_.height) <= 64 ? static_cast<int>(std::abs(form_.height)) : 7;
 };
 
 } // namespace

@@ -28,10 +28,9 @@ DibFigures ReadPlainly(const std::byte* header)
 }
 
 struct PlainDecoder {
-    PlainDecoder(const DibView& view, const DibFigures& told)
-        : bitmap(view), figures(told), picture(figures.width, figures.height)
-    {
-    }
+    const DibView& bitmap;
+    const DibFigures figures;
+    Picture picture{figures.width, figures.height};
 
     Picture Decode()
     {
@@ -130,17 +129,13 @@ struct PlainDecoder {
             at += (follow + 1) / 2 * 2;
         }
     }
-
-    const DibView& bitmap;
-    DibFigures figures;
-    Picture picture;
 };
 
 } // namespace
 
 Picture DecodePlainly(const DibView& bitmap)
 {
-    return PlainDecoder(bitmap, ReadPlainly(bitmap.header.data())).Decode();
+    return PlainDecoder{bitmap, ReadPlainly(bitmap.header.data())}.Decode();
 }
 
 PaletteHandle RasterContext::SelectPalette(PaletteHandle palette, bool background)
@@ -169,7 +164,7 @@ int RasterContext::StretchDIBits(const Rect& target, const Rect& source, const D
 // Each target pixel takes the source pixel under its centre. Unmirrored.
 void RasterContext::Copy(const Rect& target, const Rect& source, const DibView& bitmap)
 {
-    Picture picture = PlainDecoder(bitmap, *ReadDibFigures(bitmap.header)).Decode();
+    Picture picture = PlainDecoder{bitmap, *ReadDibFigures(bitmap.header)}.Decode();
     const double across = double(source.right - double(source.left)) / (target.right - double(target.left));
     const double up = double(source.bottom - double(source.top)) / (target.bottom - double(target.top));
     for (int y = std::max(0, target.top); y < std::min(canvas.height, target.bottom); ++y) {
