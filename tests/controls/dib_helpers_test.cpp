@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace partkeep {
 namespace {
 
@@ -155,14 +157,11 @@ TEST(CreateDibPalette, CopiesTheTableOfFileAndBareBitmap)
             ASSERT_EQ(palette.entries.size(), colors) << form.Label();
             palette.answer = false;
             EXPECT_EQ(CreateDIBPalette(block.handle, &palette), 0);
-            const bool core = form.header_bytes == 12;
             for (std::size_t index = 0; index < colors; ++index) {
-                const std::size_t at = core ? 12 + 3 * index : 40 + 4 * index;
-                const PaletteEntry& entry = palette.entries[index];
-                EXPECT_EQ(entry.blue, std::to_integer<unsigned>(view.header[at]));
-                EXPECT_EQ(entry.green, std::to_integer<unsigned>(view.header[at + 1]));
-                EXPECT_EQ(entry.red, std::to_integer<unsigned>(view.header[at + 2]));
-                EXPECT_EQ(entry.flags, 0);
+                const std::size_t at = form.header_bytes == 12 ? 12 + 3 * index : 40 + 4 * index;
+                const auto& [red, green, blue, flags] = palette.entries[index];
+                EXPECT_EQ((std::array{std::byte{blue}, std::byte{green}, std::byte{red}, std::byte{flags}}),
+                          (std::array{view.header[at], view.header[at + 1], view.header[at + 2], std::byte{0}}));
             }
         }
     }
@@ -183,9 +182,7 @@ TEST(CreateDibPalette, FailsWithoutMemoryAndWithoutArguments)
     EXPECT_NE(CreateDIBPalette(block.handle, &palette), 0);
     held.back() = AllocateBlock(1); // the palette's own block was freed
     EXPECT_NE(held.back(), nullptr);
-    for (MemoryHandle handle : held) {
-        FreeBlock(handle);
-    }
+    std::ranges::for_each(held, FreeBlock);
 }
 
 } // namespace
