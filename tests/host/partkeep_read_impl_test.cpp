@@ -73,7 +73,7 @@ protected:
     PartkeepReadImpl object{services};
 };
 
-TEST_F(HostObject, AnswersForAnEmptyList)
+TEST_F(HostObject, BeginsEmptyRunsTheDialogAndKeepsWhatItBrings)
 {
     std::u16string text = u"before";
     double thickness = 7.0;
@@ -84,10 +84,6 @@ TEST_F(HostObject, AnswersForAnEmptyList)
     EXPECT_EQ(thickness, 7.0);
     EXPECT_EQ(NameAt(0), u"");
     EXPECT_EQ(object.NumberOfPartsSelected(nullptr), HostResult::Ok);
-}
-
-TEST_F(HostObject, RunsTheDialogAndKeepsWhatItBrings)
-{
     const std::tuple<const char*, std::optional<std::int32_t>, std::vector<std::u16string>, HostResult, std::int32_t>
         rows[] = {
             {"cancelled", {}, {}, HostResult::False, 0},
@@ -110,7 +106,6 @@ TEST_F(HostObject, RunsTheDialogAndKeepsWhatItBrings)
     }
 
     std::u16string file, name, comment, material, quantity;
-    double thickness = 0.0;
     EXPECT_EQ(object.GetSelectedPartInfo(&file, &name, &comment, &material, &thickness, &quantity), HostResult::Ok);
     EXPECT_EQ(name + comment + material + quantity, u"A2cSUS1"); // the first record ever, not the latest
     EXPECT_EQ(thickness, 3.2);
