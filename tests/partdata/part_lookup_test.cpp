@@ -7,8 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 namespace partkeep {
 namespace {
 
@@ -87,23 +85,6 @@ TEST_F(PartLookup, NarrowTextIsInTheSystemsCodePage)
     EXPECT_TRUE(lookup_.StagePart(0, u"F", u"1", record_));
     EXPECT_EQ(record_.PartName + record_.PartComment, name + name);
     SetSystemCodePage(utf8_code_page);
-}
-
-// A browser that fills its buffers to the last byte and ends no text.
-TEST_F(PartLookup, UnendedTextsAreCutAtTheBuffers)
-{
-    const auto fill = [](ControlScript::Arguments in, std::initializer_list<std::size_t> positions) {
-        for (const std::size_t position : positions) {
-            std::memset(std::get<void*>(in[position].value), 'x', long_text_bytes);
-        }
-        return ControlResult{std::int16_t{-1}};
-    };
-    script_.On(BrowserOperation::GetSelectedPart, [fill](auto in) { return fill(in, {1, 2, 3}); });
-    script_.On(BrowserOperation::ReadPartAttributes, [fill](auto in) { return fill(in, {6, 7, 8, 11}); });
-    ASSERT_TRUE(lookup_.StagePart(0, u"F", u"1", record_));
-    const std::u16string longest(long_text_bytes - 1, u'x');
-    EXPECT_EQ(record_.PartName, longest);
-    EXPECT_EQ(record_.MaterialType + record_.MachineName + record_.PartComment, longest + longest + longest);
 }
 
 } // namespace

@@ -131,13 +131,17 @@ TEST_F(BrowserClick, SurvivesABrowserThatKnowsNothingOrTooMuch)
     browser.On(BrowserOperation::GetSelectedPart, ControlResult(std::int32_t{0}));
     EXPECT_EQ(LinesOf(click), Steps(blanking + "GetSelectedPart(0); 101: EndWait"));
 
-    browser.On(BrowserOperation::GetSelectedPart, [](ControlScript::Arguments in) -> ControlResult {
+    std::size_t bytes = short_text_bytes;
+    browser.On(BrowserOperation::GetSelectedPart, [&bytes](ControlScript::Arguments in) -> ControlResult {
         for (const ControlArgument& text : in.subspan(1)) {
-            std::fill_n(static_cast<char*>(std::get<void*>(text.value)), short_text_bytes, 'x');
+            std::fill_n(static_cast<char*>(std::get<void*>(text.value)), bytes, 'x');
         }
         return std::int32_t{1};
     });
     EXPECT_EQ(Only(LinesOf(click), "101: SetText 203 'x"), Lines{"101: SetText 203 '" + std::string(99, 'x') + "'"});
+    bytes = long_text_bytes;
+    EXPECT_EQ(Only(LinesOf(user::Press(RES_ADD)), "250: InsertRow"),
+              Lines{"250: InsertRow 233 0 '" + std::string(long_text_bytes - 1, 'x') + "'"});
 }
 
 TEST_F(BrowserClick, WithoutMemoryShowsTextAlone)
