@@ -32,12 +32,11 @@ protected:
 
     void Add(std::u16string name, std::u16string folder = u"F", std::u16string quantity = u"1")
     {
-        PartRecord part;
+        PartRecord& part = dialog_.selectedParts.emplace_back();
         part.PartName = std::move(name);
         part.serverName = u"S";
         part.folderName = std::move(folder);
         part.Qty = std::move(quantity);
-        dialog_.selectedParts.push_back(part);
         dialog_.AddLastPartRow();
     }
 
@@ -93,12 +92,8 @@ TEST_F(SelectedParts, KeysWorkTheList)
     const auto add = [this](const char16_t* name) { return [=, this](CScriptedWindow&) { Add(name); }; };
     const UserAction remove = user::Key(key_delete);
     const UserAction back = user::Key(key_z, true);
-    const struct {
-        const char* label;
-        std::vector<UserAction> plays;
-        const char16_t* names;
-        const char* focus; // where keys go on, as it was told last
-    } rows[] = {
+    // Behind what is played, the names, and where keys go on, as it was told last.
+    const std::tuple<const char*, std::vector<UserAction>, const char16_t*, const char*> rows[] = {
         {"nothing selected", {remove, back}, u"ABCDE", ""},
         {"nothing selected, by the button", {user::Press(RES_REMOVE)}, u"ABCDE", ""},
         {"second and fourth", {select({1, 3}), user::Press(RES_REMOVE)}, u"ACE", "250: FocusRow 233 2"},
@@ -122,14 +117,14 @@ TEST_F(SelectedParts, KeysWorkTheList)
          u"ABCDE",
          ""},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.label);
-        Run([&] {
+    for (const auto& [label, plays, left, told] : rows) {
+        SCOPED_TRACE(label);
+        Run([&, &plays = plays, left = left, told = told] {
             for (const char16_t* name : {u"A", u"B", u"C", u"D", u"E"}) {
                 Add(name);
             }
             recorder_.lines.clear();
-            for (const UserAction& play : row.plays) {
+            for (const UserAction& play : plays) {
                 play(*window_);
             }
             std::string focus;
@@ -141,9 +136,9 @@ TEST_F(SelectedParts, KeysWorkTheList)
             for (const PartRecord& part : dialog_.selectedParts) {
                 names += part.PartName;
             }
-            EXPECT_EQ(names, row.names);
+            EXPECT_EQ(names, left);
             EXPECT_EQ(window_->Text(RES_PARTS_COLLECTED), WidenText(names.empty() ? "" : std::to_string(names.size())));
-            EXPECT_EQ(focus, row.focus);
+            EXPECT_EQ(focus, told);
         });
     }
 }
