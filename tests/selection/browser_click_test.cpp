@@ -6,10 +6,7 @@
 namespace partkeep {
 namespace {
 
-class BrowserClick : public SelectionRun {
-protected:
-    UserAction click = [this](CScriptedWindow&) { browser.FireClick(); };
-};
+using BrowserClick = SelectionRun;
 
 const std::string blanking =
     "101: Invalidate; 101: BeginWait; 101: ShowControl 211 off; 101: panel 1 Show on; put 1 ''; "

@@ -236,11 +236,11 @@ TEST_F(EventDoor, AnyEventInsideAnyCallLeavesTheRunWhole)
 {
     ASSERT_EQ(RunWhole(), id_ok);
     const auto calls = std::ranges::count_if(recorder.lines, [](const auto& line) { return line.ends_with(")"); });
-    const std::pair<const char*, std::function<void(CScriptedWindow&)>> events[] = {
-        {"click", [this](CScriptedWindow&) { browser.FireClick(); }},
-        {"click for good", [this](CScriptedWindow&) { browser.FireClick(); }},
+    const std::pair<const char*, UserAction> events[] = {
+        {"click", click},
+        {"click for good", click},
         {"cancel", [](CScriptedWindow& window) { window.Events().OnCommand(id_cancel); }},
-        {"paint", [](CScriptedWindow& window) { window.Paint(); }},
+        {"paint", [](CScriptedWindow& window) { window.Events().OnPaint(); }},
         {"destroy", [](CScriptedWindow& window) { window.Destroy(); }},
         {"failure", [](CScriptedWindow&) { throw std::bad_alloc(); }},
     };

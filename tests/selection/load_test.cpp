@@ -186,8 +186,7 @@ TEST_F(Load, SavesTheOptionsAndClearsTheTemporaryFoldersBeforeTheWindowGoes)
 
 TEST_F(Load, SurvivesABrowserThatFailsEverywhereOrAnswersGarbage)
 {
-    std::vector<UserAction> actions = {[this](CScriptedWindow&) { browser.FireClick(); }, user::Press(RES_ADD),
-                                       user::Press(RES_LOAD)};
+    std::vector<UserAction> actions = {click, user::Press(RES_ADD), user::Press(RES_LOAD)};
     for (const OperationSignature& signature : browser_signatures) {
         browser.On(signature.operation, ControlResult());
     }

@@ -16,7 +16,7 @@ TEST_F(StartUp, TakesItsStepsInTheirOrder)
     Lines lines;
     Run({[&](CScriptedWindow& window) {
              lines = recorder.Take();
-             EXPECT_EQ(window.ToolTip(32776), u"MARVEN");
+             EXPECT_EQ(window.Events().ToolTipText(32776), u"MARVEN");
          },
          user::Press(id_cancel)});
     EXPECT_EQ(
@@ -45,16 +45,15 @@ TEST_F(StartUp, TakesItsStepsInTheirOrder)
 
 TEST_F(StartUp, TakesFromTheSettingsFilesWhatTheyHold)
 {
-    struct Row {
+    const std::string nowhere = "ConnectServer(''); SetCurrentServer('')";
+    const struct {
         const char* label;
         const char* servers;
         const char* options;
         std::string calls; // "/" stands for the usual unit and filter, "+" for a step to the next server
         int tool = 32773;  // 0: none is pressed
         int prompt = 0;
-    };
-    const std::string nowhere = "ConnectServer(''); SetCurrentServer('')";
-    const Row rows[] = {
+    } rows[] = {
         {"no files", nullptr, nullptr, "/SetServerList(); " + nowhere},
         {"filter outside the table", "", "<FilterState>7</FilterState>",
          "SetDisplayUnit(0); SetPartFilter(-1); SetServerList(); " + nowhere, 0},
@@ -72,7 +71,7 @@ TEST_F(StartUp, TakesFromTheSettingsFilesWhatTheyHold)
         {"case of a server counts", "a\n-9999\nmetric\nA\n-9999\n0\n", "",
          "/SetServerList('A', 'a'); ConnectServer('a'); SetCurrentServer('a')+"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.label);
         if (row.servers != nullptr) {
             WriteServers(row.servers);
@@ -108,7 +107,7 @@ TEST_F(StartUp, OpensWithoutABrowserAndAnswersEverything)
             window.PressKey({key, true, false});
         }
         window.ChooseEntry(RES_UNIT, 1);
-        window.Paint();
+        window.Events().OnPaint();
         EXPECT_EQ(Messages(recorder.Take()), select_parts + "|" + select_parts + "|" + select_parts);
     };
     EXPECT_EQ(Run({work, user::Key(key_escape)}), id_cancel);
@@ -120,7 +119,7 @@ TEST_F(StartUp, OpensWithoutABrowserAndAnswersEverything)
 
 TEST_F(StartUp, PaintTellsTheBrowserAndItsSecondEventDoesNothing)
 {
-    EXPECT_EQ(LinesOf([](CScriptedWindow& window) { window.Paint(); }), Lines{"MoveFocus(15)"});
+    EXPECT_EQ(LinesOf([](CScriptedWindow& window) { window.Events().OnPaint(); }), Lines{"MoveFocus(15)"});
     EXPECT_EQ(LinesOf([this](CScriptedWindow&) { browser.Fire(BrowserEvent::Second); }), Lines{});
 }
 
@@ -132,7 +131,7 @@ TEST_F(StartUp, CancelSavesTheServerListAndNothingElse)
         file_at_disconnect = ReadBytes(folder.Path("Install/kpdservers.ini"));
         return ControlResult();
     });
-    for (const UserAction& way_out : {user::Press(id_cancel), user::Key(key_escape), user::CloseBox()}) {
+    for (const UserAction& way_out : {user::Press(id_cancel), user::Key(key_escape), user::close_box}) {
         WriteServers("");
         EXPECT_EQ(Run({[&](CScriptedWindow&) { recorder.lines.clear(); }, way_out}), id_cancel);
         EXPECT_EQ(recorder.Take(), Steps("101: EndModal 2; GetServerList(); GetCurrentServer(); GetViewStateCount(); "

@@ -7,10 +7,6 @@
 namespace partkeep {
 namespace {
 
-using user::Key;
-using user::Press;
-using user::Type;
-
 class QuantityKeypad : public ::testing::Test {
 protected:
     QuantityKeypad() { TheProcessValues().languageId = 1; }
@@ -44,10 +40,11 @@ TEST_F(QuantityKeypad, ChecksInOrderAndStaysOpenWhenItRefuses)
     for (const auto& [outcome, texts] : rows) {
         for (const std::u16string& text : texts) {
             SCOPED_TRACE(Quoted(text));
-            std::vector<UserAction> actions{[&](auto& window) { window.SetText(RES_QUANTITY, text); }, Press(RES_OK)};
+            std::vector<UserAction> actions{[&](auto& window) { window.SetText(RES_QUANTITY, text); },
+                                            user::Press(RES_OK)};
             if (outcome != accepted) {
                 actions.push_back([&](auto& window) { EXPECT_EQ(window.Text(RES_QUANTITY), text); });
-                actions.push_back(Key(key_escape));
+                actions.push_back(user::Key(key_escape));
             }
             EXPECT_EQ(Run(actions), outcome == accepted ? id_ok : id_cancel);
             EXPECT_EQ(quantity_, text);
@@ -60,11 +57,11 @@ TEST_F(QuantityKeypad, ChecksInOrderAndStaysOpenWhenItRefuses)
 
 TEST_F(QuantityKeypad, ButtonsPutTheirDigitsBehindTheText)
 {
-    std::vector<UserAction> every_button{Type(RES_QUANTITY, u"0 "), Press(RES_OK)}; // is refused, and stays
+    std::vector<UserAction> every_button{user::Type(RES_QUANTITY, u"0 "), user::Press(RES_OK)}; // is refused, and stays
     for (int id = RES_DIGIT_1; id <= RES_DIGIT_0; ++id) {
-        every_button.push_back(Press(id));
+        every_button.push_back(user::Press(id));
     }
-    every_button.push_back(user::CloseBox());
+    every_button.push_back(user::close_box);
     EXPECT_EQ(Run(every_button), id_cancel);
     EXPECT_EQ(quantity_, u"0 123456789000");
 }
@@ -81,7 +78,7 @@ TEST_F(QuantityKeypad, OpensWithTheTextsOfTheLanguageAndAnEmptyField)
         EXPECT_EQ(window.Text(RES_QUANTITY), u"");
         EXPECT_EQ(window.focused, RES_QUANTITY);
     };
-    EXPECT_EQ(Run({look, user::CloseBox()}), id_cancel);
+    EXPECT_EQ(Run({look, user::close_box}), id_cancel);
     windows_.canMakeWindows = false;
     EXPECT_EQ(CQuantityKeypadDlg(door_, nullptr).DoModal(), id_cancel);
 }

@@ -78,7 +78,7 @@ TEST_F(SelectedParts, OpensHiddenAndListsInOrderOfAdding)
         window_->PressButton(RES_REMOVE);
         EXPECT_EQ(Parts(), u"Z|S\\F|1 A|S\\|1 M|S\\x|007 ") << "a call is under way, though no handler is";
         owner_.CallEnds();
-        window_->Paint();
+        window_->Events().OnPaint();
         EXPECT_EQ(Parts(), u"A|S\\|1 M|S\\x|007 ");
     });
 }
@@ -173,7 +173,7 @@ TEST_F(SelectedParts, ChangeQtyGivesAllSelectedRowsTheSameText)
 TEST_F(SelectedParts, EveryWayToCloseItOnlyHidesIt)
 {
     Run([this] {
-        for (const UserAction& close : {user::CloseBox(), user::Key(key_escape), user::Key(key_return)}) {
+        for (const UserAction& close : {user::close_box, user::Key(key_escape), user::Key(key_return)}) {
             Add(u"A");
             dialog_.Show();
             window_->PressButton(RES_PARTS_COLLECTED);

@@ -172,6 +172,7 @@ protected:
         return texts;
     }
 
+    const UserAction click = [this](CScriptedWindow&) { browser.FireClick(); };
     CTemporaryFolder folder;
     Recorder recorder;
     ControlScript browser{recorder};

@@ -117,10 +117,7 @@ public:
         }
     }
 
-    void Paint() { events_->OnPaint(); }
-    [[nodiscard]] std::u16string ToolTip(int command) { return events_->ToolTipText(command); }
-
-    // For input that no window lets through to its user: it comes all the same.
+    // For what no user does, and input that no window lets through to its user: it comes all the same.
     [[nodiscard]] IDialogEvents& Events() { return *events_; }
     [[nodiscard]] bool Ended() const { return result_.has_value(); }
 
@@ -312,10 +309,7 @@ inline UserAction Type(int id, std::u16string text)
     return [id, text = std::move(text)](CScriptedWindow& window) { window.TypeText(id, text); };
 }
 
-inline UserAction CloseBox()
-{
-    return [](CScriptedWindow& window) { window.PressCloseBox(); };
-}
+inline const UserAction close_box = [](CScriptedWindow& window) { window.PressCloseBox(); };
 
 } // namespace user
 
