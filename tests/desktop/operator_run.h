@@ -9,9 +9,9 @@
 #include "samples/sample_library.h"
 #include "settings/process_values.h"
 #include "tests/partlibrary/library_fixture.h"
-#include "tests/support/browser_signatures.h"
 #include "tests/support/linux_faults.h"
 #include "tests/support/memory_registry.h"
+#include "tests/support/scripted_control.h"
 #include "tests/support/scripted_window.h"
 
 #include <optional>

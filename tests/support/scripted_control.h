@@ -4,12 +4,35 @@
 // outlives the controls made from it.
 #pragma once
 
-#include "tests/support/browser_signatures.h"
+#include "controls/part_browser_contract.h"
 #include "tests/support/recorder.h"
 
+#include <algorithm>
 #include <map>
 
 namespace partkeep {
+
+// The contract as values, for tests that go over all its operations.
+struct OperationSignature {
+    BrowserOperation operation;
+    const char* name;
+    ControlType result;
+    std::span<const ControlType> arguments;
+};
+
+inline constexpr auto browser_signatures = std::apply(
+    [](auto... row) {
+        return std::array{OperationSignature{BrowserOperation{row.id}, row.name, row.result, row.arguments}...};
+    },
+    browser::contract);
+
+// Null for an id that is not in the contract.
+inline const OperationSignature* FindBrowserSignature(std::int32_t dispatch_id)
+{
+    const auto* found =
+        std::ranges::find(browser_signatures, BrowserOperation{dispatch_id}, &OperationSignature::operation);
+    return found != browser_signatures.end() ? found : nullptr;
+}
 
 struct ScriptedPart {
     std::u16string name{};
