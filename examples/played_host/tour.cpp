@@ -38,6 +38,8 @@ CTour::CTour(QString pictures, QString suffix) : pictures_(std::move(pictures)),
         [this] { OpenInTree("L"); },
         [this] { ClickPart(0); },
         [this] { ClickPart(2, Qt::ControlModifier); },
+        [] {}, // the pictures of the list come in between
+        [] {},
         [this] { Keep(selection_dialog, "selection"); },
         [this] { Click(selection_dialog, quantity_check); },
         [this] { Click(selection_dialog, add_button); }, // ends when the keypad of the next steps has closed
