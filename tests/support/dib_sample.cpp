@@ -230,8 +230,77 @@ TestBlock::TestBlock(std::span<const std::byte> bytes) : handle(AllocateBlock(by
     std::copy(bytes.begin(), bytes.end(), static_cast<std::byte*>(lock.Address()));
 }
 
+namespace {
+
+// What stands in the colour table of the bitmaps whose pixels are written out.
+constexpr std::uint32_t Color(std::uint32_t index)
+{
+    return 0x804000 + 0x10101 * index;
+}
+
+SampleFile FileOf(const DibForm& form, const std::vector<std::uint8_t>& stored)
+{
+    SampleFile file = MakeSampleFile(form);
+    for (std::size_t index = 0; form.bits <= 8 && index < std::size_t{1} << form.bits; ++index) {
+        const std::uint32_t color = Color(static_cast<std::uint32_t>(index));
+        std::memcpy(file.bytes.data() + dib_file_header_bytes + form.header_bytes + index * EntryBytes(form), &color,
+                    3);
+    }
+    file.bytes.resize(file.pixel_offset);
+    std::ranges::transform(stored, std::back_inserter(file.bytes), [](std::uint8_t byte) { return std::byte{byte}; });
+    if (!IsCore(form)) {
+        file.Put(20, static_cast<std::uint32_t>(stored.size()));
+    }
+    return file;
+}
+
+// Held against no decoder: pixels written out, from the top row down.
+void ExpectShowsWhatIsWrittenOut(const PaintOnCanvas& paint)
+{
+    constexpr auto color = Color;
+    const std::tuple<DibForm, std::vector<std::uint8_t>, std::vector<std::uint32_t>> rows[] = {
+        {{.bits = 1, .height = 1, .width = 3}, {0x50, 0, 0, 0}, {color(0), color(1), color(0)}},
+        {{.bits = 1, .header_bytes = 12, .height = 1, .width = 3}, {0x50, 0, 0, 0}, {color(0), color(1), color(0)}},
+        {{.bits = 4, .height = 1, .width = 3}, {0x12, 0x30, 0, 0}, {color(1), color(2), color(3)}},
+        {{.bits = 8, .height = 2, .width = 1}, {5, 0, 0, 0, 6, 0, 0, 0}, {color(6), color(5)}},
+        {{.bits = 8, .height = -2, .width = 1}, {5, 0, 0, 0, 6, 0, 0, 0}, {color(5), color(6)}},
+        {{.bits = 16, .height = 1, .width = 3}, {0, 0x7C, 0xE0, 3, 1, 0, 0, 0}, {0xFF0000, 0xFF00, 8}},
+        {{.height = 1, .width = 2}, {1, 2, 3, 4, 5, 6, 0, 0}, {0x30201, 0x60504}},
+        {{.bits = 32, .height = 1, .width = 1}, {1, 2, 3, 0x99}, {0x30201}},
+        {{.bits = 16, .height = 1, .compression = bit_fields, .width = 3, .masks = {0xF800, 0x7E0, 0x1F}},
+         {0, 0xF8, 0x20, 0, 0x1F, 0, 0, 0},
+         {0xFF0000, 0x400, 0xFF}},
+        {{.bits = 32, .height = 1, .compression = bit_fields, .width = 1, .masks = {0xFF, 0xFF00, 0xFF0000}},
+         {1, 2, 3, 0},
+         {0x10203}},
+        // Three pixels one by one and a run that is too long; then one, two left out, another, and the end before more.
+        {{.bits = 8, .height = 2, .compression = rle8, .width = 4},
+         {0, 3, 2, 1, 2, 0, 9, 1, 0, 0, 1, 5, 0, 2, 2, 0, 1, 6, 0, 1, 4, 7},
+         {color(5), untouched, untouched, color(6), color(2), color(1), color(2), color(1)}},
+        {{.bits = 4, .height = 1, .compression = rle4, .width = 5},
+         {3, 0x12, 0, 3, 0x34, 0x50, 0, 1},
+         {color(1), color(2), color(1), color(3), color(4)}},
+    };
+    for (const auto& [form, stored, pixels] : rows) {
+        const TestBlock block(FileOf(form, stored).bytes);
+        const int width = static_cast<int>(form.width);
+        const int height = static_cast<int>(std::abs(form.height));
+        const Rect whole{0, 0, width, height};
+        const auto draw = [&](IDeviceContext& context) {
+            EXPECT_GT(PaintDIB(context, &whole, block.handle, &whole, nullptr), 0) << form.Label();
+        };
+        RasterContext raster(width, height);
+        draw(raster);
+        EXPECT_EQ(raster.canvas.pixels, pixels) << form.Label();
+        EXPECT_EQ(paint(width, height, draw).pixels, pixels) << form.Label();
+    }
+}
+
+} // namespace
+
 void ExpectShowsAsRaster(std::span<const DibForm> shown_forms, const PaintOnCanvas& paint)
 {
+    ExpectShowsWhatIsWrittenOut(paint);
     // The bitmap's size is odd, so that no centre of a target pixel falls between two pixels: devices differ there.
     constexpr Rect whole{0, 0, 11, 7};
     constexpr std::tuple<const char*, Rect, Rect> rows[] = {

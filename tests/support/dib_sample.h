@@ -1,4 +1,4 @@
-// Bitmaps of every kind, sound and not, each made together with the picture that it has to show, and the one check
+// Bitmaps of every kind, sound and not, with the picture that a decoder of the tests reads from them, and the one check
 // that a device context shows them.
 #pragma once
 
@@ -59,7 +59,8 @@ struct TestBlock {
 using PaintOnCanvas =
     std::function<Picture(int width, int height, const std::function<void(IDeviceContext&)>& painter)>;
 
-// Paints each form whole, in part, enlarged and reduced: the same pixels and a result above 0.
+// Paints each form whole, in part, enlarged and reduced: the same pixels and a result above 0. That the decoder reads
+// them right is held against bitmaps whose pixels are written out; the device context shows these as well.
 void ExpectShowsAsRaster(std::span<const DibForm> shown_forms, const PaintOnCanvas& paint);
 
 } // namespace partkeep
