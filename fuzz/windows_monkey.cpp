@@ -323,12 +323,13 @@ private:
     {
         std::int32_t count = 0;
         object.NumberOfPartsSelected(&count);
-        std::set<std::u16string> seen;
+        std::set<std::u16string> seen; // a server whose name was refused is another one
         for (std::int32_t i = 0; i < count; ++i) {
             PartRecord part;
-            object.GetPartInfo(i, nullptr, nullptr, &part.FilePathName, nullptr, nullptr, &part.PartName, nullptr,
-                               nullptr, nullptr, nullptr, nullptr, &part.Qty);
-            Require(seen.insert(part.PartName).second, "a part is loaded once");
+            object.GetPartInfo(i, &part.serverName, &part.folderName, &part.FilePathName, nullptr, nullptr,
+                               &part.PartName, nullptr, nullptr, nullptr, nullptr, nullptr, &part.Qty);
+            Require(seen.insert(part.serverName + u'\\' + part.folderName + u'\\' + part.PartName).second,
+                    "a part is loaded once");
             Require(std::any_of(script_.list.begin(), script_.list.end(),
                                 [&](const ScriptedPart& listed) { return listed.name == part.PartName; }),
                     "a loaded part is one that was listed");
