@@ -98,7 +98,11 @@ protected:
         return false;
     }
 
-    static void Xdotool(const std::string& words) { ASSERT_EQ(std::system(("xdotool " + words).c_str()), 0) << words; }
+    // Asked where the pointer is, the server has taken all that came before.
+    static void Xdotool(const std::string& words)
+    {
+        ASSERT_EQ(std::system(("xdotool " + words + " getmouselocation >/dev/null").c_str()), 0) << words;
+    }
     // Pressed and let go by hand: a click of the tool's own waits a tenth of a second.
     static constexpr const char* one_click = "mousedown 1 mouseup 1 ";
     static constexpr const char* two_clicks = "mousedown 1 mouseup 1 mousedown 1 mouseup 1 ";
