@@ -6,7 +6,6 @@
 #include "partkeep_read.h"
 
 #include <numeric>
-#include <regex>
 #include <set>
 
 namespace partkeep {
@@ -57,7 +56,11 @@ std::string ServersFile(const std::string& server, const std::string& folder, co
     for (int column = 0; column < 8; ++column) {
         values += " -1 0 0";
     }
-    return std::regex_replace(values + " ", std::regex(" "), "\r\n");
+    std::string lines;
+    for (const char byte : values + " ") {
+        lines += byte == ' ' ? "\r\n" : std::string(1, byte);
+    }
+    return lines;
 }
 
 std::string OptionsFile(bool prompt, int filter)
