@@ -141,6 +141,27 @@ TEST_F(PaneTrouble, ALibraryThatVanishesUnderTheUsersHandsIsNoticed)
     EXPECT_EQ(pane.ProblemLine(), "");
 }
 
+// A part goes, and its library is taken away before anybody has looked.
+TEST_F(PaneTrouble, AListReadAnewShowsAsSelectedWhatIsTold)
+{
+    CPlayedPane pane(libraries_);
+    const std::pair<const char*, std::function<void()>> rows[] = {
+        {"P1", [&] { pane.browser.RefreshPartList(); }},
+        {"P2", [&] { pane.browser.SelectNextServer(); }},
+        {"P10", [&] { pane.browser.SetServerList({}); }},
+    };
+    for (const auto& [part, reads_anew] : rows) {
+        const int before = (pane.browser.SelectAllParts(1), pane.browser.GetSelectedPartCount());
+        const auto remove = [&](auto& writer) { writer.RemovePart(u"Plates\\2008"_s, QString::fromUtf8(part)); };
+        libraries_.Fill(u"SRV1"_s, remove);
+        QFile::rename(file_, aside_);
+        reads_anew();
+        EXPECT_EQ(pane.List().selectionModel()->selectedRows().size(), before - 1) << part;
+        EXPECT_EQ(pane.browser.GetSelectedPartCount(), before - 1) << part;
+        QFile::rename(aside_, file_);
+    }
+}
+
 TEST_F(PaneTrouble, ALibraryCutShortWhileItIsShownHangsNothing)
 {
     const auto attributes = [](int) { return PartAttributes{0, {}, {}, QString(200, u'x')}; };

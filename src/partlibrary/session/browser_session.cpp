@@ -41,7 +41,7 @@ bool CBrowserSession::MakeCurrent(const QString& server, std::shared_ptr<IPartLi
         view_.folder = 0;
     }
     libraries_.CloseOthers(server);
-    Tell(&ISessionPane::ServersChanged);
+    TellServers();
     if (library_ == nullptr) {
         return false;
     }
@@ -62,7 +62,7 @@ void CBrowserSession::DisconnectServer()
     SetSelection({});
     current_folder_ = {};
     view_.folder = 0;
-    Tell(&ISessionPane::ServersChanged);
+    TellServers();
 }
 
 // A server that cannot be reached is current all the same, so that its name is not lost between runs.
@@ -127,7 +127,7 @@ QStringList CBrowserSession::OtherServers() const
 void CBrowserSession::SelectNextServer()
 {
     cursor_ = std::min(cursor_ + 1, static_cast<int>(servers_.size()));
-    Tell(&ISessionPane::ServersChanged);
+    TellServers();
 }
 
 // With an empty table the operator would have no way in, so it is filled with what the folder holds.
@@ -145,7 +145,7 @@ bool CBrowserSession::SetServerList(const ServerTable& table)
     if (servers_.isEmpty()) {
         servers_ = LibraryFolder().Servers().mid(0, static_cast<qsizetype>(server_slots));
     }
-    Tell(&ISessionPane::ServersChanged);
+    TellServers();
     return true;
 }
 
@@ -202,6 +202,13 @@ bool CBrowserSession::SetProblem(const LibraryProblem& problem)
     problem_ = problem;
     Tell(&ISessionPane::ProblemChanged);
     return !problem;
+}
+
+// A pane reads its list anew as well.
+void CBrowserSession::TellServers()
+{
+    KeepVisible();
+    Tell(&ISessionPane::ServersChanged);
 }
 
 void CBrowserSession::Tell(void (ISessionPane::*change)())

@@ -138,6 +138,7 @@ private:
     void ExpectRest(PartId part);
     bool StageFiles(IPartLibrary& library, const PartRow& part, SlotSet slots, CopyProgress* progress = nullptr);
     bool SetProblem(const LibraryProblem& problem); // true for no problem
+    void TellServers();
     void Tell(void (ISessionPane::*change)());
     void Click();
 

@@ -72,7 +72,7 @@ bool CBrowserSession::RefreshPartList()
     shown_unit_ = unit_;
     auto library = current_server_.isEmpty() ? nullptr : Reach(current_server_);
     if (library == nullptr) {
-        Tell(&ISessionPane::PartListChanged);
+        ListChanged();
         return false;
     }
     if (library != library_) {
