@@ -97,6 +97,10 @@ TEST_F(PaneState, LooksAreArrangedFromTheKeyboardAndComeBackThroughTheViewState)
         pane.Header().setSortIndicator(1, Qt::DescendingOrder);
         pane.pane->findChild<QSplitter*>()->setSizes({260, 540});
         pane.browser.GetViewState(values.data());
+        for (const auto& name : {u"Comment"_s, u"Machine"_s, u"Thickness (mm)"_s, u"Name"_s}) {
+            choose(name);
+        }
+        EXPECT_EQ(pane.Header().hiddenSectionCount(), part_columns - 1) << "one stays";
     }
     CPlayedPane pane(libraries_);
     pane.browser.SetViewState(values.data());
