@@ -16,10 +16,22 @@ public:
 
     void SetText(int id, std::u16string_view text) override { controls_.SetText(id, FromWide(text)); }
     [[nodiscard]] std::u16string Text(int id) const override { return ToWide(controls_.Text(id)); }
+    // The toolkit gives the focus of a control that is disabled to the next one, where keys and the wheel would change
+    // something. It gets it back.
     void Enable(int id, bool enabled) override
     {
-        if (QWidget* widget = controls_.Widget(id)) {
-            widget->setEnabled(enabled);
+        QWidget* widget = controls_.Widget(id);
+        if (widget == nullptr) {
+            return;
+        }
+        if (!enabled && disabled_with_focus_ == 0 && frame_->focusWidget() == widget) {
+            disabled_with_focus_ = id;
+            widget->clearFocus();
+        }
+        widget->setEnabled(enabled);
+        if (enabled && disabled_with_focus_ == id) {
+            disabled_with_focus_ = 0;
+            widget->setFocus();
         }
     }
     void ShowControl(int id, bool visible) override
@@ -121,6 +133,7 @@ public:
 private:
     const QPointer<CDialogFrame>& frame_;
     CControlSet& controls_;
+    int disabled_with_focus_ = 0; // the control's id
 };
 
 } // namespace

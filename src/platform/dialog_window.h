@@ -162,7 +162,7 @@ public:
     virtual void SetSmallIcon(IconHandle icon) = 0;
     virtual void Show(bool visible) = 0;
     virtual void EnableOwner(bool enabled) = 0;
-    virtual void Invalidate() = 0; // without erasing
+    virtual void Invalidate() = 0; // with its panels, without erasing
     virtual void UpdateNow() = 0;  // paints at once what is invalid
     virtual void BeginWait() = 0;  // wait cursor; calls nest
     virtual void EndWait() = 0;

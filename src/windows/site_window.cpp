@@ -2,6 +2,9 @@
 
 #include "windows/live_counts.h"
 
+#include <iterator>
+#include <string_view>
+
 namespace partkeep {
 
 namespace {
@@ -104,6 +107,13 @@ HWND CreateSiteWindow(HINSTANCE module, HWND parent, int id, const RECT& area, D
     return CreateWindowExW(0, site_class_name, L"", WS_CHILD | WS_CLIPCHILDREN | style, area.left, area.top,
                            area.right - area.left, area.bottom - area.top, parent,
                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), module, nullptr);
+}
+
+bool IsMadeAtRunTime(HWND site)
+{
+    wchar_t name[std::size(site_class_name) + 1];
+    return GetClassNameW(site, name, static_cast<int>(std::size(name))) != 0 &&
+           std::wstring_view(name) == site_class_name;
 }
 
 void SetSiteContent(HWND site, std::shared_ptr<CSiteContent> content)

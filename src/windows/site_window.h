@@ -41,6 +41,7 @@ void UnregisterSiteWindows(HINSTANCE module);
 
 // Null when the window cannot be made. The style is added to that of a child.
 [[nodiscard]] HWND CreateSiteWindow(HINSTANCE module, HWND parent, int id, const RECT& area, DWORD style);
+[[nodiscard]] bool IsMadeAtRunTime(HWND site); // by that; false for what is no site
 
 void SetSiteContent(HWND site, std::shared_ptr<CSiteContent> content);
 [[nodiscard]] CSiteContent* ContentOfSite(HWND site); // null for a window of another kind

@@ -3,6 +3,7 @@
 #include "platform/windows/wide.h"
 #include "platform/windows/wide_text.h"
 #include "windows/dialog_scale.h"
+#include "windows/site_window.h"
 
 namespace partkeep {
 
@@ -85,7 +86,19 @@ public:
         HWND child = window_ != nullptr ? FocusedChildOf(window_) : nullptr;
         return child != nullptr ? GetDlgCtrlID(child) : 0;
     }
-    void MoveFocusByOrder(bool forward) override { SendMessageW(window_, WM_NEXTDLGCTL, forward ? 0 : 1, FALSE); }
+    // That of the template: what is made at run time comes behind all of it, and has keys of its own to lead there.
+    void MoveFocusByOrder(bool forward) override
+    {
+        const auto behind = [&](HWND stop) { return GetNextDlgTabItem(window_, stop, forward ? FALSE : TRUE); };
+        HWND const first = behind(GetFocus());
+        HWND stop = first;
+        while (IsMadeAtRunTime(stop) && behind(stop) != first) {
+            stop = behind(stop);
+        }
+        if (stop != nullptr) {
+            SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(stop), TRUE);
+        }
+    }
     void ResetEntries(int id) override { SendToControl(window_, id, CB_RESETCONTENT); }
     void InsertEntry(int id, int index, std::u16string_view text) override
     {

@@ -6,6 +6,7 @@
 #include "windows/live_counts.h"
 #include "windows/site_window.h"
 #include "windows/waiting_input.h"
+#include "windows/win_panel.h"
 
 #include <commctrl.h>
 
@@ -349,6 +350,7 @@ void CWinDialogWindow::Invalidate()
 {
     if (window_ != nullptr) { // without one it would be every window on the screen
         InvalidateRect(window_, nullptr, FALSE);
+        InvalidatePanels(window_);
     }
 }
 

@@ -133,4 +133,12 @@ std::unique_ptr<IPanelWindow> MakePanel(HINSTANCE module, HWND dialog, int id, c
     return panel;
 }
 
+void InvalidatePanels(HWND dialog)
+{
+    const auto invalidate = [](HWND child, LPARAM) -> BOOL {
+        return GetPropW(child, panel_property) == nullptr || InvalidateRect(child, nullptr, FALSE);
+    };
+    EnumChildWindows(dialog, invalidate, 0);
+}
+
 } // namespace partkeep

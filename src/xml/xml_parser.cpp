@@ -131,8 +131,11 @@ bool CXmlParser::ParseEndTag(const CXmlToken& name)
         input_.TakeTo(behind);
         return true;
     }
-    if (!input_.SkipWord<element_name_set>(name) && !EqualUpToNul(input_.ReadToken<element_name_set>(), name)) {
-        return false;
+    if (!input_.SkipWord<element_name_set>(name)) {
+        const CXmlToken word = input_.ReadToken<element_name_set>(); // before `name` is looked at, which may move
+        if (!EqualUpToNul(word, name)) {
+            return false;
+        }
     }
     input_.SkipTo<tag_end>(true);
     return !input_.HasFailed();

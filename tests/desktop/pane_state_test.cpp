@@ -270,6 +270,13 @@ TEST_F(PaneState, WhatIsCutIsToldAtThePointerAndPagesScroll)
     pane.Header().resizeSection(0, 2000);
     static_cast<void>(tip(0));
     EXPECT_TRUE(QTest::qWaitFor([] { return QToolTip::text().isEmpty(); })) << "nothing is cut";
+    libraries_.Fill(u"SRV1"_s, [](auto& writer) {
+        PutTestPart(writer, u"Long"_s, u"A"_s, 1, {0, {}, {}, u"<img src=\"x\"> and more than there is room for"_s});
+    });
+    pane.browser.RefreshPartList();
+    pane.Header().moveSection(4, 0);
+    EXPECT_TRUE(tip(0).contains(u"&lt;img"_s)) << "somebody's text is no markup";
+    pane.Header().moveSection(0, 4);
     pane.Header().resizeSection(0, 200);
     const auto shown = [&pane](int row, QAbstractItemView::ScrollHint hint) {
         pane.List().scrollTo(pane.pane->Model().index(row, 0), hint);

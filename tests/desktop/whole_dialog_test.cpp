@@ -80,6 +80,21 @@ TEST_F(WholeDialog, HostGetsWhatTheOperatorPicked)
     }
 }
 
+TEST_F(WholeDialog, AddKeepsTheFocusAndTheNextKeyChangesNothing)
+{
+    const UserStep add = Clicking(dialog, RES_ADD);
+    const UserStep down = Pressing(dialog, Qt::Key_Down);
+    const UserStep keeps = [] { EXPECT_EQ(WindowOf(dialog)->focusWidget(), ControlOf(dialog, RES_ADD)); };
+    const UserStep metric = [] { EXPECT_EQ(Pane().Model().HeaderText(PartColumn::Thickness), u"Thickness (mm)"_s); };
+    const UserStep ask = Clicking(dialog, RES_ASK_QUANTITY);
+    const UserStep enter = Pressing(keypad, Qt::Key_Return);
+    const UserStep settle = [] { Settle(); };
+    const UserStep escape = Pressing(keypad, Qt::Key_Escape);
+    const UserStep five = Typing(keypad, "5");
+    Run(true, {Row(0), add,  keeps,  down, ask,    Row(1), add,   five, enter,  settle,
+               keeps,  down, Row(2), add,  escape, settle, keeps, down, metric, Pressing(dialog, Qt::Key_Escape)});
+}
+
 TEST_F(WholeDialog, TabPassesThroughTheBrowserBothWays)
 {
     QString places; // a control's number, or the name of what has the focus in the browser

@@ -154,7 +154,7 @@ TEST_F(PartList, EveryLookUpAndEveryOrderUsesAnIndex)
     static_cast<void>(library_->Folders({}));
     const auto part = library_->FindPart(u"Plates\\2008"_s, u"P1"_s);
     static_cast<void>(library_->FindPart(part->id));
-    static_cast<void>(library_->ReadFile(part->id, FileSlot::Iga));
+    static_cast<void>(library_->ReadFile(part->id, FileSlot::Iga, 1 << 20));
     for (int sort = 0; sort <= static_cast<int>(PartColumn::Comment); ++sort) {
         for (const char16_t* search : {u"", u"P"}) {
             for (const qint64 folder : {part->folder, all_folders}) {

@@ -440,7 +440,7 @@ TEST_F(LibraryTool, TheSampleHasWhatOneWantsToTry)
         lists += ran_.out;
         const auto library = CSqliteLibrary::Open(QString::fromStdString(file), problem_);
         for (const FileSlot slot : {FileSlot::Flat, FileSlot::Bent}) {
-            const auto content = library->ReadFile(1, slot);
+            const auto content = library->ReadFile(1, slot, 1 << 20);
             pictures += content && content->size() == 14 + 40 + 1024 + 152 * 149 ? 1 : 0; // 149 by 149 pixels, just fit
         }
     }

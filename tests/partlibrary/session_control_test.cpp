@@ -240,6 +240,24 @@ TEST_F(SessionControl, PicturesComeByTag)
     EXPECT_EQ(browser_.GetPreviewFileTitle(), u"");
 }
 
+TEST_F(SessionControl, ALargePictureIsNotForTheList)
+{
+    if (InDatabase()) {
+        GTEST_SKIP() << "pictures of a database come later, and far_library_test has them";
+    }
+    Enter(u"Plates\\2008");
+    const auto picture = [this](qsizetype bytes) {
+        libraries_.Fill(u"SRV1"_s, [bytes](ILibraryWriter& writer) {
+            const auto part = writer.PutPart(*writer.MakeFolder(u"Plates\\2008"_s), u"P1"_s, std::nullopt);
+            ASSERT_TRUE(writer.PutFile(*part, FileSlot::Png, SmallPng().leftJustified(bytes, 'x')));
+        });
+        IPartLibrary& library = *inner_->Library();
+        return *library.PictureAtHand(library.FindPart(u"Plates\\2008"_s, u"P1"_s)->id, FileSlot::Png);
+    };
+    EXPECT_EQ(picture(largest_list_picture).size(), largest_list_picture);
+    EXPECT_EQ(picture(largest_list_picture + 1).size(), 0);
+}
+
 TEST_F(SessionControl, ADeletedPartHasNoNameAndOutdatesTheList)
 {
     Enter(u"Plates\\2008");

@@ -166,6 +166,11 @@ TEST_F(WindowsDialogs, ClicksShowPicturesAndTheOwnPanelDecodesPng)
             Between([this] { stand_in.script.images.erase("PNG"); });
             ClickRow(9);
             shows(30, GetSysColor(COLOR_3DFACE));
+            shows(200, GetSysColor(COLOR_3DFACE));
+            ClickRow(0);
+            shows(30, RGB(255, 0, 0));
+            ClickRow(9); // with nothing hidden meanwhile
+            shows(30, GetSysColor(COLOR_3DFACE));
             driver.Leave(dialog, VK_ESCAPE);
         });
     }

@@ -81,18 +81,20 @@ PartId CPartPictures::ReadNext(IPartLibrary& library)
         Add(awaited_, next);
         return 0;
     }
-    const QPixmap picture = Fit(*content);
+    const QPixmap picture = Fit(*content, next.slot);
     // An empty one too, lest it be asked for again.
     pictures_.insert(next.part, new QPixmap(picture), std::max(1, picture.width() * picture.height()));
     return next.part;
 }
 
-QPixmap CPartPictures::Fit(const QByteArray& content) const
+// What is stored may be anything: it is of its slot's kind, or nothing, lest a stranger choose who decodes it.
+QPixmap CPartPictures::Fit(const QByteArray& content, FileSlot slot) const
 {
     QBuffer buffer;
     buffer.setData(content);
     buffer.open(QIODevice::ReadOnly);
-    QImageReader reader(&buffer);
+    QImageReader reader(&buffer, slot == FileSlot::Png ? "png" : "bmp");
+    reader.setAutoDetectImageFormat(false);
     const QSize size = reader.size();
     if (!size.isValid() || size.width() > largest_side || size.height() > largest_side) {
         return {};

@@ -36,7 +36,7 @@ private:
 
     static void Add(std::vector<Wanted>& pictures, const Wanted& picture);
     [[nodiscard]] bool IsAskedFor(PartId part) const;
-    [[nodiscard]] QPixmap Fit(const QByteArray& content) const;
+    [[nodiscard]] QPixmap Fit(const QByteArray& content, FileSlot slot) const;
 
     QCache<PartId, QPixmap> pictures_;
     std::vector<Wanted> wanted_;

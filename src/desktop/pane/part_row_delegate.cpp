@@ -6,6 +6,7 @@
 #include <QAbstractItemView>
 #include <QHelpEvent>
 #include <QPainter>
+#include <QTextDocument>
 #include <QToolTip>
 
 namespace partkeep {
@@ -96,7 +97,8 @@ bool CPartRowDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view, con
     const int room = TextArea(view->visualRect(index), index).width();
     const auto is_cut = [&](const QString& line) { return view->fontMetrics().horizontalAdvance(line) > room; };
     const QString whole = folder.isEmpty() ? text : text + u'\n' + folder;
-    QToolTip::showText(event->globalPos(), is_cut(text) || is_cut(folder) ? whole : QString(), view);
+    const QString plain = Qt::mightBeRichText(whole) ? Qt::convertFromPlainText(whole) : whole;
+    QToolTip::showText(event->globalPos(), is_cut(text) || is_cut(folder) ? plain : QString(), view);
     return true;
 }
 

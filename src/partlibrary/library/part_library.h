@@ -22,6 +22,8 @@
 
 namespace partkeep {
 
+inline constexpr qsizetype largest_list_picture = 2 << 20; // bytes
+
 struct FolderRow {
     qint64 id = 0;
     QString name; // the last component
@@ -163,9 +165,11 @@ public:
     virtual void ReadAhead(std::span<const PartId> /*parts*/) {}
     // A picture as far as it is on this machine; empty where the part has none, or it cannot be read. Nothing where it
     // is still to come, which is then seen to: when it is worth asking again PicturesCame tells, once.
+    // One of more than largest_list_picture bytes counts as none.
     [[nodiscard]] virtual std::optional<QByteArray> PictureAtHand(PartId part, FileSlot slot)
     {
-        return ReadFile(part, slot).value_or(QByteArray());
+        auto content = ReadFile(part, slot, largest_list_picture);
+        return content && content->size() <= largest_list_picture ? std::move(*content) : QByteArray();
     }
     [[nodiscard]] virtual bool PicturesCame() { return false; }
 
@@ -176,15 +180,16 @@ public:
     // What will be copied next, in this order, for a library that can ask for it ahead.
     virtual void Expect(std::span<const PartCopy> /*copies*/) {}
 
-    // One file as a whole, empty where the part has none. Nothing on an error.
-    [[nodiscard]] std::optional<QByteArray> ReadFile(PartId part, FileSlot slot)
+    // One file as a whole, empty where the part has none. Of one with more than `most` bytes the first ones, somewhat
+    // more than those: a stranger has no say in how much memory it takes. Nothing on an error.
+    [[nodiscard]] std::optional<QByteArray> ReadFile(PartId part, FileSlot slot, qsizetype most)
     {
         QByteArray content;
-        const bool read = CopyFiles(part, SetOf(slot), [&content](FileSlot, std::span<const char> block) {
-            content.append(block.data(), static_cast<qsizetype>(block.size()));
-            return LibraryProblem{};
+        const bool read = CopyFiles(part, SetOf(slot), [&](FileSlot, std::span<const char> block) {
+            content.append(block.data(), std::ssize(block));
+            return LibraryProblem{content.size() > most ? LibraryFault::Damaged : LibraryFault::None, {}, {}};
         });
-        return read ? std::optional(std::move(content)) : std::nullopt;
+        return read || content.size() > most ? std::optional(std::move(content)) : std::nullopt;
     }
 
     [[nodiscard]] virtual LibraryPlace Place() const = 0;

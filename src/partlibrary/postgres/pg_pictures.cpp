@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::ptrdiff_t rows_together = 256;
 constexpr std::size_t most_shown = 64; // what scrolled by long ago is shown no more
-constexpr qint64 largest_picture = 2 << 20;
 constexpr qint64 most_ahead_bytes = 16 << 20;
 constexpr qint64 most_held_bytes = 4 << 20;
 constexpr FileSlot pictures[] = {FileSlot::Bent, FileSlot::Flat, FileSlot::Png};
@@ -114,7 +113,7 @@ std::optional<CPgPictures::Question> CPgPictures::ShownQuestion(const CPgAtHand:
         came_ = true;
         return std::nullopt;
     }
-    const bool asks = !IsUnderWay(*file) && file->bytes <= std::min(largest_picture, room_);
+    const bool asks = !IsUnderWay(*file) && file->bytes <= std::min(qint64{largest_list_picture}, room_);
     return asks ? std::optional(PictureQuestion(*file)) : std::nullopt;
 }
 
@@ -123,7 +122,7 @@ std::optional<CPgPictures::Question> CPgPictures::WantedQuestion(const CPgAtHand
 {
     for (const PartFile& file : part.files) {
         const bool picture = std::find(std::begin(pictures), std::end(pictures), file.slot) != std::end(pictures);
-        if (picture && !IsUnderWay(file) && file.bytes <= std::min(largest_picture, room_) &&
+        if (picture && !IsUnderWay(file) && file.bytes <= std::min(qint64{largest_list_picture}, room_) &&
             cache_->Takes(file.bytes) && !IsHere(file)) {
             return PictureQuestion(file);
         }

@@ -158,7 +158,7 @@ bool CBrowserSession::ReadPartImage(std::span<char, image_block_bytes> image)
     if (*slot == FileSlot::Png) {
         return true;
     }
-    const auto content = library_->ReadFile(part->id, *slot);
+    const auto content = library_->ReadFile(part->id, *slot, image_block_bytes);
     if (!content) {
         last_status_ = status_failed;
         SetProblem(library_->Problem());
