@@ -53,18 +53,22 @@ private:
     SIZE size_{};
 };
 
-// The first picture of a file as premultiplied colours; null where the file is none or cannot be read.
+// A PNG file as premultiplied colours; null where it is none or cannot be read. No other decoder is asked: a stranger
+// who made the file does not choose one.
 CComPtr<IWICBitmapSource> DecodeFile(const std::wstring& path)
 {
     CComPtr<IWICImagingFactory> factory;
+    CComPtr<IWICStream> stream;
     CComPtr<IWICBitmapDecoder> decoder;
     CComPtr<IWICBitmapFrameDecode> frame;
     CComPtr<IWICFormatConverter> converter;
     const bool decoded =
         SUCCEEDED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
                                    factory.PutVoid())) &&
-        SUCCEEDED(factory->CreateDecoderFromFilename(path.c_str(), nullptr, GENERIC_READ, WICDecodeMetadataCacheOnLoad,
-                                                     decoder.Put())) &&
+        SUCCEEDED(factory->CreateStream(stream.Put())) &&
+        SUCCEEDED(stream->InitializeFromFilename(path.c_str(), GENERIC_READ)) &&
+        SUCCEEDED(factory->CreateDecoder(GUID_ContainerFormatPng, nullptr, decoder.Put())) &&
+        SUCCEEDED(decoder->Initialize(stream.Get(), WICDecodeMetadataCacheOnLoad)) &&
         SUCCEEDED(decoder->GetFrame(0, frame.Put())) && SUCCEEDED(factory->CreateFormatConverter(converter.Put())) &&
         SUCCEEDED(converter->Initialize(frame.Get(), GUID_WICPixelFormat32bppPBGRA, WICBitmapDitherTypeNone, nullptr,
                                         0.0, WICBitmapPaletteTypeCustom));
