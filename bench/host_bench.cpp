@@ -29,13 +29,13 @@ double Milliseconds(clockid_t clock)
     return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
-// What this process alone holds, by the system's own count.
+// What this process has written to, by the system's own count: file pages are shared, or not, with what else runs.
 double PrivateMegabytes()
 {
     std::ifstream counts("/proc/self/smaps_rollup");
     double kilobytes = 0.0;
     for (std::string line; std::getline(counts, line);) {
-        if (line.starts_with("Private_")) {
+        if (line.starts_with("Private_Dirty")) {
             kilobytes += std::strtod(line.c_str() + line.find(':') + 1, nullptr);
         }
     }
