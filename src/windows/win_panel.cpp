@@ -122,6 +122,14 @@ void CWinPanel::PaintScaled(HDC context, const RECT& client) const
     DeleteDC(memory);
 }
 
+BOOL CALLBACK InvalidateIfPanel(HWND child, LPARAM)
+{
+    if (GetPropW(child, panel_property) != nullptr) {
+        InvalidateRect(child, nullptr, FALSE);
+    }
+    return TRUE;
+}
+
 } // namespace
 
 std::unique_ptr<IPanelWindow> MakePanel(HINSTANCE module, HWND dialog, int id, const RECT& area)
@@ -135,10 +143,7 @@ std::unique_ptr<IPanelWindow> MakePanel(HINSTANCE module, HWND dialog, int id, c
 
 void InvalidatePanels(HWND dialog)
 {
-    const auto invalidate = [](HWND child, LPARAM) -> BOOL {
-        return GetPropW(child, panel_property) == nullptr || InvalidateRect(child, nullptr, FALSE);
-    };
-    EnumChildWindows(dialog, invalidate, 0);
+    EnumChildWindows(dialog, InvalidateIfPanel, 0);
 }
 
 } // namespace partkeep
