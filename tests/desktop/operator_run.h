@@ -299,7 +299,8 @@ private:
             const auto owner = library->FindPart(part_folder, Qt(native.stem().string()));
             ASSERT_TRUE(owner.has_value()) << native;
             const auto kind = std::ranges::find(file_kinds, native.extension().u16string(), &FileKind::extension);
-            EXPECT_TRUE(ReadBytes(native) == library->ReadFile(owner->id, kind->slot, 1 << 20)->toStdString()) << native;
+            EXPECT_TRUE(ReadBytes(native) == library->ReadFile(owner->id, kind->slot, 1 << 20)->toStdString())
+                << native;
         }
     }
     [[nodiscard]] QString LibraryFile(const QString& server) const
