@@ -8,7 +8,8 @@
 #include <wincodec.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <cstdint>
+#include <span>
 
 namespace partkeep {
 
@@ -75,6 +76,23 @@ CComPtr<IWICBitmapSource> DecodeFile(const std::wstring& path)
     return CComPtr<IWICBitmapSource>(decoded ? converter.Get() : nullptr);
 }
 
+// Laid over the panel's own colour: the system keeps all lines of a picture that it makes smaller where none of it
+// shows through. A pixel's colour is multiplied by how much of it covers already.
+void LayOverPanel(std::span<std::uint32_t> pixels)
+{
+    const COLORREF panel = GetSysColor(COLOR_3DFACE);
+    const std::uint32_t under[]{GetBValue(panel), GetGValue(panel), GetRValue(panel)};
+    for (std::uint32_t& pixel : pixels) {
+        const std::uint32_t shows_through = 255 - (pixel >> 24);
+        std::uint32_t over = 0xFF000000;
+        for (int part = 0; part < 3; ++part) {
+            const std::uint32_t colour = (pixel >> (8 * part)) & 0xFF;
+            over |= std::min(colour + under[part] * shows_through / 255, 255U) << (8 * part);
+        }
+        pixel = over;
+    }
+}
+
 bool ReadPicture(const std::wstring& path, CPictureBitmap& bitmap)
 {
     const CComPtr<IWICBitmapSource> source = DecodeFile(path);
@@ -85,8 +103,12 @@ bool ReadPicture(const std::wstring& path, CPictureBitmap& bitmap)
         return false;
     }
     void* pixels = bitmap.Allocate(static_cast<LONG>(width), static_cast<LONG>(height));
-    return pixels != nullptr &&
-           SUCCEEDED(source->CopyPixels(nullptr, width * 4, width * height * 4, static_cast<BYTE*>(pixels)));
+    if (pixels == nullptr ||
+        FAILED(source->CopyPixels(nullptr, width * 4, width * height * 4, static_cast<BYTE*>(pixels)))) {
+        return false;
+    }
+    LayOverPanel({static_cast<std::uint32_t*>(pixels), std::size_t{width} * height});
+    return true;
 }
 
 // The largest place in the middle of the client area that keeps the picture's shape.
@@ -123,9 +145,10 @@ public:
         }
         HGDIOBJ previous = SelectObject(memory, picture_.Handle());
         const RECT place = FitInto(client, picture_.Size());
-        const BLENDFUNCTION over{AC_SRC_OVER, 0, 255, AC_SRC_ALPHA};
-        AlphaBlend(context, place.left, place.top, place.right - place.left, place.bottom - place.top, memory, 0, 0,
-                   picture_.Size().cx, picture_.Size().cy, over);
+        SetStretchBltMode(context, HALFTONE);
+        SetBrushOrgEx(context, 0, 0, nullptr);
+        StretchBlt(context, place.left, place.top, place.right - place.left, place.bottom - place.top, memory, 0, 0,
+                   picture_.Size().cx, picture_.Size().cy, SRCCOPY);
         SelectObject(memory, previous);
         DeleteDC(memory);
     }

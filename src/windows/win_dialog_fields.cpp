@@ -22,13 +22,30 @@ HWND FocusedChildOf(HWND dialog)
     return child;
 }
 
+bool IsPushButton(HWND window)
+{
+    return (SendMessageW(window, WM_GETDLGCODE, 0, 0) & (DLGC_DEFPUSHBUTTON | DLGC_UNDEFPUSHBUTTON)) != 0;
+}
+
 namespace {
+
+bool IsTypedInto(HWND window)
+{
+    return (SendMessageW(window, WM_GETDLGCODE, 0, 0) & DLGC_HASSETSEL) != 0 &&
+           (GetWindowLongPtrW(window, GWL_STYLE) & ES_READONLY) == 0;
+}
 
 class CWinDialogFields final : public IDialogFields {
 public:
     explicit CWinDialogFields(const HWND& window) : window_(window) {}
 
-    void SetText(int id, std::u16string_view text) override { SetDlgItemTextW(window_, id, WideText(text).c_str()); }
+    void SetText(int id, std::u16string_view text) override
+    {
+        SetDlgItemTextW(window_, id, WideText(text).c_str());
+        if (IsTypedInto(Control(id))) {
+            SendToControl(window_, id, EM_SETSEL, text.size(), static_cast<LPARAM>(text.size())); // to type behind it
+        }
+    }
     [[nodiscard]] std::u16string Text(int id) const override
     {
         HWND control = Control(id);
@@ -39,7 +56,8 @@ public:
         text.resize(static_cast<std::size_t>(GetWindowTextW(control, text.data(), static_cast<int>(text.size()))));
         return FromWide(text);
     }
-    // A control that is disabled while it has the focus leaves it to nobody, and the keys with it. It gets it back.
+    // A control that is disabled while it has the focus leaves it to nobody, and the keys with it, or to another button
+    // once a window has been open in front. It gets it back.
     void Enable(int id, bool enabled) override
     {
         HWND control = Control(id);
@@ -49,7 +67,7 @@ public:
         EnableWindow(control, enabled ? TRUE : FALSE);
         if (enabled && disabled_with_focus_ == id) {
             disabled_with_focus_ = 0;
-            if (GetFocus() == nullptr && GetActiveWindow() == window_) {
+            if (GetActiveWindow() == window_) {
                 Focus(id);
             }
         }

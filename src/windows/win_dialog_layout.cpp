@@ -4,9 +4,11 @@
 #include "resources/dialog_templates.h"
 #include "windows/dialog_scale.h"
 #include "windows/site_window.h"
+#include "windows/win_dialog_fields.h"
 #include "windows/win_dialog_window.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <vector>
 
 namespace partkeep {
@@ -58,11 +60,6 @@ void ResizeClient(HWND dialog, int width, int height)
     }
 }
 
-bool IsPushButton(HWND window)
-{
-    return (SendMessageW(window, WM_GETDLGCODE, 0, 0) & (DLGC_DEFPUSHBUTTON | DLGC_UNDEFPUSHBUTTON)) != 0;
-}
-
 // What the user works with while the other window is open: the hosted control that was put in, and the buttons.
 std::vector<Rect> AreasToStayVisible(HWND dialog, int picture)
 {
@@ -76,7 +73,37 @@ std::vector<Rect> AreasToStayVisible(HWND dialog, int picture)
     return areas;
 }
 
+// The nearest field to the right in the same row; null for a label that has none.
+const TemplateControl* FieldBeside(const TemplateControl& label, std::span<const TemplateControl> controls)
+{
+    const TemplateControl* nearest = nullptr;
+    for (const TemplateControl& field : controls) {
+        const bool named_by_label = field.kind == ControlKind::Edit || field.kind == ControlKind::ReadOnlyEdit ||
+                                    field.kind == ControlKind::DropDownList;
+        if (named_by_label && field.x >= label.x + label.width && std::abs(field.y - label.y) < label.height / 2 &&
+            (nearest == nullptr || field.x < nearest->x)) {
+            nearest = &field;
+        }
+    }
+    return nearest;
+}
+
 } // namespace
+
+// The system leads a label's letter to the control behind the label, and reads the label out as that control's name.
+// The template has the labels together; where they stand among the others is nothing to Tab.
+void CWinDialogWindow::PutLabelsBeforeTheirFields()
+{
+    for (const auto& label : template_.controls) {
+        const auto* field = label.kind == ControlKind::Label ? FieldBeside(label, template_.controls) : nullptr;
+        if (field == nullptr) {
+            continue;
+        }
+        HWND before = GetWindow(GetDlgItem(window_, field->id), GW_HWNDPREV);
+        SetWindowPos(GetDlgItem(window_, label.id), before != nullptr ? before : HWND_TOP, 0, 0, 0, 0,
+                     SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_NOREDRAW);
+    }
+}
 
 // The system lays a dialog out by the size of the font alone, which grows by whole pixels: at each density the
 // controls would stand elsewhere among those that are placed by pixels. They are placed anew, by the same units at all.

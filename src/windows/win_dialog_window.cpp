@@ -4,6 +4,7 @@
 #include "resources/dialog_templates.h"
 #include "windows/dialog_scale.h"
 #include "windows/live_counts.h"
+#include "windows/others_disabled.h"
 #include "windows/site_window.h"
 #include "windows/waiting_input.h"
 #include "windows/win_panel.h"
@@ -16,9 +17,6 @@ namespace partkeep {
 
 namespace {
 
-constexpr wchar_t dialog_property[] = L"PartkeepDialog";
-constexpr wchar_t disabled_property[] = L"PartkeepDisabledBy";
-
 bool IsKeyDown(int key)
 {
     return GetAsyncKeyState(key) < 0;
@@ -29,6 +27,12 @@ bool IsKeyMessage(const MSG& message)
     return message.message >= WM_KEYFIRST && message.message <= WM_KEYLAST;
 }
 
+BOOL CALLBACK TellColors(HWND child, LPARAM)
+{
+    SendMessageW(child, WM_SYSCOLORCHANGE, 0, 0);
+    return TRUE;
+}
+
 // Before whatever a paint leads to: a message shown from there would be painted over and over.
 void Validate(HWND window)
 {
@@ -36,50 +40,6 @@ void Validate(HWND window)
     BeginPaint(window, &paint);
     EndPaint(window, &paint);
 }
-
-// While a dialog runs modally, its owner and every other dialog of this component on the thread are disabled: a
-// list left enabled beside it could start a second run of what is going on. The windows themselves bear the mark of
-// who disabled them, which needs no memory of ours and goes with a window that goes meanwhile.
-class COthersDisabled {
-public:
-    explicit COthersDisabled(HWND owner) : owner_(owner)
-    {
-        Disable(owner_);
-        EnumThreadWindows(GetCurrentThreadId(), Disable, reinterpret_cast<LPARAM>(this));
-    }
-    ~COthersDisabled()
-    {
-        Enable(owner_, reinterpret_cast<LPARAM>(this));
-        EnumThreadWindows(GetCurrentThreadId(), Enable, reinterpret_cast<LPARAM>(this));
-    }
-    COthersDisabled(const COthersDisabled&) = delete;
-    COthersDisabled& operator=(const COthersDisabled&) = delete;
-
-private:
-    static BOOL CALLBACK Disable(HWND window, LPARAM self) noexcept
-    {
-        if (GetPropW(window, dialog_property) != nullptr) {
-            reinterpret_cast<COthersDisabled*>(self)->Disable(window);
-        }
-        return TRUE;
-    }
-    static BOOL CALLBACK Enable(HWND window, LPARAM self) noexcept
-    {
-        if (GetPropW(window, disabled_property) == reinterpret_cast<HANDLE>(self)) {
-            RemovePropW(window, disabled_property);
-            EnableWindow(window, TRUE);
-        }
-        return TRUE;
-    }
-    void Disable(HWND window)
-    {
-        if (IsWindowEnabled(window) && SetPropW(window, disabled_property, this)) {
-            EnableWindow(window, FALSE);
-        }
-    }
-
-    HWND owner_; // may be of another kind and even of another thread
-};
 
 // Escape belongs to the dialog even where a hosted control would take every key.
 bool TranslateInHostedControl(HWND dialog, MSG& message)
@@ -170,13 +130,33 @@ int CWinDialogWindow::RunLoop()
         if (got < 0) {
             return -1;
         }
+        HWND focus = GetFocus();
         CWinDialogWindow* dialog = Of(message.hwnd);
         if (dialog == nullptr || !dialog->PreTranslate(message)) {
             TranslateMessage(&message);
             DispatchMessageW(&message);
         }
+        if (dialog == this && window_ != nullptr) {
+            FollowMouseButton(message, focus);
+        }
     }
     return ended_ ? result_ : -1;
+}
+
+// A finger's tap leaves the field its focus, as it was before, so that Enter still means OK. And a tool that is let go
+// beside itself comes up, whatever the logic has pressed.
+void CWinDialogWindow::FollowMouseButton(const MSG& message, HWND focus)
+{
+    if (message.message == WM_LBUTTONDOWN || message.message == WM_LBUTTONDBLCLK) {
+        focus_before_tap_ = template_.for_fingers && IsPushButton(message.hwnd) ? focus : nullptr;
+    }
+    if (message.message != WM_LBUTTONUP) {
+        return;
+    }
+    toolbar_.ShowPressedTools();
+    if (HWND field = std::exchange(focus_before_tap_, nullptr); IsChild(window_, field) && IsWindowEnabled(window_)) {
+        SetFocus(field);
+    }
 }
 
 void CWinDialogWindow::EndModal(int result)
@@ -236,6 +216,9 @@ INT_PTR CWinDialogWindow::Handle(UINT message, WPARAM word, LPARAM value)
     case WM_CLOSE: // the system would post the command behind whatever waits
         events_->OnCommand(id_cancel);
         return TRUE;
+    case WM_SYSCOLORCHANGE: // the system tells windows of the screen alone
+        EnumChildWindows(window_, TellColors, 0);
+        return TRUE;
     case WM_PAINT:
         Validate(window_);
         events_->OnPaint();
@@ -256,6 +239,7 @@ INT_PTR CWinDialogWindow::Handle(UINT message, WPARAM word, LPARAM value)
 INT_PTR CWinDialogWindow::HandleInit()
 {
     PlaceTemplateControls();
+    PutLabelsBeforeTheirFields();
     HWND before = GetFocus();
     events_->OnInitDialog();
     return GetFocus() == before && !modeless_ ? TRUE : FALSE;

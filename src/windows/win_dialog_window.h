@@ -61,9 +61,11 @@ private:
 
     bool Create(IDialogEvents& events, HWND owner);
     int RunLoop();
+    void FollowMouseButton(const MSG& message, HWND focus);
     INT_PTR Handle(UINT message, WPARAM word, LPARAM value);
     INT_PTR HandleInit();
     void PlaceTemplateControls();
+    void PutLabelsBeforeTheirFields();
     void PlaceBesideOwner();
     INT_PTR HandleCommand(WPARAM word);
     INT_PTR HandleNotify(const NMHDR& notice);
@@ -83,6 +85,7 @@ private:
     bool placed_ = false; // beside its owner
     bool ended_ = false;
     int result_ = -1;
+    HWND focus_before_tap_ = nullptr;
     int wait_depth_ = 0;
     HCURSOR cursor_before_wait_ = nullptr;
     std::wstring tip_text_; // lent to the tool tip that asked last

@@ -1,6 +1,7 @@
 #include "windows/win_messages.h"
 
 #include "platform/windows/wide_text.h"
+#include "windows/others_disabled.h"
 #include "windows/waiting_input.h"
 
 namespace partkeep {
@@ -29,15 +30,19 @@ HWND MainWindowOfThread()
 
 } // namespace
 
-// A message of a dialog is owned by that dialog's owner, which the dialog has disabled. Not every version of the
-// system leaves it so when the message is answered, and the active window would be the owner instead of the dialog.
+// A message of a dialog is owned by that dialog's owner, so that the system disables the owner alone: the dialogs are
+// ours to disable. The owner was disabled already, which not every version of the system leaves so when the message is
+// answered, and the active window would be the owner instead of the dialog.
 void CWinMessages::Show(const Message& message)
 {
     const UINT kind = message.kind == MessageKind::Exclamation ? MB_ICONEXCLAMATION : MB_TASKMODAL;
     HWND active = GetActiveWindow();
     const bool owner_disabled = owner_ != nullptr && !IsWindowEnabled(owner_);
-    MessageBoxW(owner_, WideText(message.text).c_str(), WideText(message.title).c_str(), MB_OK | kind);
-    DropWaitingInput();
+    {
+        const COthersDisabled dialogs(nullptr);
+        MessageBoxW(owner_, WideText(message.text).c_str(), WideText(message.title).c_str(), MB_OK | kind);
+        DropWaitingInput();
+    }
     if (owner_disabled) {
         EnableWindow(owner_, FALSE);
     }

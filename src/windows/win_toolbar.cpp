@@ -47,6 +47,7 @@ HBITMAP ScaledStrip(HBITMAP strip, const ToolbarTemplate& toolbar, const CDialog
 void CWinToolbar::Forget()
 {
     bar_ = nullptr;
+    pressed_.clear();
     if (bitmap_ != nullptr) {
         DeleteObject(bitmap_);
         bitmap_ = nullptr;
@@ -139,7 +140,15 @@ void CWinToolbar::EnableToolTips()
 
 void CWinToolbar::PressTool(int command, bool pressed)
 {
+    pressed_[command] = pressed;
     SendMessageW(bar_, TB_PRESSBUTTON, static_cast<WPARAM>(command), MAKELPARAM(pressed ? TRUE : FALSE, 0));
+}
+
+void CWinToolbar::ShowPressedTools()
+{
+    for (const auto& [command, pressed] : pressed_) {
+        SendMessageW(bar_, TB_PRESSBUTTON, static_cast<WPARAM>(command), MAKELPARAM(pressed ? TRUE : FALSE, 0));
+    }
 }
 
 } // namespace partkeep

@@ -6,6 +6,8 @@
 
 #include <windows.h>
 
+#include <map>
+
 namespace partkeep {
 
 class CWinToolbar final : public IToolbar {
@@ -20,6 +22,9 @@ public:
     void EnableToolTips() override;
     void PressTool(int command, bool pressed) override;
 
+    // As PressTool has left them.
+    void ShowPressedTools();
+
     // When its window has gone.
     void Forget();
 
@@ -30,6 +35,7 @@ private:
     const HWND& window_;
     HWND bar_ = nullptr;
     HBITMAP bitmap_ = nullptr;
+    std::map<int, bool> pressed_; // by command
 };
 
 } // namespace partkeep

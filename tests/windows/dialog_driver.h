@@ -73,10 +73,11 @@ public:
     }
 
     static void Press(HWND dialog, int button) { PostMessageW(GetDlgItem(dialog, button), BM_CLICK, 0, 0); }
-    static void Click(HWND window, int x, int y)
+    // Let go elsewhere where that is told.
+    static void Click(HWND window, int x, int y, POINT moved = {})
     {
         PostMessageW(window, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x, y));
-        PostMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(x, y));
+        PostMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(x + moved.x, y + moved.y));
     }
     void Focus(HWND dialog, int control)
     {
@@ -89,6 +90,7 @@ public:
         Until("the focus", [=, this] { return Focused() == wanted || IsChild(wanted, Focused()); });
     }
     void Key(WORD key) { PostMessageW(Focused(), WM_KEYDOWN, key, 1); } // to the window with the focus
+    void KeyWithAlt(char letter) { PostMessageW(Focused(), WM_SYSCHAR, static_cast<WPARAM>(letter), 1 << 29); }
     void Leave(HWND dialog, WORD key)
     {
         Key(key);

@@ -126,10 +126,13 @@ std::string PlainBitmap(char red, char blue)
 TEST_F(WindowsDialogs, ClicksShowPicturesAndTheOwnPanelDecodesPng)
 {
     using namespace std::string_literals;
-    const std::string png = "\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\x08\0\0\0\x08\x08\x02\0\0\0\x4B\x6D\x29\xDC\0\0\0\x11"
-                            "IDAT\x78\xDA\x63\x38\x21\x27\x87\x15\x31\x0C-\x09\0\x90\xBF\x41\x01\xCF\x70\xA1\x3C"
-                            "\0\0\0\0IEND\xAE\x42\x60\x82"s;
-    constexpr COLORREF png_color = RGB(200, 30, 30);
+    // 8 by 8 pixels that cover half of what is behind them.
+    const std::string png =
+        "\x89\x50\x4E\x47\x0D\x0A\x1A\x0A\x00\x00\x00\x0D\x49\x48\x44\x52\x00\x00\x00\x08\x00\x00\x00\x08\x08"
+        "\x06\x00\x00\x00\xC4\x0F\xBE\x8B\x00\x00\x00\x12\x49\x44\x41\x54\x78\xDA\x63\x38\x21\x27\xD7\x80\x0F"
+        "\x33\x8C\x0C\x05\x00\x22\xF6\x61\x01\xC6\xFE\xAD\xF2\x00\x00\x00\x00\x49\x45\x4E\x44\xAE\x42\x60\x82"s;
+    const int behind = GetRValue(GetSysColor(COLOR_3DFACE)) * 127 / 255;
+    const COLORREF png_color = RGB(100 + behind, 15 + behind, 15 + behind);
     const auto picture = folder.Path("Work") / "Lumora_ForPNG" / "preview.PNG";
     stand_in.script.previewTitle = u"preview";
     for (const bool own_panel : {false, true}) {

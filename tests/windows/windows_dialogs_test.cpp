@@ -63,11 +63,16 @@ TEST_F(WindowsDialogs, CtrlASelectsAllInMultiSelectionOnlyAndTabWalksThroughTheB
 TEST_F(WindowsDialogs, AddListsPartsWhoseQuantitiesChangeAndLoadTakesThem)
 {
     Run(true, [&](DialogDriver& driver, HWND dialog) {
+        driver.Press(dialog, RES_ASK_QUANTITY);
         driver.Press(dialog, RES_ADD);
+        HWND first_keypad = driver.Window(L"Input Quantity");
+        driver.Click(GetDlgItem(first_keypad, RES_DIGIT_5), 5, 5);
+        driver.Leave(first_keypad, VK_RETURN);
         HWND list_window = driver.Window(L"Selected Parts");
         HWND list = GetDlgItem(list_window, RES_PART_LIST);
         driver.Until("three rows", [&] { return SendMessageW(list, LVM_GETITEMCOUNT, 0, 0) == 3; });
-        driver.WaitForFocus(dialog, RES_ADD);
+        driver.WaitForFocus(dialog, RES_ADD); // the button that was pressed, and not Cancel
+        driver.Press(dialog, RES_ASK_QUANTITY);
         for (const int id : {RES_BROWSER, RES_ADD, RES_LOAD, RES_CANCEL}) {
             RECT places[3];
             GetWindowRect(GetDlgItem(dialog, id), &places[0]);
@@ -84,7 +89,9 @@ TEST_F(WindowsDialogs, AddListsPartsWhoseQuantitiesChangeAndLoadTakesThem)
             driver.Until("digits", [=] { return TextOf(keypad, RES_QUANTITY) == digits; });
         };
         driver.Focus(keypad, RES_QUANTITY);
-        for (const WORD digit : {'1', '2', '3', '4', '5', '6'}) {
+        driver.Click(GetDlgItem(keypad, RES_DIGIT_1), 5, 5);
+        shows(L"1");
+        for (const WORD digit : {'2', '3', '4', '5', '6'}) { // into the field, behind what stands there
             driver.Key(digit);
         }
         shows(L"12345"); // keys stop at the limit, buttons do not
@@ -126,12 +133,18 @@ TEST_F(WindowsDialogs, FilterButtonsAndUnitReachTheBrowser)
         driver.Click(bar, button.left + 3, button.top + 3);
         driver.Until("the filter", [&] { return Called("SetPartFilter(10)"); });
         driver.Until("its button", [&] { return pressed(RES_FILTER_LASER) && !pressed(RES_FILTER_PART); });
+        driver.Click(bar, button.left + 3, button.top + 3, {0, 300});
         std::array<wchar_t, 80> tip{};
         TOOLINFOW tool{TTTOOLINFOW_V1_SIZE, 0, bar, RES_FILTER_NCT, {}, nullptr, tip.data(), 0, nullptr};
         HWND tips = reinterpret_cast<HWND>(SendMessageW(bar, TB_GETTOOLTIPS, 0, 0));
         SendMessageW(tips, TTM_GETTEXTW, tip.size(), reinterpret_cast<LPARAM>(&tool));
         EXPECT_STREQ(tip.data(), L"NCT");
-        driver.Focus(dialog, RES_UNIT);
+        driver.Focus(dialog, RES_LOAD);
+        for (const auto& [letter, field] : {std::pair('p', RES_PART_NAME), {'m', RES_COMMENT}, {'u', RES_UNIT}}) {
+            driver.KeyWithAlt(letter);
+            driver.WaitForFocus(dialog, field);
+        }
+        EXPECT_TRUE(pressed(RES_FILTER_LASER)) << "let go beside it";
         driver.Key(VK_DOWN);
         driver.Until("the unit", [&] { return Called("SetDisplayUnit(1)"); });
         driver.Leave(dialog, VK_ESCAPE);
@@ -146,8 +159,11 @@ TEST_F(WindowsDialogs, NoBrowserGivesAMessageAndADialogThatCloses)
         HWND dialog = played.Window(selection_title);
         EXPECT_FALSE(IsWindowEnabled(host)) << "a message must not enable what the dialog has disabled";
         EXPECT_EQ(GetDlgItem(dialog, RES_BROWSER), nullptr);
-        played.Press(dialog, RES_LOAD);
+        played.Press(dialog, RES_ADD);
+        EXPECT_NE(played.Window(message_title), nullptr);
+        EXPECT_FALSE(IsWindowEnabled(dialog)) << "it would take what its message stands before";
         EXPECT_EQ(played.AnswerMessage(message_title), L"Please select one or more part.");
+        played.WaitForFocus(dialog, RES_ADD);
         played.Press(dialog, RES_CANCEL);
     });
     EXPECT_EQ(object.InvokePartkeep(), HostResult::False);
