@@ -9,9 +9,11 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QSignalBlocker>
+#include <QValidator>
 #include <QWheelEvent>
 
 #include <algorithm>
+#include <iterator>
 
 namespace partkeep {
 
@@ -20,10 +22,28 @@ namespace {
 constexpr int no_limit = 32767;
 constexpr int row_height = 20; // of lists, to be hit by a finger's tip
 
+// What is pasted ends with its line, as in the system's own field of one line: the toolkit would keep the line end,
+// unseen, in what the user takes for a number.
+class COneLine final : public QValidator {
+public:
+    using QValidator::QValidator;
+
+    State validate(QString& text, int& caret) const override
+    {
+        constexpr QChar line_ends[]{u'\n', u'\r', QChar::LineSeparator, QChar::ParagraphSeparator};
+        const auto* const end =
+            std::find_first_of(text.cbegin(), text.cend(), std::begin(line_ends), std::end(line_ends));
+        text.truncate(end - text.cbegin());
+        caret = std::min(caret, static_cast<int>(text.size()));
+        return Acceptable;
+    }
+};
+
 } // namespace
 
 CDialogEdit::CDialogEdit(QWidget* parent) : QLineEdit(parent), typed_limit_(no_limit)
 {
+    setValidator(new COneLine(this));
     connect(this, &QLineEdit::textChanged, this, [this] { FollowLimit(); });
 }
 
@@ -66,6 +86,7 @@ void CDialogEdit::ClearSelection()
 void CDialogEdit::MakeReadOnly()
 {
     setReadOnly(true);
+    setValidator(nullptr); // what the program puts in may have lines
     QPalette greyed = palette();
     greyed.setColor(QPalette::Base, palette().color(QPalette::Window));
     setPalette(greyed);

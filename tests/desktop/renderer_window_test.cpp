@@ -284,9 +284,11 @@ TEST(QtKeypad, FieldHoldsWhatKeysAndButtonsPutIn)
 {
     TheProcessValues().languageId = 1;
     CQtDialogWindows windows(nullptr);
-    const UserStep paste = [] {
-        QGuiApplication::clipboard()->setText("345678");
-        Field()->paste();
+    const auto pasting = [](const char* text) -> UserStep {
+        return [text] {
+            QGuiApplication::clipboard()->setText(text);
+            Field()->paste();
+        };
     };
     const auto answering = [](const char* text) { return [text] { EXPECT_EQ(AnswerMessage(), QString(text)); }; };
     const UserStep ok = Clicking(keypad, RES_OK);
@@ -304,7 +306,8 @@ TEST(QtKeypad, FieldHoldsWhatKeysAndButtonsPutIn)
         int answer = id_cancel;
     } rows[] = {
         {"six typed characters give five", {Typing(keypad, "123456"), escape}, u"12345"},
-        {"paste fills up to five", {Typing(keypad, "12"), paste, escape}, u"12345"},
+        {"paste fills up to five", {Typing(keypad, "12"), pasting("345678"), escape}, u"12345"},
+        {"what is pasted ends with its line", {pasting("12\n3"), escape}, u"12"},
         {"buttons pass the limit, keys do not", {Typing(keypad, "12345"), six, Typing(keypad, "7"), escape}, u"123456"},
         {"typing again below the limit",
          {Typing(keypad, "12345"), six, back, back, Typing(keypad, "89"), escape},
