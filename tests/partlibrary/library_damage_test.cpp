@@ -2,9 +2,13 @@
 #include "partlibrary/library/library_names.h"
 #include "partlibrary/library/library_walk.h"
 #include "partlibrary/sqlite/library_rows.h"
+#include "partlibrary/sqlite/schema.h"
 #include "tests/partlibrary/library_fixture.h"
 
+#include <QtEndian>
+
 #include <filesystem>
+#include <numeric>
 #include <random>
 #include <set>
 #include <sqlite3.h>
@@ -30,6 +34,19 @@ protected:
             EXPECT_NE(name.front(), '!') << label << ": " << name;
         }
         return ProblemText(session.Problem());
+    }
+
+    static std::string BigEndian(quint32 number)
+    {
+        std::string bytes(4, '\0');
+        qToBigEndian(number, bytes.data());
+        return bytes;
+    }
+    // The sound library, or another file, with other bytes at one place.
+    [[nodiscard]] std::string With(std::size_t at, std::string_view bytes, std::string file = {}) const
+    {
+        file = file.empty() ? sound_ : file;
+        return file.replace(at, bytes.size(), bytes);
     }
 
     std::string file_ = library_file_.toStdString();
@@ -122,6 +139,9 @@ TEST_F(LibraryDamage, WhatIsNoLibraryIsTold)
         {"later version", LibraryFault::OtherVersion, [&] { forge("PRAGMA user_version=9"); }},
         {"a stranger's view", LibraryFault::Damaged, [&] { forge("CREATE VIEW extra AS SELECT 1"); }},
         {"a table gone", LibraryFault::Damaged, [&] { forge("DROP TABLE part_search"); }},
+        {"the index's own table in other words", LibraryFault::Damaged,
+         [&] { WriteBytes(file_, With(sound_.find("k PRIMARY KEY, v)"), "k PRIMARY KEY, w)")); }},
+        {"one with a log", LibraryFault::CannotOpen, [&] { WriteBytes(file_, With(18, "\2\2")); }},
     };
     for (const auto& [label, fault, make] : rows) {
         std::filesystem::remove_all(file_);
@@ -129,6 +149,36 @@ TEST_F(LibraryDamage, WhatIsNoLibraryIsTold)
         problem_ = {};
         EXPECT_EQ(CSqliteLibrary::Open(library_file_, problem_), nullptr) << label;
         EXPECT_EQ(problem_.fault, fault) << label << ": " << ProblemText(problem_);
+    }
+    EXPECT_FALSE(std::filesystem::exists(file_ + "-shm")) << "which anybody could cut short";
+}
+
+// The first page of a table leads to pages that all lead to one page with rows, many million times in all.
+TEST_F(LibraryDamage, PagesThatLeadToEachOtherEndARead)
+{
+    const auto upper = [](quint32 below) {
+        constexpr int entries = 10000;
+        constexpr int at = page_bytes - 16; // the only entry there is, above any number that is asked for
+        const std::string number = BigEndian(below);
+        std::string page = "\5" + BigEndian(entries) + BigEndian(at).substr(2) + std::string(1, '\0') + number;
+        for (int entry = 0; entry < entries; ++entry) {
+            page += BigEndian(at).substr(2);
+        }
+        page.resize(at);
+        return (page + number + "\x7F").append(11, '\0');
+    };
+    const auto pages = static_cast<quint32>(sound_.size() / page_bytes);
+    for (const QString& table : {u"folder"_s, u"part_file"_s}) {
+        WriteBytes(file_, sound_);
+        const auto root = static_cast<std::size_t>(RootOf(table));
+        const std::string rows = sound_.substr(root, page_bytes);
+        WriteBytes(file_, With(root, upper(pages + 2)) + rows + upper(pages + 1));
+        WriteBytes(file_, With(28, BigEndian(pages + 2), ReadBytes(file_)));
+        const auto library = CSqliteLibrary::Open(library_file_, problem_);
+        ASSERT_NE(library, nullptr) << ProblemText(problem_);
+        EXPECT_FALSE(table == u"folder" ? library->Ids({all_folders, -1, {}}).has_value()
+                                        : library->Files(std::array{PartId{5}}).has_value());
+        EXPECT_EQ(library->Problem().fault, LibraryFault::Damaged) << ProblemText(library->Problem());
     }
 }
 
@@ -185,9 +235,9 @@ TEST_F(LibraryDamage, AnInterruptedWriteIsTakenBackWhereItBelongs)
     const std::string journal = ReadBytes(file_ + "-journal");
     writer.reset();
     ASSERT_NE(half, sound_);
-    const auto leave = [&](const std::string& library) {
+    const auto leave = [&](const std::string& library, const std::string& end = {}) {
         WriteBytes(file_, library);
-        WriteBytes(file_ + "-journal", journal);
+        WriteBytes(file_ + "-journal", journal + end);
     };
     leave(half);
     EXPECT_EQ(UseServer(), "");
@@ -196,6 +246,17 @@ TEST_F(LibraryDamage, AnInterruptedWriteIsTakenBackWhereItBelongs)
     leave(half); // while session_ has the library open
     EXPECT_TRUE(CopyP1()) << ProblemText(session_.Problem());
     EXPECT_EQ(Check(), "");
+    const std::string named = file_ + ".mine"; // by the journal, as what the change has to do with as well
+    WriteBytes(named, "mine");
+    leave(half, BigEndian((1 << 30) / page_bytes + 1) + named + BigEndian(static_cast<quint32>(named.size())) +
+                    BigEndian(static_cast<quint32>(std::accumulate(named.begin(), named.end(), 0))) +
+                    journal.substr(0, 8));
+    UseServer();
+    EXPECT_EQ(ReadBytes(named), "mine");
+    std::filesystem::remove(file_ + "-journal");
+    ASSERT_EQ(mkfifo((file_ + "-journal").c_str(), 0600), 0);
+    WriteBytes(file_, sound_);
+    EXPECT_EQ(UseServer(), "") << "a pipe would be waited for";
 
     for (const QString& name : {u"L"_s, u"M"_s}) {
         libraries_.Fill(u"SRV1"_s, [&](ILibraryWriter& other) { PutTestPart(other, u"Later"_s, name, 1); });
@@ -215,7 +276,7 @@ TEST_F(LibraryDamage, AnInterruptedWriteIsTakenBackWhereItBelongs)
     for (const std::string& name : NamesIn(std::filesystem::path(file_).parent_path())) {
         aside += name.find("-journal-foreign-") != std::string::npos ? 1 : 0;
     }
-    EXPECT_EQ(aside, 3U) << "nothing is deleted";
+    EXPECT_EQ(aside, 4U) << "nothing is deleted";
 
     const auto spoilt = [&](std::size_t at, const std::string& bytes) {
         return journal.substr(0, at) + bytes + journal.substr(std::min(journal.size(), at + bytes.size()));

@@ -273,15 +273,17 @@ void LibraryShop::ForgeFolder(const QString& path)
             connection->Problem());
 }
 
+qint64 LibraryShop::RootOf(const QString& name)
+{
+    const auto connection = Forger();
+    CStatement root(*connection, "SELECT rootpage FROM sqlite_schema WHERE name = ?");
+    return root.With(name).Next() ? (root.Integer(0) - 1) * page_bytes : 0;
+}
+
 void LibraryShop::SwapEntries(const QString& name, qsizetype first, qsizetype second)
 {
-    const auto page = [&] {
-        const auto connection = Forger();
-        CStatement root(*connection, "SELECT rootpage FROM sqlite_schema WHERE name = ?");
-        return root.With(name).Next() ? root.Integer(0) : 0;
-    }();
     std::string bytes = ReadBytes(library_file_.toStdString());
-    const auto entries = bytes.begin() + (page - 1) * page_bytes + 8; // behind the head of a page without others below
+    const auto entries = bytes.begin() + RootOf(name) + 8; // behind the head of a page without others below
     std::swap_ranges(entries + 2 * first, entries + 2 * first + 2, entries + 2 * second);
     WriteBytes(library_file_.toStdString(), bytes);
 }

@@ -123,6 +123,9 @@ protected:
     void ForgePart(const QString& name);
     void ForgeFolder(const QString& path);
 
+    // Where the first page of a table or an index begins in the file.
+    qint64 RootOf(const QString& name);
+
     // Two entries in the first page of a table or an index change places.
     void SwapEntries(const QString& name, qsizetype first, qsizetype second);
 

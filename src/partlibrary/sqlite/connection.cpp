@@ -1,14 +1,17 @@
 #include "partlibrary/sqlite/connection.h"
 
 #include "partlibrary/library/library_text.h"
+#include "partlibrary/sqlite/engine_files.h"
 #include "partlibrary/sqlite/left_journal.h"
 #include "partlibrary/sqlite/schema.h"
 
+#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
 #include <array>
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <thread>
 #include <utility>
 
@@ -21,7 +24,9 @@ using std::chrono::milliseconds;
 constexpr milliseconds most_work{2000}; // of a statement without a row
 constexpr milliseconds impatience{10000};
 constexpr std::array<int, 6> busy_waits_ms{1, 2, 5, 10, 20, 25};
-constexpr int progress_steps = 20000;
+constexpr int progress_steps = 2000;    // some of which may have the longest value before them
+constexpr qint64 block_bytes = 512;     // of those that stat(2) tells: a file may claim to be of any size
+constexpr qint64 least_row_bytes = 8;   // no row of ours takes as few
 constexpr int longest_value = 16 << 20; // bytes; a library's own rows stay far below
 
 // Look-ups in a large library want as many pages at hand as can be; content that streams through wants few.
@@ -112,7 +117,7 @@ bool CConnection::OpenFile()
 {
     const int access = IsReading(mode_) ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
     const std::string file = mode_ == OpenMode::Create ? ":memory:" : ToUtf8(file_);
-    const int code = sqlite3_open_v2(file.c_str(), &database_, access | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int code = sqlite3_open_v2(file.c_str(), &database_, access | SQLITE_OPEN_NOMUTEX, EngineFiles());
     if (code != SQLITE_OK) {
         problem_ = EngineProblem(database_ != nullptr ? sqlite3_extended_errcode(database_) : code);
         return false;
@@ -128,11 +133,10 @@ bool CConnection::OpenFile()
     return true;
 }
 
-// No memory mapping: a mapped library that somebody cuts short would end the host process.
 bool CConnection::SetUp()
 {
-    const bool ready = Execute("PRAGMA cell_size_check=1") && Execute("PRAGMA mmap_size=0") &&
-                       Execute("PRAGMA temp_store=2") && Execute(CacheOf(mode_)) &&
+    const bool ready = Execute("PRAGMA cell_size_check=1") && Execute("PRAGMA temp_store=2") &&
+                       Execute(CacheOf(mode_)) &&
                        (IsReading(mode_) || (Execute(write_spill) && Execute("PRAGMA secure_delete=0"))) &&
                        AddRowFunctions(*this, database_);
     return ready && (mode_ == OpenMode::Create ? CreateSchema(*this) : CheckSchema(*this));
@@ -253,6 +257,21 @@ int CConnection::OnProgress(void* connection)
     return now - self.work_began_ > most_work ? 1 : 0;
 }
 
+// The engine does not see that pages of a library lead to each other again and again.
+bool CConnection::HasRoomFor(qint64 rows)
+{
+    if (mode_ != OpenMode::Read || rows <= room_) {
+        return true;
+    }
+    struct stat status = {};
+    if (stat(QFile::encodeName(file_).constData(), &status) != 0) {
+        return true;
+    }
+    const qint64 taken = status.st_blocks > 0 ? qint64{status.st_blocks} * block_bytes : status.st_size;
+    room_ = std::max(room_, taken / least_row_bytes);
+    return rows <= room_;
+}
+
 // Makes the statement's place too, since it is given back where nothing may fail.
 sqlite3_stmt* CConnection::Take(const std::string& sql)
 {
@@ -298,6 +317,7 @@ CStatement::~CStatement()
 void CStatement::Reset()
 {
     failed_ = statement_ == nullptr;
+    rows_ = 0;
     if (statement_ != nullptr) {
         sqlite3_reset(statement_);
         sqlite3_clear_bindings(statement_);
@@ -365,6 +385,12 @@ bool CStatement::Next()
     if (code == SQLITE_READONLY_ROLLBACK && TakeBackLeftChanges(connection_.file_)) {
         sqlite3_reset(statement_);
         code = Step();
+    }
+    if (code == SQLITE_ROW && !connection_.HasRoomFor(++rows_)) {
+        failed_ = true;
+        connection_.problem_ = {LibraryFault::Damaged, connection_.file_,
+                                QStringLiteral("its pages lead to each other")};
+        return false;
     }
     return code == SQLITE_ROW || (code != SQLITE_DONE && Fail(code));
 }

@@ -111,6 +111,7 @@ private:
     CConnection(QString file, OpenMode mode) : file_(std::move(file)), mode_(mode) {}
     bool OpenFile();
     bool SetUp();
+    [[nodiscard]] bool HasRoomFor(qint64 rows); // the file, for so many of one statement
     [[nodiscard]] sqlite3_stmt* Take(const std::string& sql);
     void GiveBack(const std::string& sql, sqlite3_stmt* statement) noexcept;
     [[nodiscard]] LibraryProblem EngineProblem(int code) const;
@@ -124,6 +125,7 @@ private:
     LibraryProblem problem_;
     QByteArray id_;
     qint64 salt_ = 0;
+    qint64 room_ = 4096; // in rows; for so few nobody looks
     std::chrono::milliseconds patience_ = usual_patience;
     Clock::time_point wait_began_;
     Clock::time_point impatient_until_;
@@ -182,6 +184,7 @@ private:
     CConnection& connection_;
     std::string sql_;
     sqlite3_stmt* statement_;
+    qint64 rows_ = 0;             // so far
     mutable bool failed_ = false; // also by a value that there is no memory for
 };
 

@@ -12,9 +12,11 @@
 
 #include "partlibrary/library/library_text.h"
 #include "partlibrary/sqlite/connection.h"
+#include "partlibrary/sqlite/engine_files.h"
 #include "partlibrary/sqlite/schema.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QRandomGenerator>
 #include <QtEndian>
 
@@ -54,8 +56,8 @@ class CLibraryFile {
 public:
     explicit CLibraryFile(const QString& library)
     {
-        code_ =
-            sqlite3_open_v2(ToUtf8(library).c_str(), &database_, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
+        code_ = sqlite3_open_v2(ToUtf8(library).c_str(), &database_, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX,
+                                EngineFiles());
         if (database_ != nullptr) { // there is none without memory
             sqlite3_file_control(database_, "main", SQLITE_FCNTL_FILE_POINTER, &file_);
         }
@@ -105,10 +107,12 @@ Owner OwnerOf(const QByteArray& journal, const QByteArray& library)
     return since <= 1 && !mark.isEmpty() && mark == LibraryMark(before) ? Owner::ThisState : Owner::Another;
 }
 
-ino_t InodeOf(const QString& file)
+struct stat StatusOf(const QString& file)
 {
     struct stat status = {};
-    return stat(QFile::encodeName(file).constData(), &status) == 0 ? status.st_ino : 0;
+    const bool found = lstat(QFile::encodeName(file).constData(), &status) == 0;
+    status.st_ino = found ? status.st_ino : 0;
+    return status;
 }
 
 bool Refuse(LibraryProblem& problem, const QString& library)
@@ -122,9 +126,10 @@ bool Refuse(LibraryProblem& problem, const QString& library)
 // A writer that begins between the look and the renaming keeps its journal: it is put back.
 bool SetForeignJournalAside(const QString& library, LibraryProblem& problem)
 {
-    const QString journal = library + QStringLiteral("-journal");
-    const ino_t inode = InodeOf(journal);
-    if (inode == 0) {
+    const QString itself = QFileInfo(library).canonicalFilePath(); // beside which the engine looks
+    const QString journal = (itself.isEmpty() ? library : itself) + QStringLiteral("-journal");
+    const struct stat status = StatusOf(journal);
+    if (status.st_ino == 0) {
         return true;
     }
     const CLibraryFile file(library);
@@ -135,7 +140,9 @@ bool SetForeignJournalAside(const QString& library, LibraryProblem& problem)
     if (file.IsBeingChanged()) {
         return true;
     }
-    const Owner owner = OwnerOf(ReadStart(journal, qsizetype{3} * page_bytes), file.FirstPage());
+    const Owner owner = S_ISREG(status.st_mode)
+                            ? OwnerOf(ReadStart(journal, qsizetype{3} * page_bytes), file.FirstPage())
+                            : Owner::Another; // the engine writes none as a link or a pipe
     if (owner != Owner::Another) {
         return owner == Owner::ThisState || Refuse(problem, library);
     }
@@ -145,7 +152,7 @@ bool SetForeignJournalAside(const QString& library, LibraryProblem& problem)
     if (rename(QFile::encodeName(journal).constData(), name.constData()) != 0) {
         return Refuse(problem, library);
     }
-    if (InodeOf(aside) != inode) {
+    if (StatusOf(aside).st_ino != status.st_ino) {
         static_cast<void>(link(name.constData(), QFile::encodeName(journal).constData()));
         unlink(name.constData());
     }

@@ -2,6 +2,7 @@
 
 #include "partlibrary/library/library_text.h"
 #include "partlibrary/sqlite/connection.h"
+#include "partlibrary/sqlite/engine_files.h"
 
 #include <chrono>
 #include <sqlite3.h>
@@ -57,7 +58,8 @@ bool CopyLibrary(const QString& file, const QString& target, const WorkProgress&
         return false;
     }
     sqlite3* opened = nullptr;
-    int code = sqlite3_open_v2(ToUtf8(target).c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+    int code =
+        sqlite3_open_v2(ToUtf8(target).c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, EngineFiles());
     const Database copy(opened);
     if (code == SQLITE_OK) { // nobody else knows the copy yet, so no journal is needed beside it
         sqlite3_exec(copy.get(), "PRAGMA journal_mode=MEMORY", nullptr, nullptr, nullptr);

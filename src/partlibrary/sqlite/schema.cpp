@@ -1,5 +1,6 @@
 #include "partlibrary/sqlite/schema.h"
 
+#include "partlibrary/library/library_names.h"
 #include "partlibrary/library/library_text.h"
 #include "partlibrary/library/sort_text.h"
 #include "partlibrary/sqlite/connection.h"
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <sqlite3.h>
 
 namespace partkeep {
@@ -58,9 +60,14 @@ constexpr std::array schema{
                                 "pairs, content='', columnsize=0, detail=none, tokenize='ascii')"},
 };
 
-// Tables that the full-text index keeps for itself.
-constexpr std::array<std::string_view, 4> index_tables{"part_search_data", "part_search_idx", "part_search_docsize",
-                                                       "part_search_config"};
+// Tables that the full-text index keeps for itself, in the engine's own words. It reads them as they are told: another
+// text could make it reckon without end.
+constexpr std::array index_tables{
+    SchemaObject{"part_search_data", "CREATE TABLE 'part_search_data'(id INTEGER PRIMARY KEY, block BLOB)"},
+    SchemaObject{"part_search_idx", "CREATE TABLE 'part_search_idx'(segid, term, pgno, PRIMARY KEY(segid, term)) "
+                                    "WITHOUT ROWID"},
+    SchemaObject{"part_search_config", "CREATE TABLE 'part_search_config'(k PRIMARY KEY, v) WITHOUT ROWID"},
+};
 
 bool CheckMarks(CConnection& connection)
 {
@@ -100,7 +107,7 @@ const SchemaObject* FindObject(std::string_view name)
     return found != schema.end() ? found : nullptr;
 }
 
-bool IsKnown(std::string_view type, std::string_view name, std::string_view sql)
+bool IsKnown(std::string_view name, std::string_view sql)
 {
     if (const SchemaObject* const object = FindObject(name); object != nullptr) {
         const bool marked = object == schema.begin();
@@ -108,7 +115,8 @@ bool IsKnown(std::string_view type, std::string_view name, std::string_view sql)
                             sql.substr(object->sql.size() + mark_bytes) == mark_end
                       : sql == object->sql;
     }
-    return type == "table" && std::find(index_tables.begin(), index_tables.end(), name) != index_tables.end();
+    return std::any_of(index_tables.begin(), index_tables.end(),
+                       [&](const SchemaObject& table) { return table.name == name && table.sql == sql; });
 }
 
 std::string NewMark()
@@ -121,26 +129,42 @@ std::string NewMark()
     return mark;
 }
 
+// What no sound attribute can be stands for no text at all: making keys of it would take long.
 QString TextOf(sqlite3_value* value)
 {
+    constexpr int most_bytes = 4 * static_cast<int>(max_attribute_bytes); // a byte of a code page becomes four at most
+    if (sqlite3_value_bytes(value) > most_bytes) {
+        return {QChar(QChar::ReplacementCharacter)};
+    }
     const auto* bytes = reinterpret_cast<const char*>(sqlite3_value_text(value));
     return FromUtf8({bytes != nullptr ? bytes : "", static_cast<std::size_t>(sqlite3_value_bytes(value))});
 }
 
-void MakeSortKey(sqlite3_context* context, int /*count*/, sqlite3_value** values)
+// Nothing may fly through the engine's frames.
+template <auto function>
+void Guarded(sqlite3_context* context, int /*count*/, sqlite3_value** values) noexcept
+{
+    try {
+        function(context, values);
+    } catch (const std::bad_alloc&) {
+        sqlite3_result_error_nomem(context);
+    }
+}
+
+void MakeSortKey(sqlite3_context* context, sqlite3_value** values)
 {
     const QByteArray key = SortKey(TextOf(values[0]));
     sqlite3_result_blob(context, key.constData(), static_cast<int>(key.size()), SQLITE_TRANSIENT);
 }
 
-void MakeSearchText(sqlite3_context* context, int /*count*/, sqlite3_value** values)
+void MakeSearchText(sqlite3_context* context, sqlite3_value** values)
 {
     const std::string text =
         ToUtf8(SearchText({0, 0, 0, 0, TextOf(values[0]), TextOf(values[1]), TextOf(values[2]), TextOf(values[3])}));
     sqlite3_result_text(context, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
 }
 
-void PartIsSound(sqlite3_context* context, int /*count*/, sqlite3_value** values)
+void PartIsSound(sqlite3_context* context, sqlite3_value** values)
 {
     const bool sound = IsSoundPart(TextOf(values[1]), TextOf(values[2]), TextOf(values[3]), TextOf(values[4]));
     if (!sound) {
@@ -174,14 +198,14 @@ bool CheckSchema(CConnection& connection)
     if (!one_state || !CheckMarks(connection) || !CheckLength(connection)) {
         return false;
     }
-    CStatement objects(connection, "SELECT type, name, sql FROM sqlite_schema");
+    CStatement objects(connection, "SELECT name, sql FROM sqlite_schema");
     std::size_t known = 0;
     bool foreign = false;
     while (!foreign && objects.Next()) {
-        foreign = !IsKnown(objects.Raw(0), objects.Raw(1), objects.Raw(2));
-        known += FindObject(objects.Raw(1)) != nullptr ? 1U : 0U;
-        if (objects.Raw(1) == schema.front().name) {
-            connection.SetId(LibraryMark(objects.Bytes(2)));
+        foreign = !IsKnown(objects.Raw(0), objects.Raw(1));
+        known += FindObject(objects.Raw(0)) != nullptr ? 1U : 0U;
+        if (objects.Raw(0) == schema.front().name) {
+            connection.SetId(LibraryMark(objects.Bytes(1)));
         }
     }
     if (objects.Failed()) {
@@ -200,8 +224,8 @@ bool AddRowFunctions(CConnection& connection, sqlite3* database)
         return sqlite3_create_function_v2(database, name, values, SQLITE_UTF8 | SQLITE_DIRECTONLY, &connection,
                                           function, nullptr, nullptr, nullptr) == SQLITE_OK;
     };
-    const bool added = add("part_is_sound", 5, PartIsSound) && add("sort_key", 1, MakeSortKey) &&
-                       add("search_text_of", 4, MakeSearchText);
+    const bool added = add("part_is_sound", 5, Guarded<PartIsSound>) && add("sort_key", 1, Guarded<MakeSortKey>) &&
+                       add("search_text_of", 4, Guarded<MakeSearchText>);
     if (!added) { // nothing else can go wrong with them
         connection.SetProblem({LibraryFault::NoMemory, connection.File(), {}});
     }

@@ -278,11 +278,15 @@ std::optional<std::vector<FileRow>> CSqliteLibrary::FileRows(PartId part)
     CStatement statement(*connection_, std::string("SELECT ") + file_row_columns +
                                            " FROM part_file WHERE id BETWEEN ? AND ? ORDER BY id");
     std::vector<FileRow> files;
-    for (statement.With(part * slots_per_part, part * slots_per_part + slots_per_part - 1); statement.Next();) {
+    qint64 next = part * slots_per_part;
+    const qint64 last = next + slots_per_part - 1;
+    for (statement.With(next, last); statement.Next();) {
         FileRow file;
-        if (ReadFileRow(statement, file) != RowFault::None) {
+        const qint64 id = statement.Integer(0); // a tree that is out of order gives rows that nobody asked for
+        if (id < next || id > last || ReadFileRow(statement, file) != RowFault::None) {
             return RefuseDamaged();
         }
+        next = id + 1;
         files.push_back(std::move(file));
     }
     return statement.Failed() ? std::nullopt : std::optional(std::move(files));
