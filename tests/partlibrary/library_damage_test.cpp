@@ -182,6 +182,17 @@ TEST_F(LibraryDamage, PagesThatLeadToEachOtherEndARead)
     }
 }
 
+TEST_F(LibraryDamage, TablesThatComeLaterAreNotTaken)
+{
+    const auto library = CSqliteLibrary::Open(library_file_, problem_);
+    const auto forger = Forger();
+    ASSERT_TRUE(forger->Execute("ALTER TABLE part RENAME TO parts") &&
+                forger->Execute("CREATE VIEW part AS SELECT * FROM parts"));
+    EXPECT_FALSE(library->FindPart(u"Plates\\2008"_s, u"P1"_s)) << "nothing is run in a stranger's words";
+    EXPECT_FALSE(library->Ids({all_folders, -1, {}}));
+    EXPECT_EQ(library->Problem().fault, LibraryFault::Damaged) << ProblemText(library->Problem());
+}
+
 TEST_F(LibraryDamage, SearchAndImportEndWhateverTheRowsSay)
 {
     Forge(u"UPDATE folder SET parts = 1000000"_s);

@@ -306,6 +306,8 @@ TEST_F(LibraryTool, AWatchTakesWhatArrivesWhateverHappensMeanwhile)
     };
     Write("drop/N/A.iga", "1");
     Write("drop/N/note.txt", "no part");
+    Write("home/private", "of who watches");
+    fs::create_symlink(fs::absolute("home/private"), "drop/N/L.iga");
     becomes(u"A"_s, 1);
     {
         std::ofstream written("drop/N/B.iga");
@@ -328,6 +330,7 @@ TEST_F(LibraryTool, AWatchTakesWhatArrivesWhateverHappensMeanwhile)
         EXPECT_EQ(bytes_of(u"C"_s), -1);
     }
     becomes(u"C"_s, 1);
+    EXPECT_EQ(bytes_of(u"L"_s), -1);
     stop_asked = true;
     watch.join();
     stop_asked = false;

@@ -10,8 +10,11 @@
 #include <QFile>
 
 #include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
 #include <filesystem>
 #include <map>
+#include <sys/stat.h>
 #include <system_error>
 #include <utility>
 
@@ -172,11 +175,13 @@ LibraryProblem TryContent(FileSlot slot, const ContentSource& source)
     return fault != nullptr ? LibraryProblem{LibraryFault::BadInput, {}, QString::fromLatin1(fault)} : LibraryProblem{};
 }
 
-bool StoreFile(ILibraryWriter& writer, FileSlot slot, SourceFile& source, bool dry_run, LibraryProblem& problem)
+bool StoreFile(ILibraryWriter& writer, FileSlot slot, SourceFile& source, const ImportOptions& options,
+               LibraryProblem& problem)
 {
-    QFile file(source.path);
-    if (file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        if (dry_run) {
+    const CFileHandle opened = OpenSource(source.path, options, problem);
+    QFile file;
+    if (opened.IsOpen() && file.open(opened.Descriptor(), QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        if (options.dry_run) {
             problem = TryContent(slot, SourceOf(file));
         } else if (const auto stored = writer.Store(slot, SourceOf(file))) {
             source.content = *stored;
@@ -205,7 +210,7 @@ bool StoreFiles(ILibraryWriter& writer, const ImportOptions& options, SourcePart
 {
     for (auto& [key, source] : parts) {
         for (auto& [slot, file] : source.files) {
-            if (!StoreFile(writer, slot, file, options.dry_run, problem)) {
+            if (!StoreFile(writer, slot, file, options, problem)) {
                 return false;
             }
             ++report.files;
@@ -250,6 +255,20 @@ bool PutParts(ILibraryWriter& writer, const ImportOptions& options, SourceParts&
 }
 
 } // namespace
+
+CFileHandle OpenSource(const QString& file, const ImportOptions& options, LibraryProblem& problem)
+{
+    CFileHandle opened =
+        CFileHandle::Open(ToUtf8(file), O_RDONLY | O_NONBLOCK | (options.follow_links ? 0 : O_NOFOLLOW));
+    struct stat status = {};
+    if (!opened.IsOpen()) {
+        problem = {LibraryFault::ReadFailed, file, qt_error_string(errno)};
+    } else if (fstat(opened.Descriptor(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        problem = {LibraryFault::ReadFailed, file, QStringLiteral("not a file")};
+        return CFileHandle();
+    }
+    return opened;
+}
 
 // By text alone, as the path was put together: the source may be given relative to anything.
 std::optional<ImportTarget> TargetOf(const QString& file, const ImportOptions& options, LibraryProblem& problem)

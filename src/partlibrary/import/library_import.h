@@ -5,6 +5,7 @@
 #include "partlibrary/library/file_kinds.h"
 #include "partlibrary/library/library_admin.h"
 #include "partlibrary/library/library_problem.h"
+#include "platform/posix/file_handle.h"
 
 #include <QString>
 #include <QStringList>
@@ -22,6 +23,7 @@ struct ImportOptions {
     std::optional<QStringList> files = {}; // only these, by their native paths in the source; none: all that it holds
     WorkProgress progress = {};            // by files, then parts; may be none
     bool dry_run = false;                  // everything is looked at, and nothing written
+    bool follow_links = true;              // to files; those to folders never
 };
 
 struct ImportReport {
@@ -40,6 +42,10 @@ struct ImportTarget {
 // the problem.
 [[nodiscard]] std::optional<ImportTarget> TargetOf(const QString& file, const ImportOptions& options,
                                                    LibraryProblem& problem);
+
+// A file of the source to read from, so that a pipe that has taken its place is not waited for. Not open on failure,
+// with the reason.
+[[nodiscard]] CFileHandle OpenSource(const QString& file, const ImportOptions& options, LibraryProblem& problem);
 
 // Runs in a transaction of its own. False on failure, with the reason; the library is then as it was.
 bool ImportFolder(ILibraryWriter& writer, const ImportOptions& options, ImportReport& report, LibraryProblem& problem);

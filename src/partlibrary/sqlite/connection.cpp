@@ -21,12 +21,14 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds most_work{2000}; // of a statement without a row
+constexpr milliseconds most_work{2000};         // of a statement without a row
+constexpr milliseconds most_work_in_all{10000}; // on rows that take long
 constexpr milliseconds impatience{10000};
 constexpr std::array<int, 6> busy_waits_ms{1, 2, 5, 10, 20, 25};
 constexpr int progress_steps = 2000;    // some of which may have the longest value before them
-constexpr qint64 block_bytes = 512;     // of those that stat(2) tells: a file may claim to be of any size
-constexpr qint64 least_row_bytes = 8;   // no row of ours takes as few
+constexpr qint64 block_bytes = 512;     // of those that stat(2) tells
+constexpr qint64 believed = 256 << 20;  // bytes of what a file says that it has, whatever the system has stored of it
+constexpr qint64 least_row_bytes = 32;  // no row takes as few, with its entries in indexes
 constexpr int longest_value = 16 << 20; // bytes; a library's own rows stay far below
 
 // Look-ups in a large library want as many pages at hand as can be; content that streams through wants few.
@@ -127,9 +129,9 @@ bool CConnection::OpenFile()
     sqlite3_limit(database_, SQLITE_LIMIT_LENGTH, longest_value);
     sqlite3_db_config(database_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(database_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-    if (mode_ == OpenMode::Read) {
-        sqlite3_progress_handler(database_, progress_steps, OnProgress, this);
-    }
+    sqlite3_db_config(database_, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr); // also of those that come later
+    sqlite3_db_config(database_, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
+    sqlite3_progress_handler(database_, progress_steps, OnProgress, this);
     return true;
 }
 
@@ -139,7 +141,11 @@ bool CConnection::SetUp()
                        Execute(CacheOf(mode_)) &&
                        (IsReading(mode_) || (Execute(write_spill) && Execute("PRAGMA secure_delete=0"))) &&
                        AddRowFunctions(*this, database_);
-    return ready && (mode_ == OpenMode::Create ? CreateSchema(*this) : CheckSchema(*this));
+    const bool sound = ready && (mode_ == OpenMode::Create ? CreateSchema(*this) : CheckSchema(*this));
+    if (mode_ != OpenMode::Read) { // which may take its time from here on
+        sqlite3_progress_handler(database_, 0, nullptr, nullptr);
+    }
+    return sound;
 }
 
 CConnection::~CConnection()
@@ -188,7 +194,33 @@ void CConnection::RollBackChange()
 std::optional<qint64> CConnection::State()
 {
     CStatement state(*this, "PRAGMA data_version");
-    return state.Next() ? std::optional(state.Integer(0)) : std::nullopt;
+    const auto now = state.Next() ? std::optional(state.Integer(0)) : std::nullopt;
+    if (now != state_ && now && !HasItsTables()) {
+        return std::nullopt;
+    }
+    state_ = now;
+    return now;
+}
+
+// The engine takes up what tables somebody makes while the library is open.
+bool CConnection::HasItsTables()
+{
+    CStatement version(*this, "PRAGMA schema_version");
+    if (!version.Next()) {
+        return false;
+    }
+    const qint64 now = version.Integer(0);
+    const QByteArray id = id_;
+    if (tables_ && tables_ != now && !CheckSchema(*this)) {
+        return false;
+    }
+    if (id_ != id) { // written over by another
+        SetId(id);
+        problem_ = {LibraryFault::Damaged, file_, QStringLiteral("another library stands in its place")};
+        return false;
+    }
+    tables_ = now;
+    return true;
 }
 
 std::string CConnection::Image() const
@@ -252,23 +284,21 @@ int CConnection::OnProgress(void* connection)
     auto& self = *static_cast<CConnection*>(connection);
     const auto now = Clock::now();
     if (!std::exchange(self.work_timed_, true)) {
-        self.work_began_ = now;
+        self.work_began_ = self.last_look_ = now;
     }
-    return now - self.work_began_ > most_work ? 1 : 0;
+    self.worked_ += now - std::exchange(self.last_look_, now);
+    return now - self.work_began_ > most_work || self.worked_ > most_work_in_all ? 1 : 0;
 }
 
 // The engine does not see that pages of a library lead to each other again and again.
 bool CConnection::HasRoomFor(qint64 rows)
 {
-    if (mode_ != OpenMode::Read || rows <= room_) {
-        return true;
-    }
     struct stat status = {};
-    if (stat(QFile::encodeName(file_).constData(), &status) != 0) {
+    if (!IsReading(mode_) || rows <= room_ || stat(QFile::encodeName(file_).constData(), &status) != 0) {
         return true;
     }
-    const qint64 taken = status.st_blocks > 0 ? qint64{status.st_blocks} * block_bytes : status.st_size;
-    room_ = std::max(room_, taken / least_row_bytes);
+    const qint64 taken = std::max(qint64{status.st_blocks} * block_bytes, std::min<qint64>(status.st_size, believed));
+    room_ = std::max(room_, taken / (mode_ == OpenMode::Read ? least_row_bytes : 1));
     return rows <= room_;
 }
 
@@ -318,6 +348,7 @@ void CStatement::Reset()
 {
     failed_ = statement_ == nullptr;
     rows_ = 0;
+    connection_.worked_ = {};
     if (statement_ != nullptr) {
         sqlite3_reset(statement_);
         sqlite3_clear_bindings(statement_);

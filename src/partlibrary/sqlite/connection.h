@@ -111,6 +111,7 @@ private:
     CConnection(QString file, OpenMode mode) : file_(std::move(file)), mode_(mode) {}
     bool OpenFile();
     bool SetUp();
+    [[nodiscard]] bool HasItsTables();
     [[nodiscard]] bool HasRoomFor(qint64 rows); // the file, for so many of one statement
     [[nodiscard]] sqlite3_stmt* Take(const std::string& sql);
     void GiveBack(const std::string& sql, sqlite3_stmt* statement) noexcept;
@@ -129,7 +130,11 @@ private:
     std::chrono::milliseconds patience_ = usual_patience;
     Clock::time_point wait_began_;
     Clock::time_point impatient_until_;
-    Clock::time_point work_began_;
+    std::optional<qint64> state_;  // that was seen last
+    std::optional<qint64> tables_; // and the version of the tables then
+    Clock::time_point work_began_; // of the step that is under way
+    Clock::time_point last_look_;
+    Clock::duration worked_{}; // of the statement, as far as a step was long enough to be looked at
     bool work_timed_ = false;
     bool waits_ = true;
     bool changing_ = false;

@@ -42,7 +42,7 @@ CPartPages::CPartPages(std::shared_ptr<CConnection> connection, PartListView vie
       phase_(parts_in_folder > small_folder && !shown_.words.isEmpty() && !other_keys ? Phase::Sample : Phase::Walk),
       window_(smallest_window * 4), candidate_window_(smallest_candidate_window), anchors_(1), ordered_({&view_})
 {
-    if (view_.folder == all_folders && shown_.folders == nullptr) {
+    if (!state_ || (view_.folder == all_folders && shown_.folders == nullptr)) {
         Fail();
     }
 }

@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <array>
-#include <new>
 #include <sqlite3.h>
 
 namespace partkeep {
@@ -146,7 +145,7 @@ void Guarded(sqlite3_context* context, int /*count*/, sqlite3_value** values) no
 {
     try {
         function(context, values);
-    } catch (const std::bad_alloc&) {
+    } catch (...) { // whatever else there could be comes of a length that there is no memory for
         sqlite3_result_error_nomem(context);
     }
 }
@@ -200,9 +199,10 @@ bool CheckSchema(CConnection& connection)
     }
     CStatement objects(connection, "SELECT name, sql FROM sqlite_schema");
     std::size_t known = 0;
+    std::size_t rows = 0;
     bool foreign = false;
     while (!foreign && objects.Next()) {
-        foreign = !IsKnown(objects.Raw(0), objects.Raw(1));
+        foreign = !IsKnown(objects.Raw(0), objects.Raw(1)) || ++rows > schema.size() + index_tables.size();
         known += FindObject(objects.Raw(0)) != nullptr ? 1U : 0U;
         if (objects.Raw(0) == schema.front().name) {
             connection.SetId(LibraryMark(objects.Bytes(1)));

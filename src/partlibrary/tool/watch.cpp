@@ -10,6 +10,7 @@
 #include "platform/posix/file_handle.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <array>
@@ -52,6 +53,7 @@ public:
           output_(output), source_{FromUtf8(options.other), CPlacePattern(FromUtf8(options.folder)).Text(), {}}
     {
         source_.dry_run = options.dry_run;
+        source_.follow_links = false; // who may write into the folder is not to have read what the user may read
         source_.progress = output.Progress("files");
     }
 
@@ -109,7 +111,7 @@ private:
             const FileState state{entry->is_regular_file(gone) ? entry->file_size(gone) : 0,
                                   entry->last_write_time(gone)};
             const QString path = FromUtf8(entry->path().string());
-            if (!gone && entry->is_regular_file(gone) && ParseImportName(path)) {
+            if (!gone && entry->is_regular_file(gone) && !entry->is_symlink(gone) && ParseImportName(path)) {
                 states[path] = state;
             }
         }
@@ -208,17 +210,20 @@ private:
             const auto part = target ? library->FindPart(target->folder, target->part) : std::nullopt;
             const auto known = part ? library->Files(std::array{part->id}) : std::nullopt;
             return known && std::any_of(known->begin(), known->end(), [&](const PartFile& row) {
-                       return row.slot == target->slot && row.hash == HashOf(file);
+                       return row.slot == target->slot && row.bytes == QFileInfo(file).size() &&
+                              row.hash == HashOf(file);
                    });
         });
         return true;
     }
-    static QByteArray HashOf(const QString& path)
+    [[nodiscard]] QByteArray HashOf(const QString& path) const
     {
-        QFile file(path);
+        LibraryProblem problem; // told when it is imported
+        const CFileHandle opened = OpenSource(path, source_, problem);
+        QFile file;
         CContentHash hash;
         QByteArray block;
-        if (!file.open(QIODevice::ReadOnly)) {
+        if (!opened.IsOpen() || !file.open(opened.Descriptor(), QIODevice::ReadOnly)) {
             return {};
         }
         while (!(block = file.read(1 << 20)).isEmpty()) {
