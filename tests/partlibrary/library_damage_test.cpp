@@ -179,6 +179,8 @@ TEST_F(LibraryDamage, PagesThatLeadToEachOtherEndARead)
         EXPECT_FALSE(table == u"folder" ? library->Ids({all_folders, -1, {}}).has_value()
                                         : library->Files(std::array{PartId{5}}).has_value());
         EXPECT_EQ(library->Problem().fault, LibraryFault::Damaged) << ProblemText(library->Problem());
+        EXPECT_TRUE(libraries_.At(u"SRV1"_s)->Repair(false, {}, problem_)) << ProblemText(problem_);
+        EXPECT_EQ(Check(), "");
     }
 }
 

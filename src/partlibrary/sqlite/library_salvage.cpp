@@ -12,12 +12,14 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <unordered_set>
 
 namespace partkeep {
 
 namespace {
 
 constexpr qint64 longest_skip = 64; // ids, over rows that the engine cannot reach
+constexpr int most_again = 1000;    // rows with a number that another has had
 
 const QString& LostFolder()
 {
@@ -71,11 +73,18 @@ private:
     bool Rows(const std::string& sql, qint64 end, const Each& each)
     {
         qint64 skip = 0;
+        int again = 0;
+        std::unordered_set<qint64> given;
         for (qint64 id = 0;;) {
             CStatement rows(damaged_, sql + " WHERE id > ? ORDER BY id");
             for (rows.With(id); rows.Next(); skip = 0) {
                 id = rows.Integer(0) < end ? std::max(id, rows.Integer(0)) : id;
-                if (!each(rows)) {
+                again += given.insert(rows.Integer(0)).second ? 0 : 1;
+                if (again > most_again) { // pages that lead to each other do so without end
+                    Drop(QStringLiteral("rows behind number %1 cannot be reached").arg(id));
+                    return true;
+                }
+                if (!Stop() || !each(rows)) {
                     return false;
                 }
             }
@@ -84,6 +93,9 @@ private:
             }
             if (damaged_.Problem().fault != LibraryFault::Damaged) {
                 problem_ = damaged_.Problem();
+                return false;
+            }
+            if (!Stop()) {
                 return false;
             }
             skip = std::clamp(skip * 2, qint64{1}, longest_skip);
@@ -121,14 +133,14 @@ private:
         }
         const auto path = paths_.find(row.folder);
         const QString folder = path != paths_.end() ? path->second : LostFolder();
-        if (path == paths_.end()) {
+        if (path == paths_.end() && repair_.mended.size() < max_findings) {
             repair_.mended += QStringLiteral("part %1: its folder is lost; it lies in %2").arg(row.name, folder);
         }
         if (!names_.emplace(folder, row.name).second) {
             Drop(QStringLiteral("part %1: another has its name").arg(JoinPath(folder, row.name)));
             return true;
         }
-        return Stop() && Put(folder, row);
+        return Put(folder, row);
     }
     bool Stop()
     {
