@@ -193,13 +193,19 @@ TEST(XmlReader, LeavesTheStreamBehindTheRootAndTheDocumentAsItWasWhenThatFails)
     EXPECT_EQ(Show(document), "<R/>");
 }
 
-// Without a window. At "~" it ends for once, and "!" can be seen, but not taken.
+// Without a window. At "~" it ends for once, "!" can be seen, but not taken, and "^" not even seen.
 class CDevice : public std::streambuf {
 public:
     explicit CDevice(const char* text) : at_(text) {}
 
 protected:
-    int_type underflow() override { return *at_ == '~' ? ++at_, traits_type::eof() : traits_type::to_int_type(*at_); }
+    int_type underflow() override
+    {
+        if (*at_ == '^') {
+            throw std::bad_alloc();
+        }
+        return *at_ == '~' ? ++at_, traits_type::eof() : traits_type::to_int_type(*at_);
+    }
     int_type uflow() override { return *at_ == '!' ? throw std::bad_alloc() : traits_type::to_int_type(*at_++); }
 
 private:
@@ -208,7 +214,8 @@ private:
 
 TEST(XmlReader, TakesAnEndOrAFailureOfItsStreamForTheLastThatComes)
 {
-    for (const auto& [text, bad] : {std::pair("<? ?><R><a/>~</R>", false), std::pair("<? ?><R>!</R>", true)}) {
+    for (const auto& [text, bad] :
+         {std::pair("<? ?><R><a/>~</R>", false), std::pair("<? ?><R>!</R>", true), std::pair("<? ?><R>^</R>", true)}) {
         CDevice device(text);
         std::istream stream(&device);
         CXmlDocument document;
