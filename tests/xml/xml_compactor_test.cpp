@@ -71,11 +71,12 @@ TEST(XmlCompactor, PutsEverythingInlineUnderOneNameArray)
 // Long pieces wait where they stand, what is around them where the copy itself may come to stand.
 TEST(XmlCompactor, KeepsWhatStandsAroundLongPieces)
 {
+    const std::string same_place = "a long n" + std::string(233, 'x'); // as "a long n" has among the names seen last
     for (const std::size_t length : {10, 5'000, 9'000, 70'000}) {
         CXmlElement root("r", 65001);
         root.AppendChild(CXmlElement("t", std::string(length, 't'), 65001));
         for (int round = 0; round < 4; ++round) {
-            for (const char* name : {"a long name", "a long name", "a long nome"}) {
+            for (const char* name : {"a long name", "a long name", "a long nome", same_place.c_str(), "a long n"}) {
                 root.AddChild(name, round == 1);
             }
             const std::string shown = Show(root);

@@ -82,6 +82,7 @@ TEST(XmlCodePage, TranscodesNamesAndTexts)
     EXPECT_EQ(TranscodeName(same, 932, 932).Text(), same.Text());
     EXPECT_EQ(TranscodeName(CXmlString("\xE2\x99\x9E"), 65001, 932).View(), "?");
     EXPECT_EQ(TranscodeText("x", 932, 932).Bytes(), nullptr);
+    EXPECT_EQ(TranscodeText("x", 932, 932).Size(), 0U);
     EXPECT_EQ(TranscodeText("", 932, 65001).Size(), 4U);
     const CXmlTextCell cell = TranscodeText({"\x95\x94\0b", 4}, 932, 65001);
     EXPECT_EQ(std::string(reinterpret_cast<const char*>(cell.Bytes()), cell.Size()), std::string("\5\0\0\0部\0b", 9));
