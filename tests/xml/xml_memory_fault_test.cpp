@@ -141,6 +141,46 @@ TEST(XmlMemoryFault, AnAppendOrAReadingOfValuesReportsFailure)
     });
 }
 
+TEST(XmlMemoryFault, ANameTableGivesANameOneIdOrReportsFailure)
+{
+    FailEachAllocation("the same", [] {
+        const auto table = CXmlNameTable::Make();
+        for (int at = 0; table && at < 80; ++at) {
+            const std::uint16_t id = table->Intern(std::to_string(at % 40) + "th");
+            if (id != at % 40 + 1) {
+                return id == 0 ? "-" : "another";
+            }
+        }
+        return table ? "the same" : "-";
+    });
+}
+
+// Behind the last item of an array of texts.
+void AddCell(std::byte* array)
+{
+    const std::string bytes = Counted("more") + std::string(xml_address_width, '\0');
+    auto* cell = static_cast<std::byte*>(AllocateXml(bytes.size(), 1));
+    PutBytes(cell, bytes);
+    PutField(LastSlotOf(array), cell);
+}
+
+TEST(XmlMemoryFault, CellsOfArraysGoWithTheirBlock)
+{
+    const std::size_t before = watched_memory::live_pieces;
+    {
+        CXmlElement root("r", 932);
+        root.GetAttributes().AppendChild(TextArray("x", {"1"}));
+        root.AppendChild(TextArray("y", {"2"}));
+        CXmlElement copy(CompactXml(root.Node(), root.Block(), 932));
+        copy.AddChild("late", true); // or it would go without a look at what is in it
+        AddCell((*copy.GetAttributes().Begin()).Node());
+        AddCell((*copy.Begin()).Node());
+        AddCell(NameArrayOf(copy.Block()));
+        EXPECT_EQ(Show(copy), "<r x=\"1 more\"><y>2 more</y><late>true</late></r>");
+    }
+    EXPECT_EQ(watched_memory::live_pieces, before);
+}
+
 TEST(XmlMemoryFault, WhatHangsInsideACopyGoesWithIt)
 {
     const std::size_t before = watched_memory::live_pieces;
