@@ -31,9 +31,7 @@ public:
         if (xml_cursor.head == head_ && xml_cursor.at == behind_) {
             xml_cursor.at = at_;
         }
-        if (--head_->held == 0 && head_->live == 0) {
-            ReleaseRoom(head_);
-        }
+        Unhold(head_);
     }
     CKeptStart(const CKeptStart&) = delete;
     CKeptStart& operator=(const CKeptStart&) = delete;

@@ -59,11 +59,9 @@ std::byte* CutFromNewRoom(std::size_t size)
     }
     std::byte* block = PutReach(RoomOf(room.head), room.head);
     std::byte* behind = RoomOf(room.head) + RoomFor(size);
+    // What is left behind then has blocks or is held: room without either is all free, and no new one has more.
     if (room.end - behind > xml_cursor.end - xml_cursor.at) {
-        XmlHead* left = std::exchange(xml_cursor, {behind, room.end, room.head}).head;
-        if (left != nullptr && left->live == 0 && left->held == 0) {
-            ReleaseRoom(left);
-        }
+        xml_cursor = {behind, room.end, room.head};
     }
     return block;
 }
@@ -108,7 +106,7 @@ void CXmlTreeBuilder::Finish(std::byte* root)
     growing = nullptr;
     xml_cursor = outer_;
     if (outer_.head != nullptr) {
-        --outer_.head->held;
+        Unhold(outer_.head);
     }
     tree->root = root;
     if (root == nullptr && tree->heads != nullptr) {

@@ -104,12 +104,16 @@ inline void HoldRoom(std::byte* block)
     ++HeadOf(block)->held;
 }
 
-inline void UnholdRoom(std::byte* block)
+inline void Unhold(XmlHead* head)
 {
-    XmlHead* head = HeadOf(block);
     if (--head->held == 0 && head->live == 0) {
         ReleaseRoom(head);
     }
+}
+
+inline void UnholdRoom(std::byte* block)
+{
+    Unhold(HeadOf(block));
 }
 
 // Blocks made while a builder lives have room of their own; Finish makes them a tree under `root`. Unfinished, or
