@@ -145,6 +145,12 @@ void CXmlPool::Retire(Page* page)
 
 constinit CXmlPool pool;
 
+// The same answer when a piece is taken as when it is given back.
+bool IsPoolPiece(std::size_t size)
+{
+    return size <= largest_piece;
+}
+
 } // namespace
 
 // An eighth of a page, when parsed.
@@ -152,10 +158,7 @@ const std::size_t xml_least_for_own_pages = 4096;
 
 void* AllocateXml(std::size_t size, std::size_t alignment)
 {
-    if (size > largest_piece) {
-        return ::operator new(size, std::nothrow);
-    }
-    return pool.Take(size, alignment);
+    return IsPoolPiece(size) ? pool.Take(size, alignment) : ::operator new(size, std::nothrow);
 }
 
 void FreeXml(void* memory, std::size_t size)
@@ -163,16 +166,16 @@ void FreeXml(void* memory, std::size_t size)
     if (memory == nullptr) {
         return;
     }
-    if (size > largest_piece) {
+    if (IsPoolPiece(size)) {
+        pool.Give(memory, size);
+    } else {
         ::operator delete(memory);
-        return;
     }
-    pool.Give(memory, size);
 }
 
 XmlRoom TakeXmlRoom(std::size_t size)
 {
-    const bool alone = size > largest_piece;
+    const bool alone = !IsPoolPiece(size);
     void* memory = alone ? ::operator new(sizeof(XmlHead) + size, std::nothrow) : pool.TakePage();
     if (memory == nullptr) {
         return {};
