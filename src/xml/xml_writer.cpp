@@ -42,8 +42,7 @@ public:
     {
         try {
             text_.reserve(guess);
-        } catch (const std::bad_alloc&) {
-            text_.clear(); // it may turn out to be shorter
+        } catch (const std::bad_alloc&) { // it may turn out to be shorter
         }
     }
     bool Take(std::string_view text) override
@@ -105,8 +104,15 @@ private:
     }
     void Put(std::string_view bytes);
     // True when that many bytes, and what copies write beyond them, fit into the buffer now.
-    bool MakeRoom(std::size_t size) { return size <= static_cast<std::size_t>(end_ - at_) || Flush(size); }
-    bool Flush(std::size_t needed);
+    bool MakeRoom(std::size_t size)
+    {
+        if (size <= static_cast<std::size_t>(end_ - at_)) {
+            return true;
+        }
+        Flush();
+        return size <= buffer_size;
+    }
+    void Flush();
 
     static constexpr std::size_t buffer_size = std::size_t{16} * 1024;
     static constexpr std::size_t slack = 16;
@@ -128,7 +134,7 @@ bool CXmlWriter::Write(const CXmlElement& root)
     }
     Put("\"?>");
     const bool whole = WriteElement(root);
-    Flush(0);
+    Flush();
     return whole && !failed_;
 }
 
@@ -244,12 +250,11 @@ void CXmlWriter::Put(std::string_view bytes)
     }
 }
 
-// Empties the buffer; true when it has room for `needed` bytes then.
-bool CXmlWriter::Flush(std::size_t needed)
+// Empties the buffer.
+void CXmlWriter::Flush()
 {
     failed_ = failed_ || !sink_.Take({buffer_, static_cast<std::size_t>(at_ - buffer_)});
     at_ = buffer_;
-    return needed <= buffer_size;
 }
 
 bool IsDocument(const CXmlDocument& document)
