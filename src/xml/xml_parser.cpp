@@ -23,7 +23,7 @@ std::byte* CXmlParser::ParseElement()
             }
             input_.SkipTo<text_set>(true);
         }
-        TakeUsual();
+        input_.TakeTo(TakeUsualElements(input_.Window(), mould_, open_));
         outcome = input_.AtEnd() || input_.Peek() == '/' ? FinishElement() : StartElement();
     }
     // Nothing that came out when memory failed is sure to be whole: its name may be lost.
@@ -32,15 +32,6 @@ std::byte* CXmlParser::ParseElement()
         return nullptr;
     }
     return outcome.block;
-}
-
-void CXmlParser::TakeUsual()
-{
-    bool failed = false;
-    input_.TakeTo(TakeUsualElements(input_.Window(), mould_, open_, failed));
-    if (failed) {
-        input_.Fail();
-    }
 }
 
 // The input stands behind a "<".

@@ -48,7 +48,6 @@ private:
     Outcome OpenOrLeaf(std::byte* block);
     Outcome Open(std::byte* block);
     Outcome FinishElement();
-    void TakeUsual();
     std::byte* FinishLeaf();
     std::byte* ParseAttributes();
     std::byte* MakeElement();

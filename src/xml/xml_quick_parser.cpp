@@ -90,13 +90,12 @@ public:
     {
     }
 
-    const char* Run(bool& failed)
+    const char* Run()
     {
         for (const char* next = at_; next != nullptr; next = *at_ == '/' ? TakeEnd() : TakeStart()) {
             at_ = next;
         }
         open_.Last().tail = tail_;
-        failed = failed_;
         return at_;
     }
 
@@ -126,8 +125,8 @@ private:
         if (next == nullptr) {
             return nullptr;
         }
-        failed_ = !mould_.HangText(tail_, name, {text, static_cast<std::size_t>(slash - text) - 1}, end_);
-        return failed_ ? nullptr : next;
+        const std::string_view value(text, static_cast<std::size_t>(slash - text) - 1);
+        return mould_.HangText(tail_, name, value, end_) ? next : nullptr;
     }
 
     // A tag with attributes, or one that is closed at once.
@@ -173,18 +172,16 @@ private:
     // Nothing where there is no block.
     const char* Open(std::byte* block, const char* next)
     {
-        failed_ = block == nullptr;
-        if (failed_) {
+        if (block == nullptr) {
             return nullptr;
         }
         open_.Last().tail = tail_;
-        tail_ = LastSlotOf(RootOf(block));
-        failed_ = !open_.Add({block, tail_});
-        if (failed_) {
-            tail_ = open_.Last().tail;
+        std::byte* const tail = LastSlotOf(RootOf(block));
+        if (!open_.Add({block, tail})) {
             DestroyBlock(block);
             return nullptr;
         }
+        tail_ = tail;
         return next;
     }
 
@@ -202,17 +199,16 @@ private:
     const CXmlMould& mould_;
     XmlOpenElements& open_;
     std::byte* tail_; // of the innermost open element; its own field is behind
-    bool failed_ = false;
 };
 
 } // namespace
 
-const char* TakeUsualElements(const XmlWindow& window, const CXmlMould& mould, XmlOpenElements& open, bool& failed)
+const char* TakeUsualElements(const XmlWindow& window, const CXmlMould& mould, XmlOpenElements& open)
 {
     if (window.at == window.end || window.end - window.begin < static_cast<std::ptrdiff_t>(xml_marks_width)) {
         return window.at;
     }
-    return CQuickParser(window, mould, open).Run(failed);
+    return CQuickParser(window, mould, open).Run();
 }
 
 } // namespace partkeep

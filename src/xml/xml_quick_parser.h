@@ -10,8 +10,8 @@
 namespace partkeep {
 
 // Takes as much as it can within the innermost of the open elements and those that open therein, at least one of
-// which stays open, and gives the place it has come to, behind another "<". `failed` is set when there is no memory.
-[[nodiscard]] const char* TakeUsualElements(const XmlWindow& window, const CXmlMould& mould, XmlOpenElements& open,
-                                            bool& failed);
+// which stays open, and gives the place it has come to, behind another "<". What finds no memory is left, too: so the
+// careful way is the one that reports it.
+[[nodiscard]] const char* TakeUsualElements(const XmlWindow& window, const CXmlMould& mould, XmlOpenElements& open);
 
 } // namespace partkeep
