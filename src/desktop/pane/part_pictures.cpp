@@ -12,7 +12,7 @@ namespace {
 constexpr int kept_pixels = 4'000'000;  // four bytes each
 constexpr std::size_t most_wanted = 64; // what scrolled by long ago is not read any more
 constexpr int largest_side = 8192;
-constexpr qint64 most_pixels = 4096 * 4096; // each costs time in which the list stands
+constexpr qint64 most_pixels = qint64{4096} * 4096; // each costs time in which the list stands
 
 // The bent view tells parts apart best.
 constexpr FileSlot preferred_slots[] = {FileSlot::Bent, FileSlot::Png, FileSlot::Flat};
