@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <sys/socket.h>
 #include <thread>
+#include <tuple>
 #include <unistd.h>
 #include <utility>
 
@@ -191,6 +192,52 @@ TEST_F(ServerAccess, ALibraryIsMadeWhereNoneIsAndRepairedOnlyFromABackup)
     EXPECT_FALSE(sound.Repair(false, {}, problem_));
     EXPECT_EQ(problem_.fault, LibraryFault::BadInput);
     RunInDatabase("DROP SCHEMA \"NEW\" CASCADE");
+}
+
+// Whoever has made the schema: no code of theirs runs by the rights of who looks, and whoever asks is told why not.
+TEST_F(ServerAccess, IsNotToASchemaWhereCodeOfItsMakerWouldRun)
+{
+    RunInDatabase("DROP SCHEMA IF EXISTS trap CASCADE; CREATE SCHEMA trap; CREATE FUNCTION trap.code() RETURNS bool "
+                  "LANGUAGE plpgsql AS $$ BEGIN RAISE LOG 'ran by %', current_user; RETURN TRUE; END $$; "
+                  "GRANT USAGE ON SCHEMA trap TO PUBLIC; CREATE DOMAIN trap.short AS text CHECK (trap.code()); "
+                  "CREATE FUNCTION trap.fires() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN RETURN NULL; END'");
+    // What was made, why that is refused, and how it is undone.
+    const std::tuple<std::string, std::string, std::string> rows[] = {
+        {"ALTER TABLE partkeep_library RENAME TO kept; CREATE VIEW partkeep_library AS SELECT * FROM kept "
+         "WHERE trap.code(); GRANT SELECT ON partkeep_library TO PUBLIC",
+         "partkeep_library is not a table", "DROP VIEW partkeep_library; ALTER TABLE kept RENAME TO partkeep_library"},
+        {"CREATE FUNCTION \"SRV1\".unnest(int8[]) RETURNS SETOF int8 LANGUAGE sql AS 'SELECT trap.code()::int::int8'",
+         "the schema holds functions, operators or types", "DROP FUNCTION \"SRV1\".unnest(int8[])"},
+        {"CREATE RULE r AS ON INSERT TO part DO ALSO SELECT trap.code()", "part has a rule", "DROP RULE r ON part"},
+        {"CREATE TRIGGER t AFTER INSERT ON part EXECUTE FUNCTION trap.fires()", "part has a trigger",
+         "DROP TRIGGER t ON part"},
+        {"CREATE POLICY p ON part USING (trap.code())", "part has a policy", "DROP POLICY p ON part"},
+        {"ALTER TABLE piece OWNER TO station", "piece belongs to another role than the schema",
+         "ALTER TABLE piece OWNER TO owner"},
+        {"CREATE TABLE trap.more() INHERITS (folder)", "folder is inherited", "DROP TABLE trap.more"},
+        {"ALTER TABLE folder ADD CONSTRAINT c CHECK (trap.code())", "folder has a constraint",
+         "ALTER TABLE folder DROP CONSTRAINT c"},
+        {"ALTER TABLE pair ADD short trap.short", "pair has a column of another type", "ALTER TABLE pair DROP short"},
+        {"ALTER TABLE pair ADD more text DEFAULT trap.code()", "pair computes a column", "ALTER TABLE pair DROP more"},
+        {"CREATE INDEX i ON part_file((bytes + 1))", "part_file has an index that computes", "DROP INDEX i"},
+    };
+    const std::string log = std::string(std::getenv("PARTKEEP_POSTGRES")) + "/log";
+    const std::string in = target_.Path("in").string();
+    fs::create_directory(in);
+    WriteBytes(in + "/A.iga", "A");
+    for (const auto& [made, why, undone] : rows) {
+        RunInDatabase(made);
+        const std::size_t logged = ReadBytes(log).size(); // what made it may have run by itself
+        const auto [browser, list] = Ask("partkeep-station");
+        for (const std::string& told :
+             {browser, list, RunTool({"check", "partkeep:SRV1"}).err, RunTool({"import", "partkeep:SRV1", in}).err,
+              RunTool({"copy", "partkeep:SRV1", in + "/out.kpl"}).err}) {
+            EXPECT_NE(told.find("the library is damaged (" + why + ")"), std::string::npos) << why << ": " << told;
+        }
+        EXPECT_EQ(ReadBytes(log).find("LOG:  ran by", logged), std::string::npos) << why;
+        RunInDatabase(undone);
+        EXPECT_EQ(Ask("partkeep-station"), std::pair(""s, ""s)) << why;
+    }
 }
 
 // Which comes to light again when the file goes.

@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <cstdlib>
 #include <mutex>
+#include <string>
+#include <string_view>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <thread>
@@ -46,14 +48,9 @@ public:
     // What was sent before anything came is one.
     [[nodiscard]] int Questions() const { return questions_; }
     // Counts anew, once what happens has happened, on a thread of the line, and ends all connections.
-    void Arm(int step, std::function<void()> event)
-    {
-        Clear();
-        const std::lock_guard lock(mutex_);
-        steps_ = 0;
-        at_ = step;
-        event_ = std::move(event);
-    }
+    void Arm(int step, std::function<void()> event) { Set(step, {}, std::move(event)); }
+    // The same at a block with this text in it.
+    void ArmAt(std::string text, std::function<void()> event) { Set(-1, std::move(text), std::move(event)); }
     [[nodiscard]] int Steps() const { return steps_; }
     // How long what happened has taken in all.
     [[nodiscard]] std::chrono::nanoseconds Held() const { return std::chrono::nanoseconds(held_); }
@@ -67,6 +64,16 @@ public:
     }
 
 private:
+    void Set(int step, std::string text, std::function<void()> event)
+    {
+        Clear();
+        const std::lock_guard lock(mutex_);
+        steps_ = 0;
+        at_ = step;
+        at_text_ = std::move(text);
+        event_ = std::move(event);
+    }
+
     static std::string Port()
     {
         const char* const port = std::getenv("PARTKEEP_POSTGRES_PORT");
@@ -122,7 +129,7 @@ private:
         std::vector<char> block(65536);
         for (ssize_t size = 0; (size = recv(from, block.data(), block.size(), 0)) > 0;) {
             if (counted) {
-                Step();
+                Step({block.data(), static_cast<std::size_t>(size)});
             } else {
                 bytes_ += size;
                 answered_ = true;
@@ -138,14 +145,15 @@ private:
         shutdown(to, SHUT_RDWR);
     }
 
-    void Step()
+    void Step(std::string_view block)
     {
         questions_ += answered_.exchange(false) ? 1 : 0;
         std::this_thread::sleep_for(delay_);
         std::function<void()> event; // others go on meanwhile: the server may wait for what they have begun
         {
             const std::lock_guard lock(mutex_);
-            event = steps_++ == at_ ? event_ : nullptr;
+            const bool said = !at_text_.empty() && block.find(at_text_) != std::string_view::npos;
+            event = steps_++ == at_ || said ? event_ : nullptr;
         }
         if (event) {
             const auto begin = std::chrono::steady_clock::now();
@@ -168,6 +176,7 @@ private:
     std::atomic<std::int64_t> bytes_ = 0;
     std::atomic<std::int64_t> held_ = 0;
     int at_ = -1;
+    std::string at_text_;
     std::thread accepting_;
 };
 

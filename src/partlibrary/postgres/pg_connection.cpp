@@ -1,6 +1,7 @@
 #include "partlibrary/postgres/pg_connection.h"
 
 #include "partlibrary/library/sort_text.h"
+#include "partlibrary/postgres/pg_safe_schema.h"
 #include "partlibrary/postgres/pg_waits.h"
 
 #include <array>
@@ -63,51 +64,48 @@ bool CPgConnection::Connect()
 
 // A plan that joins by hash or reads a table from end to end is none for look-ups, whatever the statistics say; to
 // compile it takes longer than it runs.
-std::vector<std::pair<QString, QString>> CPgConnection::Settings() const
+std::vector<CSql> CPgConnection::Settings() const
 {
-    const bool browse = Use() == PgUse::Browse;
-    const QString schema = QString(Place().server).replace(QStringLiteral("\""), QStringLiteral("\"\""));
-    const QString path =
-        schema.isEmpty() ? QStringLiteral("pg_catalog") : QStringLiteral("\"%1\", pg_temp").arg(schema);
+    std::vector<CSql> settings;
+    const auto set = [&settings](SqlText name, const QString& value) {
+        CSql sql("SELECT pg_catalog.set_config('");
+        settings.push_back(std::move(sql.Add(name).Add("', ").Value(value).Add(", false)")));
+    };
     const QString off = QStringLiteral("off");
-    std::vector<std::pair<QString, QString>> settings{
-        {QStringLiteral("search_path"), path},
-        {QStringLiteral("jit"), off},
-        {QStringLiteral("statement_timeout"), QStringLiteral("0")},
-        {QStringLiteral("lock_timeout"), QString::number(browse_patience.count())},
-        {QStringLiteral("default_transaction_read_only"), Reads() ? QStringLiteral("on") : off}};
-    if (browse) {
-        settings.emplace_back(QStringLiteral("enable_hashjoin"), off);
-        settings.emplace_back(QStringLiteral("enable_mergejoin"), off);
+    set("search_path", FromUtf8(pg_catalogue_path.View()));
+    set("default_transaction_read_only", Reads() ? QStringLiteral("on") : off);
+    set("jit", off);
+    set("statement_timeout", QStringLiteral("0"));
+    set("lock_timeout", QString::number(browse_patience.count()));
+    if (Use() == PgUse::Browse) {
+        set("enable_hashjoin", off);
+        set("enable_mergejoin", off);
     }
     if (often_) {
-        settings.emplace_back(QStringLiteral("plan_cache_mode"), QStringLiteral("force_generic_plan"));
+        set("plan_cache_mode", QStringLiteral("force_generic_plan"));
     }
     if (!Reads()) { // a machine that is gone must not hold its lock, whether it has an answer on its way or not
-        settings.emplace_back(QStringLiteral("tcp_keepalives_idle"), QStringLiteral("2"));
-        settings.emplace_back(QStringLiteral("tcp_keepalives_interval"), QStringLiteral("1"));
-        settings.emplace_back(QStringLiteral("tcp_keepalives_count"), QStringLiteral("2"));
-        settings.emplace_back(QStringLiteral("tcp_user_timeout"), QStringLiteral("4000"));
+        set("tcp_keepalives_idle", QStringLiteral("2"));
+        set("tcp_keepalives_interval", QStringLiteral("1"));
+        set("tcp_keepalives_count", QStringLiteral("2"));
+        set("tcp_user_timeout", QStringLiteral("4000"));
     }
     return settings;
 }
 
 bool CPgConnection::Prepare()
 {
-    std::vector<CSql> statements;
-    for (const auto& [name, value] : Settings()) {
-        statements.push_back(std::move(CSql("SELECT set_config(").Value(name).Add(", ").Value(value).Add(", false)")));
-    }
+    std::vector<CSql> statements{EnterPgSchema(Place().server)};
     if (often_) { // to compile it each time costs a third of a copy
         statements.push_back(often_->Preparation(often_name));
     }
-    const bool look = Use() != PgUse::Administer && !Place().server.isEmpty();
+    const bool look = Use() != PgUse::Administer;
     if (look) {
         statements.push_back(LibraryRow());
     }
-    const auto results = TryAll(statements);
+    const auto results = TryAll(statements, Settings());
     if (!results) {
-        TellMissingRight();
+        TellWhyNotFound();
         return false;
     }
     if (look && !TakeLibraryRow(results->back())) {

@@ -60,8 +60,9 @@ public:
     [[nodiscard]] LibraryPlace State() const { return state_; }
     [[nodiscard]] qint64 Revision() const { return revision_; } // as it was told last
 
-    // For another connection to the same library.
-    [[nodiscard]] std::vector<std::pair<QString, QString>> Settings() const;
+    // What is sent first on a connection to this library, with a Sync of its own, since that only reads goes for the
+    // transactions that follow. The next is to enter the schema.
+    [[nodiscard]] std::vector<CSql> Settings() const;
 
     // What tells which library it is, and by whose rules its keys are; taken from a result that asked for it.
     [[nodiscard]] static CSql LibraryRow();
@@ -76,8 +77,9 @@ private:
     bool Prepare();
     bool Send(const CSql& statement, const char* prepared);
     bool Ready();
-    void TellMissingRight();
-    [[nodiscard]] std::optional<std::vector<CPgResult>> TryAll(std::span<const CSql> statements);
+    void TellWhyNotFound();
+    [[nodiscard]] std::optional<std::vector<CPgResult>> TryAll(std::span<const CSql> statements,
+                                                               std::span<const CSql> settings = {});
     bool SendCopy(std::size_t most);
     bool LeaveCopy(bool sound);
     bool TakeResults(std::vector<CPgResult>& results);

@@ -11,7 +11,7 @@ namespace partkeep {
 bool IsSchemaName(const QString& server)
 {
     static constexpr std::size_t longest = 63; // bytes
-    return ToUtf8(server).size() <= longest && !server.startsWith(QStringLiteral("pg_")) &&
+    return !server.isEmpty() && ToUtf8(server).size() <= longest && !server.startsWith(QStringLiteral("pg_")) &&
            server != QStringLiteral("$user");
 }
 

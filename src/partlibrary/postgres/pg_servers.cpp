@@ -92,11 +92,14 @@ private:
         }
     }
 
+    // Where names are looked up is the service's to say yet. A library that is unsafe to look at is named as a damaged
+    // one is, and told about when somebody asks for it: one that vanished would leave them to guess.
     void Ask()
     {
-        const CSql sql("SELECT n.nspname::text, has_schema_privilege(n.oid, 'USAGE') FROM pg_catalog.pg_class c "
-                       "JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
-                       "WHERE c.relname = 'partkeep_library'");
+        const CSql sql("SELECT n.nspname::pg_catalog.text, pg_catalog.has_schema_privilege(n.oid, "
+                       "'USAGE'::pg_catalog.text) FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n "
+                       "ON n.oid OPERATOR(pg_catalog.=) c.relnamespace "
+                       "WHERE c.relname OPERATOR(pg_catalog.=) 'partkeep_library'");
         asked_ = true;
         if (pq_.PQsetnonblocking(connection_.get(), 1) != 0 || !SendStatement(pq_, connection_.get(), sql)) {
             Lose(LineProblem());

@@ -1,6 +1,7 @@
 #include "partlibrary/postgres/pg_watch.h"
 
 #include "partlibrary/postgres/pg_problem.h"
+#include "partlibrary/postgres/pg_safe_schema.h"
 #include "partlibrary/postgres/pg_waits.h"
 
 #include <algorithm>
@@ -114,9 +115,10 @@ void CPgWatch::GoOnConnecting()
 // A standby refuses to listen; that costs nothing but the second until the revision is asked for.
 void CPgWatch::SetUp()
 {
-    for (const auto& [name, value] : main_->Settings()) {
-        Ask(CSql("SELECT set_config(").Value(name).Add(", ").Value(value).Add(", false)"), {Asked::Setting, {}});
+    for (const CSql& setting : main_->Settings()) {
+        Ask(setting, {Asked::Setting, {}});
     }
+    Ask(EnterPgSchema(main_->Place().server), {Asked::Setting, {}});
     Ask(CSql("LISTEN partkeep"), {Asked::Setting, {}});
     asked_for_revision_ = {};
 }
