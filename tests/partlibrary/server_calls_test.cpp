@@ -19,9 +19,10 @@ constexpr PqDriver real{sizeof(PqDriver), PARTKEEP_PQ_FUNCTIONS(PARTKEEP_PQ_POIN
 std::set<const PGconn*> ended;
 
 // The line ends there; there is no memory for the one call; a statement is one that the server refuses; or a value is
-// none that can be: less than nothing, nothing, very much, without a byte, null, or of no row at all.
-enum Kind { Ended, NoMemory, Refused, Negative, Zero, Large, Empty, Null, NoRow };
-constexpr auto untrue = {Negative, Zero, Large, Empty, Null, NoRow};
+// none that can be: less than nothing, nothing, very much, without a byte, null, or of no row or column at all; or
+// there is no answer to a statement among the others.
+enum Kind { Ended, NoMemory, Refused, Negative, Zero, Large, Empty, Null, NoRow, NoColumn, NoResult };
+constexpr auto untrue = {Negative, Zero, Large, Empty, Null, NoRow, NoColumn, NoResult};
 struct {
     Kind kind = Ended;
     int at = 0; // 0: none
@@ -73,11 +74,14 @@ int Send(PGconn* connection, Which* statement, A... arguments)
 PGresult* GetResult(PGconn* connection)
 {
     PGresult* const result = ended.contains(connection) ? nullptr : real.PQgetResult(connection);
-    if (result == nullptr || real.PQresultStatus(result) == PGRES_PIPELINE_SYNC || !FailsNow(connection)) {
+    if (result == nullptr || real.PQresultStatus(result) == PGRES_PIPELINE_SYNC ||
+        !(FailsNow(connection) || IsUntrue({NoResult}))) {
         return result;
     }
     real.PQclear(result);
-    return ended.contains(connection) ? nullptr : PQmakeEmptyPGresult(connection, PGRES_FATAL_ERROR);
+    return failing_call.kind == NoResult || ended.contains(connection)
+               ? nullptr
+               : PQmakeEmptyPGresult(connection, PGRES_FATAL_ERROR);
 }
 
 PqDriver Failing()
@@ -98,8 +102,9 @@ PqDriver Failing()
     driver.PQgetvalue = [](const PGresult* result, int row, int column) {
         static std::string values[] = {std::string(1 << 20, '\xFF'), std::string(1 << 20, '\0'),
                                        std::string(1 << 20, '\1')};
-        return IsUntrue({Negative, Zero, Large}) ? values[failing_call.kind - Negative].data()
-                                                 : real.PQgetvalue(result, row, column);
+        return column > 0 && IsUntrue({NoColumn})  ? nullptr
+               : IsUntrue({Negative, Zero, Large}) ? values[failing_call.kind - Negative].data()
+                                                   : real.PQgetvalue(result, row, column);
     };
     driver.PQgetlength = [](const PGresult* result, int row, int column) {
         return IsUntrue({Empty}) ? 0 : real.PQgetlength(result, row, column);
@@ -200,7 +205,8 @@ void FailEach(std::initializer_list<Kind> kinds, const std::function<void(Kind)>
     const int stride = every != nullptr ? std::atoi(every) : 160;
     for (const Kind kind : kinds) {
         // A statement takes some calls, and gives some values.
-        const int step = kind == Refused ? (stride + 5) / 6 : kind > Refused ? (stride + 1) / 2 : stride;
+        const int parts = kind == Refused ? 6 : kind == NoResult ? 16 : kind > Refused ? 2 : 1;
+        const int step = (stride + parts - 1) / parts;
         for (int at = 1; at == 1 || failing_call.made >= at - step; at += step) {
             SCOPED_TRACE(std::to_string(kind) + " " + std::to_string(at));
             failing_call = {kind, at};

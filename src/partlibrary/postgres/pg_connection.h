@@ -31,7 +31,8 @@ public:
     [[nodiscard]] static std::shared_ptr<CPgConnection> Open(const PgPlace& place, PgUse use, LibraryProblem& problem,
                                                              std::optional<CSql> often = {});
 
-    // Runs statements in one round trip, and as one transaction where none is open. Nothing on a failure of any.
+    // Runs statements in one round trip, and as one transaction where none is open: a result for each, or nothing on a
+    // failure of any.
     [[nodiscard]] std::optional<std::vector<CPgResult>> AskAll(std::span<const CSql> statements);
     [[nodiscard]] std::optional<CPgResult> Ask(const CSql& statement);
     bool Run(const CSql& statement) { return Ask(statement).has_value(); }

@@ -133,10 +133,10 @@ bool CPgLine::SendAll()
     return unsent == 0 || Lose();
 }
 
-bool CPgLine::Lose()
+bool CPgLine::Lose(std::string_view why)
 {
-    problem_ = {LibraryFault::NoAnswer, place_.Text(),
-                connection_ != nullptr ? OneLine(pq_.PQerrorMessage(connection_.get())) : QString()};
+    const std::string_view told = connection_ != nullptr ? pq_.PQerrorMessage(connection_.get()) : "";
+    problem_ = {LibraryFault::NoAnswer, place_.Text(), OneLine(why.empty() ? told : why)};
     lost_ = true;
     Disconnect();
     return false;

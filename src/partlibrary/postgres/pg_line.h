@@ -14,6 +14,7 @@
 #include <QString>
 
 #include <chrono>
+#include <string_view>
 #include <utility>
 
 namespace partkeep {
@@ -75,7 +76,7 @@ protected:
     [[nodiscard]] PGresult* GetResult();
     // Always false.
     bool Fail(const CPgResult& result);
-    bool Lose();
+    bool Lose(std::string_view why = {});
 
 private:
     bool MissDeadline();

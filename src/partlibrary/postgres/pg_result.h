@@ -1,4 +1,5 @@
-// What a statement gave, by rows and columns. Values are in binary; none is null but where a caller asks.
+// What a statement gave, by rows and columns. Values are in binary; none is null but where a caller asks. What is asked
+// for and not there is empty, and so 0 as a number: how many columns come is up to the server.
 #pragma once
 
 #include "partlibrary/library/library_text.h"
@@ -25,8 +26,9 @@ public:
     }
     [[nodiscard]] std::string_view Raw(int row, int column) const
     {
-        return {driver_->PQgetvalue(result_.get(), row, column),
-                static_cast<std::size_t>(driver_->PQgetlength(result_.get(), row, column))};
+        const char* const value = driver_->PQgetvalue(result_.get(), row, column);
+        const int length = value != nullptr ? driver_->PQgetlength(result_.get(), row, column) : 0;
+        return {value, static_cast<std::size_t>(length)};
     }
     [[nodiscard]] qint64 Integer(int row, int column) const { return ReadNumber<qint64>(Raw(row, column)); }
     [[nodiscard]] QString Text(int row, int column) const { return FromUtf8(Raw(row, column)); }

@@ -26,7 +26,7 @@ QStringList ReadNames(const CPgResult& rows, QStringList& barred)
         if (CheckName(server) != NameFault::None) {
             continue;
         }
-        if (rows.Raw(row, 1).front() == '\0') {
+        if (rows.Integer(row, 1) == 0) {
             barred += server;
         } else {
             found.emplace_back(SortKey(server), server);

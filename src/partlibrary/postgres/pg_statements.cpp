@@ -77,6 +77,10 @@ try {
     if (!TakeResults(results)) {
         return std::nullopt;
     }
+    if (results.size() != statements.size() + (limited ? 1 : 0)) { // nobody knows what the next ones would belong to
+        Lose("an answer to something else");
+        return std::nullopt;
+    }
     results.erase(results.begin(), results.begin() + (limited ? 1 : 0));
     return results;
 } catch (...) {
