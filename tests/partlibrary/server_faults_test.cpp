@@ -1,5 +1,6 @@
 // A browser and an import on a database, and what can happen to its server: whatever does, no call waits much longer
 // than two seconds without a byte, every part arrives whole or not at all, and all goes on when the server does.
+#include "partlibrary/postgres/sql.h"
 #include "tests/partlibrary/server_faults.h"
 
 #include <climits>
@@ -254,6 +255,72 @@ TEST_F(ServerImports, LoadsAndListsAreWholeAndGoOnWhateverHappensToTheServer)
     if (!disk.IsThere()) {
         GTEST_SKIP() << "no disk was full: that takes root";
     }
+}
+
+// Whoever answers may be no server at all.
+class ServerLies : public ServerFaults {
+protected:
+    static std::string Message(char type, const std::string& begins, std::size_t bytes)
+    {
+        std::string message(1, type);
+        AppendNumber(message, static_cast<std::uint32_t>(bytes + 4));
+        return message + begins;
+    }
+    static bool Say(int client, const std::string& what)
+    {
+        return send(client, what.data(), what.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(what.size());
+    }
+};
+
+// To a connection, or else to a question, first this is said and then that, again and again.
+TEST_F(ServerLies, TakeABoundedTimeAndNotAllMemory)
+{
+    const std::string columns = Message('T', "\0\1c"s + std::string(19, '\0'), 22);
+    const std::string row = Message('D', "\0\1\0\0\xEA\x60"s + std::string(60000, 'x'), 60006);
+    const std::string large = columns + Message('D', {}, 1 << 29);
+    const auto go = [](CBrowserSession& session) { return session.Go(u"SRV1"_s, u"Load"_s); };
+    const auto ask = [](CBrowserSession& session) { return session.Folders(u"SRV1"_s, {}).has_value(); };
+    const auto copy = [](CBrowserSession& session) { return session.CopyPartFiles(u"SRV1", u"Load\\L1"); };
+    const auto follow = [](CBrowserSession& session) {
+        return !Comes([&] {
+            for (int i = 0; i < 1000; ++i) {
+                session.Library()->LookForChange();
+            }
+            return session.Library()->SilentSince().isValid();
+        });
+    };
+    const std::tuple<const char*, std::string, std::string, int, std::function<bool(CBrowserSession&)>> rows[] = {
+        {"a connection", Message('R', "\0\0\0\0"s, 4), Message('N', "M" + row + "\0\0"s, 60014), 0, go},
+        {"the libraries", columns, row, 0, go},
+        {"the libraries, broken off", "", "", 0, go},
+        {"folders, byte by byte", large, "x", 700, ask},
+        {"what others change", columns, row, 0, follow},
+        {"a content", large, row, 1, copy},
+    };
+    for (const auto& [what, first, then, between, asks] : rows) {
+        SCOPED_TRACE(what);
+        CBrowserSession session{CLibraryFolder({}, {tapped_station})};
+        session.SetTargetFolder(target_.Core());
+        ASSERT_TRUE(std::string_view(what).starts_with("the") || first.starts_with('R') || go(session));
+        const auto begin = steady_clock::now();
+        std::atomic<int> said = 0;
+        line_.Pose([&, &first = first, &then = then, &between = between](int client, auto sent, const auto& /*last*/) {
+            if (sent.starts_with('\0') != first.starts_with('R') || steady_clock::now() - begin > milliseconds(15000)) {
+                return false;
+            }
+            Say(client, first);
+            while (!then.empty() && ++said < 15000 && Say(client, then)) {
+                std::this_thread::sleep_for(milliseconds(between));
+            }
+            return shutdown(client, SHUT_RDWR) == 0;
+        });
+        EXPECT_FALSE(asks(session));
+        EXPECT_LT(steady_clock::now() - begin, milliseconds(12000));
+        EXPECT_LT(said, 5000); // of 60 KB
+        line_.Pose({});
+        line_.Arm(-1, {}); // nobody speaks any more
+    }
+    EXPECT_TRUE(Load());
 }
 
 } // namespace

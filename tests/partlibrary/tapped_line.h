@@ -1,5 +1,5 @@
 // A line to the test's database that counts, and on which something can be made to happen at a certain step: before the
-// Nth block that a client sends goes on to the server.
+// Nth block that a client sends goes on to the server. Somebody else may answer in the server's place.
 #pragma once
 
 #include "tests/partlibrary/library_fixture.h"
@@ -15,6 +15,7 @@
 #include <sys/un.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace partkeep {
 
@@ -54,6 +55,13 @@ public:
     [[nodiscard]] int Steps() const { return steps_; }
     // How long what happened has taken in all.
     [[nodiscard]] std::chrono::nanoseconds Held() const { return std::chrono::nanoseconds(held_); }
+    // Is handed what a client has sent, and what the server said last, and answers itself; or false: the server is to.
+    using Impostor = std::function<bool(int client, std::string_view sent, const std::string& last)>;
+    void Pose(Impostor impostor)
+    {
+        const std::lock_guard lock(mutex_);
+        impostor_ = std::move(impostor);
+    }
     // Ends all connections, both ways.
     void Cut()
     {
@@ -128,11 +136,15 @@ private:
     {
         std::vector<char> block(65536);
         for (ssize_t size = 0; (size = recv(from, block.data(), block.size(), 0)) > 0;) {
-            if (counted) {
-                Step({block.data(), static_cast<std::size_t>(size)});
-            } else {
+            const std::string_view said(block.data(), static_cast<std::size_t>(size));
+            if (counted && (Step(said), IsAnswered(from, said))) {
+                continue;
+            }
+            if (!counted) {
+                const std::lock_guard lock(mutex_);
                 bytes_ += size;
                 answered_ = true;
+                last_ += said;
             }
             for (ssize_t sent = 0, more = 0; sent < size; sent += more) {
                 more = send(to, block.data() + sent, static_cast<std::size_t>(size - sent), MSG_NOSIGNAL);
@@ -143,6 +155,15 @@ private:
         }
         shutdown(from, SHUT_RDWR);
         shutdown(to, SHUT_RDWR);
+    }
+
+    bool IsAnswered(int client, std::string_view sent)
+    {
+        std::unique_lock lock(mutex_);
+        const Impostor impostor = impostor_;
+        const std::string last = impostor ? last_ : std::exchange(last_, {});
+        lock.unlock();
+        return impostor && impostor(client, sent, last);
     }
 
     void Step(std::string_view block)
@@ -170,6 +191,8 @@ private:
     std::vector<int> ends_;
     std::vector<std::thread> ways_;
     std::function<void()> event_;
+    Impostor impostor_;
+    std::string last_;
     std::atomic<int> steps_ = 0;
     std::atomic<int> questions_ = 0;
     std::atomic<bool> answered_ = true;

@@ -4,6 +4,7 @@
 #include "partlibrary/postgres/pg_start.h"
 #include "partlibrary/postgres/pg_waits.h"
 
+#include <algorithm>
 #include <poll.h>
 #include <thread>
 #include <utility>
@@ -36,7 +37,7 @@ bool CPgLine::StartUp()
         return true;
     }
     if (state == CPgStart::State::Late) {
-        return MissDeadline();
+        return GiveUp(too_late);
     }
     Lose();
     problem_ = start.Problem();
@@ -93,15 +94,19 @@ PGresult* CPgLine::GetResult()
         if (pq_.PQisBusy(connection_.get()) == 0) {
             return pq_.PQgetResult(connection_.get());
         }
-        if (!Wait(static_cast<short>(POLLIN | (unsent > 0 ? POLLOUT : 0)))) {
-            return nullptr;
-        }
-        last_byte_ = Clock::now();
-        if (pq_.PQconsumeInput(connection_.get()) == 0) {
-            Lose();
+        if (!Wait(static_cast<short>(POLLIN | (unsent > 0 ? POLLOUT : 0))) || !Read()) {
             return nullptr;
         }
     }
+}
+
+bool CPgLine::Read()
+{
+    last_byte_ = Clock::now();
+    if (answer_.Count(pq_.PQsocket(connection_.get()), [this] { return pq_.PQconsumeInput(connection_.get()); }) == 0) {
+        return Lose();
+    }
+    return use_ != PgUse::Browse || !answer_.IsEndless() || GiveUp(CPgAnswer::endless);
 }
 
 bool CPgLine::Fail(const CPgResult& result)
@@ -122,12 +127,8 @@ bool CPgLine::SendAll()
 {
     int unsent = 0;
     while ((unsent = pq_.PQflush(connection_.get())) > 0) {
-        if (!Wait(POLLIN | POLLOUT)) {
+        if (!Wait(POLLIN | POLLOUT) || !Read()) {
             return false;
-        }
-        last_byte_ = Clock::now();
-        if (pq_.PQconsumeInput(connection_.get()) == 0) {
-            return Lose();
         }
     }
     return unsent == 0 || Lose();
@@ -136,22 +137,22 @@ bool CPgLine::SendAll()
 bool CPgLine::Lose(std::string_view why)
 {
     const std::string_view told = connection_ != nullptr ? pq_.PQerrorMessage(connection_.get()) : "";
-    problem_ = {LibraryFault::NoAnswer, place_.Text(), OneLine(why.empty() ? told : why)};
+    problem_ = NoAnswer(why.empty() ? told : why);
     lost_ = true;
     Disconnect();
     return false;
 }
 
-bool CPgLine::MissDeadline()
+bool CPgLine::GiveUp(std::string_view why)
 {
     lost_ = true;
-    FallSilent(TooLate());
+    FallSilent(NoAnswer(why));
     return false;
 }
 
-LibraryProblem CPgLine::TooLate() const
+LibraryProblem CPgLine::NoAnswer(std::string_view why) const
 {
-    return {LibraryFault::NoAnswer, place_.Text(), OneLine(too_late)};
+    return {LibraryFault::NoAnswer, place_.Text(), OneLine(why)};
 }
 
 void CPgLine::FallSilent(const LibraryProblem& why)
@@ -173,8 +174,10 @@ bool CPgLine::IsCut() const
 
 bool CPgLine::Wait(short events)
 {
-    const int ready = PollUntil({pq_.PQsocket(connection_.get()), events, 0}, last_byte_ + Patience());
-    return ready > 0 || (ready == 0 ? MissDeadline() : Lose());
+    const auto next_byte = last_byte_ + Patience();
+    const auto until = use_ == PgUse::Browse ? std::min(next_byte, answer_.Until()) : next_byte;
+    const int ready = PollUntil({pq_.PQsocket(connection_.get()), events, 0}, until);
+    return ready > 0 || (ready == 0 ? GiveUp(too_late) : Lose());
 }
 
 void CPgLine::EndSilence()

@@ -1,11 +1,13 @@
 // The line to a database server: owns the client library's connection, and knows what went wrong last, and since when
 // nobody answers. No call waits without end: each wait for the server ends two seconds after its last byte (for a tool
-// a minute), and after that, for ten seconds, nothing is asked at all.
+// a minute), a browser's at the limits of a whole answer as well, and after that, for ten seconds, nothing is asked at
+// all.
 //
 // Nothing of the client library that waits by itself is used, but for the look-up of a host's name.
 #pragma once
 
 #include "partlibrary/library/library_problem.h"
+#include "partlibrary/postgres/pg_answer.h"
 #include "partlibrary/postgres/pg_place.h"
 #include "partlibrary/postgres/pg_result.h"
 #include "partlibrary/postgres/sql.h"
@@ -43,7 +45,7 @@ public:
     [[nodiscard]] PgUse Use() const { return use_; }
     [[nodiscard]] QDateTime SilentSince() const { return silent_since_; }    // invalid while it answers
     [[nodiscard]] const LibraryProblem& Silence() const { return silence_; } // none while it answers
-    [[nodiscard]] LibraryProblem TooLate() const;
+    [[nodiscard]] LibraryProblem NoAnswer(std::string_view why) const;
 
 protected:
     using Clock = std::chrono::steady_clock;
@@ -54,8 +56,12 @@ protected:
     [[nodiscard]] PGconn* Get() const { return connection_.get(); } // null: there is none
     [[nodiscard]] bool Reads() const { return use_ == PgUse::Browse || use_ == PgUse::Whole; }
 
-    // A wait begins, from which the time counts until the first byte comes.
-    Clock::time_point BeginWait() { return last_byte_ = Clock::now(); }
+    // A wait begins, from which the time counts until the first byte comes, and until the last one has.
+    Clock::time_point BeginWait()
+    {
+        answer_.Begin();
+        return last_byte_ = Clock::now();
+    }
     // What is there now, or was told to be, is waited for when it goes.
     void Expect() { expected_ = true; }
     // It answers.
@@ -79,7 +85,8 @@ protected:
     bool Lose(std::string_view why = {});
 
 private:
-    bool MissDeadline();
+    bool Read();
+    bool GiveUp(std::string_view why);
     [[nodiscard]] std::chrono::milliseconds Patience() const;
 
     const PqDriver& pq_;
@@ -91,6 +98,7 @@ private:
     QDateTime silent_since_;
     Clock::time_point silent_until_;
     Clock::time_point last_byte_;
+    CPgAnswer answer_;
     bool lost_ = false;
     bool expected_ = false;
 };

@@ -2,6 +2,7 @@
 
 #include "partlibrary/library/library_names.h"
 #include "partlibrary/library/sort_text.h"
+#include "partlibrary/postgres/pg_answer.h"
 #include "partlibrary/postgres/pg_line.h"
 #include "partlibrary/postgres/pg_problem.h"
 #include "partlibrary/postgres/pg_start.h"
@@ -82,12 +83,14 @@ private:
         }
         const auto state = start_->GoOn();
         if (state == CPgStart::State::Late) {
-            End(Late());
+            End(NoAnswer(too_late));
         } else if (state == CPgStart::State::Failed) {
             Lose(LibraryProblem(start_->Problem()));
         } else if (state == CPgStart::State::Open) {
             connection_ = start_->Take();
-            until_ = std::max(until_, Clock::now() + browse_patience);
+            if (!asked_) { // or a server that breaks off each time would be asked for ever
+                until_ = std::max(until_, Clock::now() + browse_patience);
+            }
             Ask();
         }
     }
@@ -101,6 +104,7 @@ private:
                        "ON n.oid OPERATOR(pg_catalog.=) c.relnamespace "
                        "WHERE c.relname OPERATOR(pg_catalog.=) 'partkeep_library'");
         asked_ = true;
+        answer_so_far_.Begin();
         if (pq_.PQsetnonblocking(connection_.get(), 1) != 0 || !SendStatement(pq_, connection_.get(), sql)) {
             Lose(LineProblem());
         }
@@ -111,15 +115,20 @@ private:
         const int unsent = pq_.PQflush(connection_.get());
         unsent_ = unsent > 0;
         pollfd socket = Awaited();
-        if (unsent < 0 || (poll(&socket, 1, 0) > 0 && pq_.PQconsumeInput(connection_.get()) == 0)) {
+        const auto read = [this] { return pq_.PQconsumeInput(connection_.get()); };
+        if (unsent < 0 || (poll(&socket, 1, 0) > 0 && answer_so_far_.Count(socket.fd, read) == 0)) {
             Lose(LineProblem());
+            return;
+        }
+        if (answer_so_far_.IsEndless()) {
+            End(NoAnswer(CPgAnswer::endless));
             return;
         }
         while (!over_ && connection_ != nullptr && pq_.PQisBusy(connection_.get()) == 0) {
             Take(CPgResult(pq_, pq_.PQgetResult(connection_.get())));
         }
         if (!over_ && Clock::now() >= until_) {
-            End(Late());
+            End(NoAnswer(too_late));
         }
     }
 
@@ -154,11 +163,11 @@ private:
         answer_.problem = problem;
     }
 
-    [[nodiscard]] LibraryProblem LineProblem() const
+    [[nodiscard]] LibraryProblem NoAnswer(std::string_view why) const
     {
-        return {LibraryFault::NoAnswer, place_.Text(), OneLine(pq_.PQerrorMessage(connection_.get()))};
+        return {LibraryFault::NoAnswer, place_.Text(), OneLine(why)};
     }
-    [[nodiscard]] LibraryProblem Late() const { return {LibraryFault::NoAnswer, place_.Text(), OneLine(too_late)}; }
+    [[nodiscard]] LibraryProblem LineProblem() const { return NoAnswer(pq_.PQerrorMessage(connection_.get())); }
 
     const PqDriver& pq_;
     PgPlace place_;
@@ -166,6 +175,7 @@ private:
     Clock::time_point again_;
     std::optional<CPgStart> start_; // while it is connecting
     PqConnection connection_;
+    CPgAnswer answer_so_far_; // by bytes: it has two seconds in all
     PgServers answer_;
     bool asked_ = false;
     bool unsent_ = false;

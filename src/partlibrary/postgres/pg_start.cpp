@@ -59,6 +59,7 @@ void CPgStart::Begin()
     }
     set(nullptr, nullptr);
     connection_.reset(pq_.PQconnectStartParams(names.data(), values.data(), 0));
+    answer_.Begin();
     polling_ = PGRES_POLLING_WRITING;
     refused_ = false;
     if (connection_ == nullptr) {
@@ -90,7 +91,7 @@ CPgStart::State CPgStart::GoOn()
 {
     while (state_ == State::Pending) {
         pollfd socket = Awaited();
-        if (Clock::now() >= share_until_) {
+        if (Clock::now() >= share_until_ || answer_.IsEndless()) {
             PassOver();
         } else if (poll(&socket, 1, 0) > 0) {
             Step();
@@ -135,7 +136,7 @@ void CPgStart::Step()
         share_until_ = std::min(std::max(share_until_, Clock::now() + share_), latest_);
         until_ = std::max(until_, share_until_);
     }
-    polling_ = pq_.PQconnectPoll(connection_.get());
+    polling_ = answer_.Count(pq_.PQsocket(connection_.get()), [this] { return pq_.PQconnectPoll(connection_.get()); });
     const bool failed = polling_ == PGRES_POLLING_FAILED;
     refused_ = refused_ || (spoken_to && (failed || pq_.PQstatus(connection_.get()) == CONNECTION_STARTED));
     if (failed) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "partlibrary/library/library_problem.h"
+#include "partlibrary/postgres/pg_answer.h"
 #include "partlibrary/postgres/pg_hosts.h"
 #include "partlibrary/postgres/pg_place.h"
 #include "partlibrary/postgres/pq_functions.h"
@@ -48,6 +49,7 @@ private:
     Clock::duration share_{};
     CPgHosts hosts_;
     PqConnection connection_;
+    CPgAnswer answer_; // by bytes
     PostgresPollingStatusType polling_ = PGRES_POLLING_WRITING;
     State state_ = State::Pending;
     bool refused_ = false; // after the server had spoken

@@ -61,8 +61,10 @@ bool CPgWatch::Look()
     if (state_ == State::Open) {
         AskForMore();
     }
-    if (state_ == State::Open && IsOverdue()) {
-        GiveUp(main_->TooLate());
+    if (state_ == State::Open && answer_.IsEndless()) {
+        GiveUp(main_->NoAnswer(CPgAnswer::endless));
+    } else if (state_ == State::Open && IsOverdue()) {
+        GiveUp(main_->NoAnswer(too_late));
     }
     return std::exchange(changed_, false);
 }
@@ -90,7 +92,7 @@ void CPgWatch::GoOnConnecting()
         return;
     }
     if (state == CPgStart::State::Late) {
-        GiveUp(main_->TooLate());
+        GiveUp(main_->NoAnswer(too_late));
         return;
     }
     // That there is no room for one more says nothing of those that are there.
@@ -146,7 +148,10 @@ void CPgWatch::Ask(const CSql& statement, Question question)
         return;
     }
     const PqDriver& pq = main_->Driver();
-    last_byte_ = questions_.empty() ? Clock::now() : last_byte_;
+    if (questions_.empty()) {
+        last_byte_ = Clock::now();
+        answer_.Begin();
+    }
     questions_.push_back(std::move(question));
     if (!SendStatement(pq, connection_.get(), statement) || pq.PQpipelineSync(connection_.get()) != 1 ||
         pq.PQflush(connection_.get()) < 0) {
@@ -191,7 +196,7 @@ void CPgWatch::Receive()
     const PqDriver& pq = main_->Driver();
     if (IsReady(Socket(), POLLIN)) {
         last_byte_ = Clock::now();
-        if (pq.PQconsumeInput(connection_.get()) == 0) {
+        if (answer_.Count(Socket(), [&] { return pq.PQconsumeInput(connection_.get()); }) == 0) {
             Close();
             return;
         }
@@ -210,6 +215,7 @@ void CPgWatch::Receive()
         }
         if (result.Status() == PGRES_PIPELINE_SYNC) {
             questions_.pop_front();
+            answer_.Begin();
         } else {
             Take(result);
         }

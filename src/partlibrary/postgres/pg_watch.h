@@ -61,6 +61,7 @@ private:
     PqConnection connection_;
     State state_ = State::Closed;
     std::deque<Question> questions_; // asked, and not answered to their end
+    CPgAnswer answer_;               // nobody waits for it: only its bytes count
     std::optional<qint64> revision_;
     bool noticed_ = false;
     bool changed_ = false;
