@@ -323,5 +323,46 @@ TEST_F(ServerLies, TakeABoundedTimeAndNotAllMemory)
     EXPECT_TRUE(Load());
 }
 
+TEST_F(ServerLies, LeadNobodyInACircle)
+{
+    libraries_.Fill(u"SRV1"_s, [](ILibraryWriter& writer) { PutTestParts(writer, u"Many"_s, u"M%1"_s, 1000, 4000); });
+    CBrowserSession session{CLibraryFolder({}, {tapped_station})};
+    ASSERT_TRUE(session.Go(u"SRV1"_s, u"Many"_s));
+    IPartLibrary& library = *session.Library();
+    const auto list = library.List(session.ListView(), 3000, nullptr);
+    EXPECT_TRUE(list->Step() && list->Step());
+    const auto same_again = [](int client, auto /*sent*/, const std::string& last) { return Say(client, last); };
+    line_.Pose(same_again);
+    EXPECT_TRUE(!list->Step() && list->Failed());
+    line_.Pose({});
+    const auto rows = library.PartsBehind(session.CurrentFolder().id, {}, 500);
+    line_.Pose(same_again);
+    EXPECT_FALSE(library.PartsBehind(session.CurrentFolder().id, rows.value().back().name, 500));
+    line_.Pose({});
+    RunInDatabase("DELETE FROM folder WHERE path = ''");
+    const auto writer = libraries_.At(u"SRV1"_s)->Edit(problem_);
+    EXPECT_FALSE(!writer->Begin() || writer->MakeFolder(u"A"_s) || writer->MakeFolder(u"A"_s));
+    writer->Rollback();
+    RunInDatabase(
+        "ALTER TABLE partkeep_library RENAME TO told; CREATE VIEW partkeep_library AS SELECT version, mark, keys "
+        "|| set_config('a.turn', left('x', 1 - length(coalesce(current_setting('a.turn', true), ''))), false) "
+        "AS keys, revision FROM told; GRANT SELECT ON partkeep_library TO PUBLIC");
+    EXPECT_TRUE(WholeList(library, session.ListView())->Failed());
+    EXPECT_EQ(library.Problem().fault, LibraryFault::Damaged);
+}
+
+TEST_F(ServerLies, BringNoFileThatHasNoEnd)
+{
+    libraries_.Put(u"Load"_s, u"Empty"_s, {{FileSlot::Iga, {}}});
+    RunInDatabase("ALTER TABLE part_file DROP CONSTRAINT part_file_pkey");
+    for (const char* change : {"INSERT INTO part_file SELECT * FROM part_file WHERE bytes = 0",
+                               "UPDATE part_file SET bytes = 9223372036854775807"}) {
+        RunInDatabase(change);
+        CCopyingSession session{CLibraryFolder({}, {tapped_station}, {target_.Path("kept"), 1 << 26}), target_};
+        EXPECT_FALSE(session.CopyPartFiles(u"SRV1", u"Load\\Empty")) << change;
+        EXPECT_EQ(session.Problem().fault, LibraryFault::Damaged) << change;
+    }
+}
+
 } // namespace
 } // namespace partkeep

@@ -15,8 +15,6 @@ constexpr std::size_t most_known = 20000; // of about a kilobyte each
 constexpr int folder_path = pg_part_column_count;
 constexpr int revision = folder_path + 1;
 constexpr int slot = revision + 1;
-constexpr int bytes = slot + 1;
-constexpr int hash = bytes + 1;
 
 template <typename AddWhich>
 CSql AskFor(const AddWhich& which)
@@ -84,10 +82,8 @@ void CPgAtHand::Take(const CPgResult& result)
             known.told = Clock::now();
             known_[id] = std::move(known);
         }
-        const qint64 file = result.IsNull(row, slot) ? -1 : result.Integer(row, slot);
-        if (file >= 0 && file < static_cast<qint64>(file_kinds.size())) {
-            known_[id].files.push_back(
-                {id, static_cast<FileSlot>(file), result.Integer(row, bytes), result.Bytes(row, hash)});
+        if (auto file = ReadPartFile(result, row, id, slot)) {
+            known_[id].files.push_back(*std::move(file));
         }
     }
 }

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <iterator>
 #include <unordered_map>
+#include <utility>
 
 namespace partkeep {
 
@@ -46,6 +47,13 @@ private:
             Add(finding.arg(rows->Text(row, 0)));
         }
         return rows.has_value();
+    }
+
+    // Always false: rows that do not go on would be asked for ever.
+    bool Circles()
+    {
+        connection_.SetProblem({LibraryFault::Damaged, connection_.Place().Text(), QStringLiteral("its order")});
+        return false;
     }
 
     bool Rules();
@@ -126,7 +134,10 @@ bool CPgCheck::Parts()
         }
         for (int row = 0; row < rows->Rows(); ++row) {
             Part(*rows, row);
-            last = rows->Integer(row, 0);
+            const PartId before = std::exchange(last, rows->Integer(row, 0));
+            if (before >= last) {
+                return Circles();
+            }
         }
         if (rows->Rows() < rows_at_once) {
             return true;
@@ -202,8 +213,12 @@ bool CPgCheck::Files()
             return false;
         }
         for (int row = 0; row < files->Rows(); ++row, ++check_.files) {
+            const std::pair before(part, slot);
             part = files->Integer(row, 0);
             slot = files->Integer(row, 1);
+            if (before >= std::pair(part, slot)) {
+                return Circles();
+            }
             if (progress_ && !progress_(check_.files, total->Integer(0, 0))) {
                 connection_.SetProblem({LibraryFault::Stopped, {}, {}});
                 return false;
@@ -220,11 +235,12 @@ bool CPgCheck::Files()
 bool CPgCheck::Content(const CPgResult& file, int row)
 {
     const qint64 wanted = file.Integer(row, 3);
+    const bool fits = wanted >= 0 && wanted <= postgres_max_file_bytes;
     const auto slot = static_cast<FileSlot>(std::clamp<qint64>(file.Integer(row, 1), 0, file_kinds.size() - 1));
     CPgResult piece;
     CContentHash hash;
     qint64 bytes = 0;
-    bool sound = true;
+    bool sound = fits;
     const char* fault = wanted == 0 ? PictureFault(slot, {}) : nullptr;
     auto next = connection_.SendForFirst(
         CSql("SELECT nr, data FROM piece WHERE content = ").Value(file.Integer(row, 2)).Add(" ORDER BY nr"), piece);
@@ -232,7 +248,7 @@ bool CPgCheck::Content(const CPgResult& file, int row)
         const std::string_view data = piece.Raw(0, 1);
         const auto size = static_cast<qint64>(data.size());
         fault = bytes == 0 ? PictureFault(slot, QByteArray::fromRawData(data.data(), size)) : fault;
-        sound = sound && piece.Integer(0, 0) * postgres_piece_bytes == bytes && size > 0 &&
+        sound = sound && piece.Integer(0, 0) == bytes / postgres_piece_bytes && size > 0 &&
                 size == std::min(postgres_piece_bytes, wanted - bytes);
         hash.Add(data);
         bytes += size;

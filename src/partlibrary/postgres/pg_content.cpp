@@ -4,6 +4,7 @@
 #include "partlibrary/postgres/pg_schema.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace partkeep {
 
@@ -11,9 +12,7 @@ namespace {
 
 constexpr int folder_path = pg_part_column_count;
 constexpr int slot = folder_path + 1;
-constexpr int bytes = slot + 1;
-constexpr int hash = bytes + 1;
-constexpr int number = hash + 1;
+constexpr int number = slot + 3; // behind bytes and hash
 constexpr int data = number + 1;
 
 } // namespace
@@ -90,16 +89,16 @@ bool CPgContent::HandOver(SlotSet slots, const ContentSink& sink, CPgConnection&
     return !problem;
 }
 
-LibraryProblem CPgContent::BeginFile(const CPgResult& row)
+LibraryProblem CPgContent::BeginFile(const PartFile& file)
 {
-    bytes_ = row.Integer(0, bytes);
-    hash_ = row.Bytes(0, hash);
+    bytes_ = file.bytes;
+    hash_ = file.hash;
     done_ = 0;
     if (!only_.isEmpty() && hash_ != only_) {
         return {LibraryFault::NoAnswer, part_.name, QStringLiteral("it was changed meanwhile")};
     }
     if (std::find(kept_hashes_.begin(), kept_hashes_.end(), hash_) != kept_hashes_.end()) {
-        kept_.push_back({part_.id, static_cast<FileSlot>(slot_), bytes_, hash_});
+        kept_.push_back(file);
         done_ = bytes_;
         return {};
     }
@@ -123,41 +122,44 @@ LibraryProblem CPgContent::EndFile()
     return {};
 }
 
-// Of files that are not wanted there is a row as well, without a piece.
+// Of files that are not wanted there is a row as well, without a piece. Each row is of a later file than the last one,
+// or the next piece: others would come without end.
 LibraryProblem CPgContent::Take(const CPgResult& row, SlotSet slots, SlotSet& found, const ContentSink& sink)
 {
+    const bool no_piece = row.IsNull(0, number);
     if (row.IsNull(0, slot)) {
-        return {};
+        return std::exchange(no_file_, true) ? Damage() : LibraryProblem{};
     }
-    const qint64 file = row.Integer(0, slot);
-    if (file < 0 || file >= static_cast<qint64>(file_kinds.size())) {
+    const auto file = ReadPartFile(row, 0, part_.id, slot);
+    const bool again = !files_.empty() && file && files_.back().slot == file->slot;
+    if (!file || no_file_ || (again ? no_piece : !files_.empty() && files_.back().slot > file->slot)) {
         return Damage();
     }
-    const auto kind = static_cast<FileSlot>(file);
-    if (files_.empty() || files_.back().slot != kind) {
-        files_.push_back({part_.id, kind, row.Integer(0, bytes), row.Bytes(0, hash)});
+    const FileSlot kind = file->slot;
+    if (!again) {
+        files_.push_back(*file);
     }
     if ((slots & SetOf(kind)) == 0) {
-        return {};
+        return no_piece ? LibraryProblem{} : Damage();
     }
-    if (file != slot_) {
+    if (!again) {
         LibraryProblem problem = EndFile();
-        slot_ = file;
+        slot_ = static_cast<qint64>(kind);
         found |= SetOf(kind);
-        problem = problem ? problem : BeginFile(row);
+        problem = problem ? problem : BeginFile(*file);
         if (problem) {
             return problem;
         }
     }
     if (!kept_.empty() && kept_.back().slot == kind) {
-        return {};
+        return no_piece ? LibraryProblem{} : Damage();
     }
-    if (row.IsNull(0, number)) { // no piece
+    if (no_piece) {
         return bytes_ == 0 ? sink(kind, {}) : Damage();
     }
     const std::string_view piece = row.Raw(0, data);
     const auto size = static_cast<qint64>(piece.size());
-    if (row.Integer(0, number) * postgres_piece_bytes != done_ || size == 0 ||
+    if (row.Integer(0, number) != done_ / postgres_piece_bytes || size == 0 ||
         size != std::min(postgres_piece_bytes, bytes_ - done_)) {
         return Damage();
     }

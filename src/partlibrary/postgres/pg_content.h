@@ -48,7 +48,7 @@ public:
 private:
     bool Take(CPgConnection::Next next, PartId part);
     LibraryProblem Take(const CPgResult& row, SlotSet slots, SlotSet& found, const ContentSink& sink);
-    LibraryProblem BeginFile(const CPgResult& row);
+    LibraryProblem BeginFile(const PartFile& file);
     LibraryProblem EndFile();
     [[nodiscard]] LibraryProblem HandOverKept(const ContentSink& sink, CPgConnection& again) const;
     [[nodiscard]] LibraryProblem Damage() const;
@@ -66,8 +66,9 @@ private:
     PartRow part_;
     PgRowFault fault_ = PgRowFault::None;
     bool rows_to_come_ = false;
-    qint64 slot_ = -1; // that is under way
-    qint64 bytes_ = 0; // of it
+    bool no_file_ = false; // was told
+    qint64 slot_ = -1;     // that is under way
+    qint64 bytes_ = 0;     // of it
     qint64 done_ = 0;
 };
 

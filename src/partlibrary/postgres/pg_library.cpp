@@ -1,5 +1,6 @@
 #include "partlibrary/postgres/pg_library.h"
 
+#include "partlibrary/library/content_hash.h"
 #include "partlibrary/library/library_names.h"
 #include "partlibrary/library/sort_text.h"
 #include "partlibrary/postgres/pg_content.h"
@@ -237,6 +238,8 @@ std::optional<std::vector<PartRow>> CPgLibrary::FindParts(std::span<const PartId
 
 // The whole.
 
+// Rows that do not go on would be asked for ever. A name that is refused may be longer than what comes of it, and so
+// come again.
 std::optional<std::vector<PartRow>> CPgLibrary::PartsBehind(qint64 folder, const QString& after, qint64 limit)
 {
     std::vector<PartRow> rows;
@@ -252,9 +255,11 @@ std::optional<std::vector<PartRow>> CPgLibrary::PartsBehind(qint64 folder, const
             return std::nullopt;
         }
         PartRow row;
+        const std::string asked_behind = ToUtf8(behind);
         for (int i = 0; i < result->Rows() && static_cast<qint64>(rows.size()) < limit; ++i) {
             const PgRowFault fault = ReadPart(*result, i, row);
-            if (fault == PgRowFault::Damaged) {
+            const int order = ToUtf8(row.name).compare(ToUtf8(behind));
+            if (fault == PgRowFault::Damaged || order < 0 || (order == 0 && fault == PgRowFault::None)) {
                 return Damaged(row.name);
             }
             behind = row.name;
@@ -266,6 +271,9 @@ std::optional<std::vector<PartRow>> CPgLibrary::PartsBehind(qint64 folder, const
         }
         if (result->Rows() < limit || static_cast<qint64>(rows.size()) == limit) {
             return rows;
+        }
+        if (ToUtf8(behind) == asked_behind) {
+            return Damaged(behind);
         }
     }
 }
@@ -289,12 +297,11 @@ std::optional<std::vector<PartFile>> CPgLibrary::Files(std::span<const PartId> p
     }
     std::vector<PartFile> files;
     for (int row = 0; row < result->Rows(); ++row) {
-        const qint64 slot = result->Integer(row, 1);
-        if (slot < 0 || slot >= static_cast<qint64>(file_kinds.size()) || result->Raw(row, 3).size() != 32) {
+        auto file = ReadPartFile(*result, row, result->Integer(row, 0), 1);
+        if (!file || file->hash.size() != hash_bytes) {
             return Damaged(QStringLiteral("the row of a file"));
         }
-        files.push_back(
-            {result->Integer(row, 0), static_cast<FileSlot>(slot), result->Integer(row, 2), result->Bytes(row, 3)});
+        files.push_back(*std::move(file));
     }
     return files;
 }

@@ -21,6 +21,7 @@ constexpr qint64 small_list = 20000;           // is walked at once, faster than
 constexpr qint64 index_limit = 5000;           // more matches than this fill a page soon enough in a walk
 constexpr qint64 most_read = 400000;           // entries of the index
 constexpr int most_codes = 4;
+constexpr std::size_t most_parts = 10'000'000; // more than any library has
 constexpr std::chrono::milliseconds rows_fresh{1000};
 
 } // namespace
@@ -79,14 +80,14 @@ bool CPgListing::IsRare(const CPgResult& counts, qint64 parts)
 {
     const auto all = static_cast<double>(std::max<qint64>(parts, 1));
     double expected = all;
-    qint64 read = 0;
+    double read = 0;
     codes_.clear();
     for (int row = 0; row < std::min(counts.Rows(), most_codes); ++row) {
         codes_.push_back(static_cast<std::int32_t>(counts.Integer(row, 0)));
         expected *= static_cast<double>(counts.Integer(row, 1)) / all;
-        read += counts.Integer(row, 1);
+        read += static_cast<double>(counts.Integer(row, 1));
     }
-    return expected <= static_cast<double>(index_limit) && read <= most_read;
+    return expected <= static_cast<double>(index_limit) && read <= static_cast<double>(most_read);
 }
 
 // The index is read first, and once, whatever the server would rather do; where it finds too many after all, a walk
@@ -156,25 +157,32 @@ CSql CPgListing::WindowStatement(bool whole_rows) const
     return sql;
 }
 
+// What the library says of its keys comes along with the first rows: where it is not what it was, they are asked for
+// once more. One that says now this and now that has no order.
 void CPgListing::StepWalk()
 {
-    if (!begun_) {
-        other_keys_ = connection_->HasOtherKeys();
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        other_keys_ = begun_ ? other_keys_ : connection_->HasOtherKeys();
+        const bool whole_rows = other_keys_ || ids_.size() < whole_rows_held;
+        const std::array statements{CPgConnection::LibraryRow(), WindowStatement(whole_rows)};
+        const auto results = connection_->AskAll(std::span(statements).subspan(begun_ ? 1 : 0));
+        if (!results || (!begun_ && !connection_->TakeLibraryRow(results->front()))) {
+            phase_ = Phase::Failed;
+            return;
+        }
+        if (begun_ || other_keys_ == connection_->HasOtherKeys()) {
+            begun_ = true;
+            TakeWindow(results->back(), whole_rows);
+            return;
+        }
     }
-    const bool whole_rows = other_keys_ || ids_.size() < whole_rows_held;
-    const std::array statements{CPgConnection::LibraryRow(), WindowStatement(whole_rows)};
-    const auto results = connection_->AskAll(std::span(statements).subspan(begun_ ? 1 : 0));
-    if (!results || (!begun_ && !connection_->TakeLibraryRow(results->front()))) {
-        phase_ = Phase::Failed;
-        return;
-    }
-    if (!begun_ && other_keys_ != connection_->HasOtherKeys()) {
-        other_keys_ = connection_->HasOtherKeys();
-        StepWalk();
-        return;
-    }
-    begun_ = true;
-    TakeWindow(results->back(), whole_rows);
+    Damage(QStringLiteral("its keys"));
+}
+
+void CPgListing::Damage(const QString& what)
+{
+    connection_->SetProblem({LibraryFault::Damaged, connection_->Place().Text(), what});
+    phase_ = Phase::Failed;
 }
 
 void CPgListing::TakePosition(const CPgResult& result, int row, int column)
@@ -186,9 +194,11 @@ void CPgListing::TakePosition(const CPgResult& result, int row, int column)
                      result.Integer(row, column)};
 }
 
+// A window that does not begin behind the last one would be followed by others without end.
 void CPgListing::TakeWindow(const CPgResult& result, bool whole_rows)
 {
     constexpr int row_column = 5;
+    const auto before = at_;
     bool more = false;
     PartRow part;
     for (int row = 0; row < result.Rows() && phase_ != Phase::Failed; ++row) {
@@ -205,7 +215,8 @@ void CPgListing::TakeWindow(const CPgResult& result, bool whole_rows)
             if (other_keys_) {
                 const QString* const texts[] = {&part.name, nullptr, &part.material, &part.machine, &part.comment};
                 const QString* const text = texts[static_cast<std::size_t>(view_.sort)];
-                ordered_.push_back({part, text != nullptr ? SortKey(*text) : QByteArray(), SortKey(part.name)});
+                ordered_.push_back({part.folder, part.thickness, text != nullptr ? SortKey(*text) : QByteArray(),
+                                    SortKey(part.name), part.id});
                 continue;
             }
             ids_.push_back(part.id);
@@ -216,6 +227,10 @@ void CPgListing::TakeWindow(const CPgResult& result, bool whole_rows)
     }
     rows_read_ = Clock::now();
     window_ = std::min(window_ * window_growth, largest_window);
+    const bool onward = !before || !more || Precedes(view_, *before, *at_);
+    if (phase_ != Phase::Failed && (!onward || ids_.size() + ordered_.size() > most_parts)) {
+        Damage(QStringLiteral("the order of its parts"));
+    }
     if (!more && phase_ != Phase::Failed) {
         TakeOrder();
         phase_ = Phase::Complete;
@@ -228,8 +243,7 @@ bool CPgListing::TakeRow(const CPgResult& result, int row, PartRow& part)
     const int column = phase_ == Phase::Walk ? 5 : 1;
     const PgRowFault fault = ReadPart(result, row, part, column);
     if (fault == PgRowFault::Damaged) {
-        connection_->SetProblem({LibraryFault::Damaged, connection_->Place().Text(), part.name});
-        phase_ = Phase::Failed;
+        Damage(part.name);
         return false;
     }
     if (all) {
@@ -258,27 +272,12 @@ bool CPgListing::IsShownHere(const PartRow& part) const
            });
 }
 
-bool CPgListing::Precedes(const Ordered& left, const Ordered& right) const
-{
-    const Ordered& low = view_.descending ? right : left;
-    const Ordered& high = view_.descending ? left : right;
-    if (view_.folder == all_folders && low.row.folder != high.row.folder) {
-        return low.row.folder < high.row.folder;
-    }
-    if (view_.sort == PartColumn::Thickness && low.row.thickness != high.row.thickness) {
-        return low.row.thickness < high.row.thickness;
-    }
-    if (view_.sort != PartColumn::Name && low.column_key != high.column_key) {
-        return low.column_key < high.column_key;
-    }
-    return low.name_key != high.name_key ? low.name_key < high.name_key : low.row.id < high.row.id;
-}
-
 void CPgListing::TakeOrder()
 {
-    std::sort(ordered_.begin(), ordered_.end(), [this](const Ordered& a, const Ordered& b) { return Precedes(a, b); });
-    for (const Ordered& entry : ordered_) {
-        ids_.push_back(entry.row.id);
+    std::sort(ordered_.begin(), ordered_.end(),
+              [this](const PgPosition& a, const PgPosition& b) { return Precedes(view_, a, b); });
+    for (const PgPosition& entry : ordered_) {
+        ids_.push_back(entry.id);
     }
     ordered_.clear();
 }

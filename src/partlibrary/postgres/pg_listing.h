@@ -40,11 +40,6 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
     enum class Phase { Count, Candidates, Walk, Complete, Failed };
-    struct Ordered {
-        PartRow row;
-        QByteArray column_key;
-        QByteArray name_key;
-    };
 
     void StepCount();
     [[nodiscard]] bool IsRare(const CPgResult& counts, qint64 parts);
@@ -56,7 +51,7 @@ private:
     void TakePosition(const CPgResult& result, int row, int column);
     bool IsShownHere(const PartRow& part) const;
     void TakeOrder();
-    [[nodiscard]] bool Precedes(const Ordered& left, const Ordered& right) const;
+    void Damage(const QString& what);
 
     std::shared_ptr<CPgConnection> connection_;
     PartListView view_;
@@ -71,7 +66,7 @@ private:
     std::vector<PartId> ids_;
     std::vector<PartRow> rows_; // the first of them, as they were read
     Clock::time_point rows_read_;
-    std::vector<Ordered> ordered_;
+    std::vector<PgPosition> ordered_;
 };
 
 } // namespace partkeep

@@ -91,4 +91,20 @@ void AddOrder(CSql& sql, const PartListView& view)
     sql.Add("name_key").Add(next).Add(view.descending ? SqlText("id DESC") : SqlText("id"));
 }
 
+bool Precedes(const PartListView& view, const PgPosition& left, const PgPosition& right)
+{
+    const PgPosition& low = view.descending ? right : left;
+    const PgPosition& high = view.descending ? left : right;
+    if (view.folder == all_folders && low.folder != high.folder) {
+        return low.folder < high.folder;
+    }
+    if (view.sort == PartColumn::Thickness && low.thickness != high.thickness) {
+        return low.thickness < high.thickness;
+    }
+    if (view.sort != PartColumn::Name && low.column_key != high.column_key) {
+        return low.column_key < high.column_key;
+    }
+    return low.name_key != high.name_key ? low.name_key < high.name_key : low.id < high.id;
+}
+
 } // namespace partkeep

@@ -34,5 +34,6 @@ void AddBehind(CSql& sql, const PartListView& view, const PgPosition& position);
 void AddShown(CSql& sql, const PartListView& view, const QStringList& words, bool other_keys);
 
 void AddOrder(CSql& sql, const PartListView& view);
+[[nodiscard]] bool Precedes(const PartListView& view, const PgPosition& left, const PgPosition& right);
 
 } // namespace partkeep

@@ -43,4 +43,14 @@ PgRowFault ReadPart(const CPgResult& result, int row, PartRow& part, int column)
     return sound ? PgRowFault::None : PgRowFault::Refused;
 }
 
+std::optional<PartFile> ReadPartFile(const CPgResult& result, int row, PartId part, int column)
+{
+    const qint64 slot = result.Integer(row, column);
+    const qint64 bytes = result.Integer(row, column + 1);
+    const bool sound = slot >= 0 && slot < static_cast<qint64>(file_kinds.size()) && bytes >= 0 &&
+                       bytes <= postgres_max_file_bytes && !result.IsNull(row, column);
+    return sound ? std::optional(PartFile{part, static_cast<FileSlot>(slot), bytes, result.Bytes(row, column + 2)})
+                 : std::nullopt;
+}
+
 } // namespace partkeep

@@ -6,6 +6,8 @@
 #include "partlibrary/library/part_library.h"
 #include "partlibrary/postgres/pg_result.h"
 
+#include <optional>
+
 namespace partkeep {
 
 enum class PgRowFault { None, Refused, Damaged };
@@ -20,5 +22,8 @@ inline constexpr SqlText pg_part_columns =
     "id, folder, slots, thickness, left(name, 256), left(material, 256), left(machine, 256), left(comment, 256)";
 inline constexpr int pg_part_column_count = 8;
 [[nodiscard]] PgRowFault ReadPart(const CPgResult& result, int row, PartRow& part, int column = 0);
+
+// A file of a part, by its slot, bytes and hash. Nothing where there is none, or a number is out of its range.
+[[nodiscard]] std::optional<PartFile> ReadPartFile(const CPgResult& result, int row, PartId part, int column);
 
 } // namespace partkeep

@@ -36,8 +36,8 @@ bool CPgWriter::ReadFolders()
     for (int row = 0; row < rows->Rows(); ++row) {
         folders_[rows->Text(row, 1)] = rows->Integer(row, 0);
     }
-    folders_read_ = true;
-    return folders_.contains(QString()) ||
+    folders_read_ = folders_.contains(QString()); // or its parents would be looked for without end
+    return folders_read_ ||
            Refuse(LibraryFault::Damaged, connection_->Place().Text(), QStringLiteral("the root is missing"));
 }
 
@@ -285,7 +285,7 @@ bool CPgWriter::RebuildParts(const WorkProgress& progress)
         }
         for (int i = 0; i < rows->Rows(); ++i) {
             PartRow row;
-            if (ReadPart(*rows, i, row) == PgRowFault::Damaged) {
+            if (ReadPart(*rows, i, row) == PgRowFault::Damaged || row.id <= last) {
                 return Refuse(LibraryFault::Damaged, connection_->Place().Text(), row.name);
             }
             last = row.id;
