@@ -285,10 +285,7 @@ TEST(QtKeypad, FieldHoldsWhatKeysAndButtonsPutIn)
     TheProcessValues().languageId = 1;
     CQtDialogWindows windows(nullptr);
     const auto pasting = [](const char* text) -> UserStep {
-        return [text] {
-            QGuiApplication::clipboard()->setText(text);
-            Field()->paste();
-        };
+        return [text] { QGuiApplication::clipboard()->setText(text), Field()->paste(); };
     };
     const auto answering = [](const char* text) { return [text] { EXPECT_EQ(AnswerMessage(), QString(text)); }; };
     const UserStep ok = Clicking(keypad, RES_OK);

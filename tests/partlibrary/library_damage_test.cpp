@@ -5,8 +5,6 @@
 #include "partlibrary/sqlite/schema.h"
 #include "tests/partlibrary/library_fixture.h"
 
-#include <QtEndian>
-
 #include <filesystem>
 #include <numeric>
 #include <random>
@@ -36,17 +34,10 @@ protected:
         return ProblemText(session.Problem());
     }
 
-    static std::string BigEndian(quint32 number)
+    // A file with other bytes at one place.
+    static std::string With(std::size_t at, std::string_view bytes, std::string file)
     {
-        std::string bytes(4, '\0');
-        qToBigEndian(number, bytes.data());
-        return bytes;
-    }
-    // The sound library, or another file, with other bytes at one place.
-    [[nodiscard]] std::string With(std::size_t at, std::string_view bytes, std::string file = {}) const
-    {
-        file = file.empty() ? sound_ : file;
-        return file.replace(at, bytes.size(), bytes);
+        return file.replace(at, std::min(bytes.size(), file.size() - at), bytes);
     }
 
     std::string file_ = library_file_.toStdString();
@@ -140,8 +131,8 @@ TEST_F(LibraryDamage, WhatIsNoLibraryIsTold)
         {"a stranger's view", LibraryFault::Damaged, [&] { forge("CREATE VIEW extra AS SELECT 1"); }},
         {"a table gone", LibraryFault::Damaged, [&] { forge("DROP TABLE part_search"); }},
         {"the index's own table in other words", LibraryFault::Damaged,
-         [&] { WriteBytes(file_, With(sound_.find("k PRIMARY KEY, v)"), "k PRIMARY KEY, w)")); }},
-        {"one with a log", LibraryFault::CannotOpen, [&] { WriteBytes(file_, With(18, "\2\2")); }},
+         [&] { WriteBytes(file_, With(sound_.find("k PRIMARY KEY, v)"), "k PRIMARY KEY, w)", sound_)); }},
+        {"one with a log", LibraryFault::CannotOpen, [&] { WriteBytes(file_, With(18, "\2\2", sound_)); }},
     };
     for (const auto& [label, fault, make] : rows) {
         std::filesystem::remove_all(file_);
@@ -171,9 +162,8 @@ TEST_F(LibraryDamage, PagesThatLeadToEachOtherEndARead)
     for (const QString& table : {u"folder"_s, u"part_file"_s}) {
         WriteBytes(file_, sound_);
         const auto root = static_cast<std::size_t>(RootOf(table));
-        const std::string rows = sound_.substr(root, page_bytes);
-        WriteBytes(file_, With(root, upper(pages + 2)) + rows + upper(pages + 1));
-        WriteBytes(file_, With(28, BigEndian(pages + 2), ReadBytes(file_)));
+        const std::string rows = sound_.substr(root, page_bytes) + upper(pages + 1);
+        WriteBytes(file_, With(28, BigEndian(pages + 2), With(root, upper(pages + 2), sound_) + rows));
         const auto library = CSqliteLibrary::Open(library_file_, problem_);
         ASSERT_NE(library, nullptr) << ProblemText(problem_);
         EXPECT_FALSE(table == u"folder" ? library->Ids({all_folders, -1, {}}).has_value()
@@ -261,9 +251,8 @@ TEST_F(LibraryDamage, AnInterruptedWriteIsTakenBackWhereItBelongs)
     EXPECT_EQ(Check(), "");
     const std::string named = file_ + ".mine"; // by the journal, as what the change has to do with as well
     WriteBytes(named, "mine");
-    leave(half, BigEndian((1 << 30) / page_bytes + 1) + named + BigEndian(static_cast<quint32>(named.size())) +
-                    BigEndian(static_cast<quint32>(std::accumulate(named.begin(), named.end(), 0))) +
-                    journal.substr(0, 8));
+    leave(half, BigEndian((1 << 30) / page_bytes + 1) + named + BigEndian(named.size()) +
+                    BigEndian(std::accumulate(named.begin(), named.end(), 0U)) + journal.substr(0, 8));
     UseServer();
     EXPECT_EQ(ReadBytes(named), "mine");
     std::filesystem::remove(file_ + "-journal");
@@ -291,19 +280,16 @@ TEST_F(LibraryDamage, AnInterruptedWriteIsTakenBackWhereItBelongs)
     }
     EXPECT_EQ(aside, 4U) << "nothing is deleted";
 
-    const auto spoilt = [&](std::size_t at, const std::string& bytes) {
-        return journal.substr(0, at) + bytes + journal.substr(std::min(journal.size(), at + bytes.size()));
-    };
     const std::string number(4, '\2');
-    for (const std::string& bad : {std::string(), spoilt(0, std::string(8, '\0')), spoilt(0, "no mark"),
-                                   spoilt(24, number), spoilt(20, number), journal.substr(0, 600)}) {
+    for (const std::string& bad : {std::string(), With(0, std::string(8, '\0'), journal), With(0, "no mark", journal),
+                                   With(24, number, journal), With(20, number, journal), journal.substr(0, 600)}) {
         WriteBytes(file_, other);
         WriteBytes(file_ + "-journal", bad);
         const auto again = CSqliteWriter::Open(library_file_, problem_);
         EXPECT_TRUE(again != nullptr && again->Begin()) << bad.size() << ProblemText(problem_);
     }
     WriteBytes(file_, other);
-    WriteBytes(file_ + "-journal", spoilt(512, number)); // of another page first: whose it is cannot be told
+    WriteBytes(file_ + "-journal", With(512, number, journal)); // of another page first: whose it is cannot be told
     EXPECT_EQ(CSqliteWriter::Open(library_file_, problem_), nullptr);
     EXPECT_EQ(problem_.fault, LibraryFault::Unfinished);
     EXPECT_TRUE(ReadBytes(file_) == other);

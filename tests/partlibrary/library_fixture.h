@@ -8,6 +8,8 @@
 #include "partlibrary/sqlite/sqlite_writer.h"
 #include "tests/support/temporary_folder.h"
 
+#include <QtEndian>
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -103,6 +105,13 @@ private:
     CTemporaryFolder folder_;
     CTemporaryFolder cache_; // of what comes from a database
 };
+
+// As an engine's page and a server's message have a number.
+[[nodiscard]] inline std::string BigEndian(std::size_t number)
+{
+    const quint32 bytes = qToBigEndian(static_cast<quint32>(number));
+    return {reinterpret_cast<const char*>(&bytes), sizeof bytes};
+}
 
 // A test on the shop. What is copied arrives in a folder of its own.
 class LibraryShop : public testing::Test {

@@ -79,9 +79,8 @@ PGresult* GetResult(PGconn* connection)
         return result;
     }
     real.PQclear(result);
-    return failing_call.kind == NoResult || ended.contains(connection)
-               ? nullptr
-               : PQmakeEmptyPGresult(connection, PGRES_FATAL_ERROR);
+    const bool none = failing_call.kind == NoResult || ended.contains(connection);
+    return none ? nullptr : PQmakeEmptyPGresult(connection, PGRES_FATAL_ERROR);
 }
 
 PqDriver Failing()

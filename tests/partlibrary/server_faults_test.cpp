@@ -1,6 +1,5 @@
 // A browser and an import on a database, and what can happen to its server: whatever does, no call waits much longer
 // than two seconds without a byte, every part arrives whole or not at all, and all goes on when the server does.
-#include "partlibrary/postgres/sql.h"
 #include "tests/partlibrary/server_faults.h"
 
 #include <climits>
@@ -262,9 +261,7 @@ class ServerLies : public ServerFaults {
 protected:
     static std::string Message(char type, const std::string& begins, std::size_t bytes)
     {
-        std::string message(1, type);
-        AppendNumber(message, static_cast<std::uint32_t>(bytes + 4));
-        return message + begins;
+        return type + BigEndian(bytes + 4) + begins;
     }
     static bool Say(int client, const std::string& what)
     {

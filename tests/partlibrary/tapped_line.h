@@ -49,9 +49,17 @@ public:
     // What was sent before anything came is one.
     [[nodiscard]] int Questions() const { return questions_; }
     // Counts anew, once what happens has happened, on a thread of the line, and ends all connections.
-    void Arm(int step, std::function<void()> event) { Set(step, {}, std::move(event)); }
+    void Arm(int step, std::function<void()> event, std::string text = {})
+    {
+        Clear();
+        const std::lock_guard lock(mutex_);
+        steps_ = 0;
+        at_ = step;
+        at_text_ = std::move(text);
+        event_ = std::move(event);
+    }
     // The same at a block with this text in it.
-    void ArmAt(std::string text, std::function<void()> event) { Set(-1, std::move(text), std::move(event)); }
+    void ArmAt(std::string text, std::function<void()> event) { Arm(-1, std::move(event), std::move(text)); }
     [[nodiscard]] int Steps() const { return steps_; }
     // How long what happened has taken in all.
     [[nodiscard]] std::chrono::nanoseconds Held() const { return std::chrono::nanoseconds(held_); }
@@ -72,16 +80,6 @@ public:
     }
 
 private:
-    void Set(int step, std::string text, std::function<void()> event)
-    {
-        Clear();
-        const std::lock_guard lock(mutex_);
-        steps_ = 0;
-        at_ = step;
-        at_text_ = std::move(text);
-        event_ = std::move(event);
-    }
-
     static std::string Port()
     {
         const char* const port = std::getenv("PARTKEEP_POSTGRES_PORT");

@@ -201,10 +201,9 @@ public:
 protected:
     int_type underflow() override
     {
-        if (*at_ == '^') {
-            throw std::bad_alloc();
-        }
-        return *at_ == '~' ? ++at_, traits_type::eof() : traits_type::to_int_type(*at_);
+        return *at_ == '^'   ? throw std::bad_alloc()
+               : *at_ == '~' ? (++at_, traits_type::eof())
+                             : traits_type::to_int_type(*at_);
     }
     int_type uflow() override { return *at_ == '!' ? throw std::bad_alloc() : traits_type::to_int_type(*at_++); }
 
