@@ -290,11 +290,12 @@ int CConnection::OnProgress(void* connection)
     return now - self.work_began_ > most_work || self.worked_ > most_work_in_all ? 1 : 0;
 }
 
-// The engine does not see that pages of a library lead to each other again and again.
-bool CConnection::HasRoomFor(qint64 rows)
+// Whether the file has room for so many rows of one statement. The engine does not see that pages of a library lead to
+// each other again and again.
+bool CConnection::LookForRoom(qint64 rows)
 {
     struct stat status = {};
-    if (!IsReading(mode_) || rows <= room_ || stat(QFile::encodeName(file_).constData(), &status) != 0) {
+    if (!IsReading(mode_) || stat(QFile::encodeName(file_).constData(), &status) != 0) {
         return true;
     }
     const qint64 taken = std::max(qint64{status.st_blocks} * block_bytes, std::min<qint64>(status.st_size, believed));

@@ -112,7 +112,8 @@ private:
     bool OpenFile();
     bool SetUp();
     [[nodiscard]] bool HasItsTables();
-    [[nodiscard]] bool HasRoomFor(qint64 rows); // the file, for so many of one statement
+    [[nodiscard]] bool HasRoomFor(qint64 rows) { return rows <= room_ || LookForRoom(rows); }
+    [[nodiscard]] bool LookForRoom(qint64 rows);
     [[nodiscard]] sqlite3_stmt* Take(const std::string& sql);
     void GiveBack(const std::string& sql, sqlite3_stmt* statement) noexcept;
     [[nodiscard]] LibraryProblem EngineProblem(int code) const;
