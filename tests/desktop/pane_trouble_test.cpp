@@ -152,7 +152,7 @@ TEST_F(PaneTrouble, AListReadAnewShowsAsSelectedWhatIsTold)
     };
     for (const auto& [part, reads_anew] : rows) {
         const int before = (pane.browser.SelectAllParts(1), pane.browser.GetSelectedPartCount());
-        const auto remove = [&](auto& writer) { writer.RemovePart(u"Plates\\2008"_s, QString::fromUtf8(part)); };
+        const auto remove = [name = QString(part)](auto& writer) { writer.RemovePart(u"Plates\\2008"_s, name); };
         libraries_.Fill(u"SRV1"_s, remove);
         QFile::rename(file_, aside_);
         reads_anew();

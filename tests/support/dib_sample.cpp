@@ -286,7 +286,7 @@ void ExpectShowsWhatIsWrittenOut(const PaintOnCanvas& paint)
         const int width = static_cast<int>(form.width);
         const int height = static_cast<int>(std::abs(form.height));
         const Rect whole{0, 0, width, height};
-        const auto draw = [&](IDeviceContext& context) {
+        const auto draw = [&, &form = form](IDeviceContext& context) {
             EXPECT_GT(PaintDIB(context, &whole, block.handle, &whole, nullptr), 0) << form.Label();
         };
         RasterContext raster(width, height);
