@@ -33,8 +33,11 @@ public:
         constexpr QChar line_ends[]{u'\n', u'\r', QChar::LineSeparator, QChar::ParagraphSeparator};
         const auto* const end =
             std::find_first_of(text.cbegin(), text.cend(), std::begin(line_ends), std::end(line_ends));
-        text.truncate(end - text.cbegin());
-        caret = std::min(caret, static_cast<int>(text.size()));
+        const auto first = static_cast<int>(end - text.cbegin());
+        if (first < text.size()) { // the caret is behind what was pasted
+            text.remove(first, caret > first ? caret - first : static_cast<int>(text.size()));
+            caret = first;
+        }
         return Acceptable;
     }
 };

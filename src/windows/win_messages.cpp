@@ -4,6 +4,8 @@
 #include "windows/others_disabled.h"
 #include "windows/waiting_input.h"
 
+#include <optional>
+
 namespace partkeep {
 
 namespace {
@@ -31,15 +33,20 @@ HWND MainWindowOfThread()
 } // namespace
 
 // A message of a dialog is owned by that dialog's owner, so that the system disables the owner alone: the dialogs are
-// ours to disable. The owner was disabled already, which not every version of the system leaves so when the message is
-// answered, and the active window would be the owner instead of the dialog.
+// ours to disable. An owner that the dialog has disabled is handed over enabled: the system disables it at once, and
+// enables it before its box goes. Else no window of the thread could be the next one, and another program's would be.
+// Without an owner the system sees to all windows of the thread.
 void CWinMessages::Show(const Message& message)
 {
     const UINT kind = message.kind == MessageKind::Exclamation ? MB_ICONEXCLAMATION : MB_TASKMODAL;
     HWND active = GetActiveWindow();
     const bool owner_disabled = owner_ != nullptr && !IsWindowEnabled(owner_);
     {
-        const COthersDisabled dialogs(nullptr);
+        std::optional<COthersDisabled> dialogs;
+        if (owner_ != nullptr) {
+            dialogs.emplace(nullptr);
+            EnableWindow(owner_, TRUE);
+        }
         MessageBoxW(owner_, WideText(message.text).c_str(), WideText(message.title).c_str(), MB_OK | kind);
         DropWaitingInput();
     }

@@ -304,7 +304,9 @@ TEST(QtKeypad, FieldHoldsWhatKeysAndButtonsPutIn)
     } rows[] = {
         {"six typed characters give five", {Typing(keypad, "123456"), escape}, u"12345"},
         {"paste fills up to five", {Typing(keypad, "12"), pasting("345678"), escape}, u"12345"},
-        {"what is pasted ends with its line", {pasting("12\n3"), escape}, u"12"},
+        {"what is pasted ends with its line",
+         {Typing(keypad, "45"), Pressing(keypad, Qt::Key_Home), pasting("12\n3"), escape},
+         u"1245"},
         {"buttons pass the limit, keys do not", {Typing(keypad, "12345"), six, Typing(keypad, "7"), escape}, u"123456"},
         {"typing again below the limit",
          {Typing(keypad, "12345"), six, back, back, Typing(keypad, "89"), escape},

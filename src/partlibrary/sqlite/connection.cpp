@@ -141,7 +141,7 @@ bool CConnection::SetUp()
                        Execute(CacheOf(mode_)) &&
                        (IsReading(mode_) || (Execute(write_spill) && Execute("PRAGMA secure_delete=0"))) &&
                        AddRowFunctions(*this, database_);
-    const bool sound = ready && (mode_ == OpenMode::Create ? CreateSchema(*this) : CheckSchema(*this));
+    const bool sound = ready && (mode_ == OpenMode::Create ? CreateSchema(*this) : HasItsTables());
     if (mode_ != OpenMode::Read) { // which may take its time from here on
         sqlite3_progress_handler(database_, 0, nullptr, nullptr);
     }
@@ -205,22 +205,25 @@ std::optional<qint64> CConnection::State()
 // The engine takes up what tables somebody makes while the library is open.
 bool CConnection::HasItsTables()
 {
+    const CReadTransaction one_state(*this);
     CStatement version(*this, "PRAGMA schema_version");
-    if (!version.Next()) {
+    if (!one_state || !version.Next()) {
         return false;
     }
-    const qint64 now = version.Integer(0);
+    if (tables_ == version.Integer(0)) {
+        return true;
+    }
     const QByteArray id = id_;
-    if (tables_ && tables_ != now && !CheckSchema(*this)) {
-        return false;
-    }
-    if (id_ != id) { // written over by another
+    bool sound = CheckSchema(*this);
+    if (tables_ && id_ != id) { // written over by another
         SetId(id);
         problem_ = {LibraryFault::Damaged, file_, QStringLiteral("another library stands in its place")};
-        return false;
+        sound = false;
     }
-    tables_ = now;
-    return true;
+    if (sound) {
+        tables_ = version.Integer(0);
+    }
+    return sound;
 }
 
 std::string CConnection::Image() const
