@@ -141,7 +141,7 @@ void CWinToolbar::EnableToolTips()
 void CWinToolbar::PressTool(int command, bool pressed)
 {
     pressed_[command] = pressed;
-    SendMessageW(bar_, TB_PRESSBUTTON, static_cast<WPARAM>(command), MAKELPARAM(pressed ? TRUE : FALSE, 0));
+    ShowPressedTools();
 }
 
 void CWinToolbar::ShowPressedTools()

@@ -174,6 +174,14 @@ TEST_F(LibraryDamage, PagesThatLeadToEachOtherEndARead)
     }
 }
 
+TEST_F(LibraryDamage, AReadWithoutARowEnds)
+{
+    const auto reader = CConnection::Open(library_file_, OpenMode::Read, problem_);
+    EXPECT_FALSE(reader->Execute("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) "
+                                 "SELECT i FROM n WHERE i < 0"));
+    EXPECT_EQ(reader->Problem().fault, LibraryFault::Busy);
+}
+
 TEST_F(LibraryDamage, TablesThatComeLaterAreNotTaken)
 {
     const auto library = CSqliteLibrary::Open(library_file_, problem_);
