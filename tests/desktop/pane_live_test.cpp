@@ -10,7 +10,6 @@
 #include <array>
 #include <atomic>
 #include <cstdlib>
-#include <cstring>
 #include <random>
 #include <thread>
 

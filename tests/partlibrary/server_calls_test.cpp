@@ -3,7 +3,6 @@
 #include "partlibrary/postgres/pg_driver.h"
 #include "tests/partlibrary/server_faults.h"
 
-#include <algorithm>
 #include <iterator>
 #include <libpq-fe.h>
 #include <set>

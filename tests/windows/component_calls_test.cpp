@@ -4,7 +4,6 @@
 
 #include <oleauto.h>
 
-#include <algorithm>
 #include <future>
 #include <thread>
 
