@@ -4,6 +4,7 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <iterator>
 #include <set>
 #include <tuple>

@@ -3,6 +3,7 @@
 #include "partlibrary/postgres/pg_driver.h"
 #include "tests/partlibrary/server_faults.h"
 
+#include <algorithm>
 #include <iterator>
 #include <libpq-fe.h>
 #include <set>

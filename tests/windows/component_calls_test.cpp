@@ -4,6 +4,7 @@
 
 #include <oleauto.h>
 
+#include <algorithm>
 #include <future>
 #include <thread>
 
