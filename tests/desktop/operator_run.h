@@ -2,20 +2,18 @@
 // over the open part browser's session. A run is steps in words, such as "select P1 P2; add 5".
 #pragma once
 
-#include "host/partkeep_read_impl.h"
 #include "partlibrary/session/session_control.h"
 #include "platform/files.h"
 #include "resources/resource_ids.h"
 #include "samples/sample_library.h"
-#include "settings/process_values.h"
 #include "tests/partlibrary/library_fixture.h"
+#include "tests/support/host_side.h"
 #include "tests/support/linux_faults.h"
 #include "tests/support/memory_registry.h"
 #include "tests/support/scripted_control.h"
 #include "tests/support/scripted_window.h"
 
 #include <optional>
-#include <sstream>
 
 namespace partkeep {
 
@@ -65,13 +63,6 @@ inline QString Qt(const std::string& text)
 inline const std::map<std::string, int> tools = {
     {"PART", RES_FILTER_PART}, {"NCT", RES_FILTER_NCT}, {"LASER", RES_FILTER_LASER}, {"MARVEN", RES_FILTER_MARVEN}};
 
-// Parted by blanks.
-inline Lines Words(const std::string& text)
-{
-    std::istringstream stream(text);
-    return {std::istream_iterator<std::string>(stream), {}};
-}
-
 // The libraries that the tool makes, in a folder. Made once: nothing changes them.
 inline const fs::path& SampleLibraries()
 {
@@ -91,8 +82,6 @@ public:
     // Libraries are copied from `source`, so that a run may damage them.
     explicit COperatorRun(const fs::path& source)
     {
-        fs::create_directory(folder.Path("Work"));
-        fs::create_directory(folder.Path("Install"));
         fs::copy(source, folder.Path("Libraries"));
         registry.Set(u"HKLM\\software\\Velmar\\ORVIC", u"installpath", folder.Core(u"Install"));
         windows.makeControl = [this](int id) -> std::unique_ptr<IHostedControl> {
@@ -105,7 +94,6 @@ public:
         object.SetWorkingFolder(folder.Core(u"Work") + u"\\");
         object.SetLanguageID(1);
     }
-    ~COperatorRun() override { TheProcessValues() = {}; }
 
     // What the operator does in the next dialog; Play opens it too, by one Invoke operation.
     void Script(const std::string& steps)
@@ -133,13 +121,8 @@ public:
     {
         const std::u16string work = folder.Core(u"Work") + u"\\";
         Lines records;
-        std::int32_t count = 0;
-        host.NumberOfPartsSelected(&count);
-        for (std::int32_t index = 0; index < count; ++index) {
-            PartRecord part;
-            host.GetPartInfo(index, &part.serverName, &part.folderName, &part.FilePathName, &part.SYFileName,
-                             &part.NCFileName, &part.PartName, &part.PartComment, &part.MaterialType, &part.MachineName,
-                             &part.MachineType, &part.Thickness, &part.Qty);
+        for (std::int32_t index = 0; index < CountOf(host); ++index) {
+            const PartRecord part = RecordOf(host, index);
             std::string text =
                 Narrow(part.PartName + u" x" + part.Qty + u" " + part.serverName + u"|" + part.folderName);
             Lines files;
@@ -187,7 +170,7 @@ public:
 
     std::unique_ptr<IHostedControl> CreateHidden(const ClassId&, std::int32_t, int, int) override { return nullptr; }
 
-    CTemporaryFolder folder; // Work, Install, Libraries
+    CHostFolders folder; // and Libraries
     Recorder recorder;
     CScriptedWindows windows{recorder};
     CMemoryRegistry registry;

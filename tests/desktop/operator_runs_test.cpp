@@ -86,11 +86,6 @@ Lines ExpandCalls(const std::string& shorthand)
 }
 
 const std::string sample_servers = "PLATES 板金部品 钣金件";
-const std::string title = " 'Kolvyn PartkeepRead'";
-const std::string no_files = "'No IGA or BMF files found for the part.\n Part Name:";
-const std::string too_many = "'Total number of selected parts exceeds the maximum limit of 256. Please select parts "
-                             "with total count less than or equal to 256.'" +
-                             title;
 const std::string plain = OptionsFile(false, 0);
 const std::string in_brackets = ServersFile("PLATES", "Brackets\\L", "metric", sample_servers);
 

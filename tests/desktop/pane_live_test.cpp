@@ -107,17 +107,11 @@ TEST_F(PaneLive, FoldersFollowWhereTheyAre)
     CPlayedPane pane(libraries_, {.folder = u"M\\120"});
     CServerTree& tree = pane.Tree();
     const auto server = [&] { return tree.model()->index(0, 0); };
-    const auto names = [](const QModelIndex& branch) {
-        QStringList all;
-        for (int row = 0; row < branch.model()->rowCount(branch); ++row) {
-            all += branch.model()->index(row, 0, branch).data().toString();
-        }
-        return all.join(u' ').toStdString();
-    };
+    const auto names = [&] { return NamesUnder(*tree.model(), server()); };
     const auto shows = [&](const char* folders) {
-        return Shows(pane, [&] { return names(server()) == folders; }) ? "" : names(server());
+        return Shows(pane, [&] { return names() == folders; }) ? "" : names();
     };
-    EXPECT_EQ(names(server()), "Live M Plates");
+    EXPECT_EQ(names(), "Live M Plates");
     const int place = tree.visualRect(tree.currentIndex()).top();
     const auto current = [&] { return tree.currentIndex().data().toString().toStdString(); };
     EXPECT_GT(tree.verticalScrollBar()->value(), 0);
@@ -141,7 +135,7 @@ TEST_F(PaneLive, FoldersFollowWhereTheyAre)
         EXPECT_TRUE(writer.RemoveFolder(u"A\\B"_s) && writer.RemoveFolder(u"A"_s) && writer.RemoveFolder(u"M\\120"_s));
     });
     QTest::qWait(half_ms);
-    EXPECT_EQ(names(server()), "A L Live M") << "while a keypad is open";
+    EXPECT_EQ(names(), "A L Live M") << "while a keypad is open";
     keypad.hide();
     EXPECT_EQ(shows("L Live M"), "");
     EXPECT_EQ(current(), "SRV1") << "the folder has gone";
@@ -180,9 +174,8 @@ TEST_F(PaneLive, AServerThatIsAwayIsToldOfTouchedOrNotHoldsNobodyUpAndSoIsItsRet
          },
          "Access to server SRV1 is refused: "},
     };
-    CTemporaryFolder target;
     CPlayedPane pane(libraries_, start_);
-    pane.browser.SetTargetFolder(target.Core());
+    pane.browser.SetTargetFolder(target_.Core());
     pane.browser.SetDataKind(-1);
     ClickRow(*pane.pane, 2);
     EXPECT_EQ(pane.Selected(), "L102");
@@ -232,7 +225,7 @@ TEST_F(PaneLive, AServerThatIsAwayIsToldOfTouchedOrNotHoldsNobodyUpAndSoIsItsRet
             EXPECT_EQ(copies(u"Live\\L102"), tells("as of")) << "nothing from a server that refuses";
             EXPECT_FALSE(copies(u"Live\\L103")) << "in view, but never loaded";
             EXPECT_LT(time.elapsed(), half_ms) << "nobody waits for it again";
-            EXPECT_EQ(NamesIn(target.Path()), std::vector<std::string>{"L102.iga"});
+            EXPECT_EQ(NamesIn(target_.Path()), std::vector<std::string>{"L102.iga"});
         }
         row.returns();
         --parts;
@@ -253,17 +246,13 @@ TEST_F(PaneLive, AClickInViewShowsItsPicturesWithoutAskingAfterASecondOfRest)
                                      : SmallBitmap((slot == FileSlot::Flat ? 2000 : 3000) + row);
     };
     constexpr std::array slots{FileSlot::Flat, FileSlot::Bent, FileSlot::Png};
-    Change([&](ILibraryWriter& writer) {
-        for (int row = 0; row < 20; ++row) {
-            const auto id = writer.PutPart(*writer.MakeFolder(u"Live"_s), Name(100 + row), std::nullopt);
-            for (const FileSlot slot : slots) {
-                EXPECT_TRUE(writer.PutFile(*id, slot, picture(slot, row)));
-            }
+    for (int row = 0; row < 20; ++row) {
+        for (const FileSlot slot : slots) {
+            libraries_.Put(u"Live"_s, Name(100 + row), {{slot, picture(slot, row)}});
         }
-    });
-    CTemporaryFolder target;
+    }
     CPlayedPane pane(libraries_, start_);
-    pane.browser.SetTargetFolder(target.Core());
+    pane.browser.SetTargetFolder(target_.Core());
     const auto cache = libraries_.Places().Cache();
     const auto rest = [&](int row) {
         QTest::qWait(half_ms);
@@ -313,12 +302,11 @@ TEST_F(PaneLive, StationsShowTheLastStateAndLoadNoWrongPart)
 {
     const char* const asked = std::getenv("PARTKEEP_LIVE_CHANGES");
     const int changes = asked != nullptr ? std::atoi(asked) : 40;
-    CTemporaryFolder target;
     std::vector<std::unique_ptr<CPlayedPane>> stations;
     for (int i = 0; i < (asked != nullptr ? 10 : 3); ++i) {
         stations.push_back(std::make_unique<CPlayedPane>(libraries_, start_));
         ClickRow(*stations.back()->pane, i % 5);
-        stations.back()->browser.SetTargetFolder(target.Core());
+        stations.back()->browser.SetTargetFolder(target_.Core());
         stations.back()->browser.SetDataKind(-1);
     }
     std::set<QString> names; // that stay, and those that come and go
@@ -331,11 +319,8 @@ TEST_F(PaneLive, StationsShowTheLastStateAndLoadNoWrongPart)
         std::mt19937 random(7);
         for (int change = 0; change < changes; ++change) {
             if (const std::size_t part = random() % 20; part < versions.size()) {
-                Change([&](ILibraryWriter& library) {
-                    const auto id = library.PutPart(*library.MakeFolder(u"Live"_s), Name(100 + static_cast<int>(part)),
-                                                    std::nullopt);
-                    EXPECT_TRUE(library.PutFile(*id, FileSlot::Iga, QByteArray::number(versions.at(part) + 1)));
-                });
+                libraries_.Put(u"Live"_s, Name(100 + static_cast<int>(part)),
+                               {{FileSlot::Iga, QByteArray::number(versions.at(part) + 1)}});
                 ++versions.at(part);
                 continue;
             }
@@ -364,7 +349,7 @@ TEST_F(PaneLive, StationsShowTheLastStateAndLoadNoWrongPart)
             const bool copied =
                 stations[i]->browser.CopyPartFiles(u"SRV1", u"Live\\" + FromUtf8(part).toStdU16String());
             EXPECT_TRUE(copied || !InDatabase());
-            const std::string content = ReadBytes(target.Path(part + ".iga"));
+            const std::string content = ReadBytes(target_.Path(part + ".iga"));
             const int told = content == part + ".iga" ? 0 : std::atoi(content.c_str());
             EXPECT_TRUE(!copied || (told >= version && told <= versions.at(i % 5) + 1)) << content << " of " << version;
         }

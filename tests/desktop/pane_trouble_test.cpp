@@ -13,21 +13,19 @@ class PaneTrouble : public PaneTest {
 protected:
     void Execute(const char* sql)
     {
-        LibraryProblem problem;
-        writer_ = CConnection::Open(file_, OpenMode::Write, problem);
+        writer_ = Forger();
         ASSERT_TRUE(writer_->Execute(sql));
     }
 
-    const QString file_ = libraries_.FileOf(u"SRV1"_s);
-    const QString aside_ = file_ + u'x';
+    const QString aside_ = library_file_ + u'x';
     std::shared_ptr<CConnection> writer_;
 };
 
 TEST_F(PaneTrouble, IsToldInALineAndEndsWithTheTrouble)
 {
     const auto restore = [this] {
-        QFile::remove(file_);
-        QFile::rename(aside_, file_);
+        QFile::remove(library_file_);
+        QFile::rename(aside_, library_file_);
     };
     const char* const damaged = "The library of server SRV1 is damaged.";
     const struct {
@@ -36,18 +34,18 @@ TEST_F(PaneTrouble, IsToldInALineAndEndsWithTheTrouble)
         std::function<void()> end;
         const char* line;
     } rows[] = {
-        {"gone", [this] { QFile::rename(file_, aside_); }, restore,
+        {"gone", [this] { QFile::rename(library_file_, aside_); }, restore,
          "Server SRV1 cannot be reached: its library is not there."},
         {"another file in its place",
          [this] {
-             QFile::rename(file_, aside_);
-             WriteBytes(file_.toStdString(), "no library, but long enough to be looked at as one");
+             QFile::rename(library_file_, aside_);
+             WriteBytes(library_file_.toStdString(), "no library, but long enough to be looked at as one");
          },
          restore, damaged},
         {"damaged at its start",
          [this] {
-             QFile::copy(file_, aside_);
-             QFile library(file_);
+             QFile::copy(library_file_, aside_);
+             QFile library(library_file_);
              EXPECT_TRUE(library.open(QIODevice::ReadWrite));
              library.write(QByteArray(4096, '\xA5'));
          },
@@ -55,10 +53,7 @@ TEST_F(PaneTrouble, IsToldInALineAndEndsWithTheTrouble)
         {"locked", [this] { Execute("BEGIN EXCLUSIVE"); }, [this] { writer_.reset(); },
          "Server SRV1 is in use by another program. Try again in a moment."},
         {"keys by other rules", [this] { Execute("UPDATE library SET keys = 'other'"); },
-         [this] {
-             LibraryProblem problem;
-             EXPECT_TRUE(CSqliteWriter::Open(file_, problem)->Rebuild());
-         },
+         [this] { EXPECT_TRUE(CSqliteWriter::Open(library_file_, problem_)->Rebuild()); },
          "Lists of server SRV1 are slow until somebody runs partkeep-library check --rebuild on its library."},
     };
     for (const auto& row : rows) {
@@ -85,10 +80,8 @@ TEST_F(PaneTrouble, IsToldInALineAndEndsWithTheTrouble)
 TEST_F(PaneTrouble, ACopyThatFailsIsToldOfItsPart)
 {
     CPlayedPane pane(libraries_);
-    const QString full = libraries_.Folder() + u"/full"_s;
-    QFile::link(u"/dev/full"_s, full);
     const QString deep = libraries_.Folder() + u"/"_s + QString(4090, u'x');
-    for (const QString& target : {u"/proc/none"_s, file_, deep}) {
+    for (const QString& target : {u"/proc/none"_s, library_file_, deep}) {
         pane.browser.SetTargetFolder(CorePath(target.toStdString()));
         pane.browser.SetDataKind(part_data_kind);
         EXPECT_FALSE(pane.browser.CopyPartFiles(u"SRV1", u"Plates\\2008\\P1"));
@@ -107,11 +100,7 @@ TEST_F(PaneTrouble, ServersComeAndGoWhereTheyBelong)
     const QAbstractItemModelTester list(&pane.pane->Model());
     const auto servers = [&pane] {
         pane.Key(Qt::Key_F5);
-        QStringList names;
-        for (int row = 0; row < pane.Tree().model()->rowCount(); ++row) {
-            names += pane.Tree().model()->index(row, 0).data().toString();
-        }
-        return names.join(u' ').toStdString();
+        return NamesUnder(*pane.Tree().model());
     };
     EXPECT_EQ(servers(), "SRV1 板金");
     for (const QString& name : {u"A1"_s, u"SRV10"_s}) {
@@ -128,7 +117,7 @@ TEST_F(PaneTrouble, ServersComeAndGoWhereTheyBelong)
 TEST_F(PaneTrouble, ALibraryThatVanishesUnderTheUsersHandsIsNoticed)
 {
     CPlayedPane pane(libraries_);
-    QFile::rename(file_, aside_);
+    QFile::rename(library_file_, aside_);
     QWidget* viewport = pane.List().viewport();
     const QPoint place = PlaceOfRow(*pane.pane, 1);
     QTest::mousePress(viewport, Qt::LeftButton, {}, place);
@@ -136,7 +125,7 @@ TEST_F(PaneTrouble, ALibraryThatVanishesUnderTheUsersHandsIsNoticed)
     QTest::mouseRelease(viewport, Qt::LeftButton, {}, place);
     EXPECT_EQ(pane.ProblemLine(), "Server SRV1 cannot be reached: its library is not there.");
     EXPECT_EQ(pane.Selected(), "P1") << "what is listed can still be loaded";
-    QFile::rename(aside_, file_);
+    QFile::rename(aside_, library_file_);
     ClickRow(*pane.pane, 2);
     EXPECT_EQ(pane.ProblemLine(), "");
 }
@@ -154,11 +143,11 @@ TEST_F(PaneTrouble, AListReadAnewShowsAsSelectedWhatIsTold)
         const int before = (pane.browser.SelectAllParts(1), pane.browser.GetSelectedPartCount());
         const auto remove = [name = QString(part)](auto& writer) { writer.RemovePart(u"Plates\\2008"_s, name); };
         libraries_.Fill(u"SRV1"_s, remove);
-        QFile::rename(file_, aside_);
+        QFile::rename(library_file_, aside_);
         reads_anew();
         EXPECT_EQ(pane.List().selectionModel()->selectedRows().size(), before - 1) << part;
         EXPECT_EQ(pane.browser.GetSelectedPartCount(), before - 1) << part;
-        QFile::rename(aside_, file_);
+        QFile::rename(aside_, library_file_);
     }
 }
 

@@ -11,11 +11,11 @@ void Settle(CBrowserPane& pane)
     } while (pane.HasWork());
 }
 
-std::string ShownIn(CBrowserPane& pane)
+std::string NamesUnder(const QAbstractItemModel& model, const QModelIndex& item)
 {
     QStringList names;
-    for (int row = 0; row < pane.Model().rowCount(); ++row) {
-        names += pane.Model().index(row, 0).data().toString();
+    for (int row = 0; row < model.rowCount(item); ++row) {
+        names += model.index(row, 0, item).data().toString();
     }
     return names.join(u' ').toStdString();
 }

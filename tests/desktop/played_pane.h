@@ -20,7 +20,8 @@ namespace partkeep {
 using namespace Qt::StringLiterals;
 
 void Settle(CBrowserPane& pane);
-[[nodiscard]] std::string ShownIn(CBrowserPane& pane); // all names in the order of the list
+// All that stands in the first column below an item, in its order.
+[[nodiscard]] std::string NamesUnder(const QAbstractItemModel& model, const QModelIndex& item = {});
 void ClickRow(CBrowserPane& pane, int row, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 void ClickInTree(CBrowserPane& pane, const QString& server, const QString& name);
 [[nodiscard]] QPoint PlaceOfRow(CBrowserPane& pane, int row); // the middle of its name, in the list's viewport
@@ -40,7 +41,7 @@ public:
     CPlayedPane(const CTestLibraries& libraries, const PaneStart& start = {});
 
     [[nodiscard]] std::string Selected(); // "P1 P10": in the order of the contract
-    [[nodiscard]] std::string Shown() { return ShownIn(*pane); }
+    [[nodiscard]] std::string Shown() { return NamesUnder(pane->Model()); }
     [[nodiscard]] std::string ProblemLine(); // empty while it is hidden
     [[nodiscard]] CServerTree& Tree() { return OwnChild<CServerTree>(*pane); }
     [[nodiscard]] CSearchBox& Search() { return OwnChild<CSearchBox>(*pane); }
@@ -60,11 +61,8 @@ private:
 };
 
 // A test on the shop's libraries.
-class PaneTest : public testing::Test {
+class PaneTest : public LibraryShop {
 protected:
-    PaneTest() { libraries_.MakeShop(); }
-
-    CTestLibraries libraries_;
     const QString places_ = libraries_.Folder() + u"/places/browser.json"_s;
 };
 

@@ -4,13 +4,10 @@
 #include "desktop/dialog_request.h"
 #include "desktop/hosted_control_factory.h"
 #include "desktop/qt_dialog_windows.h"
-#include "resources/resource_ids.h"
 #include "tests/desktop/played_user.h"
 #include "tests/desktop/x_close.h"
-#include "tests/support/scripted_control.h"
+#include "tests/selection/selection_run.h"
 #include "tests/support/untimely_input.h"
-
-#include <gtest/gtest.h>
 
 #include <QAbstractNativeEventFilter>
 #include <QApplication>
@@ -66,21 +63,11 @@ private:
     bool drags_ = false;
 };
 
-class UntimelyInput : public ::testing::Test, public QAbstractNativeEventFilter, public IQtControlFactory {
+class UntimelyInput : public SelectionRun, public QAbstractNativeEventFilter, public IQtControlFactory {
 protected:
     UntimelyInput()
     {
-        std::filesystem::create_directories(folder.Path("Work"));
-        std::filesystem::create_directories(folder.Path("Install"));
-        TheProcessValues() = {folder.Core(u"Work") + u"\\", 1};
-        browser.currentServer = u"SRV1";
-        browser.currentFolder = u"F";
-        browser.On(BrowserOperation::SetCurrentServer, ControlResult());
-        browser.On(BrowserOperation::SetCurrentFolder, ControlResult());
-        browser.filesByKind = {{24, {u".iga"}}};
-        for (const char16_t* name : {u"A", u"B", u"C"}) {
-            browser.list.push_back({name, u"SRV1", u"F", 15000, u"", u"", u"", true});
-        }
+        Select("A B C");
         qApp->installNativeEventFilter(this);
     }
 
@@ -218,18 +205,15 @@ protected:
         quiet_turns = 0;
         recorder.lines.clear();
         browser.onCall = nullptr;
-        CQtDialogWindows windows(this);
+        CQtDialogWindows real(this);
         QTimer turns;
         QObject::connect(&turns, &QTimer::timeout, &turns, [this] { Turn(); });
         turns.start(5);
-        return PlayedOutcome(windows, folder);
+        return PlayedOutcome(real, folder);
     }
 
     enum class Step { Open, List, Busy };
 
-    CTemporaryFolder folder;
-    Recorder recorder;
-    ControlScript browser{recorder};
     Busy busy = Busy::Load;
     Input first = Input::Enter;
     Input second = Input::Enter;

@@ -5,11 +5,10 @@
 #include "desktop/pane/part_browser_factory.h"
 #include "desktop/qt_dialog_windows.h"
 #include "desktop/qt_messages.h"
-#include "host/partkeep_read_impl.h"
 #include "partlibrary/session/session_control.h"
 #include "resources/resource_ids.h"
-#include "settings/process_values.h"
 #include "tests/desktop/played_pane.h"
+#include "tests/support/host_side.h"
 #include "tests/support/memory_registry.h"
 
 #include <QTreeWidget>
@@ -63,19 +62,16 @@ inline UserStep Expecting(const char* shown)
 {
     return [shown] {
         Settle(Pane());
-        EXPECT_EQ(ShownIn(Pane()), shown);
+        EXPECT_EQ(NamesUnder(Pane().Model()), shown);
     };
 }
 
-class WholeDialog : public ::testing::Test {
+class WholeDialog : public PaneTest {
 protected:
     explicit WholeDialog(int language = 1)
     {
-        libraries_.MakeShop();
-        std::filesystem::create_directory(folder_.Path("Work"));
         registry_.Set(u"HKLM\\software\\Velmar\\ORVIC", u"installpath", folder_.Core());
-        TheProcessValues().workingFolder = folder_.Core(u"Work\\");
-        TheProcessValues().languageId = language;
+        TheProcessValues() = {folder_.Core(u"Work\\"), language};
     }
 
     // "P1 x2 0": name, quantity and machine type of each part that the host got, or "cancelled".
@@ -85,23 +81,16 @@ protected:
         std::filesystem::remove(folder_.Path("ZanPartkeepConfig.xml")); // a Load writes it
         steps.insert(steps.begin(), {Folder("SRV1"), Folder("Plates"), Folder("2008")});
         PlayWhile(std::move(steps), [&] { host.InvokePartkeepMultiSelection(several ? 1 : 0); });
-        std::int32_t count = 0;
-        host.NumberOfPartsSelected(&count);
         QStringList records;
-        for (std::int32_t i = 0; i < count; ++i) {
-            std::u16string name;
-            std::u16string quantity;
-            std::int32_t type = 0;
-            host.GetPartInfo(i, nullptr, nullptr, nullptr, nullptr, nullptr, &name, nullptr, nullptr, nullptr, &type,
-                             nullptr, &quantity);
-            records += QString::fromStdU16String(name + u" x" + quantity) + u' ' + QString::number(type);
+        for (std::int32_t i = 0; i < CountOf(host); ++i) {
+            const PartRecord part = RecordOf(host, i);
+            records += QString::fromStdU16String(part.PartName + u" x" + part.Qty) + u" %1"_s.arg(part.MachineType);
         }
         const bool loaded = std::filesystem::exists(folder_.Path("ZanPartkeepConfig.xml"));
         return loaded ? records.join(u", ").toStdString() : "cancelled";
     }
 
-    CTestLibraries libraries_;
-    CTemporaryFolder folder_;
+    CHostFolders folder_;
     CMemoryRegistry registry_;
     CPartBrowserControls controls_{CLibraryFolder(libraries_.Folder())};
     CPartBrowserFactory browsers_{CLibraryFolder(libraries_.Folder()), [] { return TheProcessValues().languageId; },

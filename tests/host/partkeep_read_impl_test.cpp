@@ -1,30 +1,24 @@
 #include "host/partkeep_read_impl.h"
 
 #include "host/host_services.h"
-#include "resources/resource_ids.h"
-#include "settings/process_values.h"
+#include "tests/selection/selection_run.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/memory_registry.h"
-#include "tests/support/scripted_control.h"
-#include "tests/support/scripted_window.h"
-#include "tests/support/temporary_folder.h"
 
 namespace partkeep {
 namespace {
 
-class HostObject : public testing::Test, public IHiddenControls {
+class HostObject : public SelectionRun, public IHiddenControls {
 protected:
     HostObject()
     {
-        std::filesystem::create_directories(folder.Path("Work"));
-        std::filesystem::create_directories(folder.Path("Install"));
+        TheProcessValues() = {}; // the object sets them
         registry.Set(u"HKLM\\software\\Velmar\\ORVIC", u"installpath", folder.Core(u"Install"));
-        windows.makeControl = [this](int id) { return id == RES_PICTURE ? nullptr : browser.MakeControl(); };
+        browser.currentServer = browser.currentFolder = u""; // which the browser may leave out
         browser.filesByKind = {{24, {u".iga", u".SY5", u".NCD"}}};
         object.SetWorkingFolder(folder.Core(u"Work") + u"\\");
         object.SetLanguageID(1);
     }
-    ~HostObject() override { TheProcessValues() = {}; }
 
     std::unique_ptr<IHostedControl> CreateHidden(const ClassId& class_id, std::int32_t control_id, int width,
                                                  int height) override
@@ -47,26 +41,6 @@ protected:
         windows.Play(RES_SELECTION_DIALOG, {work});
     }
 
-    std::u16string NameAt(std::int32_t index)
-    {
-        std::u16string name = u"before";
-        EXPECT_EQ(object.GetPartInfo(index, nullptr, nullptr, nullptr, nullptr, nullptr, &name, nullptr, nullptr,
-                                     nullptr, nullptr, nullptr, nullptr),
-                  HostResult::Ok);
-        return name;
-    }
-
-    static std::int32_t Count(IPartkeepReadImpl& host)
-    {
-        std::int32_t count = -1;
-        EXPECT_EQ(host.NumberOfPartsSelected(&count), HostResult::Ok);
-        return count;
-    }
-
-    CTemporaryFolder folder;
-    Recorder recorder;
-    ControlScript browser{recorder};
-    CScriptedWindows windows{recorder};
     CMemoryRegistry registry;
     bool has_control = true;
     HostServices services{registry, windows.messages, *this, windows};
@@ -77,12 +51,12 @@ TEST_F(HostObject, BeginsEmptyRunsTheDialogAndKeepsWhatItBrings)
 {
     std::u16string text = u"before";
     double thickness = 7.0;
-    EXPECT_EQ(Count(object), 0);
+    EXPECT_EQ(CountOf(object), 0);
     EXPECT_EQ(object.GetFilePath(&text), HostResult::False);
     EXPECT_EQ(object.GetSelectedPartInfo(&text, &text, &text, &text, &thickness, &text), HostResult::False);
     EXPECT_EQ(text, u"before");
     EXPECT_EQ(thickness, 7.0);
-    EXPECT_EQ(NameAt(0), u"");
+    EXPECT_EQ(Told(RecordOf(object, 0)), Told({}));
     EXPECT_EQ(object.NumberOfPartsSelected(nullptr), HostResult::Ok);
     const std::tuple<const char*, std::optional<std::int32_t>, std::vector<std::u16string>, HostResult, std::int32_t>
         rows[] = {
@@ -98,38 +72,31 @@ TEST_F(HostObject, BeginsEmptyRunsTheDialogAndKeepsWhatItBrings)
         SCOPED_TRACE(label);
         Play(selected);
         EXPECT_EQ(allowed ? object.InvokePartkeepMultiSelection(*allowed) : object.InvokePartkeep(), result);
-        EXPECT_EQ(Count(object), count += added);
+        EXPECT_EQ(CountOf(object), count += added);
     }
-    EXPECT_EQ(NameAt(0) + NameAt(3) + NameAt(count - 1), u"A2B3D2");
+    const auto name = [this](std::int32_t index) { return RecordOf(object, index).PartName; };
+    EXPECT_EQ(name(0) + name(3) + name(count - 1), u"A2B3D2");
     for (const std::int32_t outside : {count, -1, INT32_MIN, INT32_MAX}) {
-        EXPECT_EQ(NameAt(outside), u"");
+        EXPECT_EQ(Told(RecordOf(object, outside)), Told({}));
     }
 
-    std::u16string file, name, comment, material, quantity;
-    EXPECT_EQ(object.GetSelectedPartInfo(&file, &name, &comment, &material, &thickness, &quantity), HostResult::Ok);
-    EXPECT_EQ(name + comment + material + quantity, u"A2cSUS1"); // the first record ever, not the latest
-    EXPECT_EQ(thickness, 3.2);
-    std::u16string first_file;
-    EXPECT_EQ(object.GetFilePath(&first_file), HostResult::Ok);
-    EXPECT_EQ(first_file, file);
-    EXPECT_EQ(first_file, folder.Core(u"Work\\\\A2.iga"));
-
-    std::u16string server, path, sy, nc, machine_name;
-    file = name = comment = material = quantity = u"before";
-    thickness = 0.0;
-    std::int32_t machine = 7;
-    EXPECT_EQ(object.GetPartInfo(0, &server, &path, &file, &sy, &nc, &name, &comment, &material, &machine_name,
-                                 &machine, &thickness, &quantity),
+    PartRecord first; // ever, not the latest
+    EXPECT_EQ(object.GetSelectedPartInfo(&first.FilePathName, &first.PartName, &first.PartComment, &first.MaterialType,
+                                         &first.Thickness, &first.Qty),
               HostResult::Ok);
-    EXPECT_EQ(server + path + name + comment + material + machine_name + quantity, u"A2cSUSM1");
-    EXPECT_EQ(file, first_file);
-    EXPECT_EQ(thickness, 3.2);
+    const std::string stem = NarrowText(folder.Core(u"Work\\\\A2."), utf8_code_page);
+    EXPECT_EQ(Told(first), "||" + stem + "iga|||A2|c|SUS||1|3.2|0");
+    EXPECT_EQ(Told(RecordOf(object, 0)), "||" + stem + "iga|" + stem + "SY5|" + stem + "NCD|A2|c|SUS|M|1|3.2|0");
+    EXPECT_EQ(object.GetFilePath(&text), HostResult::Ok);
+    EXPECT_EQ(text, first.FilePathName);
+    for (const auto& [index, told] : {std::pair(0, u"A2"), {count, u""}}) { // null is passed over
+        EXPECT_EQ(object.GetPartInfo(index, nullptr, nullptr, nullptr, nullptr, nullptr, &text, nullptr, nullptr,
+                                     nullptr, nullptr, nullptr, nullptr),
+                  HostResult::Ok);
+        EXPECT_EQ(text, told);
+    }
     failing_memory::allocations_left = 1;
-    EXPECT_EQ(object.GetPartInfo(0, nullptr, nullptr, &file, nullptr, nullptr, &name, nullptr, nullptr, nullptr,
-                                 &machine, &thickness, nullptr),
-              HostResult::Ok);
-    EXPECT_EQ(file + name, u"");
-    EXPECT_EQ(machine + thickness, 0.0); // as out of range
+    EXPECT_EQ(Told(RecordOf(object, 0)), Told({})) << "as out of range";
 }
 
 TEST_F(HostObject, TroubleBecomesTheOperationsOwnResult)
@@ -147,13 +114,12 @@ TEST_F(HostObject, TroubleBecomesTheOperationsOwnResult)
     EXPECT_EQ(object.InvokePartkeep(), HostResult::False);
     EXPECT_EQ(object.InvokePartkeepMultiSelection(1), HostResult::False);
     EXPECT_EQ(recorder.lines, Lines{});
-    EXPECT_EQ(Count(object), 0);
+    EXPECT_EQ(CountOf(object), 0);
     EXPECT_TRUE(std::filesystem::is_directory(folder.Path("Work/UnZipFolder"))); // made all the same
 }
 
 TEST_F(HostObject, ReadsAPartWithoutADialog)
 {
-    const std::string title = " 'Kolvyn PartkeepRead'";
     const std::u16string work = folder.Core(u"Work\\");
     const std::string sequence = "ConnectServer('SRV'); SetDataKind(24); SetCurrentFolder('A\\B'); SetTargetFolder(" +
                                  Quoted(work) + "); ReadPartAttributes('SRV', 'A\\B\\P1', 'P1'); " +
@@ -165,8 +131,7 @@ TEST_F(HostObject, ReadsAPartWithoutADialog)
             {"read", none, ".iga", u".iga", 6, true, ""},
             {"iga wins", none, ".bmf; .iga", u".iga", 6, true, ""},
             {"bmf alone", none, ".bmf", u".bmf", 6, true, ""},
-            {"no main file", none, ".SY5; .NCD", nullptr, 6, true,
-             "message 'No IGA or BMF files found for the part.\n Part Name:P1'" + title},
+            {"no main file", none, ".SY5; .NCD", nullptr, 6, true, "message " + no_files + "P1'" + title},
             {"no server", BrowserOperation::ConnectServer, "", u"", 1, false,
              "message 'Server could not be connected.'" + title},
             {"no such part", BrowserOperation::ReadPartAttributes, "", u"", 5, false, ""},
@@ -203,7 +168,7 @@ TEST_F(HostObject, ReadsAPartWithoutADialog)
         EXPECT_EQ(file, read && found != nullptr ? work + u"P1" + found : u"");
         EXPECT_EQ(name + u"|" + comment + u"|" + material + u"|" + quantity, read ? u"P1|a comment|SPCC|1" : u"|||");
         EXPECT_EQ(thickness, read ? 15000.0 : 0.0); // undivided
-        EXPECT_EQ(Count(object), 1);
+        EXPECT_EQ(CountOf(object), 1);
         EXPECT_EQ(browser.controls, 0) << "the browser outlived the read";
     }
     EXPECT_EQ(object.ReadCADDataForTessara(u"", u"", u"", u"", nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),

@@ -137,6 +137,16 @@ ToolRun RunTool(const std::vector<std::string>& words, bool watched)
     return {end, out.str(), err.str()};
 }
 
+Names Words(const std::string& line)
+{
+    Names words;
+    std::istringstream stream(line);
+    for (std::string word; std::getline(stream, word, ' ');) {
+        word.empty() ? void() : words.push_back(word);
+    }
+    return words;
+}
+
 CTestLibraries::CTestLibraries()
 {
     if (InDatabase()) {

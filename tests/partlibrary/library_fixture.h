@@ -73,6 +73,9 @@ struct ToolRun {
 
 [[nodiscard]] ToolRun RunTool(const std::vector<std::string>& words, bool watched = false);
 
+// Of a line, parted by blanks.
+[[nodiscard]] Names Words(const std::string& line);
+
 // Copies every kind of file into a folder.
 struct CCopyingSession : CBrowserSession {
     CCopyingSession(CLibraryFolder places, const CTemporaryFolder& target) : CBrowserSession(std::move(places))

@@ -247,10 +247,7 @@ TEST_F(SessionControl, ALargePictureIsNotForTheList)
     }
     Enter(u"Plates\\2008");
     const auto picture = [this](qsizetype bytes) {
-        libraries_.Fill(u"SRV1"_s, [bytes](ILibraryWriter& writer) {
-            const auto part = writer.PutPart(*writer.MakeFolder(u"Plates\\2008"_s), u"P1"_s, std::nullopt);
-            ASSERT_TRUE(writer.PutFile(*part, FileSlot::Png, SmallPng().leftJustified(bytes, 'x')));
-        });
+        libraries_.Put(u"Plates\\2008"_s, u"P1"_s, {{FileSlot::Png, SmallPng().leftJustified(bytes, 'x')}});
         IPartLibrary& library = *inner_->Library();
         return *library.PictureAtHand(library.FindPart(u"Plates\\2008"_s, u"P1"_s)->id, FileSlot::Png);
     };

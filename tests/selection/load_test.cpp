@@ -9,11 +9,7 @@
 namespace partkeep {
 namespace {
 
-const std::string no_files = "'No IGA or BMF files found for the part.\n Part Name:";
 const std::string gone = "'Part does not exist.'" + title;
-const std::string too_many = "'Total number of selected parts exceeds the maximum limit of 256. Please select parts "
-                             "with total count less than or equal to 256.'" +
-                             title;
 
 using Load = SelectionRun;
 

@@ -5,10 +5,9 @@
 #include "platform/memory_block.h"
 #include "resources/resource_ids.h"
 #include "selection/partkeep_read_dlg.h"
-#include "settings/process_values.h"
+#include "tests/support/host_side.h"
 #include "tests/support/scripted_control.h"
 #include "tests/support/scripted_window.h"
-#include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -31,7 +30,6 @@ inline std::size_t RoomForBlocks()
     return blocks.size();
 }
 
-inline const std::string title = " 'Kolvyn PartkeepRead'";
 inline const std::string select_parts = "'Please select one or more part.'" + title;
 
 class SelectionRun : public testing::Test {
@@ -49,9 +47,7 @@ protected:
 
     SelectionRun()
     {
-        std::filesystem::create_directories(folder.Path("Work"));
-        std::filesystem::create_directories(folder.Path("Install"));
-        TheProcessValues() = {folder.Core(u"Work") + u"\\", 1};
+        TheProcessValues() = {folder.Core(u"Work\\"), 1};
         windows.makeControl = [this](int id) {
             return id == RES_PICTURE ? picture.MakeControl() : browser.MakeControl();
         };
@@ -61,10 +57,6 @@ protected:
             browser.On(ignored, ControlResult()); // the user stays where the test has put him
         }
         browser.filesByKind = {{24, {u".iga"}}, {20, {u".NCD"}}};
-    }
-    ~SelectionRun() override
-    {
-        TheProcessValues() = {};
     }
 
     // Runs a dialog through the user's actions and gives its modal result. The recorder then holds what came.
@@ -173,7 +165,7 @@ protected:
     }
 
     const UserAction click = [this](CScriptedWindow&) { browser.FireClick(); };
-    CTemporaryFolder folder;
+    CHostFolders folder;
     Recorder recorder;
     ControlScript browser{recorder};
     ControlScript picture{recorder};

@@ -12,6 +12,13 @@
 
 namespace partkeep {
 
+// Messages as they are noted; a part's name comes between the second one and a quote.
+inline const std::string title = " 'Kolvyn PartkeepRead'";
+inline const std::string no_files = "'No IGA or BMF files found for the part.\n Part Name:";
+inline const std::string too_many = "'Total number of selected parts exceeds the maximum limit of 256. Please select "
+                                    "parts with total count less than or equal to 256.'" +
+                                    title;
+
 class CScriptedWindow;
 
 using UserAction = std::function<void(CScriptedWindow&)>;

@@ -8,6 +8,7 @@
 #include "host/component/identity.h"
 #include "platform/windows/wide_text.h"
 #include "resources/resource_ids.h"
+#include "tests/support/host_side.h"
 #include "tests/support/untimely_input.h"
 #include "tests/windows/stand_in.h"
 #include "windows/com_ptr.h"
@@ -36,8 +37,6 @@ protected:
         test = this;
         MakeHost();
         TheModule().Start(GetModuleHandleW(nullptr));
-        std::filesystem::create_directories(folder.Path("Work"));
-        std::filesystem::create_directories(folder.Path("Install"));
         TheProcessValues() = {folder.Core(u"Work") + u"\\", 1};
         script.list.clear();
         for (const char16_t* name : {u"A", u"B", u"C"}) {
@@ -50,7 +49,6 @@ protected:
         UnhookWindowsHookEx(hook);
         DestroyWindow(host);
         TheModule().End(false);
-        TheProcessValues() = {};
         CheckNothingIsLeft();
     }
 
@@ -214,7 +212,7 @@ protected:
     static inline UntimelyInput* test = nullptr;
     StandIn stand_in;
     ControlScript& script = stand_in.script;
-    CTemporaryFolder folder;
+    CHostFolders folder;
     HWND host = nullptr;
     HHOOK hook = nullptr;
     CWinDialogs windows{GetModuleHandleW(nullptr)};

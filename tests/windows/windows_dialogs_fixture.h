@@ -1,11 +1,9 @@
 // The three dialogs with real windows and real input, over the stand-in controls.
 #pragma once
 
-#include "host/partkeep_read_impl.h"
 #include "resources/resource_ids.h"
-#include "settings/process_values.h"
+#include "tests/support/host_side.h"
 #include "tests/support/memory_registry.h"
-#include "tests/support/temporary_folder.h"
 #include "tests/windows/dialog_driver.h"
 #include "tests/windows/stand_in.h"
 #include "windows/hosted_control.h"
@@ -35,7 +33,6 @@ protected:
     {
         SetWindowLongPtrW(host, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(HostProcedure));
         RegisterSiteWindows(module);
-        std::filesystem::create_directories(folder.Path("Work"));
         registry.Set(u"HKLM\\software\\Velmar\\ORVIC", u"installpath", folder.Core());
         object.SetWorkingFolder(folder.Core(u"Work") + u"\\");
         object.SetLanguageID(1);
@@ -45,7 +42,6 @@ protected:
     {
         DestroyWindow(host);
         UnregisterSiteWindows(module);
-        TheProcessValues() = {};
         for (const std::string& line : stand_in.recorder.lines) {
             EXPECT_FALSE(line.ends_with("bad types")) << line << ", by the contract's table";
         }
@@ -78,16 +74,10 @@ protected:
         const DialogDriver driver([&](DialogDriver& played) { user(played, played.Window(selection_title)); });
         return object.InvokePartkeepMultiSelection(multi ? 1 : 0);
     }
-    std::int32_t Count()
-    {
-        std::int32_t count = -1;
-        object.NumberOfPartsSelected(&count);
-        return count;
-    }
 
     HINSTANCE module = GetModuleHandleW(nullptr);
     StandIn stand_in;
-    CTemporaryFolder folder;
+    CHostFolders folder;
     HWND host = CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 300, 200, nullptr,
                                 nullptr, nullptr, nullptr);
     CMemoryRegistry registry;

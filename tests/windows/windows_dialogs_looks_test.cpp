@@ -77,7 +77,7 @@ TEST_F(WindowsDialogs, StartUpLaysOutTheSelectionDialog)
     });
     EXPECT_TRUE(IsWindowEnabled(host));
     EXPECT_EQ(GetActiveWindow(), host);
-    EXPECT_EQ(Count(), 0);
+    EXPECT_EQ(CountOf(object), 0);
 }
 
 TEST_F(WindowsDialogs, CaptionsFollowTheLanguageAndControlsAreToldTheLooks)

@@ -29,7 +29,7 @@ TEST_F(WindowsDialogs, KeysMeanTheSameOnEveryControl)
             driver.Focus(dialog, focus);
             driver.Leave(dialog, key);
         });
-        EXPECT_EQ(Count(), loaded) << label;
+        EXPECT_EQ(CountOf(object), loaded) << label;
     }
 }
 
@@ -113,13 +113,9 @@ TEST_F(WindowsDialogs, AddListsPartsWhoseQuantitiesChangeAndLoadTakesThem)
         driver.Until("the list hidden", [&] { return !IsWindowVisible(list_window); });
         driver.Press(dialog, RES_LOAD);
     });
-    ASSERT_EQ(Count(), 3);
-    std::u16string server, place, path, name, quantity;
-    object.GetPartInfo(0, &server, &place, &path, nullptr, nullptr, &name, nullptr, nullptr, nullptr, nullptr, nullptr,
-                       &quantity);
-    EXPECT_EQ(server + u"|" + place + u"|" + name, u"SERVER1|FOLDER1|ALPHA");
-    EXPECT_EQ(quantity, u"007");
-    EXPECT_TRUE(path.ends_with(u"\\ALPHA.iga"));
+    ASSERT_EQ(CountOf(object), 3);
+    const std::string file = NarrowText(folder.Core(u"Work\\\\ALPHA.iga"), utf8_code_page);
+    EXPECT_EQ(Told(RecordOf(object, 0)), "SERVER1|FOLDER1|" + file + "|||ALPHA|made of steel|SPCC|M1|007|1.5|0");
 }
 
 TEST_F(WindowsDialogs, FilterButtonsAndUnitReachTheBrowser)
