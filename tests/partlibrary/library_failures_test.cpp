@@ -124,34 +124,20 @@ int open64(const char* name, int flags, ...)
     return static_cast<int>(SystemCall(SYS_openat, AT_FDCWD, name, flags | O_LARGEFILE, mode));
 }
 int open(const char* name, int flags, ...) __attribute__((alias("open64")));
-int mkdir(const char* name, mode_t mode)
-{
-    return static_cast<int>(SystemCall(SYS_mkdir, name, mode));
-}
-int rename(const char* from, const char* to)
-{
-    return static_cast<int>(SystemCall(SYS_rename, from, to));
-}
-int renameat2(int from_folder, const char* from, int to_folder, const char* to, unsigned flags)
-{
-    return static_cast<int>(SystemCall(SYS_renameat2, from_folder, from, to_folder, to, flags));
-}
-int link(const char* from, const char* to)
-{
-    return static_cast<int>(SystemCall(SYS_link, from, to));
-}
-int fsync(int file)
-{
-    return static_cast<int>(SystemCall(SYS_fsync, file));
-}
-ssize_t write(int file, const void* bytes, size_t size)
-{
-    return SystemCall(SYS_write, file, bytes, size);
-}
-ssize_t read(int file, void* bytes, size_t size)
-{
-    return SystemCall(SYS_read, file, bytes, size);
-}
+#define PARTKEEP_CALL(result, name, parameters, ...)                                                                   \
+    result name parameters                                                                                             \
+    {                                                                                                                  \
+        return static_cast<result>(SystemCall(SYS_##name, __VA_ARGS__));                                               \
+    }
+PARTKEEP_CALL(int, mkdir, (const char* name, mode_t mode), name, mode)
+PARTKEEP_CALL(int, rename, (const char* from, const char* to), from, to)
+PARTKEEP_CALL(int, renameat2, (int there, const char* from, int here, const char* to, unsigned how), there, from, here,
+              to, how)
+PARTKEEP_CALL(int, link, (const char* from, const char* to), from, to)
+PARTKEEP_CALL(int, fsync, (int file), file)
+PARTKEEP_CALL(ssize_t, write, (int file, const void* bytes, size_t size), file, bytes, size)
+PARTKEEP_CALL(ssize_t, read, (int file, void* bytes, size_t size), file, bytes, size)
+#undef PARTKEEP_CALL
 }
 
 namespace {

@@ -33,15 +33,13 @@ public:
         EXPECT_TRUE(bind(hole_, reinterpret_cast<sockaddr*>(&address_), size) == 0 && listen(hole_, 50) == 0 &&
                     getsockname(hole_, reinterpret_cast<sockaddr*>(&address_), &size) == 0);
         if (!answer_.empty()) {
-            answering_ = std::thread([this] { Answer(); });
+            answering_ = std::jthread([this] { Answer(); });
         }
     }
     ~CHole()
     {
         shutdown(hole_, SHUT_RDWR);
-        if (answering_.joinable()) {
-            answering_.join();
-        }
+        answering_ = {}; // comes to its end
         close(hole_);
     }
     CHole(const CHole&) = delete;
@@ -61,7 +59,7 @@ private:
     std::string answer_;
     int hole_ = socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address_{};
-    std::thread answering_;
+    std::jthread answering_;
 };
 
 // What a server says that does not take a connection.

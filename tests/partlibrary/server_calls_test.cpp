@@ -4,7 +4,6 @@
 #include "tests/partlibrary/server_faults.h"
 
 #include <algorithm>
-#include <iterator>
 #include <libpq-fe.h>
 #include <set>
 #include <sstream>
@@ -176,8 +175,7 @@ protected:
         bool done = true;
         std::istringstream lines(commands);
         for (std::string line; done && std::getline(lines, line, ';');) {
-            std::istringstream split(line);
-            const std::vector<std::string> words{std::istream_iterator<std::string>(split), {}};
+            const Names words = Words(line);
             if (words[0] == "drop") {
                 RunInDatabase("DROP SCHEMA \"" + words[1] + "\" CASCADE");
             } else if (words[0] == "delete") {

@@ -147,7 +147,7 @@ TEST_F(ServerImports, LoadsAndListsAreWholeAndGoOnWhateverHappensToTheServer)
     const bool every = std::getenv("PARTKEEP_EVERY_STEP") != nullptr;
     const CSmallDisk disk;
     FILE* locker = nullptr;
-    std::thread going_on;
+    std::jthread going_on;
     const auto nothing = [] {};
     // What happens, how it is mended, and whether who reads notices nothing.
     const std::tuple<const char*, std::function<void()>, std::function<void()>, bool> faults[] = {
@@ -170,17 +170,12 @@ TEST_F(ServerImports, LoadsAndListsAreWholeAndGoOnWhateverHappensToTheServer)
         {"stopped",
          [&] {
              EXPECT_TRUE(SignalDatabase("STOP"));
-             going_on = std::thread([] {
+             going_on = std::jthread([] {
                  std::this_thread::sleep_for(milliseconds(3000));
                  EXPECT_TRUE(SignalDatabase("CONT"));
              });
          },
-         [&] {
-             if (going_on.joinable()) {
-                 going_on.join();
-             }
-         },
-         false},
+         [&] { going_on = {}; }, false},
         {"rights withdrawn",
          [] {
              RunInDatabase("REVOKE SELECT ON ALL TABLES IN SCHEMA \"SRV1\" FROM partkeep_station, partkeep_librarian");

@@ -98,16 +98,14 @@ private:
     void Clear()
     {
         Cut();
-        std::vector<std::thread> ways;
+        std::vector<std::jthread> ways;
         std::vector<int> ends;
         {
             const std::lock_guard lock(mutex_);
             ways.swap(ways_);
             ends.swap(ends_);
         }
-        for (std::thread& way : ways) {
-            way.join();
-        }
+        ways.clear(); // each comes to its end
         for (const int end : ends) {
             close(end);
         }
@@ -187,7 +185,7 @@ private:
     bool listening_ = false;
     std::mutex mutex_;
     std::vector<int> ends_;
-    std::vector<std::thread> ways_;
+    std::vector<std::jthread> ways_;
     std::function<void()> event_;
     Impostor impostor_;
     std::string last_;

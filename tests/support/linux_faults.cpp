@@ -57,18 +57,6 @@ void Mount(const std::filesystem::path& where, const std::string& options)
     Require(mount("partkeep-test", where.c_str(), "tmpfs", 0, options.c_str()) == 0, "mount");
 }
 
-void EnterNamespaceOnce()
-{
-    static const bool entered = (EnterNamespace(), true);
-    static_cast<void>(entered);
-}
-
-// With all that is mounted below.
-void Unmount(const std::filesystem::path& where)
-{
-    Require(umount2(where.c_str(), MNT_DETACH) == 0, "umount");
-}
-
 // Flags of the mount below that a namespace may not take off again are handed on.
 void SetReadOnlyHere(const std::filesystem::path& where, bool read_only)
 {
@@ -154,15 +142,20 @@ bool CanMount()
     return can;
 }
 
-CMountedDisk::CMountedDisk(std::filesystem::path folder, const std::string& size) : folder_(std::move(folder))
+CMount::CMount(std::filesystem::path folder) : folder_(std::move(folder))
 {
-    EnterNamespaceOnce();
-    Mount(folder_, "mode=0777,size=" + size);
+    [[maybe_unused]] static const bool entered = (EnterNamespace(), true);
 }
 
-CMountedDisk::~CMountedDisk()
+// With all that is mounted below.
+CMount::~CMount()
 {
-    Unmount(folder_);
+    Require(umount2(folder_.c_str(), MNT_DETACH) == 0, "umount");
+}
+
+CMountedDisk::CMountedDisk(std::filesystem::path folder, const std::string& size) : CMount(std::move(folder))
+{
+    Mount(folder_, "mode=0777,size=" + size);
 }
 
 void CMountedDisk::Fill(std::size_t spare)
@@ -182,19 +175,13 @@ void CMountedDisk::SetReadOnly(bool read_only)
 }
 
 CReadOnlyFolder::CReadOnlyFolder(std::filesystem::path folder, const std::filesystem::path& writable_file)
-    : folder_(std::move(folder))
+    : CMount(std::move(folder))
 {
-    EnterNamespaceOnce();
     BindOnItself(folder_);
     if (!writable_file.empty()) {
         BindOnItself(writable_file);
     }
     SetReadOnlyHere(folder_, true);
-}
-
-CReadOnlyFolder::~CReadOnlyFolder()
-{
-    Unmount(folder_);
 }
 
 void GiveToUnprivilegedUser(const std::filesystem::path& path)

@@ -17,35 +17,35 @@ namespace partkeep {
     if (!CanMount())                                                                                                   \
     GTEST_SKIP() << "no process may mount here, not even in a user namespace"
 
-// A small file system of its own on an existing folder, seen by this process alone and gone with the object.
-// Declare it behind the folder that it stands in.
-class CMountedDisk {
+// What is mounted on an existing folder, seen by this process alone and gone with the object. Declare it behind the
+// folder that it stands in.
+class CMount {
+public:
+    CMount(const CMount&) = delete;
+    CMount& operator=(const CMount&) = delete;
+
+protected:
+    explicit CMount(std::filesystem::path folder);
+    ~CMount();
+
+    const std::filesystem::path folder_;
+};
+
+// A small file system of its own.
+class CMountedDisk : public CMount {
 public:
     explicit CMountedDisk(std::filesystem::path folder, const std::string& size = "256k");
-    ~CMountedDisk();
-    CMountedDisk(const CMountedDisk&) = delete;
-    CMountedDisk& operator=(const CMountedDisk&) = delete;
 
     // Leaves `spare` bytes free (whole pages of 4096), by a file ".filler"; MakeRoom takes it away again.
     void Fill(std::size_t spare = 0);
     void MakeRoom() { std::filesystem::remove(folder_ / ".filler"); }
     void SetReadOnly(bool read_only);
-
-private:
-    std::filesystem::path folder_;
 };
 
 // Makes a folder read-only with all below it except `writable_file`, which is still written through to the file
-// itself; for as long as the object lives.
-class CReadOnlyFolder {
-public:
+// itself.
+struct CReadOnlyFolder : CMount {
     explicit CReadOnlyFolder(std::filesystem::path folder, const std::filesystem::path& writable_file = {});
-    ~CReadOnlyFolder();
-    CReadOnlyFolder(const CReadOnlyFolder&) = delete;
-    CReadOnlyFolder& operator=(const CReadOnlyFolder&) = delete;
-
-private:
-    std::filesystem::path folder_;
 };
 
 // Makes the user that RunWithoutPrivileges runs as the owner of a file or folder, where that is not this one.
